@@ -1,0 +1,42 @@
+# SPDX-License-Identifier: Apache-2.0
+# Components: runtime (the library), dev (headers, CMake package, pkg-config), tools (the programs).
+include(CMakePackageConfigHelpers)
+
+set(VESKAR_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/veskar")
+
+install(
+  TARGETS veskar
+  EXPORT veskar-targets
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT dev)
+install(
+  DIRECTORY "${PROJECT_SOURCE_DIR}/include/veskar" "${PROJECT_BINARY_DIR}/include/veskar"
+  DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
+  COMPONENT dev
+  FILES_MATCHING PATTERN "*.h")
+install(
+  EXPORT veskar-targets
+  NAMESPACE veskar::
+  DESTINATION "${VESKAR_CMAKE_DIR}"
+  COMPONENT dev)
+
+configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/veskar-config.cmake.in"
+                              "${PROJECT_BINARY_DIR}/veskar-config.cmake"
+                              INSTALL_DESTINATION "${VESKAR_CMAKE_DIR}")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/veskar-config-version.cmake"
+                                 COMPATIBILITY SameMajorVersion)
+install(
+  FILES "${PROJECT_BINARY_DIR}/veskar-config.cmake"
+        "${PROJECT_BINARY_DIR}/veskar-config-version.cmake"
+  DESTINATION "${VESKAR_CMAKE_DIR}"
+  COMPONENT dev)
+
+configure_file("${PROJECT_SOURCE_DIR}/cmake/veskar.pc.in" "${PROJECT_BINARY_DIR}/veskar.pc" @ONLY)
+install(
+  FILES "${PROJECT_BINARY_DIR}/veskar.pc"
+  DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
+  COMPONENT dev)
+
+install(
+  DIRECTORY "${PROJECT_SOURCE_DIR}/config/"
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/veskar/config"
+  COMPONENT tools)

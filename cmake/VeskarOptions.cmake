@@ -1,0 +1,32 @@
+# SPDX-License-Identifier: Apache-2.0
+# What a builder may choose, and the defaults of every build.
+
+option(VESKAR_BUILD_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
+option(VESKAR_BUILD_BENCHMARKS "Build the benchmarks (needs Google Benchmark)" OFF)
+option(VESKAR_BUILD_WORKBENCH "Build the veskar command-line program" ${PROJECT_IS_TOP_LEVEL})
+option(VESKAR_BUILD_EXAMPLES "Build the example programs" ${PROJECT_IS_TOP_LEVEL})
+option(VESKAR_WERROR "Turn warnings in veskar's own code into errors" ${PROJECT_IS_TOP_LEVEL})
+set(VESKAR_SANITIZE "" CACHE STRING "Sanitizers for everything built here, for example address,undefined")
+set(VESKAR_COVERAGE OFF CACHE BOOL "Instrument for line coverage")
+
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+if(VESKAR_SANITIZE)
+  add_compile_options(-fsanitize=${VESKAR_SANITIZE} -fno-omit-frame-pointer
+                      -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${VESKAR_SANITIZE})
+endif()
+if(VESKAR_COVERAGE)
+  add_compile_options(--coverage)
+  add_link_options(--coverage)
+endif()

@@ -1,0 +1,13 @@
+# SPDX-License-Identifier: Apache-2.0
+# How veskar's own targets are compiled. Nothing of this is exported to users.
+
+# The warnings that veskar's code is held to. Dependencies come as SYSTEM and stay out of it.
+function(veskar_set_warnings target)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+                                           $<$<BOOL:${VESKAR_WERROR}>:-Werror>)
+endfunction()
+
+# Results must not depend on whether a processor has fused multiply-add.
+function(veskar_set_arithmetic target)
+  target_compile_options(${target} PRIVATE -ffp-contract=off)
+endfunction()

@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: Apache-2.0
+// Every setting of the fusion, loaded from one JSON document.
+#pragma once
+
+#include <veskar/Export.h>
+
+#include <map>
+#include <string>
+#include <utility>
+
+namespace Veskar {
+
+class JsonNode;
+
+/// The configuration of the whole library; docs/configuration.md explains each key.
+///
+/// A plain value: objects built from it keep a copy. Every record is zero until its keys are read.
+///
+/// Each section's parse logs a failure at error priority as "Failed to parse fusion config: " with
+/// the reason and throws a plain std::exception; the enclosing sections do the same, so one bad
+/// key gives one precise line and one general line per enclosing section. Reals must be written
+/// with a fraction or exponent.
+struct VESKAR_EXPORT Config {
+    /// Measurement noise of the video sensor, for the host that turns detections into tracks
+    /// ("video" in "veskarInputs").
+    struct VESKAR_EXPORT VideoInput {
+        double uvCorrelation = 0.0;          ///< correlation of u and v
+        double uvVelocityStd = 0.0;          ///< standard deviation of u and v rate, 1/s
+        double minimumPseudoRangeStd = 0.0;  ///< least standard deviation of the pseudo range, m
+        double maximumPseudoRangeStd = 0.0;  ///< largest standard deviation of the pseudo range, m
+        double pseudoRangeDotStd = 0.0;      ///< standard deviation of the pseudo-range rate, m/s
+        double minimumAngle = 0.0;           ///< least angle below the horizon, degrees
+        double uvPositionStd = 0.0;          ///< standard deviation of u and v
+
+        /// @param node the section
+        /// @return the record
+        /// @throw std::exception when a key is missing or of the wrong type
+        static VideoInput parse(const JsonNode& node);
+    };
+
+    /// What the sensors deliver ("veskarInputs").
+    struct VESKAR_EXPORT FusionInputs {
+        VideoInput video;  ///< key "video"
+
+        /// @param node the section
+        /// @return the record
+        /// @throw std::exception when a key is missing or of the wrong type
+        static FusionInputs parse(const JsonNode& node);
+    };
+
+    /// Gains below 1 that lower a track's probability when a sensor misses it ("gainNegative").
+    struct VESKAR_EXPORT GainNegative {
+        double radar = 0.0;  ///< a coasting radar track got no report in a radar frame
+        double video = 0.0;  ///< a coasting video track got no report in a video frame
+
+        /// @param node the section
+        /// @return the record
+        /// @throw std::exception when a key is missing or of the wrong type
+        static GainNegative parse(const JsonNode& node);
+    };
+
+    /// Gating, association, track management and what hangs on them ("veskarModule").
+    struct VESKAR_EXPORT ModuleConfig {
+        GainNegative gainNegative;                   ///< required
+        bool splitGating = false;                    ///< gate position and velocity apart; required
+        double gatingDistance = 0.0;                 ///< combined gate (exclusive); required
+        double positionGatingDistance = 0.0;         ///< position gate (exclusive); required
+        double velocityGatingSimilarity = 0.0;       ///< least cosine (exclusive); required
+        double velocityMinGatingLimit = 0.0;         ///< speed sum that makes it count; required
+        double stationaryBlockingMinSpeed = 0.0;     ///< m/s; default 10 / 3.6
+        double stationaryBlockingMaxUVSpeed = 0.0;   ///< 1/s; default 0.03
+        double stationaryBlockingMinVideoAge = 0.0;  ///< s; default 3.0
+        double trackKillTime = 0.0;                  ///< s; required
+        double systemTrackConfirmationLimitUpper = 0.0;  ///< for one sensor alone; required
+        double systemTrackConfirmationLimitLower = 0.0;  ///< for radar and video; required
+        bool allowRadarToMultiple = false;   ///< share a radar track between objects; required
+        bool useJVA = false;                 ///< optimal instead of greedy assignment; required
+        bool removeClassMismatches = false;  ///< classes may part radar and video; default false
+        int trackedOdMotionAnalyzerMaxHistoryLength = 0;        ///< positions; default 20
+        int trackedOdMotionAnalyzerMinHistoryLength = 0;        ///< positions; default 3
+        double trackedOdMotionAnalyzerDistanceThreshold = 0.0;  ///< image plane; default 0.2
+        double autocalibrationAgeLimit = 0.0;                   ///< s; default 1.0
+        double autocalibrationVideoCoastingLimit = 0.0;         ///< s; default 0.1
+        double autocalibrationEdgeLimit = 0.0;                  ///< image plane; default 0.99
+        double autocalibrationVideoNearLimit = 0.0;             ///< image plane; default 0.2
+        /// {min, max} of width over height by class; only "human" is filled, default {0.3, 0.65}
+        /// as a whole when either of its two keys is missing or not a real.
+        std::map<std::string, std::pair<double, double>> autocalibrationAspectLimits;
+
+        /// @param node the section
+        /// @return the record; optional keys that are missing or of the wrong type have defaults
+        /// @throw std::exception when a required key is missing or of the wrong type
+        static ModuleConfig parse(const JsonNode& node);
+    };
+
+    /// Detection priority ("veskarDetectionPriority"); every key is required.
+    struct VESKAR_EXPORT PriorityConfig {
+        double vuraWidthFractionLimit = 0.0;   ///< least box width, fraction of the image
+        double vuraHeightFractionLimit = 0.0;  ///< least box height, fraction of the image
+        double vodWidthFractionLimit = 0.0;    ///< least box width, fraction of the image
+        double vodHeightFractionLimit = 0.0;   ///< least box height, fraction of the image
+        double longlivedLimit = 0.0;           ///< age of a long-lived track, s
+        double travelledDistanceLimit = 0.0;   ///< image plane
+        double radarFarLimitHuman = 0.0;       ///< m
+        double radarFarLimitVehicle = 0.0;     ///< m
+        int nVideoFramesMissedLimitLow = 0;    ///< evaluations
+        int nVideoFramesMissedLimitHigh = 0;   ///< evaluations
+        bool autoAnnotationEnabled = false;    ///< send annotations
+
+        /// @param node the section
+        /// @return the record
+        /// @throw std::exception when a key is missing or of the wrong type
+        static PriorityConfig parse(const JsonNode& node);
+    };
+
+    FusionInputs inputs;               ///< key "veskarInputs"
+    ModuleConfig module;               ///< key "veskarModule"
+    PriorityConfig detectionPriority;  ///< key "veskarDetectionPriority"
+
+    /// @param node root of the document
+    /// @return the configuration
+    /// @throw std::exception when a section is missing or wrong
+    static Config parse(const JsonNode& node);
+    /// @param path a JSON file
+    /// @return the configuration
+    /// @throw std::runtime_error "Failed to load json from file: " with path and reason
+    /// @throw std::exception when a section is missing or wrong
+    static Config parse(const std::string& path);
+    /// @param json the JSON text
+    /// @return the configuration
+    /// @throw std::runtime_error "Failed to load json from string: " with text and reason
+    /// @throw std::exception when a section is missing or wrong
+    static Config parse_json_string(const std::string& json);
+};
+
+}  // namespace Veskar

@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: Apache-2.0
+// The entry point: takes sensor frames, keeps the list of system tracks.
+#pragma once
+
+#include <veskar/AutocalibrationHandler.h>
+#include <veskar/Config.h>
+#include <veskar/Export.h>
+#include <veskar/ObjectIdGenerator.h>
+#include <veskar/SystemTrack.h>
+#include <veskar/Track.h>
+#include <veskar/TrackAssociator.h>
+#include <veskar/TrackedOdMotionAnalyzer.h>
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <unordered_set>
+#include <vector>
+
+namespace Veskar {
+
+/// Fuses radar and video tracks into system tracks.
+///
+/// A host builds one module per process, calls cycle with every frame of either sensor, from one
+/// thread at a time, and reads `systemTracks` between the calls. The module takes no lock and
+/// starts no thread. The operations behind cycle are public for hosts that order frames themselves;
+/// they make no checks.
+class VESKAR_EXPORT FusionModule {
+public:
+    /// A monotonic clock on whose time base the frames are stamped.
+    using SteadyClock = std::function<std::chrono::nanoseconds()>;
+
+    /// A module on std::chrono::steady_clock.
+    /// @param config copied
+    explicit FusionModule(const Config& config);
+    /// A module on another clock, for replays and tests.
+    /// @param config copied
+    /// @param steadyClock asked once per call of cycle
+    FusionModule(const Config& config, SteadyClock steadyClock);
+    virtual ~FusionModule();
+    FusionModule(const FusionModule&) = delete;
+    FusionModule& operator=(const FusionModule&) = delete;
+
+    /// Takes one frame of a sensor.
+    ///
+    /// A VideoObject frame is fused at once. Radar frames wait in arrival order until video time
+    /// has come within 0.1 s, or until they are more than 1.5 s old on the steady clock; they are
+    /// looked at when a radar frame arrives. Frames of other sources are ignored.
+    ///
+    /// A frame with a time stamp that is not finite is ignored, and tracks with a state or
+    /// covariance that is not finite are left out; both are logged at error priority.
+    ///
+    /// @param source the sensor
+    /// @param timestamp time of the frame in seconds on the steady clock's time base
+    /// @param tracks the sensor's tracks; shared with the module, which predicts them later on
+    /// @throw std::runtime_error "One of the JVA costMatrix dimensions was too big (>512)" when a
+    ///        side of an optimal assignment has more than 512 tracks. The frame's tracks are not
+    ///        associated, all else still runs, and later frames are not affected.
+    void cycle(Source source, double timestamp, const std::vector<std::shared_ptr<Track>>& tracks);
+
+    /// Fuses one frame at once: predicts, updates, starts system tracks, manages them and offers
+    /// calibration samples.
+    ///
+    /// @param source the sensor
+    /// @param timestamp time of the frame, seconds
+    /// @param tracks the sensor's tracks
+    /// @throw std::runtime_error as cycle
+    void cycleFrame(Source source, double timestamp,
+                    const std::vector<std::shared_ptr<Track>>& tracks);
+
+    /// Moves all system tracks to a time, and the sensor tracks of the last radar and video frames
+    /// forward to it.
+    /// @param timestamp seconds
+    void predictTracks(double timestamp);
+
+    /// Brings a frame into the system tracks: continuation of the sensor tracks they hold,
+    /// association of the others, and a probability step for those that neither touched.
+    ///
+    /// @param source the sensor
+    /// @param tracks the sensor's tracks
+    /// @throw std::runtime_error as cycle
+    void update(Source source, const std::vector<std::shared_ptr<Track>>& tracks);
+
+    /// Starts a system track from a sensor track that no system track holds.
+    /// @param track the sensor track; must not be null
+    void initialize(std::shared_ptr<Track> track);
+
+    /// Confirms system tracks by their probability, prunes coasting sensor tracks and deletes
+    /// system tracks that are empty or duplicate a shared radar track.
+    void management();
+
+    /// Folds the first video-object track of another system track, or its first radar track, into
+    /// the target.
+    ///
+    /// @param target the survivor
+    /// @param other the system track to fold in; must hold a video-object or radar track
+    void merge(SystemTrack& target, SystemTrack& other);
+
+    /// Forgets all system tracks and the last sensor tracks. Ids go on, waiting radar frames stay.
+    void clear();
+
+    /// Records the image position of a tracked video detection.
+    ///
+    /// @param id id of the tracked detection
+    /// @param u first image coordinate
+    /// @param v second image coordinate
+    /// @return whether it has moved, see TrackedOdMotionAnalyzer
+    bool trackedOdHasMotion(int id, double u, double v);
+
+    /// Offers calibration samples after a radar frame; does nothing for other sources.
+    /// @param source the sensor of the frame
+    /// @param timestamp time of the frame, seconds
+    void handleAutocalibration(const Source& source, double timestamp);
+
+private:
+    struct CycleFrame {
+        double timestamp;
+        std::vector<std::shared_ptr<Track>> tracks;
+    };
+
+    Config config;
+    TrackAssociator associator;
+
+public:
+    /// All live system tracks, oldest first. Read it between calls; a track that is kept after it
+    /// has left the list takes no part in fusion any more.
+    std::vector<std::shared_ptr<SystemTrack>> systemTracks;
+
+private:
+    std::map<Source, std::vector<std::shared_ptr<Track>>> lastSensorTracks;
+    std::unordered_set<int> excludedTrackIds;
+    AutocalibrationHandler autocalibrationHandler;
+    TrackedOdMotionAnalyzer motionAnalyzer;
+    ObjectIdGenerator idGenerator;
+    std::deque<CycleFrame> radarFrameQueue;
+    double radarMaxWait = 1.5;
+    double lastVideoTimestamp = 0.0;
+    SteadyClock steadyClock;
+};
+
+}  // namespace Veskar

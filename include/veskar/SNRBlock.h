@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+// The video's signal-to-noise ratio, block by block.
+#pragma once
+
+#include <veskar/Camera.h>
+#include <veskar/Export.h>
+#include <veskar/SystemTrack.h>
+
+#include <memory>
+#include <vector>
+
+#include <Eigen/Core>
+
+struct sd_bus;
+
+namespace Veskar::Dbus {
+
+/// The signal-to-noise ratio of the image in blocks of 160 x 160 pixels, read over the system bus.
+/// Every block is 100.0 until it is first read. Not thread-safe.
+class VESKAR_EXPORT SNRBlock {
+public:
+    /// A grid without camera, blocks or connection.
+    SNRBlock() = default;
+    /// @param bus a connection that outlives this object; may be null
+    explicit SNRBlock(sd_bus* bus);
+
+    /// Lays the grid over the camera's image; a second call starts afresh.
+    /// @param camera gives the resolution; kept
+    void setupCamera(const std::shared_ptr<Camera>& camera);
+
+    /// Reads all blocks. On failure, which is logged at error priority, and without a connection
+    /// the values stay as they are.
+    void updateSNRBlock();
+
+    /// @param box [left, width, lower edge, height] in pixels, height negative as
+    ///            transformCameraToScreen gives it
+    /// @return mean over the blocks under the box, weighted by area; 100.0 without overlap
+    double computeBboxSNR(const Eigen::Vector4d& box) const;
+
+    /// @param track its box counts
+    /// @return mean under the box; 100.0 without camera
+    double bboxSNR(const SystemTrack& track) const;
+
+private:
+    int blockCount = 0;
+    int rows = 0;
+    int columns = 0;
+    std::vector<int> blockX;
+    std::vector<int> blockY;
+    std::shared_ptr<Camera> camera;
+    std::vector<double> snr;
+    sd_bus* bus = nullptr;
+};
+
+}  // namespace Veskar::Dbus

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+// Whether the light lets video see a track.
+#pragma once
+
+#include <veskar/Camera.h>
+#include <veskar/Export.h>
+#include <veskar/SNRBlock.h>
+#include <veskar/SystemTrack.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+struct sd_bus;
+
+namespace Veskar::Dbus {
+
+/// A point of a minimum-SNR curve.
+struct Point {
+    double x;  ///< half the box height as a fraction of the image height
+    double y;  ///< signal-to-noise ratio
+};
+
+/// Judges video conditions from the camera's day or night mode and the SNR under a track's box.
+///
+/// Calls the system bus from the caller's thread, waits at most 250 ms for an answer and keeps the
+/// mode for 10 s. A failing bus means day; failures are logged at error priority. Not thread-safe.
+class VESKAR_EXPORT SceneConditions {
+public:
+    /// A clock for the age of the cached mode.
+    using SteadyClock = std::function<std::chrono::steady_clock::time_point()>;
+
+    /// Opens the system bus and asks for the mode.
+    SceneConditions();
+    /// As the other, on another clock, for tests.
+    /// @param steadyClock asked whenever the age of the mode counts
+    explicit SceneConditions(SteadyClock steadyClock);
+    ~SceneConditions();
+    SceneConditions(const SceneConditions&) = delete;
+    SceneConditions& operator=(const SceneConditions&) = delete;
+
+    /// Asks the camera for its mode unless the last answer is younger than 10 s.
+    /// @return false without a bus or when the call failed
+    bool updateDayNight();
+    /// @return whether it is day; true when the mode is not to be had
+    bool isDay();
+    /// @param track its box counts
+    /// @return whether the SNR under the box lies above the curve for its height, by day or night;
+    ///         false for boxes too small or too large for the curve, or exactly on one of its
+    ///         points
+    bool hasGoodVideoConditions(const SystemTrack& track);
+    /// @param p the point
+    /// @param a one point of the line
+    /// @param b another point of the line
+    /// @return whether @p p lies strictly above the line
+    bool isAboveLineSegment(const Point& p, const Point& a, const Point& b) const;
+
+    /// @param camera see SNRBlock::setupCamera
+    void setupCamera(const std::shared_ptr<Camera>& camera);
+    /// See SNRBlock::updateSNRBlock.
+    void updateSNRBlock();
+    /// @param track see SNRBlock::bboxSNR
+    /// @return see SNRBlock::bboxSNR
+    double bboxSNR(const SystemTrack& track) const;
+};
+
+}  // namespace Veskar::Dbus

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a host needs: configuration, camera, tracks, fusion, detection priority and device status.
+#pragma once
+
+#include <veskar/Camera.h>
+#include <veskar/Config.h>
+#include <veskar/DetectionPriority.h>
+#include <veskar/FusionModule.h>
+#include <veskar/GeoLocation.h>
+#include <veskar/RadarStatus.h>
+#include <veskar/SystemTrack.h>
+#include <veskar/Track.h>
+#include <veskar/Vocabulary.h>

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+// Captures what the library writes to the system log.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace VeskarTest {
+
+/// While one lives, calls of syslog() from any thread of this process are recorded instead of sent.
+class SyslogCapture {
+public:
+    /// One call of syslog().
+    struct Line {
+        int priority;
+        std::string text;  ///< formatted, with its newline
+    };
+
+    SyslogCapture();
+    ~SyslogCapture();
+    SyslogCapture(const SyslogCapture&) = delete;
+    SyslogCapture& operator=(const SyslogCapture&) = delete;
+
+    /// @return the calls so far, in order
+    std::vector<Line> lines() const;
+    /// @return the texts of the calls so far; fails the test when one was not at error priority
+    std::vector<std::string> errors() const;
+    void clear();
+};
+
+}  // namespace VeskarTest
