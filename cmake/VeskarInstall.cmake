@@ -30,6 +30,8 @@ install(
   DESTINATION "${VESKAR_CMAKE_DIR}"
   COMPONENT dev)
 
+file(RELATIVE_PATH VESKAR_PC_TO_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+string(REGEX REPLACE "/$" "" VESKAR_PC_TO_PREFIX "${VESKAR_PC_TO_PREFIX}")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/veskar.pc.in" "${PROJECT_BINARY_DIR}/veskar.pc" @ONLY)
 install(
   FILES "${PROJECT_BINARY_DIR}/veskar.pc"

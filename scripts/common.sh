@@ -1,0 +1,23 @@
+# SPDX-License-Identifier: Apache-2.0
+# Sourced by the scripts: where the tree is, and how a preset is built.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+say() { printf '\n== %s\n' "$*"; }
+
+# build PRESET [TARGET...]: configures and builds a preset; quick when nothing has changed.
+build() {
+  local preset=$1
+  shift
+  if command -v ccache >/dev/null; then
+    export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
+  fi
+  [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" >"/tmp/veskar-configure.$$" 2>&1 ||
+    { cat "/tmp/veskar-configure.$$"; rm -f "/tmp/veskar-configure.$$"; return 1; }
+  rm -f "/tmp/veskar-configure.$$"
+  if [ $# -gt 0 ]; then
+    cmake --build --preset "$preset" --target "$@"
+  else
+    cmake --build --preset "$preset"
+  fi
+}
