@@ -29,16 +29,16 @@ public:
 
     /// A camera at the origin without rotation.
     ///
-    /// @param resolution width and height in pixels
-    /// @param sensorOffset optical centre on the normalised image plane
+    /// @param imageSize width and height in pixels
+    /// @param opticalCentre optical centre on the normalised image plane
     /// @param imageToRadians coefficients c0..c3 of the polynomial from radius to angle, radians
     /// @param radiansToImage coefficients c0..c3 of the polynomial from angle, radians, to radius
-    /// @param fieldOfView horizontal and vertical half-angles in radians; with @p bdc false they
-    ///                    are replaced by what the lens polynomial says
-    /// @param bdc true: pinhole; false: lens polynomials
-    Camera(const Eigen::Vector2i& resolution, const Eigen::Vector2d& sensorOffset,
+    /// @param halfAngles field of view: horizontal and vertical half-angles in radians; without
+    ///                   @p isPinhole they are replaced by what the lens polynomial says
+    /// @param isPinhole true: pinhole; false: lens polynomials
+    Camera(const Eigen::Vector2i& imageSize, const Eigen::Vector2d& opticalCentre,
            const Eigen::Vector4d& imageToRadians, const Eigen::Vector4d& radiansToImage,
-           const Eigen::Vector2d& fieldOfView, bool bdc);
+           const Eigen::Vector2d& halfAngles, bool isPinhole);
     ~Camera() override;
     /// Copies every property.
     Camera(const Camera&) = default;

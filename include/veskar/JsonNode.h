@@ -66,7 +66,10 @@ public:
     std::vector<JsonNode> asArray() const;
 
 private:
-    JsonNode(json_t* value, bool isBorrowed);
+    /// Whether a node holds a reference of its own.
+    enum class Ownership { Owning, Borrowed };
+
+    JsonNode(json_t* value, Ownership ownership);
 
     json_t* json = nullptr;
     bool borrowed = false;
