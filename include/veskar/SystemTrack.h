@@ -34,8 +34,8 @@ public:
     /// and class. Its probability starts at 0.5.
     ///
     /// @param track the sensor track; must not be null
-    /// @param id id of the system track
-    SystemTrack(std::shared_ptr<Track> track, int id);
+    /// @param systemId id of the system track
+    SystemTrack(std::shared_ptr<Track> track, int systemId);
 
     ~SystemTrack() override;
 

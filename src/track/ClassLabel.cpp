@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "track/ClassLabel.h"
+
+#include <veskar/SystemTrack.h>
+
+#include "track/FirstTrack.h"
+
+#include <typeinfo>
+
+namespace Veskar {
+namespace {
+
+/// The track whose own class is the answer of `track`, as far as the library decides that.
+const Track& answeringTrack(const Track& track) {
+    if (typeid(track) != typeid(SystemTrack)) {
+        return track;
+    }
+    const auto& system = static_cast<const SystemTrack&>(track);
+    const Track* fallback = labelFallback(system, system.classVoted);
+    return fallback == nullptr ? track : answeringTrack(*fallback);
+}
+
+bool answersFromMember(const Track& track) {
+    return typeid(track) == typeid(Track) || typeid(track) == typeid(SystemTrack);
+}
+
+}  // namespace
+
+ClassLabel::ClassLabel(const Track& track) : label(&answer) {
+    const Track& answering = answeringTrack(track);
+    if (answersFromMember(answering)) {
+        label = &answering.className;
+    } else {
+        answer = answering.getClassName();
+    }
+}
+
+}  // namespace Veskar
