@@ -1,11 +1,29 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <veskar/Estimation.h>
 
+#include "track/LuSolve.h"
+
 #include <cmath>
 
-#include <Eigen/LU>
-
 namespace Veskar {
+namespace {
+
+/// How two independent estimates differ: d = x1 - x2 with covariance S = P1 + P2.
+struct Innovation {
+    double distance;     ///< sqrt(d' S^-1 d)
+    double determinant;  ///< det S
+};
+
+Innovation innovation(const StateVector& x1, const StateMatrix& P1, const StateVector& x2,
+                      const StateMatrix& P2) {
+    const StateVector d = x1 - x2;
+    StateMatrix S = P1 + P2;
+    Eigen::Matrix<double, 1, 6> y = d.transpose();  // becomes d' S^-1
+    const double determinant = solveFromRight(S, y);
+    return {std::sqrt(y.dot(d)), determinant};
+}
+
+}  // namespace
 
 StateMatrix constantVelocity(double dt) {
     StateMatrix F = StateMatrix::Identity();
@@ -16,18 +34,14 @@ StateMatrix constantVelocity(double dt) {
 
 double statisticalDistance(const StateVector& x1, const StateMatrix& P1, const StateVector& x2,
                            const StateMatrix& P2) {
-    const StateVector d = x1 - x2;
-    const StateMatrix S = P1 + P2;
-    return std::sqrt(d.dot(S.partialPivLu().solve(d)));
+    return innovation(x1, P1, x2, P2).distance;
 }
 
 double logPDF(const StateVector& x1, const StateMatrix& P1, const StateVector& x2,
               const StateMatrix& P2) {
     constexpr double twoPiToTheSixth = 61528.90838881947;
-    const StateVector d = x1 - x2;
-    const Eigen::PartialPivLU<StateMatrix> S(P1 + P2);
-    const double distance = std::sqrt(d.dot(S.solve(d)));
-    return -0.5 * std::log(twoPiToTheSixth * S.determinant()) - distance;
+    const Innovation between = innovation(x1, P1, x2, P2);
+    return -0.5 * std::log(twoPiToTheSixth * between.determinant) - between.distance;
 }
 
 }  // namespace Veskar

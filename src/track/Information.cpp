@@ -1,19 +1,28 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "track/Information.h"
 
-#include <Eigen/LU>
+#include "track/LuSolve.h"
 
 namespace Veskar {
+namespace {
+
+StateMatrix inverse(StateMatrix A) {
+    StateMatrix X = StateMatrix::Identity();
+    solveFromRight(A, X);
+    return X;
+}
+
+}  // namespace
 
 Information Information::fromEstimate(const StateVector& x, const StateMatrix& P) {
     Information information;
-    information.Y = P.partialPivLu().inverse();
+    information.Y = inverse(P);
     information.y = information.Y * x;
     return information;
 }
 
 void Information::toEstimate(StateVector& x, StateMatrix& P) const {
-    P = Y.partialPivLu().inverse();
+    P = inverse(Y);
     x = P * y;
 }
 

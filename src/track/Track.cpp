@@ -21,16 +21,14 @@ Eigen::Vector2d imagePosition(const StateVector& x) {
     return {x[0], x[2]};
 }
 
-Eigen::Vector3d positions(const StateVector& x) {
-    return {x[0], x[2], x[4]};
+/// The three positions, every other component of a state.
+auto positions(const StateVector& x) {
+    return Eigen::Map<const Eigen::Vector3d, Eigen::Unaligned, Eigen::InnerStride<2>>(x.data());
 }
 
-Eigen::Matrix3d positions(const StateMatrix& P) {
-    Eigen::Matrix3d block;
-    block << P(0, 0), P(0, 2), P(0, 4),  //
-        P(2, 0), P(2, 2), P(2, 4),       //
-        P(4, 0), P(4, 2), P(4, 4);
-    return block;
+/// Their covariance, every other row and column.
+auto positions(const StateMatrix& P) {
+    return Eigen::Map<const Eigen::Matrix3d, Eigen::Unaligned, Eigen::Stride<12, 2>>(P.data());
 }
 
 }  // namespace

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+// Many different estimates, so that a benchmark does not measure a branch predictor's memory.
+#pragma once
+
+#include "support/RandomEstimates.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace VeskarBench {
+
+/// A ring of random estimates.
+class EstimatePool {
+public:
+    EstimatePool() {
+        VeskarTest::RandomEstimates random(2024);
+        for (std::size_t i = 0; i < size; ++i) {
+            estimates.push_back(random.estimate());
+        }
+    }
+
+    /// @return the next estimate of the ring
+    const VeskarTest::Estimate& next() { return estimates[position++ % size]; }
+
+private:
+    static constexpr std::size_t size = 509;
+    std::vector<VeskarTest::Estimate> estimates;
+    std::size_t position = 0;
+};
+
+}  // namespace VeskarBench
