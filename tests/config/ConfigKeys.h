@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+// Every key of the fusion configuration with its type, its field and its default.
+#pragma once
+
+#include <veskar/Config.h>
+
+#include <functional>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace VeskarTest {
+
+/// What a key sets: the alternative is the type that the document must use.
+using KeyValue = std::variant<bool, int, double>;
+
+/// A key that sets one field.
+struct ConfigKey {
+    std::string section;  ///< path of the object that holds it
+    std::string name;
+    std::function<KeyValue(const Veskar::Config&)> field;
+    std::optional<KeyValue> fallback;  ///< set for a key that may be left out
+
+    std::string path() const { return section + "/" + name; }
+};
+
+inline void PrintTo(const ConfigKey& key, std::ostream* out) {
+    *out << key.path();
+}
+
+/// In the order of the fields; the aspect limits of a human are read as one and not here.
+const std::vector<ConfigKey>& configKeys();
+
+/// The sections and their keys without which they are refused, in the order of reading.
+struct ConfigSection {
+    std::string path;                   ///< empty for the root
+    int parsers;                        ///< how many parsers a failure in it passes through
+    std::vector<std::string> required;  ///< in the order of reading
+};
+
+inline void PrintTo(const ConfigSection& section, std::ostream* out) {
+    *out << "section '" << section.path << "'";
+}
+
+const std::vector<ConfigSection>& configSections();
+/// @return the section at @p path
+const ConfigSection& configSection(const std::string& path);
+
+}  // namespace VeskarTest

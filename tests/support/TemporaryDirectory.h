@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+// A directory for a test's files that no other process uses.
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace VeskarTest {
+
+/// Made with it, removed with it and all that it holds.
+class TemporaryDirectory {
+public:
+    TemporaryDirectory() : path(testing::TempDir() + "veskar-XXXXXX") {
+        if (mkdtemp(path.data()) == nullptr) {
+            throw std::runtime_error("cannot make " + path);
+        }
+    }
+    ~TemporaryDirectory() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+    }
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+    /// @return the path of a file in it
+    std::string file(const std::string& name) const { return path + "/" + name; }
+
+private:
+    std::string path;
+};
+
+}  // namespace VeskarTest
