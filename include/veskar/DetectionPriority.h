@@ -54,6 +54,9 @@ public:
     void updateSNRBlock();
 
 private:
+    void findReasons(SystemTrack& track);
+    double farLimit(const std::string& className) const;
+
     Dbus::SceneConditions sceneConditions;
     bool blockingEnabled;
     Config config;

@@ -6,9 +6,9 @@
 
 #include <memory>
 #include <mutex>
+#include <string>
 
 struct sd_bus_message;
-class SDEventGSource;
 
 namespace Dbus::GeoLocation {
 
@@ -34,6 +34,8 @@ VESKAR_EXPORT Position getPosition(double range, double azimuth);
 }  // namespace Dbus::GeoLocation
 
 namespace Impl {
+
+class PropertyClient;
 
 /// The client of the geolocation service: reads its properties once, follows their changes and
 /// turns radar measurements into geographic positions.
@@ -71,6 +73,22 @@ public:
     /// @param azimuth degrees, clockwise from the device's heading
     /// @return the geographic position
     ::Dbus::GeoLocation::Position getPosition(double range, double azimuth);
+
+private:
+    int requestSettings();
+    int parseEntry(sd_bus_message* message, const std::string& key);
+    void scaleTo(double newLatitude);
+
+    std::unique_ptr<PropertyClient> client;  // loop, bus and the bridge between loop and GLib
+    bool serviceAvailable = true;
+    double heading = 0.0;
+    double latitude = 0.0;
+    double longitude = 0.0;
+    double altitude = 0.0;
+    bool validPosition = false;
+    double degreesPerMeterLongitude = 0.0;
+    double degreesPerMeterLatitude = 0.0;
+    std::mutex mutex;  // guards the values from heading on
 };
 
 }  // namespace Impl

@@ -11,9 +11,10 @@
 #include <utility>
 
 struct sd_bus_message;
-class SDEventGSource;
 
 namespace Impl {
+
+class PropertyClient;
 
 /// The client of the radar service: reads its properties once and follows their changes.
 ///
@@ -60,6 +61,15 @@ public:
     Failures getFailure() const;
     /// @return a copy of the detection profile's name
     std::string getRadarProfile() const;
+
+private:
+    int requestStatus();
+
+    std::unique_ptr<PropertyClient> client;  // loop, bus and the bridge between loop and GLib
+    bool isEnabled = true;
+    Failures failure;
+    std::string radarProfile = "area";
+    mutable std::mutex mutex;  // guards the values
 };
 
 }  // namespace Impl

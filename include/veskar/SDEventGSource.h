@@ -4,6 +4,7 @@
 
 #include <veskar/Export.h>
 
+#include <memory>
 #include <mutex>
 
 struct _GSource;
@@ -30,5 +31,7 @@ public:
 
 private:
     _GSource* source;
-    std::mutex mutex;
+    // Shared with the source's callbacks, which may still be on their way on the context's thread
+    // when this object ends.
+    std::shared_ptr<std::mutex> mutex;
 };

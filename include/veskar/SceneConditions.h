@@ -64,6 +64,20 @@ public:
     /// @param track see SNRBlock::bboxSNR
     /// @return see SNRBlock::bboxSNR
     double bboxSNR(const SystemTrack& track) const;
+
+private:
+    struct CloseBus {
+        void operator()(sd_bus* bus) const noexcept;
+    };
+
+    std::unique_ptr<sd_bus, CloseBus> bus;
+    std::string dayNightMode = "day";
+    int updateInterval = 10;  // s
+    std::chrono::steady_clock::time_point lastUpdate;
+    SNRBlock snrBlock;  // on the bus above
+    std::vector<Point> dayCurve;
+    std::vector<Point> nightCurve;
+    SteadyClock steadyClock;
 };
 
 }  // namespace Veskar::Dbus

@@ -1,0 +1,201 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <veskar/GeoLocation.h>
+
+#include "dbus/PropertyClient.h"
+#include "dbus/SdBus.h"
+
+#include <cmath>
+
+#include <syslog.h>
+
+namespace {
+
+constexpr Impl::PropertyClient::Service service{"com.nolt.GeoLocation1", "/com/nolt/GeoLocation1"};
+
+constexpr double radiansPerDegree = 0.017453292519943295;
+
+struct DegreesPerMeter {
+    double longitude;
+    double latitude;
+};
+
+/// The length of a degree at a latitude: the usual harmonic series in multiples of the latitude,
+/// with an expression on the WGS84 ellipsoid in place of its constant leading terms.
+DegreesPerMeter degreesPerMeter(double latitude) {
+    constexpr double semiMajorAxis = 6378137.0;  // m
+    constexpr double eccentricitySquared = 0.006694379990197619;
+    constexpr double axisRatioToTheFourth = 0.9866560547430581;  // (1 - e^2)^2
+
+    const double phi = latitude * radiansPerDegree;
+    const double s = std::sin(phi);
+    const double c = std::cos(phi);
+    const double meters = semiMajorAxis * std::sqrt(c * c + s * s * axisRatioToTheFourth) /
+                          std::sqrt(1.0 - s * s * eccentricitySquared) * radiansPerDegree;
+    const double metersNorth =
+        meters - (1.175 * std::cos(4.0 * phi) + 559.822 * std::cos(2.0 * phi) -
+                  0.0023 * std::cos(6.0 * phi));
+    const double metersEast = c * meters - 93.5 * std::cos(3.0 * phi) + 0.118 * std::cos(5.0 * phi);
+    return {1.0 / metersEast, 1.0 / metersNorth};
+}
+
+/// Reads a variant if it holds a basic type.
+/// @return positive when read, 0 when it holds something else, negative errno on failure
+int readVariantOf(sd_bus_message* message, char type, void* value) {
+    const char contents[] = {type, '\0'};
+    if (Veskar::SdBus::enter(message, SD_BUS_TYPE_VARIANT, contents) < 0) {
+        return 0;
+    }
+    const int r = sd_bus_message_read_basic(message, type, value);
+    return r < 0 ? r : sd_bus_message_exit_container(message);
+}
+
+}  // namespace
+
+namespace Impl {
+
+GeoLocation::GeoLocation() : client(std::make_unique<PropertyClient>(service)) {
+    client->setUp([this] {
+        PropertyClient::requireSettings(requestSettings());
+        if (!serviceAvailable) {
+            return;
+        }
+        client->follow([this](sd_bus_message* message) {
+            const int r = client->readInterface(message);
+            if (r < 0) {
+                syslog(LOG_ERR, "GeoLocation: Failed to read interface. Error code: %d\n", r);
+            }
+            return r > 0 ? parse(message) : r;
+        });
+    });
+}
+
+GeoLocation::~GeoLocation() = default;
+
+GeoLocation& GeoLocation::instance() {
+    static GeoLocation geoLocation;
+    return geoLocation;
+}
+
+bool GeoLocation::initSettings() {
+    return requestSettings() >= 0;
+}
+
+int GeoLocation::requestSettings() {
+    Veskar::SdBus::Error error;
+    Veskar::SdBus::Message reply;
+    const int r = client->getAll(error, reply);
+    if (r >= 0) {
+        return parse(reply.get());
+    }
+    if (error.hasName(SD_BUS_ERROR_SERVICE_UNKNOWN)) {
+        serviceAvailable = false;
+        return 0;
+    }
+    syslog(LOG_ERR, "GeoLocation: get configuration error: %s\n", error.message());
+    return r;
+}
+
+int GeoLocation::parse(sd_bus_message* message) {
+    // Over the whole dictionary, so that no reader sees half of a change.
+    const std::lock_guard<std::mutex> lock(mutex);
+    return Veskar::SdBus::readDictionary(
+        message,
+        [](int code) {
+            syslog(LOG_ERR, "GeoLocation: Failed to enter array. Error code: %d\n", code);
+        },
+        [](int code) {
+            syslog(LOG_ERR, "GeoLocation: Failed to read key. Error code: %d\n", code);
+        },
+        [&](const char* key) { return parseEntry(message, key); });
+}
+
+int GeoLocation::parseEntry(sd_bus_message* message, const std::string& key) {
+    double number = 0.0;
+    int truth = 0;
+    int r = readVariantOf(message, SD_BUS_TYPE_DOUBLE, &number);
+    if (r > 0) {
+        if (key == "latitude") {
+            latitude = number;
+            scaleTo(number);
+        } else if (key == "longitude") {
+            longitude = number;
+        } else if (key == "heading") {
+            heading = number;
+        }
+        return r;
+    }
+    if (r == 0) {
+        r = readVariantOf(message, SD_BUS_TYPE_BOOLEAN, &truth);
+        if (r > 0 && key == "valid_pos") {
+            validPosition = truth != 0;
+        }
+    }
+    if (r < 0) {
+        syslog(LOG_ERR, "GeoLocation: Failed to read value. Error code: %d\n", r);
+    }
+    if (r != 0) {
+        return r;
+    }
+    r = sd_bus_message_skip(message, "v");
+    if (r < 0) {
+        syslog(LOG_ERR, "GeoLocation: Failed to skip variant. Error code: %d\n", r);
+    }
+    return r;
+}
+
+void GeoLocation::calculateDegreePerMeter(double newLatitude) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    scaleTo(newLatitude);
+}
+
+void GeoLocation::scaleTo(double newLatitude) {
+    const DegreesPerMeter scale = degreesPerMeter(newLatitude);
+    degreesPerMeterLongitude = scale.longitude;
+    degreesPerMeterLatitude = scale.latitude;
+}
+
+void GeoLocation::validatePosition(::Dbus::GeoLocation::Position& position) {
+    if (std::abs(position.latitude) > 90.0) {
+        // Over the pole: down again on the opposite meridian.
+        position.latitude = (position.latitude > 0.0 ? 180.0 : -180.0) - position.latitude;
+        position.longitude += position.longitude >= 0.0 ? -180.0 : 180.0;
+    }
+    if (std::abs(position.longitude) > 360.0) {
+        position.longitude = 0.0;
+    } else if (position.longitude > 180.0) {
+        position.longitude -= 360.0;
+    } else if (position.longitude < -180.0) {
+        position.longitude += 360.0;
+    }
+}
+
+::Dbus::GeoLocation::Position GeoLocation::getPosition(double range, double azimuth) {
+    ::Dbus::GeoLocation::Position position;
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        // From clockwise off the heading to counter-clockwise off east.
+        const double theta =
+            std::fmod(450.0 - ((heading + 90.0) - azimuth), 360.0) * radiansPerDegree;
+        position.longitude = longitude + std::cos(theta) * range * degreesPerMeterLongitude;
+        position.latitude = latitude + std::sin(theta) * range * degreesPerMeterLatitude;
+        position.altitude = altitude;
+        position.valid = validPosition;
+    }
+    validatePosition(position);
+    return position;
+}
+
+}  // namespace Impl
+
+namespace Dbus::GeoLocation {
+
+Position getPosition(double range, double azimuth) {
+    try {
+        return Impl::GeoLocation::instance().getPosition(range, azimuth);
+    } catch (...) {
+        // Out of memory or of locks: as without a service.
+        return {};
+    }
+}
+
+}  // namespace Dbus::GeoLocation

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "dbus/PropertyClient.h"
+
+#include <cerrno>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include <syslog.h>
+
+namespace Impl {
+namespace {
+
+constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
+
+/// A step of the set-up that failed: what() is the bare text, the code stands beside it as sd-bus
+/// returned it.
+class SetUpError : public std::system_error {
+public:
+    SetUpError(int code, const char* message)
+        : std::system_error(code, std::generic_category(), message), text(message) {}
+    const char* what() const noexcept override { return text; }
+
+private:
+    const char* text;
+};
+
+void require(int code, const char* text) {
+    if (code < 0) {
+        throw SetUpError(code, text);
+    }
+}
+
+int newEvent(Veskar::SdBus::Event& event) {
+    sd_event* created = nullptr;
+    const int r = sd_event_new(&created);
+    event.reset(created);
+    return r;
+}
+
+}  // namespace
+
+PropertyClient::PropertyClient(const Service& newService) : service(newService) {}
+
+PropertyClient::~PropertyClient() = default;
+
+void PropertyClient::setUp(const std::function<void()>& steps) {
+    try {
+        require(Veskar::SdBus::openSystem(bus), "Failed to open sd bus");
+        require(newEvent(event), "Failed to create sd event");
+        steps();
+    } catch (const std::system_error& error) {
+        // All clients share this prefix; who watches the log searches for it.
+        syslog(LOG_ERR, "GeoLocation: %s. Error code: %d\n", error.what(), error.code().value());
+        eventSource.reset();
+        bus.reset();
+        event.reset();
+    }
+}
+
+void PropertyClient::requireSettings(int code) {
+    require(code, "Failed to initialize settings");
+}
+
+void PropertyClient::follow(Changed handler) {
+    changed = std::move(handler);
+    const std::string rule = std::string("type='signal',sender='") + service.name + "',path='" +
+                             service.path + "',interface='" + propertiesInterface +
+                             "',member='PropertiesChanged'";
+    require(sd_bus_add_match(bus.get(), nullptr, rule.c_str(), onSignal, this),
+            "Failed to setup listen to changed settings");
+    eventSource = std::make_unique<SDEventGSource>(bus.get(), event.get());
+}
+
+int PropertyClient::getAll(Veskar::SdBus::Error& error, Veskar::SdBus::Message& reply) const {
+    if (bus == nullptr) {
+        return sd_bus_error_set_errno(error.out(), -ENOTCONN);
+    }
+    sd_bus_message* received = nullptr;
+    const int r = sd_bus_call_method(bus.get(), service.name, service.path, propertiesInterface,
+                                     "GetAll", error.out(), &received, "s", service.name);
+    reply.reset(received);
+    return r;
+}
+
+int PropertyClient::readInterface(sd_bus_message* message) const {
+    const char* interface = nullptr;
+    const int r = sd_bus_message_read_basic(message, SD_BUS_TYPE_STRING, &interface);
+    if (r < 0) {
+        return r;
+    }
+    return std::string(interface) == service.name ? 1 : 0;
+}
+
+int PropertyClient::onSignal(sd_bus_message* message, void* client,
+                             sd_bus_error* /*error*/) noexcept {
+    try {
+        return static_cast<PropertyClient*>(client)->changed(message);
+    } catch (...) {
+        // No exception may cross libsystemd; what could not be stored is left out.
+        return -ENOMEM;
+    }
+}
+
+}  // namespace Impl
