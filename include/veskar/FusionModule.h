@@ -116,10 +116,23 @@ public:
     void handleAutocalibration(const Source& source, double timestamp);
 
 private:
+    /// A radar frame that waits for video time.
     struct CycleFrame {
-        double timestamp;
-        std::vector<std::shared_ptr<Track>> tracks;
+        double timestamp;                            ///< as the host stamped it, seconds
+        std::vector<std::shared_ptr<Track>> tracks;  ///< shared with the host
     };
+    struct Workspace;
+
+    void drainRadarQueue(double now);
+    void fuseOldestRadarFrame();
+    void continueTracks(Source source, const std::vector<std::shared_ptr<Track>>& tracks);
+    void continueSystemTrack(SystemTrack& systemTrack, Source source);
+    bool refusesReport(const SystemTrack& systemTrack, const Track& report, Source source);
+    void mergeSystemTracks();
+    void associateTracks(Source source, const std::vector<std::shared_ptr<Track>>& tracks);
+    void stepUnmarked(Source source);
+    void startSystemTracks(Source source, const std::vector<std::shared_ptr<Track>>& tracks);
+    void eraseRadarCopies();
 
     Config config;
     TrackAssociator associator;
@@ -139,6 +152,7 @@ private:
     double radarMaxWait = 1.5;
     double lastVideoTimestamp = 0.0;
     SteadyClock steadyClock;
+    std::unique_ptr<Workspace> workspace;
 };
 
 }  // namespace Veskar

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+// What several steps of the fusion ask of system tracks and their list.
+#pragma once
+
+#include <veskar/SystemTrack.h>
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+namespace Veskar {
+
+/// Whether radar and video both back a system track.
+inline bool isFused(const SystemTrack& systemTrack) {
+    return systemTrack.hasTracks(Radar) && systemTrack.hasTracks(VideoObject);
+}
+
+/// Deletes system tracks; the others keep their order.
+template <typename Predicate>
+void eraseIf(std::vector<std::shared_ptr<SystemTrack>>& systemTracks, Predicate isDeleted) {
+    const auto isDeletedTrack = [&isDeleted](const std::shared_ptr<SystemTrack>& systemTrack) {
+        return isDeleted(*systemTrack);
+    };
+    systemTracks.erase(std::remove_if(systemTracks.begin(), systemTracks.end(), isDeletedTrack),
+                       systemTracks.end());
+}
+
+}  // namespace Veskar
