@@ -151,7 +151,7 @@ private:
     std::deque<CycleFrame> radarFrameQueue;
     double radarMaxWait = 1.5;
     double lastVideoTimestamp = 0.0;
-    SteadyClock steadyClock;
+    SteadyClock clock;
     std::unique_ptr<Workspace> workspace;
 };
 

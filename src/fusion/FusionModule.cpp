@@ -57,14 +57,15 @@ Tracks leaveOutNonFinite(const Tracks& tracks) {
 
 }  // namespace
 
-FusionModule::FusionModule(const Config& settings) : FusionModule(settings, monotonicTime) {}
+FusionModule::FusionModule(const Config& configuration)
+    : FusionModule(configuration, monotonicTime) {}
 
-FusionModule::FusionModule(const Config& settings, SteadyClock clock)
-    : config(settings),
-      associator(settings),
-      autocalibrationHandler(settings),
-      motionAnalyzer(settings),
-      steadyClock(std::move(clock)),
+FusionModule::FusionModule(const Config& configuration, SteadyClock steadyClock)
+    : config(configuration),
+      associator(configuration),
+      autocalibrationHandler(configuration),
+      motionAnalyzer(configuration),
+      clock(std::move(steadyClock)),
       workspace(std::make_unique<Workspace>()) {
     ObjectIdGenerator::instance = &idGenerator;
 }
@@ -72,7 +73,7 @@ FusionModule::FusionModule(const Config& settings, SteadyClock clock)
 FusionModule::~FusionModule() = default;
 
 void FusionModule::cycle(Source source, double timestamp, const Tracks& tracks) {
-    const double now = toSeconds(steadyClock());
+    const double now = toSeconds(clock());
     if (source != VideoObject && source != Radar) {
         return;
     }

@@ -97,9 +97,8 @@ void FusionModule::eraseRadarCopies() {
         }
     }
     copies.sort();
-    eraseIf(systemTracks, [&copies](const SystemTrack& systemTrack) {
-        return copies.contains(systemTrack.id);
-    });
+    eraseIf(systemTracks,
+            [&copies](const SystemTrack& systemTrack) { return copies.contains(systemTrack.id); });
 }
 
 /// Only one sensor track moves over, preferably the video one, which carries the labels.

@@ -5,7 +5,8 @@
 
 namespace Veskar {
 
-TrackedOdMotionAnalyzer::TrackedOdMotionAnalyzer(const Config& settings) : config(settings) {}
+TrackedOdMotionAnalyzer::TrackedOdMotionAnalyzer(const Config& configuration)
+    : config(configuration) {}
 
 bool TrackedOdMotionAnalyzer::updateAndCheckMotion(int id, double u, double v) {
     const auto [entry, isNew] = histories.try_emplace(id);
