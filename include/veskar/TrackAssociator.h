@@ -7,6 +7,7 @@
 #include <veskar/SystemTrack.h>
 #include <veskar/Track.h>
 
+#include <cstddef>
 #include <memory>
 #include <unordered_set>
 #include <utility>
@@ -183,8 +184,10 @@ public:
 private:
     struct Workspace;
 
-    Config::ModuleConfig config;
-    double stationaryBlockingMinBoxHeight;  ///< fraction of the image height
+    void assignAllowedPairs(std::size_t rows, std::size_t cols);
+    void shareRadarTracks(const std::vector<std::shared_ptr<SystemTrack>>& systemTracks);
+    void keepCheapestPairs(std::size_t size);
+
     Associations associations;
     std::unique_ptr<Workspace> workspace;
 };

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "association/ClassTraits.h"
+
+#include <veskar/Vocabulary.h>
+
+#include "track/ClassLabel.h"
+
+#include <iterator>
+#include <set>
+#include <string>
+#include <unordered_map>
+
+namespace Veskar {
+namespace {
+
+using Table = std::unordered_map<std::string, ClassTraits>;
+
+Table makeTable() {
+    Table table;
+    for (const std::string& name : Vocabulary::supportedClasses) {
+        table[name].supported = true;
+    }
+    std::set<std::string> groups;
+    for (const auto& [name, group] : Vocabulary::classGroups) {
+        groups.insert(group);
+    }
+    for (const auto& [name, group] : Vocabulary::classGroups) {
+        const auto position = std::distance(groups.begin(), groups.find(group));
+        table[name].group = static_cast<int>(position);
+    }
+    return table;
+}
+
+}  // namespace
+
+ClassTraits classTraitsOf(const Track& track) {
+    static const Table table = makeTable();
+    const auto entry = table.find(ClassLabel(track).text());
+    return entry == table.end() ? ClassTraits() : entry->second;
+}
+
+}  // namespace Veskar

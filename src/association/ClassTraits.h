@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+// What association needs to know of a track's class, found with one look-up.
+#pragma once
+
+#include <veskar/Track.h>
+
+namespace Veskar {
+
+/// A class as association sees it. Comparing group numbers is comparing group names.
+struct ClassTraits {
+    static constexpr int noGroup = -1;
+
+    bool supported = false;
+    int group = noGroup;
+
+    /// @param other a class
+    /// @return whether both have a group and it is the same one
+    bool agreesWith(const ClassTraits& other) const {
+        return group != noGroup && group == other.group;
+    }
+};
+
+/// @param track any track
+/// @return the traits of the class that its getClassName answers
+ClassTraits classTraitsOf(const Track& track);
+
+}  // namespace Veskar

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "association/Occupancy.h"
+
+#include <algorithm>
+
+namespace Veskar {
+
+void Occupancy::start(const std::vector<std::shared_ptr<SystemTrack>>& systemTracks) {
+    systems = &systemTracks;
+    collected = false;
+}
+
+bool Occupancy::holds(const Track& track) {
+    if (!collected || track.source != source) {
+        collect(track.source);
+    }
+    if (std::binary_search(heldIds.begin(), heldIds.end(), track.id)) {
+        return true;
+    }
+    if (unknowing != nullptr) {
+        unknowing->getSensorTracks(source);  // throws
+    }
+    return false;
+}
+
+void Occupancy::collect(Source newSource) {
+    collected = true;
+    source = newSource;
+    unknowing = nullptr;
+    heldIds.clear();
+    for (const auto& system : *systems) {
+        const auto tracks = system->sensorTracks.find(source);
+        if (tracks == system->sensorTracks.end()) {
+            unknowing = system.get();
+            break;
+        }
+        for (const auto& entry : tracks->second) {
+            heldIds.push_back(entry.first);
+        }
+    }
+    std::sort(heldIds.begin(), heldIds.end());
+}
+
+}  // namespace Veskar

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+// Which sensor tracks some system track holds already.
+#pragma once
+
+#include <veskar/SystemTrack.h>
+#include <veskar/Track.h>
+
+#include <memory>
+#include <vector>
+
+namespace Veskar {
+
+/// TrackAssociator::isOccupied for many sensor tracks: one walk over the system tracks for all
+/// sensor tracks of one source, then one binary search each.
+class Occupancy {
+public:
+    /// Forgets what is known.
+    /// @param systemTracks the system tracks; must outlive the questions and stay as they are
+    void start(const std::vector<std::shared_ptr<SystemTrack>>& systemTracks);
+
+    /// @param track a sensor track
+    /// @return whether a system track holds a track of that source and id
+    /// @throw std::out_of_range when, before one does, a system track has no map for the source
+    bool holds(const Track& track);
+
+private:
+    void collect(Source newSource);
+
+    const std::vector<std::shared_ptr<SystemTrack>>* systems = nullptr;
+    bool collected = false;
+    Source source = Source::System;          ///< the source of `heldIds`
+    std::vector<int> heldIds;                ///< ascending; of the system tracks before `unknowing`
+    const SystemTrack* unknowing = nullptr;  ///< the first system track without a map for `source`
+};
+
+}  // namespace Veskar

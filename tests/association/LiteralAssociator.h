@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+// The association rules written down cell by cell, with fresh gating everywhere: the oracle.
+#pragma once
+
+#include <veskar/Config.h>
+#include <veskar/SystemTrack.h>
+#include <veskar/Track.h>
+
+#include "association/LiteralSolver.h"
+
+#include <memory>
+#include <unordered_set>
+#include <vector>
+
+namespace VeskarTest {
+
+using SensorTracks = std::vector<std::shared_ptr<Veskar::Track>>;
+using SystemTracks = std::vector<std::shared_ptr<Veskar::SystemTrack>>;
+using ClassMatch = std::vector<std::vector<int>>;
+
+/// TrackAssociator without one thought for speed.
+class LiteralAssociator {
+public:
+    struct Gating {
+        double distance;
+        bool passed;
+    };
+
+    explicit LiteralAssociator(const Veskar::Config& config);
+
+    Gating checkGating(const Veskar::Track& systemTrack, const Veskar::Track& sensorTrack) const;
+    bool isSupportedClass(const Veskar::Track& track) const;
+    bool haveMatchingClasses(const Veskar::SystemTrack& systemTrack, const Veskar::Track& track,
+                             Veskar::Source source) const;
+    bool isOccupied(const Veskar::Track& track, const SystemTracks& systemTracks) const;
+
+    void sensorToSystemCostMatrix(const SensorTracks& sensorTracks,
+                                  const SystemTracks& systemTracks, Costs& cost, Allowed& allowed,
+                                  ClassMatch& classMatch, Veskar::Source source) const;
+    void systemToSystemCostMatrix(const SystemTracks& systemTracks, Costs& cost, Allowed& allowed,
+                                  const std::unordered_set<int>& excludedIds) const;
+    void handleClassMatching(const SensorTracks& sensorTracks, const SystemTracks& systemTracks,
+                             Costs& cost, Allowed& allowed, const ClassMatch& classMatch,
+                             std::unordered_set<int>& mismatches) const;
+
+    Pairs sensorToSystemAssociation(const SensorTracks& sensorTracks,
+                                    const SystemTracks& systemTracks, Veskar::Source source,
+                                    std::unordered_set<int>& removedIds) const;
+    Pairs systemToSystemAssociation(const SystemTracks& systemTracks,
+                                    const std::unordered_set<int>& excludedIds) const;
+
+private:
+    Pairs nearestSensorToSystem(const SensorTracks& sensorTracks, const SystemTracks& systemTracks,
+                                Veskar::Source source) const;
+    Pairs nearestSystemToSystem(const SystemTracks& systemTracks,
+                                const std::unordered_set<int>& excludedIds) const;
+
+    Veskar::Config config;
+};
+
+}  // namespace VeskarTest
