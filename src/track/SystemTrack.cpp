@@ -5,6 +5,8 @@
 #include "track/FirstTrack.h"
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace Veskar {
 namespace {
@@ -35,21 +37,23 @@ SystemTrack::SystemTrack(std::shared_ptr<Track> track, int systemId)
       colorVoted(false),
       upperClothingColorVoted(false),
       lowerClothingColorVoted(false),
-      systemStartTime(track->startTime),
+      systemStartTime(0.0),
       trackProbabilityHistory(5, 0.5),
       reasonLatches{},
       framesWithoutVideo(0),
       isConfirmed(false) {
-    state = track->state;
-    covariance = track->covariance;
-    time = track->time;
-    startTime = track->startTime;
-    boundingBox = track->boundingBox;
-    startPosition = track->startPosition;
+    const Track& first = *track;
+    state = first.state;
+    covariance = first.covariance;
+    time = first.time;
+    startTime = first.startTime;
     sensorTracks[Source::Radar];
     sensorTracks[Source::VideoObject];
-    sensorTracks[track->source][track->id] = track;
-    updateClass(*track);
+    sensorTracks[first.source][first.id] = std::move(track);
+    updateClass(first);
+    boundingBox = first.boundingBox;
+    startPosition = first.startPosition;
+    systemStartTime = first.startTime;
 }
 
 SystemTrack::~SystemTrack() = default;
@@ -95,7 +99,8 @@ const SystemTrack::SensorTracks& SystemTrack::getSensorTracks(const Source& s) c
 void SystemTrack::setCoastingTimeTracks(double dt) {
     for (const auto& tracks : sensorTracks) {
         for (const auto& entry : tracks.second) {
-            entry.second->coastingTime += dt;
+            Track& track = *entry.second;
+            track.coastingTime += dt;
         }
     }
 }
@@ -107,8 +112,10 @@ bool SystemTrack::hasCoastingTracks(const Source& s) const {
 bool SystemTrack::hasCoastingTracksTooLong(const Source& s, double limit) const {
     const auto tracks = sensorTracks.find(s);
     return tracks != sensorTracks.end() &&
-           std::any_of(tracks->second.begin(), tracks->second.end(),
-                       [limit](const auto& entry) { return entry.second->coastingTime > limit; });
+           std::any_of(tracks->second.begin(), tracks->second.end(), [limit](const auto& entry) {
+               const Track& track = *entry.second;
+               return track.coastingTime > limit;
+           });
 }
 
 void SystemTrack::pruneSensorTracksByIdx(const Source& s, int idx) {
@@ -126,7 +133,8 @@ void SystemTrack::pruneSensorTracksByCoastingTime(const Source& s) {
     const Source pruned = s;  // s may be a member of a track that leaves
     SensorTracks& tracks = sensorTracks[pruned];
     for (auto entry = tracks.begin(); entry != tracks.end();) {
-        const bool leaves = entry->second->coastingTime >= coastingLimit;
+        const Track& track = *entry->second;
+        const bool leaves = track.coastingTime >= coastingLimit;
         entry = leaves ? release(*this, pruned, tracks, entry) : std::next(entry);
     }
 }

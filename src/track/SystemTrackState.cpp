@@ -17,21 +17,24 @@ Information informationOf(const Track& track) {
 }  // namespace
 
 void SystemTrack::updateState(std::shared_ptr<Track> track) {
-    const auto [entry, isNew] = sensorTracks[track->source].try_emplace(track->id, track);
+    Track& report = *track;
+    const auto [entry, isNew] =
+        sensorTracks[report.source].try_emplace(report.id, std::move(track));
 
     Information fused = informationOf(*this);
     if (!isNew) {
-        fused -= informationOf(*entry->second);
-        track->startTime = entry->second->startTime;
-        entry->second = track;
+        const Track& previous = *entry->second;
+        fused -= informationOf(previous);
+        report.startTime = previous.startTime;
+        entry->second = std::move(track);
     }
-    fused += informationOf(*track);
+    fused += informationOf(report);
     fused.toEstimate(state, covariance);
 
     // The video box has priority over the radar box.
-    if (track->source == Source::VideoObject ||
-        (track->source == Source::Radar && !hasTracks(Source::VideoObject))) {
-        boundingBox = track->boundingBox;
+    if (report.source == Source::VideoObject ||
+        (report.source == Source::Radar && !hasTracks(Source::VideoObject))) {
+        boundingBox = report.boundingBox;
     }
     updateOriginAndStartTime();
 }
@@ -52,7 +55,8 @@ void SystemTrack::predict(double t) {
     Track::predict(t);
     for (const Source moved : {Source::Radar, Source::VideoObject}) {
         for (const auto& entry : sensorTracks[moved]) {
-            entry.second->predict(t);
+            Track& track = *entry.second;
+            track.predict(t);
         }
     }
 }

@@ -2,10 +2,11 @@
 // Compares matrices and vectors; a failure shows both sides and their difference.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
-#include <ostream>
 
+#include <Eigen/Cholesky>
 #include <Eigen/Core>
 #include <gmock/gmock.h>
 
@@ -53,6 +54,18 @@ MATCHER_P2(IsNearRelative, expected, tolerance,
     const double deviation = std::abs(arg - expected);
     *result_listener << "deviation " << deviation;
     return deviation <= tolerance * std::abs(expected);
+}
+
+/// Matches a covariance: symmetric but for rounding, and positive definite.
+MATCHER(IsCovariance, "is symmetric and positive definite") {
+    const double asymmetry = relativeDeviation(arg, arg.transpose());
+    *result_listener << "asymmetry " << asymmetry;
+    return asymmetry <= 1e-12 && arg.llt().info() == Eigen::Success;
+}
+
+/// Matches a matrix or vector none of whose elements is finite.
+MATCHER(HasNothingFinite, "has no finite element") {
+    return (arg.array() * 0.0 != arg.array() * 0.0).all();
 }
 
 }  // namespace VeskarTest
