@@ -393,7 +393,7 @@ TEST(SystemTrackPrediction, KeepsTheBookkeepingWhole) {
 
 /// A system track at (u, v) that started at (u0, v0), both in the image plane.
 std::shared_ptr<SystemTrack> startedAt(double u0, double v0, double u, double v) {
-    const auto system = makeSystemTrack(makeTrack(Source::Radar, 1));
+    auto system = makeSystemTrack(makeTrack(Source::Radar, 1));
     system->startPosition << u0, v0;
     system->state << u, 0.0, v, 0.0, 0.0, 0.0;
     system->time = 12.0;
