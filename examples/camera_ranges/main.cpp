@@ -49,7 +49,7 @@ int main(int argc, char** argv) {
     try {
         const Veskar::Config config = Veskar::Config::parse(argv[1]);
         const Veskar::Camera camera = Veskar::Camera::parse(Veskar::JsonNode::fromFile(argv[2]));
-        std::cout << std::fixed << std::setprecision(1);
+        std::cout << std::fixed << std::setprecision(2);
         printConfig(config);
         printCamera(camera);
         printRanges(camera, config.inputs.video.minimumAngle);
