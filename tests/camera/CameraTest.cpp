@@ -435,8 +435,8 @@ struct WrongValue {
     std::string reason;
 };
 
-void PrintTo(const WrongValue& wrong, std::ostream* out) {
-    *out << wrong.path << " = " << wrong.value;
+std::ostream& operator<<(std::ostream& out, const WrongValue& wrong) {
+    return out << wrong.path << " = " << wrong.value;
 }
 
 class CameraParseWrongValue : public testing::TestWithParam<WrongValue> {};

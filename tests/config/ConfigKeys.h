@@ -26,8 +26,8 @@ struct ConfigKey {
     std::string path() const { return section + "/" + name; }
 };
 
-inline void PrintTo(const ConfigKey& key, std::ostream* out) {
-    *out << key.path();
+inline std::ostream& operator<<(std::ostream& out, const ConfigKey& key) {
+    return out << key.path();
 }
 
 /// In the order of the fields; the aspect limits of a human are read as one and not here.
@@ -40,8 +40,8 @@ struct ConfigSection {
     std::vector<std::string> required;  ///< in the order of reading
 };
 
-inline void PrintTo(const ConfigSection& section, std::ostream* out) {
-    *out << "section '" << section.path << "'";
+inline std::ostream& operator<<(std::ostream& out, const ConfigSection& section) {
+    return out << "section '" << section.path << "'";
 }
 
 const std::vector<ConfigSection>& configSections();

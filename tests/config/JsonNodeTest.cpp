@@ -112,8 +112,8 @@ struct TypedValue {
     std::string json;
 };
 
-void PrintTo(const TypedValue& value, std::ostream* out) {
-    *out << value.json;
+std::ostream& operator<<(std::ostream& out, const TypedValue& value) {
+    return out << value.json;
 }
 
 class JsonNodeType : public testing::TestWithParam<TypedValue> {
@@ -274,12 +274,13 @@ TEST(JsonNode, RefusesAFileOfHundredMegabytesWithoutAnEnd) {
 
 class JsonNodeOwnership : public testing::Test {
 protected:
-    ~JsonNodeOwnership() override { EXPECT_EQ(JanssonBlocks::count(), 0); }
+    void TearDown() override { EXPECT_EQ(JanssonBlocks::count(), 0); }
 
     static JsonNode load() { return JsonNode::fromString(R"({"v": [1, 2], "w": {"x": 3.5}})"); }
     static bool isIntact(const JsonNode& document) {
         return document.get("w").get("x").asReal() == 3.5;
     }
+    static JsonNode copyOf(const JsonNode& node) { return node; }
     /// Not the compiler's to see: what it knows to be the same it warns about.
     static JsonNode& same(JsonNode& node) { return node; }
 
@@ -304,40 +305,43 @@ TEST_F(JsonNodeOwnership, LeavesTheDocumentToItsOwnerWhenABorrowedNodeGoes) {
     {
         const JsonNode borrowed = document.get("w");
         const std::vector<JsonNode> elements = document.get("v").asArray();
-        const JsonNode copy = borrowed;  // NOLINT(performance-unnecessary-copy-initialization)
+        const JsonNode copy = copyOf(borrowed);
     }
     EXPECT_TRUE(isIntact(document));
 }
 
 TEST_F(JsonNodeOwnership, KeepsTheDocumentWhileACopyLives) {
-    JsonNode copy;
+    JsonNode assigned;
+    std::vector<JsonNode> constructed;
     {
         const JsonNode document = load();
-        const JsonNode constructed = document;
-        copy = constructed;
+        constructed.push_back(document);
+        assigned = document;
     }
-    EXPECT_TRUE(isIntact(copy));
+    EXPECT_TRUE(isIntact(assigned));
+    assigned = JsonNode();
+    EXPECT_TRUE(isIntact(constructed.front()));
 }
 
 TEST_F(JsonNodeOwnership, KeepsTheOriginalWhenACopyGoes) {
     const JsonNode document = load();
-    {
-        const JsonNode copy = document;  // NOLINT(performance-unnecessary-copy-initialization)
-    }
+    { const JsonNode copy = copyOf(document); }
     EXPECT_TRUE(isIntact(document));
 }
+
+// What is left behind after a move is the subject, so clang-tidy's checks of it are silenced.
 
 TEST_F(JsonNodeOwnership, EmptiesWhatIsMovedFrom) {
     JsonNode document = load();
     const JsonNode taken = std::move(document);
     EXPECT_TRUE(isIntact(taken));
-    EXPECT_THROW(document.get("w"), std::runtime_error);  // NOLINT(bugprone-use-after-move)
+    EXPECT_THROW(document.get("w"), std::runtime_error);  // NOLINT
 
     JsonNode assigned = load();
     JsonNode source = load();
     assigned = std::move(source);
     EXPECT_TRUE(isIntact(assigned));
-    EXPECT_THROW(source.get("w"), std::runtime_error);  // NOLINT(bugprone-use-after-move)
+    EXPECT_THROW(source.get("w"), std::runtime_error);  // NOLINT
 }
 
 TEST_F(JsonNodeOwnership, MovesABorrowedNode) {
@@ -345,7 +349,7 @@ TEST_F(JsonNodeOwnership, MovesABorrowedNode) {
     JsonNode borrowed = document.get("w");
     const JsonNode taken = std::move(borrowed);
     EXPECT_EQ(taken.get("x").asReal(), 3.5);
-    EXPECT_THROW(borrowed.get("x"), std::runtime_error);  // NOLINT(bugprone-use-after-move)
+    EXPECT_THROW(borrowed.get("x"), std::runtime_error);  // NOLINT
 }
 
 TEST_F(JsonNodeOwnership, SurvivesAssignmentToItself) {
@@ -380,9 +384,8 @@ TEST_F(JsonNodeOwnership, ChangesBetweenOwningAndBorrowing) {
 
 TEST_F(JsonNodeOwnership, CopiesNothing) {
     const JsonNode empty;
-    const JsonNode copy = empty;  // NOLINT(performance-unnecessary-copy-initialization)
     JsonNode assigned = load();
-    assigned = copy;
+    assigned = copyOf(empty);
     EXPECT_THROW(assigned.get("w"), std::runtime_error);
 }
 
@@ -391,7 +394,7 @@ TEST_F(JsonNodeOwnership, MayBeCopiedOnSeveralThreads) {
     bool intact[2] = {true, true};
     const auto copyOften = [&document](bool& result) {
         for (int i = 0; i < 1000; ++i) {
-            const JsonNode copy = document;
+            const JsonNode copy = copyOf(document);
             result = result && isIntact(copy);
         }
     };
