@@ -2,6 +2,7 @@
 #include <veskar/Estimation.h>
 
 #include "track/LuSolve.h"
+#include "track/OrderedSum.h"
 
 #include <cmath>
 
@@ -20,7 +21,7 @@ Innovation innovation(const StateVector& x1, const StateMatrix& P1, const StateV
     StateMatrix S = P1 + P2;
     Eigen::Matrix<double, 1, 6> y = d.transpose();  // becomes d' S^-1
     const double determinant = solveFromRight(S, y);
-    return {std::sqrt(y.dot(d)), determinant};
+    return {std::sqrt(orderedDot<6>(y.transpose(), d)), determinant};
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "track/Information.h"
 
 #include "track/LuSolve.h"
+#include "track/OrderedSum.h"
 
 namespace Veskar {
 namespace {
@@ -17,13 +18,13 @@ StateMatrix inverse(StateMatrix A) {
 Information Information::fromEstimate(const StateVector& x, const StateMatrix& P) {
     Information information;
     information.Y = inverse(P);
-    information.y = information.Y * x;
+    information.y = orderedProduct(information.Y, x);
     return information;
 }
 
 void Information::toEstimate(StateVector& x, StateMatrix& P) const {
     P = inverse(Y);
-    x = P * y;
+    x = orderedProduct(P, y);
 }
 
 Information& Information::operator+=(const Information& other) {

@@ -3,10 +3,12 @@
 #include <veskar/Track.h>
 #include <veskar/Vocabulary.h>
 
+#include "track/OrderedSum.h"
+
 #include <cmath>
 #include <limits>
 
-#include <Eigen/LU>
+#include <Eigen/Geometry>
 
 namespace Veskar {
 namespace {
@@ -29,6 +31,16 @@ auto positions(const StateVector& x) {
 /// Their covariance, every other row and column.
 auto positions(const StateMatrix& P) {
     return Eigen::Map<const Eigen::Matrix3d, Eigen::Unaligned, Eigen::Stride<12, 2>>(P.data());
+}
+
+/// Cofactors divided by the determinant; a singular S gives values that are not finite.
+Eigen::Matrix3d inverse(const Eigen::Matrix3d& S) {
+    Eigen::Matrix3d cofactors;
+    cofactors.col(0) = S.col(1).cross(S.col(2));
+    cofactors.col(1) = S.col(2).cross(S.col(0));
+    cofactors.col(2) = S.col(0).cross(S.col(1));
+    const double determinant = orderedDot<3>(S.col(0), cofactors.col(0));
+    return (cofactors * (1.0 / determinant)).transpose();
 }
 
 }  // namespace
@@ -165,7 +177,7 @@ double Track::positionStatisticalDistance(const Track& other) const {
     const Eigen::Vector3d d = positions(state) - positions(other.state);
     const Eigen::Matrix3d S = positions(covariance) + positions(other.covariance);
     // In closed form: every pair of every cost matrix asks for this.
-    return std::sqrt(d.dot(S.inverse() * d));
+    return std::sqrt(orderedDot(d, orderedProduct(inverse(S), d)));
 }
 
 double Track::statisticalDistance(const Track& other) const {
