@@ -7,6 +7,7 @@ option(VESKAR_BUILD_WORKBENCH "Build the veskar command-line program" ${PROJECT_
 option(VESKAR_BUILD_EXAMPLES "Build the example programs" ${PROJECT_IS_TOP_LEVEL})
 option(VESKAR_WERROR "Turn warnings in veskar's own code into errors" ${PROJECT_IS_TOP_LEVEL})
 set(VESKAR_SANITIZE "" CACHE STRING "Sanitizers for everything built here, for example address,undefined")
+option(VESKAR_DEBUG_INFO "Compile the library with debug information; its packages are stripped" OFF)
 set(VESKAR_COVERAGE OFF CACHE BOOL "Instrument for line coverage")
 
 if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
@@ -21,6 +22,12 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+# What is shipped does not tell where it was built, and two builds are the same.
+add_compile_options($<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
+if(CMAKE_SYSROOT)
+  add_compile_options($<$<CONFIG:Release>:-ffile-prefix-map=${CMAKE_SYSROOT}=>)
+endif()
+
 if(VESKAR_SANITIZE)
   add_compile_options(-fsanitize=${VESKAR_SANITIZE} -fno-omit-frame-pointer
                       -fno-sanitize-recover=all)
@@ -29,4 +36,10 @@ endif()
 if(VESKAR_COVERAGE)
   add_compile_options(--coverage)
   add_link_options(--coverage)
+endif()
+
+# Where the compiler has a library directory per architecture (Debian), ours go there too, whatever
+# the prefix.
+if(CMAKE_LIBRARY_ARCHITECTURE)
+  set(CMAKE_INSTALL_LIBDIR "lib/${CMAKE_LIBRARY_ARCHITECTURE}" CACHE PATH "Library directory")
 endif()

@@ -5,6 +5,18 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 say() { printf '\n== %s\n' "$*"; }
 
+# Runs a command that installs something.
+as_root() {
+  if [ "$(id -u)" = 0 ]; then
+    "$@"
+  elif command -v sudo >/dev/null; then
+    sudo "$@"
+  else
+    echo "needs root, or sudo: $*" >&2
+    return 1
+  fi
+}
+
 # build PRESET [TARGET...]: configures and builds a preset; quick when nothing has changed.
 build() {
   local preset=$1
