@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: Apache-2.0
+// The module against the literal transcription of its rules, call by call.
+#include <veskar/FusionModule.h>
+
+#include "fusion/Differences.h"
+#include "fusion/LatticeScenario.h"
+#include "fusion/LiteralFusion.h"
+#include "fusion/RandomScenario.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace VeskarTest {
+namespace {
+
+constexpr int framesPerScenario = 200;
+
+/// Both at the same point of the same scene.
+class Pair {
+public:
+    explicit Pair(const Veskar::Config& config)
+        : module(config, [this] { return now; }), oracle(config) {}
+
+    void cycle(const Step& step) {
+        Literal::Tracks tracks;
+        for (const auto& track : step.tracks) {
+            tracks.push_back(Literal::literal(*track));
+        }
+        now = step.now;
+        module.cycle(step.source, step.timestamp, step.tracks);
+        oracle.cycle(step.source, step.timestamp, tracks, step.now.count());
+    }
+
+    void clear() {
+        module.clear();
+        oracle.clear();
+        Veskar::ObjectIdGenerator::instance->lastId = oracle.lastId;
+    }
+
+    bool takeDoubt() { return oracle.takeDoubt(); }
+    std::string firstDifference() const {
+        return VeskarTest::firstDifference(module.systemTracks, oracle.systemTracks);
+    }
+
+private:
+    std::chrono::nanoseconds now{};
+    Veskar::FusionModule module;
+    Literal::Fusion oracle;
+};
+
+/// @return number of frames after which both were compared
+template <typename Scenario>
+int compareOver(Scenario scenario, bool isExact) {
+    Pair both(scenario.getConfig());
+    int compared = 0;
+    for (int frame = 0; frame < framesPerScenario; ++frame) {
+        both.cycle(scenario.next());
+        if (both.takeDoubt() && !isExact) {
+            both.clear();  // what rounding has decided may part them: both start afresh
+            continue;
+        }
+        const std::string difference = both.firstDifference();
+        if (!difference.empty()) {
+            ADD_FAILURE() << "frame " << frame << ": " << difference;
+            break;
+        }
+        ++compared;
+    }
+    return compared;
+}
+
+/// Every combination of the switches.
+class FusionOracle : public testing::TestWithParam<int> {
+protected:
+    static Switches switches() {
+        const int bits = GetParam();
+        return {(bits & 1) != 0, (bits & 2) != 0, (bits & 4) != 0, (bits & 8) != 0};
+    }
+
+    /// @return share of the frames that were compared
+    template <typename Scenario>
+    static double compareScenarios(int count, bool isExact) {
+        int compared = 0;
+        for (int i = 0; i < count && !HasFailure(); ++i) {
+            const auto seed = static_cast<unsigned>(1000 * GetParam() + i);
+            SCOPED_TRACE("seed " + std::to_string(seed));
+            compared += compareOver(Scenario(seed, switches()), isExact);
+        }
+        return static_cast<double>(compared) / (count * framesPerScenario);
+    }
+};
+
+TEST_P(FusionOracle, AgreesCallByCall) {
+    EXPECT_GT(compareScenarios<RandomScenario>(32, false), 0.95);
+}
+
+TEST_P(FusionOracle, AgreesOnExactTies) {
+    EXPECT_EQ(compareScenarios<LatticeScenario>(8, true), 1.0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Switches, FusionOracle, testing::Range(0, 16));
+
+}  // namespace
+}  // namespace VeskarTest

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+// The whole cycle as its rules are written, step by step and slowly.
+#pragma once
+
+#include <veskar/Config.h>
+
+#include "fusion/LiteralAssociation.h"
+#include "fusion/LiteralTrack.h"
+
+#include <cstdint>
+#include <deque>
+#include <set>
+
+namespace VeskarTest::Literal {
+
+class Fusion {
+public:
+    explicit Fusion(const Veskar::Config& all) : config(all.module), associator(all) {}
+
+    /// @param now the steady clock, nanoseconds
+    void cycle(int source, double timestamp, const Tracks& tracks, std::int64_t now);
+    void clear();
+    /// @return whether rounding may have decided something since the last call
+    bool takeDoubt() { return associator.takeDoubt(); }
+
+    SystemTracks systemTracks;
+    int lastId = 0;
+
+private:
+    struct Frame {
+        double timestamp;
+        Tracks tracks;
+    };
+
+    void cycleFrame(int source, double timestamp, const Tracks& tracks);
+    void predictTracks(double timestamp);
+    void update(int source, const Tracks& tracks);
+    void continuation(int source, const Tracks& tracks);
+    void association(int source, const Tracks& tracks);
+    void unmarked(int source);
+    void initialize(const std::shared_ptr<Track>& track);
+    void management();
+    void deleteCopies();
+    static void merge(SystemTrack& target, const SystemTrack& other);
+    static void fuse(SystemTrack& systemTrack, const std::shared_ptr<Track>& track);
+
+    Veskar::Config::ModuleConfig config;
+    Associator associator;
+    std::map<int, Tracks> lastSensorTracks;
+    std::unordered_set<int> excludedTrackIds;
+    std::unordered_set<int> refusedSet;
+    std::set<std::shared_ptr<SystemTrack>> marked;
+    std::deque<Frame> radarFrameQueue;
+    double lastVideoTimestamp = 0.0;
+};
+
+}  // namespace VeskarTest::Literal

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+// Seeded scenes with all that two sensors can do wrong.
+#pragma once
+
+#include "fusion/Step.h"
+#include "support/RandomEstimates.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace VeskarTest {
+
+/// A few objects that move, are born and die, seen by two sensors that lose them, rename them,
+/// jump, report late, early, twice, nothing, or what is not there. Estimates are well conditioned,
+/// so that two ways to compute agree closely; gates and limits are drawn, too.
+class RandomScenario {
+public:
+    RandomScenario(unsigned seed, const Switches& switches);
+
+    const Veskar::Config& getConfig() const { return config; }
+    Step next();
+
+private:
+    /// How one sensor sees one object.
+    struct View {
+        int id = 0;
+        int framesLost = 0;
+    };
+    struct Object {
+        Veskar::StateVector state;
+        std::string className;
+        std::map<Veskar::Source, View> views;
+    };
+
+    bool chance(double probability) { return random.uniform(0.0, 1.0) < probability; }
+    template <typename T>
+    T oneOf(const std::vector<T>& values);
+
+    void advance();
+    Object makeObject();
+    Veskar::StateVector placeInScene();
+    void report(Object& object, Step& step);
+    std::shared_ptr<Veskar::Track> makeReport(const Step& step, int id, const Object& object);
+    void disturb(Step& step);
+
+    RandomEstimates random;
+    Veskar::Config config;
+    std::vector<Object> objects;
+    double time = 100.0;  ///< seconds
+};
+
+}  // namespace VeskarTest
