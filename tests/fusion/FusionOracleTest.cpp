@@ -7,6 +7,7 @@
 #include "fusion/LiteralFusion.h"
 #include "fusion/RandomScenario.h"
 
+#include <map>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -16,6 +17,19 @@ namespace {
 
 constexpr int framesPerScenario = 200;
 
+Literal::Tracks literal(const Step& step) {
+    Literal::Tracks tracks;
+    for (const auto& track : step.tracks) {
+        tracks.push_back(Literal::literal(*track));
+    }
+    return tracks;
+}
+
+Switches switchesOf(int combination) {
+    return {(combination & 1) != 0, (combination & 2) != 0, (combination & 4) != 0,
+            (combination & 8) != 0};
+}
+
 /// Both at the same point of the same scene.
 class Pair {
 public:
@@ -23,10 +37,7 @@ public:
         : module(config, [this] { return now; }), oracle(config) {}
 
     void cycle(const Step& step) {
-        Literal::Tracks tracks;
-        for (const auto& track : step.tracks) {
-            tracks.push_back(Literal::literal(*track));
-        }
+        const Literal::Tracks tracks = literal(step);
         now = step.now;
         module.cycle(step.source, step.timestamp, step.tracks);
         oracle.cycle(step.source, step.timestamp, tracks, step.now.count());
@@ -73,11 +84,6 @@ int compareOver(Scenario scenario, bool isExact) {
 /// Every combination of the switches.
 class FusionOracle : public testing::TestWithParam<int> {
 protected:
-    static Switches switches() {
-        const int bits = GetParam();
-        return {(bits & 1) != 0, (bits & 2) != 0, (bits & 4) != 0, (bits & 8) != 0};
-    }
-
     /// @return share of the frames that were compared
     template <typename Scenario>
     static double compareScenarios(int count, bool isExact) {
@@ -85,7 +91,7 @@ protected:
         for (int i = 0; i < count && !HasFailure(); ++i) {
             const auto seed = static_cast<unsigned>(1000 * GetParam() + i);
             SCOPED_TRACE("seed " + std::to_string(seed));
-            compared += compareOver(Scenario(seed, switches()), isExact);
+            compared += compareOver(Scenario(seed, switchesOf(GetParam())), isExact);
         }
         return static_cast<double>(compared) / (count * framesPerScenario);
     }
@@ -97,6 +103,26 @@ TEST_P(FusionOracle, AgreesCallByCall) {
 
 TEST_P(FusionOracle, AgreesOnExactTies) {
     EXPECT_EQ(compareScenarios<LatticeScenario>(8, true), 1.0);
+}
+
+/// The comparison is worth what its scenes contain.
+TEST(FusionOracleScenes, ContainAllThatTheRulesTellApart) {
+    std::map<std::string, int> events;
+    for (int combination = 0; combination < 16; ++combination) {
+        RandomScenario scenario(static_cast<unsigned>(1000 * combination), switchesOf(combination));
+        Literal::Fusion oracle(scenario.getConfig());
+        for (int frame = 0; frame < 4 * framesPerScenario; ++frame) {
+            const Step step = scenario.next();
+            oracle.cycle(step.source, step.timestamp, literal(step), step.now.count());
+        }
+        for (const auto& [event, count] : oracle.events) {
+            events[event] += count;
+        }
+    }
+    EXPECT_EQ(events.size(), 11U);
+    for (const auto& [event, count] : events) {
+        EXPECT_GE(count, 5) << event;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Switches, FusionOracle, testing::Range(0, 16));

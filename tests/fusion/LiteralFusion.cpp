@@ -23,6 +23,7 @@ void Fusion::cycle(int source, double timestamp, const Tracks& tracks, std::int6
         }
         cycleFrame(2, front.timestamp, front.tracks);
         radarFrameQueue.pop_front();
+        ++events["radar frame fused because it was old"];
     }
     while (!radarFrameQueue.empty()) {
         const Frame front = radarFrameQueue.front();
@@ -89,9 +90,11 @@ void Fusion::continuation(int source, const Tracks& tracks) {
             if (fused && !gate.passed) {
                 refused.push_back(id);
                 refusedSet.insert(systemTrack->id);
+                ++events["report refused by the gate"];
             } else if (config.removeClassMismatches && fused && gate.passed) {
                 if (!associator.haveMatchingClasses(*systemTrack, *report, source)) {
                     refused.push_back(id);
+                    ++events["report refused by its class"];
                 }
             }
             fuse(*systemTrack, report);
@@ -112,10 +115,12 @@ void Fusion::association(int source, const Tracks& tracks) {
         std::set<int> gone;
         for (const auto& [a, b] : pairs) {
             if (gone.count(a) > 0 || gone.count(b) > 0) {
+                ++events["pair to merge left out"];
                 continue;
             }
             merge(*before.at(static_cast<std::size_t>(a)), *before.at(static_cast<std::size_t>(b)));
             gone.insert(b);
+            ++events["system track folded into another"];
         }
         systemTracks.clear();
         for (std::size_t i = 0; i < before.size(); ++i) {
@@ -137,6 +142,7 @@ void Fusion::association(int source, const Tracks& tracks) {
         }
         fuse(*systemTrack, track);
         marked.insert(systemTrack);
+        ++events["sensor track associated"];
     }
 }
 
@@ -146,6 +152,7 @@ void Fusion::unmarked(int source) {
             continue;
         }
         if (systemTrack->hasCoastingTracks(source)) {
+            ++events["coasting track weighed down"];
             if (source == 0) {
                 systemTrack->updateTrackProbability(config.gainNegative.video);
             } else if (source == 2) {
@@ -166,6 +173,7 @@ void Fusion::initialize(const std::shared_ptr<Track>& track) {
         }
     }
     if (config.removeClassMismatches && excludedTrackIds.count(track->id) > 0) {
+        ++events["sensor track kept from starting"];
         return;
     }
     lastId = lastId == std::numeric_limits<int>::max() ? 0 : lastId + 1;
@@ -184,6 +192,7 @@ void Fusion::management() {
         systemTrack->pruneSensorTracksByCoastingTime(2);
         systemTrack->pruneSensorTracksByCoastingTime(0);
         systemTrack->updateIsConfident();
+        events["confirmed"] += systemTrack->isConfirmed ? 1 : 0;
     }
     SystemTracks alive;
     for (const auto& systemTrack : systemTracks) {
@@ -191,6 +200,7 @@ void Fusion::management() {
             alive.push_back(systemTrack);
         }
     }
+    events["system track died"] += static_cast<int>(systemTracks.size() - alive.size());
     systemTracks = alive;
     if (config.allowRadarToMultiple) {
         deleteCopies();
@@ -217,6 +227,7 @@ void Fusion::deleteCopies() {
             kept.push_back(systemTrack);
         }
     }
+    events["radar-only copy deleted"] += static_cast<int>(systemTracks.size() - kept.size());
     systemTracks = kept;
 }
 

@@ -25,6 +25,7 @@ public:
 
     SystemTracks systemTracks;
     int lastId = 0;
+    std::map<std::string, int> events;  ///< how often something remarkable has happened
 
 private:
     struct Frame {
