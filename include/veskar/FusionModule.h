@@ -131,7 +131,8 @@ private:
     void mergeSystemTracks();
     void associateTracks(Source source, const std::vector<std::shared_ptr<Track>>& tracks);
     void stepUnmarked(Source source);
-    void startSystemTracks(Source source, const std::vector<std::shared_ptr<Track>>& tracks);
+    void startSystemTracks(const std::vector<std::shared_ptr<Track>>& tracks);
+    void startSystemTrack(const std::shared_ptr<Track>& track);
     void eraseRadarCopies();
 
     Config config;

@@ -115,7 +115,7 @@ void FusionModule::cycleFrame(Source source, double timestamp, const Tracks& tra
     std::exception_ptr unsolved;
     try {
         update(source, tracks);
-        startSystemTracks(source, tracks);
+        startSystemTracks(tracks);
     } catch (const std::runtime_error&) {
         // Too many tracks to assign. Coasting tracks must still die, so that the load can fall.
         unsolved = std::current_exception();

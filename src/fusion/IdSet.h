@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A set of ids that is first filled, then asked.
+// A small set of ids.
 #pragma once
 
 #include <algorithm>
@@ -11,10 +11,14 @@ namespace Veskar {
 class IdSet {
 public:
     void clear() { ids.clear(); }
-    void add(int id) { ids.push_back(id); }
-    /// Ends the filling.
-    void sort() { std::sort(ids.begin(), ids.end()); }
-    /// Only after sort.
+
+    void insert(int id) {
+        const auto place = std::lower_bound(ids.begin(), ids.end(), id);
+        if (place == ids.end() || *place != id) {
+            ids.insert(place, id);
+        }
+    }
+
     bool contains(int id) const { return std::binary_search(ids.begin(), ids.end(), id); }
 
 private:

@@ -27,31 +27,32 @@ bool hasSingleRadarTrackOnly(const SystemTrack& systemTrack) {
 
 }  // namespace
 
-/// Skips in one walk what is held already: initialize would walk all system tracks for each.
-void FusionModule::startSystemTracks(Source source,
-                                     const std::vector<std::shared_ptr<Track>>& tracks) {
-    IdSet& heldIds = workspace->heldIds;
-    heldIds.clear();
-    for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
-        if (!systemTrack->hasSource(source)) {
-            break;  // isOccupied throws here
-        }
-        for (const auto& [id, sensorTrack] : systemTrack->getSensorTracks(source)) {
-            heldIds.add(id);
-        }
-    }
-    heldIds.sort();
+/// Does what initialize would do for each track, but looks once for all at what is held.
+void FusionModule::startSystemTracks(const std::vector<std::shared_ptr<Track>>& tracks) {
+    Occupancy& occupancy = workspace->occupancy;
+    occupancy.start(systemTracks);
+    IdSet& startedIds = workspace->startedIds;
+    startedIds.clear();
     for (const std::shared_ptr<Track>& track : tracks) {
-        if (track->source != source || !heldIds.contains(track->id)) {
-            initialize(track);
+        if (occupancy.holds(*track)) {
+            continue;
+        }
+        if (startedIds.contains(track->id)) {
+            initialize(track);  // a second report: this frame may have started its system track
+        } else {
+            startedIds.insert(track->id);
+            startSystemTrack(track);
         }
     }
 }
 
 void FusionModule::initialize(std::shared_ptr<Track> track) {
-    if (associator.isOccupied(*track, systemTracks)) {
-        return;
+    if (!associator.isOccupied(*track, systemTracks)) {
+        startSystemTrack(track);
     }
+}
+
+void FusionModule::startSystemTrack(const std::shared_ptr<Track>& track) {
     if (config.module.removeClassMismatches && excludedTrackIds.count(track->id) > 0) {
         return;
     }
@@ -82,21 +83,19 @@ void FusionModule::eraseRadarCopies() {
     for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
         if (isFused(*systemTrack)) {
             for (const auto& [id, radarTrack] : systemTrack->getSensorTracks(Radar)) {
-                sharedRadarIds.add(id);
+                sharedRadarIds.insert(id);
             }
         }
     }
-    sharedRadarIds.sort();
 
     IdSet& copies = workspace->copies;
     copies.clear();
     for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
         if (hasSingleRadarTrackOnly(*systemTrack) &&
             sharedRadarIds.contains(systemTrack->getSensorTracks(Radar).begin()->first)) {
-            copies.add(systemTrack->id);
+            copies.insert(systemTrack->id);
         }
     }
-    copies.sort();
     eraseIf(systemTracks,
             [&copies](const SystemTrack& systemTrack) { return copies.contains(systemTrack.id); });
 }

@@ -4,6 +4,7 @@
 
 #include <veskar/FusionModule.h>
 
+#include "association/Occupancy.h"
 #include "fusion/IdSet.h"
 #include "fusion/ReportIndex.h"
 
@@ -18,9 +19,10 @@ struct FusionModule::Workspace {
     std::unordered_set<int> refusedSystemTracks;  ///< ids of those with a report outside the gate
     std::vector<const SystemTrack*> mergedAway;   ///< what this frame has folded into others
     std::vector<const SystemTrack*> marked;       ///< what this frame has supported
-    IdSet heldIds;         ///< sensor tracks of the frame's source that system tracks hold
-    IdSet sharedRadarIds;  ///< radar tracks of the fused system tracks
-    IdSet copies;          ///< system tracks that repeat a shared radar track
+    Occupancy occupancy;                          ///< sensor tracks that system tracks hold
+    IdSet startedIds;                             ///< sensor tracks that may have started one
+    IdSet sharedRadarIds;                         ///< radar tracks of the fused system tracks
+    IdSet copies;                                 ///< system tracks that repeat one of those
 };
 
 }  // namespace Veskar

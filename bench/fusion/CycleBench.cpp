@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: Apache-2.0
+// Cost of a frame, from the host's call to its return, with the shipped configuration.
+//
+// Only the call is timed, not what the host does to make the tracks. "LU" is the time per object in
+// units of the Mahalanobis distance in support/LuUnit.h, measured beside every benchmark.
+#include <veskar/FusionModule.h>
+
+#include "support/AllocationCounter.h"
+#include "support/EstimatePool.h"
+#include "support/LuUnit.h"
+#include "support/TrackFactory.h"
+
+#include <chrono>
+#include <ctime>
+#include <memory>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+using Veskar::FusionModule;
+using Veskar::Radar;
+using Veskar::Source;
+using Veskar::VideoObject;
+using Tracks = std::vector<std::shared_ptr<Veskar::Track>>;
+
+constexpr double period = 0.1;  ///< ten frames a second from each sensor
+
+/// Processor time of this thread: figures that other programs on the machine disturb little.
+double processorSeconds() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+/// @return seconds of one LU
+double measureLu() {
+    constexpr int count = 20000;
+    VeskarBench::EstimatePool pool;
+    const double start = processorSeconds();
+    for (int i = 0; i < count; ++i) {
+        const VeskarTest::Estimate& a = pool.next();
+        const VeskarTest::Estimate& b = pool.next();
+        benchmark::DoNotOptimize(VeskarBench::luUnit(a.x, a.P, b.x, b.P));
+    }
+    return (processorSeconds() - start) / count;
+}
+
+Veskar::Config shippedConfig(bool useJVA) {
+    Veskar::Config config = Veskar::Config::parse(VESKAR_SOURCE_DIR "/config/fusion.json");
+    config.module.useJVA = useJVA;
+    return config;
+}
+
+/// A sensor's view of objects in a row, all walking at one speed, each with a slightly different
+/// covariance.
+class Walkers {
+public:
+    Walkers(Source sensor, int count, double offset = 0.0)
+        : source(sensor), objects(count), shift(offset) {}
+
+    Tracks at(double time) {
+        Tracks tracks;
+        for (int id = 1; id <= objects; ++id) {
+            VeskarTest::Report report;
+            report.source = source;
+            report.id = id;
+            report.time = time;
+            report.state << -0.9 + 1.8 * id / objects + shift, 0.02, -0.2, 0.0, 10.0 + 3.0 * id,
+                0.0;
+            report.covariance = 1e-4 * pool.next().P;
+            report.className = "human";
+            tracks.push_back(VeskarTest::makeTrack(report));
+            tracks.back()->probability = 2.0;
+            tracks.back()->boundingBox << report.state[0], 0.05, report.state[2], 0.2;
+        }
+        return tracks;
+    }
+
+private:
+    Source source;
+    int objects;
+    double shift;
+    VeskarBench::EstimatePool pool;
+};
+
+/// Sums up what calls of `cycle` cost.
+class Meter {
+public:
+    void cycle(FusionModule& module, Source source, double time, const Tracks& tracks) {
+        const VeskarTest::AllocationScope scope;
+        const double start = processorSeconds();
+        module.cycle(source, time, tracks);
+        seconds += processorSeconds() - start;
+        allocations += static_cast<double>(scope.count());
+        ++frames;
+    }
+
+    double getSeconds() const { return seconds; }
+    double perFrame() const { return seconds / frames; }
+    double allocationsPerFrame() const { return allocations / frames; }
+
+private:
+    double seconds = 0.0;
+    double allocations = 0.0;
+    double frames = 0.0;
+};
+
+void require(benchmark::State& state, bool condition, const char* what) {
+    if (!condition) {
+        state.SkipWithError(what);
+    }
+}
+
+/// Every object is held by both sensors and both report it ten times a second. One iteration is a
+/// video and a radar frame.
+void steadyState(benchmark::State& state) {
+    const int objects = static_cast<int>(state.range(0));
+    std::chrono::nanoseconds now{};
+    FusionModule module(shippedConfig(state.range(1) != 0), [&now] { return now; });
+    Walkers videoWalkers(VideoObject, objects);
+    Walkers radarWalkers(Radar, objects);
+    double time = 10.0;
+    Meter video;
+    Meter radar;
+    const auto frames = [&](Meter& videoMeter, Meter& radarMeter) {
+        time += period;
+        const Tracks seen = videoWalkers.at(time);
+        videoMeter.cycle(module, VideoObject, time, seen);
+        const Tracks heard = radarWalkers.at(time + period / 2.0);
+        radarMeter.cycle(module, Radar, time + period / 2.0, heard);
+    };
+    for (int i = 0; i < 10; ++i) {
+        Meter warmUp;
+        frames(warmUp, warmUp);
+    }
+    const double lu = measureLu();
+    for ([[maybe_unused]] auto _ : state) {
+        const double before = video.getSeconds() + radar.getSeconds();
+        frames(video, radar);
+        state.SetIterationTime(video.getSeconds() + radar.getSeconds() - before);
+    }
+    const double unit = (lu + measureLu()) / 2.0 * objects;
+    require(state, module.systemTracks.size() == static_cast<std::size_t>(objects),
+            "not every object is one system track");
+    state.counters["LU(video)"] = video.perFrame() / unit;
+    state.counters["LU(radar)"] = radar.perFrame() / unit;
+    state.counters["allocs(video)"] = video.allocationsPerFrame();
+    state.counters["allocs(radar)"] = radar.allocationsPerFrame();
+    state.SetComplexityN(objects);
+}
+
+/// A radar frame shows objects for the first time that so far video alone has seen, either where
+/// these are (they join) or elsewhere (they start system tracks).
+void newObjects(benchmark::State& state) {
+    const int objects = static_cast<int>(state.range(0));
+    const bool isElsewhere = state.range(2) != 0;
+    const Veskar::Config config = shippedConfig(state.range(1) != 0);
+    Walkers videoWalkers(VideoObject, objects);
+    Walkers radarWalkers(Radar, objects, isElsewhere ? 100.0 : 0.0);
+    FusionModule module(config, [] { return std::chrono::nanoseconds{}; });
+    const auto meet = [&](Meter& meter) {
+        module.clear();
+        module.cycle(VideoObject, 10.0, videoWalkers.at(10.0));
+        const Tracks heard = radarWalkers.at(10.05);
+        meter.cycle(module, Radar, 10.05, heard);
+    };
+    Meter warmUp;
+    meet(warmUp);
+    Meter meter;
+    const double lu = measureLu();
+    for ([[maybe_unused]] auto _ : state) {
+        const double before = meter.getSeconds();
+        meet(meter);
+        state.SetIterationTime(meter.getSeconds() - before);
+    }
+    require(
+        state,
+        module.systemTracks.size() == static_cast<std::size_t>(isElsewhere ? 2 * objects : objects),
+        "not every object is one system track");
+    state.counters["LU"] = meter.perFrame() / ((lu + measureLu()) / 2.0 * objects);
+    state.counters["allocs"] = meter.allocationsPerFrame();
+}
+
+BENCHMARK(steadyState)
+    ->ArgNames({"objects", "JVA"})
+    ->ArgsProduct({{8, 32, 64, 128, 256}, {1}})
+    ->UseManualTime()
+    ->Unit(benchmark::kMicrosecond)
+    ->Complexity();
+BENCHMARK(steadyState)
+    ->ArgNames({"objects", "JVA"})
+    ->ArgsProduct({{8, 32, 64, 128, 256}, {0}})
+    ->UseManualTime()
+    ->Unit(benchmark::kMicrosecond)
+    ->Complexity();
+BENCHMARK(newObjects)
+    ->ArgNames({"objects", "JVA", "elsewhere"})
+    ->ArgsProduct({{64}, {1, 0}, {0, 1}})
+    ->UseManualTime()
+    ->Unit(benchmark::kMicrosecond);
+
+}  // namespace
