@@ -4,6 +4,7 @@
 
 #include "config/ParseFailure.h"
 #include "config/ReadValue.h"
+#include "track/Angle.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,8 +16,7 @@
 namespace Veskar {
 namespace {
 
-constexpr double pi = 3.141592653589793;
-
+// std::pow rounds the cube once, t * t * t would twice.
 double evaluate(const Eigen::Vector4d& c, double t) {
     return c[3] * std::pow(t, 3.0) + c[2] * (t * t) + c[1] * t + c[0];
 }
@@ -66,8 +66,7 @@ Camera readCamera(const JsonNode& node) {
 Camera::Camera(const Eigen::Vector2i& imageSize, const Eigen::Vector2d& opticalCentre,
                const Eigen::Vector4d& imageToRadians, const Eigen::Vector4d& radiansToImage,
                const Eigen::Vector2d& halfAngles, bool isPinhole)
-    : resolution(imageSize),
-      sensorOffset(opticalCentre),
+    : sensorOffset(opticalCentre),
       lensPolynomRadiansToImage(radiansToImage),
       lensPolynomImageToRadians(imageToRadians),
       fieldOfView(halfAngles),
@@ -162,7 +161,7 @@ Camera::RangeToTarget Camera::getRangeToTarget(double x, double y, double minimu
     const double up = dy / r * std::sin(theta);
     const double climb = rotation(2, 0) * forward + rotation(2, 1) * left + rotation(2, 2) * up;
 
-    const double limit = -std::sin(minimumAngle * pi / 180.0);
+    const double limit = -std::sin(toRadians(minimumAngle));
     const bool clamped = limit < climb;
     return {clamped, -position[2] / (clamped ? limit : climb)};
 }

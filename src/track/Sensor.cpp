@@ -1,18 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <veskar/Sensor.h>
 
+#include "track/Angle.h"
+
 #include <cmath>
 
 namespace Veskar {
-namespace {
-
-constexpr double pi = 3.141592653589793;
-
-double toRadians(double degrees) {
-    return degrees * pi / 180.0;
-}
-
-}  // namespace
 
 Sensor::Sensor() {
     setPosition(0.0, 0.0, 0.0);

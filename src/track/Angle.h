@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
+// Angles as people mount sensors, in degrees, for functions that take radians.
+#pragma once
+
+namespace Veskar {
+
+inline double toRadians(double degrees) {
+    return degrees * 3.141592653589793 / 180.0;
+}
+
+}  // namespace Veskar
