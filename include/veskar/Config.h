@@ -48,10 +48,11 @@ struct VESKAR_EXPORT Config {
         static FusionInputs parse(const JsonNode& node);
     };
 
-    /// Gains below 1 that lower a track's probability when a sensor misses it ("gainNegative").
+    /// Odds gains, normally below 1, that lower the probability of a system track which holds a
+    /// coasting track of the frame's sensor and which the frame has not handled ("gainNegative").
     struct VESKAR_EXPORT GainNegative {
-        double radar = 0.0;  ///< a coasting radar track got no report in a radar frame
-        double video = 0.0;  ///< a coasting video track got no report in a video frame
+        double radar = 0.0;  ///< in a radar frame
+        double video = 0.0;  ///< in a video frame
 
         /// @param node the section
         /// @return the record
@@ -70,7 +71,7 @@ struct VESKAR_EXPORT Config {
         double stationaryBlockingMinSpeed = 0.0;     ///< m/s; default 10 / 3.6
         double stationaryBlockingMaxUVSpeed = 0.0;   ///< 1/s; default 0.03
         double stationaryBlockingMinVideoAge = 0.0;  ///< s; default 3.0
-        double trackKillTime = 0.0;                  ///< s; required
+        double trackKillTime = 0.0;  ///< s; required, but the coasting limit is fixed at 0.5
         double systemTrackConfirmationLimitUpper = 0.0;  ///< for one sensor alone; required
         double systemTrackConfirmationLimitLower = 0.0;  ///< for radar and video; required
         bool allowRadarToMultiple = false;   ///< share a radar track between objects; required
@@ -95,9 +96,9 @@ struct VESKAR_EXPORT Config {
 
     /// Detection priority ("veskarDetectionPriority"); every key is required.
     struct VESKAR_EXPORT PriorityConfig {
-        double vuraWidthFractionLimit = 0.0;   ///< least box width, fraction of the image
+        double vuraWidthFractionLimit = 0.0;   ///< fraction of the image; no rule reads it
         double vuraHeightFractionLimit = 0.0;  ///< least box height, fraction of the image
-        double vodWidthFractionLimit = 0.0;    ///< least box width, fraction of the image
+        double vodWidthFractionLimit = 0.0;    ///< fraction of the image; no rule reads it
         double vodHeightFractionLimit = 0.0;   ///< least box height, fraction of the image
         double longlivedLimit = 0.0;           ///< age of a long-lived track, s
         double travelledDistanceLimit = 0.0;   ///< image plane

@@ -17,8 +17,9 @@ namespace Veskar {
 /// asArray borrows: it is valid only while an owning node of its document lives. Copies of an
 /// owning node own a reference of their own; copies of a borrowed one borrow.
 ///
-/// Numbers are strict: 3 is an integer and no real, 3.0 a real and no integer. Different nodes of
-/// one document may be read concurrently; copying owning nodes is safe too.
+/// Numbers are strict: 3 is an integer and no real, 3.0 a real and no integer. The nodes of one
+/// document may be read concurrently; copying, assigning and destroying owning nodes of one
+/// document is for one thread at a time.
 class VESKAR_EXPORT JsonNode {
 public:
     /// A node without a value; every access to it throws.

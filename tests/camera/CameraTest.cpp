@@ -135,6 +135,18 @@ TEST(CameraLens, EvaluatesBothPolynomials) {
     EXPECT_EQ(camera.evaluatePolynomRadiansToImage(0.0), -0.0125);
 }
 
+TEST(CameraLens, RoundsTheCubeOnce) {
+    Camera camera = lensCamera();
+    camera.setLensPolynomImageToRadians(0.0, 0.0, 0.0, 1.0);
+    int differing = 0;
+    for (int i = 1; i <= 100; ++i) {
+        const double t = i / 77.0;
+        EXPECT_EQ(camera.evaluatePolynomImageToRadians(t), std::pow(t, 3.0));
+        differing += std::pow(t, 3.0) == t * t * t ? 0 : 1;
+    }
+    EXPECT_GT(differing, 10);  // there is a difference to see
+}
+
 TEST(CameraLens, KeepsTheSignOfTheCube) {
     EXPECT_DOUBLE_EQ(lensCamera().evaluatePolynomImageToRadians(-1.0), 0.01 - 0.8 - 0.05 - 0.03);
 }
