@@ -27,7 +27,8 @@ struct Position {
 /// throws; a missing service gives an invalid position.
 ///
 /// @param range ground distance in metres
-/// @param azimuth degrees, clockwise from the device's heading
+/// @param azimuth degrees, counter-clockwise from the device's right-hand side: 90 lies straight
+///                ahead, in the direction of the heading
 /// @return the position, `valid` false when the device has no fix
 VESKAR_EXPORT Position getPosition(double range, double azimuth);
 
@@ -70,7 +71,7 @@ public:
     /// @param position the position, in place
     void validatePosition(::Dbus::GeoLocation::Position& position);
     /// @param range ground distance in metres
-    /// @param azimuth degrees, clockwise from the device's heading
+    /// @param azimuth degrees, see ::Dbus::GeoLocation::getPosition
     /// @return the geographic position
     ::Dbus::GeoLocation::Position getPosition(double range, double azimuth);
 

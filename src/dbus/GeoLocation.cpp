@@ -173,7 +173,8 @@ void GeoLocation::validatePosition(::Dbus::GeoLocation::Position& position) {
     ::Dbus::GeoLocation::Position position;
     {
         const std::lock_guard<std::mutex> lock(mutex);
-        // From clockwise off the heading to counter-clockwise off east.
+        // The bearing, clockwise from north, is heading + 90 - azimuth; theta is the same direction
+        // counter-clockwise from east.
         const double theta =
             std::fmod(450.0 - ((heading + 90.0) - azimuth), 360.0) * radiansPerDegree;
         position.longitude = longitude + std::cos(theta) * range * degreesPerMeterLongitude;

@@ -3,6 +3,7 @@
 #include <veskar/HostApplication.h>
 
 #include "net/LocalDatagramSocket.h"
+#include "track/FirstTrack.h"
 
 #include <algorithm>
 #include <locale>
@@ -18,10 +19,6 @@ constexpr double pictureHeightToWidth = 0.5625;
 
 /// A payload stops growing when it holds more than this.
 constexpr std::size_t sampleLimit = 10;
-
-const Track& firstTrack(const SystemTrack& systemTrack, Source source) {
-    return *systemTrack.getSensorTracks(source).begin()->second;
-}
 
 Eigen::Vector2d imagePosition(const Track& track) {
     return {track.state(0), track.state(2)};
@@ -76,7 +73,7 @@ void AutocalibrationHandler::handleSystemTrack(
                                              limits.autocalibrationVideoCoastingLimit)) {
         return;
     }
-    const Track& video = firstTrack(systemTrack, VideoObject);
+    const Track& video = *firstTrack(systemTrack, VideoObject);
     const Eigen::Vector4d& box = video.boundingBox;
     if (touchesEdge(box, limits.autocalibrationEdgeLimit)) {
         return;
@@ -93,7 +90,7 @@ void AutocalibrationHandler::handleSystemTrack(
     if (std::any_of(videoTracks.begin(), videoTracks.end(), isNear)) {
         return;
     }
-    const Track& radar = firstTrack(systemTrack, Radar);
+    const Track& radar = *firstTrack(systemTrack, Radar);
     payload.data.push_back({video.state(0), video.state(2), radar.id, radar.state(4)});
 }
 

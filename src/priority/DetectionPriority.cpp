@@ -3,6 +3,8 @@
 #include <veskar/VODAnnotationClient.h>
 #include <veskar/Vocabulary.h>
 
+#include "track/FirstTrack.h"
+
 #include <algorithm>
 #include <chrono>
 #include <limits>
@@ -29,10 +31,6 @@ std::string reasonCode(const Latches& latches) {
     return std::to_string(code);
 }
 
-const Track& firstTrack(const SystemTrack& track, Source source) {
-    return *track.getSensorTracks(source).begin()->second;
-}
-
 }  // namespace
 
 DetectionPriority::DetectionPriority(const Config& newConfig)
@@ -44,7 +42,7 @@ std::set<std::string> DetectionPriority::evaluateTrack(SystemTrack& track) {
     std::set<std::string> tags;
     if (seenByVideo && seenByRadar) {
         tags.insert(Vocabulary::minimizeFalseAlarms);
-        sendAnnotation(track, firstTrack(track, VideoObject).className);
+        sendAnnotation(track, firstTrack(track, VideoObject)->className);
     }
     if (seenByVideo || seenByRadar) {
         tags.insert(Vocabulary::maximizeDetections);
@@ -107,8 +105,8 @@ bool DetectionPriority::outsideRadarDetectionRange(const SystemTrack& track) con
     if (track.hasTracks(Radar)) {
         return false;
     }
-    const Track& video = firstTrack(track, VideoObject);
-    return farLimit(video.className) < video.state(4);
+    const Track* video = firstTrack(track, VideoObject);
+    return video != nullptr && farLimit(video->className) < video->state(4);
 }
 
 double DetectionPriority::farLimit(const std::string& className) const {
@@ -132,22 +130,22 @@ bool DetectionPriority::blockedByNoVideoDetection(const SystemTrack& track, int 
 }
 
 void DetectionPriority::sendAnnotation(SystemTrack& track, const std::string& label) {
-    if (!config.detectionPriority.autoAnnotationEnabled) {
+    const Track* radar = firstTrack(track, Radar);
+    if (!config.detectionPriority.autoAnnotationEnabled || radar == nullptr) {
         return;
     }
-    const int radarId = track.getSensorTracks(Radar).begin()->first;
     std::vector<int>& annotated = track.annotatedRadarIds;
-    if (std::find(annotated.begin(), annotated.end(), radarId) != annotated.end()) {
+    if (std::find(annotated.begin(), annotated.end(), radar->id) != annotated.end()) {
         return;
     }
     track.annotationLabel = label;
-    annotated.push_back(radarId);
+    annotated.push_back(radar->id);
     const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
     const std::int64_t milliseconds =
         std::chrono::duration_cast<std::chrono::milliseconds>(sinceEpoch).count();
     const VODAnnotation::VODAnnotationClient client =
         VODAnnotation::VODAnnotationClient::getInstance();
-    client.send({radarId, label, track.boundingBox, milliseconds});
+    client.send({radar->id, label, track.boundingBox, milliseconds});
 }
 
 // Both stand here so that a host may treat this class and SceneConditions alike.

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "dbus/LocalMessage.h"
+
+#include <array>
+
+#include <sys/socket.h>
+#include <systemd/sd-bus.h>
+#include <unistd.h>
+
+namespace VeskarTest {
+
+LocalMessage::LocalMessage(const Body& body) {
+    // A message belongs to a connection, though nobody need answer at its other end.
+    std::array<int, 2> ends{};
+    must(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends.data()),
+         "socketpair");
+    peer = ends[1];
+    must(sd_bus_new(&bus), "new bus");
+    must(sd_bus_set_fd(bus, ends[0], ends[0]), "set fd");
+    must(sd_bus_start(bus), "start");
+    must(sd_bus_message_new_signal(bus, &message, "/test", "test.Test", "Test"), "new signal");
+    body(message);
+    must(sd_bus_message_seal(message, 1, 0), "seal");
+    must(sd_bus_message_rewind(message, 1), "rewind");
+}
+
+LocalMessage::~LocalMessage() {
+    sd_bus_message_unref(message);
+    sd_bus_close_unref(bus);
+    close(peer);
+}
+
+}  // namespace VeskarTest

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+// A message to read that has never seen a bus.
+#pragma once
+
+#include "support/FakeService.h"
+
+struct sd_bus;
+struct sd_bus_message;
+
+namespace VeskarTest {
+
+/// A sealed message with a body, positioned at its begin.
+class LocalMessage {
+public:
+    explicit LocalMessage(const Body& body);
+    ~LocalMessage();
+    LocalMessage(const LocalMessage&) = delete;
+    LocalMessage& operator=(const LocalMessage&) = delete;
+
+    sd_bus_message* get() const { return message; }
+
+private:
+    sd_bus* bus = nullptr;
+    sd_bus_message* message = nullptr;
+    int peer = -1;
+};
+
+}  // namespace VeskarTest

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+// A bus that answers with bytes, for what a message bus would never let through.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace VeskarTest {
+
+/// Bytes in the wire format of D-Bus, little-endian.
+class Bytes {
+public:
+    Bytes& align(std::size_t boundary);
+    Bytes& byte(std::uint8_t value);
+    Bytes& word(std::uint32_t value);
+    Bytes& real(double value);
+    /// A string with length and terminator.
+    Bytes& string(const std::string& value);
+    /// A signature with length and terminator.
+    Bytes& signature(const std::string& value);
+    Bytes& append(const std::string& value);
+    const std::string& get() const { return bytes; }
+
+private:
+    std::string bytes;
+};
+
+/// What a RawBus answers to a call.
+struct RawReply {
+    std::string signature;
+    std::string body;
+};
+
+/// The system bus of this process for one connection: greets it, answers its calls in order and
+/// hangs up.
+class RawBus {
+public:
+    explicit RawBus(std::vector<RawReply> replies);
+    /// Waits until all calls have been answered or the connection has ended.
+    ~RawBus();
+    RawBus(const RawBus&) = delete;
+    RawBus& operator=(const RawBus&) = delete;
+
+private:
+    void serve() const;
+
+    std::string directory;
+    std::vector<RawReply> replies;
+    int listener;
+    std::thread thread;
+};
+
+}  // namespace VeskarTest

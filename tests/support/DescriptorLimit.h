@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+// Lets file descriptors run out.
+#pragma once
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace VeskarTest {
+
+/// While one lives, this process can open only so many more file descriptors.
+class DescriptorLimit {
+public:
+    explicit DescriptorLimit(unsigned count) {
+        const int lowest = open("/dev/null", O_RDONLY | O_CLOEXEC);
+        close(lowest);
+        getrlimit(RLIMIT_NOFILE, &before);
+        rlimit limited = before;
+        limited.rlim_cur = static_cast<rlim_t>(lowest) + count;
+        setrlimit(RLIMIT_NOFILE, &limited);
+    }
+    ~DescriptorLimit() { setrlimit(RLIMIT_NOFILE, &before); }
+    DescriptorLimit(const DescriptorLimit&) = delete;
+    DescriptorLimit& operator=(const DescriptorLimit&) = delete;
+
+private:
+    rlimit before{};
+};
+
+}  // namespace VeskarTest

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: Apache-2.0
+// A service on the system bus that answers and signals as a test wants.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+struct sd_bus;
+struct sd_bus_message;
+struct sd_event;
+
+namespace VeskarTest {
+
+/// Writes the body of a message.
+using Body = std::function<void(sd_bus_message*)>;
+
+/// @return a dictionary entry {sv}
+Body number(const std::string& key, double value);
+Body truth(const std::string& key, bool value);
+Body text(const std::string& key, const std::string& value);
+Body integer(const std::string& key, int value);
+/// @return a dictionary entry {sv} whose value is an a{sv} of such entries
+Body entries(const std::string& key, const std::vector<Body>& nested);
+/// @return a dictionary entry {sv} whose value is a structure (ib)
+Body status(const std::string& key, int value, bool present);
+/// @return an a{sv}
+Body dictionary(const std::vector<Body>& content);
+/// @return the body of a PropertiesChanged signal
+Body changed(const std::string& interface, const std::vector<Body>& content);
+/// @return a string alone
+Body string(const std::string& value);
+/// @return a variant of doubles
+Body doubles(const std::vector<double>& values);
+/// @return nothing
+Body nothing();
+
+/// Says "what" and ends the test program when @p result is negative: a broken fake proves nothing.
+int must(int result, const char* what);
+
+/// Owns a name on the system bus and serves it on a thread of its own.
+class FakeService {
+public:
+    /// A method or signal.
+    struct Member {
+        std::string path;
+        std::string interface;
+        std::string name;
+        bool operator<(const Member& other) const {
+            return std::tie(path, interface, name) <
+                   std::tie(other.path, other.interface, other.name);
+        }
+    };
+
+    /// Returns when the name is owned.
+    explicit FakeService(const std::string& busName);
+    /// Leaves the bus, and with it the name.
+    ~FakeService();
+    FakeService(const FakeService&) = delete;
+    FakeService& operator=(const FakeService&) = delete;
+
+    /// From now on calls of a method are answered with a body.
+    void answer(const Member& method, Body body);
+    /// From now on calls of a method are answered with an error.
+    void refuse(const Member& method, const std::string& error, const std::string& message);
+    /// From now on calls of a method are shown to a function, on the service's thread, before they
+    /// are answered.
+    void inspect(const Member& method, std::function<void(sd_bus_message*)> look);
+    /// From now on calls of a method wait.
+    void hold(const Member& method);
+    /// Answers all calls that wait.
+    void release(const Body& body);
+    /// @return calls of a method so far
+    int calls(const Member& method);
+    /// Sends a signal; returns when it has left for the bus.
+    void emit(const Member& signal, const Body& body);
+
+private:
+    using Handler = std::function<void(sd_bus_message*)>;
+
+    void serve();
+    void run(std::function<void()> task);
+    void handle(const Member& method, Handler handler);
+    int onCall(sd_bus_message* call);
+
+    std::string busName;
+    sd_bus* bus = nullptr;
+    sd_event* event = nullptr;
+    std::map<Member, Handler> handlers;
+    std::map<Member, int> counts;
+    std::vector<sd_bus_message*> held;
+
+    int wakeUp;
+    std::mutex mutex;
+    std::vector<std::function<void()>> tasks;
+    std::thread thread;
+};
+
+}  // namespace VeskarTest

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support/MainLoop.h"
+
+#include <chrono>
+#include <future>
+#include <memory>
+
+#include <glib.h>
+
+namespace VeskarTest {
+namespace {
+
+/// Far longer than anything takes; only a test that would fail anyway waits for it.
+constexpr std::chrono::seconds deadline{60};
+
+}  // namespace
+
+MainLoop::MainLoop(Context which)
+    : context(which == Context::Own ? g_main_context_new()
+                                    : g_main_context_ref(g_main_context_default())) {}
+
+MainLoop::~MainLoop() {
+    stop();
+    g_main_context_unref(context);
+}
+
+void MainLoop::asThreadDefault(const std::function<void()>& function) {
+    g_main_context_push_thread_default(context);
+    function();
+    g_main_context_pop_thread_default(context);
+}
+
+void MainLoop::start() {
+    running = true;
+    thread = std::thread([this] {
+        g_main_context_push_thread_default(context);
+        while (running) {
+            g_main_context_iteration(context, TRUE);
+            const std::lock_guard<std::mutex> lock(mutex);
+            iterated.notify_all();
+        }
+        g_main_context_pop_thread_default(context);
+    });
+}
+
+void MainLoop::stop() {
+    if (thread.joinable()) {
+        running = false;
+        g_main_context_wakeup(context);
+        thread.join();
+    }
+}
+
+void MainLoop::call(const std::function<void()>& function) {
+    struct Task {
+        std::function<void()> function;
+        std::promise<void> done;
+    };
+    auto task = std::make_shared<Task>();
+    task->function = function;
+    g_main_context_invoke_full(
+        context, G_PRIORITY_DEFAULT,
+        [](gpointer data) -> gboolean {
+            Task& due = **static_cast<std::shared_ptr<Task>*>(data);
+            due.function();
+            due.done.set_value();
+            return G_SOURCE_REMOVE;
+        },
+        new std::shared_ptr<Task>(task),
+        [](gpointer data) { delete static_cast<std::shared_ptr<Task>*>(data); });
+    task->done.get_future().wait();
+}
+
+bool MainLoop::waitUntil(const std::function<bool()>& condition) {
+    std::unique_lock<std::mutex> lock(mutex);
+    return iterated.wait_for(lock, deadline, condition);
+}
+
+bool MainLoop::iterateUntil(const std::function<bool()>& condition) {
+    bool expired = false;
+    GSource* alarm = g_timeout_source_new_seconds(deadline.count());
+    g_source_set_callback(
+        alarm,
+        [](gpointer data) -> gboolean {
+            *static_cast<bool*>(data) = true;
+            return G_SOURCE_REMOVE;
+        },
+        &expired, nullptr);
+    g_source_attach(alarm, context);
+    while (!expired && !condition()) {
+        g_main_context_iteration(context, TRUE);
+    }
+    g_source_destroy(alarm);
+    g_source_unref(alarm);
+    return !expired;
+}
+
+bool MainLoop::iterateUntilIdle() {
+    for (int i = 0; i < 10000; ++i) {
+        if (g_main_context_iteration(context, FALSE) == FALSE) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace VeskarTest
