@@ -140,9 +140,8 @@ TEST_F(Autocalibration, KeepsAwayFromTheEdges) {
 }
 
 TEST_F(Autocalibration, JudgesTheVideoTracksBoxAndNotTheSystemTracks) {
-    EXPECT_TRUE(isTaken([](SystemTrack& track) {
-        track.boundingBox = Eigen::Vector4d(-1.0, 2.0, -1.0, 2.0);
-    }));
+    EXPECT_TRUE(isTaken(
+        [](SystemTrack& track) { track.boundingBox = Eigen::Vector4d(-1.0, 2.0, -1.0, 2.0); }));
 }
 
 TEST_F(Autocalibration, NeedsAClassWithKnownShape) {

@@ -78,9 +78,9 @@ TEST_F(CalibrationInTheHost, SendsOneDatagramPerFrame) {
 TEST_F(CalibrationInTheHost, PutsTheSamplesInTheOrderOfTheSystemTracks) {
     const auto unfit = makeCalibrationTrack(100);
     radarOf(*unfit).coastingTime = 0.1;
-    EXPECT_THAT(update({makeCalibrationTrack(9), unfit, makeCalibrationTrack(3),
-                        makeCalibrationTrack(5)}),
-                ElementsAre(payload({9, 3, 5})));
+    EXPECT_THAT(
+        update({makeCalibrationTrack(9), unfit, makeCalibrationTrack(3), makeCalibrationTrack(5)}),
+        ElementsAre(payload({9, 3, 5})));
 }
 
 TEST_F(CalibrationInTheHost, SendsNothingWithoutSamples) {

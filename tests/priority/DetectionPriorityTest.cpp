@@ -109,14 +109,14 @@ TEST_F(Priority, OfAFusedTrackWaitsForItsConfirmation) {
 TEST_F(Priority, RepeatsALatchedReasonWithoutLookingAgain) {
     const auto track = makeTrackOf(false, true);
     track->systemStartTime = track->time - 21.0;
-    EXPECT_THAT(priority->evaluateTrack(*track), ElementsAre("16", "automatic",
-                                                             "maximizeDetections"));
+    EXPECT_THAT(priority->evaluateTrack(*track),
+                ElementsAre("16", "automatic", "maximizeDetections"));
     track->systemStartTime = track->time;
     track->isConfirmed = false;
     travel(*track, 0.9);
     const int before = track->framesWithoutVideo;
-    EXPECT_THAT(priority->evaluateTrack(*track), ElementsAre("16", "automatic",
-                                                             "maximizeDetections"));
+    EXPECT_THAT(priority->evaluateTrack(*track),
+                ElementsAre("16", "automatic", "maximizeDetections"));
     EXPECT_EQ(track->framesWithoutVideo, before);
     track->sensorTracks[Source::Radar].clear();
     EXPECT_THAT(priority->evaluateTrack(*track), ElementsAre("16", "automatic"));
@@ -340,8 +340,8 @@ struct Situation {
     bool video;
     bool radar;
     bool confirmed;
-    bool small;        // outside video range
-    bool far;          // outside radar range
+    bool small;  // outside video range
+    bool far;    // outside radar range
     bool old;
     bool travelled;
     bool annotate;
@@ -349,9 +349,9 @@ struct Situation {
     unsigned latches;  // one bit each
 
     std::string text() const {
-        return testing::PrintToString(std::vector<int>{
-            video, radar, confirmed, small, far, old, travelled, annotate, missedBefore,
-            static_cast<int>(latches)});
+        return testing::PrintToString(std::vector<int>{video, radar, confirmed, small, far, old,
+                                                       travelled, annotate, missedBefore,
+                                                       static_cast<int>(latches)});
     }
 };
 

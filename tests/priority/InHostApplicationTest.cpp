@@ -72,7 +72,9 @@ TEST_F(AnnotationsInTheHost, AreCompactJson) {
 
 TEST_F(AnnotationsInTheHost, WriteNumbersWithSixDigitsInTheShorterNotation) {
     EXPECT_THAT(
-        send({-2147483647, "unknown", {-0.123456789, 1.0, 1e-7, 1234567.0},
+        send({-2147483647,
+              "unknown",
+              {-0.123456789, 1.0, 1e-7, 1234567.0},
               std::numeric_limits<std::int64_t>::min()}),
         ElementsAre(R"({"id":-2147483647,"type":"unknown","bbox":[-0.123457,1,1e-07,1.23457e+06],)"
                     R"("timestamp":-9223372036854775808})"));
@@ -134,8 +136,7 @@ TEST_F(AnnotationsInTheHost, GoOutOncePerRadarTrackWithTheTracksBox) {
     const std::int64_t after = millisecondsNow();
     const std::vector<std::string> datagrams = receiver->receive();
     ASSERT_EQ(datagrams.size(), 1U);
-    const std::string head =
-        R"({"id":41,"type":"human","bbox":[-0.1,0.2,-0.3,0.4],"timestamp":)";
+    const std::string head = R"({"id":41,"type":"human","bbox":[-0.1,0.2,-0.3,0.4],"timestamp":)";
     ASSERT_EQ(datagrams[0].substr(0, head.size()), head);
     EXPECT_EQ(datagrams[0].back(), '}');
     const std::int64_t timestamp = std::stoll(datagrams[0].substr(head.size()));
