@@ -121,47 +121,38 @@ class JsonNodeType : public testing::TestWithParam<TypedValue> {
 protected:
     JsonNode document = JsonNode::fromString("{\"v\": " + GetParam().json + "}");
     JsonNode value = document.get("v");
+
     bool is(const std::string& type) const { return GetParam().name == type; }
+
+    template <typename Access>
+    static void expectRefusalUnless(bool right, const std::string& text, const Access& access) {
+        if (right) {
+            EXPECT_NO_THROW(access());
+        } else {
+            EXPECT_EQ(refusal(access), text);
+        }
+    }
 };
 
 TEST_P(JsonNodeType, IsRefusedAsRealUnlessReal) {
-    if (!is("Real")) {
-        EXPECT_EQ(refusal([&] { value.asReal(); }), "JsonNode is not a real number.");
-    } else {
-        EXPECT_NO_THROW(value.asReal());
-    }
+    expectRefusalUnless(is("Real"), "JsonNode is not a real number.", [&] { value.asReal(); });
 }
 
 TEST_P(JsonNodeType, IsRefusedAsIntegerUnlessInteger) {
-    if (!is("Integer")) {
-        EXPECT_EQ(refusal([&] { value.asInteger(); }), "JsonNode is not an integer.");
-    } else {
-        EXPECT_NO_THROW(value.asInteger());
-    }
+    expectRefusalUnless(is("Integer"), "JsonNode is not an integer.", [&] { value.asInteger(); });
 }
 
 TEST_P(JsonNodeType, IsRefusedAsBooleanUnlessBoolean) {
-    if (!is("True") && !is("False")) {
-        EXPECT_EQ(refusal([&] { value.asBoolean(); }), "JsonNode is not a boolean.");
-    } else {
-        EXPECT_NO_THROW(value.asBoolean());
-    }
+    expectRefusalUnless(is("True") || is("False"), "JsonNode is not a boolean.",
+                        [&] { value.asBoolean(); });
 }
 
 TEST_P(JsonNodeType, IsRefusedAsArrayUnlessArray) {
-    if (!is("Array")) {
-        EXPECT_EQ(refusal([&] { value.asArray(); }), "JsonNode is not an array");
-    } else {
-        EXPECT_NO_THROW(value.asArray());
-    }
+    expectRefusalUnless(is("Array"), "JsonNode is not an array", [&] { value.asArray(); });
 }
 
 TEST_P(JsonNodeType, HasNoMembersUnlessObject) {
-    if (!is("Object")) {
-        EXPECT_EQ(refusal([&] { value.get("radar"); }), "No such key: radar");
-    } else {
-        EXPECT_NO_THROW(value.get("radar"));
-    }
+    expectRefusalUnless(is("Object"), "No such key: radar", [&] { value.get("radar"); });
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryType, JsonNodeType,
