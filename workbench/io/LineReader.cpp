@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "io/LineReader.h"
+
+#include "io/InputError.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Workbench {
+
+LineReader::LineReader(const std::string& path) : shownName(path == "-" ? "<stdin>" : path) {
+    descriptor = path == "-" ? ::dup(STDIN_FILENO) : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        throw InputError(fmt::format("{}: {}", shownName, std::strerror(errno)));
+    }
+    struct stat status {};
+    if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
+        total = static_cast<std::uint64_t>(status.st_size);
+    }
+    buffer.resize(std::size_t{256} << 10);
+}
+
+LineReader::~LineReader() {
+    ::close(descriptor);
+}
+
+bool LineReader::fill() {
+    if (begin > 0) {
+        std::memmove(buffer.data(), buffer.data() + begin, end - begin);
+        end -= begin;
+        begin = 0;
+    }
+    if (end == buffer.size()) {
+        if (buffer.size() > maximumLineLength) {
+            throw InputError(fmt::format("{}:{}: line is longer than {} MiB", shownName, number + 1,
+                                         maximumLineLength >> 20));
+        }
+        buffer.resize(buffer.size() * 2);
+    }
+    ssize_t count = 0;
+    do {
+        count = ::read(descriptor, buffer.data() + end, buffer.size() - end);
+    } while (count < 0 && errno == EINTR);
+    if (count < 0) {
+        throw InputError(fmt::format("{}: {}", shownName, std::strerror(errno)));
+    }
+    end += static_cast<std::size_t>(count);
+    return count > 0;
+}
+
+bool LineReader::next(std::string_view& line) {
+    std::size_t searched = begin;
+    for (;;) {
+        const void* found = std::memchr(buffer.data() + searched, '\n', end - searched);
+        if (found != nullptr) {
+            const auto position =
+                static_cast<std::size_t>(static_cast<const char*>(found) - buffer.data());
+            line = std::string_view(buffer.data() + begin, position - begin);
+            consumed += position + 1 - begin;
+            begin = position + 1;
+            ++number;
+            return true;
+        }
+        const std::size_t unfinished = end - begin;
+        if (atEnd || !fill()) {
+            atEnd = true;
+            if (unfinished == 0) {
+                return false;
+            }
+            line = std::string_view(buffer.data() + begin, unfinished);
+            consumed += unfinished;
+            begin = end;
+            openEnded = true;
+            ++number;
+            return true;
+        }
+        searched = begin + unfinished;
+    }
+}
+
+std::string LineReader::place() const {
+    return fmt::format("{}:{}", shownName, number);
+}
+
+}  // namespace Workbench

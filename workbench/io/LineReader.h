@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+// Reads a text line by line in constant memory.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Workbench {
+
+/// The lines of a file, or of standard input when the path is "-".
+class LineReader {
+public:
+    /// @param path the file, or "-"
+    /// @throw InputError when it cannot be opened
+    explicit LineReader(const std::string& path);
+    ~LineReader();
+    LineReader(const LineReader&) = delete;
+    LineReader& operator=(const LineReader&) = delete;
+
+    /// Goes on to the next line.
+    ///
+    /// @param line receives the line without its end; valid until the next call
+    /// @return false at the end of the file
+    /// @throw InputError when reading fails or the line is longer than maximumLineLength
+    bool next(std::string_view& line);
+
+    /// @return whether the line last read had no line end: the file stops there
+    bool lastLineIsOpen() const { return openEnded; }
+    /// @return number of the line last read, from 1
+    std::uint64_t lineNumber() const { return number; }
+    /// @return bytes handed out so far
+    std::uint64_t bytesRead() const { return consumed; }
+    /// @return size of a regular file in bytes; 0 when it is not known
+    std::uint64_t size() const { return total; }
+    /// @return name for messages: the path, or "<stdin>"
+    const std::string& name() const { return shownName; }
+    /// @return "NAME:LINE", the place of the line last read
+    std::string place() const;
+
+    /// A line longer than this is no recording but garbage.
+    static constexpr std::size_t maximumLineLength = std::size_t{64} << 20;
+
+private:
+    bool fill();
+
+    std::string shownName;
+    int descriptor = -1;
+    std::vector<char> buffer;
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    bool atEnd = false;
+    bool openEnded = false;
+    std::uint64_t number = 0;
+    std::uint64_t consumed = 0;
+    std::uint64_t total = 0;
+};
+
+}  // namespace Workbench

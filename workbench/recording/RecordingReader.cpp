@@ -1,0 +1,288 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "recording/RecordingReader.h"
+
+#include "io/InputError.h"
+#include "io/TextFile.h"
+#include "recording/Header.h"
+
+#include <algorithm>
+#include <limits>
+#include <set>
+#include <string_view>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+namespace Workbench {
+namespace {
+
+constexpr double infinite = std::numeric_limits<double>::infinity();
+
+Label readLabel(const Fields& fields, const char* name, const char* probability) {
+    return {fields.text(name, "unknown"), fields.numberWithin(probability, 0.0, 1.0, 0.0)};
+}
+
+Labels readLabels(const Fields& fields) {
+    return {readLabel(fields, "class", "classProbability"),
+            readLabel(fields, "color", "colorProbability"),
+            readLabel(fields, "upperClothingColor", "upperClothingColorProbability"),
+            readLabel(fields, "lowerClothingColor", "lowerClothingColorProbability")};
+}
+
+ImageBox readBox(const Fields& fields) {
+    const Fields box = fields.object("box");
+    box.allowOnly({"left", "bottom", "right", "top"});
+    const ImageBox result{box.number("left"), box.number("bottom"), box.number("right"),
+                          box.number("top")};
+    if (!(result.left <= result.right)) {
+        box.refuse("right", "is left of left");
+    }
+    if (!(result.bottom <= result.top)) {
+        box.refuse("top", "is below bottom");
+    }
+    return result;
+}
+
+void readBase(const Fields& fields, ReportBase& report) {
+    report.id = fields.integer("id");
+    report.coasting = fields.numberWithin("coasting", 0.0, infinite, 0.0);
+    report.confirmed = fields.boolean("confirmed", true);
+}
+
+VideoReport readVideo(const Fields& fields) {
+    fields.allowOnly({"id", "box", "velocity", "age", "coasting", "confirmed", "class",
+                      "classProbability", "color", "colorProbability", "upperClothingColor",
+                      "upperClothingColorProbability", "lowerClothingColor",
+                      "lowerClothingColorProbability"});
+    VideoReport report;
+    readBase(fields, report);
+    report.box = readBox(fields);
+    if (fields.has("velocity")) {
+        report.velocity.emplace();
+        fields.numbers("velocity", 2, report.velocity->data());
+    }
+    report.age = fields.numberWithin("age", 0.0, infinite, 0.0);
+    report.labels = readLabels(fields);
+    return report;
+}
+
+RadarReport readRadarReport(const Fields& fields) {
+    fields.allowOnly({"id", "range", "azimuth", "speed", "direction", "radialSpeed", "coasting",
+                      "confirmed", "class", "classProbability"});
+    RadarReport report;
+    readBase(fields, report);
+    report.range = fields.numberWithin("range", 0.0, infinite);
+    report.azimuth = fields.numberWithin("azimuth", -360.0, 360.0);
+    report.speed = fields.optionalNumber("speed");
+    report.direction = fields.optionalNumber("direction");
+    report.radialSpeed = fields.optionalNumber("radialSpeed");
+    if (report.speed && *report.speed < 0.0) {
+        fields.refuse("speed", "is negative");
+    }
+    if (report.speed.has_value() != report.direction.has_value()) {
+        fields.refuse(report.speed ? "direction" : "speed",
+                      "missing; speed and direction go together");
+    }
+    if (!report.speed && !report.radialSpeed) {
+        fields.refuse("radialSpeed",
+                      "missing; a radar track has a speed and direction or a radial "
+                      "speed");
+    }
+    report.objectClass = readLabel(fields, "class", "classProbability");
+    return report;
+}
+
+ReadyEstimate readEstimate(const Fields& fields) {
+    fields.allowOnly({"id", "state", "covariance", "box", "coasting", "confirmed", "class",
+                      "classProbability", "color", "colorProbability", "upperClothingColor",
+                      "upperClothingColorProbability", "lowerClothingColor",
+                      "lowerClothingColorProbability"});
+    ReadyEstimate report;
+    readBase(fields, report);
+    fields.numbers("state", 6, report.state.data());
+    std::array<double, 21> upper{};
+    fields.numbers("covariance", upper.size(), upper.data());
+    std::size_t next = 0;
+    for (Eigen::Index row = 0; row < 6; ++row) {
+        for (Eigen::Index column = row; column < 6; ++column) {
+            report.covariance(row, column) = report.covariance(column, row) = upper[next++];
+        }
+        if (!(report.covariance(row, row) > 0.0)) {
+            fields.refuse("covariance", fmt::format("variance {} is not positive", row));
+        }
+    }
+    if (fields.has("box")) {
+        report.box = readBox(fields);
+    }
+    report.labels = readLabels(fields);
+    return report;
+}
+
+Report readReport(const Fields& fields, Veskar::Source source) {
+    if (fields.has("state")) {
+        return readEstimate(fields);
+    }
+    if (source == Veskar::Radar) {
+        return readRadarReport(fields);
+    }
+    return readVideo(fields);
+}
+
+template <typename Item>
+void refuseRepeatedIds(const std::vector<Item>& items, const char* list,
+                       std::int32_t (*idOf)(const Item&)) {
+    std::set<std::int32_t> seen;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        if (!seen.insert(idOf(items[i])).second) {
+            throw InputError(
+                fmt::format("{}[{}].id: {} occurs twice in the frame", list, i, idOf(items[i])));
+        }
+    }
+}
+
+SensorFrame readSensorFrame(const Fields& fields, Veskar::Source source) {
+    fields.allowOnly({"source", "time", "received", "tracks"});
+    SensorFrame frame;
+    frame.source = source;
+    frame.time = fields.number("time");
+    frame.received = fields.number("received", frame.time);
+    const nlohmann::json& tracks = fields.array("tracks");
+    frame.tracks.reserve(tracks.size());
+    for (std::size_t i = 0; i < tracks.size(); ++i) {
+        frame.tracks.push_back(readReport(Fields(tracks[i], fmt::format("tracks[{}]", i)), source));
+    }
+    refuseRepeatedIds<Report>(frame.tracks, "tracks",
+                              [](const Report& report) { return baseOf(report).id; });
+    return frame;
+}
+
+TruthObject readTruthObject(const Fields& fields) {
+    fields.allowOnly({"id", "class", "position", "velocity", "size", "centre", "video", "radar"});
+    TruthObject object;
+    object.id = fields.integer("id");
+    object.className = fields.text("class", "unknown");
+    fields.numbers("position", 2, object.position.data());
+    fields.numbers("velocity", 2, object.velocity.data());
+    if (fields.has("size")) {
+        object.size.emplace();
+        fields.numbers("size", 3, object.size->data());
+    }
+    if (fields.has("centre")) {
+        object.centre.emplace();
+        fields.numbers("centre", 2, object.centre->data());
+    }
+    object.inVideo = fields.boolean("video", true);
+    object.inRadar = fields.boolean("radar", true);
+    return object;
+}
+
+TruthFrame readTruthFrame(const Fields& fields) {
+    fields.allowOnly({"source", "time", "objects"});
+    TruthFrame frame;
+    frame.time = fields.number("time");
+    const nlohmann::json& objects = fields.array("objects");
+    frame.objects.reserve(objects.size());
+    for (std::size_t i = 0; i < objects.size(); ++i) {
+        frame.objects.push_back(readTruthObject(Fields(objects[i], fmt::format("objects[{}]", i))));
+    }
+    refuseRepeatedIds<TruthObject>(frame.objects, "objects",
+                                   [](const TruthObject& object) { return object.id; });
+    return frame;
+}
+
+RecordingLine readLine(const Fields& fields) {
+    const std::string source = fields.text("source");
+    if (source == "video") {
+        return readSensorFrame(fields, Veskar::VideoObject);
+    }
+    if (source == "radar") {
+        return readSensorFrame(fields, Veskar::Radar);
+    }
+    if (source == "truth") {
+        return readTruthFrame(fields);
+    }
+    fields.refuse("source", fmt::format("\"{}\" is not video, radar or truth", source));
+}
+
+bool isBlank(std::string_view text) {
+    return text.find_first_not_of(" \t\r") == std::string_view::npos;
+}
+
+}  // namespace
+
+RecordingReader::RecordingReader(const std::string& path) : lines(path) {
+    std::string_view text;
+    if (!lines.next(text)) {
+        throw InputError(lines.name() +
+                         ":1: the file is empty, expected the header of a recording");
+    }
+    try {
+        const nlohmann::json json = nlohmann::json::parse(text);
+        head = readHeader(Fields(json, ""));
+    } catch (const nlohmann::json::exception& error) {
+        throw InputError(
+            fmt::format("{}: no header of a recording: {}", lines.place(), reasonOf(error)));
+    } catch (const InputError& error) {
+        throw InputError(fmt::format("{}: {}", lines.place(), error.what()));
+    }
+}
+
+std::optional<RecordingLine> RecordingReader::next() {
+    std::string_view text;
+    while (lines.next(text)) {
+        if (!isBlank(text)) {
+            return parse(text);
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<RecordingLine> RecordingReader::parse(std::string_view text) {
+    try {
+        const nlohmann::json json = nlohmann::json::parse(text);
+        RecordingLine line = readLine(Fields(json, ""));
+        if (const auto* frame = std::get_if<SensorFrame>(&line)) {
+            checkOrder(*frame);
+        } else {
+            const double time = std::get<TruthFrame>(line).time;
+            if (lastTruth && !(time > *lastTruth)) {
+                throw InputError(
+                    fmt::format("time: {} is not later than {}, the time of the "
+                                "truth before",
+                                time, *lastTruth));
+            }
+            lastTruth = time;
+        }
+        return line;
+    } catch (const nlohmann::json::exception& error) {
+        throw InputError(fmt::format("{}: {}{}", lines.place(),
+                                     lines.lastLineIsOpen() ? "the line is cut off: " : "",
+                                     reasonOf(error)));
+    } catch (const InputError& error) {
+        throw InputError(fmt::format("{}: {}", lines.place(), error.what()));
+    }
+}
+
+void RecordingReader::checkOrder(const SensorFrame& frame) {
+    const auto before = lastTime.find(frame.source);
+    if (before != lastTime.end() && !(frame.time > before->second)) {
+        throw InputError(
+            fmt::format("time: {} is not later than {}, the time of the {} frame "
+                        "before",
+                        frame.time, before->second, sourceName(frame.source)));
+    }
+    if (frame.received < frame.time) {
+        throw InputError(fmt::format("received: {} is before the time of the frame, {}",
+                                     frame.received, frame.time));
+    }
+    if (lastReceived && frame.received < *lastReceived) {
+        throw InputError(
+            fmt::format("received: {} is before {}, when the frame before was "
+                        "received; frames stand in the order of their arrival",
+                        frame.received, *lastReceived));
+    }
+    lastTime[frame.source] = frame.time;
+    lastReceived = frame.received;
+}
+
+}  // namespace Workbench

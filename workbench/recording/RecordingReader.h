@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+// Reads a recording line by line.
+#pragma once
+
+#include "io/LineReader.h"
+#include "recording/Recording.h"
+
+#include <map>
+#include <optional>
+#include <string>
+
+namespace Workbench {
+
+/// The lines of a recording, checked. Memory does not depend on the length of the recording.
+///
+/// Every fault is an InputError that starts with "FILE:LINE: ".
+class RecordingReader {
+public:
+    /// Opens a recording and reads its header.
+    /// @param path the file, or "-"
+    /// @throw InputError when it is no recording that this program reads
+    explicit RecordingReader(const std::string& path);
+
+    /// @return the header
+    const RecordingHeader& header() const { return head; }
+    /// @return the next frame; nothing at the end
+    /// @throw InputError what is wrong with the line
+    std::optional<RecordingLine> next();
+    /// @return where the reading stands
+    const LineReader& input() const { return lines; }
+
+private:
+    std::optional<RecordingLine> parse(std::string_view text);
+    void checkOrder(const SensorFrame& frame);
+
+    LineReader lines;
+    RecordingHeader head;
+    std::map<Veskar::Source, double> lastTime;
+    std::optional<double> lastReceived;
+    std::optional<double> lastTruth;
+};
+
+}  // namespace Workbench
