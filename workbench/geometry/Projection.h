@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: Apache-2.0
+// From the ground into the image and back.
+#pragma once
+
+#include <veskar/Camera.h>
+
+#include <optional>
+
+#include <Eigen/Core>
+
+namespace Workbench {
+
+/// An angle in radians.
+/// @param degrees the angle in degrees
+/// @return the angle in radians
+constexpr double radians(double degrees) {
+    return degrees * 3.14159265358979323846 / 180.0;
+}
+
+/// An angle in degrees.
+/// @param radians the angle in radians
+/// @return the angle in degrees
+constexpr double degrees(double radians) {
+    return radians * 180.0 / 3.14159265358979323846;
+}
+
+/// Where a point of the device's frame appears in the image, how that depends on the point, and how
+/// the dependence itself changes: what the first-order propagation of a position with velocity
+/// needs.
+struct ImagePoint {
+    Eigen::Vector2d uv;                    ///< normalised image plane; not limited to the image
+    Eigen::Matrix<double, 2, 3> jacobian;  ///< d(u, v) / d(x, y, z), 1/m
+    Eigen::Matrix3d uHessian;              ///< second derivatives of u, 1/m^2
+    Eigen::Matrix3d vHessian;              ///< second derivatives of v, 1/m^2
+};
+
+/// The inverse of the camera's viewing rays: the lens's angle-to-radius polynomial (or the
+/// pinhole) applied to points of the device's frame (x forward, y left, z up, metres).
+class Projection {
+public:
+    /// @param camera copied
+    explicit Projection(const Veskar::Camera& camera);
+
+    /// @param point device frame, m
+    /// @return its image position with first and second derivatives
+    ImagePoint project(const Eigen::Vector3d& point) const;
+    /// @param point device frame, m
+    /// @return its image position alone
+    Eigen::Vector2d position(const Eigen::Vector3d& point) const;
+    /// @param point device frame, m
+    /// @return whether it lies in front of the camera and inside the image
+    bool sees(const Eigen::Vector3d& point) const;
+
+    /// The ground point at a distance from the camera that appears in a given image column.
+    ///
+    /// @param u image column
+    /// @param v image row, where the search begins
+    /// @param range slant distance from the camera, m; at least the camera's height is used
+    /// @return the point in the device's frame (z is 0); nothing when no such point is found
+    std::optional<Eigen::Vector2d> groundPoint(double u, double v, double range) const;
+
+    /// @param ground a point on the ground, device frame, m
+    /// @return derivatives of (u, slant range) by (x, y)
+    Eigen::Matrix2d columnAndRangeJacobian(const Eigen::Vector2d& ground) const;
+
+    /// @param u image column
+    /// @param v image row
+    /// @return unit viewing ray in the device's frame
+    Eigen::Vector3d ray(double u, double v) const;
+
+    /// @return the camera
+    const Veskar::Camera& camera() const { return lens; }
+    /// @return the camera's position, device frame, m
+    const Eigen::Vector3d& origin() const { return cameraPosition; }
+
+private:
+    struct Radius {
+        double value;   ///< image radius
+        double first;   ///< by the angle
+        double second;  ///< by the angle, twice
+    };
+    Radius radiusAt(double angle) const;
+
+    Veskar::Camera lens;
+    Eigen::Vector3d cameraPosition;
+    Eigen::Matrix3d toCamera;
+};
+
+}  // namespace Workbench

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+// The Kalman filter of one object in a plane.
+#pragma once
+
+#include <Eigen/Core>
+
+namespace Workbench {
+
+/// A constant-velocity Kalman filter over (x, y, vx, vy) with position measurements (Bar-Shalom,
+/// Li, Kirubarajan: Estimation with Applications to Tracking and Navigation, 2001).
+class PlanarFilter {
+public:
+    /// @param position first measured position
+    /// @param covariance of @p position
+    /// @param velocity what is known of the velocity at first
+    /// @param velocityCovariance of @p velocity
+    PlanarFilter(const Eigen::Vector2d& position, const Eigen::Matrix2d& covariance,
+                 const Eigen::Vector2d& velocity, const Eigen::Matrix2d& velocityCovariance);
+
+    /// @param dt seconds
+    /// @param accelerationStd white acceleration per axis
+    void predict(double dt, double accelerationStd);
+    /// @param position a measured position
+    /// @param noise its covariance
+    void update(const Eigen::Vector2d& position, const Eigen::Matrix2d& noise);
+    /// @param position a measured position
+    /// @param noise its covariance
+    /// @return squared Mahalanobis distance of the innovation
+    double squaredDistance(const Eigen::Vector2d& position, const Eigen::Matrix2d& noise) const;
+
+    /// @return estimated position
+    Eigen::Vector2d position() const { return state.head<2>(); }
+    /// @return estimated velocity
+    Eigen::Vector2d velocity() const { return state.tail<2>(); }
+
+private:
+    Eigen::Vector4d state;
+    Eigen::Matrix4d P;
+};
+
+}  // namespace Workbench

@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tracker/SensorTrackers.h"
+
+#include "geometry/Projection.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Workbench {
+namespace {
+
+// What every form of report says about its track.
+template <typename Form>
+Form reportOf(const PlanarTracker& tracker, const PlanarTrack& track, double time) {
+    Form report;
+    report.id = track.id;
+    report.coasting = time - track.seen;
+    report.confirmed = tracker.isConfirmed(track);
+    return report;
+}
+
+// A label follows the detector slowly: one frame that says otherwise does not change the word.
+void observeLabel(Label& label, const Label& seen) {
+    constexpr double rate = 0.2;
+    if (seen.name == label.name) {
+        label.probability += rate * (seen.probability - label.probability);
+        return;
+    }
+    label.probability -= rate * seen.probability;
+    if (label.probability < 0.3) {
+        label = seen;
+    }
+}
+
+}  // namespace
+
+VideoTracker::VideoTracker(const TrackerParameters& parameters, double givenPositionStd)
+    : tracker(parameters), positionStd(givenPositionStd) {}
+
+TrackerParameters VideoTracker::usualParameters() {
+    TrackerParameters parameters;
+    parameters.accelerationStd = 0.15;
+    parameters.initialVelocityStd = 0.3;
+    return parameters;
+}
+
+void VideoTracker::observe(Appearance& appearance, const VideoDetection& detection) const {
+    const ImageBox& box = detection.box;
+    constexpr double rate = 0.3;
+    appearance.size +=
+        rate * (Eigen::Vector2d(box.right - box.left, box.top - box.bottom) - appearance.size);
+    observeLabel(appearance.labels.objectClass, detection.labels.objectClass);
+    observeLabel(appearance.labels.color, detection.labels.color);
+    observeLabel(appearance.labels.upperClothingColor, detection.labels.upperClothingColor);
+    observeLabel(appearance.labels.lowerClothingColor, detection.labels.lowerClothingColor);
+}
+
+std::vector<Report> VideoTracker::update(double time,
+                                         const std::vector<VideoDetection>& detections) {
+    const double variance = positionStd * positionStd;
+    std::vector<PlanarDetection> points;
+    points.reserve(detections.size());
+    for (const VideoDetection& detection : detections) {
+        points.push_back({{0.5 * (detection.box.left + detection.box.right), detection.box.bottom},
+                          variance * Eigen::Matrix2d::Identity(),
+                          {}});
+    }
+    tracker.update(time, points);
+
+    std::map<std::int32_t, Appearance> living;
+    std::vector<Report> reports;
+    reports.reserve(tracker.tracks().size());
+    for (const PlanarTrack& track : tracker.tracks()) {
+        const auto known = appearances.find(track.id);
+        Appearance appearance;
+        if (known != appearances.end()) {
+            appearance = known->second;
+            if (track.detection) {
+                observe(appearance, detections[*track.detection]);
+            }
+        } else if (track.detection) {
+            const VideoDetection& first = detections[*track.detection];
+            appearance = {{first.box.right - first.box.left, first.box.top - first.box.bottom},
+                          first.labels};
+        }
+        auto report = reportOf<VideoReport>(tracker, track, time);
+        const Eigen::Vector2d foot = track.filter.position();
+        const double half = 0.5 * appearance.size[0];
+        report.box = {foot[0] - half, foot[1], foot[0] + half, foot[1] + appearance.size[1]};
+        report.velocity = track.filter.velocity();
+        report.age = time - track.born;
+        report.labels = appearance.labels;
+        reports.emplace_back(report);
+        living.emplace(track.id, appearance);
+    }
+    appearances = std::move(living);
+    return reports;
+}
+
+RadarTracker::RadarTracker(const TrackerParameters& parameters, double givenRangeStd,
+                           double givenAzimuthStd)
+    : tracker(parameters),
+      tangentialSpeedStd(parameters.initialVelocityStd),
+      rangeStd(givenRangeStd),
+      azimuthStd(givenAzimuthStd) {}
+
+TrackerParameters RadarTracker::usualParameters() {
+    TrackerParameters parameters;
+    parameters.accelerationStd = 1.5;
+    parameters.initialVelocityStd = 3.0;
+    return parameters;
+}
+
+PlanarDetection RadarTracker::pointOf(const RadarDetection& detection) const {
+    constexpr double dopplerStd = 0.3;  // m/s
+    const double angle = -radians(detection.azimuth);
+    const Eigen::Vector2d radial(std::cos(angle), std::sin(angle));
+    const Eigen::Vector2d tangential(-radial[1], radial[0]);
+    // Variances along and across the line of sight.
+    const auto spread = [&](double along, double across) -> Eigen::Matrix2d {
+        return along * along * radial * radial.transpose() +
+               across * across * tangential * tangential.transpose();
+    };
+    PlanarDetection point{detection.range * radial,
+                          spread(rangeStd, std::max(detection.range * radians(azimuthStd), 0.05)),
+                          {}};
+    if (detection.radialSpeed) {
+        point.velocity = {*detection.radialSpeed * radial, spread(dopplerStd, tangentialSpeedStd)};
+    }
+    return point;
+}
+
+std::vector<Report> RadarTracker::update(double time,
+                                         const std::vector<RadarDetection>& detections) {
+    std::vector<PlanarDetection> points;
+    points.reserve(detections.size());
+    for (const RadarDetection& detection : detections) {
+        points.push_back(pointOf(detection));
+    }
+    tracker.update(time, points);
+
+    std::vector<Report> reports;
+    reports.reserve(tracker.tracks().size());
+    for (const PlanarTrack& track : tracker.tracks()) {
+        auto report = reportOf<RadarReport>(tracker, track, time);
+        const Eigen::Vector2d position = track.filter.position();
+        const Eigen::Vector2d velocity = track.filter.velocity();
+        report.range = position.norm();
+        report.azimuth = -degrees(std::atan2(position[1], position[0]));
+        report.speed = velocity.norm();
+        report.direction = -degrees(std::atan2(velocity[1], velocity[0]));
+        reports.emplace_back(report);
+    }
+    return reports;
+}
+
+}  // namespace Workbench

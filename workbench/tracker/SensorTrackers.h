@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+// Trackers that speak as the sensors do: detections in, reports out.
+#pragma once
+
+#include "recording/Recording.h"
+#include "tracker/PlanarTracker.h"
+
+#include <map>
+#include <optional>
+#include <vector>
+
+namespace Workbench {
+
+/// An object as a detector sees it in one image.
+struct VideoDetection {
+    ImageBox box;   ///< where
+    Labels labels;  ///< what
+};
+
+/// A radar's detection.
+struct RadarDetection {
+    double range;                                      ///< slant distance, m
+    double azimuth;                                    ///< degrees clockwise from forward
+    std::optional<double> radialSpeed = std::nullopt;  ///< Doppler, m/s, positive away
+};
+
+/// The tracker of the video analytics: tracks the point on which an object stands.
+class VideoTracker {
+public:
+    /// @param parameters tuning in image units
+    /// @param positionStd standard deviation of a detected point, image units
+    VideoTracker(const TrackerParameters& parameters, double positionStd);
+
+    /// @param time seconds
+    /// @param detections what the detector found
+    /// @return all tracks, tentative and coasting ones too
+    std::vector<Report> update(double time, const std::vector<VideoDetection>& detections);
+
+    /// @return the tracker behind it
+    PlanarTracker& planar() { return tracker; }
+
+    /// @return tuning that fits a surveillance camera
+    static TrackerParameters usualParameters();
+
+private:
+    struct Appearance {
+        Eigen::Vector2d size;  ///< width and height of the box, smoothed
+        Labels labels;
+    };
+    void observe(Appearance& appearance, const VideoDetection& detection) const;
+
+    PlanarTracker tracker;
+    double positionStd;
+    std::map<std::int32_t, Appearance> appearances;
+};
+
+/// The tracker of the radar: tracks in its own plane.
+class RadarTracker {
+public:
+    /// @param parameters tuning in metres
+    /// @param rangeStd standard deviation of a detected range, m
+    /// @param azimuthStd standard deviation of a detected azimuth, degrees
+    RadarTracker(const TrackerParameters& parameters, double rangeStd, double azimuthStd);
+
+    /// @param time seconds
+    /// @param detections what the detector found
+    /// @return all tracks, tentative and coasting ones too
+    std::vector<Report> update(double time, const std::vector<RadarDetection>& detections);
+
+    /// @return the tracker behind it
+    PlanarTracker& planar() { return tracker; }
+
+    /// @return tuning that fits people and road traffic at 10 Hz
+    static TrackerParameters usualParameters();
+
+private:
+    PlanarDetection pointOf(const RadarDetection& detection) const;
+
+    PlanarTracker tracker;
+    double tangentialSpeedStd;
+    double rangeStd;
+    double azimuthStd;
+};
+
+}  // namespace Workbench
