@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulate/Detections.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Workbench {
+
+FalseObjects::FalseObjects(const SensorTraits& givenTraits, const Eigen::Vector2d& givenOrigin,
+                           double givenBearing, double givenHalfAngle)
+    : traits(givenTraits),
+      origin(givenOrigin),
+      bearing(givenBearing),
+      halfAngle(givenHalfAngle),
+      wander(givenTraits.persistent.size()) {}
+
+Eigen::Vector2d FalseObjects::somewhere(Random& random) const {
+    // Uniform over the ground in view: the square root makes far rings as dense as near ones.
+    const double distance = std::sqrt(random.uniform()) * traits.maximumRange;
+    const double angle = bearing + random.uniform(-halfAngle, halfAngle);
+    return origin + distance * Eigen::Vector2d(std::cos(angle), std::sin(angle));
+}
+
+std::vector<FalseObject> FalseObjects::at(double time, double dt, Random& random) {
+    std::vector<FalseObject> shown;
+    for (std::size_t i = 0; i < traits.persistent.size(); ++i) {
+        const PersistentFalse& source = traits.persistent[i];
+        const Eigen::Vector2d shift(wander[i][0].step(random, dt, source.wander, 2.0),
+                                    wander[i][1].step(random, dt, source.wander, 2.0));
+        const bool isShown = random.chance(source.probability);
+        if (isShown && source.from <= time && time < source.to) {
+            shown.push_back({source.position + shift, source.className});
+        }
+    }
+    const int born = random.poisson(traits.bursts / 60.0 * dt);
+    for (int i = 0; i < born; ++i) {
+        bursts.push_back(
+            {somewhere(random), time + traits.burstDuration * random.uniform(0.5, 1.5)});
+    }
+    bursts.erase(std::remove_if(bursts.begin(), bursts.end(),
+                                [&](const Burst& burst) { return burst.until < time; }),
+                 bursts.end());
+    for (const Burst& burst : bursts) {
+        if (random.chance(0.8)) {
+            shown.push_back(
+                {burst.position + 0.2 * Eigen::Vector2d(random.normal(), random.normal()),
+                 "human"});
+        }
+    }
+    const int single = random.poisson(traits.falseAlarms);
+    for (int i = 0; i < single; ++i) {
+        shown.push_back({somewhere(random), "human"});
+    }
+    return shown;
+}
+
+bool isOut(const SensorTraits& traits, double time) {
+    return std::any_of(traits.outages.begin(), traits.outages.end(), [&](const Outage& outage) {
+        return outage.from <= time && time < outage.to;
+    });
+}
+
+void churnIds(PlanarTracker& tracker, const SensorTraits& traits, double dt, Random& random) {
+    const double probability = traits.idChurn / 60.0 * dt;
+    if (probability <= 0.0) {
+        return;
+    }
+    for (std::size_t i = 0; i < tracker.tracks().size(); ++i) {
+        if (random.chance(probability)) {
+            tracker.renumber(i);
+        }
+    }
+}
+
+Mounting truePose(const Mounting& stated, const Mounting& error) {
+    return {stated.position + error.position, stated.yaw + error.yaw, stated.pitch + error.pitch,
+            stated.roll + error.roll};
+}
+
+}  // namespace Workbench

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+// A simulated radar.
+#pragma once
+
+#include "scenario/Scenario.h"
+#include "simulate/Detections.h"
+#include "simulate/Motion.h"
+#include "simulate/Random.h"
+#include "tracker/SensorTrackers.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <vector>
+
+#include <Eigen/Core>
+
+namespace Workbench {
+
+/// Measures range and azimuth of a reflection point that wanders over each object, cannot tell
+/// apart what is close together, and tracks what it detects.
+class RadarSensor {
+public:
+    /// @param scenario must outlive this
+    /// @param seed seed of the run
+    RadarSensor(const Scenario& scenario, std::uint64_t seed);
+
+    /// @param time seconds
+    /// @param objects where the objects are
+    /// @return the radar's tracks
+    std::vector<Report> look(double time, const std::vector<ObjectState>& objects);
+
+    /// @param ground device frame, m
+    /// @param velocity of the point, m/s
+    /// @return how a point on the ground appears to the radar; nothing outside its field of view
+    std::optional<RadarDetection> measure(const Eigen::Vector2d& ground,
+                                          const Eigen::Vector2d& velocity) const;
+
+private:
+    std::optional<RadarDetection> reflect(const ObjectState& object, double dt);
+    bool isHidden(const ObjectState& object, const std::vector<ObjectState>& objects) const;
+    std::vector<RadarDetection> resolve(std::vector<RadarDetection> reflections) const;
+
+    const RadarTraits& traits;
+    Eigen::Vector3d position;    ///< as it is really mounted
+    Eigen::Matrix3d fromDevice;  ///< rotation into the radar's frame
+    double halfAngle;            ///< of the field of view, degrees
+    Random random;
+    FalseObjects falseObjects;
+    RadarTracker tracker;
+    std::map<std::int32_t, std::array<GaussMarkov, 2>> reflectionPoints;
+    double last = 0.0;
+};
+
+}  // namespace Workbench

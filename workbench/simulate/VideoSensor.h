@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+// A simulated camera with object analytics.
+#pragma once
+
+#include "geometry/Projection.h"
+#include "scenario/Scenario.h"
+#include "simulate/Detections.h"
+#include "simulate/Motion.h"
+#include "simulate/Random.h"
+#include "tracker/SensorTrackers.h"
+
+#include <cstdint>
+#include <map>
+#include <vector>
+
+namespace Workbench {
+
+/// Sees objects as boxes, with occlusion, limited resolution, noise and a foot point that wanders,
+/// and tracks what it detects.
+class VideoSensor {
+public:
+    /// @param scenario must outlive this
+    /// @param seed seed of the run
+    VideoSensor(const Scenario& scenario, std::uint64_t seed);
+
+    /// @param time seconds
+    /// @param objects where the objects are
+    /// @return the analytics' tracks
+    std::vector<Report> look(double time, const std::vector<ObjectState>& objects);
+
+    /// @param camera a camera
+    /// @param object an object
+    /// @return the box around its image
+    static ImageBox boxOf(const Projection& camera, const ObjectState& object);
+
+private:
+    struct View {
+        const ObjectState* object;
+        ImageBox box;
+        double distance;
+        double covered;  ///< fraction of the box that nearer objects cover
+    };
+    std::vector<View> views(const std::vector<ObjectState>& objects) const;
+    bool isDetected(const View& view);
+    VideoDetection detect(const View& view, double dt);
+    VideoDetection imagine(const FalseObject& object) const;
+    Label classOf(const ObjectTraits& traits);
+
+    const VideoTraits& traits;
+    Projection camera;  ///< as it is really mounted
+    Random random;
+    FalseObjects falseObjects;
+    VideoTracker tracker;
+    std::map<std::int32_t, std::array<GaussMarkov, 2>> footErrors;
+    double last = 0.0;
+};
+
+}  // namespace Workbench
