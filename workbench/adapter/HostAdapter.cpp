@@ -1,0 +1,174 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "adapter/HostAdapter.h"
+
+#include <veskar/Vocabulary.h>
+
+#include "geometry/Site.h"
+#include "geometry/UsualSize.h"
+
+#include <cmath>
+#include <string>
+
+namespace Workbench {
+namespace {
+
+Eigen::Vector4d libraryBox(const ImageBox& box) {
+    return {box.left, box.right - box.left, box.bottom, box.top - box.bottom};
+}
+
+std::shared_ptr<ReportedTrack> makeTrack(const FusionEstimate& estimate, double time,
+                                         const ReportBase& report, Veskar::Source source,
+                                         const Labels& labels) {
+    auto track = std::make_shared<ReportedTrack>(
+        Veskar::Track(estimate.state, estimate.covariance, time, report.id, source,
+                      Veskar::ImagePlaneRange, labels.objectClass.name,
+                      labels.objectClass.probability, labels.color.name, labels.color.probability,
+                      labels.upperClothingColor.name, labels.upperClothingColor.probability,
+                      labels.lowerClothingColor.name, labels.lowerClothingColor.probability));
+    track->isConfident = report.confirmed;
+    return track;
+}
+
+Veskar::StateVector floorFor(const Veskar::Camera& camera, const AdapterParameters& parameters) {
+    constexpr double referenceHalfAngle = 3.14159265358979323846 / 4.0;
+    constexpr double referenceAspect = 16.0 / 9.0;
+    const double column = referenceHalfAngle / camera.getFieldOfView()[0];
+    const double row = column * camera.getAspectRatio() / referenceAspect;
+    Veskar::StateVector scale;
+    scale << column, column, row, row, 1.0, 1.0;
+    return parameters.radarFloorStd.cwiseProduct(scale).cwiseAbs2();
+}
+
+}  // namespace
+
+HostAdapter::HostAdapter(const RecordingHeader& header, const Veskar::Config& config,
+                         const AdapterParameters& givenParameters)
+    : parameters(givenParameters),
+      camera(header.camera.build()),
+      video(camera.camera(), config.inputs.video, givenParameters),
+      radar(header.radar, givenParameters),
+      place(header.site),
+      radarFloor(floorFor(camera.camera(), givenParameters)) {}
+
+std::vector<std::shared_ptr<Veskar::Track>> HostAdapter::convert(const SensorFrame& frame,
+                                                                 double uptime,
+                                                                 double ahead) const {
+    const Moment when{frame.time + uptime + ahead, ahead, frame.source};
+    std::vector<std::shared_ptr<Veskar::Track>> tracks;
+    tracks.reserve(frame.tracks.size());
+    for (const Report& report : frame.tracks) {
+        auto track = std::visit([&](const auto& form) { return convert(form, when); }, report);
+        const ReportBase& base = baseOf(report);
+        const bool isPredicted = ahead > 0.0;
+        track->probability = isPredicted ? parameters.predictedGain : gainOf(base, frame.source);
+        track->coastingTime = isPredicted ? 0.0 : base.coasting;
+        tracks.push_back(std::move(track));
+    }
+    return tracks;
+}
+
+double HostAdapter::gainOf(const ReportBase& report, Veskar::Source source) const {
+    if (report.coasting > 0.0) {
+        return parameters.coastingGain;
+    }
+    if (!report.confirmed) {
+        return parameters.tentativeGain;
+    }
+    return source == Veskar::Radar ? parameters.radarGain : parameters.videoGain;
+}
+
+std::shared_ptr<Veskar::Track> HostAdapter::convert(const VideoReport& report,
+                                                    const Moment& when) const {
+    VideoReport moved = report;
+    if (report.velocity && when.ahead > 0.0) {
+        const Eigen::Vector2d shift = *report.velocity * when.ahead;
+        moved.box = {report.box.left + shift[0], report.box.bottom + shift[1],
+                     report.box.right + shift[0], report.box.top + shift[1]};
+    }
+    auto track = makeTrack(video.estimate(moved), when.time, report, when.source, report.labels);
+    track->boundingBox = libraryBox(moved.box);
+    return track;
+}
+
+std::shared_ptr<Veskar::Track> HostAdapter::convert(const RadarReport& report,
+                                                    const Moment& when) const {
+    GroundEstimate ground = radar.estimate(report);
+    if (when.ahead > 0.0) {
+        ground = ground.predicted(when.ahead, parameters.predictedAccelerationStd);
+    }
+    FusionEstimate estimate = toFusion(camera, ground);
+    const double lag = parameters.rangeStdPerRate * estimate.state[5];
+    estimate.covariance.diagonal() += radarFloor;
+    estimate.covariance(4, 4) += lag * lag;
+
+    const Eigen::Vector2d velocity = ground.state.tail<2>();
+    const double speed = velocity.norm();
+    Labels labels;
+    labels.objectClass = radarClass(report, speed);
+    auto track = makeTrack(estimate, when.time, report, when.source, labels);
+    track->speed = speed;
+    if (speed > 0.0) {
+        track->direction = velocity / speed;
+    }
+    track->boundingBox = libraryBox(expectedBox(ground.state.head<2>(), labels.objectClass.name));
+    locate(*track, ground.state.head<2>());
+    return track;
+}
+
+std::shared_ptr<Veskar::Track> HostAdapter::convert(const ReadyEstimate& report,
+                                                    const Moment& when) const {
+    FusionEstimate estimate{report.state, report.covariance};
+    if (when.ahead > 0.0) {
+        // All three positions move here, the range too: this is no prediction of the fusion's.
+        Veskar::StateMatrix F = Veskar::constantVelocity(when.ahead);
+        F(4, 5) = when.ahead;
+        estimate.state = F * report.state;
+        estimate.covariance = F * report.covariance * F.transpose();
+    }
+    auto track = makeTrack(estimate, when.time, report, when.source, report.labels);
+    if (report.box) {
+        track->boundingBox = libraryBox(*report.box);
+    }
+    if (when.source == Veskar::Radar) {
+        const auto ground =
+            camera.groundPoint(estimate.state[0], estimate.state[2], estimate.state[4]);
+        if (ground) {
+            locate(*track, *ground);
+        }
+    }
+    return track;
+}
+
+Label HostAdapter::radarClass(const RadarReport& report, double speed) const {
+    if (report.objectClass.name != Veskar::Vocabulary::unknown) {
+        return report.objectClass;
+    }
+    const bool isSlow = speed < parameters.humanSpeedLimit;
+    return {isSlow ? Veskar::Vocabulary::human : Veskar::Vocabulary::vehicle,
+            parameters.classFromSpeedProbability};
+}
+
+ImageBox HostAdapter::expectedBox(const Eigen::Vector2d& ground,
+                                  const std::string& className) const {
+    // A radar sees no box: one of a usual size for the class stands in.
+    const Eigen::Vector3d size = usualSize(className);
+    const Eigen::Vector2d across =
+        0.5 * size[1] * Eigen::Vector2d(-ground[1], ground[0]).normalized();
+    const auto at = [&](const Eigen::Vector2d& foot, double level) {
+        return camera.position({foot[0], foot[1], level});
+    };
+    const double bottom = at(ground, 0.0)[1];
+    const double top = at(ground, size[2])[1];
+    return {at(ground + across, 0.0)[0], bottom, at(ground - across, 0.0)[0], top};
+}
+
+void HostAdapter::locate(Veskar::Track& track, const Eigen::Vector2d& ground) const {
+    // A live host calls setLocation, which asks the device's geolocation service.
+    track.location =
+        SphericalCoordinate{ground.norm(), -degrees(std::atan2(ground[1], ground[0])), 0.0};
+    if (place) {
+        track.geoLocation = geographicPosition(*place, ground);
+    }
+}
+
+}  // namespace Workbench

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+// The reference host adapter: from what sensors report to what the fusion takes.
+#pragma once
+
+#include <veskar/Config.h>
+#include <veskar/Track.h>
+
+#include "adapter/AdapterParameters.h"
+#include "adapter/RadarModel.h"
+#include "adapter/VideoModel.h"
+#include "geometry/Projection.h"
+#include "recording/Recording.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace Workbench {
+
+/// A sensor track that remembers when its estimate was made. The library keeps the host's objects,
+/// so a host can carry what it needs later on in a class of its own.
+class ReportedTrack : public Veskar::Track {
+public:
+    /// @param track the report in the fusion frame
+    explicit ReportedTrack(const Veskar::Track& track) : Track(track), reportTime(track.time) {}
+
+    double reportTime;  ///< time of the estimate, seconds; unlike `time` it stays
+};
+
+/// Turns frames of reports into tracks in the fusion frame.
+class HostAdapter {
+public:
+    /// @param header the installation
+    /// @param config its "veskarInputs" section counts
+    /// @param parameters constants
+    HostAdapter(const RecordingHeader& header, const Veskar::Config& config,
+                const AdapterParameters& parameters = {});
+
+    /// @param frame one frame of a sensor
+    /// @param uptime what the module's time base is ahead of the frame's, s
+    /// @param ahead seconds by which its tracks are predicted with constant velocity before they
+    ///              are converted; their coasting times are then left out
+    /// @return its tracks, in order, at the time of the frame plus both
+    std::vector<std::shared_ptr<Veskar::Track>> convert(const SensorFrame& frame,
+                                                        double uptime = 0.0,
+                                                        double ahead = 0.0) const;
+
+    /// @return the camera's geometry
+    const Projection& projection() const { return camera; }
+    /// @return where the device stands, when known
+    const std::optional<Site>& site() const { return place; }
+
+private:
+    struct Moment {
+        double time;
+        double ahead;
+        Veskar::Source source;
+    };
+    std::shared_ptr<Veskar::Track> convert(const VideoReport& report, const Moment& when) const;
+    std::shared_ptr<Veskar::Track> convert(const RadarReport& report, const Moment& when) const;
+    std::shared_ptr<Veskar::Track> convert(const ReadyEstimate& report, const Moment& when) const;
+    double gainOf(const ReportBase& report, Veskar::Source source) const;
+    Label radarClass(const RadarReport& report, double speed) const;
+    ImageBox expectedBox(const Eigen::Vector2d& ground, const std::string& className) const;
+    void locate(Veskar::Track& track, const Eigen::Vector2d& ground) const;
+
+    AdapterParameters parameters;
+    Projection camera;
+    VideoModel video;
+    RadarModel radar;
+    std::optional<Site> place;
+    Veskar::StateVector radarFloor;  ///< variances added to a projected radar track
+};
+
+}  // namespace Workbench

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+// The measurement model of the video sensor.
+#pragma once
+
+#include <veskar/Camera.h>
+#include <veskar/Config.h>
+
+#include "adapter/AdapterParameters.h"
+#include "adapter/GroundEstimate.h"
+#include "recording/Recording.h"
+
+namespace Workbench {
+
+/// Turns a box into an estimate in the fusion frame: the object stands on the middle of the box's
+/// lower edge, and the camera's pseudo range tells how far away that point of the ground is.
+///
+/// Every value of "veskarInputs" is used as its name says: "uvPositionStd", "uvVelocityStd" and
+/// "uvCorrelation" are the noise of the image position and its rate; "minimumAngle" limits the
+/// pseudo range; its standard deviation is what "uvPositionStd" moves it by, kept between
+/// "minimumPseudoRangeStd" and "maximumPseudoRangeStd"; "pseudoRangeDotStd" is that of its rate.
+class VideoModel {
+public:
+    /// @param camera copied
+    /// @param noise the configuration's video section
+    /// @param parameters constants of the adapter
+    VideoModel(const Veskar::Camera& camera, const Veskar::Config::VideoInput& noise,
+               const AdapterParameters& parameters);
+
+    /// @param report a video track
+    /// @return its state and covariance in the fusion frame
+    FusionEstimate estimate(const VideoReport& report) const;
+
+    /// @param u image column
+    /// @param v image row
+    /// @return standard deviation of the pseudo range there, m, before the adapter's additions
+    double pseudoRangeStd(double u, double v) const;
+
+private:
+    double pseudoRangeRate(double u, double v, const Eigen::Vector2d& velocity) const;
+
+    Veskar::Camera camera;
+    Veskar::Config::VideoInput noise;
+    AdapterParameters parameters;
+};
+
+}  // namespace Workbench

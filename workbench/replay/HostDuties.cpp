@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "replay/HostDuties.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace Workbench {
+namespace {
+
+constexpr double never = std::numeric_limits<double>::infinity();
+
+}  // namespace
+
+bool HostDuties::isBelieved(const Sensor& sensor) const {
+    return isSlow(sensor) && sensor.due - sensor.received <= tuning.belief * sensor.interval;
+}
+
+void HostDuties::schedule(Veskar::Source source, Sensor& sensor) const {
+    if (isSlow(sensor)) {
+        sensor.due = sensor.received + tuning.predictionInterval;
+    } else if (source == Veskar::VideoObject) {
+        // A camera that is a little late is not silent yet.
+        sensor.due = sensor.received + std::max(tuning.videoSilence, 1.5 * sensor.interval);
+    } else {
+        sensor.due = never;
+    }
+}
+
+// A sensor with a gap, or one that speaks only when it sees something, is not slow: the least of
+// the last intervals counts.
+void HostDuties::measureInterval(Sensor& sensor, double time) {
+    constexpr std::size_t remembered = 3;
+    sensor.intervals.push_back(time - sensor.time);
+    if (sensor.intervals.size() > remembered) {
+        sensor.intervals.pop_front();
+    }
+    sensor.interval = *std::min_element(sensor.intervals.begin(), sensor.intervals.end());
+}
+
+void HostDuties::saw(const SensorFrame& frame) {
+    const auto [entry, isFirst] = sensors.try_emplace(frame.source);
+    Sensor& sensor = entry->second;
+    if (!isFirst) {
+        measureInterval(sensor, frame.time);
+    }
+    sensor.time = frame.time;
+    sensor.received = frame.received;
+    if (isSlow(sensor)) {
+        sensor.frame = frame;
+    }
+    schedule(frame.source, sensor);
+    // Video that has never said anything is silent since the radar began.
+    const auto [video, isUnheard] = sensors.try_emplace(Veskar::VideoObject);
+    if (isUnheard) {
+        video->second.time = frame.time;
+        video->second.received = frame.received;
+        schedule(Veskar::VideoObject, video->second);
+    }
+}
+
+std::optional<AddedFrame> HostDuties::nextBefore(double now) {
+    const auto first =
+        std::min_element(sensors.begin(), sensors.end(),
+                         [](const auto& a, const auto& b) { return a.second.due < b.second.due; });
+    if (first == sensors.end() || !(first->second.due < now)) {
+        return std::nullopt;
+    }
+    auto& [source, sensor] = *first;
+    const double elapsed = sensor.due - sensor.received;
+    AddedFrame added{source, sensor.time + elapsed, sensor.due, nullptr, 0.0};
+    if (isBelieved(sensor)) {
+        added.basis = &sensor.frame;
+        added.ahead = elapsed;
+        sensor.due += tuning.predictionInterval;
+    } else if (source == Veskar::VideoObject) {
+        sensor.due += tuning.videoSilence;
+    } else {
+        sensor.due = never;
+        return nextBefore(now);
+    }
+    return added;
+}
+
+}  // namespace Workbench

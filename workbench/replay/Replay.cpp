@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "replay/Replay.h"
+
+#include <chrono>
+#include <cmath>
+#include <stdexcept>
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace Workbench {
+namespace {
+
+// The module takes the last video frame to be at time 0 before there is one, so a recording that
+// begins there would see its first radar frames pass video by. On a device the clock has long been
+// running.
+constexpr double uptime = 100.0;  // seconds
+
+std::chrono::nanoseconds nanoseconds(double seconds) {
+    return std::chrono::nanoseconds(std::llround(seconds * 1e9));
+}
+
+}  // namespace
+
+std::optional<double> RadarQueue::radarGiven(double time, double clock) {
+    constexpr double longestWait = 1.5;
+    constexpr double videoLead = 0.1;
+    // The module looks at its clock in whole microseconds.
+    const double now = static_cast<double>(nanoseconds(clock).count() / 1000) / 1e6;
+    waiting.push_back(time);
+    std::optional<double> fused;
+    const auto drainWhile = [&](auto isReady) {
+        while (!waiting.empty() && isReady(waiting.front())) {
+            fused = waiting.front();
+            waiting.pop_front();
+        }
+    };
+    drainWhile([&](double front) { return now - front > longestWait; });
+    drainWhile([&](double front) { return front < lastVideo + videoLead; });
+    return fused;
+}
+
+Replay::Replay(const RecordingHeader& header, const Veskar::Config& config, Sink givenSink,
+               bool withTags)
+    : adapter(header, config),
+      module(config, [this] { return nanoseconds(clock); }),
+      sink(std::move(givenSink)) {
+    if (withTags) {
+        priority = std::make_unique<Veskar::DetectionPriority>(config);
+    }
+}
+
+void Replay::feed(const SensorFrame& frame) {
+    while (const auto added = duties.nextBefore(frame.received)) {
+        ++tally.addedFrames;
+        std::vector<std::shared_ptr<Veskar::Track>> tracks;
+        if (added->basis != nullptr) {
+            tracks = adapter.convert(*added->basis, uptime, added->ahead);
+        }
+        cycle(added->source, added->time, added->received, tracks);
+    }
+    duties.saw(frame);
+    ++(frame.source == Veskar::Radar ? tally.radarFrames : tally.videoFrames);
+    cycle(frame.source, frame.time, frame.received, adapter.convert(frame, uptime));
+}
+
+void Replay::cycle(Veskar::Source source, double time, double received,
+                   const std::vector<std::shared_ptr<Veskar::Track>>& tracks) {
+    clock = received + uptime;
+    const auto start = std::chrono::steady_clock::now();
+    bool hasFailed = false;
+    try {
+        module.cycle(source, time + uptime, tracks);
+    } catch (const std::runtime_error& error) {
+        // Too many tracks for one assignment: the fusion has aged its tracks and goes on with the
+        // next frame.
+        hasFailed = true;
+        if (tally.failedFrames++ == 0) {
+            tally.firstFailure =
+                fmt::format("{} frame at {} s: {}", sourceName(source), time, error.what());
+        }
+    }
+    tally.librarySeconds +=
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    if (source == Veskar::VideoObject) {
+        queue.videoFused(time + uptime);
+        report(source, time, received);
+    } else if (const auto fused = queue.radarGiven(time + uptime, clock); fused || hasFailed) {
+        report(source, fused.value_or(time + uptime) - uptime, received);
+    }
+}
+
+void Replay::report(Veskar::Source source, double time, double received) {
+    FusedFrame frame{time, received, source, {}};
+    if (!module.systemTracks.empty()) {
+        frame.time = module.systemTracks.front()->time - uptime;
+    }
+    frame.tracks.reserve(module.systemTracks.size());
+    for (const auto& track : module.systemTracks) {
+        frame.tracks.push_back(readTrack(*track, adapter));
+        if (priority) {
+            frame.tracks.back().tags = priority->evaluateTrack(*track);
+        }
+    }
+    sink(frame);
+}
+
+}  // namespace Workbench

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+// Drives the fusion as a live host would, on the clock of a recording.
+#pragma once
+
+#include <veskar/Config.h>
+#include <veskar/DetectionPriority.h>
+#include <veskar/FusionModule.h>
+
+#include "adapter/HostAdapter.h"
+#include "recording/Recording.h"
+#include "replay/FusedTrack.h"
+#include "replay/HostDuties.h"
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace Workbench {
+
+/// Knows how many radar frames a call of FusionModule::cycle fuses: the module says so in its
+/// documentation but not in its results.
+class RadarQueue {
+public:
+    /// @param time time stamp of a video frame, s
+    void videoFused(double time) { lastVideo = time; }
+    /// @param time time stamp of a radar frame handed to cycle, s
+    /// @param now the module's clock, s
+    /// @return time stamp of the last frame fused by that call; nothing when all of them wait
+    std::optional<double> radarGiven(double time, double now);
+
+private:
+    std::deque<double> waiting;
+    double lastVideo = 0.0;
+};
+
+/// What a replay did.
+struct ReplayCounts {
+    std::uint64_t videoFrames = 0;   ///< of the recording
+    std::uint64_t radarFrames = 0;   ///< of the recording
+    std::uint64_t addedFrames = 0;   ///< empty or predicted, by the host
+    std::uint64_t failedFrames = 0;  ///< that the fusion could not associate
+    std::string firstFailure;        ///< why, and when
+    double librarySeconds = 0.0;     ///< wall time inside FusionModule::cycle
+};
+
+/// One fusion run. One lives per process at a time: the library numbers system tracks globally.
+class Replay {
+public:
+    /// Receives the system tracks after every frame that was fused.
+    using Sink = std::function<void(const FusedFrame&)>;
+
+    /// @param header the installation
+    /// @param config configuration of the fusion
+    /// @param sink receives the results
+    /// @param withTags whether to ask the detection priority about every track
+    Replay(const RecordingHeader& header, const Veskar::Config& config, Sink sink,
+           bool withTags = false);
+
+    /// Hands a frame to the fusion, and before it those that the host has to add.
+    /// @param frame in the order of arrival
+    void feed(const SensorFrame& frame);
+
+    /// @return what happened so far
+    const ReplayCounts& counts() const { return tally; }
+    /// @return the fusion
+    const Veskar::FusionModule& fusion() const { return module; }
+
+private:
+    void cycle(Veskar::Source source, double time, double received,
+               const std::vector<std::shared_ptr<Veskar::Track>>& tracks);
+    void report(Veskar::Source source, double time, double received);
+
+    double clock = 0.0;  ///< seconds
+    HostAdapter adapter;
+    Veskar::FusionModule module;
+    HostDuties duties;
+    RadarQueue queue;
+    Sink sink;
+    std::unique_ptr<Veskar::DetectionPriority> priority;
+    ReplayCounts tally;
+};
+
+}  // namespace Workbench

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+// What happened in a replay, for a person.
+#pragma once
+
+#include "replay/FusedTrack.h"
+#include "replay/Replay.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+
+namespace Workbench {
+
+/// Collects one line per system track. Memory grows with the number of confirmed system tracks.
+class Summary {
+public:
+    /// @param frame the tracks after a frame
+    void add(const FusedFrame& frame);
+
+    /// @param counts what the replay did
+    /// @return a table of the confirmed system tracks under a few totals, with line ends
+    std::string text(const ReplayCounts& counts) const;
+
+private:
+    struct Life {
+        double from = 0.0;
+        double to = 0.0;
+        std::optional<double> confirmed;
+        std::string className;
+        double speedSum = 0.0;
+        double distance = 0.0;  ///< from the device, at the end
+        std::uint64_t frames = 0;
+        std::uint64_t radarFrames = 0;  ///< in which radar fed it
+        std::uint64_t videoFrames = 0;  ///< in which video fed it
+    };
+    std::string row(std::int32_t id, const Life& life) const;
+
+    std::map<std::int32_t, Life> lives;
+    std::uint64_t outputFrames = 0;
+    std::uint64_t systemTracks = 0;  ///< all, also those that were never confirmed
+    double begin = 0.0;
+    double end = 0.0;
+    std::int32_t lastId = 0;
+};
+
+}  // namespace Workbench
