@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+// A position known at some times.
+#pragma once
+
+#include <map>
+
+#include <Eigen/Core>
+
+namespace Workbench {
+
+/// Samples of a position, with linear interpolation in between and the end values beyond.
+class TimeSeries {
+public:
+    /// @param time seconds; a second sample of one time replaces the first
+    /// @param position the position then
+    void add(double time, const Eigen::Vector2d& position) { samples[time] = position; }
+
+    /// @return whether there is no sample
+    bool empty() const { return samples.empty(); }
+    /// @return time of the first sample
+    double begin() const { return samples.begin()->first; }
+    /// @return time of the last sample
+    double end() const { return samples.rbegin()->first; }
+    /// @param time seconds
+    /// @return the position; there must be a sample
+    Eigen::Vector2d at(double time) const;
+    /// @param time seconds
+    /// @param reach half the interval over which the difference is taken, s
+    /// @return rate of change
+    Eigen::Vector2d rate(double time, double reach) const;
+
+private:
+    std::map<double, Eigen::Vector2d> samples;
+};
+
+}  // namespace Workbench
