@@ -111,9 +111,6 @@ void FusionModule::fuseOldestRadarFrame() {
 }
 
 void FusionModule::cycleFrame(Source source, double timestamp, const Tracks& tracks) {
-    if (observer != nullptr) {
-        observer->onFrame({source, timestamp, tracks.size(), systemTracks.size()});
-    }
     predictTracks(timestamp);
     std::exception_ptr unsolved;
     try {
@@ -142,10 +139,6 @@ void FusionModule::predictTracks(double timestamp) {
             }
         }
     }
-}
-
-void FusionModule::setObserver(FusionObserver* watcher) {
-    observer = watcher;
 }
 
 void FusionModule::clear() {

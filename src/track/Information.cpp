@@ -7,9 +7,7 @@
 namespace Veskar {
 namespace {
 
-StateMatrix inverse(const StateMatrix& M) {
-    StateMatrix A;
-    A = M;  // unlike a copy construction, Eigen vectorises an assignment
+StateMatrix inverse(StateMatrix A) {
     StateMatrix X = StateMatrix::Identity();
     solveFromRight(A, X);
     return X;
@@ -18,11 +16,11 @@ StateMatrix inverse(const StateMatrix& M) {
 }  // namespace
 
 Information Information::fromEstimate(const StateVector& x, const StateMatrix& P) {
-    return {x, P};
+    Information information;
+    information.Y = inverse(P);
+    information.y = orderedProduct(information.Y, x);
+    return information;
 }
-
-Information::Information(const StateVector& x, const StateMatrix& P)
-    : Y(inverse(P)), y(orderedProduct(Y, x)) {}
 
 void Information::toEstimate(StateVector& x, StateMatrix& P) const {
     P = inverse(Y);

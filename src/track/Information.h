@@ -31,8 +31,6 @@ public:
     Information& operator-=(const Information& other);
 
 private:
-    Information(const StateVector& x, const StateMatrix& P);
-
     StateMatrix Y;
     StateVector y;
 };

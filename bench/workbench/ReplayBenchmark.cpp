@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: Apache-2.0
+// How fast a recording is replayed, reading and writing included, and how much of that time is
+// spent inside the library.
+#include "io/OutputFile.h"
+#include "recording/RecordingReader.h"
+#include "recording/RecordingWriter.h"
+#include "replay/DefaultConfiguration.h"
+#include "replay/FusedJson.h"
+#include "replay/Replay.h"
+#include "simulate/Simulation.h"
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+
+#include <benchmark/benchmark.h>
+#include <unistd.h>
+
+namespace {
+
+// A square on which everybody is in view of both sensors.
+Workbench::Scenario square(int objects) {
+    Workbench::Scenario scenario;
+    scenario.name = "square";
+    scenario.duration = 20.0;
+    scenario.camera.mounting.position = {0.0, 0.0, 5.0};
+    scenario.camera.mounting.pitch = 20.0;
+    scenario.camera.imageToRadians = {0.0, 0.7853981633974483, 0.0, 0.0};
+    scenario.camera.radiansToImage = {0.0, 1.2732395447351628, 0.0, 0.0};
+    scenario.radar.mounting.position = {0.0, 0.0, 4.6};
+    scenario.video.maximumRange = 300.0;
+    scenario.video.minimumBoxHeight = 0.001;
+    scenario.video.occlusionLimit = 1.0;
+    scenario.radarSensor.maximumRange = 300.0;
+    scenario.radarSensor.rangeResolution = 0.5;
+    scenario.radarSensor.azimuthResolution = 1.0;
+    Workbench::ObjectTraits crowd;
+    crowd.mode = Workbench::PathMode::Wander;
+    crowd.areaMinimum = {30.0, -25.0};
+    crowd.areaMaximum = {90.0, 25.0};
+    crowd.count = objects;
+    scenario.objects = {crowd};
+    return scenario;
+}
+
+class RecordingFile {
+public:
+    explicit RecordingFile(int objects)
+        : path(std::filesystem::temp_directory_path() /
+               ("veskar-benchmark-" + std::to_string(::getpid()) + ".jsonl")) {
+        const Workbench::Scenario scenario = square(objects);
+        Workbench::Simulation simulation(scenario, 1);
+        Workbench::OutputFile output(path);
+        output.write(lineOf(simulation.header()));
+        simulation.run(
+            [&](const Workbench::RecordingLine& line) {
+                output.write(std::visit([](const auto& frame) { return lineOf(frame); }, line));
+            },
+            [](double) {});
+        output.commit();
+    }
+    ~RecordingFile() { std::filesystem::remove(path); }
+    RecordingFile(const RecordingFile&) = delete;
+    RecordingFile& operator=(const RecordingFile&) = delete;
+
+    const std::string path;
+};
+
+void BM_Replay(benchmark::State& state) {
+    const RecordingFile file(static_cast<int>(state.range(0)));
+    const auto config = Veskar::Config::parse_json_string(Workbench::defaultConfiguration);
+    double frames = 0.0;
+    double tracks = 0.0;
+    double inLibrary = 0.0;
+    const auto start = std::chrono::steady_clock::now();
+    for (auto iteration : state) {
+        Workbench::RecordingReader reader(file.path);
+        Workbench::OutputFile output("/dev/null");
+        Workbench::Replay run(reader.header(), config, [&](const Workbench::FusedFrame& frame) {
+            output.write(fusedLine(frame));
+            tracks += static_cast<double>(frame.tracks.size());
+        });
+        while (const auto line = reader.next()) {
+            if (const auto* frame = std::get_if<Workbench::SensorFrame>(&*line)) {
+                run.feed(*frame);
+            }
+        }
+        const Workbench::ReplayCounts& counts = run.counts();
+        frames += static_cast<double>(counts.videoFrames + counts.radarFrames);
+        inLibrary += counts.librarySeconds;
+    }
+    const double all =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    state.counters["frames"] = benchmark::Counter(frames, benchmark::Counter::kIsRate);
+    state.counters["tracksPerFrame"] = tracks / frames;
+    state.counters["libraryShare"] = inLibrary / all;
+}
+
+}  // namespace
+
+BENCHMARK(BM_Replay)->Arg(10)->Arg(50)->Arg(200)->Unit(benchmark::kMillisecond);

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "replay/HostDuties.h"
+
+#include <vector>
+
+#include <gtest/gtest.h>
+
+using Workbench::AddedFrame;
+using Workbench::HostDuties;
+using Workbench::SensorFrame;
+
+namespace {
+
+SensorFrame frame(Veskar::Source source, double time, double received) {
+    return {source, time, received, {}};
+}
+
+std::vector<AddedFrame> allBefore(HostDuties& duties, double now) {
+    std::vector<AddedFrame> added;
+    while (const auto next = duties.nextBefore(now)) {
+        added.push_back(*next);
+    }
+    return added;
+}
+
+}  // namespace
+
+TEST(HostDuties, NothingIsDueBeforeTheFirstFrame) {
+    HostDuties duties;
+    EXPECT_FALSE(duties.nextBefore(1e9));
+}
+
+TEST(HostDuties, NothingIsAddedWhileBothSensorsReport) {
+    HostDuties duties;
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_FALSE(duties.nextBefore(0.1 * i + 0.05));
+        duties.saw(frame(Veskar::VideoObject, 0.1 * i, 0.1 * i + 0.05));
+        EXPECT_FALSE(duties.nextBefore(0.1 * i + 0.07));
+        duties.saw(frame(Veskar::Radar, 0.1 * i, 0.1 * i + 0.07));
+    }
+}
+
+TEST(HostDuties, SilentVideoIsReplacedByEmptyFramesFiveTimesASecond) {
+    HostDuties duties;
+    duties.saw(frame(Veskar::VideoObject, 0.9, 1.0));
+    duties.saw(frame(Veskar::VideoObject, 1.0, 1.1));
+    const auto added = allBefore(duties, 2.0);
+    ASSERT_EQ(added.size(), 4u);
+    for (std::size_t i = 0; i < added.size(); ++i) {
+        EXPECT_EQ(added[i].source, Veskar::VideoObject);
+        EXPECT_EQ(added[i].basis, nullptr);
+        EXPECT_NEAR(added[i].received, 1.3 + 0.2 * static_cast<double>(i), 1e-12);
+        // Video's own delay is kept: its clock goes on as it went.
+        EXPECT_NEAR(added[i].time, added[i].received - 0.1, 1e-12);
+    }
+}
+
+TEST(HostDuties, VideoThatNeverSpokeIsSilentSinceTheRadarBegan) {
+    HostDuties duties;
+    duties.saw(frame(Veskar::Radar, 3.0, 3.05));
+    const auto added = allBefore(duties, 3.5);
+    ASSERT_EQ(added.size(), 2u);
+    EXPECT_EQ(added[0].source, Veskar::VideoObject);
+    EXPECT_NEAR(added[0].time, 3.2, 1e-12);
+}
+
+TEST(HostDuties, AFiveHertzCameraThatIsALittleLateIsNotSilent) {
+    HostDuties duties;
+    duties.saw(frame(Veskar::VideoObject, 1.0, 1.0));
+    duties.saw(frame(Veskar::VideoObject, 1.2, 1.2));
+    EXPECT_FALSE(duties.nextBefore(1.42));
+    EXPECT_TRUE(duties.nextBefore(1.51));
+}
+
+TEST(HostDuties, ATenHertzRadarIsNeverPredicted) {
+    HostDuties duties;
+    duties.saw(frame(Veskar::VideoObject, 1.0, 1.0));
+    duties.saw(frame(Veskar::Radar, 1.0, 1.0));
+    duties.saw(frame(Veskar::Radar, 1.1, 1.1));
+    for (const AddedFrame& added : allBefore(duties, 5.0)) {
+        EXPECT_EQ(added.source, Veskar::VideoObject);
+    }
+}
+
+TEST(HostDuties, AGapDoesNotMakeASensorSlow) {
+    HostDuties duties;
+    for (const double time : {1.0, 1.1, 1.2, 4.2}) {
+        duties.saw(frame(Veskar::VideoObject, time, time));
+        duties.saw(frame(Veskar::Radar, time, time));
+    }
+    for (const AddedFrame& added : allBefore(duties, 9.0)) {
+        EXPECT_EQ(added.basis, nullptr);
+    }
+}
+
+TEST(HostDuties, ASlowRadarIsPredictedInBetweenWhileItIsBelieved) {
+    HostDuties duties;
+    duties.saw(frame(Veskar::Radar, 1.0, 1.1));
+    allBefore(duties, 2.1);
+    SensorFrame last = frame(Veskar::Radar, 2.0, 2.1);
+    Workbench::RadarReport report;
+    report.id = 77;
+    last.tracks = {report};
+    duties.saw(last);
+    std::vector<AddedFrame> radar;
+    for (double now = 2.1; now < 10.0; now += 0.05) {
+        // Video speaks all the time.
+        duties.saw(frame(Veskar::VideoObject, now, now));
+        for (const AddedFrame& added : allBefore(duties, now + 0.05)) {
+            ASSERT_EQ(added.source, Veskar::Radar);
+            ASSERT_NE(added.basis, nullptr);
+            EXPECT_EQ(baseOf(added.basis->tracks.at(0)).id, 77);
+            EXPECT_NEAR(added.time, 2.0 + added.ahead, 1e-12);
+            radar.push_back(added);
+        }
+    }
+    // Every 0.2 s for one and a half intervals.
+    ASSERT_EQ(radar.size(), 7u);
+    EXPECT_NEAR(radar.front().ahead, 0.2, 1e-12);
+    EXPECT_NEAR(radar.back().ahead, 1.4, 1e-12);
+}

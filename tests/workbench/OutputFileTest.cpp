@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Process.h"
+#include "io/InputError.h"
+#include "io/OutputFile.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+class OutputFileTest : public testing::Test {
+protected:
+    VeskarTest::TemporaryDirectory directory;
+    std::string path = directory / "out";
+};
+
+}  // namespace
+
+TEST_F(OutputFileTest, AppearsOnlyWhenItIsComplete) {
+    Workbench::OutputFile output(path);
+    output.write("one\n");
+    output.flush();
+    EXPECT_EQ(VeskarTest::slurp(path), "");
+    output.write("two\n");
+    output.commit();
+    EXPECT_EQ(VeskarTest::slurp(path), "one\ntwo\n");
+    EXPECT_THAT(directory.names(), ElementsAre("out"));
+}
+
+TEST_F(OutputFileTest, LeavesNothingBehindWhenItIsGivenUp) {
+    {
+        Workbench::OutputFile output(path);
+        output.write(std::string(1 << 20, 'x'));
+    }
+    EXPECT_THAT(directory.names(), IsEmpty());
+}
+
+TEST_F(OutputFileTest, KeepsTheEarlierFileUntilThen) {
+    VeskarTest::spill(path, "earlier");
+    {
+        Workbench::OutputFile output(path);
+        output.write("half");
+        EXPECT_EQ(VeskarTest::slurp(path), "earlier");
+    }
+    EXPECT_EQ(VeskarTest::slurp(path), "earlier");
+    Workbench::OutputFile output(path);
+    output.write("later");
+    output.commit();
+    EXPECT_EQ(VeskarTest::slurp(path), "later");
+}
+
+TEST_F(OutputFileTest, HasTheUsualPermissions) {
+    const mode_t before = ::umask(027);
+    Workbench::OutputFile output(path);
+    output.commit();
+    ::umask(before);
+    struct stat status {};
+    ASSERT_EQ(::stat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0640u);
+}
+
+TEST_F(OutputFileTest, WritesDirectlyToWhatIsNoRegularFile) {
+    Workbench::OutputFile output("/dev/null");
+    output.write("gone");
+    output.commit();
+    struct stat status {};
+    ASSERT_EQ(::stat("/dev/null", &status), 0);
+    EXPECT_TRUE(S_ISCHR(status.st_mode));
+}
+
+TEST_F(OutputFileTest, SaysWhenTheDiskIsFull) {
+    Workbench::OutputFile output("/dev/full");
+    output.write("x");
+    try {
+        output.commit();
+        FAIL();
+    } catch (const Workbench::InputError& error) {
+        EXPECT_STREQ(error.what(), "/dev/full: cannot write: No space left on device");
+    }
+}
+
+TEST_F(OutputFileTest, SaysWhenTheDirectoryIsMissing) {
+    try {
+        const Workbench::OutputFile output(directory / "no/such/file");
+        FAIL();
+    } catch (const Workbench::InputError& error) {
+        EXPECT_THAT(error.what(), HasSubstr("cannot create: No such file or directory"));
+    }
+}

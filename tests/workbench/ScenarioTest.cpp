@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Process.h"
+#include "io/InputError.h"
+#include "scenario/Scenario.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+nlohmann::json tiny() {
+    return nlohmann::json::parse(VeskarTest::slurp(VeskarTest::dataFile("tiny.scenario.json")),
+                                 nullptr, true, true);
+}
+
+std::string faultOf(const nlohmann::json& json) {
+    try {
+        Workbench::scenarioOf(json);
+    } catch (const Workbench::InputError& error) {
+        return error.what();
+    }
+    return "no fault";
+}
+
+}  // namespace
+
+TEST(Scenario, ReadsObjectsAndSensors) {
+    const Workbench::Scenario scenario = Workbench::scenarioOf(tiny());
+    EXPECT_EQ(scenario.name, "tiny");
+    EXPECT_EQ(scenario.video.rate, 5.0);
+    ASSERT_EQ(scenario.video.outages.size(), 1u);
+    EXPECT_EQ(scenario.video.outages[0].to, 2.5);
+    EXPECT_EQ(scenario.radarSensor.phase, 0.05);
+    ASSERT_EQ(scenario.objects.size(), 3u);
+    EXPECT_EQ(scenario.objects[0].labels.upperClothingColor.name, "red");
+    EXPECT_EQ(scenario.objects[2].className, "car");
+    EXPECT_EQ(scenario.objects[2].size, Eigen::Vector3d(4.4, 1.8, 1.5));
+    EXPECT_EQ(scenario.objects[2].start, 0.5);
+}
+
+TEST(Scenario, EveryShippedOneReads) {
+    for (const char* name : {"perimeter", "road", "crossing", "night-fog", "crowd", "overload"}) {
+        const std::string path =
+            std::string(VESKAR_SOURCE_DIR) + "/config/scenarios/" + name + ".json";
+        EXPECT_EQ(Workbench::readScenario(path).name, name);
+    }
+}
+
+TEST(Scenario, SaysWhatIsWrong) {
+    nlohmann::json json = tiny();
+    json["objects"][1]["speed"] = "fast";
+    EXPECT_EQ(faultOf(json), "objects[1].speed: expected a number, found a string");
+    json = tiny();
+    json["objects"][0].erase("path");
+    EXPECT_EQ(faultOf(json), "objects[0].path: an object has either a path or an area");
+    json = tiny();
+    json["objects"][0]["path"] = {{1.0, 2.0}};
+    EXPECT_EQ(faultOf(json), "objects[0].path: expected at least two points");
+    json = tiny();
+    json["objects"][0]["path"][1] = {1.0};
+    EXPECT_EQ(faultOf(json), "objects[0].path[1]: expected two numbers");
+    json = tiny();
+    json["objects"][0]["mode"] = "fly";
+    EXPECT_EQ(faultOf(json), "objects[0].mode: \"fly\" is not once, loop or backAndForth");
+    json = tiny();
+    json["videoSensor"]["outages"][0]["to"] = 1.0;
+    EXPECT_EQ(faultOf(json), "videoSensor.outages[0].to: 1 is below 1.5");
+    json = tiny();
+    json["radarSensor"]["rangStd"] = 1.0;
+    EXPECT_EQ(faultOf(json), "radarSensor.rangStd: unknown key");
+    json = tiny();
+    json["camera"]["position"][2] = 0.0;
+    EXPECT_EQ(faultOf(json),
+              "camera.position: the height above ground, the third number, must be positive");
+    json = tiny();
+    json.erase("duration");
+    EXPECT_EQ(faultOf(json), "duration: missing");
+}
+
+TEST(Scenario, NamesTheFileAndTheLineOfASyntaxError) {
+    const VeskarTest::TemporaryDirectory directory;
+    const std::string path = directory / "bad.json";
+    VeskarTest::spill(path, "{\n  \"name\": \"x\",\n  \"duration\" 5\n}\n");
+    try {
+        Workbench::readScenario(path);
+        FAIL();
+    } catch (const Workbench::InputError& error) {
+        EXPECT_EQ(std::string(error.what()).rfind(path + ":3: column ", 0), 0u) << error.what();
+    }
+}

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+// The program as a function.
+#pragma once
+
+namespace Workbench {
+
+/// What the program's exit status says.
+enum ExitStatus {
+    success = 0,         ///< it ran
+    negativeAnswer = 1,  ///< it ran, and the answer is no: not everything could be fused
+    badInput = 2         ///< wrong usage, wrong input, or an output that cannot be written
+};
+
+/// Parses the arguments and runs the subcommand they name. Messages go to standard error.
+///
+/// @param count number of arguments, the program's name included
+/// @param arguments the arguments
+/// @return an ExitStatus
+int runCommandLine(int count, const char* const* arguments);
+
+}  // namespace Workbench

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cli/CommandLine.h"
+#include "cli/Commands.h"
+#include "import/Autoferry.h"
+#include "import/Kitti.h"
+#include "io/OutputFile.h"
+
+#include <memory>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+namespace Workbench {
+namespace {
+
+int save(const ImportedRecording& recording, const std::string& path) {
+    OutputFile output(path);
+    write(recording, output);
+    output.commit();
+    return success;
+}
+
+void addOutput(CLI::App& command, std::string& output) {
+    command.add_option("-o,--output", output, "recording to write (default: -)");
+}
+
+void addAutoferry(CLI::App& command, Action& action) {
+    struct Options : AutoferryOptions {
+        std::string output = "-";
+    };
+    auto options = std::make_shared<Options>();
+    CLI::App* format =
+        command.add_subcommand("autoferry", "Radar positions and camera bearings of two boats");
+    format->add_option("detections", options->detections, "..._detections.json")->required();
+    format->add_option("groundTruth", options->groundTruth, "..._groundTruth.json")->required();
+    format
+        ->add_option("--forward", options->forward,
+                     "bearing in degrees that becomes forward; the image's seam lies behind it "
+                     "(default: -32)")
+        ->check(CLI::Range(-360.0, 360.0));
+    addOutput(*format, options->output);
+    format->footer(
+        "Example:\n  veskar import autoferry scenario13_detections.json "
+        "scenario13_groundTruth.json -o boats.jsonl\n");
+    format->callback([options, &action] {
+        action = [options] { return save(importAutoferry(*options), options->output); };
+    });
+}
+
+void addKitti(CLI::App& command, Action& action) {
+    struct Options : KittiOptions {
+        std::string output = "-";
+    };
+    auto options = std::make_shared<Options>();
+    CLI::App* format = command.add_subcommand(
+        "kitti", "Tracking labels: boxes become video tracks, positions become a radar");
+    format->add_option("labels", options->labels, "label_02/NNNN.txt")->required();
+    format->add_option("calibration", options->calibration, "calib/NNNN.txt")->required();
+    format->add_option("--width", options->width, "image width in pixels (default: 1242)")
+        ->check(CLI::Range(16, 65536));
+    format->add_option("--height", options->height, "image height in pixels (default: 375)")
+        ->check(CLI::Range(16, 65536));
+    format->add_option("--rate", options->frameRate, "frames per second (default: 10)")
+        ->check(CLI::Range(0.1, 1000.0));
+    format->add_option("--camera-height", options->cameraHeight, "metres (default: 1.65)")
+        ->check(CLI::Range(0.1, 100.0));
+    format->add_option("--range-std", options->rangeStd, "radar noise, m (default: 0.3)")
+        ->check(CLI::Range(1e-3, 100.0));
+    format->add_option("--azimuth-std", options->azimuthStd, "radar noise, degrees (default: 1)")
+        ->check(CLI::Range(1e-3, 45.0));
+    format
+        ->add_option("--detection-probability", options->detectionProbability,
+                     "of the radar (default: 0.9)")
+        ->check(CLI::Range(0.0, 1.0));
+    format->add_option("--seed", options->seed, "of the radar's noise and dropout (default: 1)");
+    addOutput(*format, options->output);
+    format->footer(
+        "Example:\n  veskar import kitti label_02/0000.txt calib/0000.txt -o 0000.jsonl\n");
+    format->callback([options, &action] {
+        action = [options] { return save(importKitti(*options), options->output); };
+    });
+}
+
+}  // namespace
+
+void addImportCommand(CLI::App& program, Action& action) {
+    CLI::App* command = program.add_subcommand("import", "Make a recording of a public data set");
+    command->require_subcommand(1);
+    command->footer(
+        "Example:\n  veskar import autoferry scenario13_detections.json "
+        "scenario13_groundTruth.json -o boats.jsonl\n");
+    addAutoferry(*command, action);
+    addKitti(*command, action);
+}
+
+}  // namespace Workbench

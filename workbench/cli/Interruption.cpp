@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cli/Interruption.h"
+
+#include "io/InputError.h"
+
+#include <csignal>
+
+namespace Workbench {
+namespace {
+
+volatile std::sig_atomic_t isInterrupted = 0;
+
+void remember(int) {
+    isInterrupted = 1;
+}
+
+}  // namespace
+
+void listenForInterruption() {
+    // Without SA_RESTART a blocked read or write ends, and the next frame sees the flag.
+    struct sigaction action {};
+    action.sa_handler = remember;
+    sigemptyset(&action.sa_mask);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+}
+
+void throwIfInterrupted() {
+    if (isInterrupted != 0) {
+        throw InputError("interrupted");
+    }
+}
+
+}  // namespace Workbench

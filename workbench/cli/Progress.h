@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+// A progress bar for what takes longer than a second.
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace Workbench {
+
+/// Draws on standard error when that is a terminal, and only after a second.
+class Progress {
+public:
+    /// @param title what is going on
+    explicit Progress(std::string title);
+    /// Clears the line.
+    ~Progress();
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    /// @param fraction how much is done, 0 to 1; negative when that is not known
+    void update(double fraction);
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    std::string title;
+    bool isTerminal;
+    bool isDrawn = false;
+    Clock::time_point start = Clock::now();
+    Clock::time_point drawn = Clock::now();
+};
+
+}  // namespace Workbench

@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cli/CommandLine.h"
+#include "cli/Commands.h"
+#include "cli/Interruption.h"
+#include "cli/Progress.h"
+#include "io/InputError.h"
+#include "io/OutputFile.h"
+#include "io/TextFile.h"
+#include "recording/Header.h"
+#include "recording/RecordingReader.h"
+#include "replay/DefaultConfiguration.h"
+#include "replay/FusedCsv.h"
+#include "replay/FusedJson.h"
+#include "replay/Replay.h"
+#include "replay/Summary.h"
+
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+namespace Workbench {
+namespace {
+
+struct Options {
+    std::string recording;
+    std::string output = "-";
+    std::string config;
+    std::string camera;
+    std::string format = "jsonl";
+    bool realtime = false;
+    bool tags = false;
+    bool summary = false;
+};
+
+// Holds frames back until as much wall time has passed as recorded time.
+class Pace {
+public:
+    void waitFor(double time) {
+        if (!isRunning) {
+            isRunning = true;
+            first = time;
+        }
+        std::this_thread::sleep_until(start + std::chrono::duration_cast<Clock::duration>(
+                                                  std::chrono::duration<double>(time - first)));
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    Clock::time_point start = Clock::now();
+    double first = 0.0;
+    bool isRunning = false;
+};
+
+Veskar::Config parseConfiguration(const std::string& text, const std::string& name) {
+    // A fault of the syntax gets file and line; one of the contents is logged by the library.
+    parseJson(text, name);
+    try {
+        return Veskar::Config::parse_json_string(text);
+    } catch (const std::exception&) {
+        throw InputError(name + ": the fusion refuses this configuration");
+    }
+}
+
+RecordingHeader headerFor(const Options& options, const RecordingReader& reader) {
+    RecordingHeader header = reader.header();
+    if (!options.camera.empty()) {
+        const nlohmann::json json = readJson(options.camera);
+        try {
+            header.camera = readCamera(Fields(json, ""));
+        } catch (const InputError& error) {
+            throw InputError(fmt::format("{}: {}", options.camera, error.what()));
+        }
+    }
+    return header;
+}
+
+double fractionRead(const LineReader& input) {
+    return input.size() == 0
+               ? -1.0
+               : static_cast<double>(input.bytesRead()) / static_cast<double>(input.size());
+}
+
+int finish(const Options& options, const Replay& replay, const Summary& summary) {
+    if (options.summary) {
+        // Standard output belongs to the tracks when they go there.
+        std::FILE* stream = options.output == "-" ? stderr : stdout;
+        fmt::print(stream, "{}", summary.text(replay.counts()));
+    }
+    const ReplayCounts& counts = replay.counts();
+    if (counts.failedFrames > 0) {
+        fmt::print(
+            stderr, "veskar: {}: the fusion could not associate {} of {} frames; the first: {}\n",
+            options.recording, counts.failedFrames,
+            counts.videoFrames + counts.radarFrames + counts.addedFrames, counts.firstFailure);
+        return negativeAnswer;
+    }
+    return success;
+}
+
+int replay(const Options& options) {
+    const std::string configuration =
+        options.config.empty() ? defaultConfiguration : readText(options.config);
+    const Veskar::Config config = parseConfiguration(
+        configuration, options.config.empty() ? "default configuration" : options.config);
+    RecordingReader reader(options.recording);
+    const RecordingHeader header = headerFor(options, reader);
+    const bool isCsv = options.format == "csv";
+
+    OutputFile output(options.output);
+    output.write(isCsv ? csvHeader() : fusedHeaderLine(header, configuration));
+    Summary summary;
+    Replay run(
+        header, config,
+        [&](const FusedFrame& frame) {
+            output.write(isCsv ? csvRows(frame) : fusedLine(frame));
+            if (options.summary) {
+                summary.add(frame);
+            }
+        },
+        options.tags);
+    Progress progress("replaying");
+    Pace pace;
+    while (const auto line = reader.next()) {
+        throwIfInterrupted();
+        if (const auto* frame = std::get_if<SensorFrame>(&*line)) {
+            if (options.realtime) {
+                pace.waitFor(frame->received);
+            }
+            run.feed(*frame);
+            if (options.realtime) {
+                output.flush();
+            }
+        }
+        progress.update(fractionRead(reader.input()));
+    }
+    output.commit();
+    return finish(options, run, summary);
+}
+
+}  // namespace
+
+void addReplayCommand(CLI::App& program, Action& action) {
+    auto options = std::make_shared<Options>();
+    CLI::App* command = program.add_subcommand(
+        "replay", "Send a recording through the fusion and write the fused tracks");
+    command->add_option("recording", options->recording, "recording, or -")->required();
+    command->add_option("-o,--output", options->output, "fused tracks to write (default: -)");
+    command->add_option("--config", options->config,
+                        "configuration of the fusion (default: the shipped one)");
+    command->add_option("--camera", options->camera, "camera to use instead of the recording's");
+    command->add_option("--format", options->format, "jsonl or csv (default: jsonl)")
+        ->check(CLI::IsMember({"jsonl", "csv"}));
+    command->add_flag("--realtime", options->realtime,
+                      "keep the recording's pace instead of going as fast as possible");
+    command->add_flag("--tags", options->tags, "add the detection priority's tags");
+    command->add_flag("--summary", options->summary, "print what happened");
+    command->footer(
+        "Exit status 1: the fusion could not associate some frames (too many tracks at once).\n"
+        "\n"
+        "Example:\n  veskar replay road.jsonl --config fusion.json -o fused.jsonl --summary\n");
+    command->callback([options, &action] { action = [options] { return replay(*options); }; });
+}
+
+}  // namespace Workbench

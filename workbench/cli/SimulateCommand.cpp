@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cli/CommandLine.h"
+#include "cli/Commands.h"
+#include "cli/Interruption.h"
+#include "cli/Progress.h"
+#include "io/InputError.h"
+#include "io/OutputFile.h"
+#include "recording/RecordingWriter.h"
+#include "scenario/Scenario.h"
+#include "simulate/Simulation.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+namespace Workbench {
+namespace {
+
+struct Options {
+    std::string scenario;
+    std::string output = "-";
+    std::uint64_t seed = 1;
+    double duration = 0.0;
+};
+
+int simulate(const Options& options) {
+    Scenario scenario = readScenario(options.scenario);
+    if (options.duration > 0.0) {
+        scenario.duration = options.duration;
+    }
+    OutputFile output(options.output);
+    Progress progress("simulating");
+    Simulation simulation(scenario, options.seed);
+    output.write(lineOf(simulation.header()));
+    simulation.run(
+        [&](const RecordingLine& line) {
+            output.write(std::visit([](const auto& frame) { return lineOf(frame); }, line));
+        },
+        [&](double time) {
+            throwIfInterrupted();
+            progress.update(time / scenario.duration);
+        });
+    output.commit();
+    return success;
+}
+
+}  // namespace
+
+void addSimulateCommand(CLI::App& program, Action& action) {
+    auto options = std::make_shared<Options>();
+    CLI::App* command = program.add_subcommand(
+        "simulate", "Play a scenario and record what its sensors report, with the truth");
+    command->add_option("scenario", options->scenario, "scenario file, or -")->required();
+    command->add_option("-o,--output", options->output, "recording to write (default: -)");
+    command->add_option("--seed", options->seed,
+                        "seed of everything that is drawn; the same seed gives the same bytes "
+                        "(default: 1)");
+    command->add_option("--duration", options->duration, "seconds, instead of the scenario's")
+        ->check(CLI::Range(1e-3, 1e6));
+    command->footer(
+        "Example:\n  veskar simulate config/scenarios/road.json --seed 7 -o road.jsonl\n");
+    command->callback([options, &action] { action = [options] { return simulate(*options); }; });
+}
+
+}  // namespace Workbench
