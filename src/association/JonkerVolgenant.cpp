@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "association/JonkerVolgenant.h"
 
-#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numeric>
 #include <utility>
+
+#include <Eigen/Core>
 
 namespace Veskar {
 namespace {
@@ -13,39 +14,129 @@ namespace {
 constexpr int none = -1;
 constexpr double largest = std::numeric_limits<double>::max();
 
-std::size_t index(int i) {
-    return static_cast<std::size_t>(i);
+double finiteCost(double cost) {
+    return std::isfinite(cost) ? cost : forbiddenCost;
+}
+
+bool areFinite(const double* costs, std::size_t count) {
+    // The sum of x - x is 0 for finite x and NaN for all others.
+    double sum = 0.0;
+    for (std::size_t j = 0; j < count; ++j) {
+        sum += costs[j] - costs[j];
+    }
+    return sum == 0.0;
+}
+
+/// Four reduced costs at once, in whatever vector registers the processor has.
+using Lanes = Eigen::Array<double, 4, 1>;
+constexpr int laneCount = 4;
+
+Lanes reducedCosts(const double* costs, const double* prices) {
+    return Eigen::Map<const Lanes>(costs) - Eigen::Map<const Lanes>(prices);
+}
+
+double leastReducedCost(const double* costs, const double* prices, int count) {
+    Lanes lanes = Lanes::Constant(largest);
+    int j = 0;
+    for (; j + laneCount <= count; j += laneCount) {
+        lanes = lanes.min(reducedCosts(costs + j, prices + j));
+    }
+    double least = lanes.minCoeff();
+    for (; j < count; ++j) {
+        least = std::min(least, costs[j] - prices[j]);
+    }
+    return least;
+}
+
+/// The smallest number and the one after it, of all numbers that were put in.
+struct SmallestTwo {
+    double least = largest;
+    double second = largest;
+
+    void put(double h) {
+        second = std::min(second, std::max(least, h));
+        least = std::min(least, h);
+    }
+};
+
+SmallestTwo smallestTwoReducedCosts(const double* costs, const double* prices, int count) {
+    Lanes least = Lanes::Constant(largest);
+    Lanes second = least;
+    int j = 0;
+    while (j + laneCount <= count) {
+        const Lanes h = reducedCosts(costs + j, prices + j);
+        second = second.min(least.max(h));
+        least = least.min(h);
+        j += laneCount;
+        // No reduced cost is below zero: two zeros end the search.
+        if (j % 32 == 0 && second.minCoeff() == 0.0) {
+            return {0.0, 0.0};
+        }
+    }
+    SmallestTwo two;
+    for (int lane = 0; lane < laneCount; ++lane) {
+        two.put(least[lane]);
+        two.put(second[lane]);
+    }
+    for (; j < count; ++j) {
+        two.put(costs[j] - prices[j]);
+    }
+    return two;
 }
 
 }  // namespace
 
-void JonkerVolgenant::reset(int size) {
-    n = size;
-    const std::size_t m = index(size);
-    costs.assign(m * m, forbiddenCost);
-    v.resize(m);
-    columnOf.assign(m, none);
-    rowOf.assign(m, none);
-    matches.assign(m, 0);
+void JonkerVolgenant::start(std::size_t size) {
+    n = static_cast<int>(size);
+    if (forbiddenRow.size() < size) {
+        forbiddenRow.resize(size, forbiddenCost);
+    }
+    rows.assign(size, forbiddenRow.data());
+    v.resize(size);
+    columnOf.assign(size, none);
+    rowOf.assign(size, none);
+    matches.assign(size, 0);
     freeRows.clear();
-    freeRows.reserve(m);
-    displaced.reserve(m);
-    pathCost.resize(m);
-    predecessor.resize(m);
-    columns.resize(m);
+    freeRows.reserve(size);
+    displaced.reserve(size);
+    pathCost.resize(size);
+    predecessor.resize(size);
+    columns.resize(size);
 }
 
-void JonkerVolgenant::setCost(int row, int col, double cost) {
-    costs[index(row) * index(n) + index(col)] = std::isfinite(cost) ? cost : forbiddenCost;
+/// @return memory for a row of its own, all forbidden
+double* JonkerVolgenant::makeRow(std::size_t row) {
+    const std::size_t size = rows.size();
+    if (ownRows.size() < size * size) {
+        ownRows.resize(size * size);
+    }
+    double* costs = ownRows.data() + row * size;
+    std::fill_n(costs, size, forbiddenCost);
+    rows[row] = costs;
+    return costs;
 }
 
-const double* JonkerVolgenant::costsOf(int row) const {
-    return &costs[index(row) * index(n)];
+void JonkerVolgenant::setRow(std::size_t row, const double* costs, std::size_t count) {
+    if (count == rows.size() && areFinite(costs, count)) {
+        rows[row] = costs;
+    } else {
+        std::transform(costs, costs + count, makeRow(row), finiteCost);
+    }
+}
+
+void JonkerVolgenant::setRow(std::size_t row, const SparseCosts::Row& cells) {
+    if (cells.empty()) {
+        return;
+    }
+    double* costs = makeRow(row);
+    for (const SparseCosts::Cell& cell : cells) {
+        costs[cell.col] = finiteCost(cell.cost);
+    }
 }
 
 void JonkerVolgenant::assign(int row, int col) {
-    columnOf[index(row)] = col;
-    rowOf[index(col)] = row;
+    columnOf[row] = col;
+    rowOf[col] = row;
 }
 
 const std::vector<int>& JonkerVolgenant::solve() {
@@ -61,21 +152,22 @@ const std::vector<int>& JonkerVolgenant::solve() {
 
 /// Prices every column at its least cost and gives it to the row of that cost.
 void JonkerVolgenant::reduceColumns() {
-    std::vector<int>& cheapestRow = predecessor;
-    std::copy_n(costsOf(0), n, v.begin());
-    std::fill(cheapestRow.begin(), cheapestRow.end(), 0);
+    double* prices = v.data();
+    int* cheapestRow = predecessor.data();
+    std::copy_n(rows[0], n, prices);
+    std::fill_n(cheapestRow, n, 0);
     for (int i = 1; i < n; ++i) {
-        const double* c = costsOf(i);
+        const double* costs = rows[i];
         for (int j = 0; j < n; ++j) {
-            if (c[j] < v[index(j)]) {
-                v[index(j)] = c[j];
-                cheapestRow[index(j)] = i;
+            if (costs[j] < prices[j]) {
+                prices[j] = costs[j];
+                cheapestRow[j] = i;
             }
         }
     }
     for (int j = n - 1; j >= 0; --j) {
-        const int i = cheapestRow[index(j)];
-        if (++matches[index(i)] == 1) {
+        const int i = cheapestRow[j];
+        if (++matches[i] == 1) {
             assign(i, j);
         }
     }
@@ -84,38 +176,62 @@ void JonkerVolgenant::reduceColumns() {
 /// Lowers the price of every column whose row has no other column, as far as that row stays
 /// content with it, and lists the rows without a column.
 void JonkerVolgenant::transferReductions() {
+    const double* prices = v.data();
     for (int i = 0; i < n; ++i) {
-        if (matches[index(i)] == 0) {
+        if (matches[i] == 0) {
             freeRows.push_back(i);
-        } else if (matches[index(i)] == 1) {
-            const double* c = costsOf(i);
-            const int own = columnOf[index(i)];
-            double least = largest;
-            for (int j = 0; j < n; ++j) {
-                if (j != own) {
-                    least = std::min(least, c[j] - v[index(j)]);
-                }
-            }
-            v[index(own)] -= least;
+        } else if (matches[i] == 1) {
+            const int own = columnOf[i];
+            const int after = own + 1;
+            v[own] -= std::min(leastReducedCost(rows[i], prices, own),
+                               leastReducedCost(rows[i] + after, prices + after, n - after));
         }
     }
 }
 
-JonkerVolgenant::BestTwo JonkerVolgenant::findBestTwo(int row) const {
-    const double* c = costsOf(row);
-    BestTwo best = {c[0] - v[0], largest, 0, none};
+JonkerVolgenant::BestTwo JonkerVolgenant::scanBestTwo(int row) const {
+    const double* costs = rows[row];
+    const double* prices = v.data();
+    BestTwo best = {costs[0] - prices[0], 0, largest};
     for (int j = 1; j < n; ++j) {
-        const double h = c[j] - v[index(j)];
+        const double h = costs[j] - prices[j];
         if (h < best.second) {
             if (h >= best.least) {
                 best.second = h;
-                best.secondCol = j;
             } else {
-                best = {h, best.least, j, best.leastCol};
+                best = {h, j, best.least};
             }
         }
     }
     return best;
+}
+
+JonkerVolgenant::BestTwo JonkerVolgenant::findBestTwo(int row) const {
+    constexpr int worthLanes = 16;
+    if (n < worthLanes) {
+        return scanBestTwo(row);
+    }
+    const double* costs = rows[row];
+    const double* prices = v.data();
+    const SmallestTwo two = smallestTwoReducedCosts(costs, prices, n);
+    int j = 0;
+    while (j < n && costs[j] - prices[j] != two.least) {
+        ++j;
+    }
+    const bool overflow = j == n || !(two.second < largest);
+    return overflow ? scanBestTwo(row) : BestTwo{two.least, j, two.second};
+}
+
+/// @return the first column with the second best reduced cost; -1 when there is none
+int JonkerVolgenant::findSecondCol(int row, const BestTwo& best) const {
+    const double* costs = rows[row];
+    const double* prices = v.data();
+    for (int j = 0; j < n; ++j) {
+        if (costs[j] - prices[j] == best.second && j != best.leastCol) {
+            return j;
+        }
+    }
+    return none;
 }
 
 /// One pass over the free rows: each takes its best column, at a price at which its second best is
@@ -130,15 +246,16 @@ void JonkerVolgenant::reduceRows() {
         ++steps;
         const BestTwo best = findBestTwo(row);
         int col = best.leastCol;
-        const double price = v[index(col)] - (best.second - best.least);
-        const bool held = rowOf[index(col)] != none;
-        const bool priceMoves = best.least < best.second && (!held || price != v[index(col)]);
+        const double price = v[col] - (best.second - best.least);
+        const bool held = rowOf[col] != none;
+        const bool priceMoves = best.least < best.second && (!held || price != v[col]);
         if (priceMoves) {
-            v[index(col)] = price;
-        } else if (held && best.secondCol != none) {
-            col = best.secondCol;
+            v[col] = price;
+        } else if (held) {
+            const int secondCol = findSecondCol(row, best);
+            col = secondCol == none ? col : secondCol;
         }
-        const int loser = rowOf[index(col)];
+        const int loser = rowOf[col];
         assign(row, col);
         if (loser != none) {
             if (priceMoves && steps < stepLimit) {
@@ -155,25 +272,47 @@ void JonkerVolgenant::reduceRows() {
 void JonkerVolgenant::augment(int freeRow) {
     int col = findShortestPath(freeRow);
     for (int k = 0; k <= last; ++k) {
-        const std::size_t j = index(columns[index(k)]);
+        const int j = columns[k];
         v[j] = v[j] + pathCost[j] - nearest;
     }
     int row = none;
     while (row != freeRow) {
-        row = predecessor[index(col)];
-        rowOf[index(col)] = row;
-        std::swap(columnOf[index(row)], col);
+        row = predecessor[col];
+        rowOf[col] = row;
+        std::swap(columnOf[row], col);
     }
+}
+
+/// @return the first unassigned one of the row's best columns, or -1
+int JonkerVolgenant::findNearestUnassigned(int row) const {
+    const double* costs = rows[row];
+    const double* prices = v.data();
+    const int* holders = rowOf.data();
+    const double least = leastReducedCost(costs, prices, n);
+    for (int j = 0; j < n; ++j) {
+        if (holders[j] == none && costs[j] - prices[j] == least) {
+            return j;
+        }
+    }
+    return none;
 }
 
 /// Dijkstra's search over the reduced costs.
 /// @return the unassigned column at the end of the path
 int JonkerVolgenant::findShortestPath(int freeRow) {
-    const double* c = costsOf(freeRow);
-    for (int j = 0; j < n; ++j) {
-        pathCost[index(j)] = c[j] - v[index(j)];
+    const int direct = findNearestUnassigned(freeRow);
+    if (direct != none) {
+        last = none;
+        predecessor[direct] = freeRow;
+        return direct;
     }
-    std::fill(predecessor.begin(), predecessor.end(), freeRow);
+    const double* costs = rows[freeRow];
+    const double* prices = v.data();
+    double* path = pathCost.data();
+    for (int j = 0; j < n; ++j) {
+        path[j] = costs[j] - prices[j];
+    }
+    std::fill_n(predecessor.data(), n, freeRow);
     std::iota(columns.begin(), columns.end(), 0);
     low = 0;
     up = 0;
@@ -182,7 +321,7 @@ int JonkerVolgenant::findShortestPath(int freeRow) {
         if (low == up) {
             end = collectNearest();
         } else {
-            end = relax(columns[index(low++)]);
+            end = relax(columns[low++]);
         }
     }
     return end;
@@ -191,45 +330,51 @@ int JonkerVolgenant::findShortestPath(int freeRow) {
 /// Brings the nearest columns that are not scanned to the positions from low to up.
 /// @return the first unassigned one of them, or -1
 int JonkerVolgenant::collectNearest() {
+    const double* path = pathCost.data();
+    int* column = columns.data();
     last = low - 1;
-    nearest = pathCost[index(columns[index(up)])];
-    ++up;
-    for (int k = up; k < n; ++k) {
-        const double d = pathCost[index(columns[index(k)])];
-        if (d <= nearest) {
-            if (d < nearest) {
-                up = low;
-                nearest = d;
+    double least = path[column[low]];
+    int end = low + 1;
+    for (int k = end; k < n; ++k) {
+        const double d = path[column[k]];
+        if (d <= least) {
+            if (d < least) {
+                end = low;
+                least = d;
             }
-            std::swap(columns[index(k)], columns[index(up)]);
-            ++up;
+            std::swap(column[k], column[end]);
+            ++end;
         }
     }
-    const auto begin = columns.begin() + low;
-    const auto end = columns.begin() + up;
-    const auto found = std::find_if(begin, end, [this](int j) { return rowOf[index(j)] == none; });
-    return found == end ? none : *found;
+    nearest = least;
+    up = end;
+    const int* found =
+        std::find_if(column + low, column + up, [this](int j) { return rowOf[j] == none; });
+    return found == column + up ? none : *found;
 }
 
 /// Shortens paths by going through the row that holds a nearest column.
 /// @return an unassigned column that became a nearest one, or -1
 int JonkerVolgenant::relax(int scanned) {
-    const int row = rowOf[index(scanned)];
-    const double* c = costsOf(row);
-    const double h = c[scanned] - v[index(scanned)] - nearest;
+    const int row = rowOf[scanned];
+    const double* costs = rows[row];
+    const double* prices = v.data();
+    double* path = pathCost.data();
+    int* column = columns.data();
+    const double h = costs[scanned] - prices[scanned] - nearest;
     for (int k = up; k < n; ++k) {
-        const int j = columns[index(k)];
-        const double d = c[j] - v[index(j)] - h;
-        if (d < pathCost[index(j)]) {
-            predecessor[index(j)] = row;
+        const int j = column[k];
+        const double d = costs[j] - prices[j] - h;
+        if (d < path[j]) {
+            predecessor[j] = row;
             if (d == nearest) {
-                if (rowOf[index(j)] == none) {
+                if (rowOf[j] == none) {
                     return j;
                 }
-                std::swap(columns[index(k)], columns[index(up)]);
+                std::swap(column[k], column[up]);
                 ++up;
             }
-            pathCost[index(j)] = d;
+            path[j] = d;
         }
     }
     return none;

@@ -2,13 +2,12 @@
 // The linear assignment problem by shortest augmenting paths, in the dense form.
 #pragma once
 
+#include "association/SparseCosts.h"
+
+#include <cstddef>
 #include <vector>
 
 namespace Veskar {
-
-/// Cost of a pair that must not be assigned. An ordinary number: when nothing else is left, the
-/// solver takes such a pair, and its user has to drop it.
-constexpr double forbiddenCost = 9999.0;
 
 /// Assigns every row of a square cost matrix to a column of its own at the least total cost
 /// (Jonker, Volgenant: "A shortest augmenting path algorithm for dense and sparse linear assignment
@@ -28,15 +27,23 @@ class JonkerVolgenant {
 public:
     /// Starts a new problem in which every pair is forbidden.
     /// @param size number of rows and of columns, at least 1
-    void reset(int size);
+    void start(std::size_t size);
 
+    /// Sets the first costs of a row; the rest stays forbidden.
+    ///
     /// @param row a row
-    /// @param col a column
-    /// @param cost cost of the pair; what is not finite counts as forbidden
-    void setCost(int row, int col, double cost);
+    /// @param costs the costs, which must stay there until the problem is solved; what is not
+    ///              finite counts as forbidden
+    /// @param count number of costs
+    void setRow(std::size_t row, const double* costs, std::size_t count);
+    /// Sets the costs of a row.
+    ///
+    /// @param row a row
+    /// @param cells the costs; what is not finite counts as forbidden
+    void setRow(std::size_t row, const SparseCosts::Row& cells);
 
     /// Solves the problem that was set.
-    /// @return the column of each row; valid until the next reset
+    /// @return the column of each row; valid until the next start
     const std::vector<int>& solve();
 
     /// @return the columns' prices v of the last solution: with u[i] = c[i][j] - v[j] on the
@@ -44,40 +51,45 @@ public:
     const std::vector<double>& columnPrices() const { return v; }
 
 private:
-    /// The two columns of a row with the smallest reduced costs.
+    /// The smallest reduced cost of a row, the first column that has it, and the smallest of all
+    /// other columns.
     struct BestTwo {
         double least;
-        double second;
         int leastCol;
-        int secondCol;  ///< -1 when there is no second column
+        double second;
     };
 
-    const double* costsOf(int row) const;
+    double* makeRow(std::size_t row);
     void assign(int row, int col);
     void reduceColumns();
     void transferReductions();
     void reduceRows();
     BestTwo findBestTwo(int row) const;
+    BestTwo scanBestTwo(int row) const;
+    int findSecondCol(int row, const BestTwo& best) const;
     void augment(int freeRow);
     int findShortestPath(int freeRow);
+    int findNearestUnassigned(int row) const;
     int collectNearest();
     int relax(int scanned);
 
     int n = 0;
-    std::vector<double> costs;     ///< row by row
-    std::vector<double> v;         ///< column prices
-    std::vector<int> columnOf;     ///< column of each row
-    std::vector<int> rowOf;        ///< row of each column, -1 while unassigned
-    std::vector<int> matches;      ///< columns in which a row is the cheapest
-    std::vector<int> freeRows;     ///< rows without a column
-    std::vector<int> displaced;    ///< rows that a pass of the row reduction leaves free
-    std::vector<double> pathCost;  ///< shortest path from the free row to each column
-    std::vector<int> predecessor;  ///< row before each column on that path
-    std::vector<int> columns;      ///< search order: scanned, then nearest, then the rest
-    int low = 0;                   ///< columns before this position are scanned
-    int up = 0;                    ///< columns from low to here are the nearest, at `nearest`
-    int last = -1;                 ///< last position whose column gets a new price
-    double nearest = 0.0;          ///< path cost of the nearest columns
+    std::vector<const double*> rows;   ///< costs of each row
+    std::vector<double> forbiddenRow;  ///< the costs of a row without any
+    std::vector<double> ownRows;       ///< rows that the caller does not keep as they are needed
+    std::vector<double> v;             ///< column prices
+    std::vector<int> columnOf;         ///< column of each row
+    std::vector<int> rowOf;            ///< row of each column, -1 while unassigned
+    std::vector<int> matches;          ///< columns in which a row is the cheapest
+    std::vector<int> freeRows;         ///< rows without a column
+    std::vector<int> displaced;        ///< rows that a pass of the row reduction leaves free
+    std::vector<double> pathCost;      ///< shortest path from the free row to each column
+    std::vector<int> predecessor;      ///< row before each column on that path
+    std::vector<int> columns;          ///< search order: scanned, then nearest, then the rest
+    int low = 0;                       ///< columns before this position are scanned
+    int up = 0;                        ///< columns from low to here are the nearest
+    int last = -1;                     ///< last position whose column gets a new price
+    double nearest = 0.0;              ///< path cost of the nearest columns
 };
 
 }  // namespace Veskar

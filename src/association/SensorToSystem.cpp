@@ -57,7 +57,7 @@ void SensorToSystem::findAvailable(const SystemTracks& systems, const SensorTrac
     }
 }
 
-void SensorToSystem::findAllowedPairs(AllowedPairs& pairs, std::unordered_set<int>& removedIds) {
+void SensorToSystem::findAllowedPairs(SparseCosts& pairs, std::unordered_set<int>& removedIds) {
     pairs.clear();
     insideOf.assign(cols.size(), -1);
     for (std::size_t i = 0; i < rows.size(); ++i) {
@@ -71,7 +71,7 @@ void SensorToSystem::findAllowedPairs(AllowedPairs& pairs, std::unordered_set<in
     }
 }
 
-void SensorToSystem::fillRow(std::size_t row, AllowedPairs& pairs) {
+void SensorToSystem::fillRow(std::size_t row, SparseCosts& pairs) {
     for (std::size_t j = 0; j < cols.size(); ++j) {
         if (isCandidate(row, j)) {
             const GatingResult result = evaluateGate(row, j);
@@ -86,7 +86,7 @@ void SensorToSystem::fillRow(std::size_t row, AllowedPairs& pairs) {
         return isCandidate(row, j) ? insideOf[j] == static_cast<int>(row)
                                    : evaluateGate(row, j).passed;
     };
-    const AllowedPairs::Row found = pairs.openRow();
+    const SparseCosts::Row found = pairs.openRow();
     const bool mismatched = std::any_of(found.begin(), found.end(), [&](const auto& cell) {
         return !agrees(static_cast<std::size_t>(cell.col));
     });

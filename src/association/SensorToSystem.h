@@ -6,10 +6,10 @@
 #include <veskar/SystemTrack.h>
 #include <veskar/Track.h>
 
-#include "association/AllowedPairs.h"
 #include "association/ClassTraits.h"
 #include "association/Gate.h"
 #include "association/Occupancy.h"
+#include "association/SparseCosts.h"
 
 #include <memory>
 #include <unordered_set>
@@ -61,7 +61,7 @@ public:
     /// @param pairs receives them
     /// @param removedIds receives, with "removeClassMismatches", the ids of the sensor tracks that
     ///                   were given up inside a gate
-    void findAllowedPairs(AllowedPairs& pairs, std::unordered_set<int>& removedIds);
+    void findAllowedPairs(SparseCosts& pairs, std::unordered_set<int>& removedIds);
 
 private:
     struct Row {
@@ -80,7 +80,7 @@ private:
     Row makeRow(const SystemTrack& track, Source source) const;
     Col makeCol(const Track& track) const;
     void findAvailable(const SystemTracks& systems, const SensorTracks& sensors, Source source);
-    void fillRow(std::size_t row, AllowedPairs& pairs);
+    void fillRow(std::size_t row, SparseCosts& pairs);
 
     const Config::ModuleConfig& config;
     const Gate& gate;

@@ -28,7 +28,7 @@ bool SystemToSystem::mayBeAssigned(const Side& older, const Side& younger) {
            younger.gateFacts.track->startTime > older.gateFacts.track->startTime;
 }
 
-void SystemToSystem::findAllowedPairs(AllowedPairs& pairs) const {
+void SystemToSystem::findAllowedPairs(SparseCosts& pairs) const {
     pairs.clear();
     for (const Side& older : sides) {
         for (std::size_t j = 0; j < sides.size(); ++j) {

@@ -4,8 +4,8 @@
 
 #include <veskar/SystemTrack.h>
 
-#include "association/AllowedPairs.h"
 #include "association/Gate.h"
+#include "association/SparseCosts.h"
 
 #include <memory>
 #include <unordered_set>
@@ -31,7 +31,7 @@ public:
     /// Finds the pairs that may be assigned: the row is the older track, the column the younger,
     /// and no source stands on both sides.
     /// @param pairs receives them
-    void findAllowedPairs(AllowedPairs& pairs) const;
+    void findAllowedPairs(SparseCosts& pairs) const;
 
     /// Pairs every radar-only track with the nearest track without radar, when that is an older
     /// video-only one; earlier radar tracks choose first.

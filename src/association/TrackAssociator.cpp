@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <veskar/TrackAssociator.h>
 
-#include "association/AllowedPairs.h"
+#include "association/AssignmentSolver.h"
 #include "association/ClassRule.h"
 #include "association/ClassTraits.h"
 #include "association/Gate.h"
-#include "association/JonkerVolgenant.h"
 #include "association/SensorToSystem.h"
+#include "association/SparseCosts.h"
 #include "association/SystemToSystem.h"
 #include "track/FirstTrack.h"
 
@@ -19,14 +19,6 @@
 
 namespace Veskar {
 namespace {
-
-constexpr std::size_t largestProblem = 512;
-
-void refuseTooBig(std::size_t size) {
-    if (size > largestProblem) {
-        throw std::runtime_error("One of the JVA costMatrix dimensions was too big (>512)");
-    }
-}
 
 /// A problem without rows is answered like a look at its first row.
 void refuseEmpty(const std::vector<std::shared_ptr<SystemTrack>>& systemTracks) {
@@ -44,8 +36,8 @@ struct TrackAssociator::Workspace {
     SensorToSystem sensorToSystem{module, gate};
     SystemToSystem systemToSystem{gate};
     Occupancy occupancy;
-    AllowedPairs pairs;
-    JonkerVolgenant solver;
+    SparseCosts pairs;
+    AssignmentSolver solver;
     struct RankedPair {
         double cost;
         std::pair<int, int> pair;
@@ -121,7 +113,7 @@ void TrackAssociator::systemToSystemCostMatrix(
     for (std::size_t i = 0; i < systemTracks.size(); ++i) {
         cost.emplace_back(systemTracks.size(), forbiddenCost);
         allowed.emplace_back(systemTracks.size(), false);
-        for (const AllowedPairs::Cell& cell : workspace->pairs.row(i)) {
+        for (const SparseCosts::Cell& cell : workspace->pairs.row(i)) {
             cost.back()[static_cast<std::size_t>(cell.col)] = cell.cost;
             allowed.back()[static_cast<std::size_t>(cell.col)] = true;
         }
@@ -151,43 +143,30 @@ void TrackAssociator::handleClassMatching(
 
 void TrackAssociator::runJVA(int rows, int cols, std::vector<std::vector<double>>& cost,
                              std::vector<std::vector<bool>>& allowed) {
-    const std::size_t size = std::max(cost.size(), cost.at(0).size());
-    refuseTooBig(size);
-    JonkerVolgenant& solver = workspace->solver;
-    solver.reset(static_cast<int>(size));
-    for (int i = 0; i < rows; ++i) {
-        for (int j = 0; j < cols; ++j) {
-            solver.setCost(i, j, cost[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)]);
-        }
+    AssignmentSolver::refuseTooBig(std::max(cost.size(), cost.at(0).size()));
+    if (rows <= 0 || cols <= 0) {
+        return;
     }
-    const std::vector<int>& columnOf = solver.solve();
+    const std::vector<int>& columnOf = workspace->solver.solve(
+        cost, allowed, static_cast<std::size_t>(rows), static_cast<std::size_t>(cols));
     for (int i = 0; i < rows; ++i) {
-        const int j = columnOf[static_cast<std::size_t>(i)];
-        if (j < cols && allowed.at(static_cast<std::size_t>(i)).at(static_cast<std::size_t>(j))) {
+        const int j = columnOf[i];
+        if (j >= 0 && j < cols && allowed.at(i).at(j)) {
             associations.emplace_back(i, j);
         }
     }
 }
 
 void TrackAssociator::assignAllowedPairs(std::size_t rows, std::size_t cols) {
-    refuseTooBig(std::max(rows, cols));
-    const AllowedPairs& pairs = workspace->pairs;
-    if (pairs.empty()) {
+    AssignmentSolver::refuseTooBig(std::max(rows, cols));
+    const SparseCosts& pairs = workspace->pairs;
+    if (pairs.cellCount() == 0) {
         return;
     }
-    JonkerVolgenant& solver = workspace->solver;
-    solver.reset(static_cast<int>(std::max(rows, cols)));
+    const std::vector<int>& columnOf = workspace->solver.solve(pairs, cols);
     for (std::size_t i = 0; i < rows; ++i) {
-        for (const AllowedPairs::Cell& cell : pairs.row(i)) {
-            solver.setCost(static_cast<int>(i), cell.col, cell.cost);
-        }
-    }
-    const std::vector<int>& columnOf = solver.solve();
-    for (std::size_t i = 0; i < rows; ++i) {
-        for (const AllowedPairs::Cell& cell : pairs.row(i)) {
-            if (cell.col == columnOf[i]) {
-                associations.emplace_back(static_cast<int>(i), cell.col);
-            }
+        if (pairs.find(i, columnOf[i]) != nullptr) {
+            associations.emplace_back(static_cast<int>(i), columnOf[i]);
         }
     }
 }
@@ -279,7 +258,7 @@ const TrackAssociator::Associations& TrackAssociator::systemToSystemAssociation(
         return associations;
     }
     refuseEmpty(systemTracks);
-    refuseTooBig(systemTracks.size());
+    AssignmentSolver::refuseTooBig(systemTracks.size());
     workspace->systemToSystem.start(systemTracks, excludedIds);
     workspace->systemToSystem.findAllowedPairs(workspace->pairs);
     assignAllowedPairs(systemTracks.size(), systemTracks.size());
@@ -293,7 +272,7 @@ void TrackAssociator::keepCheapestPairs(std::size_t size) {
     auto& ranking = workspace->ranking;
     ranking.clear();
     for (const auto& pair : associations) {
-        for (const AllowedPairs::Cell& cell :
+        for (const SparseCosts::Cell& cell :
              workspace->pairs.row(static_cast<std::size_t>(pair.first))) {
             if (cell.col == pair.second) {
                 ranking.push_back({std::isfinite(cell.cost) ? cell.cost : forbiddenCost, pair});

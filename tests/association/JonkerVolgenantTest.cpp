@@ -15,11 +15,9 @@ namespace {
 
 std::vector<int> solve(JonkerVolgenant& solver, const Costs& C) {
     const int n = static_cast<int>(C.size());
-    solver.reset(n);
+    solver.start(n);
     for (int i = 0; i < n; ++i) {
-        for (int j = 0; j < n; ++j) {
-            solver.setCost(i, j, C[i][j]);
-        }
+        solver.setRow(i, C[i].data(), n);
     }
     return solver.solve();
 }

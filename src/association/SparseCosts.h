@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The pairs of an assignment problem that may be assigned, with their costs.
+// The cost matrix of an assignment problem in which most pairs are forbidden.
 #pragma once
 
 #include <algorithm>
@@ -8,10 +8,15 @@
 
 namespace Veskar {
 
-/// Allowed pairs row after row, with ascending columns in each row. All other pairs are forbidden.
-class AllowedPairs {
+/// Cost of a pair that must not be assigned. An ordinary number: where nothing else is left, a
+/// solver takes such a pair, and its user has to drop it.
+constexpr double forbiddenCost = 9999.0;
+
+/// Keeps the pairs that have a cost of their own, row after row, with ascending columns in each
+/// row. All other pairs are forbidden.
+class SparseCosts {
 public:
-    /// One allowed pair of a row.
+    /// One pair of a row.
     struct Cell {
         int col;
         double cost;
@@ -29,6 +34,11 @@ public:
         cells.clear();
         rowEnds.clear();
     }
+    /// Adds a whole row: the costs that are neither forbidden nor without a finite value.
+    ///
+    /// @param costs the costs
+    /// @param count number of columns
+    void addRow(const double* costs, std::size_t count);
     /// Adds a pair to the row that is being filled.
     void add(std::size_t col, double cost) { cells.push_back({static_cast<int>(col), cost}); }
     /// Drops pairs from the row that is being filled.
@@ -50,15 +60,25 @@ public:
     Row row(std::size_t i) const {
         return {cells.data() + (i == 0 ? 0 : rowEnds[i - 1]), cells.data() + rowEnds[i]};
     }
+    /// @param i a row that is filled
+    /// @param col a column
+    /// @return the cell of that pair; null when it is forbidden
+    const Cell* find(std::size_t i, int col) const {
+        const Row cellsOfRow = row(i);
+        const Cell* found =
+            std::lower_bound(cellsOfRow.begin(), cellsOfRow.end(), col,
+                             [](const Cell& cell, int wanted) { return cell.col < wanted; });
+        return found != cellsOfRow.end() && found->col == col ? found : nullptr;
+    }
     std::size_t rowCount() const { return rowEnds.size(); }
-    /// @return whether no pair at all is allowed
-    bool empty() const { return cells.empty(); }
+    std::size_t cellCount() const { return cells.size(); }
 
 private:
     std::size_t openRowBegin() const { return rowEnds.empty() ? 0 : rowEnds.back(); }
 
     std::vector<Cell> cells;
     std::vector<std::size_t> rowEnds;
+    std::vector<Cell> scratch;
 };
 
 }  // namespace Veskar
