@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "association/Gate.h"
 
-#include "association/JonkerVolgenant.h"
-
 #include <cmath>
 
 namespace Veskar {
 
 Gate::Gate(const Config::ModuleConfig& config, double stationaryBlockingMinBoxHeight)
-    : split(config.splitGating),
+    : farPairs(config.splitGating,
+               config.splitGating ? config.positionGatingDistance : config.gatingDistance),
+      split(config.splitGating),
       gatingDistance(config.gatingDistance),
       positionGatingDistance(config.positionGatingDistance),
       velocityGatingSimilarity(config.velocityGatingSimilarity),
@@ -32,6 +32,10 @@ GateFacts Gate::factsOf(const Track& track, bool supported) const {
         facts.boxHeight = track.boundingBox[3] / 2.0;
     }
     return facts;
+}
+
+GateSide Gate::sideOf(const Track& track, bool supported) const {
+    return {factsOf(track, supported), farPairs.marginalsOf(track)};
 }
 
 GatingResult Gate::evaluate(const GateFacts& system, const GateFacts& sensor) const {

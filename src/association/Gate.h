@@ -6,6 +6,9 @@
 #include <veskar/Track.h>
 #include <veskar/TrackAssociator.h>
 
+#include "association/FarPairs.h"
+#include "association/SparseCosts.h"
+
 #include <optional>
 
 namespace Veskar {
@@ -18,6 +21,11 @@ struct GateFacts {
     double age = 0.0;             ///< s
     double planarSpeed = 0.0;     ///< of the estimate, in the plane of the first two positions
     double boxHeight = 0.0;       ///< fraction of the image height
+};
+
+/// The same for a track that is compared with many others.
+struct GateSide : GateFacts {
+    Marginals marginals;
 };
 
 /// Decides whether a sensor track may belong to a system track, and at what distance.
@@ -33,15 +41,32 @@ public:
     /// @return what evaluate needs to know of it
     GateFacts factsOf(const Track& track, bool supported) const;
 
+    /// @param track any track; must outlive the answer
+    /// @param supported whether its class takes part in association
+    /// @return what screen needs to know of it
+    GateSide sideOf(const Track& track, bool supported) const;
+
     /// @param system the fused track
     /// @param sensor the candidate
     /// @return distance and verdict
     GatingResult evaluate(const GateFacts& system, const GateFacts& sensor) const;
 
+    /// The same without the distance of a pair that is certainly outside.
+    ///
+    /// @param system the fused track
+    /// @param sensor the candidate
+    /// @return verdict, and the distance of a pair that passes
+    GatingResult screen(const GateSide& system, const GateSide& sensor) const {
+        return FarPairs::areFar(system.marginals, sensor.marginals)
+                   ? GatingResult{forbiddenCost, false}
+                   : evaluate(system, sensor);
+    }
+
 private:
     GatingResult evaluateSplit(const GateFacts& system, const GateFacts& sensor) const;
     bool isBlockedAsStationary(const GateFacts& system, const GateFacts& sensor) const;
 
+    FarPairs farPairs;
     bool split;
     double gatingDistance;
     double positionGatingDistance;

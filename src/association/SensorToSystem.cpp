@@ -11,94 +11,140 @@ namespace Veskar {
 void SensorToSystem::start(const SystemTracks& systems, const SensorTracks& sensors,
                            const Source& source) {
     rows.clear();
+    anyOpen = false;
     for (const auto& system : systems) {
         rows.push_back(makeRow(*system, source));
+        anyOpen = anyOpen || rows.back().open;
     }
     cols.clear();
     for (const auto& sensor : sensors) {
-        cols.push_back(makeCol(*sensor));
+        const Track& track = *sensor;
+        cols.push_back({&track, false, false, {}, {}});
     }
-    findAvailable(systems, sensors, source);
+    anyAvailable = false;
+    if (anyOpen) {
+        occupancy.start(systems);
+        findAvailable(source);
+    }
 }
 
-SensorToSystem::Row SensorToSystem::makeRow(const SystemTrack& track, Source source) const {
+SensorToSystem::Row SensorToSystem::makeRow(const SystemTrack& track, Source source) {
     Row row = {};
-    row.open =
-        !((source == Source::VideoObject || source == Source::Radar) && track.hasTracks(source));
-    const Track* other = source == Source::VideoObject || source == Source::Radar
-                             ? firstTrack(track, comparedSource(source))
-                             : nullptr;
-    row.compared = other != nullptr;
-    if (row.compared) {
-        row.otherSide = classTraitsOf(*other);
+    row.track = &track;
+    row.open = true;
+    if (source == Source::VideoObject || source == Source::Radar) {
+        row.other = firstTrack(track, comparedSource(source));
+        row.open = !track.hasTracks(source);
     }
-    row.gateFacts = gate.factsOf(track, classTraitsOf(track).supported);
     return row;
 }
 
-SensorToSystem::Col SensorToSystem::makeCol(const Track& track) const {
-    Col col = {};
-    col.traits = classTraitsOf(track);
-    col.gateFacts = gate.factsOf(track, col.traits.supported);
-    return col;
+void SensorToSystem::findAvailable(Source source) {
+    const bool shared = source == Source::Radar && config.allowRadarToMultiple;
+    for (Col& col : cols) {
+        const bool held = occupancy.holds(*col.track);
+        col.available = !held || shared;
+        anyAvailable = anyAvailable || col.available;
+    }
 }
 
-/// Who is held counts only where a row is open.
-void SensorToSystem::findAvailable(const SystemTracks& systems, const SensorTracks& sensors,
-                                   Source source) {
-    if (std::none_of(rows.begin(), rows.end(), [](const Row& row) { return row.open; })) {
-        return;
+void SensorToSystem::inspectTracks() {
+    for (Row& row : rows) {
+        if (row.compared()) {
+            row.otherClass = classTraitsOf(*row.other);
+        }
+        row.side = gate.sideOf(*row.track, classTraitsOf(*row.track).supported);
     }
-    const bool shared = source == Source::Radar && config.allowRadarToMultiple;
-    occupancy.start(systems);
-    for (std::size_t j = 0; j < cols.size(); ++j) {
-        const bool held = occupancy.holds(*sensors[j]);
-        cols[j].available = !held || shared;
+    for (Col& col : cols) {
+        col.traits = classTraitsOf(*col.track);
+        col.side = gate.sideOf(*col.track, col.traits.supported);
     }
 }
 
 void SensorToSystem::findAllowedPairs(SparseCosts& pairs, std::unordered_set<int>& removedIds) {
     pairs.clear();
-    insideOf.assign(cols.size(), -1);
+    if (!(anyOpen && anyAvailable) && !canGiveUp()) {
+        pairs.endRows(rows.size());
+        return;
+    }
+    inspectTracks();
+    listCandidates();
     for (std::size_t i = 0; i < rows.size(); ++i) {
-        fillRow(i, pairs);
-        pairs.endRow();
+        if (rows[i].side.supported) {
+            fillRow(i, pairs);
+            enforceClasses(i, pairs);
+        }
+        pairs.endRows(1);
     }
     for (const Col& col : cols) {
         if (col.givenUp) {
-            removedIds.insert(col.gateFacts.track->id);
+            removedIds.insert(col.track->id);
+        }
+    }
+}
+
+/// Whether tracks could have to be reported even when no pair can be assigned.
+bool SensorToSystem::canGiveUp() const {
+    return config.removeClassMismatches && cols.size() > 1 &&
+           std::any_of(rows.begin(), rows.end(), [](const Row& row) { return row.compared(); });
+}
+
+void SensorToSystem::listCandidates() {
+    candidates.clear();
+    candidateSearch.clear();
+    insideOf.assign(cols.size(), -1);
+    for (std::size_t j = 0; j < cols.size(); ++j) {
+        if (cols[j].available && cols[j].side.supported) {
+            candidates.push_back(j);
+            candidateSearch.add(cols[j].side.marginals);
         }
     }
 }
 
 void SensorToSystem::fillRow(std::size_t row, SparseCosts& pairs) {
-    for (std::size_t j = 0; j < cols.size(); ++j) {
-        if (isCandidate(row, j)) {
-            const GatingResult result = evaluateGate(row, j);
-            if (result.passed) {
-                pairs.add(j, result.distance);
-                insideOf[j] = static_cast<int>(row);
-            }
-        }
-    }
-    const auto agrees = [this, row](std::size_t j) { return classesAgree(row, j); };
-    const auto inGate = [this, row](std::size_t j) {
-        return isCandidate(row, j) ? insideOf[j] == static_cast<int>(row)
-                                   : evaluateGate(row, j).passed;
-    };
-    const SparseCosts::Row found = pairs.openRow();
-    const bool mismatched = std::any_of(found.begin(), found.end(), [&](const auto& cell) {
-        return !agrees(static_cast<std::size_t>(cell.col));
-    });
-    if (!rows[row].compared || !(mismatched || config.removeClassMismatches)) {
+    if (!rows[row].open) {
         return;
     }
-    bool matched = false;
-    giveUpMismatches(cols.size(), agrees, inGate, [&](std::size_t j) {
-        matched = true;
-        cols[j].givenUp = cols[j].givenUp || (config.removeClassMismatches && inGate(j));
+    candidateSearch.forEachNear(rows[row].side.marginals, [&](std::size_t k) {
+        const std::size_t col = candidates[k];
+        const GatingResult result = screen(row, col);
+        if (result.passed) {
+            pairs.add(col, result.distance);
+            insideOf[col] = static_cast<int>(row);
+        }
     });
-    if (matched) {
+}
+
+/// Drops the pairs that the system track gives up, and marks what was inside its gate.
+void SensorToSystem::enforceClasses(std::size_t row, SparseCosts& pairs) {
+    if (!rows[row].compared()) {
+        return;
+    }
+    const auto agrees = [this, row](std::size_t col) { return classesAgree(row, col); };
+    const auto inGate = [this, row](std::size_t col) {
+        return isCandidate(row, col) ? insideOf[col] == static_cast<int>(row)
+                                     : screen(row, col).passed;
+    };
+    bool matter = false;
+    if (config.removeClassMismatches) {
+        for (std::size_t j = 0; j < cols.size() && !matter; ++j) {
+            matter = !agrees(j) && inGate(j);
+        }
+    } else {
+        const SparseCosts::Row found = pairs.openRow();
+        matter = std::any_of(found.begin(), found.end(), [&](const auto& cell) {
+            return !agrees(static_cast<std::size_t>(cell.col));
+        });
+    }
+    if (!matter) {
+        return;
+    }
+    bool givesUp = false;
+    giveUpMismatches(cols.size(), agrees, inGate, [&](std::size_t col) {
+        givesUp = true;
+        cols[col].givenUp = cols[col].givenUp || (config.removeClassMismatches && inGate(col));
+    });
+    if (givesUp) {
         pairs.dropIf([&](int col) { return !agrees(static_cast<std::size_t>(col)); });
     }
 }

@@ -7,6 +7,7 @@
 #include <veskar/Track.h>
 
 #include "association/ClassTraits.h"
+#include "association/FarPairs.h"
 #include "association/Gate.h"
 #include "association/Occupancy.h"
 #include "association/SparseCosts.h"
@@ -35,7 +36,7 @@ public:
     SensorToSystem(const Config::ModuleConfig& moduleConfig, const Gate& trackGate)
         : config(moduleConfig), gate(trackGate) {}
 
-    /// Starts a problem. The tracks must outlive it.
+    /// Starts a problem with what the sources have to say. The tracks must outlive it.
     ///
     /// @param systems the rows
     /// @param sensors the columns
@@ -43,20 +44,23 @@ public:
     /// @throw std::out_of_range as TrackAssociator::isOccupied
     void start(const SystemTracks& systems, const SensorTracks& sensors, const Source& source);
 
+    /// Finds out about classes and gates. Only then pairs can be asked about.
+    void inspectTracks();
+
     /// @return whether the pair may be assigned as far as the sources have a say
     bool isCandidate(std::size_t row, std::size_t col) const {
         return rows[row].open && cols[col].available;
     }
     /// @return whether the classes agree or are not compared
     bool classesAgree(std::size_t row, std::size_t col) const {
-        return !rows[row].compared || rows[row].otherSide.agreesWith(cols[col].traits);
+        return !rows[row].compared() || rows[row].otherClass.agreesWith(cols[col].traits);
     }
-    /// @return what the gate says of the pair
-    GatingResult evaluateGate(std::size_t row, std::size_t col) const {
-        return gate.evaluate(rows[row].gateFacts, cols[col].gateFacts);
+    /// @return what the gate says of the pair; the distance only of one that passes
+    GatingResult screen(std::size_t row, std::size_t col) const {
+        return gate.screen(rows[row].side, cols[col].side);
     }
 
-    /// Finds the pairs that may be assigned.
+    /// Finds the pairs that may be assigned after the start of a problem.
     ///
     /// @param pairs receives them
     /// @param removedIds receives, with "removeClassMismatches", the ids of the sensor tracks that
@@ -65,28 +69,38 @@ public:
 
 private:
     struct Row {
-        bool open;              ///< takes tracks of this source
-        bool compared;          ///< holds a side that classes are compared with
-        ClassTraits otherSide;  ///< class of that side
-        GateFacts gateFacts;
+        const Track* track;
+        const Track* other;      ///< the track that classes are compared with; may be null
+        bool open;               ///< takes tracks of this source
+        ClassTraits otherClass;  ///< class of `other`
+        GateSide side;
+
+        bool compared() const { return other != nullptr; }
     };
     struct Col {
+        const Track* track;
         bool available;  ///< may go to a system track
         bool givenUp;    ///< was given up inside a gate
         ClassTraits traits;
-        GateFacts gateFacts;
+        GateSide side;
     };
 
-    Row makeRow(const SystemTrack& track, Source source) const;
-    Col makeCol(const Track& track) const;
-    void findAvailable(const SystemTracks& systems, const SensorTracks& sensors, Source source);
+    static Row makeRow(const SystemTrack& track, Source source);
+    void findAvailable(Source source);
+    bool canGiveUp() const;
+    void listCandidates();
     void fillRow(std::size_t row, SparseCosts& pairs);
+    void enforceClasses(std::size_t row, SparseCosts& pairs);
 
     const Config::ModuleConfig& config;
     const Gate& gate;
     std::vector<Row> rows;
     std::vector<Col> cols;
-    std::vector<int> insideOf;  ///< the last row whose gate a column was found to be in
+    bool anyOpen = false;
+    bool anyAvailable = false;
+    std::vector<std::size_t> candidates;  ///< columns that may be assigned at all
+    NearSearch candidateSearch;           ///< over `candidates`
+    std::vector<int> insideOf;            ///< the last row whose gate a candidate was found in
     Occupancy occupancy;
 };
 

@@ -44,7 +44,7 @@ void SparseCosts::addRow(const double* costs, std::size_t count) {
         appendCell(costs, j, out);
     }
     cells.insert(cells.end(), scratch.data(), out);
-    endRow();
+    endRows(1);
 }
 
 }  // namespace Veskar

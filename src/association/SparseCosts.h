@@ -51,7 +51,8 @@ public:
             cells.end());
     }
     /// Ends the row that is being filled.
-    void endRow() { rowEnds.push_back(cells.size()); }
+    /// @param count how many rows end here; all but the first are empty
+    void endRows(std::size_t count) { rowEnds.insert(rowEnds.end(), count, cells.size()); }
 
     /// @return the row that is being filled
     Row openRow() const { return {cells.data() + openRowBegin(), cells.data() + cells.size()}; }

@@ -11,82 +11,101 @@ namespace Veskar {
 void SystemToSystem::start(const SystemTracks& systems,
                            const std::unordered_set<int>& excludedIds) {
     sides.clear();
-    for (const auto& system : systems) {
-        const SystemTrack& track = *system;
-        Side side = {};
-        side.hasVideo = track.hasTracks(Source::VideoObject);
-        side.hasRadar = track.hasTracks(Source::Radar);
-        side.excluded = excludedIds.count(track.id) != 0;
-        side.gateFacts = gate.factsOf(track, classTraitsOf(track).supported);
-        sides.push_back(side);
+    for (std::size_t i = 0; i < systems.size(); ++i) {
+        const SystemTrack& track = *systems[i];
+        const bool hasVideo = track.hasTracks(Source::VideoObject);
+        const bool hasRadar = track.hasTracks(Source::Radar);
+        if (!(hasVideo && hasRadar)) {
+            const bool excluded = excludedIds.count(track.id) != 0;
+            sides.push_back({i, &track, hasVideo, hasRadar, excluded, {}});
+        }
     }
 }
 
-bool SystemToSystem::mayBeAssigned(const Side& older, const Side& younger) {
-    return older.isPairable() && younger.isPairable() && !(older.hasVideo && younger.hasVideo) &&
-           !(older.hasRadar && younger.hasRadar) &&
-           younger.gateFacts.track->startTime > older.gateFacts.track->startTime;
+void SystemToSystem::inspectTracks() {
+    search.clear();
+    for (Side& side : sides) {
+        side.gateSide = gate.sideOf(*side.track, classTraitsOf(*side.track).supported);
+        search.add(side.gateSide.marginals);
+    }
 }
 
-void SystemToSystem::findAllowedPairs(SparseCosts& pairs) const {
+void SystemToSystem::findAllowedPairs(const SystemTracks& systems,
+                                      const std::unordered_set<int>& excludedIds,
+                                      SparseCosts& pairs) {
     pairs.clear();
-    for (const Side& older : sides) {
-        for (std::size_t j = 0; j < sides.size(); ++j) {
-            if (mayBeAssigned(older, sides[j])) {
-                const GatingResult result = gate.evaluate(older.gateFacts, sides[j].gateFacts);
-                if (result.passed) {
-                    pairs.add(j, result.distance);
+    start(systems, excludedIds);
+    sides.erase(
+        std::remove_if(sides.begin(), sides.end(), [](const Side& side) { return side.excluded; }),
+        sides.end());
+    if (sides.size() > 1) {
+        inspectTracks();
+        for (const Side& older : sides) {
+            pairs.endRows(older.index - pairs.rowCount());
+            search.forEachNear(older.gateSide.marginals, [&](std::size_t k) {
+                const Side& younger = sides[k];
+                if ((older.hasVideo && younger.hasVideo) || (older.hasRadar && younger.hasRadar) ||
+                    !(younger.track->startTime > older.track->startTime)) {
+                    return;
                 }
-            }
+                const GatingResult result = gate.screen(older.gateSide, younger.gateSide);
+                if (result.passed) {
+                    pairs.add(younger.index, result.distance);
+                }
+            });
+            pairs.endRows(1);
         }
-        pairs.endRow();
     }
+    pairs.endRows(systems.size() - pairs.rowCount());
 }
 
-void SystemToSystem::pairNearest(std::vector<std::pair<int, int>>& pairs) {
+void SystemToSystem::pairNearest(const SystemTracks& systems,
+                                 const std::unordered_set<int>& excludedIds, Pairs& pairs) {
+    start(systems, excludedIds);
+    if (sides.size() < 2) {
+        return;
+    }
+    inspectTracks();
     takenIds.clear();
-    for (std::size_t a = 0; a < sides.size(); ++a) {
-        const Side& radar = sides[a];
-        if (radar.hasVideo || !radar.hasRadar || radar.excluded) {
+    for (const Side& radar : sides) {
+        if (!radar.hasRadar || radar.excluded) {
             continue;
         }
-        const std::size_t b = findNearestWithoutRadar(radar);
-        if (b == sides.size()) {
-            continue;
-        }
-        const Side& video = sides[b];
-        if (video.hasVideo && !video.excluded &&
-            radar.gateFacts.track->startTime > video.gateFacts.track->startTime) {
-            take(video);
+        const Side* video = findNearestWithoutRadar(radar);
+        if (video != nullptr && video->hasVideo && !video->excluded &&
+            radar.track->startTime > video->track->startTime) {
+            take(*video);
             take(radar);
-            pairs.emplace_back(a, b);
-            pairs.emplace_back(b, a);
+            pairs.emplace_back(radar.index, video->index);
+            pairs.emplace_back(video->index, radar.index);
         }
     }
 }
 
-std::size_t SystemToSystem::findNearestWithoutRadar(const Side& radar) const {
+const SystemToSystem::Side* SystemToSystem::findNearestWithoutRadar(const Side& radar) const {
     double nearest = std::numeric_limits<double>::max();
-    std::size_t found = sides.size();
-    for (std::size_t b = 0; b < sides.size(); ++b) {
-        if (!sides[b].hasRadar && !isTaken(sides[b])) {
-            const GatingResult result = gate.evaluate(radar.gateFacts, sides[b].gateFacts);
-            if (result.passed && result.distance < nearest) {
-                nearest = result.distance;
-                found = b;
-            }
+    const Side* found = nullptr;
+    search.forEachNear(radar.gateSide.marginals, [&](std::size_t k) {
+        const Side& side = sides[k];
+        if (side.hasRadar || isTaken(side)) {
+            return;
         }
-    }
+        const GatingResult result = gate.screen(radar.gateSide, side.gateSide);
+        if (result.passed && result.distance < nearest) {
+            nearest = result.distance;
+            found = &side;
+        }
+    });
     return found;
 }
 
 void SystemToSystem::take(const Side& side) {
-    const int id = side.gateFacts.track->id;
+    const int id = side.track->id;
     takenIds.insert(std::lower_bound(takenIds.begin(), takenIds.end(), id), id);
 }
 
 bool SystemToSystem::isTaken(const Side& side) const {
-    return std::binary_search(takenIds.begin(), takenIds.end(), side.gateFacts.track->id);
+    return std::binary_search(takenIds.begin(), takenIds.end(), side.track->id);
 }
 
 }  // namespace Veskar

@@ -4,6 +4,7 @@
 
 #include <veskar/SystemTrack.h>
 
+#include "association/FarPairs.h"
 #include "association/Gate.h"
 #include "association/SparseCosts.h"
 
@@ -14,47 +15,54 @@
 
 namespace Veskar {
 
-/// One problem of pairing system tracks. What belongs to a track alone is found once.
+/// One problem of pairing system tracks. What belongs to a track alone is found once, and only for
+/// tracks that can be paired.
 class SystemToSystem {
 public:
     using SystemTracks = std::vector<std::shared_ptr<SystemTrack>>;
+    using Pairs = std::vector<std::pair<int, int>>;
 
     /// @param trackGate the gate; must outlive this
     explicit SystemToSystem(const Gate& trackGate) : gate(trackGate) {}
 
-    /// Starts a problem. The tracks must outlive it.
+    /// Finds the pairs that may be assigned: the row is the older track, the column the younger,
+    /// and no source stands on both sides.
     ///
     /// @param systems the system tracks
     /// @param excludedIds ids of those to leave out
-    void start(const SystemTracks& systems, const std::unordered_set<int>& excludedIds);
-
-    /// Finds the pairs that may be assigned: the row is the older track, the column the younger,
-    /// and no source stands on both sides.
-    /// @param pairs receives them
-    void findAllowedPairs(SparseCosts& pairs) const;
+    /// @param pairs receives the pairs
+    void findAllowedPairs(const SystemTracks& systems, const std::unordered_set<int>& excludedIds,
+                          SparseCosts& pairs);
 
     /// Pairs every radar-only track with the nearest track without radar, when that is an older
-    /// video-only one; earlier radar tracks choose first.
+    /// video-only one. Earlier radar tracks choose first.
+    ///
+    /// @param systems the system tracks
+    /// @param excludedIds ids of those to leave out
     /// @param pairs receives both orientations of each pair
-    void pairNearest(std::vector<std::pair<int, int>>& pairs);
+    void pairNearest(const SystemTracks& systems, const std::unordered_set<int>& excludedIds,
+                     Pairs& pairs);
 
 private:
+    /// A system track that is not yet backed by both sensors.
     struct Side {
+        std::size_t index;
+        const SystemTrack* track;
         bool hasVideo;
         bool hasRadar;
         bool excluded;
-        GateFacts gateFacts;
-
-        bool isPairable() const { return !(hasVideo && hasRadar) && !excluded; }
+        GateSide gateSide;
     };
 
-    static bool mayBeAssigned(const Side& older, const Side& younger);
-    std::size_t findNearestWithoutRadar(const Side& radar) const;
+    void start(const SystemTracks& systems, const std::unordered_set<int>& excludedIds);
+    void inspectTracks();
+    const Side* findNearestWithoutRadar(const Side& radar) const;
     void take(const Side& side);
     bool isTaken(const Side& side) const;
 
     const Gate& gate;
     std::vector<Side> sides;
+    NearSearch search;          ///< over `sides`
     std::vector<int> takenIds;  ///< ascending
 };
 

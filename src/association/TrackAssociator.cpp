@@ -87,6 +87,7 @@ void TrackAssociator::sensorToSystemCostMatrix(
     std::vector<std::vector<int>>& classMatch, const Source& source) {
     SensorToSystem& problem = workspace->sensorToSystem;
     problem.start(systemTracks, sensorTracks, source);
+    problem.inspectTracks();
     for (std::size_t i = 0; i < systemTracks.size(); ++i) {
         cost.emplace_back(sensorTracks.size(), forbiddenCost);
         allowed.emplace_back(sensorTracks.size(), false);
@@ -94,7 +95,7 @@ void TrackAssociator::sensorToSystemCostMatrix(
         for (std::size_t j = 0; j < sensorTracks.size(); ++j) {
             classMatch.back()[j] = problem.classesAgree(i, j) ? 1 : 0;
             if (problem.isCandidate(i, j)) {
-                const GatingResult result = problem.evaluateGate(i, j);
+                const GatingResult result = problem.screen(i, j);
                 if (result.passed) {
                     cost.back()[j] = result.distance;
                     allowed.back()[j] = true;
@@ -108,8 +109,7 @@ void TrackAssociator::systemToSystemCostMatrix(
     const std::vector<std::shared_ptr<SystemTrack>>& systemTracks,
     std::vector<std::vector<double>>& cost, std::vector<std::vector<bool>>& allowed,
     const std::unordered_set<int>& excludedIds) {
-    workspace->systemToSystem.start(systemTracks, excludedIds);
-    workspace->systemToSystem.findAllowedPairs(workspace->pairs);
+    workspace->systemToSystem.findAllowedPairs(systemTracks, excludedIds, workspace->pairs);
     for (std::size_t i = 0; i < systemTracks.size(); ++i) {
         cost.emplace_back(systemTracks.size(), forbiddenCost);
         allowed.emplace_back(systemTracks.size(), false);
@@ -259,8 +259,7 @@ const TrackAssociator::Associations& TrackAssociator::systemToSystemAssociation(
     }
     refuseEmpty(systemTracks);
     AssignmentSolver::refuseTooBig(systemTracks.size());
-    workspace->systemToSystem.start(systemTracks, excludedIds);
-    workspace->systemToSystem.findAllowedPairs(workspace->pairs);
+    workspace->systemToSystem.findAllowedPairs(systemTracks, excludedIds, workspace->pairs);
     assignAllowedPairs(systemTracks.size(), systemTracks.size());
     keepCheapestPairs(systemTracks.size());
     return associations;
@@ -299,8 +298,7 @@ void TrackAssociator::keepCheapestPairs(std::size_t size) {
 void TrackAssociator::runBasicSystemToSystem(
     const std::vector<std::shared_ptr<SystemTrack>>& systemTracks,
     const std::unordered_set<int>& excludedIds) {
-    workspace->systemToSystem.start(systemTracks, excludedIds);
-    workspace->systemToSystem.pairNearest(associations);
+    workspace->systemToSystem.pairNearest(systemTracks, excludedIds, associations);
 }
 
 const TrackAssociator::Associations& TrackAssociator::getAssociations() const {

@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: Apache-2.0
+// Whole association calls, beside the literal rules on the same scene.
+#include <veskar/TrackAssociator.h>
+
+#include "association/LiteralAssociator.h"
+#include "support/TrackFactory.h"
+
+#include <cmath>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+using Veskar::Source;
+using VeskarTest::RandomEstimates;
+using VeskarTest::Report;
+using VeskarTest::SensorTracks;
+using VeskarTest::SystemTracks;
+
+/// Objects before a camera: half of them video-only, half of them radar-only system tracks, and a
+/// radar frame of new reports.
+struct Frame {
+    SystemTracks systems;
+    SensorTracks sensors;
+};
+
+enum class Density {
+    Far,   ///< places with a hundredth of all objects, far from each other
+    Close  ///< all objects in one place
+};
+
+Report makeReport(RandomEstimates& random, Source source, int id, double u, double v,
+                  double range) {
+    Report report;
+    report.source = source;
+    report.id = id;
+    report.className = random.integer(0, 3) == 0 ? "car" : "human";
+    report.state << u, 0.1, v, 0.0, range, 0.5;
+    for (int k = 0; k < 6; ++k) {
+        report.state[k] += random.uniform(-0.01, 0.01);
+    }
+    report.covariance = random.covariance() * 1e-3;
+    report.covariance.bottomRightCorner<2, 2>() *= 100.0;
+    report.covariance.topRightCorner<4, 2>() *= 10.0;
+    report.covariance.bottomLeftCorner<2, 4>() *= 10.0;
+    return report;
+}
+
+Frame makeFrame(int count, Density density, Source newReports, bool bothSides) {
+    RandomEstimates random(31);
+    const int places = density == Density::Close ? 1 : std::min(100, count);
+    const auto place = [&](int k) {
+        return std::array<double, 3>{std::cos(2.4 * k) * 0.9, std::sin(1.7 * k) * 0.9,
+                                     density == Density::Close ? 20.0 : 5.0 + 2.0 * k};
+    };
+    Frame frame;
+    for (int i = 0; i < count; ++i) {
+        const auto p = place(i % places);
+        const Source source =
+            bothSides && i / places % 2 == 1 ? Source::Radar : Source::VideoObject;
+        auto track = makeTrack(makeReport(random, source, i, p[0], p[1], p[2]));
+        track->startTime = random.uniform(0.0, 10.0);
+        frame.systems.push_back(VeskarTest::makeSystemTrack(track, i));
+        frame.sensors.push_back(
+            makeTrack(makeReport(random, newReports, 10000 + i, p[0], p[1], p[2])));
+    }
+    return frame;
+}
+
+Veskar::Config makeConfig(bool split) {
+    Veskar::Config config;
+    config.module.splitGating = split;
+    config.module.useJVA = true;
+    config.module.gatingDistance = 5.0;
+    config.module.positionGatingDistance = 3.5;
+    config.module.velocityGatingSimilarity = 0.5;
+    config.module.velocityMinGatingLimit = 0.05;
+    config.module.stationaryBlockingMinSpeed = 10.0 / 3.6;
+    config.module.stationaryBlockingMaxUVSpeed = 0.03;
+    config.module.stationaryBlockingMinVideoAge = 3.0;
+    config.detectionPriority.vodHeightFractionLimit = 0.1;
+    return config;
+}
+
+template <typename Associator>
+void sensorToSystem(benchmark::State& state, Density density, bool split) {
+    const Frame frame = makeFrame(static_cast<int>(state.range(0)), density, Source::Radar, false);
+    Associator associator(makeConfig(split));
+    std::unordered_set<int> removedIds;
+    std::size_t pairs = 0;
+    for ([[maybe_unused]] auto _ : state) {
+        pairs =
+            associator
+                .sensorToSystemAssociation(frame.sensors, frame.systems, Source::Radar, removedIds)
+                .size();
+    }
+    state.counters["pairs"] = static_cast<double>(pairs);
+}
+
+template <typename Associator>
+void systemToSystem(benchmark::State& state, Density density, bool split) {
+    const Frame frame = makeFrame(static_cast<int>(state.range(0)), density, Source::Radar, true);
+    Associator associator(makeConfig(split));
+    std::size_t pairs = 0;
+    for ([[maybe_unused]] auto _ : state) {
+        pairs = associator.systemToSystemAssociation(frame.systems, {}).size();
+    }
+    state.counters["pairs"] = static_cast<double>(pairs);
+}
+
+/// The steady state: every sensor track is already held.
+void sensorToSystemHeld(benchmark::State& state) {
+    Frame frame = makeFrame(static_cast<int>(state.range(0)), Density::Far, Source::Radar, false);
+    for (std::size_t i = 0; i < frame.systems.size(); ++i) {
+        frame.systems[i]->updateState(frame.sensors[i]);
+    }
+    Veskar::TrackAssociator associator(makeConfig(false));
+    std::unordered_set<int> removedIds;
+    for ([[maybe_unused]] auto _ : state) {
+        benchmark::DoNotOptimize(
+            associator
+                .sensorToSystemAssociation(frame.sensors, frame.systems, Source::Radar, removedIds)
+                .size());
+    }
+}
+
+using Veskar::TrackAssociator;
+using VeskarTest::LiteralAssociator;
+
+/// The library at all sizes, the literal rules where they end in reasonable time.
+bool registerAll() {
+    struct Case {
+        const char* name;
+        Density density;
+        bool split;
+    };
+    const auto add = [](const std::string& name, auto function, bool literal) {
+        auto* benchmark = benchmark::RegisterBenchmark(name.c_str(), function);
+        if (literal) {
+            benchmark->Arg(16)->Arg(64);
+        } else {
+            benchmark->Arg(16)->Arg(64)->Arg(128)->Arg(512);
+        }
+    };
+    for (const Case& c :
+         {Case{"far", Density::Far, false}, Case{"farSplit", Density::Far, true},
+          Case{"close", Density::Close, false}, Case{"closeSplit", Density::Close, true}}) {
+        const std::string name = c.name;
+        add(
+            "sensorToSystem/" + name,
+            [c](auto& state) { sensorToSystem<TrackAssociator>(state, c.density, c.split); },
+            false);
+        add(
+            "sensorToSystem/" + name + "/literal",
+            [c](auto& state) { sensorToSystem<LiteralAssociator>(state, c.density, c.split); },
+            true);
+        add(
+            "systemToSystem/" + name,
+            [c](auto& state) { systemToSystem<TrackAssociator>(state, c.density, c.split); },
+            false);
+        add(
+            "systemToSystem/" + name + "/literal",
+            [c](auto& state) { systemToSystem<LiteralAssociator>(state, c.density, c.split); },
+            true);
+    }
+    add("sensorToSystem/held", sensorToSystemHeld, false);
+    return true;
+}
+
+[[maybe_unused]] const bool registered = registerAll();
+
+}  // namespace

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: Apache-2.0
+// Tells pairs that certainly lie outside a statistical gate, at the price of a few products.
+#pragma once
+
+#include <veskar/Track.h>
+
+#include <array>
+#include <cstddef>
+#include <vector>
+
+#include <Eigen/Core>
+
+namespace Veskar {
+
+/// One track as FarPairs sees it, component by component. The positions stand first.
+struct Marginals {
+    static constexpr std::size_t positionCount = 3;
+    static constexpr std::size_t count = 6;
+
+    std::array<double, count> mean;
+    std::array<double, count> reach;  ///< the track's share in the square of the largest difference
+};
+
+/// For a positive definite covariance S every component bounds the Mahalanobis distance from below:
+/// d(i)^2 / S(i,i) <= d' S^-1 d. A pair beyond that bound fails the gate, whatever the rest.
+///
+/// The gate's own distance is off by rounding, so a pair counts as far only beyond twice the
+/// squared gate, and only tracks take part whose covariance bounds that error: symmetric, with
+/// standard deviations D within a factor of 1e5 and a correlation matrix A of a determinant of at
+/// least 1e-5. All others have infinite reach.
+///
+/// Why that is safe for Gaussian elimination with partial pivoting (Higham: Accuracy and Stability
+/// of Numerical Algorithms, 2002, ch. 9): it solves exactly for some S + E, where with a growth of
+/// the pivots of at most 32 the norm of D^-1 E D^-1 stays below 5e-12 max D / min D. The squared
+/// distance is then off by a factor of at most eta / (1 - eta), eta = 5e-12 (max D / min D) /
+/// lambda with the smallest eigenvalue lambda >= det(A) (5 / 6)^5 of A: here eta < 0.13. Neither
+/// max D / min D nor lambda is worse in a sum of covariances than in the worse one of the two. The
+/// closed inverse of the positions' covariance is better still.
+class FarPairs {
+public:
+    /// @param positionsOnly whether the gate compares the positions alone or the whole states
+    /// @param gatingDistance Mahalanobis distance from which on a pair is outside
+    FarPairs(bool positionsOnly, double gatingDistance);
+
+    /// @param track any track
+    /// @return its marginals
+    Marginals marginalsOf(const Track& track) const;
+
+    /// @param a marginals of one track
+    /// @param b marginals of another one
+    /// @return whether the pair is certainly outside
+    static bool areFar(const Marginals& a, const Marginals& b);
+
+private:
+    std::size_t components;
+    double scale;  ///< factor from variances to reaches
+};
+
+/// Tracks that many others are compared with, by their positions.
+class NearSearch {
+public:
+    void clear() {
+        blocks.clear();
+        size = 0;
+    }
+    /// @param marginals the next track
+    void add(const Marginals& marginals);
+
+    /// @param marginals another track
+    /// @param visit called in ascending order with the number of every track that may be near
+    template <typename Visit>
+    void forEachNear(const Marginals& marginals, Visit visit) const {
+        for (std::size_t k = 0; k < blocks.size(); ++k) {
+            const Lanes excess = blocks[k].excessOver(marginals);
+            if (excess.minCoeff() > 0.0) {
+                continue;
+            }
+            for (std::size_t lane = 0; lane < laneCount; ++lane) {
+                const std::size_t number = k * laneCount + lane;
+                if (!(excess[static_cast<Eigen::Index>(lane)] > 0.0) && number < size) {
+                    visit(number);
+                }
+            }
+        }
+    }
+
+private:
+    static constexpr std::size_t laneCount = 4;
+    /// Four tracks at once, in whatever vector registers the processor has.
+    using Lanes = Eigen::Array<double, laneCount, 1>;
+
+    struct Block {
+        std::array<Lanes, Marginals::positionCount> mean;
+        std::array<Lanes, Marginals::positionCount> reach;
+
+        /// @return by how much the squared difference of some position is beyond its reach
+        Lanes excessOver(const Marginals& other) const {
+            Lanes excess = (mean[0] - other.mean[0]).square() - (reach[0] + other.reach[0]);
+            for (std::size_t c = 1; c < Marginals::positionCount; ++c) {
+                excess =
+                    excess.max((mean[c] - other.mean[c]).square() - (reach[c] + other.reach[c]));
+            }
+            return excess;
+        }
+    };
+
+    std::vector<Block> blocks;
+    std::size_t size = 0;
+};
+
+}  // namespace Veskar
