@@ -5,6 +5,7 @@
 #include "association/LiteralAssociator.h"
 #include "support/TrackFactory.h"
 
+#include <array>
 #include <cmath>
 #include <string>
 #include <unordered_set>
@@ -28,44 +29,40 @@ struct Frame {
 };
 
 enum class Density {
-    Far,   ///< places with a hundredth of all objects, far from each other
+    Far,   ///< a hundred places far from each other: one pair in a hundred is close
     Close  ///< all objects in one place
 };
 
-Report makeReport(RandomEstimates& random, Source source, int id, double u, double v,
-                  double range) {
+using Place = std::array<double, 3>;  ///< u, v, range
+
+Report makeReport(RandomEstimates& random, Source source, int id, const Place& place) {
     Report report;
     report.source = source;
     report.id = id;
     report.className = random.integer(0, 3) == 0 ? "car" : "human";
-    report.state << u, 0.1, v, 0.0, range, 0.5;
+    report.state << place[0], 0.1, place[1], 0.0, place[2], 0.5;
     for (int k = 0; k < 6; ++k) {
         report.state[k] += random.uniform(-0.01, 0.01);
     }
     report.covariance = random.covariance() * 1e-3;
-    report.covariance.bottomRightCorner<2, 2>() *= 100.0;
-    report.covariance.topRightCorner<4, 2>() *= 10.0;
-    report.covariance.bottomLeftCorner<2, 4>() *= 10.0;
     return report;
 }
 
 Frame makeFrame(int count, Density density, Source newReports, bool bothSides) {
     RandomEstimates random(31);
-    const int places = density == Density::Close ? 1 : std::min(100, count);
+    const int places = density == Density::Close ? 1 : 100;
     const auto place = [&](int k) {
-        return std::array<double, 3>{std::cos(2.4 * k) * 0.9, std::sin(1.7 * k) * 0.9,
-                                     density == Density::Close ? 20.0 : 5.0 + 2.0 * k};
+        return Place{std::cos(2.4 * k) * 0.9, std::sin(1.7 * k) * 0.9, 5.0 + 2.0 * k};
     };
     Frame frame;
     for (int i = 0; i < count; ++i) {
-        const auto p = place(i % places);
-        const Source source =
-            bothSides && i / places % 2 == 1 ? Source::Radar : Source::VideoObject;
-        auto track = makeTrack(makeReport(random, source, i, p[0], p[1], p[2]));
+        const Source source = bothSides && i % 2 == 1 ? Source::Radar : Source::VideoObject;
+        auto track = VeskarTest::makeTrack(makeReport(random, source, i, place(i % places)));
         track->startTime = random.uniform(0.0, 10.0);
         frame.systems.push_back(VeskarTest::makeSystemTrack(track, i));
+        const int reported = random.integer(0, places - 1);
         frame.sensors.push_back(
-            makeTrack(makeReport(random, newReports, 10000 + i, p[0], p[1], p[2])));
+            VeskarTest::makeTrack(makeReport(random, newReports, 10000 + i, place(reported))));
     }
     return frame;
 }

@@ -184,9 +184,9 @@ public:
 private:
     struct Workspace;
 
-    void assignAllowedPairs(std::size_t rows, std::size_t cols);
-    void shareRadarTracks(const std::vector<std::shared_ptr<SystemTrack>>& systemTracks);
-    void keepCheapestPairs(std::size_t size);
+    void assignAllowedPairs(std::size_t cols);
+    void shareRadarTracks();
+    void keepCheapestPairs();
 
     Associations associations;
     std::unique_ptr<Workspace> workspace;

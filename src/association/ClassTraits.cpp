@@ -13,25 +13,37 @@
 namespace Veskar {
 namespace {
 
+using Groups = std::set<std::string>;
 using Table = std::unordered_map<std::string, ClassTraits>;
+
+const Groups& groups() {
+    static const Groups all = [] {
+        Groups names;
+        for (const auto& [name, group] : Vocabulary::classGroups) {
+            names.insert(group);
+        }
+        return names;
+    }();
+    return all;
+}
 
 Table makeTable() {
     Table table;
     for (const std::string& name : Vocabulary::supportedClasses) {
         table[name].supported = true;
     }
-    std::set<std::string> groups;
     for (const auto& [name, group] : Vocabulary::classGroups) {
-        groups.insert(group);
-    }
-    for (const auto& [name, group] : Vocabulary::classGroups) {
-        const auto position = std::distance(groups.begin(), groups.find(group));
+        const auto position = std::distance(groups().begin(), groups().find(group));
         table[name].group = static_cast<int>(position);
     }
     return table;
 }
 
 }  // namespace
+
+std::size_t ClassTraits::groupCount() {
+    return groups().size();
+}
 
 ClassTraits classTraitsOf(const Track& track) {
     static const Table table = makeTable();

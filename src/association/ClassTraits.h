@@ -4,6 +4,8 @@
 
 #include <veskar/Track.h>
 
+#include <cstddef>
+
 namespace Veskar {
 
 /// A class as association sees it. Comparing group numbers is comparing group names.
@@ -11,7 +13,10 @@ struct ClassTraits {
     static constexpr int noGroup = -1;
 
     bool supported = false;
-    int group = noGroup;
+    int group = noGroup;  ///< from 0 to groupCount() - 1
+
+    /// @return number of class groups
+    static std::size_t groupCount();
 
     /// @param other a class
     /// @return whether both have a group and it is the same one

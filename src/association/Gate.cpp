@@ -18,11 +18,23 @@ Gate::Gate(const Config::ModuleConfig& config, double stationaryBlockingMinBoxHe
       blockingMinAge(config.stationaryBlockingMinVideoAge),
       blockingMinBoxHeight(stationaryBlockingMinBoxHeight) {}
 
-GateFacts Gate::factsOf(const Track& track, bool supported) const {
+GateFacts Gate::factsOf(const Track& track) const {
+    return factsOf(track, classTraitsOf(track));
+}
+
+GateSide Gate::sideOf(const Track& track) const {
+    return sideOf(track, classTraitsOf(track));
+}
+
+GateSide Gate::sideOf(const Track& track, const ClassTraits& traits) const {
+    return {factsOf(track, traits), farPairs.marginalsOf(track)};
+}
+
+GateFacts Gate::factsOf(const Track& track, const ClassTraits& traits) const {
     GateFacts facts;
     facts.track = &track;
-    facts.supported = supported;
-    if (supported && split) {
+    facts.supported = traits.supported;
+    if (facts.supported && split) {
         const double vx = track.state[1];
         const double vy = track.state[3];
         facts.speed = track.getSpeed();
@@ -32,10 +44,6 @@ GateFacts Gate::factsOf(const Track& track, bool supported) const {
         facts.boxHeight = track.boundingBox[3] / 2.0;
     }
     return facts;
-}
-
-GateSide Gate::sideOf(const Track& track, bool supported) const {
-    return {factsOf(track, supported), farPairs.marginalsOf(track)};
 }
 
 GatingResult Gate::evaluate(const GateFacts& system, const GateFacts& sensor) const {

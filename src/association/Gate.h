@@ -6,6 +6,7 @@
 #include <veskar/Track.h>
 #include <veskar/TrackAssociator.h>
 
+#include "association/ClassTraits.h"
 #include "association/FarPairs.h"
 #include "association/SparseCosts.h"
 
@@ -37,14 +38,16 @@ public:
     Gate(const Config::ModuleConfig& config, double stationaryBlockingMinBoxHeight);
 
     /// @param track any track; must outlive the facts
-    /// @param supported whether its class takes part in association
     /// @return what evaluate needs to know of it
-    GateFacts factsOf(const Track& track, bool supported) const;
+    GateFacts factsOf(const Track& track) const;
 
     /// @param track any track; must outlive the answer
-    /// @param supported whether its class takes part in association
     /// @return what screen needs to know of it
-    GateSide sideOf(const Track& track, bool supported) const;
+    GateSide sideOf(const Track& track) const;
+    /// @param track any track; must outlive the answer
+    /// @param traits its class
+    /// @return what screen needs to know of it
+    GateSide sideOf(const Track& track, const ClassTraits& traits) const;
 
     /// @param system the fused track
     /// @param sensor the candidate
@@ -63,6 +66,7 @@ public:
     }
 
 private:
+    GateFacts factsOf(const Track& track, const ClassTraits& traits) const;
     GatingResult evaluateSplit(const GateFacts& system, const GateFacts& sensor) const;
     bool isBlockedAsStationary(const GateFacts& system, const GateFacts& sensor) const;
 

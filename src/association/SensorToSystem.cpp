@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "association/SensorToSystem.h"
 
-#include "association/ClassRule.h"
 #include "track/FirstTrack.h"
 
 #include <algorithm>
@@ -11,68 +10,63 @@ namespace Veskar {
 void SensorToSystem::start(const SystemTracks& systems, const SensorTracks& sensors,
                            const Source& source) {
     rows.clear();
-    anyOpen = false;
     for (const auto& system : systems) {
         rows.push_back(makeRow(*system, source));
-        anyOpen = anyOpen || rows.back().open;
     }
     cols.clear();
     for (const auto& sensor : sensors) {
         const Track& track = *sensor;
-        cols.push_back({&track, false, false, {}, {}});
+        cols.push_back({&track, false, false, {}});
     }
-    anyAvailable = false;
-    if (anyOpen) {
+    hasCandidates = false;
+    heldGathered = false;
+    if (std::any_of(rows.begin(), rows.end(), [](const Row& row) { return row.open; })) {
         occupancy.start(systems);
         findAvailable(source);
     }
 }
 
 SensorToSystem::Row SensorToSystem::makeRow(const SystemTrack& track, Source source) {
-    Row row = {};
-    row.track = &track;
-    row.open = true;
-    if (source == Source::VideoObject || source == Source::Radar) {
-        row.other = firstTrack(track, comparedSource(source));
-        row.open = !track.hasTracks(source);
+    if (source != Source::VideoObject && source != Source::Radar) {
+        return {&track, nullptr, true, {}};
     }
-    return row;
+    return {&track, firstTrack(track, comparedSource(source)), !track.hasTracks(source), {}};
 }
 
 void SensorToSystem::findAvailable(Source source) {
     const bool shared = source == Source::Radar && config.allowRadarToMultiple;
     for (Col& col : cols) {
-        const bool held = occupancy.holds(*col.track);
-        col.available = !held || shared;
-        anyAvailable = anyAvailable || col.available;
+        col.available = !occupancy.holds(*col.track) || shared;
+        hasCandidates = hasCandidates || col.available;
     }
 }
 
-void SensorToSystem::inspectTracks() {
-    for (Row& row : rows) {
-        if (row.compared()) {
-            row.otherClass = classTraitsOf(*row.other);
+void SensorToSystem::findCandidates(SparseCosts& pairs) {
+    pairs.clear();
+    inspectClasses();
+    gather(true, candidates);
+    for (const Row& row : rows) {
+        if (row.open) {
+            fillRow(gate.sideOf(*row.track), pairs);
         }
-        row.side = gate.sideOf(*row.track, classTraitsOf(*row.track).supported);
-    }
-    for (Col& col : cols) {
-        col.traits = classTraitsOf(*col.track);
-        col.side = gate.sideOf(*col.track, col.traits.supported);
+        pairs.endRows(1);
     }
 }
 
 void SensorToSystem::findAllowedPairs(SparseCosts& pairs, std::unordered_set<int>& removedIds) {
     pairs.clear();
-    if (!(anyOpen && anyAvailable) && !canGiveUp()) {
-        pairs.endRows(rows.size());
-        return;
+    if (hasCandidates || config.removeClassMismatches) {
+        inspectClasses();
+        gather(true, candidates);
     }
-    inspectTracks();
-    listCandidates();
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        if (rows[i].side.supported) {
-            fillRow(i, pairs);
-            enforceClasses(i, pairs);
+    for (const Row& row : rows) {
+        const bool takes = row.open && hasCandidates;
+        if (takes || (config.removeClassMismatches && mayGiveUp(row))) {
+            const GateSide side = gate.sideOf(*row.track);
+            if (takes) {
+                fillRow(side, pairs);
+            }
+            enforceClasses(row, side, pairs);
         }
         pairs.endRows(1);
     }
@@ -83,69 +77,119 @@ void SensorToSystem::findAllowedPairs(SparseCosts& pairs, std::unordered_set<int
     }
 }
 
-/// Whether tracks could have to be reported even when no pair can be assigned.
-bool SensorToSystem::canGiveUp() const {
-    return config.removeClassMismatches && cols.size() > 1 &&
-           std::any_of(rows.begin(), rows.end(), [](const Row& row) { return row.compared(); });
+void SensorToSystem::inspectClasses() {
+    for (Row& row : rows) {
+        if (row.other != nullptr) {
+            row.otherClass = classTraitsOf(*row.other);
+        }
+    }
+    groupSizes.assign(ClassTraits::groupCount(), 0);
+    for (Col& col : cols) {
+        col.traits = classTraitsOf(*col.track);
+        if (col.traits.group != ClassTraits::noGroup) {
+            ++groupSizes[col.traits.group];
+        }
+    }
 }
 
-void SensorToSystem::listCandidates() {
-    candidates.clear();
-    candidateSearch.clear();
-    insideOf.assign(cols.size(), -1);
+/// Whether a row meets both, columns of its class group and others.
+bool SensorToSystem::mayGiveUp(const Row& row) const {
+    if (row.other == nullptr || row.otherClass.group == ClassTraits::noGroup) {
+        return false;
+    }
+    const std::size_t matches = groupSizes[row.otherClass.group];
+    return matches > 0 && matches < cols.size();
+}
+
+/// Lists the columns that can lie inside a gate.
+void SensorToSystem::gather(bool available, GateCols& list) {
+    list.entries.clear();
+    list.search.clear();
     for (std::size_t j = 0; j < cols.size(); ++j) {
-        if (cols[j].available && cols[j].side.supported) {
-            candidates.push_back(j);
-            candidateSearch.add(cols[j].side.marginals);
+        const Col& col = cols[j];
+        if (col.available == available && col.traits.supported) {
+            list.entries.push_back({j, gate.sideOf(*col.track, col.traits)});
+            list.search.add(list.entries.back().side.marginals);
         }
     }
 }
 
-void SensorToSystem::fillRow(std::size_t row, SparseCosts& pairs) {
-    if (!rows[row].open) {
+template <typename Visit>
+void SensorToSystem::visitInGate(const GateSide& side, const GateCols& list, Visit visit) const {
+    if (!side.supported) {
         return;
     }
-    candidateSearch.forEachNear(rows[row].side.marginals, [&](std::size_t k) {
-        const std::size_t col = candidates[k];
-        const GatingResult result = screen(row, col);
+    list.search.forEachNear(side.marginals, [&](std::size_t k) {
+        const GatingResult result = gate.screen(side, list.entries[k].side);
         if (result.passed) {
-            pairs.add(col, result.distance);
-            insideOf[col] = static_cast<int>(row);
+            visit(list.entries[k].col, result.distance);
         }
     });
 }
 
-/// Drops the pairs that the system track gives up, and marks what was inside its gate.
-void SensorToSystem::enforceClasses(std::size_t row, SparseCosts& pairs) {
-    if (!rows[row].compared()) {
+void SensorToSystem::fillRow(const GateSide& side, SparseCosts& pairs) const {
+    visitInGate(side, candidates,
+                [&pairs](std::size_t col, double distance) { pairs.add(col, distance); });
+}
+
+/// A system track that has a sensor track of its class inside its gate gives up all those of other
+/// classes.
+void SensorToSystem::enforceClasses(const Row& row, const GateSide& side, SparseCosts& pairs) {
+    if (row.other == nullptr) {
         return;
     }
-    const auto agrees = [this, row](std::size_t col) { return classesAgree(row, col); };
-    const auto inGate = [this, row](std::size_t col) {
-        return isCandidate(row, col) ? insideOf[col] == static_cast<int>(row)
-                                     : screen(row, col).passed;
-    };
-    bool matter = false;
+    findMismatches(row, side, pairs.openRow());
+    if (mismatches.empty() || !hasMatch(row, side, pairs.openRow())) {
+        return;
+    }
+    pairs.dropIf([&](int col) { return !agrees(row, cols[col].traits); });
     if (config.removeClassMismatches) {
-        for (std::size_t j = 0; j < cols.size() && !matter; ++j) {
-            matter = !agrees(j) && inGate(j);
+        for (const std::size_t col : mismatches) {
+            cols[col].givenUp = true;
         }
-    } else {
-        const SparseCosts::Row found = pairs.openRow();
-        matter = std::any_of(found.begin(), found.end(), [&](const auto& cell) {
-            return !agrees(static_cast<std::size_t>(cell.col));
-        });
     }
-    if (!matter) {
-        return;
+}
+
+/// Gathers the columns of other classes inside the gate, as far as anybody wants to know of them.
+void SensorToSystem::findMismatches(const Row& row, const GateSide& side,
+                                    const SparseCosts::Row& found) {
+    mismatches.clear();
+    for (const SparseCosts::Cell& cell : found) {
+        if (!agrees(row, cols[cell.col].traits)) {
+            mismatches.push_back(cell.col);
+        }
     }
-    bool givesUp = false;
-    giveUpMismatches(cols.size(), agrees, inGate, [&](std::size_t col) {
-        givesUp = true;
-        cols[col].givenUp = cols[col].givenUp || (config.removeClassMismatches && inGate(col));
+    if (config.removeClassMismatches) {
+        visitOthersInGate(row, side, false, [this](std::size_t col) { mismatches.push_back(col); });
+    }
+}
+
+bool SensorToSystem::hasMatch(const Row& row, const GateSide& side, const SparseCosts::Row& found) {
+    bool match = std::any_of(found.begin(), found.end(), [&](const SparseCosts::Cell& cell) {
+        return agrees(row, cols[cell.col].traits);
     });
-    if (givesUp) {
-        pairs.dropIf([&](int col) { return !agrees(static_cast<std::size_t>(col)); });
+    if (!match) {
+        visitOthersInGate(row, side, true, [&match](std::size_t /*col*/) { match = true; });
+    }
+    return match;
+}
+
+/// Visits the columns inside the gate that the row may not take: who is held still counts.
+template <typename Visit>
+void SensorToSystem::visitOthersInGate(const Row& row, const GateSide& side, bool agreeing,
+                                       Visit visit) {
+    const auto visitAgreeing = [&](std::size_t col, double /*distance*/) {
+        if (agrees(row, cols[col].traits) == agreeing) {
+            visit(col);
+        }
+    };
+    if (!heldGathered) {
+        heldGathered = true;
+        gather(false, held);
+    }
+    visitInGate(side, held, visitAgreeing);
+    if (!row.open) {
+        visitInGate(side, candidates, visitAgreeing);
     }
 }
 

@@ -24,8 +24,10 @@ inline Source comparedSource(Source source) {
     return source == Source::Radar ? Source::VideoObject : Source::Radar;
 }
 
-/// One association problem: which pairs may be assigned, and at what cost. What belongs to a track
-/// alone is found once, so that no pair costs a look-up.
+/// One association problem: which pairs may be assigned, and at what cost.
+///
+/// What belongs to a track alone is found once, and only where a pair asks for it: in most frames
+/// nearly all sensor tracks are held already.
 class SensorToSystem {
 public:
     using SystemTracks = std::vector<std::shared_ptr<SystemTrack>>;
@@ -36,7 +38,7 @@ public:
     SensorToSystem(const Config::ModuleConfig& moduleConfig, const Gate& trackGate)
         : config(moduleConfig), gate(trackGate) {}
 
-    /// Starts a problem with what the sources have to say. The tracks must outlive it.
+    /// Starts a problem. The tracks must outlive it.
     ///
     /// @param systems the rows
     /// @param sensors the columns
@@ -44,28 +46,20 @@ public:
     /// @throw std::out_of_range as TrackAssociator::isOccupied
     void start(const SystemTracks& systems, const SensorTracks& sensors, const Source& source);
 
-    /// Finds out about classes and gates. Only then pairs can be asked about.
-    void inspectTracks();
-
-    /// @return whether the pair may be assigned as far as the sources have a say
-    bool isCandidate(std::size_t row, std::size_t col) const {
-        return rows[row].open && cols[col].available;
-    }
-    /// @return whether the classes agree or are not compared
-    bool classesAgree(std::size_t row, std::size_t col) const {
-        return !rows[row].compared() || rows[row].otherClass.agreesWith(cols[col].traits);
-    }
-    /// @return what the gate says of the pair; the distance only of one that passes
-    GatingResult screen(std::size_t row, std::size_t col) const {
-        return gate.screen(rows[row].side, cols[col].side);
-    }
-
-    /// Finds the pairs that may be assigned after the start of a problem.
+    /// Finds the pairs that may be assigned as far as sources, occupancy and gate have a say.
+    /// @param pairs receives them
+    void findCandidates(SparseCosts& pairs);
+    /// Finds the pairs that may be assigned.
     ///
     /// @param pairs receives them
     /// @param removedIds receives, with "removeClassMismatches", the ids of the sensor tracks that
     ///                   were given up inside a gate
     void findAllowedPairs(SparseCosts& pairs, std::unordered_set<int>& removedIds);
+
+    /// @return whether the classes agree or are not compared; known after findCandidates
+    bool classesAgree(std::size_t row, std::size_t col) const {
+        return agrees(rows[row], cols[col].traits);
+    }
 
 private:
     struct Row {
@@ -73,34 +67,50 @@ private:
         const Track* other;      ///< the track that classes are compared with; may be null
         bool open;               ///< takes tracks of this source
         ClassTraits otherClass;  ///< class of `other`
-        GateSide side;
-
-        bool compared() const { return other != nullptr; }
     };
     struct Col {
         const Track* track;
-        bool available;  ///< may go to a system track
+        bool available;  ///< may go to an open row
         bool givenUp;    ///< was given up inside a gate
         ClassTraits traits;
-        GateSide side;
+    };
+    /// Some of the columns, as the gate sees them.
+    struct GateCols {
+        struct Entry {
+            std::size_t col;
+            GateSide side;
+        };
+        std::vector<Entry> entries;
+        NearSearch search;
     };
 
     static Row makeRow(const SystemTrack& track, Source source);
+    static bool agrees(const Row& row, const ClassTraits& traits) {
+        return row.other == nullptr || row.otherClass.agreesWith(traits);
+    }
     void findAvailable(Source source);
-    bool canGiveUp() const;
-    void listCandidates();
-    void fillRow(std::size_t row, SparseCosts& pairs);
-    void enforceClasses(std::size_t row, SparseCosts& pairs);
+    void inspectClasses();
+    bool mayGiveUp(const Row& row) const;
+    void gather(bool available, GateCols& list);
+    template <typename Visit>
+    void visitInGate(const GateSide& side, const GateCols& list, Visit visit) const;
+    template <typename Visit>
+    void visitOthersInGate(const Row& row, const GateSide& side, bool agreeing, Visit visit);
+    void fillRow(const GateSide& side, SparseCosts& pairs) const;
+    void enforceClasses(const Row& row, const GateSide& side, SparseCosts& pairs);
+    void findMismatches(const Row& row, const GateSide& side, const SparseCosts::Row& found);
+    bool hasMatch(const Row& row, const GateSide& side, const SparseCosts::Row& found);
 
     const Config::ModuleConfig& config;
     const Gate& gate;
     std::vector<Row> rows;
     std::vector<Col> cols;
-    bool anyOpen = false;
-    bool anyAvailable = false;
-    std::vector<std::size_t> candidates;  ///< columns that may be assigned at all
-    NearSearch candidateSearch;           ///< over `candidates`
-    std::vector<int> insideOf;            ///< the last row whose gate a candidate was found in
+    bool hasCandidates = false;  ///< whether some row is open and some column available
+    GateCols candidates;         ///< the available columns
+    GateCols held;               ///< the others, which still count as matches
+    bool heldGathered = false;
+    std::vector<std::size_t> mismatches;  ///< columns inside the gate of the row at hand
+    std::vector<std::size_t> groupSizes;  ///< columns of each class group
     Occupancy occupancy;
 };
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "association/SystemToSystem.h"
 
-#include "association/ClassTraits.h"
-
 #include <algorithm>
 #include <limits>
 
@@ -25,7 +23,7 @@ void SystemToSystem::start(const SystemTracks& systems,
 void SystemToSystem::inspectTracks() {
     search.clear();
     for (Side& side : sides) {
-        side.gateSide = gate.sideOf(*side.track, classTraitsOf(*side.track).supported);
+        side.gateSide = gate.sideOf(*side.track);
         search.add(side.gateSide.marginals);
     }
 }

@@ -2,9 +2,9 @@
 #include <veskar/TrackAssociator.h>
 
 #include "association/AssignmentSolver.h"
-#include "association/ClassRule.h"
 #include "association/ClassTraits.h"
 #include "association/Gate.h"
+#include "association/NearestSensorToSystem.h"
 #include "association/SensorToSystem.h"
 #include "association/SparseCosts.h"
 #include "association/SystemToSystem.h"
@@ -12,8 +12,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
-#include <stdexcept>
 
 #include <syslog.h>
 
@@ -25,25 +23,40 @@ void refuseEmpty(const std::vector<std::shared_ptr<SystemTrack>>& systemTracks) 
     (void)systemTracks.at(0);
 }
 
+/// Writes pairs out as matrices, row by row.
+void appendMatrices(const SparseCosts& pairs, std::size_t cols,
+                    std::vector<std::vector<double>>& cost,
+                    std::vector<std::vector<bool>>& allowed) {
+    for (std::size_t i = 0; i < pairs.rowCount(); ++i) {
+        cost.emplace_back(cols, forbiddenCost);
+        allowed.emplace_back(cols, false);
+        for (const SparseCosts::Cell& cell : pairs.row(i)) {
+            cost.back()[cell.col] = cell.cost;
+            allowed.back()[cell.col] = true;
+        }
+    }
+}
+
 }  // namespace
 
 struct TrackAssociator::Workspace {
+    struct RankedPair {
+        double cost;
+        std::pair<int, int> pair;
+    };
+
     explicit Workspace(const Config& config)
         : module(config.module), gate(module, config.detectionPriority.vodHeightFractionLimit) {}
 
     Config::ModuleConfig module;
     Gate gate;
     SensorToSystem sensorToSystem{module, gate};
+    NearestSensorToSystem nearestSensorToSystem{module, gate};
     SystemToSystem systemToSystem{gate};
-    Occupancy occupancy;
-    SparseCosts pairs;
     AssignmentSolver solver;
-    struct RankedPair {
-        double cost;
-        std::pair<int, int> pair;
-    };
-    std::vector<RankedPair> ranking;
-    std::vector<char> used;
+    SparseCosts pairs;                ///< what may be assigned
+    std::vector<RankedPair> ranking;  ///< pairs of system tracks, cheapest first
+    std::vector<char> used;           ///< system tracks that a cheaper pair has
 };
 
 TrackAssociator::TrackAssociator(const Config& config)
@@ -55,8 +68,7 @@ TrackAssociator& TrackAssociator::operator=(TrackAssociator&&) noexcept = defaul
 
 GatingResult TrackAssociator::checkGating(const Track& systemTrack, const Track& sensorTrack) {
     const Gate& gate = workspace->gate;
-    return gate.evaluate(gate.factsOf(systemTrack, isSupportedClass(systemTrack)),
-                         gate.factsOf(sensorTrack, isSupportedClass(sensorTrack)));
+    return gate.evaluate(gate.factsOf(systemTrack), gate.factsOf(sensorTrack));
 }
 
 bool TrackAssociator::isSupportedClass(const Track& track) const {
@@ -87,20 +99,12 @@ void TrackAssociator::sensorToSystemCostMatrix(
     std::vector<std::vector<int>>& classMatch, const Source& source) {
     SensorToSystem& problem = workspace->sensorToSystem;
     problem.start(systemTracks, sensorTracks, source);
-    problem.inspectTracks();
+    problem.findCandidates(workspace->pairs);
+    appendMatrices(workspace->pairs, sensorTracks.size(), cost, allowed);
     for (std::size_t i = 0; i < systemTracks.size(); ++i) {
-        cost.emplace_back(sensorTracks.size(), forbiddenCost);
-        allowed.emplace_back(sensorTracks.size(), false);
-        classMatch.emplace_back(sensorTracks.size(), 1);
+        classMatch.emplace_back(sensorTracks.size());
         for (std::size_t j = 0; j < sensorTracks.size(); ++j) {
             classMatch.back()[j] = problem.classesAgree(i, j) ? 1 : 0;
-            if (problem.isCandidate(i, j)) {
-                const GatingResult result = problem.screen(i, j);
-                if (result.passed) {
-                    cost.back()[j] = result.distance;
-                    allowed.back()[j] = true;
-                }
-            }
         }
     }
 }
@@ -110,14 +114,7 @@ void TrackAssociator::systemToSystemCostMatrix(
     std::vector<std::vector<double>>& cost, std::vector<std::vector<bool>>& allowed,
     const std::unordered_set<int>& excludedIds) {
     workspace->systemToSystem.findAllowedPairs(systemTracks, excludedIds, workspace->pairs);
-    for (std::size_t i = 0; i < systemTracks.size(); ++i) {
-        cost.emplace_back(systemTracks.size(), forbiddenCost);
-        allowed.emplace_back(systemTracks.size(), false);
-        for (const SparseCosts::Cell& cell : workspace->pairs.row(i)) {
-            cost.back()[static_cast<std::size_t>(cell.col)] = cell.cost;
-            allowed.back()[static_cast<std::size_t>(cell.col)] = true;
-        }
-    }
+    appendMatrices(workspace->pairs, systemTracks.size(), cost, allowed);
 }
 
 void TrackAssociator::handleClassMatching(
@@ -126,18 +123,23 @@ void TrackAssociator::handleClassMatching(
     std::vector<std::vector<double>>& cost, std::vector<std::vector<bool>>& allowed,
     const std::vector<std::vector<int>>& classMatch, std::unordered_set<int>& mismatches) {
     for (std::size_t i = 0; i < cost.size(); ++i) {
+        const std::size_t cols = cost[i].size();
         const auto inGate = [&, i](std::size_t j) {
             return checkGating(*systemTracks.at(i), *sensorTracks.at(j)).passed;
         };
-        giveUpMismatches(
-            cost[i].size(), [&, i](std::size_t j) { return classMatch.at(i).at(j) == 1; }, inGate,
-            [&, i](std::size_t j) {
+        std::size_t match = 0;
+        while (match < cols && !(classMatch.at(i).at(match) == 1 && inGate(match))) {
+            ++match;
+        }
+        for (std::size_t j = 0; match < cols && j < cols; ++j) {
+            if (classMatch.at(i).at(j) == 0) {
                 allowed.at(i).at(j) = false;
                 cost[i][j] = forbiddenCost;
                 if (workspace->module.removeClassMismatches && inGate(j)) {
                     mismatches.insert(static_cast<int>(j));
                 }
-            });
+            }
+        }
     }
 }
 
@@ -157,20 +159,6 @@ void TrackAssociator::runJVA(int rows, int cols, std::vector<std::vector<double>
     }
 }
 
-void TrackAssociator::assignAllowedPairs(std::size_t rows, std::size_t cols) {
-    AssignmentSolver::refuseTooBig(std::max(rows, cols));
-    const SparseCosts& pairs = workspace->pairs;
-    if (pairs.cellCount() == 0) {
-        return;
-    }
-    const std::vector<int>& columnOf = workspace->solver.solve(pairs, cols);
-    for (std::size_t i = 0; i < rows; ++i) {
-        if (pairs.find(i, columnOf[i]) != nullptr) {
-            associations.emplace_back(static_cast<int>(i), columnOf[i]);
-        }
-    }
-}
-
 const TrackAssociator::Associations& TrackAssociator::sensorToSystemAssociation(
     const std::vector<std::shared_ptr<Track>>& sensorTracks,
     const std::vector<std::shared_ptr<SystemTrack>>& systemTracks, const Source& source,
@@ -181,27 +169,41 @@ const TrackAssociator::Associations& TrackAssociator::sensorToSystemAssociation(
         return associations;
     }
     refuseEmpty(systemTracks);
-    SensorToSystem& problem = workspace->sensorToSystem;
-    problem.start(systemTracks, sensorTracks, source);
-    problem.findAllowedPairs(workspace->pairs, removedIds);
-    assignAllowedPairs(systemTracks.size(), sensorTracks.size());
+    workspace->sensorToSystem.start(systemTracks, sensorTracks, source);
+    workspace->sensorToSystem.findAllowedPairs(workspace->pairs, removedIds);
+    assignAllowedPairs(sensorTracks.size());
     if (workspace->module.allowRadarToMultiple && source == Source::Radar) {
-        shareRadarTracks(systemTracks);
+        shareRadarTracks();
     }
     return associations;
 }
 
-/// Every system track without a pair and without radar also takes its first allowed radar track.
-void TrackAssociator::shareRadarTracks(
-    const std::vector<std::shared_ptr<SystemTrack>>& systemTracks) {
+/// Appends the allowed pairs of the cheapest assignment, in ascending row order.
+void TrackAssociator::assignAllowedPairs(std::size_t cols) {
+    const SparseCosts& pairs = workspace->pairs;
+    AssignmentSolver::refuseTooBig(std::max(pairs.rowCount(), cols));
+    if (pairs.cellCount() == 0) {
+        return;
+    }
+    const std::vector<int>& columnOf = workspace->solver.solve(pairs, cols);
+    for (std::size_t i = 0; i < pairs.rowCount(); ++i) {
+        if (pairs.find(i, columnOf[i]) != nullptr) {
+            associations.emplace_back(i, columnOf[i]);
+        }
+    }
+}
+
+/// Lets every system track that got no radar track take the first one that is allowed, too.
+void TrackAssociator::shareRadarTracks() {
+    const SparseCosts& pairs = workspace->pairs;
     const std::size_t solved = associations.size();
     std::size_t next = 0;
-    for (std::size_t i = 0; i < systemTracks.size(); ++i) {
+    for (std::size_t i = 0; i < pairs.rowCount(); ++i) {
         const int row = static_cast<int>(i);
         if (next < solved && associations[next].first == row) {
             ++next;
-        } else if (!workspace->pairs.row(i).empty()) {
-            associations.emplace_back(row, workspace->pairs.row(i).begin()->col);
+        } else if (!pairs.row(i).empty()) {
+            associations.emplace_back(row, pairs.row(i).begin()->col);
         }
     }
     std::sort(associations.begin(), associations.end());
@@ -210,43 +212,7 @@ void TrackAssociator::shareRadarTracks(
 void TrackAssociator::runBasicSensorToSystem(
     const std::vector<std::shared_ptr<Track>>& sensorTracks,
     const std::vector<std::shared_ptr<SystemTrack>>& systemTracks, const Source& source) {
-    const bool allowShared = workspace->module.allowRadarToMultiple;
-    const bool shares = allowShared && source == Source::Radar;
-    const bool assignsNearest = !allowShared || source == Source::VideoObject;
-    std::vector<char>& taken = workspace->used;
-    taken.clear();
-    for (const auto& system : systemTracks) {
-        taken.push_back(system->hasTracks(source) ? 1 : 0);
-    }
-    workspace->occupancy.start(systemTracks);
-    for (std::size_t j = 0; j < sensorTracks.size(); ++j) {
-        const bool held = workspace->occupancy.holds(*sensorTracks[j]);
-        if ((held && !shares) || !(shares || assignsNearest)) {
-            continue;
-        }
-        double nearest = std::numeric_limits<double>::max();
-        std::size_t best = systemTracks.size();
-        for (std::size_t i = 0; i < systemTracks.size(); ++i) {
-            if (taken[i] != 0) {
-                continue;
-            }
-            const GatingResult result = checkGating(*systemTracks[i], *sensorTracks[j]);
-            if (!result.passed) {
-                continue;
-            }
-            if (shares) {
-                taken[i] = 1;
-                associations.emplace_back(i, j);
-            } else if (result.distance < nearest) {
-                nearest = result.distance;
-                best = i;
-            }
-        }
-        if (best != systemTracks.size()) {
-            taken[best] = 1;
-            associations.emplace_back(best, j);
-        }
-    }
+    workspace->nearestSensorToSystem.associate(sensorTracks, systemTracks, source, associations);
 }
 
 const TrackAssociator::Associations& TrackAssociator::systemToSystemAssociation(
@@ -260,37 +226,33 @@ const TrackAssociator::Associations& TrackAssociator::systemToSystemAssociation(
     refuseEmpty(systemTracks);
     AssignmentSolver::refuseTooBig(systemTracks.size());
     workspace->systemToSystem.findAllowedPairs(systemTracks, excludedIds, workspace->pairs);
-    assignAllowedPairs(systemTracks.size(), systemTracks.size());
-    keepCheapestPairs(systemTracks.size());
+    assignAllowedPairs(systemTracks.size());
+    keepCheapestPairs();
     return associations;
 }
 
-/// Orders the pairs by cost and keeps those whose tracks no cheaper pair has used. Of pairs with
-/// exactly the same cost only the last one counts.
-void TrackAssociator::keepCheapestPairs(std::size_t size) {
+/// Orders the pairs by cost and keeps those whose tracks no cheaper pair has. Of pairs with exactly
+/// the same cost only the last one counts.
+void TrackAssociator::keepCheapestPairs() {
     auto& ranking = workspace->ranking;
     ranking.clear();
     for (const auto& pair : associations) {
-        for (const SparseCosts::Cell& cell :
-             workspace->pairs.row(static_cast<std::size_t>(pair.first))) {
-            if (cell.col == pair.second) {
-                ranking.push_back({std::isfinite(cell.cost) ? cell.cost : forbiddenCost, pair});
-            }
-        }
+        const double cost = workspace->pairs.find(pair.first, pair.second)->cost;
+        ranking.push_back({std::isfinite(cost) ? cost : forbiddenCost, pair});
     }
     std::sort(ranking.begin(), ranking.end(), [](const auto& a, const auto& b) {
         return a.cost < b.cost || (a.cost == b.cost && a.pair < b.pair);
     });
-    workspace->used.assign(size, 0);
+    std::vector<char>& used = workspace->used;
+    used.assign(workspace->pairs.rowCount(), 0);
     associations.clear();
     for (std::size_t k = 0; k < ranking.size(); ++k) {
+        const auto [row, col] = ranking[k].pair;
         const bool replaced = k + 1 < ranking.size() && ranking[k + 1].cost == ranking[k].cost;
-        char& rowUsed = workspace->used[static_cast<std::size_t>(ranking[k].pair.first)];
-        char& colUsed = workspace->used[static_cast<std::size_t>(ranking[k].pair.second)];
-        if (!replaced && rowUsed == 0 && colUsed == 0) {
-            rowUsed = 1;
-            colUsed = 1;
-            associations.push_back(ranking[k].pair);
+        if (!replaced && used[row] == 0 && used[col] == 0) {
+            used[row] = 1;
+            used[col] = 1;
+            associations.emplace_back(row, col);
         }
     }
 }

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "association/NearestSensorToSystem.h"
+
+#include "association/ClassTraits.h"
+
+#include <limits>
+
+namespace Veskar {
+
+void NearestSensorToSystem::associate(const SensorTracks& sensors, const SystemTracks& systems,
+                                      const Source& source, Pairs& pairs) {
+    const bool shares = config.allowRadarToMultiple && source == Source::Radar;
+    // On purpose only video is given to the nearest while radar may be shared.
+    const bool givesToNearest = !config.allowRadarToMultiple || source == Source::VideoObject;
+    bool gathered = false;
+    occupancy.start(systems);
+    for (std::size_t j = 0; j < sensors.size(); ++j) {
+        const Track& sensor = *sensors[j];
+        const bool held = occupancy.holds(sensor);
+        if (!shares && (held || !givesToNearest)) {
+            continue;
+        }
+        if (!gathered) {
+            gatherPlaces(systems, source);
+            gathered = true;
+        }
+        if (shares) {
+            giveToAll(sensor, static_cast<int>(j), pairs);
+        } else {
+            giveToNearest(sensor, static_cast<int>(j), pairs);
+        }
+    }
+}
+
+void NearestSensorToSystem::gatherPlaces(const SystemTracks& systems, const Source& source) {
+    places.clear();
+    search.clear();
+    for (std::size_t i = 0; i < systems.size(); ++i) {
+        const SystemTrack& system = *systems[i];
+        if (!system.hasTracks(source)) {
+            places.push_back({static_cast<int>(i), false, gate.sideOf(system)});
+            search.add(places.back().side.marginals);
+        }
+    }
+}
+
+template <typename Visit>
+void NearestSensorToSystem::visitFreeInGate(const Track& sensor, Visit visit) {
+    const GateSide side = gate.sideOf(sensor);
+    search.forEachNear(side.marginals, [&](std::size_t k) {
+        Place& place = places[k];
+        if (place.taken) {
+            return;
+        }
+        const GatingResult result = gate.screen(place.side, side);
+        if (result.passed) {
+            visit(place, result.distance);
+        }
+    });
+}
+
+void NearestSensorToSystem::giveToAll(const Track& sensor, int index, Pairs& pairs) {
+    visitFreeInGate(sensor, [&pairs, index](Place& place, double /*distance*/) {
+        place.taken = true;
+        pairs.emplace_back(place.index, index);
+    });
+}
+
+void NearestSensorToSystem::giveToNearest(const Track& sensor, int index, Pairs& pairs) {
+    double nearest = std::numeric_limits<double>::max();
+    Place* best = nullptr;
+    visitFreeInGate(sensor, [&nearest, &best](Place& place, double distance) {
+        if (distance < nearest) {
+            nearest = distance;
+            best = &place;
+        }
+    });
+    if (best != nullptr) {
+        best->taken = true;
+        pairs.emplace_back(best->index, index);
+    }
+}
+
+}  // namespace Veskar

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+// Greedy association: earlier sensor tracks choose first.
+#pragma once
+
+#include <veskar/Config.h>
+#include <veskar/SystemTrack.h>
+#include <veskar/Track.h>
+
+#include "association/FarPairs.h"
+#include "association/Gate.h"
+#include "association/Occupancy.h"
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace Veskar {
+
+/// Gives every sensor track to the nearest system track inside its gate that has none of that
+/// source yet. With "allowRadarToMultiple" a radar track goes to all of them instead.
+class NearestSensorToSystem {
+public:
+    using SystemTracks = std::vector<std::shared_ptr<SystemTrack>>;
+    using SensorTracks = std::vector<std::shared_ptr<Track>>;
+    using Pairs = std::vector<std::pair<int, int>>;
+
+    /// @param moduleConfig says what may be shared; must outlive this
+    /// @param trackGate the gate; must outlive this
+    NearestSensorToSystem(const Config::ModuleConfig& moduleConfig, const Gate& trackGate)
+        : config(moduleConfig), gate(trackGate) {}
+
+    /// @param sensors tracks of one source
+    /// @param systems system tracks
+    /// @param source source of all sensor tracks
+    /// @param pairs receives pairs (system index, sensor index)
+    /// @throw std::out_of_range as TrackAssociator::isOccupied
+    void associate(const SensorTracks& sensors, const SystemTracks& systems, const Source& source,
+                   Pairs& pairs);
+
+private:
+    /// A system track without a track of the source.
+    struct Place {
+        int index;
+        bool taken;
+        GateSide side;
+    };
+
+    void gatherPlaces(const SystemTracks& systems, const Source& source);
+    template <typename Visit>
+    void visitFreeInGate(const Track& sensor, Visit visit);
+    void giveToAll(const Track& sensor, int index, Pairs& pairs);
+    void giveToNearest(const Track& sensor, int index, Pairs& pairs);
+
+    const Config::ModuleConfig& config;
+    const Gate& gate;
+    std::vector<Place> places;
+    NearSearch search;  ///< over `places`
+    Occupancy occupancy;
+};
+
+}  // namespace Veskar
