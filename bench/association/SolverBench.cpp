@@ -4,7 +4,8 @@
 #include "association/LiteralSolver.h"
 #include "support/RandomEstimates.h"
 
-#include <array>
+#include <cmath>
+#include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -63,15 +64,15 @@ Costs makeTied(RandomEstimates& random, int n) {
     return costs;
 }
 
-/// Forbidden cells beside allowed ones whose costs hardly differ: where rows compete for fewer
-/// columns, prices rise in tiny steps.
-Costs makeNearTied(RandomEstimates& random, int n, double step) {
+/// All rows but the first compete for one column less than they are, at costs that hardly differ:
+/// prices rise in tiny steps up to the forbidden cost.
+Costs makePriceWar(RandomEstimates& random, int n, double step) {
     Costs costs = fill(n, n, forbidden);
-    for (auto& row : costs) {
-        for (double& c : row) {
-            if (random.uniform(0.0, 1.0) < 0.4) {
-                c = 1.0 + step * random.uniform(0.0, 1.0);
-            }
+    costs[0][0] = 1.0;
+    costs[0][n - 1] = 2.0;
+    for (int i = 1; i < n; ++i) {
+        for (int j = 1; j < n - 1; ++j) {
+            costs[i][j] = 1.0 + step * random.uniform(0.0, 1.0);
         }
     }
     return costs;
@@ -81,8 +82,10 @@ using Maker = Costs (*)(RandomEstimates&, int);
 
 std::vector<Costs> makeProblems(Maker make, int n) {
     RandomEstimates random(7);
+    const int count = n < 100 ? 32 : 4;
     std::vector<Costs> problems;
-    for (int k = 0; k < (n < 100 ? 32 : 4); ++k) {
+    problems.reserve(count);
+    for (int k = 0; k < count; ++k) {
         problems.push_back(make(random, n));
     }
     return problems;
@@ -109,28 +112,36 @@ void literal(benchmark::State& state, Maker make) {
 }
 
 template <int exponent>
-Costs makeNearTied(RandomEstimates& random, int n) {
-    double step = 1.0;
-    for (int k = 0; k < exponent; ++k) {
-        step /= 10.0;
-    }
-    return makeNearTied(random, n, step);
+Costs makePriceWar(RandomEstimates& random, int n) {
+    return makePriceWar(random, n, std::pow(10.0, -exponent));
 }
 
-const std::vector<std::int64_t> allSizes = {16, 32, 64, 128, 256, 512};
-const std::vector<std::int64_t> smallSizes = {4, 8, 16, 32, 64};
+bool registerAll() {
+    struct Family {
+        const char* name;
+        Maker make;
+        std::vector<std::int64_t> sizes;
+    };
+    const std::vector<std::int64_t> all = {16, 32, 64, 128, 256, 512};
+    const std::vector<std::int64_t> small = {4, 8, 16, 32, 64};
+    for (const Family& family :
+         {Family{"uniform", makeUniform, all}, Family{"partnered", makePartnered, all},
+          Family{"sparse", makeSparse, all}, Family{"tied", makeTied, all},
+          Family{"uniformSmall", makeUniform, small}, Family{"priceWar4", makePriceWar<4>, small},
+          Family{"priceWar8", makePriceWar<8>, small},
+          Family{"priceWar12", makePriceWar<12>, small}}) {
+        const std::string name = std::string("solver/") + family.name;
+        const Maker make = family.make;
+        benchmark::RegisterBenchmark(name.c_str(), [make](auto& state) {
+            solver(state, make);
+        })->ArgsProduct({family.sizes});
+        benchmark::RegisterBenchmark((name + "/literal").c_str(), [make](auto& state) {
+            literal(state, make);
+        })->ArgsProduct({family.sizes});
+    }
+    return true;
+}
 
-#define VESKAR_SOLVER_BENCH(name, make, sizes)                                \
-    BENCHMARK_CAPTURE(solver, name, make)->ArgsProduct({sizes})->Name(#name); \
-    BENCHMARK_CAPTURE(literal, name, make)->ArgsProduct({sizes})->Name(#name "/literal")
-
-VESKAR_SOLVER_BENCH(uniform, makeUniform, allSizes);
-VESKAR_SOLVER_BENCH(partnered, makePartnered, allSizes);
-VESKAR_SOLVER_BENCH(sparse, makeSparse, allSizes);
-VESKAR_SOLVER_BENCH(tied, makeTied, allSizes);
-VESKAR_SOLVER_BENCH(uniformSmall, makeUniform, smallSizes);
-VESKAR_SOLVER_BENCH(nearTied4, makeNearTied<4>, smallSizes);
-VESKAR_SOLVER_BENCH(nearTied8, makeNearTied<8>, smallSizes);
-VESKAR_SOLVER_BENCH(nearTied12, makeNearTied<12>, smallSizes);
+[[maybe_unused]] const bool registered = registerAll();
 
 }  // namespace

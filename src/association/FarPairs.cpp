@@ -66,8 +66,8 @@ bool isWellConditioned(const Square<n>& P) {
 
 Square<3> positions(const StateMatrix& P) {
     Square<3> block;
-    for (int i = 0; i < 3; ++i) {
-        for (int j = 0; j < 3; ++j) {
+    for (Eigen::Index i = 0; i < 3; ++i) {
+        for (Eigen::Index j = 0; j < 3; ++j) {
             block(i, j) = P(2 * i, 2 * j);
         }
     }
