@@ -5,6 +5,7 @@
 #include <veskar/AutocalibrationHandler.h>
 #include <veskar/Config.h>
 #include <veskar/Export.h>
+#include <veskar/FusionObserver.h>
 #include <veskar/ObjectIdGenerator.h>
 #include <veskar/SystemTrack.h>
 #include <veskar/Track.h>
@@ -99,6 +100,13 @@ public:
     /// @param other the system track to fold in; must hold a video-object or radar track
     void merge(SystemTrack& target, SystemTrack& other);
 
+    /// Lets someone watch the decisions. Costs nothing but a comparison of a pointer per decision
+    /// while there is no observer; with one, every comparison of tracks is made a second time.
+    ///
+    /// @param watcher told from the next frame on; stays the caller's, and must outlive the module
+    ///                or be replaced before it ends; null: nobody
+    void setObserver(FusionObserver* watcher);
+
     /// Forgets all system tracks and the last sensor tracks. Ids go on, waiting radar frames stay.
     void clear();
 
@@ -154,6 +162,7 @@ private:
     double lastVideoTimestamp = 0.0;
     SteadyClock clock;
     std::unique_ptr<Workspace> workspace;
+    FusionObserver* observer = nullptr;
 };
 
 }  // namespace Veskar

@@ -6,6 +6,7 @@
 #include <veskar/Config.h>
 #include <veskar/DetectionPriority.h>
 #include <veskar/FusionModule.h>
+#include <veskar/FusionObserver.h>
 #include <veskar/GeoLocation.h>
 #include <veskar/RadarStatus.h>
 #include <veskar/SystemTrack.h>

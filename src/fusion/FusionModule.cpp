@@ -111,6 +111,9 @@ void FusionModule::fuseOldestRadarFrame() {
 }
 
 void FusionModule::cycleFrame(Source source, double timestamp, const Tracks& tracks) {
+    if (observer != nullptr) {
+        observer->onFrame({source, timestamp, tracks.size(), systemTracks.size()});
+    }
     predictTracks(timestamp);
     std::exception_ptr unsolved;
     try {
@@ -139,6 +142,10 @@ void FusionModule::predictTracks(double timestamp) {
             }
         }
     }
+}
+
+void FusionModule::setObserver(FusionObserver* watcher) {
+    observer = watcher;
 }
 
 void FusionModule::clear() {

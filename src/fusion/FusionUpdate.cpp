@@ -2,6 +2,7 @@
 // How a frame's sensor tracks come into the system tracks.
 #include <veskar/FusionModule.h>
 
+#include "fusion/Explanation.h"
 #include "fusion/Report.h"
 #include "fusion/SystemTracks.h"
 #include "fusion/Workspace.h"
@@ -64,12 +65,21 @@ void FusionModule::continueSystemTrack(SystemTrack& systemTrack, Source source) 
         if (report == nullptr) {
             continue;
         }
-        if (mayRefuse && refusesReport(systemTrack, **report, source)) {
+        const bool isRefused = mayRefuse && refusesReport(systemTrack, **report, source);
+        if (isRefused) {
             refused.push_back(id);
+        }
+        if (observer != nullptr) {
+            Explanation(config.module, associator, *observer)
+                .continuation(systemTrack, **report, isRefused);
         }
         fuseReport(systemTrack, *report);
     }
     for (const int id : refused) {
+        if (observer != nullptr) {
+            const double coasting = systemTrack.getSensorTracks(source).at(id)->coastingTime;
+            observer->onPruning({systemTrack.id, source, id, coasting});
+        }
         systemTrack.pruneSensorTracksByIdx(source, id);
     }
 }
@@ -88,6 +98,10 @@ void FusionModule::mergeSystemTracks() {
     if (systemTracks.size() < 2) {
         return;
     }
+    if (observer != nullptr) {
+        Explanation(config.module, associator, *observer)
+            .mergeCandidates(systemTracks, workspace->refusedSystemTracks);
+    }
     std::vector<const SystemTrack*>& mergedAway = workspace->mergedAway;
     mergedAway.clear();
     const auto isMergedAway = [&mergedAway](const SystemTrack& systemTrack) {
@@ -97,6 +111,11 @@ void FusionModule::mergeSystemTracks() {
     for (const auto& [survivor, other] :
          associator.systemToSystemAssociation(systemTracks, workspace->refusedSystemTracks)) {
         if (!isMergedAway(*systemTracks[survivor]) && !isMergedAway(*systemTracks[other])) {
+            if (observer != nullptr) {
+                observer->onMerge(systemTracks[survivor]->id, systemTracks[other]->id);
+                observer->onDeletion(systemTracks[other]->id,
+                                     FusionObserver::DeletionReason::Merged);
+            }
             merge(*systemTracks[survivor], *systemTracks[other]);
             mergedAway.push_back(systemTracks[other].get());
         }
@@ -109,11 +128,17 @@ void FusionModule::associateTracks(Source source,
     if (systemTracks.empty() || tracks.empty()) {
         return;
     }
+    if (observer != nullptr) {
+        Explanation(config.module, associator, *observer).candidates(tracks, systemTracks, source);
+    }
     for (const auto& [systemIndex, sensorIndex] :
          associator.sensorToSystemAssociation(tracks, systemTracks, source, excludedTrackIds)) {
         SystemTrack& systemTrack = *systemTracks[systemIndex];
         const std::shared_ptr<Track>& track = tracks[sensorIndex];
         if (!systemTrack.hasTracks(track->source)) {
+            if (observer != nullptr) {
+                observer->onAssignment({systemTrack.id, track->source, track->id});
+            }
             fuseReport(systemTrack, track);
             workspace->marked.push_back(&systemTrack);
         }

@@ -2,6 +2,7 @@
 // How system tracks are born, confirmed, merged and deleted.
 #include <veskar/FusionModule.h>
 
+#include "fusion/Explanation.h"
 #include "fusion/Report.h"
 #include "fusion/SystemTracks.h"
 #include "fusion/Workspace.h"
@@ -23,6 +24,25 @@ bool isEmpty(const SystemTrack& systemTrack) {
 bool hasSingleRadarTrackOnly(const SystemTrack& systemTrack) {
     return systemTrack.hasTracks(Radar) && !systemTrack.hasTracks(VideoObject) &&
            systemTrack.getSensorTracks(Radar).size() == 1;
+}
+
+void tellConfirmation(FusionObserver& observer, const SystemTrack& systemTrack,
+                      const Config::ModuleConfig& limits) {
+    const double probability = systemTrack.getTrackProbability();
+    const double upper = limits.systemTrackConfirmationLimitUpper;
+    observer.onConfirmation(systemTrack.id, probability,
+                            upper < probability ? upper : limits.systemTrackConfirmationLimitLower);
+}
+
+template <typename Predicate>
+void tellDeletions(FusionObserver& observer,
+                   const std::vector<std::shared_ptr<SystemTrack>>& systemTracks,
+                   Predicate isDeleted, FusionObserver::DeletionReason reason) {
+    for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
+        if (isDeleted(*systemTrack)) {
+            observer.onDeletion(systemTrack->id, reason);
+        }
+    }
 }
 
 }  // namespace
@@ -59,15 +79,29 @@ void FusionModule::startSystemTrack(const std::shared_ptr<Track>& track) {
     systemTracks.push_back(
         std::make_shared<SystemTrack>(track, ObjectIdGenerator::instance->next()));
     takeLabels(*systemTracks.back(), *track);
+    if (observer != nullptr) {
+        observer->onStart({systemTracks.back()->id, track->source, track->id});
+    }
 }
 
 void FusionModule::management() {
     for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
         if (deservesConfirmation(*systemTrack, config.module)) {
+            if (observer != nullptr && !systemTrack->isConfirmed) {
+                tellConfirmation(*observer, *systemTrack, config.module);
+            }
             systemTrack->isConfirmed = true;
         }
-        systemTrack->prune();
+        if (observer != nullptr) {
+            Explanation(config.module, associator, *observer).prune(*systemTrack);
+        } else {
+            systemTrack->prune();
+        }
         systemTrack->updateIsConfident();
+    }
+    if (observer != nullptr) {
+        tellDeletions(*observer, systemTracks, isEmpty,
+                      FusionObserver::DeletionReason::NoSensorTracks);
     }
     eraseIf(systemTracks, isEmpty);
     if (config.module.allowRadarToMultiple) {
@@ -96,8 +130,13 @@ void FusionModule::eraseRadarCopies() {
             copies.insert(systemTrack->id);
         }
     }
-    eraseIf(systemTracks,
-            [&copies](const SystemTrack& systemTrack) { return copies.contains(systemTrack.id); });
+    const auto isCopy = [&copies](const SystemTrack& systemTrack) {
+        return copies.contains(systemTrack.id);
+    };
+    if (observer != nullptr) {
+        tellDeletions(*observer, systemTracks, isCopy, FusionObserver::DeletionReason::RadarCopy);
+    }
+    eraseIf(systemTracks, isCopy);
 }
 
 /// Only one sensor track moves over, preferably the video one, which carries the labels.
