@@ -36,7 +36,7 @@ VESKAR_EXPORT StateMatrix constantVelocity(double dt);
 /// @param x2 state of the second estimate, in the same frame
 /// @param P2 covariance of the second estimate
 /// @return the distance, without unit; infinite or NaN when S is singular, NaN when d' S^-1 d is
-///         negative
+///         negative or an argument holds NaN: every gate that asks whether it is small refuses it
 VESKAR_EXPORT double statisticalDistance(const StateVector& x1, const StateMatrix& P1,
                                          const StateVector& x2, const StateMatrix& P2);
 

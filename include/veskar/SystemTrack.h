@@ -23,8 +23,9 @@ namespace Veskar {
 /// 1990; Bar-Shalom, Willett, Tian: Tracking and Data Fusion, 2011).
 ///
 /// That bookkeeping holds only while `sensorTracks` changes through updateState and the pruning
-/// operations alone. "First" sensor track of a source means the one with the smallest id. Not
-/// thread-safe: FusionModule works on it from the thread that calls FusionModule::cycle.
+/// operations alone. "First" sensor track of a source means the one with the smallest id. A null
+/// sensor track, handed in or held, is a programming error and stops the process. Not thread-safe:
+/// FusionModule works on it from the thread that calls FusionModule::cycle.
 class VESKAR_EXPORT SystemTrack : public Track {
 public:
     /// The tracks of one source, by sensor-track id.
@@ -122,7 +123,7 @@ public:
     /// track only while there is no video-object track. Singular covariances are not detected and
     /// give a meaningless estimate.
     ///
-    /// @param track the report; kept under its source and id
+    /// @param track the report; kept under its source and id; must not be null
     void updateState(std::shared_ptr<Track> track);
 
     /// Takes a sensor track's contribution out of the estimate, Y -= Yt and y -= yt. Does nothing

@@ -7,7 +7,9 @@
 namespace Veskar {
 namespace {
 
-StateMatrix inverse(StateMatrix A) {
+StateMatrix inverse(const StateMatrix& M) {
+    StateMatrix A;
+    A = M;  // unlike a copy construction, Eigen vectorises an assignment
     StateMatrix X = StateMatrix::Identity();
     solveFromRight(A, X);
     return X;
@@ -16,11 +18,11 @@ StateMatrix inverse(StateMatrix A) {
 }  // namespace
 
 Information Information::fromEstimate(const StateVector& x, const StateMatrix& P) {
-    Information information;
-    information.Y = inverse(P);
-    information.y = orderedProduct(information.Y, x);
-    return information;
+    return {x, P};
 }
+
+Information::Information(const StateVector& x, const StateMatrix& P)
+    : Y(inverse(P)), y(orderedProduct(Y, x)) {}
 
 void Information::toEstimate(StateVector& x, StateMatrix& P) const {
     P = inverse(Y);

@@ -31,6 +31,8 @@ public:
     Information& operator-=(const Information& other);
 
 private:
+    Information(const StateVector& x, const StateMatrix& P);
+
     StateMatrix Y;
     StateVector y;
 };
