@@ -114,6 +114,14 @@ TEST_F(RecordingReaderTest, ReadsTruth) {
     EXPECT_FALSE(object.inRadar);
 }
 
+TEST_F(RecordingReaderTest, PassesOverTruthUnreadWhenToldTo) {
+    VeskarTest::spill(path, lineOf(VeskarTest::installation()) +
+                                "{\"source\":\"truth\", and no more\n" + goodVideo + "\n");
+    Workbench::RecordingReader reader(path, Workbench::TruthLines::Skip);
+    EXPECT_TRUE(std::holds_alternative<Workbench::SensorFrame>(*reader.next()));
+    EXPECT_FALSE(reader.next());
+}
+
 TEST_F(RecordingReaderTest, SkipsBlankLines) {
     EXPECT_EQ(read("\n" + goodVideo + "\n  \n" + goodRadar).size(), 2u);
 }

@@ -14,43 +14,62 @@ GroundEstimate GroundEstimate::predicted(double dt, double accelerationStd) cons
                            accelerationStd * accelerationStd * gain * gain.transpose()};
 }
 
-Veskar::StateVector toFusionState(const Projection& projection, const Eigen::Vector4d& ground) {
+namespace {
+
+// A moving ground point as the camera sees it: what state and Jacobian are made of.
+struct Sight {
+    Eigen::Vector3d velocity;  // device frame
+    double range;              // from the camera
+    Eigen::Vector3d ray;       // unit vector from the camera
+    ImagePoint image;
+};
+
+Sight sightOf(const Projection& projection, const Eigen::Vector4d& ground) {
     const Eigen::Vector3d point(ground[0], ground[1], 0.0);
-    const Eigen::Vector3d velocity(ground[2], ground[3], 0.0);
     const Eigen::Vector3d offset = point - projection.origin();
     const double range = offset.norm();
-    const ImagePoint image = projection.project(point);
-    const Eigen::Vector2d rate = image.jacobian * velocity;
+    return {{ground[2], ground[3], 0.0}, range, offset / range, projection.project(point)};
+}
+
+Veskar::StateVector stateOf(const Sight& sight) {
+    const Eigen::Vector2d rate = sight.image.jacobian * sight.velocity;
     Veskar::StateVector state;
-    state << image.uv[0], rate[0], image.uv[1], rate[1], range, offset.dot(velocity) / range;
+    state << sight.image.uv[0], rate[0], sight.image.uv[1], rate[1], sight.range,
+        sight.ray.dot(sight.velocity);
     return state;
+}
+
+Eigen::Matrix<double, 6, 4> jacobianOf(const Sight& sight) {
+    const ImagePoint& image = sight.image;
+    const Eigen::Vector3d& v = sight.velocity;
+    Eigen::Matrix<double, 6, 4> J = Eigen::Matrix<double, 6, 4>::Zero();
+    J.block<1, 2>(0, 0) = image.jacobian.row(0).head<2>();
+    J.block<1, 2>(1, 2) = J.block<1, 2>(0, 0);
+    J.block<1, 2>(1, 0) = (image.uHessian * v).head<2>().transpose();
+    J.block<1, 2>(2, 0) = image.jacobian.row(1).head<2>();
+    J.block<1, 2>(3, 2) = J.block<1, 2>(2, 0);
+    J.block<1, 2>(3, 0) = (image.vHessian * v).head<2>().transpose();
+    J.block<1, 2>(4, 0) = sight.ray.head<2>().transpose();
+    J.block<1, 2>(5, 2) = J.block<1, 2>(4, 0);
+    J.block<1, 2>(5, 0) = ((v - sight.ray * sight.ray.dot(v)) / sight.range).head<2>().transpose();
+    return J;
+}
+
+}  // namespace
+
+Veskar::StateVector toFusionState(const Projection& projection, const Eigen::Vector4d& ground) {
+    return stateOf(sightOf(projection, ground));
 }
 
 Eigen::Matrix<double, 6, 4> fusionJacobian(const Projection& projection,
                                            const Eigen::Vector4d& ground) {
-    const Eigen::Vector3d point(ground[0], ground[1], 0.0);
-    const Eigen::Vector3d velocity(ground[2], ground[3], 0.0);
-    const Eigen::Vector3d offset = point - projection.origin();
-    const double range = offset.norm();
-    const Eigen::Vector3d sight = offset / range;
-    const ImagePoint image = projection.project(point);
-
-    Eigen::Matrix<double, 6, 4> J = Eigen::Matrix<double, 6, 4>::Zero();
-    J.block<1, 2>(0, 0) = image.jacobian.row(0).head<2>();
-    J.block<1, 2>(1, 2) = J.block<1, 2>(0, 0);
-    J.block<1, 2>(1, 0) = (image.uHessian * velocity).head<2>().transpose();
-    J.block<1, 2>(2, 0) = image.jacobian.row(1).head<2>();
-    J.block<1, 2>(3, 2) = J.block<1, 2>(2, 0);
-    J.block<1, 2>(3, 0) = (image.vHessian * velocity).head<2>().transpose();
-    J.block<1, 2>(4, 0) = sight.head<2>().transpose();
-    J.block<1, 2>(5, 2) = J.block<1, 2>(4, 0);
-    J.block<1, 2>(5, 0) = ((velocity - sight * sight.dot(velocity)) / range).head<2>().transpose();
-    return J;
+    return jacobianOf(sightOf(projection, ground));
 }
 
 FusionEstimate toFusion(const Projection& projection, const GroundEstimate& ground) {
-    const Eigen::Matrix<double, 6, 4> J = fusionJacobian(projection, ground.state);
-    return {toFusionState(projection, ground.state), J * ground.covariance * J.transpose()};
+    const Sight sight = sightOf(projection, ground.state);
+    const Eigen::Matrix<double, 6, 4> J = jacobianOf(sight);
+    return {stateOf(sight), J * ground.covariance * J.transpose()};
 }
 
 }  // namespace Workbench

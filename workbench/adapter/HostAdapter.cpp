@@ -110,7 +110,8 @@ std::shared_ptr<Veskar::Track> HostAdapter::convert(const RadarReport& report,
     if (speed > 0.0) {
         track->direction = velocity / speed;
     }
-    track->boundingBox = libraryBox(expectedBox(ground.state.head<2>(), labels.objectClass.name));
+    track->boundingBox =
+        libraryBox(expectedBox(ground.state.head<2>(), estimate, labels.objectClass.name));
     locate(*track, ground.state.head<2>());
     return track;
 }
@@ -148,18 +149,16 @@ Label HostAdapter::radarClass(const RadarReport& report, double speed) const {
             parameters.classFromSpeedProbability};
 }
 
-ImageBox HostAdapter::expectedBox(const Eigen::Vector2d& ground,
+ImageBox HostAdapter::expectedBox(const Eigen::Vector2d& ground, const FusionEstimate& estimate,
                                   const std::string& className) const {
     // A radar sees no box: one of a usual size for the class stands in.
     const Eigen::Vector3d size = usualSize(className);
-    const Eigen::Vector2d across =
-        0.5 * size[1] * Eigen::Vector2d(-ground[1], ground[0]).normalized();
-    const auto at = [&](const Eigen::Vector2d& foot, double level) {
-        return camera.position({foot[0], foot[1], level});
-    };
-    const double bottom = at(ground, 0.0)[1];
-    const double top = at(ground, size[2])[1];
-    return {at(ground + across, 0.0)[0], bottom, at(ground - across, 0.0)[0], top};
+    const Eigen::Vector2d side =
+        ground + 0.5 * size[1] * Eigen::Vector2d(ground[1], -ground[0]).normalized();
+    const double u = estimate.state[0];
+    const double halfWidth = std::abs(camera.position({side[0], side[1], 0.0})[0] - u);
+    const double top = camera.position({ground[0], ground[1], size[2]})[1];
+    return {u - halfWidth, estimate.state[2], u + halfWidth, top};
 }
 
 void HostAdapter::locate(Veskar::Track& track, const Eigen::Vector2d& ground) const {

@@ -61,7 +61,8 @@ private:
     std::shared_ptr<Veskar::Track> convert(const ReadyEstimate& report, const Moment& when) const;
     double gainOf(const ReportBase& report, Veskar::Source source) const;
     Label radarClass(const RadarReport& report, double speed) const;
-    ImageBox expectedBox(const Eigen::Vector2d& ground, const std::string& className) const;
+    ImageBox expectedBox(const Eigen::Vector2d& ground, const FusionEstimate& estimate,
+                         const std::string& className) const;
     void locate(Veskar::Track& track, const Eigen::Vector2d& ground) const;
 
     AdapterParameters parameters;

@@ -109,7 +109,7 @@ int replay(const Options& options) {
         options.config.empty() ? defaultConfiguration : readText(options.config);
     const Veskar::Config config = parseConfiguration(
         configuration, options.config.empty() ? "default configuration" : options.config);
-    RecordingReader reader(options.recording);
+    RecordingReader reader(options.recording, TruthLines::Skip);
     const RecordingHeader header = headerFor(options, reader);
     const bool isCsv = options.format == "csv";
 

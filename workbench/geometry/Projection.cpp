@@ -13,27 +13,46 @@ namespace {
 // lose all digits; they are taken there instead, where they differ by less than it.
 constexpr double leastAngle = 1e-4;
 
+// Behind the image plane a pinhole sees nothing; the radius is kept large and finite.
+constexpr double largestPinholeAngle = 1.55;
+
+// The camera evaluates its polynomial but does not tell the coefficients. They follow from it: the
+// derivative is a parabola.
+Eigen::Vector4d coefficientsOf(const Veskar::Camera& camera) {
+    const auto slope = [&](double angle) {
+        return camera.evaluatePolynomDerivativeRadiansToImage(angle);
+    };
+    return {camera.evaluatePolynomRadiansToImage(0.0), slope(0.0), (slope(1.0) - slope(-1.0)) / 4.0,
+            (slope(1.0) + slope(-1.0) - 2.0 * slope(0.0)) / 6.0};
+}
+
 }  // namespace
 
 Projection::Projection(const Veskar::Camera& camera)
     : lens(camera),
+      radiansToImage(coefficientsOf(camera)),
+      pinholeScale(1.0 / std::tan(camera.getFieldOfView()[0])),
       cameraPosition(camera.getPosition()),
       toCamera(camera.getRotation().transpose()) {}
 
-Projection::Radius Projection::radiusAt(double angle) const {
+double Projection::imageRadius(double angle) const {
     if (lens.hasBDCEnabled()) {
-        // Behind the image plane a pinhole sees nothing; the radius is kept large and finite.
-        const double limited = std::min(angle, 1.55);
-        const double scale = 1.0 / std::tan(lens.getFieldOfView()[0]);
-        const double tangent = std::tan(limited);
-        const double slope = 1.0 + tangent * tangent;
-        return {tangent * scale, slope * scale, 2.0 * tangent * slope * scale};
+        return pinholeScale * std::tan(std::min(angle, largestPinholeAngle));
     }
-    // The derivative is a parabola, so its central difference is exact.
-    const double second = lens.evaluatePolynomDerivativeRadiansToImage(angle + 0.5) -
-                          lens.evaluatePolynomDerivativeRadiansToImage(angle - 0.5);
-    return {lens.evaluatePolynomRadiansToImage(angle),
-            lens.evaluatePolynomDerivativeRadiansToImage(angle), second};
+    const Eigen::Vector4d& c = radiansToImage;
+    return c[0] + angle * (c[1] + angle * (c[2] + angle * c[3]));
+}
+
+Projection::Radius Projection::radiusAt(double angle) const {
+    const double radius = imageRadius(angle);
+    if (lens.hasBDCEnabled()) {
+        const double tangent = radius / pinholeScale;
+        const double slope = pinholeScale * (1.0 + tangent * tangent);
+        return {radius, slope, 2.0 * tangent * slope};
+    }
+    const Eigen::Vector4d& c = radiansToImage;
+    return {radius, c[1] + angle * (2.0 * c[2] + angle * 3.0 * c[3]),
+            2.0 * c[2] + 6.0 * angle * c[3]};
 }
 
 ImagePoint Projection::project(const Eigen::Vector3d& point) const {
@@ -86,8 +105,8 @@ ImagePoint Projection::project(const Eigen::Vector3d& point) const {
 
 Eigen::Vector2d Projection::position(const Eigen::Vector3d& point) const {
     const Eigen::Vector3d c = toCamera * (point - cameraPosition);
-    const double s = std::max(std::hypot(c[1], c[2]), 1e-12);
-    const double g = radiusAt(std::atan2(s, c[0])).value / s;
+    const double s = std::max(c.tail<2>().norm(), 1e-12);
+    const double g = imageRadius(std::atan2(s, c[0])) / s;
     return Eigen::Vector2d(-c[1] * g, c[2] * g * lens.getAspectRatio()) + lens.getSensorOffset();
 }
 
@@ -113,23 +132,30 @@ std::optional<Eigen::Vector2d> Projection::groundPoint(double u, double v, doubl
     const double height = cameraPosition[2];
     const double distance = std::sqrt(std::max(range * range - height * height, 0.01));
     const Eigen::Vector3d direction = ray(u, v);
-    double bearing = std::atan2(direction[1], direction[0]);
-    // Newton's method on u(bearing) along the circle of that range. The ray's own bearing is exact
-    // for a point on the ground in row v, so few steps are needed.
-    for (int step = 0; step < 20; ++step) {
-        const Eigen::Vector2d radial(std::cos(bearing), std::sin(bearing));
-        const Eigen::Vector3d point(cameraPosition[0] + distance * radial[0],
-                                    cameraPosition[1] + distance * radial[1], 0.0);
-        const ImagePoint image = project(point);
-        const double slope =
-            distance * (image.jacobian(0, 1) * radial[0] - image.jacobian(0, 0) * radial[1]);
-        const double error = image.uv[0] - u;
-        if (std::abs(error) < 1e-10) {
-            return point.head<2>();
+    const auto pointAt = [&](double bearing) -> Eigen::Vector2d {
+        return cameraPosition.head<2>() +
+               distance * Eigen::Vector2d(std::cos(bearing), std::sin(bearing));
+    };
+    const auto errorAt = [&](double bearing) {
+        const Eigen::Vector2d point = pointAt(bearing);
+        return position({point[0], point[1], 0.0})[0] - u;
+    };
+    // The secant method on u(bearing) along the circle of that range. The ray's own bearing is
+    // exact for a point on the ground in row v, so few steps are needed.
+    double before = std::atan2(direction[1], direction[0]);
+    double errorBefore = errorAt(before);
+    double bearing = before + 1e-3;
+    for (int step = 0; step < 30; ++step) {
+        if (std::abs(errorBefore) < 1e-9) {
+            return pointAt(before);
         }
+        const double error = errorAt(bearing);
+        const double slope = (error - errorBefore) / (bearing - before);
         if (!(std::abs(slope) > 1e-9)) {
             return std::nullopt;
         }
+        before = bearing;
+        errorBefore = error;
         bearing -= std::clamp(error / slope, -0.3, 0.3);
     }
     return std::nullopt;

@@ -80,8 +80,11 @@ private:
         double second;  ///< by the angle, twice
     };
     Radius radiusAt(double angle) const;
+    double imageRadius(double angle) const;
 
     Veskar::Camera lens;
+    Eigen::Vector4d radiansToImage;  ///< c0..c3
+    double pinholeScale;             ///< image radius per tangent of the angle
     Eigen::Vector3d cameraPosition;
     Eigen::Matrix3d toCamera;
 };

@@ -11,6 +11,9 @@
 
 namespace Workbench {
 
+/// Whether a reader hands out the truth lines of a recording or passes over them unread.
+enum class TruthLines { Read, Skip };
+
 /// The lines of a recording, checked. Memory does not depend on the length of the recording.
 ///
 /// Every fault is an InputError that starts with "FILE:LINE: ".
@@ -18,8 +21,9 @@ class RecordingReader {
 public:
     /// Opens a recording and reads its header.
     /// @param path the file, or "-"
+    /// @param truthLines what happens to truth
     /// @throw InputError when it is no recording that this program reads
-    explicit RecordingReader(const std::string& path);
+    explicit RecordingReader(const std::string& path, TruthLines truthLines = TruthLines::Read);
 
     /// @return the header
     const RecordingHeader& header() const { return head; }
@@ -34,6 +38,7 @@ private:
     void checkOrder(const SensorFrame& frame);
 
     LineReader lines;
+    TruthLines truthLines;
     RecordingHeader head;
     std::map<Veskar::Source, double> lastTime;
     std::optional<double> lastReceived;
