@@ -91,11 +91,13 @@ int readDictionary(sd_bus_message* message, ArrayFailed arrayFailed, KeyFailed k
             break;
         }
     }
+    if (r >= 0) {
+        r = sd_bus_message_exit_container(message);
+    }
     if (r < 0) {
         keyFailed(r);
-        return r;
     }
-    return sd_bus_message_exit_container(message);
+    return r;
 }
 
 }  // namespace Veskar::SdBus

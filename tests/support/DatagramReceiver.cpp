@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/DatagramReceiver.h"
 
+#include "support/SystemCall.h"
+
 #include <array>
-#include <cerrno>
-#include <system_error>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -12,17 +12,6 @@
 #include <unistd.h>
 
 namespace VeskarTest {
-namespace {
-
-int checked(int result, const char* what) {
-    if (result < 0) {
-        throw std::system_error(errno, std::generic_category(), what);
-    }
-    return result;
-}
-
-}  // namespace
-
 SocketPath::SocketPath(const std::string& newPath)
     : path(newPath),
       lock(checked(open((path + ".veskar-test-lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666),

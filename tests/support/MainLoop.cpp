@@ -2,8 +2,6 @@
 #include "support/MainLoop.h"
 
 #include <chrono>
-#include <future>
-#include <memory>
 
 #include <glib.h>
 
@@ -35,6 +33,7 @@ void MainLoop::start() {
     thread = std::thread([this] {
         g_main_context_push_thread_default(context);
         while (running) {
+            runCalls();
             g_main_context_iteration(context, TRUE);
             const std::lock_guard<std::mutex> lock(mutex);
             iterated.notify_all();
@@ -52,23 +51,28 @@ void MainLoop::stop() {
 }
 
 void MainLoop::call(const std::function<void()>& function) {
-    struct Task {
-        std::function<void()> function;
-        std::promise<void> done;
-    };
-    auto task = std::make_shared<Task>();
-    task->function = function;
-    g_main_context_invoke_full(
-        context, G_PRIORITY_DEFAULT,
-        [](gpointer data) -> gboolean {
-            Task& due = **static_cast<std::shared_ptr<Task>*>(data);
-            due.function();
-            due.done.set_value();
-            return G_SOURCE_REMOVE;
-        },
-        new std::shared_ptr<Task>(task),
-        [](gpointer data) { delete static_cast<std::shared_ptr<Task>*>(data); });
-    task->done.get_future().wait();
+    std::unique_lock<std::mutex> lock(mutex);
+    bool done = false;
+    calls.emplace_back([&] {
+        function();
+        const std::lock_guard<std::mutex> doneLock(mutex);
+        done = true;
+    });
+    g_main_context_wakeup(context);
+    iterated.wait(lock, [&] { return done; });
+}
+
+void MainLoop::runCalls() {
+    std::vector<std::function<void()>> due;
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        due.swap(calls);
+    }
+    for (const std::function<void()>& call : due) {
+        call();
+        // Ends the wait of who has called.
+        g_main_context_wakeup(context);
+    }
 }
 
 bool MainLoop::waitUntil(const std::function<bool()>& condition) {

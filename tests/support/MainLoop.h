@@ -7,6 +7,7 @@
 #include <functional>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 struct _GMainContext;
 
@@ -32,7 +33,7 @@ public:
     void start();
     /// Stops iterating.
     void stop();
-    /// Runs a function on the thread that iterates, within an iteration.
+    /// While started: runs a function on the thread that iterates.
     void call(const std::function<void()>& function);
     /// While started: waits until a condition holds, looking after each iteration.
     /// @return false when it did not come to hold for a very long time
@@ -45,10 +46,13 @@ public:
     bool iterateUntilIdle();
 
 private:
+    void runCalls();
+
     _GMainContext* context;
     std::atomic<bool> running{false};
     std::mutex mutex;
     std::condition_variable iterated;
+    std::vector<std::function<void()>> calls;
     std::thread thread;
 };
 

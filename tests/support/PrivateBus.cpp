@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/PrivateBus.h"
 
+#include "support/SystemCall.h"
+
 #include <array>
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
-#include <system_error>
 
 #include <fcntl.h>
 #include <sys/prctl.h>
@@ -17,13 +17,6 @@
 
 namespace VeskarTest {
 namespace {
-
-int checked(int result, const char* what) {
-    if (result < 0) {
-        throw std::system_error(errno, std::generic_category(), what);
-    }
-    return result;
-}
 
 void setSystemBus(const std::string& address) {
     checked(setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1), "setenv");
@@ -43,9 +36,7 @@ void awaitAddress(int descriptor) {
 
 PrivateBus::PrivateBus(const std::string& extraConfiguration) {
     std::string pattern = "/tmp/veskar-bus-XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) {
-        throw std::system_error(errno, std::generic_category(), "mkdtemp");
-    }
+    checked(mkdtemp(pattern.data()) == nullptr ? -1 : 0, "mkdtemp");
     directory = pattern;
     const std::string address = "unix:path=" + directory + "/bus";
     const std::string configuration = directory + "/bus.conf";

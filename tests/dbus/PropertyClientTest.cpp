@@ -1,0 +1,252 @@
+// SPDX-License-Identifier: Apache-2.0
+// What both clients do when services, the bus and threads come and go.
+#include "dbus/PropertyClients.h"
+#include "support/DescriptorLimit.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cmath>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <systemd/sd-bus.h>
+
+namespace VeskarTest {
+
+int GeoLocationService::value(Client& client) {
+    return static_cast<int>(std::lround(100.0 * client.getPosition(0.0, 0.0).longitude)) - 1;
+}
+
+int RadarService::value(Client& client) {
+    const std::string profile = client.getRadarProfile();
+    return profile == "area" ? -1 : std::stoi(profile);
+}
+
+std::string lineWithCode(const std::string& text, int code) {
+    return text + ". Error code: " + std::to_string(code) + "\n";
+}
+
+std::string setUpLine(const std::string& text, int code) {
+    return lineWithCode("GeoLocation: " + text, code);
+}
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr int none = -1;
+
+template <class Service>
+using PropertyClient = PropertyClientTest<Service>;
+using Services = testing::Types<GeoLocationService, RadarService>;
+TYPED_TEST_SUITE(PropertyClient, Services);
+
+TYPED_TEST(PropertyClient, AsksOnceForThePropertiesOfTheServicesInterface) {
+    const auto service = this->makeService({TypeParam::property(5)});
+    std::string asked;
+    service->inspect(this->getAll, [&](sd_bus_message* call) {
+        const char* interface = nullptr;
+        must(sd_bus_message_read(call, "s", &interface), "read");
+        asked = std::string(sd_bus_message_get_signature(call, 1)) + " " + interface;
+    });
+    const auto client = this->makeClient();
+    EXPECT_EQ(TypeParam::value(*client), 5);
+    EXPECT_EQ(asked, std::string("s ") + TypeParam::name);
+    EXPECT_EQ(service->calls(this->getAll), 1);
+    EXPECT_THAT(this->log.errors(), IsEmpty());
+}
+
+TYPED_TEST(PropertyClient, FollowsChangesInTheMainContext) {
+    const auto service = this->makeService({TypeParam::property(1)});
+    const auto client = this->makeClient();
+    this->emitChange(*service, {TypeParam::property(2)});
+    EXPECT_EQ(TypeParam::value(*client), 1) << "nothing happens before the loop runs";
+    EXPECT_TRUE(this->loop.iterateUntil([&] { return TypeParam::value(*client) == 2; }));
+    EXPECT_THAT(this->log.errors(), IsEmpty());
+}
+
+TYPED_TEST(PropertyClient, MayBeMadeOnTheThreadOfTheMainLoop) {
+    const auto service = this->makeService({TypeParam::property(1)});
+    this->loop.start();
+    std::unique_ptr<typename TypeParam::Client> client;
+    this->loop.call([&] { client = std::make_unique<typename TypeParam::Client>(); });
+    this->emitChange(*service, {TypeParam::property(2)});
+    EXPECT_TRUE(this->loop.waitUntil([&] { return TypeParam::value(*client) == 2; }));
+}
+
+TYPED_TEST(PropertyClient, MayBeMadeAndEndWhileTheMainLoopRunsOnAnotherThread) {
+    const auto service = this->makeService({TypeParam::property(1)});
+    MainLoop global(MainLoop::Context::GlobalDefault);
+    global.start();
+    for (int i = 2; i < 22; ++i) {
+        typename TypeParam::Client client;
+        this->emitChange(*service, {TypeParam::property(i)});
+        EXPECT_TRUE(global.waitUntil([&] { return TypeParam::value(client) == i; }));
+        // Still on its way when the client ends.
+        this->emitChange(*service, {TypeParam::property(0)});
+    }
+    EXPECT_THAT(this->log.errors(), IsEmpty());
+}
+
+TYPED_TEST(PropertyClient, EndsABurstOfChangesWithTheLastOne) {
+    const auto service = this->makeService({TypeParam::property(0)});
+    const auto client = this->makeClient();
+    this->loop.start();
+    for (int i = 1; i <= 10000; ++i) {
+        this->emitChange(*service, {TypeParam::property(i)});
+    }
+    EXPECT_TRUE(this->loop.waitUntil([&] { return TypeParam::value(*client) == 10000; }));
+    EXPECT_THAT(this->log.errors(), IsEmpty());
+}
+
+TYPED_TEST(PropertyClient, IgnoresChangesOfAnotherInterface) {
+    const auto service = this->makeService({TypeParam::property(1)});
+    const auto client = this->makeClient();
+    int least = 1;
+    service->emit(this->propertiesChanged,
+                  changed(std::string(TypeParam::name) + "x", {TypeParam::property(0)}));
+    this->emitChange(*service, {TypeParam::property(2)});
+    EXPECT_TRUE(this->loop.iterateUntil([&] {
+        least = std::min(least, TypeParam::value(*client));
+        return TypeParam::value(*client) == 2;
+    }));
+    EXPECT_EQ(least, 1);
+    EXPECT_THAT(this->log.errors(), IsEmpty());
+}
+
+TYPED_TEST(PropertyClient, LogsAChangeWithoutInterface) {
+    const auto service = this->makeService({TypeParam::property(1)});
+    const auto client = this->makeClient();
+    service->emit(this->propertiesChanged,
+                  [](sd_bus_message* m) { must(sd_bus_message_append(m, "i", 1), "append"); });
+    this->emitChange(*service, {TypeParam::property(2)});
+    EXPECT_TRUE(this->loop.iterateUntil([&] { return TypeParam::value(*client) == 2; }));
+    EXPECT_THAT(this->log.errors(), ElementsAre(lineWithCode(TypeParam::interfaceFailed, -ENXIO)));
+}
+
+TYPED_TEST(PropertyClient, DoesNotHearSignalsOfOtherServices) {
+    const auto service = this->makeService({TypeParam::property(1)});
+    FakeService stranger("com.nolt.Stranger");
+    const auto client = this->makeClient();
+    int least = 1;
+    this->emitChange(stranger, {TypeParam::property(0)});
+    this->emitChange(*service, {TypeParam::property(2)});
+    EXPECT_TRUE(this->loop.iterateUntil([&] {
+        least = std::min(least, TypeParam::value(*client));
+        return TypeParam::value(*client) == 2;
+    }));
+    EXPECT_EQ(least, 1);
+}
+
+TYPED_TEST(PropertyClient, DoesNotFollowAServiceThatComesLate) {
+    const auto client = this->makeClient();
+    const auto service = this->makeService({TypeParam::property(1)});
+    this->emitChange(*service, {TypeParam::property(2)});
+    EXPECT_TRUE(this->loop.iterateUntilIdle());
+    EXPECT_EQ(TypeParam::value(*client), none);
+}
+
+TYPED_TEST(PropertyClient, FollowsAServiceThatRestarts) {
+    auto service = this->makeService({TypeParam::property(1)});
+    const auto client = this->makeClient();
+    service.reset();
+    EXPECT_TRUE(this->loop.iterateUntilIdle());
+    EXPECT_EQ(TypeParam::value(*client), 1) << "the last values stay";
+    service = this->makeService({});
+    this->emitChange(*service, {TypeParam::property(2)});
+    EXPECT_TRUE(this->loop.iterateUntil([&] { return TypeParam::value(*client) == 2; }));
+    EXPECT_THAT(this->log.errors(), IsEmpty());
+}
+
+TYPED_TEST(PropertyClient, KeepsItsValuesAndRestsWhenTheBusDies) {
+    const auto service = this->makeService({TypeParam::property(1)});
+    const auto client = this->makeClient();
+    EXPECT_TRUE(this->loop.iterateUntilIdle());
+    this->bus.kill();
+    bool noticed = false;
+    EXPECT_TRUE(this->loop.iterateUntil([&] { return std::exchange(noticed, true); }));
+    EXPECT_TRUE(this->loop.iterateUntilIdle()) << "a dead bus must not keep the main loop busy";
+    EXPECT_EQ(TypeParam::value(*client), 1);
+    EXPECT_FALSE(TypeParam::query(*client));
+    EXPECT_EQ(TypeParam::value(*client), 1);
+}
+
+TYPED_TEST(PropertyClient, TakesARefusalForAFailureAndReleasesTheBus) {
+    const auto service = this->makeService({});
+    service->refuse(this->getAll, "com.nolt.Error.Failed", "not today");
+    const auto client = this->makeClient();
+    EXPECT_THAT(this->log.errors(), ElementsAre(std::string(TypeParam::callFailed) + "not today\n",
+                                                setUpLine("Failed to initialize settings", -EIO)));
+    service->answer(this->getAll, dictionary({TypeParam::property(1)}));
+    this->log.clear();
+    EXPECT_FALSE(TypeParam::query(*client));
+    EXPECT_EQ(service->calls(this->getAll), 1) << "there is no connection any more";
+    EXPECT_EQ(this->log.errors().size(), 1U);
+    this->emitChange(*service, {TypeParam::property(2)});
+    EXPECT_TRUE(this->loop.iterateUntilIdle());
+    EXPECT_EQ(TypeParam::value(*client), none);
+}
+
+TYPED_TEST(PropertyClient, DoesNotWaitForASlowService) {
+    const auto service = this->makeService({});
+    service->hold(this->getAll);
+    const auto client = this->makeClient();
+    EXPECT_THAT(this->log.errors(),
+                ElementsAre(std::string(TypeParam::callFailed) + "Connection timed out\n",
+                            setUpLine("Failed to initialize settings", -ETIMEDOUT)));
+    service->release(dictionary({TypeParam::property(1)}));
+    EXPECT_TRUE(this->loop.iterateUntilIdle());
+    EXPECT_EQ(TypeParam::value(*client), none);
+}
+
+TYPED_TEST(PropertyClient, GivesUpOnAReplyThatIsNoDictionary) {
+    const auto service = this->makeService({});
+    service->answer(this->getAll, string("no"));
+    const auto client = this->makeClient();
+    EXPECT_THAT(this->log.errors(),
+                ElementsAre(lineWithCode(TypeParam::arrayFailed, -ENXIO),
+                            setUpLine("Failed to initialize settings", -ENXIO)));
+}
+
+TYPED_TEST(PropertyClient, TakesWhatARepeatedQueryFinds) {
+    const auto service = this->makeService({TypeParam::property(1)});
+    const auto client = this->makeClient();
+    service->answer(this->getAll, dictionary({TypeParam::property(2)}));
+    EXPECT_TRUE(TypeParam::query(*client));
+    EXPECT_EQ(TypeParam::value(*client), 2);
+    service->answer(this->getAll, string("no"));
+    EXPECT_FALSE(TypeParam::query(*client));
+    EXPECT_EQ(TypeParam::value(*client), 2);
+}
+
+TYPED_TEST(PropertyClient, LogsASubscriptionThatIsRefusedAndKeepsWhatItHasRead) {
+    const PrivateBus strict(R"(<limit name="max_match_rules_per_connection">0</limit>)");
+    const auto service = this->makeService({TypeParam::property(1)});
+    const auto client = this->makeClient();
+    EXPECT_THAT(this->log.errors(),
+                ElementsAre(setUpLine("Failed to setup listen to changed settings", -ENOBUFS)));
+    EXPECT_EQ(TypeParam::value(*client), 1);
+}
+
+TYPED_TEST(PropertyClient, LogsABusThatCannotBeOpened) {
+    leaveSystemBus();
+    const auto client = this->makeClient();
+    EXPECT_THAT(this->log.errors(), ElementsAre(setUpLine("Failed to open sd bus", -ENOENT)));
+    EXPECT_EQ(TypeParam::value(*client), none);
+}
+
+TYPED_TEST(PropertyClient, LogsALoopThatCannotBeMade) {
+    {
+        const DescriptorLimit onlyTheBus(1);
+        const auto client = this->makeClient();
+        EXPECT_EQ(TypeParam::value(*client), none);
+    }
+    EXPECT_THAT(this->log.errors(), ElementsAre(setUpLine("Failed to create sd event", -EMFILE)));
+}
+
+}  // namespace
+}  // namespace VeskarTest
