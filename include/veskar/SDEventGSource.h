@@ -7,7 +7,7 @@
 #include <memory>
 #include <mutex>
 
-struct _GSource;
+struct _GSource;  // NOLINT(bugprone-reserved-identifier): GLib's tag behind GSource
 struct sd_bus;
 struct sd_event;
 

@@ -67,7 +67,7 @@ public:
 
 private:
     struct CloseBus {
-        void operator()(sd_bus* bus) const noexcept;
+        void operator()(sd_bus* connection) const noexcept;
     };
 
     std::unique_ptr<sd_bus, CloseBus> bus;

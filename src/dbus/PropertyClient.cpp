@@ -62,8 +62,8 @@ void PropertyClient::requireSettings(int code) {
     require(code, "Failed to initialize settings");
 }
 
-void PropertyClient::follow(Changed handler) {
-    changed = std::move(handler);
+void PropertyClient::follow(Changed onChanged) {
+    changed = std::move(onChanged);
     const std::string rule = std::string("type='signal',sender='") + service.name + "',path='" +
                              service.path + "',interface='" + propertiesInterface +
                              "',member='PropertiesChanged'";

@@ -39,8 +39,8 @@ public:
     /// @param code what reading them returned, negative errno on failure
     static void requireSettings(int code);
     /// Step: subscribes to changes and dispatches them from the main context.
-    /// @param changed called with every signal
-    void follow(Changed changed);
+    /// @param onChanged called with every signal
+    void follow(Changed onChanged);
 
     /// Asks for all properties.
     /// @param error receives what went wrong

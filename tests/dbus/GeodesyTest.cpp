@@ -107,7 +107,8 @@ TEST_F(Geodesy, TakesItsOwnLatitudeOnlyWhenAsked) {
 // leading constants, and both signs of the small terms reversed. So it must differ from the
 // ellipsoid by exactly these changes.
 TEST_F(Geodesy, DiffersFromTheEllipsoidByItsLeadingTermsOnly) {
-    for (double latitude = -89.0; latitude <= 89.0; latitude += 0.5) {
+    for (int half = -178; half <= 178; ++half) {
+        const double latitude = 0.5 * half;
         const Ellipsoid ellipsoid(latitude);
         const double p = latitude * degree;
         const double R = ellipsoid.radius * degree;

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <veskar/HostApplication.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <optional>
 #include <string>
 
@@ -21,7 +19,7 @@ std::string askedLink;
 
 class HostApplication : public testing::Test {
 protected:
-    ~HostApplication() override {
+    void TearDown() override {
         pretendedPath.reset();
         hasProc = true;
     }
@@ -35,6 +33,7 @@ protected:
 }  // namespace
 
 // The program's own definition takes the place of the C library's.
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 extern "C" ssize_t readlink(const char* path, char* buffer, std::size_t size) noexcept {
     askedLink = path;
     if (!hasProc) {
@@ -44,9 +43,7 @@ extern "C" ssize_t readlink(const char* path, char* buffer, std::size_t size) no
     if (!pretendedPath) {
         return syscall(SYS_readlinkat, AT_FDCWD, path, buffer, size);
     }
-    const std::size_t length = std::min(size, pretendedPath->size());
-    std::memcpy(buffer, pretendedPath->data(), length);
-    return static_cast<ssize_t>(length);
+    return static_cast<ssize_t>(pretendedPath->copy(buffer, size));
 }
 
 TEST_F(HostApplication, IsNotThisProgram) {

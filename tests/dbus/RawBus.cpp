@@ -63,7 +63,7 @@ std::uint32_t readCall(int descriptor) {
     if (!readExactly(descriptor, header, 16)) {
         return 0;
     }
-    const std::size_t fields = (wordAt(header, 12) + 7) / 8 * 8;
+    const std::size_t fields = (std::size_t{wordAt(header, 12)} + 7) / 8 * 8;
     std::string rest;
     return readExactly(descriptor, rest, fields + wordAt(header, 4)) ? wordAt(header, 8) : 0;
 }

@@ -210,9 +210,9 @@ double bruteForceSNR(const Eigen::Vector4d& box, int columns, const std::vector<
             if (x < 0 || y < 0 || x >= 160 * columns) {
                 continue;
             }
-            const auto block = static_cast<std::size_t>(y / 160 * columns + x / 160);
-            if (block < snr.size()) {
-                sum += snr[block];
+            const int block = y / 160 * columns + x / 160;
+            if (block < static_cast<int>(snr.size())) {
+                sum += snr[static_cast<std::size_t>(block)];
                 ++count;
             }
         }

@@ -285,8 +285,9 @@ TEST_F(VideoConditions, AreNeverGoodOutsideTheCurveOrOnItsPoints) {
 
 TEST_F(VideoConditions, AreGoodForEveryUsefulHeightBeforeAnySNRIsRead) {
     const auto conditions = make("night");
-    for (double x = 0.0721; x < 1.0; x += 0.0007) {
-        const bool onPoint = x == 0.1 || x == 0.183 || x == 0.255;
+    for (int thousandths = 73; thousandths < 1000; ++thousandths) {
+        const double x = thousandths / 1000.0;
+        const bool onPoint = thousandths == 100 || thousandths == 183 || thousandths == 255;
         EXPECT_EQ(conditions->hasGoodVideoConditions(*trackOfHalfHeight(x)), !onPoint) << x;
     }
 }

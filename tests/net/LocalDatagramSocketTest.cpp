@@ -12,7 +12,6 @@
 #include <string>
 #include <vector>
 
-#include <dirent.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -26,12 +25,12 @@ namespace {
 
 class LocalDatagram : public testing::Test {
 protected:
-    LocalDatagram() {
+    void SetUp() override {
         std::string pattern = "/tmp/veskar-datagram-XXXXXX";
-        EXPECT_NE(mkdtemp(pattern.data()), nullptr);
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
         directory = pattern;
     }
-    ~LocalDatagram() override { std::filesystem::remove_all(directory); }
+    void TearDown() override { std::filesystem::remove_all(directory); }
 
     static std::size_t openDescriptors() {
         const std::filesystem::directory_iterator descriptors("/proc/self/fd");

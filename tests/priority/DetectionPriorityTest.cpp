@@ -19,7 +19,6 @@
 using namespace VeskarTest;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::UnorderedElementsAre;
 using Veskar::Config;
 using Veskar::DetectionPriority;
 using Veskar::Source;
@@ -49,7 +48,7 @@ std::shared_ptr<SystemTrack> makeTrackOf(bool video, bool radar) {
     report.source = Source::VideoObject;
     report.id = 7;
     report.className = "human";
-    const auto track = makeSystemTrack(makeTrack(report));
+    auto track = makeSystemTrack(makeTrack(report));
     if (!video) {
         track->sensorTracks[Source::VideoObject].clear();
     }

@@ -196,7 +196,7 @@ void FakeService::handle(const Member& method, Handler handler) {
     run([&] { handlers[method] = std::move(handler); });
 }
 
-void FakeService::answer(const Member& method, Body body) {
+void FakeService::answer(const Member& method, const Body& body) {
     handle(method, [=](sd_bus_message* call) { reply(call, body); });
 }
 

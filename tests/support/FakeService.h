@@ -64,7 +64,7 @@ public:
     FakeService& operator=(const FakeService&) = delete;
 
     /// From now on calls of a method are answered with a body.
-    void answer(const Member& method, Body body);
+    void answer(const Member& method, const Body& body);
     /// From now on calls of a method are answered with an error.
     void refuse(const Member& method, const std::string& error, const std::string& message);
     /// From now on calls of a method are shown to a function, on the service's thread, before they

@@ -3,8 +3,6 @@
 
 #include <chrono>
 
-#include <glib.h>
-
 namespace VeskarTest {
 namespace {
 

@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-struct _GMainContext;
+#include <glib.h>
 
 namespace VeskarTest {
 
@@ -25,7 +25,7 @@ public:
     MainLoop(const MainLoop&) = delete;
     MainLoop& operator=(const MainLoop&) = delete;
 
-    _GMainContext* get() const { return context; }
+    GMainContext* get() const { return context; }
 
     /// Runs a function with the context as the calling thread's default; not while it is started.
     void asThreadDefault(const std::function<void()>& function);
@@ -48,7 +48,7 @@ public:
 private:
     void runCalls();
 
-    _GMainContext* context;
+    GMainContext* context;
     std::atomic<bool> running{false};
     std::mutex mutex;
     std::condition_variable iterated;
