@@ -140,7 +140,7 @@ private:
     void associateTracks(Source source, const std::vector<std::shared_ptr<Track>>& tracks);
     void stepUnmarked(Source source);
     void startSystemTracks(const std::vector<std::shared_ptr<Track>>& tracks);
-    void startSystemTrack(const std::shared_ptr<Track>& track);
+    void startSystemTrack(std::shared_ptr<Track> track);
     void eraseRadarCopies();
 
     Config config;

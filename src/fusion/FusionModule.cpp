@@ -26,7 +26,8 @@ std::chrono::nanoseconds monotonicTime() {
 }
 
 double toSeconds(std::chrono::nanoseconds time) {
-    return static_cast<double>(time.count() / 1000) / 1e6;
+    const auto whole = std::chrono::duration_cast<std::chrono::microseconds>(time);
+    return static_cast<double>(whole.count()) / 1e6;
 }
 
 /// Truncates, and saturates where 64 bits do not reach.

@@ -7,6 +7,8 @@
 #include "fusion/SystemTracks.h"
 #include "fusion/Workspace.h"
 
+#include <utility>
+
 namespace Veskar {
 namespace {
 
@@ -68,19 +70,20 @@ void FusionModule::startSystemTracks(const std::vector<std::shared_ptr<Track>>& 
 
 void FusionModule::initialize(std::shared_ptr<Track> track) {
     if (!associator.isOccupied(*track, systemTracks)) {
-        startSystemTrack(track);
+        startSystemTrack(std::move(track));
     }
 }
 
-void FusionModule::startSystemTrack(const std::shared_ptr<Track>& track) {
+void FusionModule::startSystemTrack(std::shared_ptr<Track> track) {
     if (config.module.removeClassMismatches && excludedTrackIds.count(track->id) > 0) {
         return;
     }
+    const Track& report = *track;
     systemTracks.push_back(
-        std::make_shared<SystemTrack>(track, ObjectIdGenerator::instance->next()));
-    takeLabels(*systemTracks.back(), *track);
+        std::make_shared<SystemTrack>(std::move(track), ObjectIdGenerator::instance->next()));
+    takeLabels(*systemTracks.back(), report);
     if (observer != nullptr) {
-        observer->onStart({systemTracks.back()->id, track->source, track->id});
+        observer->onStart({systemTracks.back()->id, report.source, report.id});
     }
 }
 

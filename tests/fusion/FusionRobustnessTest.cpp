@@ -12,7 +12,6 @@ namespace VeskarTest {
 namespace {
 
 using testing::AllOf;
-using testing::Contains;
 using testing::ElementsAre;
 using testing::Gt;
 using testing::IsEmpty;

@@ -13,9 +13,7 @@ using testing::DoubleNear;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Veskar::Radar;
-using Veskar::Source;
 using Veskar::VideoObject;
-using Veskar::VideoVura;
 
 constexpr double far = 2.0 * gateWidth;
 

@@ -169,8 +169,8 @@ Pairs Associator::sensorToSystemAssociation(const Tracks& tracks, const SystemTr
         }
     }
     forbidMismatches(tracks, systemTracks, cost, allowed, match, removedIds);
-    const Pairs solved = runLiterally(static_cast<int>(systemTracks.size()),
-                                      static_cast<int>(tracks.size()), cost, allowed);
+    Pairs solved = runLiterally(static_cast<int>(systemTracks.size()),
+                                static_cast<int>(tracks.size()), cost, allowed);
     if (!config.allowRadarToMultiple) {
         return solved;
     }

@@ -15,7 +15,8 @@ void Fusion::cycle(int source, double timestamp, const Tracks& tracks, std::int6
         return;
     }
     radarFrameQueue.push_back({timestamp, tracks});
-    const double seconds = static_cast<double>(now / 1000) / 1e6;
+    const std::int64_t microseconds = now / 1000;
+    const double seconds = static_cast<double>(microseconds) / 1e6;
     while (!radarFrameQueue.empty()) {
         const Frame front = radarFrameQueue.front();
         if (seconds - front.timestamp <= 1.5) {
@@ -151,18 +152,17 @@ void Fusion::unmarked(int source) {
         if (marked.count(systemTrack) > 0) {
             continue;
         }
+        double gain = 1.0;
         if (systemTrack->hasCoastingTracks(source)) {
             ++events["coasting track weighed down"];
             if (source == 0) {
-                systemTrack->updateTrackProbability(config.gainNegative.video);
-            } else if (source == 2) {
-                systemTrack->updateTrackProbability(config.gainNegative.radar);
-            } else {
-                systemTrack->updateTrackProbability(1.0);
+                gain = config.gainNegative.video;
             }
-        } else {
-            systemTrack->updateTrackProbability(1.0);
+            if (source == 2) {
+                gain = config.gainNegative.radar;
+            }
         }
+        systemTrack->updateTrackProbability(gain);
     }
 }
 

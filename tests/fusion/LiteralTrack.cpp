@@ -6,7 +6,7 @@
 namespace VeskarTest::Literal {
 
 std::shared_ptr<Track> literal(const Veskar::Track& track) {
-    const auto copy = std::make_shared<Track>();
+    auto copy = std::make_shared<Track>();
     for (int i = 0; i < 6; ++i) {
         copy->x[static_cast<std::size_t>(i)] = track.state[i];
         for (int j = 0; j < 6; ++j) {

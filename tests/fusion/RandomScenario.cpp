@@ -131,7 +131,7 @@ std::shared_ptr<Track> RandomScenario::makeReport(const Step& step, int id, cons
     if (chance(0.1)) {
         className = oneOf<std::string>({"human", "car", "truck", "bike", "unknown", "human_face"});
     }
-    const auto track = std::make_shared<Track>(
+    auto track = std::make_shared<Track>(
         state, P, step.timestamp, id, step.source, Veskar::CoordinateSystem::ImagePlaneRange,
         className, random.uniform(0.0, 1.0), "unknown", 0.0, "unknown", 0.0, "unknown", 0.0);
     for (std::string* color :
