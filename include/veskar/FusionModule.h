@@ -49,7 +49,9 @@ public:
     ///
     /// A VideoObject frame is fused at once. Radar frames wait in arrival order until video time
     /// has come within 0.1 s, or until they are more than 1.5 s old on the steady clock; they are
-    /// looked at when a radar frame arrives. Frames of other sources are ignored.
+    /// looked at when a radar frame arrives. One that must wait holds up those behind it, so a
+    /// stamp from the far future stops radar until video gets there. Frames of other sources are
+    /// ignored.
     ///
     /// A frame with a time stamp that is not finite is ignored, and tracks with a state or
     /// covariance that is not finite are left out; both are logged at error priority.

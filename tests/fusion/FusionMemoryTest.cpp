@@ -42,7 +42,7 @@ TEST_F(FusionMemory, StaysBoundedOverAMillionFramesWithChurningIds) {
     EXPECT_FALSE(module().systemTracks.empty());
 }
 
-TEST_F(FusionMemory, TakesAtMostOneAllocationPerReportInASteadyState) {
+TEST_F(FusionMemory, AllocatesInASteadyStateNoMoreThanTheFramesLists) {
     constexpr int objects = 64;
     for (const bool useJVA : {true, false}) {
         restart();
@@ -62,7 +62,7 @@ TEST_F(FusionMemory, TakesAtMostOneAllocationPerReportInASteadyState) {
             showVideo(time, videoTracks);
             showRadar(time, radarTracks);
             if (i >= 5) {
-                EXPECT_LE(allocations.count(), 2U * objects);
+                EXPECT_LE(allocations.count(), 4U) << "for two frames of 64 reports";
             }
         }
         EXPECT_EQ(module().systemTracks.size(), static_cast<std::size_t>(objects));

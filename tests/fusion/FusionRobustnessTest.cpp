@@ -313,6 +313,15 @@ TEST_F(FusionCrowd, OfRadarLeavesTheQueueAndTheOthersInIt) {
     EXPECT_THAT(heldIds(1, Radar), ElementsAre(5));
 }
 
+TEST_F(FusionCrowd, LeavesNoEmptyFrameInTheQueue) {
+    showVideo(10.0, {video(1, 10.0)});
+    showVideo(10.1, {video(1, 10.1, {0.0, 0.0, 5.0})});
+    expectTooBig([&] { showRadar(10.1, crowd(Radar, 600, 10.1)); });
+    const std::vector<double> before = systemTrack(0).trackProbabilityHistory;
+    showRadar(99.0, {});  // waits
+    EXPECT_EQ(systemTrack(0).trackProbabilityHistory, before) << "no radar frame was fused";
+}
+
 TEST_F(FusionCrowd, PassesAwayWithoutHelp) {
     showVideo(10.0, crowd(VideoObject, 600, 10.0));
     ASSERT_EQ(module().systemTracks.size(), 600U) << "nothing to assign: each starts a track";

@@ -150,7 +150,7 @@ TEST_F(FusionScenario, AJumpOfTheRadarReportCostsTheRadarTrackOnly) {
     EXPECT_TRUE(systemTrack(0).isConfirmed) << "it was confirmed while both saw it";
 }
 
-TEST_F(FusionScenario, TwoPeopleMayShareOneRadarTrackAndItsOwnTrackGoes) {
+TEST_F(FusionScenario, TwoPeopleMayShareOneRadarTrack) {
     config.module.allowRadarToMultiple = true;
     config.module.useJVA = false;
     // Radar is first with one track for two people that only video tells apart.
