@@ -14,7 +14,6 @@ namespace {
 
 using Veskar::Source;
 using Veskar::SystemTrack;
-using Veskar::Track;
 using VeskarTest::AllocationScope;
 using VeskarTest::makeSystemTrack;
 using VeskarTest::makeTrack;

@@ -21,7 +21,6 @@ using VeskarTest::Estimate;
 using VeskarTest::exactDistance;
 using VeskarTest::ExtendedEstimate;
 using VeskarTest::ExtendedMatrix;
-using VeskarTest::IsApprox;
 using VeskarTest::IsNearRelative;
 using VeskarTest::RandomEstimates;
 
