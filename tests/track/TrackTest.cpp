@@ -328,9 +328,9 @@ TEST(PositionStatisticalDistance, EqualsTheFormulaInExtendedPrecision) {
         const auto b = makeTrack(Source::VideoObject, 1, random.estimate());
         Vector3 d;
         Matrix3 S;
-        for (int row = 0; row < 3; ++row) {
+        for (Eigen::Index row = 0; row < 3; ++row) {
             d[row] = static_cast<long double>(a->state[2 * row]) - b->state[2 * row];
-            for (int col = 0; col < 3; ++col) {
+            for (Eigen::Index col = 0; col < 3; ++col) {
                 S(row, col) = static_cast<long double>(a->covariance(2 * row, 2 * col)) +
                               b->covariance(2 * row, 2 * col);
             }
