@@ -53,12 +53,18 @@ Veskar::Config shippedConfig(bool useJVA) {
     return config;
 }
 
-/// A sensor's view of objects in a row, all walking at one speed, each with a slightly different
-/// covariance.
+/// Where objects stand: in a row across the image and 3 m behind each other.
+struct Row {
+    double spread = 1.0;  ///< as a share of that
+    double shift = 0.0;   ///< along u
+};
+
+/// A sensor's view of objects in a row, all walking at one speed, each with a covariance of its
+/// own.
 class Walkers {
 public:
-    Walkers(Source sensor, int count, double offset = 0.0)
-        : source(sensor), objects(count), shift(offset) {}
+    Walkers(Source sensor, int count, const Row& place = {})
+        : source(sensor), objects(count), row(place) {}
 
     Tracks at(double time) {
         Tracks tracks;
@@ -67,8 +73,8 @@ public:
             report.source = source;
             report.id = id;
             report.time = time;
-            report.state << -0.9 + 1.8 * id / objects + shift, 0.02, -0.2, 0.0, 10.0 + 3.0 * id,
-                0.0;
+            report.state << row.spread * (1.8 * id / objects - 0.9) + row.shift, 0.02, -0.2, 0.0,
+                10.0 + row.spread * 3.0 * id, 0.0;
             report.covariance = 1e-4 * pool.next().P;
             report.className = "human";
             tracks.push_back(VeskarTest::makeTrack(report));
@@ -81,7 +87,7 @@ public:
 private:
     Source source;
     int objects;
-    double shift;
+    Row row;
     VeskarBench::EstimatePool pool;
 };
 
@@ -151,15 +157,16 @@ void steadyState(benchmark::State& state) {
     state.SetComplexityN(objects);
 }
 
-/// A radar frame shows objects for the first time that so far video alone has seen, either where
-/// these are (they join) or elsewhere (they start system tracks).
-void newObjects(benchmark::State& state) {
+/// A radar frame shows objects for the first time that so far video alone has seen.
+/// @param radarRow where radar sees them
+/// @param expected system tracks afterwards
+void newObjects(benchmark::State& state, const Row& videoRow, const Row& radarRow,
+                std::size_t expected) {
     const int objects = static_cast<int>(state.range(0));
-    const bool isElsewhere = state.range(2) != 0;
-    const Veskar::Config config = shippedConfig(state.range(1) != 0);
-    Walkers videoWalkers(VideoObject, objects);
-    Walkers radarWalkers(Radar, objects, isElsewhere ? 100.0 : 0.0);
-    FusionModule module(config, [] { return std::chrono::nanoseconds{}; });
+    Walkers videoWalkers(VideoObject, objects, videoRow);
+    Walkers radarWalkers(Radar, objects, radarRow);
+    FusionModule module(shippedConfig(state.range(1) != 0),
+                        [] { return std::chrono::nanoseconds{}; });
     const auto meet = [&](Meter& meter) {
         module.clear();
         module.cycle(VideoObject, 10.0, videoWalkers.at(10.0));
@@ -175,30 +182,35 @@ void newObjects(benchmark::State& state) {
         meet(meter);
         state.SetIterationTime(meter.getSeconds() - before);
     }
-    require(
-        state,
-        module.systemTracks.size() == static_cast<std::size_t>(isElsewhere ? 2 * objects : objects),
-        "not every object is one system track");
+    require(state, module.systemTracks.size() == expected, "not the system tracks expected");
     state.counters["LU"] = meter.perFrame() / ((lu + measureLu()) / 2.0 * objects);
     state.counters["allocs"] = meter.allocationsPerFrame();
 }
 
-BENCHMARK(steadyState)
-    ->ArgNames({"objects", "JVA"})
-    ->ArgsProduct({{8, 32, 64, 128, 256}, {1}})
-    ->UseManualTime()
-    ->Unit(benchmark::kMicrosecond)
-    ->Complexity();
-BENCHMARK(steadyState)
-    ->ArgNames({"objects", "JVA"})
-    ->ArgsProduct({{8, 32, 64, 128, 256}, {0}})
-    ->UseManualTime()
-    ->Unit(benchmark::kMicrosecond)
-    ->Complexity();
-BENCHMARK(newObjects)
-    ->ArgNames({"objects", "JVA", "elsewhere"})
-    ->ArgsProduct({{64}, {1, 0}, {0, 1}})
-    ->UseManualTime()
-    ->Unit(benchmark::kMicrosecond);
+/// They stand apart, and each joins its system track.
+void newObjectsJoin(benchmark::State& state) {
+    newObjects(state, {}, {}, static_cast<std::size_t>(state.range(0)));
+}
+
+/// They stand so close that every pair passes the gate, and each joins one.
+void newObjectsInACrowd(benchmark::State& state) {
+    const Row crowd{1e-4, 0.0};
+    newObjects(state, crowd, crowd, static_cast<std::size_t>(state.range(0)));
+}
+
+/// Radar sees others, which start system tracks.
+void newObjectsElsewhere(benchmark::State& state) {
+    newObjects(state, {}, {1.0, 100.0}, 2 * static_cast<std::size_t>(state.range(0)));
+}
+
+void perObject(benchmark::internal::Benchmark* benchmark) {
+    benchmark->ArgNames({"objects", "JVA"})->UseManualTime()->Unit(benchmark::kMicrosecond);
+}
+
+BENCHMARK(steadyState)->Apply(perObject)->ArgsProduct({{8, 32, 64, 128, 256}, {1}})->Complexity();
+BENCHMARK(steadyState)->Apply(perObject)->ArgsProduct({{8, 32, 64, 128, 256}, {0}})->Complexity();
+BENCHMARK(newObjectsJoin)->Apply(perObject)->ArgsProduct({{64}, {1, 0}});
+BENCHMARK(newObjectsInACrowd)->Apply(perObject)->ArgsProduct({{64}, {1, 0}});
+BENCHMARK(newObjectsElsewhere)->Apply(perObject)->ArgsProduct({{64}, {1, 0}});
 
 }  // namespace

@@ -60,8 +60,9 @@ public:
     /// @param timestamp time of the frame in seconds on the steady clock's time base
     /// @param tracks the sensor's tracks; shared with the module, which predicts them later on
     /// @throw std::runtime_error "One of the JVA costMatrix dimensions was too big (>512)" when a
-    ///        side of an optimal assignment has more than 512 tracks. The frame's tracks are not
-    ///        associated, all else still runs, and later frames are not affected.
+    ///        side of an optimal assignment has more than 512 tracks. Tracks that are held already
+    ///        have been continued, and the frame still confirms, prunes and deletes; it associates
+    ///        and starts none and offers no calibration samples. It is not tried again.
     void cycle(Source source, double timestamp, const std::vector<std::shared_ptr<Track>>& tracks);
 
     /// Fuses one frame at once: predicts, updates, starts system tracks, manages them and offers

@@ -183,10 +183,11 @@ void Fusion::initialize(const std::shared_ptr<Track>& track) {
 void Fusion::management() {
     for (const auto& systemTrack : systemTracks) {
         const double p = systemTrack->getTrackProbability();
-        if (config.systemTrackConfirmationLimitUpper < p) {
-            systemTrack->isConfirmed = true;
-        } else if (systemTrack->hasTracks(0) && systemTrack->hasTracks(2) &&
-                   config.systemTrackConfirmationLimitLower < p) {
+        bool confirms = config.systemTrackConfirmationLimitUpper < p;
+        if (!confirms && systemTrack->hasTracks(0) && systemTrack->hasTracks(2)) {
+            confirms = config.systemTrackConfirmationLimitLower < p;
+        }
+        if (confirms) {
             systemTrack->isConfirmed = true;
         }
         systemTrack->pruneSensorTracksByCoastingTime(2);
