@@ -82,8 +82,8 @@ Veskar::Config makeConfig(bool split) {
     return config;
 }
 
-template <typename Associator>
-void sensorToSystem(benchmark::State& state, Density density, bool split) {
+template <typename Associator, Density density, bool split>
+void sensorToSystem(benchmark::State& state) {
     const Frame frame = makeFrame(static_cast<int>(state.range(0)), density, Source::Radar, false);
     Associator associator(makeConfig(split));
     std::unordered_set<int> removedIds;
@@ -97,8 +97,8 @@ void sensorToSystem(benchmark::State& state, Density density, bool split) {
     state.counters["pairs"] = static_cast<double>(pairs);
 }
 
-template <typename Associator>
-void systemToSystem(benchmark::State& state, Density density, bool split) {
+template <typename Associator, Density density, bool split>
+void systemToSystem(benchmark::State& state) {
     const Frame frame = makeFrame(static_cast<int>(state.range(0)), density, Source::Radar, true);
     Associator associator(makeConfig(split));
     std::size_t pairs = 0;
@@ -127,46 +127,25 @@ void sensorToSystemHeld(benchmark::State& state) {
 using Veskar::TrackAssociator;
 using VeskarTest::LiteralAssociator;
 
-/// The library at all sizes, the literal rules where they end in reasonable time.
-bool registerAll() {
-    struct Case {
-        const char* name;
-        Density density;
-        bool split;
-    };
-    const auto add = [](const std::string& name, auto function, bool literal) {
-        auto* benchmark = benchmark::RegisterBenchmark(name.c_str(), function);
-        if (literal) {
-            benchmark->Arg(16)->Arg(64);
-        } else {
-            benchmark->Arg(16)->Arg(64)->Arg(128)->Arg(512);
-        }
-    };
-    for (const Case& c :
-         {Case{"far", Density::Far, false}, Case{"farSplit", Density::Far, true},
-          Case{"close", Density::Close, false}, Case{"closeSplit", Density::Close, true}}) {
-        const std::string name = c.name;
-        add(
-            "sensorToSystem/" + name,
-            [c](auto& state) { sensorToSystem<TrackAssociator>(state, c.density, c.split); },
-            false);
-        add(
-            "sensorToSystem/" + name + "/literal",
-            [c](auto& state) { sensorToSystem<LiteralAssociator>(state, c.density, c.split); },
-            true);
-        add(
-            "systemToSystem/" + name,
-            [c](auto& state) { systemToSystem<TrackAssociator>(state, c.density, c.split); },
-            false);
-        add(
-            "systemToSystem/" + name + "/literal",
-            [c](auto& state) { systemToSystem<LiteralAssociator>(state, c.density, c.split); },
-            true);
-    }
-    add("sensorToSystem/held", sensorToSystemHeld, false);
-    return true;
-}
+const std::vector<std::int64_t> all = {16, 64, 128, 512};
+const std::vector<std::int64_t> small = {16, 64};
 
-[[maybe_unused]] const bool registered = registerAll();
+#define VESKAR_ASSOCIATION_BENCH(call, name, density, split)    \
+    BENCHMARK_TEMPLATE(call, TrackAssociator, density, split)   \
+        ->ArgsProduct({all})                                    \
+        ->Name(#call "/" name);                                 \
+    BENCHMARK_TEMPLATE(call, LiteralAssociator, density, split) \
+        ->ArgsProduct({small})                                  \
+        ->Name(#call "/" name "/literal")
+
+VESKAR_ASSOCIATION_BENCH(sensorToSystem, "far", Density::Far, false);
+VESKAR_ASSOCIATION_BENCH(sensorToSystem, "farSplit", Density::Far, true);
+VESKAR_ASSOCIATION_BENCH(sensorToSystem, "close", Density::Close, false);
+VESKAR_ASSOCIATION_BENCH(sensorToSystem, "closeSplit", Density::Close, true);
+VESKAR_ASSOCIATION_BENCH(systemToSystem, "far", Density::Far, false);
+VESKAR_ASSOCIATION_BENCH(systemToSystem, "farSplit", Density::Far, true);
+VESKAR_ASSOCIATION_BENCH(systemToSystem, "close", Density::Close, false);
+VESKAR_ASSOCIATION_BENCH(systemToSystem, "closeSplit", Density::Close, true);
+BENCHMARK(sensorToSystemHeld)->ArgsProduct({all})->Name("sensorToSystem/held");
 
 }  // namespace

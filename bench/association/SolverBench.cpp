@@ -5,7 +5,6 @@
 #include "support/RandomEstimates.h"
 
 #include <cmath>
-#include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -64,6 +63,19 @@ Costs makeTied(RandomEstimates& random, int n) {
     return costs;
 }
 
+/// Forbidden cells beside allowed ones whose costs hardly differ.
+Costs makeNearTied(RandomEstimates& random, int n, double step) {
+    Costs costs = fill(n, n, forbidden);
+    for (auto& row : costs) {
+        for (double& c : row) {
+            if (random.uniform(0.0, 1.0) < 0.4) {
+                c = 1.0 + step * random.uniform(0.0, 1.0);
+            }
+        }
+    }
+    return costs;
+}
+
 /// All rows but the first compete for one column less than they are, at costs that hardly differ:
 /// prices rise in tiny steps up to the forbidden cost.
 Costs makePriceWar(RandomEstimates& random, int n, double step) {
@@ -74,6 +86,15 @@ Costs makePriceWar(RandomEstimates& random, int n, double step) {
         for (int j = 1; j < n - 1; ++j) {
             costs[i][j] = 1.0 + step * random.uniform(0.0, 1.0);
         }
+    }
+    return costs;
+}
+
+/// Sensor tracks of a crowd: many rows, few columns.
+Costs makeTall(RandomEstimates& random, int n) {
+    Costs costs = makeUniform(random, n);
+    for (auto& row : costs) {
+        row.resize(n / 8);
     }
     return costs;
 }
@@ -91,24 +112,36 @@ std::vector<Costs> makeProblems(Maker make, int n) {
     return problems;
 }
 
-void solver(benchmark::State& state, Maker make) {
-    const std::size_t n = state.range(0);
-    const auto problems = makeProblems(make, static_cast<int>(n));
-    const VeskarTest::Allowed allowed(n, std::vector<bool>(n, false));
+template <Maker make>
+void solver(benchmark::State& state) {
+    const auto problems = makeProblems(make, static_cast<int>(state.range(0)));
+    const std::size_t rows = problems[0].size();
+    const std::size_t cols = problems[0][0].size();
+    const VeskarTest::Allowed allowed(rows, std::vector<bool>(cols, false));
     Veskar::AssignmentSolver solver;
     std::size_t k = 0;
     for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(
-            solver.solve(problems[k++ % problems.size()], allowed, n, n).data());
+            solver.solve(problems[k++ % problems.size()], allowed, rows, cols).data());
     }
 }
 
-void literal(benchmark::State& state, Maker make) {
+template <Maker make>
+void literal(benchmark::State& state) {
     const auto problems = makeProblems(make, static_cast<int>(state.range(0)));
+    const int rows = static_cast<int>(problems[0].size());
+    const int cols = static_cast<int>(problems[0][0].size());
+    const VeskarTest::Allowed allowed(rows, std::vector<bool>(cols, false));
     std::size_t k = 0;
     for ([[maybe_unused]] auto _ : state) {
-        benchmark::DoNotOptimize(VeskarTest::solveLiterally(problems[k++ % problems.size()]));
+        benchmark::DoNotOptimize(
+            VeskarTest::runLiterally(rows, cols, problems[k++ % problems.size()], allowed));
     }
+}
+
+template <int exponent>
+Costs makeNearTied(RandomEstimates& random, int n) {
+    return makeNearTied(random, n, std::pow(10.0, -exponent));
 }
 
 template <int exponent>
@@ -116,32 +149,24 @@ Costs makePriceWar(RandomEstimates& random, int n) {
     return makePriceWar(random, n, std::pow(10.0, -exponent));
 }
 
-bool registerAll() {
-    struct Family {
-        const char* name;
-        Maker make;
-        std::vector<std::int64_t> sizes;
-    };
-    const std::vector<std::int64_t> all = {16, 32, 64, 128, 256, 512};
-    const std::vector<std::int64_t> small = {4, 8, 16, 32, 64};
-    for (const Family& family :
-         {Family{"uniform", makeUniform, all}, Family{"partnered", makePartnered, all},
-          Family{"sparse", makeSparse, all}, Family{"tied", makeTied, all},
-          Family{"uniformSmall", makeUniform, small}, Family{"priceWar4", makePriceWar<4>, small},
-          Family{"priceWar8", makePriceWar<8>, small},
-          Family{"priceWar12", makePriceWar<12>, small}}) {
-        const std::string name = std::string("solver/") + family.name;
-        const Maker make = family.make;
-        benchmark::RegisterBenchmark(name.c_str(), [make](auto& state) {
-            solver(state, make);
-        })->ArgsProduct({family.sizes});
-        benchmark::RegisterBenchmark((name + "/literal").c_str(), [make](auto& state) {
-            literal(state, make);
-        })->ArgsProduct({family.sizes});
-    }
-    return true;
-}
+const std::vector<std::int64_t> all = {16, 32, 64, 128, 256, 512};
+const std::vector<std::int64_t> small = {4, 8, 16, 32, 64};
 
-[[maybe_unused]] const bool registered = registerAll();
+#define VESKAR_SOLVER_BENCH(name, make, sizes)                                    \
+    BENCHMARK_TEMPLATE(solver, make)->ArgsProduct({sizes})->Name("solver/" name); \
+    BENCHMARK_TEMPLATE(literal, make)->ArgsProduct({sizes})->Name("solver/" name "/literal")
+
+VESKAR_SOLVER_BENCH("uniform", makeUniform, all);
+VESKAR_SOLVER_BENCH("partnered", makePartnered, all);
+VESKAR_SOLVER_BENCH("sparse", makeSparse, all);
+VESKAR_SOLVER_BENCH("tied", makeTied, all);
+VESKAR_SOLVER_BENCH("tall", makeTall, all);
+VESKAR_SOLVER_BENCH("uniformSmall", makeUniform, small);
+VESKAR_SOLVER_BENCH("nearTied4", makeNearTied<4>, small);
+VESKAR_SOLVER_BENCH("nearTied8", makeNearTied<8>, small);
+VESKAR_SOLVER_BENCH("nearTied12", makeNearTied<12>, small);
+VESKAR_SOLVER_BENCH("priceWar4", makePriceWar<4>, small);
+VESKAR_SOLVER_BENCH("priceWar8", makePriceWar<8>, small);
+VESKAR_SOLVER_BENCH("priceWar12", makePriceWar<12>, small);
 
 }  // namespace

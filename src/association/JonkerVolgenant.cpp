@@ -48,16 +48,21 @@ double leastReducedCost(const double* costs, const double* prices, int count) {
     return least;
 }
 
-/// The smallest number and the one after it, of all numbers that were put in.
+/// The smallest number and the one after it.
 struct SmallestTwo {
-    double least = largest;
-    double second = largest;
-
-    void put(double h) {
-        second = std::min(second, std::max(least, h));
-        least = std::min(least, h);
-    }
+    double least;
+    double second;
 };
+
+SmallestTwo smallestTwoOf(const Lanes& least, const Lanes& second) {
+    using Half = Eigen::Array<double, laneCount / 2, 1>;
+    const Half a = least.head<laneCount / 2>();
+    const Half b = least.tail<laneCount / 2>();
+    const Half halfLeast = a.min(b);
+    const Half halfSecond =
+        second.head<laneCount / 2>().min(second.tail<laneCount / 2>()).min(a.max(b));
+    return {halfLeast.minCoeff(), std::min(halfSecond.minCoeff(), halfLeast.maxCoeff())};
+}
 
 SmallestTwo smallestTwoReducedCosts(const double* costs, const double* prices, int count) {
     Lanes least = Lanes::Constant(largest);
@@ -73,13 +78,11 @@ SmallestTwo smallestTwoReducedCosts(const double* costs, const double* prices, i
             return {0.0, 0.0};
         }
     }
-    SmallestTwo two;
-    for (int lane = 0; lane < laneCount; ++lane) {
-        two.put(least[lane]);
-        two.put(second[lane]);
-    }
+    SmallestTwo two = smallestTwoOf(least, second);
     for (; j < count; ++j) {
-        two.put(costs[j] - prices[j]);
+        const double h = costs[j] - prices[j];
+        two.second = std::min(two.second, std::max(two.least, h));
+        two.least = std::min(two.least, h);
     }
     return two;
 }

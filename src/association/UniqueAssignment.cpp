@@ -9,14 +9,8 @@
 namespace Veskar {
 namespace {
 
-constexpr int none = -1;
+constexpr int none = PricedAssignment::none;
 constexpr double infinite = std::numeric_limits<double>::infinity();
-
-/// How much worse every other assignment has to be. Half a million times the rounding unit of the
-/// forbidden cost, so that no order of additions in another solver can hide the difference.
-constexpr double clearMargin = 1e-6;
-/// How far rounding may move the prices of this solver off the relations that prove the optimum.
-constexpr double priceTolerance = 1e-10;
 
 }  // namespace
 
@@ -31,14 +25,14 @@ bool UniqueAssignment::solve(const SparseCosts& costs, std::size_t colCount) {
             return false;
         }
     }
-    return pricesAreOptimal(costs) && !hasTightCycle();
+    return proof.holds(costs, solution);
 }
 
 void UniqueAssignment::start(std::size_t rowCount, std::size_t colCount, std::size_t cellCount) {
-    u.assign(rowCount, forbiddenCost);
-    v.assign(colCount, 0.0);
-    columnOf.assign(rowCount, none);
-    rowOf.assign(colCount, none);
+    solution.u.assign(rowCount, forbiddenCost);
+    solution.v.assign(colCount, 0.0);
+    solution.columnOf.assign(rowCount, none);
+    solution.rowOf.assign(colCount, none);
     pathLength.assign(colCount, infinite);
     predecessor.resize(colCount);
     scanned.assign(colCount, 0);
@@ -47,23 +41,22 @@ void UniqueAssignment::start(std::size_t rowCount, std::size_t colCount, std::si
 }
 
 /// Gives every row its cheapest column, first come, first served.
-/// @return whether every cell is clearly better than a forbidden pair, and of a size at which the
-///         margin stands above the rounding
+/// @return whether a proof is possible at all
 bool UniqueAssignment::takeFreeMinima(const SparseCosts& costs) {
-    for (std::size_t i = 0; i < columnOf.size(); ++i) {
+    for (std::size_t i = 0; i < solution.columnOf.size(); ++i) {
         int col = none;
         for (const SparseCosts::Cell& cell : costs.row(i)) {
-            if (!(cell.cost >= -forbiddenCost && cell.cost <= forbiddenCost - clearMargin)) {
+            if (!UniquenessProof::admits(cell.cost)) {
                 return false;
             }
-            if (cell.cost < u[i]) {
-                u[i] = cell.cost;
+            if (cell.cost < solution.u[i]) {
+                solution.u[i] = cell.cost;
                 col = cell.col;
             }
         }
-        if (col != none && rowOf[col] == none) {
-            rowOf[col] = static_cast<int>(i);
-            columnOf[i] = col;
+        if (col != none && solution.rowOf[col] == none) {
+            solution.rowOf[col] = static_cast<int>(i);
+            solution.columnOf[i] = col;
         } else if (col != none) {
             freeRows.push_back(static_cast<int>(i));
         }
@@ -82,7 +75,7 @@ int UniqueAssignment::displace(const SparseCosts& costs, int freeRow) {
         double second = forbiddenCost;
         int col = none;
         for (const SparseCosts::Cell& cell : costs.row(row)) {
-            const double reduced = cell.cost - v[cell.col];
+            const double reduced = cell.cost - solution.v[cell.col];
             if (reduced < least) {
                 second = least;
                 least = reduced;
@@ -91,16 +84,16 @@ int UniqueAssignment::displace(const SparseCosts& costs, int freeRow) {
                 second = std::min(second, reduced);
             }
         }
-        u[row] = second;
+        solution.u[row] = second;
         if (col == none) {
             return none;  // better left out
         }
-        v[col] -= second - least;
-        const int loser = rowOf[col];
-        rowOf[col] = row;
-        columnOf[row] = col;
+        solution.v[col] -= second - least;
+        const int loser = solution.rowOf[col];
+        solution.rowOf[col] = row;
+        solution.columnOf[row] = col;
         if (loser != none) {
-            columnOf[loser] = none;
+            solution.columnOf[loser] = none;
         }
         row = loser;
     }
@@ -113,13 +106,13 @@ int UniqueAssignment::displace(const SparseCosts& costs, int freeRow) {
 bool UniqueAssignment::augment(const SparseCosts& costs, int freeRow) {
     heap.clear();
     reached.clear();
-    double length = forbiddenCost - u[freeRow];
+    double length = forbiddenCost - solution.u[freeRow];
     int leftOut = freeRow;
     relax(costs, freeRow, 0.0);
     int end = popNearest();
-    while (end != none && pathLength[end] < length && rowOf[end] != none) {
-        const int row = rowOf[end];
-        const double lengthOut = pathLength[end] + (forbiddenCost - u[row]);
+    while (end != none && pathLength[end] < length && solution.rowOf[end] != none) {
+        const int row = solution.rowOf[end];
+        const double lengthOut = pathLength[end] + (forbiddenCost - solution.u[row]);
         if (lengthOut < length) {
             length = lengthOut;
             leftOut = row;
@@ -134,8 +127,8 @@ bool UniqueAssignment::augment(const SparseCosts& costs, int freeRow) {
     if (end != none && pathLength[end] < length) {
         length = pathLength[end];
     } else {
-        end = columnOf[leftOut];
-        columnOf[leftOut] = none;
+        end = solution.columnOf[leftOut];
+        solution.columnOf[leftOut] = none;
     }
     changePrices(freeRow, length);
     flip(end);
@@ -145,9 +138,9 @@ bool UniqueAssignment::augment(const SparseCosts& costs, int freeRow) {
 /// Shortens the paths to a row's columns by going through that row.
 void UniqueAssignment::relax(const SparseCosts& costs, int row, double length) {
     const SparseCosts::Row cells = costs.row(row);
-    const double* prices = v.data();
+    const double* prices = solution.v.data();
     double* lengths = pathLength.data();
-    const double base = length - u[row];
+    const double base = length - solution.u[row];
     for (const SparseCosts::Cell& cell : cells) {
         const int col = cell.col;
         const double newLength = base + (cell.cost - prices[col]);
@@ -179,11 +172,11 @@ int UniqueAssignment::popNearest() {
 
 /// Makes the moves along the shortest path free.
 void UniqueAssignment::changePrices(int freeRow, double length) {
-    u[freeRow] += length;
+    solution.u[freeRow] += length;
     for (const int col : reached) {
         if (scanned[col] != 0) {
-            u[rowOf[col]] += length - pathLength[col];
-            v[col] -= length - pathLength[col];
+            solution.u[solution.rowOf[col]] += length - pathLength[col];
+            solution.v[col] -= length - pathLength[col];
             scanned[col] = 0;
         }
         pathLength[col] = infinite;
@@ -194,88 +187,9 @@ void UniqueAssignment::changePrices(int freeRow, double length) {
 void UniqueAssignment::flip(int col) {
     while (col != none) {
         const int row = predecessor[col];
-        rowOf[col] = row;
-        std::swap(columnOf[row], col);
+        solution.rowOf[col] = row;
+        std::swap(solution.columnOf[row], col);
     }
-}
-
-/// Whether the prices prove, up to rounding, that no assignment is better. Gathers the moves that
-/// make it hardly worse.
-bool UniqueAssignment::pricesAreOptimal(const SparseCosts& costs) {
-    moves.clear();
-    firstMove.clear();
-    for (std::size_t i = 0; i < columnOf.size(); ++i) {
-        firstMove.push_back(moves.size());
-        if (!rowPriceIsOptimal(costs.row(i), i)) {
-            return false;
-        }
-    }
-    return columnPricesAreOptimal();
-}
-
-bool UniqueAssignment::rowPriceIsOptimal(const SparseCosts::Row& cells, std::size_t row) {
-    const std::size_t leftOver = columnOf.size();
-    const int own = columnOf[row];
-    const double price = u[row];
-    const double* prices = v.data();
-    const double gainOut = forbiddenCost - price;
-    bool optimal = gainOut >= -priceTolerance && (own != none || gainOut <= priceTolerance);
-    if (own != none && gainOut <= clearMargin) {
-        moves.push_back(leftOver);
-    }
-    for (const SparseCosts::Cell& cell : cells) {
-        const double slack = cell.cost - price - prices[cell.col];
-        optimal = optimal && slack >= -priceTolerance;
-        if (cell.col == own) {
-            optimal = optimal && slack <= priceTolerance;
-        } else if (slack <= clearMargin) {
-            const int holder = rowOf[cell.col];
-            moves.push_back(holder == none ? leftOver : static_cast<std::size_t>(holder));
-        }
-    }
-    return optimal;
-}
-
-bool UniqueAssignment::columnPricesAreOptimal() const {
-    for (std::size_t j = 0; j < rowOf.size(); ++j) {
-        if (v[j] > priceTolerance || (rowOf[j] == none && v[j] < -priceTolerance)) {
-            return false;
-        }
-    }
-    return true;
-}
-
-/// Whether some closed chain of moves is nearly free.
-bool UniqueAssignment::hasTightCycle() {
-    if (moves.empty()) {
-        return false;
-    }
-    const std::size_t leftOver = columnOf.size();
-    firstMove.push_back(moves.size());
-    for (std::size_t i = 0; i < leftOver; ++i) {
-        if (columnOf[i] == none || v[columnOf[i]] >= -clearMargin) {
-            moves.push_back(i);
-        }
-    }
-    firstMove.push_back(moves.size());
-    movesInto.assign(leftOver + 1, 0);
-    for (const std::size_t to : moves) {
-        ++movesInto[to];
-    }
-    settled.clear();
-    for (std::size_t i = 0; i <= leftOver; ++i) {
-        if (movesInto[i] == 0) {
-            settled.push_back(i);
-        }
-    }
-    for (std::size_t k = 0; k < settled.size(); ++k) {
-        for (std::size_t m = firstMove[settled[k]]; m < firstMove[settled[k] + 1]; ++m) {
-            if (--movesInto[moves[m]] == 0) {
-                settled.push_back(moves[m]);
-            }
-        }
-    }
-    return settled.size() <= leftOver;
 }
 
 }  // namespace Veskar
