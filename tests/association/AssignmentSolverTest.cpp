@@ -94,8 +94,7 @@ TEST(AssignmentSolver, LeavesAllowedMatricesThatAreTooSmallToTheCaller) {
     RandomEstimates random(33);
     AssignmentSolver solver;
     const Costs cost = makeGated(random, 20, 0.03);
-    Costs square = cost;
-    const std::vector<int> expected = solveLiterally(square).columnOfRow;
+    const std::vector<int> expected = solveLiterally(cost).columnOfRow;
     EXPECT_EQ(solver.solve(cost, {}, 20, 20), expected);
     EXPECT_EQ(solver.solve(cost, Allowed(20), 20, 20), expected);
 }
