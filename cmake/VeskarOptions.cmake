@@ -23,6 +23,7 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 # What is shipped does not tell where it was built, and two builds are the same.
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 add_compile_options($<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
 if(CMAKE_SYSROOT)
   add_compile_options($<$<CONFIG:Release>:-ffile-prefix-map=${CMAKE_SYSROOT}=>)
