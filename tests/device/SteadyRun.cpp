@@ -84,22 +84,27 @@ void run(const char* configuration) {
     constexpr int warmUp = 200;
     constexpr int frames = 1000;
     std::size_t inCycle = 0;
+    std::size_t warm = 0;
+    std::size_t end = 0;
     for (int frame = 1; frame <= warmUp + frames; ++frame) {
         now = 0.05 * frame;
         const Veskar::Source source = frame % 2 == 0 ? Veskar::Radar : Veskar::VideoObject;
         scene.moveTo(now);
         const auto reports = scene.report(source);
-        if (frame == warmUp + 1) {
+        const std::size_t allocationsBefore = allocations;
+        fusion.cycle(source, now, reports);
+        inCycle += allocations - allocationsBefore;
+        if (frame == warmUp) {
+            warm = live;
             peak = live;
             inCycle = 0;
         }
-        const std::size_t taken = allocations;
-        fusion.cycle(source, now, reports);
-        inCycle += allocations - taken;
+        end = live;
     }
     std::printf("frames: %d\n", warmUp + frames);
     std::printf("system tracks: %zu\n", fusion.systemTracks.size());
     std::printf("peak heap: %zu\n", peak - before);
+    std::printf("heap growth: %td\n", static_cast<std::ptrdiff_t>(end - warm));
     std::printf("allocations per frame: %.1f\n", static_cast<double>(inCycle) / frames);
 }
 
