@@ -99,7 +99,7 @@ const Veskar::Config& configuration() {
 void BM_Replay(benchmark::State& state) {
     const RecordingFile file(static_cast<int>(state.range(0)));
     Tally tally;
-    for (auto iteration : state) {
+    for ([[maybe_unused]] const auto iteration : state) {
         Workbench::RecordingReader reader(file.path, Workbench::TruthLines::Skip);
         Workbench::OutputFile output("/dev/null");
         Workbench::Replay run(
@@ -122,7 +122,7 @@ void BM_Host(benchmark::State& state) {
         frames.push_back(std::get<Workbench::SensorFrame>(std::move(*line)));
     }
     Tally tally;
-    for (auto iteration : state) {
+    for ([[maybe_unused]] const auto iteration : state) {
         Workbench::Replay run(
             reader.header(), configuration(),
             [](const Workbench::FusedFrame& frame) { benchmark::DoNotOptimize(&frame); });
