@@ -71,7 +71,7 @@ public:
     /// @param position the position, in place
     void validatePosition(::Dbus::GeoLocation::Position& position);
     /// @param range ground distance in metres
-    /// @param azimuth degrees, see ::Dbus::GeoLocation::getPosition
+    /// @param azimuth degrees, clockwise from the device's heading
     /// @return the geographic position
     ::Dbus::GeoLocation::Position getPosition(double range, double azimuth);
 
