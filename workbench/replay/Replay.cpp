@@ -26,7 +26,8 @@ std::optional<double> RadarQueue::radarGiven(double time, double clock) {
     constexpr double longestWait = 1.5;
     constexpr double videoLead = 0.1;
     // The module looks at its clock in whole microseconds.
-    const double now = static_cast<double>(nanoseconds(clock).count() / 1000) / 1e6;
+    const std::int64_t microseconds = nanoseconds(clock).count() / 1000;
+    const double now = static_cast<double>(microseconds) / 1e6;
     waiting.push_back(time);
     std::optional<double> fused;
     const auto drainWhile = [&](auto isReady) {

@@ -27,9 +27,9 @@ public:
     /// @param time time stamp of a video frame, s
     void videoFused(double time) { lastVideo = time; }
     /// @param time time stamp of a radar frame handed to cycle, s
-    /// @param now the module's clock, s
+    /// @param clock the module's clock, s
     /// @return time stamp of the last frame fused by that call; nothing when all of them wait
-    std::optional<double> radarGiven(double time, double now);
+    std::optional<double> radarGiven(double time, double clock);
 
 private:
     std::deque<double> waiting;
