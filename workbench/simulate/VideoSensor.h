@@ -44,7 +44,7 @@ private:
     bool isDetected(const View& view);
     VideoDetection detect(const View& view, double dt);
     VideoDetection imagine(const FalseObject& object) const;
-    Label classOf(const ObjectTraits& traits);
+    Label classOf(const ObjectTraits& object);
 
     const VideoTraits& traits;
     Projection camera;  ///< as it is really mounted
