@@ -46,7 +46,7 @@ std::vector<int> literalColumns(const Costs& C) {
     std::vector<int> columnOf = solveLiterally(square).columnOfRow;
     columnOf.resize(C.size());
     for (std::size_t i = 0; i < C.size(); ++i) {
-        if (square[i][columnOf[i]] == F) {
+        if (square[i][static_cast<std::size_t>(columnOf[i])] == F) {
             columnOf[i] = -1;
         }
     }
@@ -58,9 +58,10 @@ TEST(UniqueAssignment, AgreesWithTheLiteralAlgorithmWhereverItAnswers) {
     UniqueAssignment solver;
     int answered = 0;
     for (int k = 0; k < 2000; ++k) {
-        const int rows = random.integer(1, 25);
-        const int cols = random.integer(1, 25);
-        Costs C = makeGated(random, std::max(rows, cols), random.uniform(0.02, 0.4));
+        const auto rows = static_cast<std::size_t>(random.integer(1, 25));
+        const auto cols = static_cast<std::size_t>(random.integer(1, 25));
+        Costs C =
+            makeGated(random, static_cast<int>(std::max(rows, cols)), random.uniform(0.02, 0.4));
         C.resize(rows);
         for (auto& row : C) {
             row.resize(cols);
@@ -144,12 +145,13 @@ TEST(UniqueAssignment, RefusesCostsBeyondTheForbiddenOne) {
 // Eight rows want every column: the searches grow with the problem.
 TEST(UniqueAssignment, GivesUpWhereThatTakesTooLong) {
     RandomEstimates random(23);
-    const auto isSolved = [&random](int cols) {
+    const auto isSolved = [&random](std::size_t cols) {
         SparseCosts costs;
-        for (int i = 0; i < cols * 5 / 4; ++i) {
+        for (std::size_t i = 0; i < cols * 5 / 4; ++i) {
             std::vector<double> row(cols, F);
             for (int k = 0; k < 8; ++k) {
-                row[random.integer(0, cols - 1)] = random.uniform(0.0, 5.0);
+                const int col = random.integer(0, static_cast<int>(cols) - 1);
+                row[static_cast<std::size_t>(col)] = random.uniform(0.0, 5.0);
             }
             costs.addRow(row.data(), row.size());
         }
