@@ -103,8 +103,11 @@ TEST(PlanarTracker, RenumberingGivesANewIdToALivingTrack) {
 TEST(PlanarTracker, HandlesMoreObjectsThanOneAssignmentHolds) {
     PlanarTracker tracker({});
     std::vector<PlanarDetection> detections;
+    detections.reserve(700);
     for (int i = 0; i < 700; ++i) {
-        detections.push_back(at(5.0 * (i % 30), 5.0 * (i / 30)));
+        const int column = i % 30;
+        const int row = i / 30;
+        detections.push_back(at(5.0 * column, 5.0 * row));
     }
     tracker.update(0.0, detections);
     tracker.update(0.1, detections);

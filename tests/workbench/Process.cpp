@@ -32,6 +32,7 @@ Outcome run(const std::vector<std::string>& arguments, const std::string& input)
     const std::string err = directory / "err";
     spill(in, input);
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (const std::string& argument : arguments) {
         pointers.push_back(const_cast<char*>(argument.c_str()));
     }

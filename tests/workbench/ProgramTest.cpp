@@ -26,7 +26,7 @@ class Program : public testing::Test {
 protected:
     // The small recording that the golden files were made from.
     std::string recording() {
-        const std::string path = directory / "tiny.jsonl";
+        std::string path = directory / "tiny.jsonl";
         EXPECT_EQ(veskar({"simulate", dataFile("tiny.scenario.json"), "-o", path}).status, 0);
         return path;
     }
