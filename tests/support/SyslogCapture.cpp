@@ -68,7 +68,7 @@ void SyslogCapture::clear() {
 
 // The program's own definitions take the place of the C library's, with and without fortification.
 extern "C" {
-// NOLINTNEXTLINE(cert-dcl50-cpp)
+// NOLINTNEXTLINE(cert-dcl50-cpp,readability-inconsistent-declaration-parameter-name)
 void syslog(int priority, const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);

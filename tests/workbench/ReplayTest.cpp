@@ -79,6 +79,7 @@ TEST(Replay, WritesOneFrameForEachThatWasFused) {
 
 TEST(Replay, RadarAloneIsNotHeldBackByAVideoThatIsSilent) {
     std::vector<SensorFrame> frames;
+    frames.reserve(40);
     for (int i = 0; i < 40; ++i) {
         frames.push_back({Veskar::Radar, 5.0 + 0.1 * i, 5.02 + 0.1 * i, {radarTrack(1)}});
     }
