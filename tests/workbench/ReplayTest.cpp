@@ -62,19 +62,36 @@ TEST(RadarQueue, LetsFramesGoThatAreMoreThanAWaitOld) {
 }
 
 TEST(Replay, WritesOneFrameForEachThatWasFused) {
-    // The radar waits for video; its two frames are fused when the third arrives.
+    // The first radar frame waits for video and is fused right after the video frame it waited for.
     const auto collected = replay({{Veskar::VideoObject, 1.0, 1.0, {}},
                                    {Veskar::Radar, 1.1, 1.1, {radarTrack(1)}},
                                    {Veskar::VideoObject, 1.1, 1.11, {}},
                                    {Veskar::Radar, 1.15, 1.15, {radarTrack(1)}}});
-    ASSERT_EQ(collected.frames.size(), 3u);
+    ASSERT_EQ(collected.frames.size(), 4u);
     EXPECT_EQ(collected.frames[0].source, Veskar::VideoObject);
+    EXPECT_EQ(collected.frames[1].source, Veskar::VideoObject);
     EXPECT_EQ(collected.frames[1].time, 1.1);
     EXPECT_EQ(collected.frames[2].source, Veskar::Radar);
-    EXPECT_NEAR(collected.frames[2].time, 1.15, 1e-9);
-    EXPECT_EQ(collected.frames[2].received, 1.15);
-    ASSERT_EQ(collected.frames[2].tracks.size(), 1u);
-    EXPECT_NEAR(collected.frames[2].tracks[0].range, 23.0, 0.5);
+    EXPECT_NEAR(collected.frames[2].time, 1.1, 1e-9);
+    EXPECT_EQ(collected.frames[2].received, 1.11);
+    EXPECT_EQ(collected.frames[3].source, Veskar::Radar);
+    EXPECT_NEAR(collected.frames[3].time, 1.15, 1e-9);
+    EXPECT_EQ(collected.frames[3].received, 1.15);
+    ASSERT_EQ(collected.frames[3].tracks.size(), 1u);
+    EXPECT_NEAR(collected.frames[3].tracks[0].range, 23.0, 0.5);
+}
+
+TEST(Replay, ItsOwnEmptyVideoFrameReleasesAWaitingRadarFrame) {
+    // Video falls silent at 1.0; at 1.2 the host feeds an empty frame in its name.
+    const auto collected = replay({{Veskar::VideoObject, 1.0, 1.0, {}},
+                                   {Veskar::Radar, 1.2, 1.2, {radarTrack(1)}},
+                                   {Veskar::Radar, 1.31, 1.31, {radarTrack(1)}}});
+    EXPECT_EQ(collected.counts.addedFrames, 1u);
+    ASSERT_EQ(collected.frames.size(), 3u) << "the last radar frame still waits";
+    EXPECT_EQ(collected.frames[1].source, Veskar::VideoObject);
+    EXPECT_EQ(collected.frames[2].source, Veskar::Radar);
+    EXPECT_NEAR(collected.frames[2].time, 1.2, 1e-9);
+    EXPECT_NEAR(collected.frames[2].received, 1.2, 1e-9);
 }
 
 TEST(Replay, RadarAloneIsNotHeldBackByAVideoThatIsSilent) {

@@ -24,7 +24,6 @@ std::chrono::nanoseconds nanoseconds(double seconds) {
 
 std::optional<double> RadarQueue::radarGiven(double time, double clock) {
     constexpr double longestWait = 1.5;
-    constexpr double videoLead = 0.1;
     // The module looks at its clock in whole microseconds.
     const std::int64_t microseconds = nanoseconds(clock).count() / 1000;
     const double now = static_cast<double>(microseconds) / 1e6;
@@ -58,11 +57,34 @@ void Replay::feed(const SensorFrame& frame) {
         if (added->basis != nullptr) {
             tracks = adapter.convert(*added->basis, uptime, added->ahead);
         }
-        cycle(added->source, added->time, added->received, tracks);
+        hand({added->source, added->time, std::move(tracks)}, added->received);
     }
     duties.saw(frame);
     ++(frame.source == Veskar::Radar ? tally.radarFrames : tally.videoFrames);
-    cycle(frame.source, frame.time, frame.received, adapter.convert(frame, uptime));
+    hand({frame.source, frame.time, adapter.convert(frame, uptime)}, frame.received);
+}
+
+/// The module looks at waiting radar frames only when it is given another one. A radar frame that
+/// would have to wait is therefore kept here until the video frame that it waits for has come.
+void Replay::hand(HostFrame frame, double received) {
+    if (frame.source == Veskar::Radar) {
+        release(received);
+        if (queue.wouldWait(frame.time + uptime)) {
+            held = std::move(frame);
+            return;
+        }
+    }
+    cycle(frame.source, frame.time, received, frame.tracks);
+    if (held && !queue.wouldWait(held->time + uptime)) {
+        release(received);
+    }
+}
+
+void Replay::release(double received) {
+    if (held) {
+        const HostFrame frame = *std::exchange(held, std::nullopt);
+        cycle(frame.source, frame.time, received, frame.tracks);
+    }
 }
 
 void Replay::cycle(Veskar::Source source, double time, double received,

@@ -26,12 +26,17 @@ class RadarQueue {
 public:
     /// @param time time stamp of a video frame, s
     void videoFused(double time) { lastVideo = time; }
+    /// @param time time stamp of a radar frame, s
+    /// @return whether the module would let it wait for video
+    bool wouldWait(double time) const { return !(time < lastVideo + videoLead); }
     /// @param time time stamp of a radar frame handed to cycle, s
     /// @param clock the module's clock, s
     /// @return time stamp of the last frame fused by that call; nothing when all of them wait
     std::optional<double> radarGiven(double time, double clock);
 
 private:
+    static constexpr double videoLead = 0.1;  ///< how far radar may be ahead of video, s
+
     std::deque<double> waiting;
     double lastVideo = 0.0;
 };
@@ -69,6 +74,15 @@ public:
     const Veskar::FusionModule& fusion() const { return module; }
 
 private:
+    /// A frame as the fusion takes it.
+    struct HostFrame {
+        Veskar::Source source;
+        double time;
+        std::vector<std::shared_ptr<Veskar::Track>> tracks;
+    };
+
+    void hand(HostFrame frame, double received);
+    void release(double received);
     void cycle(Veskar::Source source, double time, double received,
                const std::vector<std::shared_ptr<Veskar::Track>>& tracks);
     void report(Veskar::Source source, double time, double received);
@@ -78,6 +92,7 @@ private:
     Veskar::FusionModule module;
     HostDuties duties;
     RadarQueue queue;
+    std::optional<HostFrame> held;  ///< the last radar frame, while it is ahead of video
     Sink sink;
     std::unique_ptr<Veskar::DetectionPriority> priority;
     ReplayCounts tally;
