@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "evaluate/metrics/Assignment.h"
+
+#include <algorithm>
+#include <numeric>
+#include <random>
+
+#include <gmock/gmock.h>
+
+namespace Workbench {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+/// The greatest total over all permutations of a square problem: the literal slow version.
+double greatestTotal(const Eigen::MatrixXd& gain) {
+    std::vector<int> columns(static_cast<std::size_t>(gain.cols()));
+    std::iota(columns.begin(), columns.end(), 0);
+    double best = 0.0;
+    do {
+        double total = 0.0;
+        for (Eigen::Index i = 0; i < gain.rows(); ++i) {
+            total += std::max(0.0, gain(i, columns[static_cast<std::size_t>(i)]));
+        }
+        best = std::max(best, total);
+    } while (std::next_permutation(columns.begin(), columns.end()));
+    return best;
+}
+
+double totalOf(const Pairs& pairs, const Eigen::MatrixXd& gain) {
+    double total = 0.0;
+    for (const auto& [i, j] : pairs) {
+        total += gain(i, j);
+    }
+    return total;
+}
+
+TEST(Assignment, PrefersTheGreaterTotalToTheGreatestPair) {
+    Eigen::MatrixXd gain(2, 2);
+    gain << 10, 9,  //
+        8, 1;
+    // 10 + 1 against 9 + 8.
+    EXPECT_THAT(assignWithGreatestGain(gain), ElementsAre(Pair(0, 1), Pair(1, 0)));
+}
+
+TEST(Assignment, LeavesPairsWithoutGainAlone) {
+    Eigen::MatrixXd gain(2, 2);
+    gain << 3, 0,  //
+        4, -1;
+    // Row 0 could only have column 0, which is worth more with row 1; a second pair would gain 0.
+    EXPECT_THAT(assignWithGreatestGain(gain), ElementsAre(Pair(1, 0)));
+}
+
+TEST(Assignment, MakesFewerPairsWhenThatGainsMore) {
+    Eigen::MatrixXd gain(2, 2);
+    gain << 5, 1,  //
+        1, 0;
+    // One pair of 5 against two pairs of 1 + 1.
+    EXPECT_THAT(assignWithGreatestGain(gain), ElementsAre(Pair(0, 0)));
+}
+
+TEST(Assignment, EmptySidesHaveNoPairs) {
+    EXPECT_THAT(assignWithGreatestGain(Eigen::MatrixXd(0, 0)), IsEmpty());
+    EXPECT_THAT(assignWithGreatestGain(Eigen::MatrixXd(0, 3)), IsEmpty());
+    EXPECT_THAT(assignWithGreatestGain(Eigen::MatrixXd(3, 0)), IsEmpty());
+}
+
+TEST(Assignment, OblongProblemsLeaveTheRestAlone) {
+    Eigen::MatrixXd gain(1, 3);
+    gain << 1, 7, 2;
+    EXPECT_THAT(assignWithGreatestGain(gain), ElementsAre(Pair(0, 1)));
+    EXPECT_THAT(assignWithGreatestGain(gain.transpose()), ElementsAre(Pair(1, 0)));
+}
+
+TEST(Assignment, EqualsExhaustiveSearchOnRandomProblems) {
+    std::mt19937 random(7);
+    std::uniform_real_distribution<double> value(-1.0, 1.0);
+    for (int run = 0; run < 200; ++run) {
+        const Eigen::MatrixXd gain =
+            Eigen::MatrixXd::NullaryExpr(6, 6, [&] { return value(random); });
+        EXPECT_NEAR(totalOf(assignWithGreatestGain(gain), gain), greatestTotal(gain), 1e-9);
+    }
+}
+
+TEST(Assignment, SolvesManySmallGroupsBeyondTheSolversLimit) {
+    const Eigen::MatrixXd gain = Eigen::MatrixXd::Identity(600, 600);
+    const Pairs pairs = assignWithGreatestGain(gain);
+    ASSERT_EQ(pairs.size(), 600U);
+    EXPECT_TRUE(std::all_of(pairs.begin(), pairs.end(),
+                            [](const auto& pair) { return pair.first == pair.second; }));
+}
+
+TEST(Assignment, RefusesOneGroupBeyondTheSolversLimit) {
+    EXPECT_THROW(assignWithGreatestGain(Eigen::MatrixXd::Ones(513, 513)), std::runtime_error);
+}
+
+}  // namespace
+}  // namespace Workbench

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "evaluate/metrics/Accuracy.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <Eigen/Cholesky>
+
+namespace Workbench {
+namespace {
+
+/// The 95 % quantile of the chi-square distribution with two degrees of freedom, -2 ln 0.05.
+const double chiSquare95 = -2.0 * std::log(0.05);
+
+double median(std::vector<float> values) {
+    if (values.empty()) {
+        return 0.0;
+    }
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return static_cast<double>(*middle);
+}
+
+}  // namespace
+
+void Accuracy::add(const Instant& instant, const Pairs& pairs) {
+    for (const auto& [i, j] : pairs) {
+        const TrueObject& truth = instant.truths[static_cast<std::size_t>(i)];
+        const JudgedTrack& track = instant.tracks[static_cast<std::size_t>(j)];
+        const Eigen::Vector2d error = track.position - truth.position;
+        const Eigen::Vector2d sight = (truth.position - observer).normalized();
+        const double along = sight.dot(error);
+        const double across = sight.x() * error.y() - sight.y() * error.x();
+        errors.push_back(static_cast<float>(error.norm()));
+        radial += along;
+        crossRange += across;
+        squaredRadial += along * along;
+        squaredCrossRange += across * across;
+        classMatches += truth.className == track.className ? 1 : 0;
+        if (truth.velocity) {
+            squaredVelocity += (track.velocity - *truth.velocity).squaredNorm();
+            ++velocityMatches;
+        }
+    }
+}
+
+Accuracy::Result Accuracy::result() const {
+    const double n = static_cast<double>(std::max<std::size_t>(1, errors.size()));
+    Result result;
+    result.matches = static_cast<int>(errors.size());
+    result.positionRmse = std::sqrt((squaredRadial + squaredCrossRange) / n);
+    result.positionMedian = median(errors);
+    result.radialRmse = std::sqrt(squaredRadial / n);
+    result.crossRangeRmse = std::sqrt(squaredCrossRange / n);
+    result.radialBias = radial / n;
+    result.crossRangeBias = crossRange / n;
+    result.velocityMatches = velocityMatches;
+    result.velocityRmse = std::sqrt(squaredVelocity / std::max(1, velocityMatches));
+    result.classAgreement = classMatches / n;
+    return result;
+}
+
+void Consistency::add(const Instant& instant, const Pairs& pairs) {
+    for (const auto& [i, j] : pairs) {
+        const JudgedTrack& track = instant.tracks[static_cast<std::size_t>(j)];
+        const Eigen::LLT<Eigen::Matrix2d> factor(track.covariance);
+        if (factor.info() != Eigen::Success) {
+            continue;
+        }
+        const Eigen::Vector2d error =
+            track.position - instant.truths[static_cast<std::size_t>(i)].position;
+        const double nees = error.dot(factor.solve(error));
+        sum += nees;
+        within += nees < chiSquare95 ? 1 : 0;
+        ++matches;
+    }
+}
+
+Consistency::Result Consistency::result() const {
+    const double n = std::max(1, matches);
+    return {sum / n, within / n, matches};
+}
+
+}  // namespace Workbench

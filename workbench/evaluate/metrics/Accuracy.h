@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+// Errors of the tracks that are matched to true objects, and whether their covariance tells them.
+#pragma once
+
+#include "evaluate/metrics/Assignment.h"
+#include "evaluate/metrics/Instant.h"
+
+#include <vector>
+
+namespace Workbench {
+
+/// Position and velocity errors over all matches.
+///
+/// Radial is along the line from the observer to the true object, cross-range is at right angles to
+/// it, positive to the left: radar and camera err in different directions, which one figure hides.
+class Accuracy {
+public:
+    /// @param sensors position of the sensors on the ground, m
+    explicit Accuracy(const Eigen::Vector2d& sensors) : observer(sensors) {}
+
+    /// @param pairs matches of @p instant, (true object, track)
+    void add(const Instant& instant, const Pairs& pairs);
+
+    struct Result {
+        int matches = 0;
+        double positionRmse = 0.0;    ///< m
+        double positionMedian = 0.0;  ///< m
+        double radialRmse = 0.0;      ///< m
+        double crossRangeRmse = 0.0;  ///< m
+        double radialBias = 0.0;      ///< mean error, m; positive: reported too far away
+        double crossRangeBias = 0.0;  ///< mean error, m; positive: reported too far left
+        int velocityMatches = 0;      ///< matches of objects whose velocity is known
+        double velocityRmse = 0.0;    ///< m/s
+        double classAgreement = 0.0;  ///< share of the matches in one class
+    };
+    Result result() const;
+
+private:
+    Eigen::Vector2d observer;
+    std::vector<float> errors;
+    double squaredRadial = 0.0;
+    double squaredCrossRange = 0.0;
+    double radial = 0.0;
+    double crossRange = 0.0;
+    double squaredVelocity = 0.0;
+    int velocityMatches = 0;
+    int classMatches = 0;
+};
+
+/// Consistency of position and covariance over all matches: the normalised estimation error squared
+/// e' P^-1 e of the position (Bar-Shalom, Li, Kirubarajan: Estimation with Applications to Tracking
+/// and Navigation, 2001, 5.4). Its mean is 2 for a consistent tracker; more means too confident.
+class Consistency {
+public:
+    /// @param pairs matches of @p instant, (true object, track)
+    void add(const Instant& instant, const Pairs& pairs);
+
+    struct Result {
+        double meanNees = 0.0;       ///< expected 2
+        double shareWithin95 = 0.0;  ///< share below the chi-square bound of 95 %; expected 0.95
+        int matches = 0;             ///< matches with a positive definite covariance
+    };
+    Result result() const;
+
+private:
+    double sum = 0.0;
+    int within = 0;
+    int matches = 0;
+};
+
+}  // namespace Workbench

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "evaluate/metrics/ClearMot.h"
+
+#include "evaluate/metrics/Assignment.h"
+
+#include <algorithm>
+#include <limits>
+#include <set>
+
+namespace Workbench {
+namespace {
+
+/// Large against every similarity: keeping the match of the previous moment comes first.
+constexpr double continuationGain = 1000.0;
+constexpr double mostlyTracked = 0.8;
+constexpr double mostlyLost = 0.2;
+
+}  // namespace
+
+void ClearMot::add(const Instant& instant) {
+    const auto truthAt = [&](Eigen::Index i) -> const TrueObject& {
+        return instant.truths[static_cast<std::size_t>(i)];
+    };
+    const auto trackAt = [&](Eigen::Index j) -> const JudgedTrack& {
+        return instant.tracks[static_cast<std::size_t>(j)];
+    };
+    for (const TrueObject& truth : instant.truths) {
+        ++objects[truth.id].present;
+    }
+    if (instant.truths.empty() || instant.tracks.empty()) {
+        counts.FN += static_cast<int>(instant.truths.size());
+        counts.FP += static_cast<int>(instant.tracks.size());
+        return;
+    }
+
+    const Eigen::MatrixXd similarity = similarities(instant, parameters.zeroDistance);
+    Eigen::MatrixXd gain = Eigen::MatrixXd::Zero(similarity.rows(), similarity.cols());
+    for (Eigen::Index i = 0; i < gain.rows(); ++i) {
+        const ObjectHistory& object = objects[truthAt(i).id];
+        for (Eigen::Index j = 0; j < gain.cols(); ++j) {
+            if (similarity(i, j) < parameters.threshold - std::numeric_limits<double>::epsilon()) {
+                continue;
+            }
+            const bool continued =
+                object.matchedInPreviousInstant && object.lastTrackId == trackAt(j).id;
+            gain(i, j) = similarity(i, j) + (continued ? continuationGain : 0.0);
+        }
+    }
+    const Pairs pairs = assignWithGreatestGain(gain);
+
+    std::set<int> matchedNow;
+    for (const auto& [i, j] : pairs) {
+        ObjectHistory& object = objects[truthAt(i).id];
+        const int trackId = trackAt(j).id;
+        counts.IDSW += !object.trackIds.empty() && object.lastTrackId != trackId ? 1 : 0;
+        object.beginnings += object.matchedInPreviousInstant ? 0 : 1;
+        object.lastTrackId = trackId;
+        ++object.matched;
+        object.trackIds.insert(trackId);
+        matchedNow.insert(truthAt(i).id);
+        similaritySum += similarity(i, j);
+        distanceSum += (trackAt(j).position - truthAt(i).position).norm();
+    }
+    for (auto& [id, object] : objects) {
+        object.matchedInPreviousInstant = matchedNow.count(id) > 0;
+    }
+    counts.TP += static_cast<int>(pairs.size());
+    counts.FN += static_cast<int>(instant.truths.size() - pairs.size());
+    counts.FP += static_cast<int>(instant.tracks.size() - pairs.size());
+}
+
+ClearMot::Result ClearMot::result() const {
+    Result result = counts;
+    std::size_t trackIds = 0;
+    int objectsMatched = 0;
+    for (const auto& [id, object] : objects) {
+        const double share = static_cast<double>(object.matched) / object.present;
+        if (share > mostlyTracked) {
+            ++result.MT;
+        } else if (share >= mostlyLost) {
+            ++result.PT;
+        } else {
+            ++result.ML;
+        }
+        result.Frag += std::max(0, object.beginnings - 1);
+        trackIds += object.trackIds.size();
+        objectsMatched += object.matched > 0 ? 1 : 0;
+    }
+    result.tracksPerObject = static_cast<double>(trackIds) / std::max(1, objectsMatched);
+    result.MOTA = static_cast<double>(result.TP - result.FP - result.IDSW) /
+                  std::max(1, result.TP + result.FN);
+    result.MOTP = similaritySum / std::max(1, result.TP);
+    result.motpDistance = distanceSum / std::max(1, result.TP);
+    return result;
+}
+
+}  // namespace Workbench

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "evaluate/metrics/ConfirmationDelay.h"
+
+#include <algorithm>
+
+namespace Workbench {
+
+void ConfirmationDelay::add(const Instant& instant, const Pairs& pairs) {
+    for (const TrueObject& truth : instant.truths) {
+        objects.try_emplace(truth.id, ObjectTimes{instant.time, std::nullopt});
+    }
+    for (const auto& pair : pairs) {
+        ObjectTimes& object = objects[instant.truths[static_cast<std::size_t>(pair.first)].id];
+        object.found = object.found.value_or(instant.time);
+    }
+}
+
+ConfirmationDelay::Result ConfirmationDelay::result() const {
+    Result result;
+    double sum = 0.0;
+    for (const auto& [id, object] : objects) {
+        if (!object.found) {
+            ++result.objectsNeverFound;
+            continue;
+        }
+        const double delay = *object.found - object.appeared;
+        ++result.objectsFound;
+        sum += delay;
+        result.longest = std::max(result.longest, delay);
+    }
+    result.mean = sum / std::max(1, result.objectsFound);
+    return result;
+}
+
+}  // namespace Workbench

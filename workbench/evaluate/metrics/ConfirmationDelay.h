@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+// How long a new object goes without a confirmed track.
+#pragma once
+
+#include "evaluate/metrics/Assignment.h"
+#include "evaluate/metrics/Instant.h"
+
+#include <map>
+#include <optional>
+
+namespace Workbench {
+
+/// Time from the first moment with a true object to its first match with a confirmed track.
+class ConfirmationDelay {
+public:
+    /// @param pairs matches of @p instant, (true object, track)
+    void add(const Instant& instant, const Pairs& pairs);
+
+    struct Result {
+        double mean = 0.0;     ///< s, over the objects that were ever matched
+        double longest = 0.0;  ///< s, of the same
+        int objectsFound = 0;
+        int objectsNeverFound = 0;
+    };
+    Result result() const;
+
+private:
+    struct ObjectTimes {
+        double appeared = 0.0;
+        std::optional<double> found;
+    };
+    std::map<int, ObjectTimes> objects;
+};
+
+}  // namespace Workbench

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+// How often every true object and every track appeared: what the identity figures count over.
+#pragma once
+
+#include "evaluate/metrics/Instant.h"
+
+#include <unordered_map>
+#include <vector>
+
+namespace Workbench {
+
+/// Numbers ids in the order of their first appearance and counts the moments of each.
+class IdCounts {
+public:
+    /// @return the id's number
+    int countAppearance(int id) {
+        const auto [found, isNew] = numbers.try_emplace(id, static_cast<int>(appearances.size()));
+        if (isNew) {
+            appearances.push_back(0);
+        }
+        ++appearances[static_cast<std::size_t>(found->second)];
+        return found->second;
+    }
+
+    /// @return the moments with the id of a number
+    double of(int number) const { return appearances[static_cast<std::size_t>(number)]; }
+    /// @return how many ids there are
+    int size() const { return static_cast<int>(appearances.size()); }
+    /// @return the appearances of all ids together
+    int total() const {
+        int sum = 0;
+        for (const int count : appearances) {
+            sum += count;
+        }
+        return sum;
+    }
+
+private:
+    std::unordered_map<int, int> numbers;
+    std::vector<int> appearances;
+};
+
+/// Counts the appearances of all members of a list.
+/// @return the number of each member's id
+template <typename Member>
+std::vector<int> countAppearances(const std::vector<Member>& members, IdCounts& counts) {
+    std::vector<int> numbers;
+    numbers.reserve(members.size());
+    for (const Member& member : members) {
+        numbers.push_back(counts.countAppearance(member.id));
+    }
+    return numbers;
+}
+
+}  // namespace Workbench

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+// The identity figures IDF1, IDP and IDR.
+#pragma once
+
+#include "evaluate/metrics/ClearMot.h"
+#include "evaluate/metrics/IdCounts.h"
+
+#include <map>
+#include <utility>
+
+namespace Workbench {
+
+/// The identity figures (Ristani, Solera, Zou, Cucchiara, Tomasi: "Performance measures and a data
+/// set for multi-target, multi-camera tracking", ECCV workshops 2016), as in TrackEval: true
+/// objects and tracks are assigned one to one over the whole time so that most moments agree.
+class Identity {
+public:
+    explicit Identity(const SimilarityParameters& chosen) : parameters(chosen) {}
+
+    void add(const Instant& instant);
+
+    struct Result {
+        double IDF1 = 0.0;  ///< IDTP / (IDTP + IDFP / 2 + IDFN / 2)
+        double IDP = 0.0;   ///< IDTP / (IDTP + IDFP)
+        double IDR = 0.0;   ///< IDTP / (IDTP + IDFN)
+        int IDTP = 0;       ///< moments in which an object was on its own track
+        int IDFP = 0;       ///< track moments that were not
+        int IDFN = 0;       ///< object moments that were not
+    };
+    /// @throw std::runtime_error as assignWithGreatestGain
+    Result result() const;
+
+private:
+    SimilarityParameters parameters;
+    IdCounts truthCounts;
+    IdCounts trackCounts;
+    std::map<std::pair<int, int>, int> agreements;  ///< by number of object and track
+};
+
+}  // namespace Workbench

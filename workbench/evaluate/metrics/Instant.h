@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the metrics compare: the true objects and the reported tracks of one moment.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <Eigen/Core>
+
+namespace Workbench {
+
+/// A real object at one moment, on the ground plane.
+struct TrueObject {
+    int id = 0;
+    std::string className;
+    Eigen::Vector2d position = Eigen::Vector2d::Zero();  ///< m
+    std::optional<Eigen::Vector2d> velocity;             ///< m/s, when the truth knows it
+};
+
+/// A confirmed track of the judged tracker at the same moment, on the ground plane.
+struct JudgedTrack {
+    int id = 0;
+    std::string className;
+    Eigen::Vector2d position = Eigen::Vector2d::Zero();            ///< m
+    Eigen::Vector2d velocity = Eigen::Vector2d::Zero();            ///< m/s
+    Eigen::Matrix2d covariance = Eigen::Matrix2d::Zero();          ///< of the position, m^2
+    Eigen::Matrix2d velocityCovariance = Eigen::Matrix2d::Zero();  ///< (m/s)^2
+};
+
+/// One moment. Ids are unique within each list.
+struct Instant {
+    double time = 0.0;  ///< s
+    std::vector<TrueObject> truths;
+    std::vector<JudgedTrack> tracks;
+};
+
+/// @return the distances in metres, one row per true object, one column per track
+Eigen::MatrixXd distances(const Instant& instant);
+
+/// Similarity by distance, as TrackEval has it for points: max(0, 1 - distance / zeroDistance).
+///
+/// @param zeroDistance distance in metres from which on two points are not similar at all
+/// @return one row per true object, one column per track
+Eigen::MatrixXd similarities(const Instant& instant, double zeroDistance);
+
+}  // namespace Workbench

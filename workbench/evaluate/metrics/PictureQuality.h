@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+// The SIAP figures: how complete the picture is, how ambiguous and how spurious.
+#pragma once
+
+#include "evaluate/metrics/Instant.h"
+
+namespace Workbench {
+
+/// Figures of the Single Integrated Air Picture (Votruba et al.: "Single Integrated Air Picture
+/// (SIAP) Metrics Implementation", 2001). Unlike in the one-to-one metrics every track belongs to
+/// the nearest true object within a radius, so that two tracks on one object show as duplicates.
+class PictureQuality {
+public:
+    /// @param metres how near a track must be to belong to an object
+    explicit PictureQuality(double metres) : radius(metres) {}
+
+    void add(const Instant& instant);
+
+    struct Result {
+        double completeness = 0.0;         ///< share of the true objects that have a track
+        double duplicatesPerObject = 0.0;  ///< tracks beyond the first per object that has one
+        double spuriousness = 0.0;         ///< share of the tracks that belong to no object
+    };
+    Result result() const;
+
+private:
+    double radius;
+    int truths = 0;
+    int tracks = 0;
+    int trackedTruths = 0;
+    int assignedTracks = 0;
+};
+
+}  // namespace Workbench

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "evaluate/metrics/SetDistance.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Workbench {
+namespace {
+
+double localisationCost(const Instant& instant, const Pairs& pairs, double order) {
+    double cost = 0.0;
+    for (const auto& [i, j] : pairs) {
+        const auto& truth = instant.truths[static_cast<std::size_t>(i)];
+        const auto& track = instant.tracks[static_cast<std::size_t>(j)];
+        cost += std::pow((track.position - truth.position).norm(), order);
+    }
+    return cost;
+}
+
+}  // namespace
+
+Pairs matchWithinCutoff(const Instant& instant, const SetDistanceParameters& parameters) {
+    const double farCost = std::pow(parameters.cutoff, parameters.order);
+    return assignWithGreatestGain(farCost - distances(instant).array().pow(parameters.order));
+}
+
+Gospa gospa(const Instant& instant, const SetDistanceParameters& parameters) {
+    const Pairs pairs = matchWithinCutoff(instant, parameters);
+    Gospa result;
+    result.localisationCost = localisationCost(instant, pairs, parameters.order);
+    result.missed = static_cast<int>(instant.truths.size() - pairs.size());
+    result.falseTracks = static_cast<int>(instant.tracks.size() - pairs.size());
+    const double alone = std::pow(parameters.cutoff, parameters.order) / 2.0;
+    result.distance =
+        std::pow(result.localisationCost + alone * (result.missed + result.falseTracks),
+                 1.0 / parameters.order);
+    return result;
+}
+
+double ospa(const Instant& instant, const SetDistanceParameters& parameters) {
+    const std::size_t larger = std::max(instant.truths.size(), instant.tracks.size());
+    if (larger == 0) {
+        return 0.0;
+    }
+    const Pairs pairs = matchWithinCutoff(instant, parameters);
+    const double farCost = std::pow(parameters.cutoff, parameters.order);
+    // What is not paired costs c^p, be it too far or too many.
+    const double total = localisationCost(instant, pairs, parameters.order) +
+                         farCost * static_cast<double>(larger - pairs.size());
+    return std::pow(total / static_cast<double>(larger), 1.0 / parameters.order);
+}
+
+void GospaMean::add(const Instant& instant) {
+    const Gospa one = gospa(instant, parameters);
+    sum += one.distance;
+    localisationCost += one.localisationCost;
+    missed += one.missed;
+    falseTracks += one.falseTracks;
+    ++instants;
+}
+
+GospaMean::Result GospaMean::result() const {
+    const double n = std::max(1, instants);
+    const double alone = std::pow(parameters.cutoff, parameters.order) / 2.0;
+    const auto length = [&](double power) { return std::pow(power / n, 1.0 / parameters.order); };
+    Result result;
+    result.mean = sum / n;
+    result.rootMeanPower = length(localisationCost + alone * (missed + falseTracks));
+    result.localisation = length(localisationCost);
+    result.missed = length(alone * missed);
+    result.falseTracks = length(alone * falseTracks);
+    result.missedPerInstant = missed / n;
+    result.falsePerInstant = falseTracks / n;
+    return result;
+}
+
+void OspaMean::add(const Instant& instant) {
+    sum += ospa(instant, parameters);
+    ++instants;
+}
+
+double OspaMean::result() const {
+    return sum / std::max(1, instants);
+}
+
+}  // namespace Workbench

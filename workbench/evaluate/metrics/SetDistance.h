@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: Apache-2.0
+// Distances between the set of true objects and the set of tracks: GOSPA and OSPA.
+#pragma once
+
+#include "evaluate/metrics/Assignment.h"
+#include "evaluate/metrics/Instant.h"
+
+namespace Workbench {
+
+/// Parameters of a set distance.
+struct SetDistanceParameters {
+    double cutoff = 5.0;  ///< c, m: a pair farther apart than this counts as one miss and one false
+    double order = 2.0;   ///< p
+};
+
+/// The pairs of the optimal assignment behind GOSPA and OSPA; both have the same.
+///
+/// @return pairs (true object, track) nearer than the cutoff
+Pairs matchWithinCutoff(const Instant& instant, const SetDistanceParameters& parameters);
+
+/// The generalised optimal sub-pattern assignment metric with alpha = 2 (Rahmathullah,
+/// Garcia-Fernandez, Svensson: "Generalized optimal sub-pattern assignment metric", FUSION 2017):
+///
+///     GOSPA = (sum over pairs d^p + c^p / 2 (missed + false))^(1/p)
+struct Gospa {
+    double distance = 0.0;          ///< m
+    double localisationCost = 0.0;  ///< sum over pairs of d^p, m^p
+    int missed = 0;                 ///< true objects without a track
+    int falseTracks = 0;            ///< tracks without a true object
+};
+
+/// @return the metric of one moment; zero when there is nothing and nothing is reported
+Gospa gospa(const Instant& instant, const SetDistanceParameters& parameters);
+
+/// The optimal sub-pattern assignment metric (Schuhmacher, Vo, Vo: "A consistent metric for
+/// performance evaluation of multi-object filters", IEEE Trans. Signal Processing 56, 2008):
+///
+///     OSPA = (1/n (sum over pairs min(d, c)^p + c^p |m - n|))^(1/p),  n the larger number
+///
+/// @return the metric of one moment in metres; zero when there is nothing and nothing is reported
+double ospa(const Instant& instant, const SetDistanceParameters& parameters);
+
+/// GOSPA over time.
+class GospaMean {
+public:
+    explicit GospaMean(const SetDistanceParameters& chosen) : parameters(chosen) {}
+
+    void add(const Instant& instant);
+
+    /// Mean over time, and the parts of the mean power, each as a length: with order 2 the root
+    /// mean square of GOSPA is the root of the sum of their squares.
+    struct Result {
+        double mean = 0.0;           ///< mean GOSPA, m
+        double rootMeanPower = 0.0;  ///< (mean of GOSPA^p)^(1/p), m
+        double localisation = 0.0;   ///< (mean localisation cost)^(1/p), m
+        double missed = 0.0;         ///< (c^p / 2 times mean number of missed objects)^(1/p), m
+        double falseTracks = 0.0;    ///< (c^p / 2 times mean number of false tracks)^(1/p), m
+        double missedPerInstant = 0.0;
+        double falsePerInstant = 0.0;
+    };
+    Result result() const;
+
+private:
+    SetDistanceParameters parameters;
+    double sum = 0.0;
+    double localisationCost = 0.0;
+    double missed = 0.0;
+    double falseTracks = 0.0;
+    int instants = 0;
+};
+
+/// OSPA over time.
+class OspaMean {
+public:
+    explicit OspaMean(const SetDistanceParameters& chosen) : parameters(chosen) {}
+
+    void add(const Instant& instant);
+    /// @return mean OSPA in metres; zero without any moment
+    double result() const;
+
+private:
+    SetDistanceParameters parameters;
+    double sum = 0.0;
+    int instants = 0;
+};
+
+}  // namespace Workbench
