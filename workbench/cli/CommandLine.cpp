@@ -53,6 +53,7 @@ int runCommandLine(int count, const char* const* arguments) {
     addSimulateCommand(program, action);
     addImportCommand(program, action);
     addReplayCommand(program, action);
+    addEvaluateCommand(program, action);
 
     const int status = parse(program, count, arguments);
     if (status != success || !action) {

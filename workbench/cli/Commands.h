@@ -21,5 +21,7 @@ void addSimulateCommand(CLI::App& program, Action& action);
 void addImportCommand(CLI::App& program, Action& action);
 /// @copydoc addSimulateCommand
 void addReplayCommand(CLI::App& program, Action& action);
+/// @copydoc addSimulateCommand
+void addEvaluateCommand(CLI::App& program, Action& action);
 
 }  // namespace Workbench

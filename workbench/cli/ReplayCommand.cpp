@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
+#include "cli/Inputs.h"
 #include "cli/Interruption.h"
 #include "cli/Progress.h"
-#include "io/InputError.h"
 #include "io/OutputFile.h"
-#include "io/TextFile.h"
-#include "recording/Header.h"
 #include "recording/RecordingReader.h"
-#include "replay/DefaultConfiguration.h"
 #include "replay/FusedCsv.h"
 #include "replay/FusedJson.h"
 #include "replay/Replay.h"
@@ -22,7 +19,6 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 namespace Workbench {
 namespace {
@@ -58,35 +54,6 @@ private:
     bool isRunning = false;
 };
 
-Veskar::Config parseConfiguration(const std::string& text, const std::string& name) {
-    // A fault of the syntax gets file and line; one of the contents is logged by the library.
-    parseJson(text, name);
-    try {
-        return Veskar::Config::parse_json_string(text);
-    } catch (const std::exception&) {
-        throw InputError(name + ": the fusion refuses this configuration");
-    }
-}
-
-RecordingHeader headerFor(const Options& options, const RecordingReader& reader) {
-    RecordingHeader header = reader.header();
-    if (!options.camera.empty()) {
-        const nlohmann::json json = readJson(options.camera);
-        try {
-            header.camera = readCamera(Fields(json, ""));
-        } catch (const InputError& error) {
-            throw InputError(fmt::format("{}: {}", options.camera, error.what()));
-        }
-    }
-    return header;
-}
-
-double fractionRead(const LineReader& input) {
-    return input.size() == 0
-               ? -1.0
-               : static_cast<double>(input.bytesRead()) / static_cast<double>(input.size());
-}
-
 int finish(const Options& options, const Replay& replay, const Summary& summary) {
     if (options.summary) {
         // Standard output belongs to the tracks when they go there.
@@ -105,19 +72,16 @@ int finish(const Options& options, const Replay& replay, const Summary& summary)
 }
 
 int replay(const Options& options) {
-    const std::string configuration =
-        options.config.empty() ? defaultConfiguration : readText(options.config);
-    const Veskar::Config config = parseConfiguration(
-        configuration, options.config.empty() ? "default configuration" : options.config);
+    const Configuration configuration = readConfiguration(options.config);
     RecordingReader reader(options.recording, TruthLines::Skip);
-    const RecordingHeader header = headerFor(options, reader);
+    const RecordingHeader header = withCamera(reader.header(), options.camera);
     const bool isCsv = options.format == "csv";
 
     OutputFile output(options.output);
-    output.write(isCsv ? csvHeader() : fusedHeaderLine(header, configuration));
+    output.write(isCsv ? csvHeader() : fusedHeaderLine(header, configuration.text));
     Summary summary;
     Replay run(
-        header, config,
+        header, configuration.config,
         [&](const FusedFrame& frame) {
             output.write(isCsv ? csvRows(frame) : fusedLine(frame));
             if (options.summary) {

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+// Inputs that several subcommands read.
+#pragma once
+
+#include <veskar/Config.h>
+
+#include "io/LineReader.h"
+#include "recording/Recording.h"
+
+#include <string>
+
+namespace Workbench {
+
+/// A configuration as it is written and as it is used.
+struct Configuration {
+    std::string text;
+    Veskar::Config config;
+};
+
+/// @param path a configuration file; empty: the shipped configuration
+/// @return the configuration
+/// @throw InputError what is wrong with it
+Configuration readConfiguration(const std::string& path);
+
+/// @param header header of a recording
+/// @param cameraPath a camera to use instead of the recording's; empty: the recording's
+/// @return the header with that camera
+/// @throw InputError what is wrong with the camera
+RecordingHeader withCamera(RecordingHeader header, const std::string& cameraPath);
+
+/// @param input what is being read
+/// @return the fraction that is read, for a progress bar; negative when the size is not known
+double fractionRead(const LineReader& input);
+
+}  // namespace Workbench

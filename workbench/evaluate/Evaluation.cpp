@@ -1,0 +1,244 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "evaluate/Evaluation.h"
+
+#include <veskar/SystemTrack.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace Workbench {
+namespace {
+
+const std::string wholeScene = "all";
+
+std::optional<Picture::Reported> reportedOf(const FusedTrack& track) {
+    if (!track.ground) {
+        return std::nullopt;
+    }
+    Picture::Reported reported;
+    reported.track.id = track.id;
+    reported.track.className = track.labels.objectClass.name;
+    reported.track.position = track.ground->position;
+    reported.track.velocity = track.ground->velocity;
+    reported.track.covariance = track.ground->covariance;
+    reported.track.velocityCovariance = track.ground->velocityCovariance;
+    reported.coasting = std::numeric_limits<double>::infinity();
+    for (const Support& support : track.sensors) {
+        reported.coasting = std::min(reported.coasting, support.coasting);
+    }
+    return reported;
+}
+
+Instant instantOf(const TruthFrame& truth, std::vector<JudgedTrack> tracks) {
+    Instant instant{truth.time, {}, std::move(tracks)};
+    for (const TruthObject& object : truth.objects) {
+        instant.truths.push_back({object.id, object.className, object.position, object.velocity});
+    }
+    return instant;
+}
+
+bool isInFieldOfView(const RadarSetup& radar, const Eigen::Vector2d& position) {
+    const Eigen::Vector2d offset = position - radar.mounting.position.head<2>();
+    const double yaw = radians(radar.mounting.yaw);
+    const Eigen::Vector2d forward(std::cos(yaw), std::sin(yaw));
+    const double offAxis =
+        std::abs(std::atan2(forward[0] * offset[1] - forward[1] * offset[0], forward.dot(offset)));
+    return offset.norm() <= radar.maximumRange && offAxis <= radians(0.5 * radar.fieldOfView);
+}
+
+/// A part of a moment: some of the objects, their tracks, and some of the tracks without object. A
+/// track beside an object that is left out is left out with it, so that a border between two parts
+/// makes neither missed objects nor false tracks.
+template <typename TruthIsKept, typename TrackIsKept>
+Instant partOf(const Instant& whole, const Pairs& pairs, TruthIsKept truthIsKept,
+               TrackIsKept trackIsKept) {
+    Instant part{whole.time, {}, {}};
+    std::vector<bool> keepTruth;
+    for (const TrueObject& truth : whole.truths) {
+        keepTruth.push_back(truthIsKept(keepTruth.size(), truth));
+        if (keepTruth.back()) {
+            part.truths.push_back(truth);
+        }
+    }
+    std::vector<bool> keepTrack;
+    for (const JudgedTrack& track : whole.tracks) {
+        keepTrack.push_back(trackIsKept(track));
+    }
+    for (const auto& [truth, track] : pairs) {
+        keepTrack[static_cast<std::size_t>(track)] = keepTruth[static_cast<std::size_t>(truth)];
+    }
+    for (std::size_t i = 0; i < keepTrack.size(); ++i) {
+        if (keepTrack[i]) {
+            part.tracks.push_back(whole.tracks[i]);
+        }
+    }
+    return part;
+}
+
+}  // namespace
+
+Evaluation::Evaluation(const RecordingHeader& installation, const Veskar::Config& config,
+                       const EvaluationOptions& wishes)
+    : header(installation),
+      options(wishes),
+      adapter(installation, config),
+      replay(installation, config, [this](const FusedFrame& frame) { takeFused(frame); }) {
+    const Picture empty(options.coastingLimit);
+    trackers.push_back({"fusion", std::nullopt, 0, empty, {}});
+    for (const Veskar::Source source : {Veskar::Radar, Veskar::VideoObject}) {
+        for (const int hits : options.confirmationHits) {
+            trackers.push_back(
+                {fmt::format("{} {}", sourceName(source), hits), source, hits, empty, {}});
+        }
+    }
+}
+
+void Evaluation::add(const RecordingLine& line) {
+    if (const auto* truth = std::get_if<TruthFrame>(&line)) {
+        judge(*truth);
+        return;
+    }
+    const auto& frame = std::get<SensorFrame>(line);
+    takeSensor(frame);
+    replay.feed(frame);
+}
+
+void Evaluation::takeFused(const FusedFrame& frame) {
+    SensorTracks reports;
+    for (const FusedTrack& track : frame.tracks) {
+        const std::optional<Picture::Reported> reported = reportedOf(track);
+        if (track.confirmed && reported) {
+            reports.push_back(*reported);
+        }
+    }
+    trackers.front().picture.replace(frame.time, std::move(reports));
+}
+
+void Evaluation::takeSensor(const SensorFrame& frame) {
+    while (const auto added = duties.nextBefore(frame.received)) {
+        if (added->basis != nullptr) {
+            show(added->source, added->time, adapter.convert(*added->basis, 0.0, added->ahead));
+        }
+    }
+    duties.saw(frame);
+    for (const Report& report : frame.tracks) {
+        const ReportBase& base = baseOf(report);
+        if (base.coasting == 0.0) {
+            ++hitsOfTrack[{frame.source, base.id}];
+        }
+    }
+    show(frame.source, frame.time, adapter.convert(frame));
+}
+
+/// Reads a sensor's tracks as if each were a system track with this one sensor: on the same way.
+void Evaluation::show(Veskar::Source source, double time,
+                      const std::vector<std::shared_ptr<Veskar::Track>>& tracks) {
+    for (Judged& tracker : trackers) {
+        if (tracker.source != source) {
+            continue;
+        }
+        SensorTracks reports;
+        for (const std::shared_ptr<Veskar::Track>& track : tracks) {
+            if (hitsOfTrack[{source, track->id}] < tracker.hits) {
+                continue;
+            }
+            const Veskar::SystemTrack alone(track, track->id);
+            if (const auto reported = reportedOf(readTrack(alone, adapter))) {
+                reports.push_back(*reported);
+            }
+        }
+        tracker.picture.replace(time, std::move(reports));
+    }
+}
+
+void Evaluation::judge(const TruthFrame& truth) {
+    for (const TruthObject& object : truth.objects) {
+        if (std::find(classes.begin(), classes.end(), object.className) == classes.end()) {
+            classes.push_back(object.className);
+        }
+    }
+    for (Judged& tracker : trackers) {
+        judge(tracker, truth);
+    }
+    ++judged;
+}
+
+void Evaluation::judge(Judged& tracker, const TruthFrame& truth) {
+    const Instant everything = instantOf(truth, tracker.picture.at(truth.time));
+    const Instant scene = partOf(
+        everything, matchWithinCutoff(everything, {options.cutoff, 2.0}),
+        [&](std::size_t i, const TrueObject&) {
+            return !options.commonFieldOfView ||
+                   (truth.objects[i].inVideo && truth.objects[i].inRadar);
+        },
+        [&](const JudgedTrack& track) {
+            return !options.commonFieldOfView || isInCommonView(track.position);
+        });
+    card(tracker, wholeScene).add(scene);
+
+    const Pairs pairs = matchWithinCutoff(scene, {options.cutoff, 2.0});
+    for (const std::string& name : classes) {
+        card(tracker, name)
+            .add(partOf(
+                scene, pairs,
+                [&](std::size_t, const TrueObject& object) { return object.className == name; },
+                [&](const JudgedTrack& track) { return track.className == name; }));
+    }
+    for (const double band : options.bands) {
+        const std::string name = bandName(band);
+        const auto isInside = [&](const auto& member) { return bandOf(member.position) == name; };
+        card(tracker, name)
+            .add(partOf(
+                scene, pairs,
+                [&](std::size_t, const TrueObject& object) { return isInside(object); }, isInside));
+    }
+}
+
+Scorecard& Evaluation::card(Judged& tracker, const std::string& part) {
+    return tracker.cards.try_emplace(part, options.cutoff, adapter.projection().origin().head<2>())
+        .first->second;
+}
+
+bool Evaluation::isInCommonView(const Eigen::Vector2d& position) const {
+    return adapter.projection().sees({position[0], position[1], 0.0}) &&
+           isInFieldOfView(header.radar, position);
+}
+
+std::string Evaluation::bandName(double from) const {
+    const auto next = std::upper_bound(options.bands.begin(), options.bands.end(), from);
+    return next == options.bands.end() ? fmt::format("{} m and more", from)
+                                       : fmt::format("{} to {} m", from, *next);
+}
+
+/// Empty nearer than the first band.
+std::string Evaluation::bandOf(const Eigen::Vector2d& position) const {
+    const double range = (position - adapter.projection().origin().head<2>()).norm();
+    const auto next = std::upper_bound(options.bands.begin(), options.bands.end(), range);
+    return next == options.bands.begin() ? "" : bandName(*std::prev(next));
+}
+
+std::vector<PartFigures> Evaluation::figures() const {
+    std::vector<std::string> parts{wholeScene};
+    parts.insert(parts.end(), classes.begin(), classes.end());
+    for (const double band : options.bands) {
+        parts.push_back(bandName(band));
+    }
+    std::vector<PartFigures> result;
+    for (const std::string& part : parts) {
+        PartFigures figures{part, {}};
+        for (const Judged& tracker : trackers) {
+            const auto card = tracker.cards.find(part);
+            if (card != tracker.cards.end()) {
+                figures.trackers.push_back({tracker.name, card->second.figures()});
+            }
+        }
+        result.push_back(std::move(figures));
+    }
+    return result;
+}
+
+}  // namespace Workbench

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+// Fusion and single sensors against the truth of a recording.
+#pragma once
+
+#include "evaluate/Picture.h"
+#include "evaluate/Scorecard.h"
+#include "evaluate/metrics/Assignment.h"
+#include "recording/Recording.h"
+#include "replay/HostDuties.h"
+#include "replay/Replay.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Workbench {
+
+/// What an evaluation may be asked for.
+struct EvaluationOptions {
+    double cutoff = 5.0;                               ///< see Scorecard, m
+    std::vector<double> bands{0.0, 20.0, 40.0, 80.0};  ///< where range bands begin, m
+    std::vector<int> confirmationHits{3, 8, 15};       ///< settings of the single sensors
+    double coastingLimit = 0.5;                        ///< the same for every tracker, s
+    /// Judge only where both sensors can see; otherwise the whole scene.
+    bool commonFieldOfView = true;
+};
+
+/// The figures of one tracker over one part of the scene.
+struct TrackerFigures {
+    std::string tracker;  ///< "fusion", "radar 3", "video 15"
+    std::vector<Figure> figures;
+};
+
+/// The figures of all trackers over one part of the scene.
+struct PartFigures {
+    std::string part;  ///< "all", a class, or a range band
+    std::vector<TrackerFigures> trackers;
+};
+
+/// Judges a recording that is fed line by line: the fusion runs on it, and its sensors' own tracks
+/// are judged beside it, on the same frames, in the same way and at the same moments.
+///
+/// At every moment of the truth the tracks are those that have arrived by then, moved there with
+/// constant velocity. A single sensor's track counts as confirmed once it has been seen a number of
+/// times under its id.
+class Evaluation {
+public:
+    /// @param header the installation
+    /// @param config configuration of the fusion
+    /// @param options what is asked for
+    Evaluation(const RecordingHeader& header, const Veskar::Config& config,
+               const EvaluationOptions& options);
+
+    /// @param line in the order of the recording
+    void add(const RecordingLine& line);
+
+    /// @return the whole scene, then the classes, then the range bands
+    std::vector<PartFigures> figures() const;
+    /// @return moments that were judged
+    int instants() const { return judged; }
+    /// @return what the fusion run did
+    const ReplayCounts& replayCounts() const { return replay.counts(); }
+
+private:
+    struct Judged {
+        std::string name;
+        std::optional<Veskar::Source> source;  ///< none: the fusion
+        int hits;                              ///< confirmation setting of a sensor
+        Picture picture;
+        std::map<std::string, Scorecard> cards;  ///< by part
+    };
+    using SensorTracks = std::vector<Picture::Reported>;
+
+    void takeFused(const FusedFrame& frame);
+    void takeSensor(const SensorFrame& frame);
+    void show(Veskar::Source source, double time,
+              const std::vector<std::shared_ptr<Veskar::Track>>& tracks);
+    void judge(const TruthFrame& truth);
+    void judge(Judged& tracker, const TruthFrame& truth);
+    Scorecard& card(Judged& tracker, const std::string& part);
+    bool isInCommonView(const Eigen::Vector2d& position) const;
+    std::string bandName(double from) const;
+    std::string bandOf(const Eigen::Vector2d& position) const;
+
+    RecordingHeader header;
+    EvaluationOptions options;
+    HostAdapter adapter;
+    HostDuties duties;
+    std::vector<Judged> trackers;
+    std::map<std::pair<Veskar::Source, int>, int> hitsOfTrack;
+    std::vector<std::string> classes;
+    Replay replay;
+    int judged = 0;
+};
+
+}  // namespace Workbench
