@@ -54,6 +54,7 @@ int runCommandLine(int count, const char* const* arguments) {
     addImportCommand(program, action);
     addReplayCommand(program, action);
     addEvaluateCommand(program, action);
+    addCheckCommand(program, action);
 
     const int status = parse(program, count, arguments);
     if (status != success || !action) {

@@ -23,5 +23,7 @@ void addImportCommand(CLI::App& program, Action& action);
 void addReplayCommand(CLI::App& program, Action& action);
 /// @copydoc addSimulateCommand
 void addEvaluateCommand(CLI::App& program, Action& action);
+/// @copydoc addSimulateCommand
+void addCheckCommand(CLI::App& program, Action& action);
 
 }  // namespace Workbench

@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: Apache-2.0
+// Faults put into simulated recordings, and what the check makes of them.
+#include "Process.h"
+#include "check/RecordingCheck.h"
+#include "geometry/Projection.h"
+#include "recording/RecordingWriter.h"
+#include "scenario/Scenario.h"
+#include "simulate/Simulation.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace Workbench {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using VeskarTest::spill;
+
+/// The shipped perimeter with its walkers, five minutes long.
+Scenario perimeter() {
+    Scenario scenario =
+        readScenario(std::string(VESKAR_SOURCE_DIR) + "/config/scenarios/perimeter.json");
+    scenario.duration = 300.0;
+    return scenario;
+}
+
+class RecordingCheck : public testing::Test {
+protected:
+    RecordingCheckResult checkSimulated(const Scenario& scenario, std::uint64_t seed) {
+        Simulation simulation(scenario, seed);
+        std::string text = lineOf(simulation.header());
+        simulation.run(
+            [&](const RecordingLine& line) {
+                text += std::visit([](const auto& frame) { return lineOf(frame); }, line);
+            },
+            [](double) {});
+        return checkText(text);
+    }
+
+    RecordingCheckResult checkText(const std::string& text) {
+        spill(directory / "recording", text);
+        return checkRecording(directory / "recording", [](std::uint64_t, std::uint64_t) {});
+    }
+
+    /// @return the keys of the installation that are warned of
+    static std::vector<std::string> warnedOf(const RecordingCheckResult& result) {
+        std::vector<std::string> keys;
+        for (const Finding& finding : result.findings) {
+            const bool isInstallation = finding.key == "yaw" || finding.key == "height" ||
+                                        finding.key == "pitch" || finding.key == "lag";
+            if (finding.severity == Severity::Warning && isInstallation) {
+                keys.push_back(finding.key);
+            }
+        }
+        return keys;
+    }
+
+    VeskarTest::TemporaryDirectory directory;
+};
+
+TEST_F(RecordingCheck, RaisesNoAlarmOnACleanInstallation) {
+    for (const std::uint64_t seed : {21U, 22U}) {
+        const RecordingCheckResult result = checkSimulated(perimeter(), seed);
+        ASSERT_TRUE(result.mounting.has_value());
+        EXPECT_THAT(warnedOf(result), IsEmpty()) << seed;
+        EXPECT_FALSE(hasFault(result.findings));
+    }
+}
+
+TEST_F(RecordingCheck, FindsAYawErrorOfTwoDegrees) {
+    Scenario scenario = perimeter();
+    scenario.video.mountingError.yaw = 2.0;
+    const RecordingCheckResult result = checkSimulated(scenario, 21);
+    EXPECT_THAT(warnedOf(result), testing::ElementsAre("yaw"));
+    EXPECT_NEAR(degrees(result.mounting->yaw.value), 2.0, 0.4);
+}
+
+TEST_F(RecordingCheck, FindsAHeightErrorOfHalfAMetre) {
+    Scenario scenario = perimeter();
+    scenario.video.mountingError.position[2] = 0.5;
+    const RecordingCheckResult result = checkSimulated(scenario, 21);
+    EXPECT_THAT(warnedOf(result), testing::ElementsAre("height"));
+    EXPECT_NEAR(result.mounting->height.value, 0.5, 0.1);
+    const auto finding = std::find_if(result.findings.begin(), result.findings.end(),
+                                      [](const Finding& f) { return f.key == "height"; });
+    EXPECT_THAT(finding->message, HasSubstr("set camera.position[2] to 5."));
+}
+
+TEST_F(RecordingCheck, FindsARadarLagOf150Milliseconds) {
+    Scenario scenario = perimeter();
+    scenario.radarSensor.timestampError = 0.15;
+    const RecordingCheckResult result = checkSimulated(scenario, 21);
+    EXPECT_THAT(warnedOf(result), testing::ElementsAre("lag"));
+    EXPECT_NEAR(result.mounting->lag.value, 0.15, 0.03);
+}
+
+TEST_F(RecordingCheck, ListsTheFaultsOfEveryLineAndGoesOn) {
+    Scenario scenario = perimeter();
+    scenario.duration = 1.0;
+    const Simulation simulation(scenario, 1);
+    std::string text = lineOf(simulation.header());
+    text += R"({"source":"video","time":1.0,"tracks":[]})"
+            "\n"
+            R"({"source":"video","time":1.1,"tracks":[]})"
+            "\n"
+            R"({"source":"video","time":1.2,"tracks":[]})"
+            "\n"
+            R"({"source":"video","time":0.9,"tracks":[]})"
+            "\n"
+            R"({"source":"sonar","time":1.2,"tracks":[]})"
+            "\n"
+            R"({"source":"radar","time":1.2,"tracks":[{"id":1}]})"
+            "\n"
+            R"({"source":"radar","time":NaN,"tracks":[]})"
+            "\n"
+            R"({"source":"video","time":5.0,"tracks":[]})"
+            "\n"
+            R"({"source":"video","time":5.1,"tra)";
+    const RecordingCheckResult result = checkText(text);
+    std::vector<std::uint64_t> lines;
+    for (const Finding& finding : result.findings) {
+        if (finding.severity == Severity::Fault) {
+            lines.push_back(finding.line);
+        }
+    }
+    EXPECT_THAT(lines, testing::ElementsAre(5, 6, 7, 8, 10));
+    EXPECT_EQ(result.findings[0].key, "time");
+    EXPECT_THAT(result.findings[1].message, HasSubstr("sonar"));
+    EXPECT_EQ(result.findings[2].key, "tracks[0].range");
+    EXPECT_THAT(result.findings[4].message, HasSubstr("cut off"));
+    const auto gap =
+        std::find_if(result.findings.begin(), result.findings.end(), [](const Finding& finding) {
+            return finding.severity == Severity::Warning && finding.line == 9;
+        });
+    ASSERT_NE(gap, result.findings.end());
+    EXPECT_THAT(gap->message, HasSubstr("no frame for 3.80 s"));
+}
+
+}  // namespace
+}  // namespace Workbench

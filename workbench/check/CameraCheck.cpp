@@ -1,0 +1,249 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "check/CameraCheck.h"
+
+#include "check/Rules.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <vector>
+
+#include <fmt/format.h>
+
+namespace Workbench {
+namespace {
+
+constexpr double degreesPerRadian = 57.29577951308232;
+/// Lens polynomials are looked at in steps of the image radius: up to 1, the edge of the image, or
+/// to its corner (1.25 in a 4:3 image), beyond which no pixel lies.
+constexpr double radiusStep = 0.05;
+constexpr int edgeStep = 20;
+constexpr int cornerStep = 25;
+
+using Numbers = std::vector<double>;
+
+Rules cameraRules(Wanted real) {
+    constexpr Range pixels{1.0, 65536.0};
+    constexpr Range image{-1.0, 1.0};
+    constexpr Range halfAngle{0.0, 1.5707963267948966, false, false};
+    return {
+        {"bdc", Wanted::Boolean, "pinhole instead of lens polynomials"},
+        {"rotation", Wanted::Object, "mounting angles"},
+        {"resolution",
+         Wanted::Array,
+         "width and height in pixels",
+         true,
+         pixels,
+         {160.0, 16384.0},
+         {},
+         2,
+         real == Wanted::Real ? Wanted::Integer : Wanted::Number},
+        {"sensorOffset",
+         Wanted::Array,
+         "optical centre on the image plane",
+         true,
+         image,
+         {-0.2, 0.2},
+         {},
+         2,
+         real},
+        {"imageToRadiansPolynomial",
+         Wanted::Array,
+         "c0 to c3 from image radius to angle, radians",
+         true,
+         anyNumber,
+         {-10.0, 10.0},
+         {},
+         4,
+         real},
+        {"radiansToImagePolynomial",
+         Wanted::Array,
+         "c0 to c3 from angle in radians to image radius",
+         true,
+         anyNumber,
+         {-10.0, 10.0},
+         {},
+         4,
+         real},
+        {"fov",
+         Wanted::Array,
+         "horizontal and vertical half-angles, radians",
+         true,
+         halfAngle,
+         {0.02, 1.5},
+         {},
+         2,
+         real},
+        {"position",
+         Wanted::Array,
+         "x forward, y left, height, m",
+         true,
+         anyNumber,
+         {-1000.0, 1000.0},
+         {},
+         3,
+         real},
+    };
+}
+
+Rules rotationRules(Wanted real) {
+    constexpr Range turn{-360.0, 360.0};
+    return {
+        {"pitch", real, "downward, degrees", true, turn, {2.0, 90.0}},
+        {"yaw", real, "to the left, degrees", true, turn, {-180.0, 180.0}},
+        {"roll", real, "right side down, degrees", true, turn, {-15.0, 15.0}},
+    };
+}
+
+/// @return the numbers of an array of the right length, nothing when it is not that
+std::optional<Numbers> numbersAt(const LocatedValue& object, std::string_view key,
+                                 std::size_t count) {
+    const LocatedValue* array = object.find(key);
+    if (array == nullptr || array->elements.size() != count) {
+        return std::nullopt;
+    }
+    Numbers numbers;
+    for (const LocatedValue& element : array->elements) {
+        if (!element.isNumber()) {
+            return std::nullopt;
+        }
+        numbers.push_back(element.number);
+    }
+    return numbers;
+}
+
+double evaluate(const Numbers& c, double t) {
+    return c[0] + t * (c[1] + t * (c[2] + t * c[3]));
+}
+
+class GeometryCheck {
+public:
+    GeometryCheck(const LocatedValue& object, const std::string& place, Findings& list)
+        : camera(object), path(place), findings(list) {}
+
+    void run() {
+        checkHeight();
+        const auto toRadians = numbersAt(camera, "imageToRadiansPolynomial", 4);
+        const auto toImage = numbersAt(camera, "radiansToImagePolynomial", 4);
+        const LocatedValue* bdc = camera.find("bdc");
+        if (bdc == nullptr || bdc->text != "false" || !toRadians) {
+            return;
+        }
+        if (checkGrowth(*toRadians) && toImage) {
+            checkInverse(*toRadians, *toImage);
+            checkFieldOfView(*toRadians);
+        }
+        checkGroundInView(*toRadians);
+    }
+
+private:
+    void add(Severity severity, std::string_view key, std::string message, std::string value = {}) {
+        findings.push_back({severity, static_cast<std::uint64_t>(camera.find(key)->line),
+                            joinPath(path, key), std::move(value), std::move(message)});
+    }
+
+    void checkHeight() {
+        const auto position = numbersAt(camera, "position", 3);
+        if (!position) {
+            return;
+        }
+        const double height = (*position)[2];
+        const std::string shown = camera.find("position")->elements[2].text;
+        if (!(height > 0.0)) {
+            add(Severity::Fault, "position",
+                "expected a height above 0, m: without it no image point has a range", shown);
+        } else if (height < 1.0 || height > 50.0) {
+            add(Severity::Warning, "position",
+                "unusual for a height in metres; usual is between 1 and 50", shown);
+        }
+    }
+
+    bool checkGrowth(const Numbers& toRadians) {
+        for (int step = 0; step < cornerStep; ++step) {
+            const double inner = radiusStep * step;
+            const double outer = inner + radiusStep;
+            if (evaluate(toRadians, outer) <= evaluate(toRadians, inner)) {
+                add(Severity::Fault, "imageToRadiansPolynomial",
+                    fmt::format("expected angles that grow with the radius; from radius {:.2f} to "
+                                "{:.2f} it goes from {:.4f} to {:.4f}",
+                                inner, outer, evaluate(toRadians, inner),
+                                evaluate(toRadians, outer)));
+                return false;
+            }
+        }
+        if (std::abs(toRadians[0]) > 0.01) {
+            add(Severity::Warning, "imageToRadiansPolynomial",
+                fmt::format("the optical centre is seen at {:.3f} radians instead of 0",
+                            toRadians[0]));
+        }
+        return true;
+    }
+
+    void checkInverse(const Numbers& toRadians, const Numbers& toImage) {
+        constexpr double tolerance = 0.02;
+        double worst = 0.0;
+        double worstRadius = 0.0;
+        for (int step = 1; step <= edgeStep; ++step) {
+            const double r = radiusStep * step;
+            const double error = std::abs(evaluate(toImage, evaluate(toRadians, r)) - r);
+            if (error > worst) {
+                worst = error;
+                worstRadius = r;
+            }
+        }
+        if (worst > tolerance) {
+            add(Severity::Warning, "radiansToImagePolynomial",
+                fmt::format("is not the inverse of imageToRadiansPolynomial: radius {:.2f} comes "
+                            "back as {:.3f}",
+                            worstRadius, evaluate(toImage, evaluate(toRadians, worstRadius))));
+        }
+    }
+
+    void checkFieldOfView(const Numbers& toRadians) {
+        const auto halfAngles = numbersAt(camera, "fov", 2);
+        const double fromLens = evaluate(toRadians, 1.0);
+        if (halfAngles && std::abs((*halfAngles)[0] - fromLens) > 0.05) {
+            add(Severity::Warning, "fov",
+                fmt::format("the lens polynomial says {:.4f} radians to the right edge, and that "
+                            "is what counts",
+                            fromLens),
+                camera.find("fov")->elements[0].text);
+        }
+    }
+
+    /// The lower edge of the image must look at the ground.
+    void checkGroundInView(const Numbers& toRadians) {
+        const auto resolution = numbersAt(camera, "resolution", 2);
+        const LocatedValue* rotation = objectAt(camera, "rotation");
+        const LocatedValue* pitch = rotation ? numberAt(*rotation, "pitch") : nullptr;
+        if (!resolution || pitch == nullptr || !((*resolution)[0] > 0.0)) {
+            return;
+        }
+        const double lowerHalf =
+            degreesPerRadian * evaluate(toRadians, (*resolution)[1] / (*resolution)[0]);
+        if (pitch->number + lowerHalf <= 0.0) {
+            findings.push_back({Severity::Fault, static_cast<std::uint64_t>(pitch->line),
+                                joinPath(joinPath(path, "rotation"), "pitch"), pitch->text,
+                                fmt::format("the whole image lies above the horizon; expected more "
+                                            "than {:.1f} degrees downward",
+                                            -lowerHalf)});
+        }
+    }
+
+    const LocatedValue& camera;
+    const std::string& path;
+    Findings& findings;
+};
+
+}  // namespace
+
+void checkCamera(const LocatedValue& camera, const std::string& path, Wanted real,
+                 Findings& findings) {
+    checkMembers(camera, path, cameraRules(real), findings);
+    if (const LocatedValue* rotation = objectAt(camera, "rotation")) {
+        checkMembers(*rotation, joinPath(path, "rotation"), rotationRules(real), findings);
+    }
+    GeometryCheck(camera, path, findings).run();
+}
+
+}  // namespace Workbench

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+// Checks a camera.
+#pragma once
+
+#include "check/Rules.h"
+
+#include <string>
+
+namespace Workbench {
+
+/// @param camera an object for Veskar::Camera::parse
+/// @param path its place in the document, "" for the root
+/// @param real Wanted::Real where the library reads it, which takes no 5 for 5.0; Wanted::Number in
+///             recordings and scenarios
+/// @param findings receives everything that is wrong with it or suspicious
+void checkCamera(const LocatedValue& camera, const std::string& path, Wanted real,
+                 Findings& findings);
+
+}  // namespace Workbench

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "check/DocumentCheck.h"
+
+#include <veskar/Camera.h>
+#include <veskar/Config.h>
+
+#include "check/CameraCheck.h"
+#include "check/ConfigurationCheck.h"
+#include "check/SceneCheck.h"
+#include "io/InputError.h"
+#include "io/LineReader.h"
+#include "io/TextFile.h"
+#include "scenario/Scenario.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include <nlohmann/json.hpp>
+
+namespace Workbench {
+namespace {
+
+void checkMembersOf(const LocatedValue& document, DocumentKind kind, Findings& findings) {
+    switch (kind) {
+        case DocumentKind::Configuration:
+            checkConfiguration(document, findings);
+            break;
+        case DocumentKind::Camera:
+            checkCamera(document, "", Wanted::Real, findings);
+            break;
+        default:
+            checkScenario(document, findings);
+    }
+}
+
+/// The last word has the reader itself.
+void checkByReading(const std::string& text, DocumentKind kind) {
+    switch (kind) {
+        case DocumentKind::Configuration:
+            Veskar::Config::parse_json_string(text);
+            break;
+        case DocumentKind::Camera:
+            Veskar::Camera::parse(text);
+            break;
+        default:
+            scenarioOf(parseJson(text, "scenario"));
+    }
+}
+
+}  // namespace
+
+DocumentKind kindOfDocument(const std::string& path) {
+    LineReader lines(path);
+    std::string start;
+    std::string_view line;
+    while (start.size() < 65536 && lines.next(line)) {
+        start += line;
+        start += '\n';
+    }
+    const auto names = [&start](const char* key) {
+        return start.find(std::string("\"") + key + "\"") != std::string::npos;
+    };
+    if (names("veskar-recording") || names("tracks")) {
+        return DocumentKind::Recording;
+    }
+    if (names("objects") || names("videoSensor") || names("radarSensor")) {
+        return DocumentKind::Scenario;
+    }
+    if (names("imageToRadiansPolynomial") || names("radiansToImagePolynomial") || names("bdc")) {
+        return DocumentKind::Camera;
+    }
+    return DocumentKind::Configuration;
+}
+
+Findings checkDocument(const std::string& path, DocumentKind kind) {
+    const std::string text = readText(path);
+    Findings findings;
+    LocatedValue document;
+    const JsonFault fault = parseLocated(text, document);
+    if (fault.line > 0) {
+        findings.push_back(
+            {Severity::Fault, static_cast<std::uint64_t>(fault.line), "", "", fault.reason});
+        return findings;
+    }
+    checkMembersOf(document, kind, findings);
+    if (!hasFault(findings)) {
+        try {
+            checkByReading(text, kind);
+        } catch (const std::exception& error) {
+            findings.push_back({Severity::Fault, 0, "", "", error.what()});
+        }
+    }
+    std::stable_sort(findings.begin(), findings.end(),
+                     [](const Finding& a, const Finding& b) { return a.line < b.line; });
+    return findings;
+}
+
+}  // namespace Workbench

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "check/FrameStatistics.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Workbench {
+namespace {
+
+/// Longer pauses share one entry, which bounds the memory: a minute in milliseconds.
+constexpr double longestCounted = 60000.0;
+
+}  // namespace
+
+void FrameStatistics::add(const SensorFrame& frame, std::uint64_t line) {
+    if (count > 0) {
+        const double interval = frame.time - last;
+        ++intervals[std::llround(std::clamp(1000.0 * interval, 0.0, longestCounted))];
+        if (!longest || interval > longest->length) {
+            longest = Gap{line, last, interval};
+        }
+    }
+    last = frame.time;
+    ++count;
+    empty += frame.tracks.empty() ? 1 : 0;
+    trackCount += frame.tracks.size();
+    const double delay = frame.received - frame.time;
+    delaySum += delay;
+    mostDelay = std::max(mostDelay, delay);
+}
+
+double FrameStatistics::medianInterval() const {
+    std::uint64_t seen = 0;
+    for (const auto& [milliseconds, frames] : intervals) {
+        seen += frames;
+        if (2 * seen >= count - 1) {
+            return static_cast<double>(milliseconds) / 1000.0;
+        }
+    }
+    return 0.0;
+}
+
+std::uint64_t FrameStatistics::gapsLongerThan(double limit) const {
+    std::uint64_t sum = 0;
+    for (auto interval = intervals.upper_bound(std::llround(1000.0 * limit));
+         interval != intervals.end(); ++interval) {
+        sum += interval->second;
+    }
+    return sum;
+}
+
+}  // namespace Workbench

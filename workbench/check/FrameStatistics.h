@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+// Rates, gaps and delays of one sensor's frames.
+#pragma once
+
+#include "recording/Recording.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+
+namespace Workbench {
+
+/// Follows the frames of one sensor in constant memory.
+class FrameStatistics {
+public:
+    /// A pause that is longer than usual.
+    struct Gap {
+        std::uint64_t line = 0;  ///< of the frame after it
+        double after = 0.0;      ///< time of the frame before it, s
+        double length = 0.0;     ///< s
+    };
+
+    /// @param frame the next frame
+    /// @param line its line in the recording
+    void add(const SensorFrame& frame, std::uint64_t line);
+
+    std::uint64_t frames() const { return count; }
+    std::uint64_t emptyFrames() const { return empty; }
+    std::uint64_t tracks() const { return trackCount; }
+    /// @return median time between frames, s, to a millisecond
+    double medianInterval() const;
+    /// @return mean time from measurement to arrival, s
+    double meanDelay() const { return count > 0 ? delaySum / static_cast<double>(count) : 0.0; }
+    double longestDelay() const { return mostDelay; }
+    /// @return the longest pause; nothing with fewer than two frames
+    const std::optional<Gap>& longestGap() const { return longest; }
+    /// @return how many pauses are longer than @p limit seconds
+    std::uint64_t gapsLongerThan(double limit) const;
+
+private:
+    std::uint64_t count = 0;
+    std::uint64_t empty = 0;
+    std::uint64_t trackCount = 0;
+    double last = 0.0;
+    double delaySum = 0.0;
+    double mostDelay = 0.0;
+    std::optional<Gap> longest;
+    std::map<std::int64_t, std::uint64_t> intervals;  ///< frames by interval in milliseconds
+};
+
+}  // namespace Workbench

@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "check/LocatedJson.h"
+
+#include "io/TextFile.h"
+
+#include <iterator>
+#include <utility>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+namespace Workbench {
+namespace {
+
+/// Where the parser stands: the lines begun so far. It reads one character beyond a number, which
+/// may be the end of the number's line.
+struct Position {
+    int line = 1;
+    char last = '\0';
+
+    int lineOfToken() const { return last == '\n' ? line - 1 : line; }
+};
+
+/// Walks over the text and keeps the position.
+class CountingIterator {
+public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = char;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const char*;
+    using reference = const char&;
+
+    CountingIterator(const char* start, Position* count) : place(start), position(count) {}
+
+    reference operator*() const { return *place; }
+    CountingIterator& operator++() {
+        position->last = *place;
+        position->line += *place == '\n' ? 1 : 0;
+        ++place;
+        return *this;
+    }
+    bool operator==(const CountingIterator& other) const { return place == other.place; }
+    bool operator!=(const CountingIterator& other) const { return place != other.place; }
+
+private:
+    const char* place;
+    Position* position;
+};
+
+using Kind = LocatedValue::Kind;
+
+/// Builds the document from the parser's events.
+class Builder : public nlohmann::json_sax<nlohmann::json> {
+public:
+    Builder(LocatedValue& document, const Position& where) : root(document), position(where) {}
+
+    bool null() override { return scalar(Kind::Null, "null", 0.0); }
+    bool boolean(bool value) override {
+        return scalar(Kind::Boolean, value ? "true" : "false", 0.0);
+    }
+    bool number_integer(number_integer_t value) override {
+        return scalar(Kind::Integer, std::to_string(value), static_cast<double>(value));
+    }
+    bool number_unsigned(number_unsigned_t value) override {
+        return scalar(Kind::Integer, std::to_string(value), static_cast<double>(value));
+    }
+    bool number_float(number_float_t value, const string_t& written) override {
+        return scalar(Kind::Real, written, value);
+    }
+    bool string(string_t& value) override { return scalar(Kind::Text, value, 0.0); }
+    bool binary(binary_t&) override { return false; }
+    bool start_object(std::size_t) override { return open(Kind::Object); }
+    bool end_object() override { return close(); }
+    bool start_array(std::size_t) override { return open(Kind::Array); }
+    bool end_array() override { return close(); }
+    bool key(string_t& name) override {
+        open_.back()->members.push_back({name, {}});
+        keyLine = position.lineOfToken();
+        return true;
+    }
+    bool parse_error(std::size_t, const std::string&,
+                     const nlohmann::detail::exception& error) override {
+        fault = {position.lineOfToken(), reasonOf(error)};
+        return false;
+    }
+
+    JsonFault fault;
+
+private:
+    /// @return the place of the next value: the member just named, a new element, or the root
+    LocatedValue& place() {
+        if (open_.empty()) {
+            root.line = position.lineOfToken();
+            return root;
+        }
+        LocatedValue& parent = *open_.back();
+        if (parent.kind == Kind::Object) {
+            parent.members.back().value.line = keyLine;
+            return parent.members.back().value;
+        }
+        parent.elements.emplace_back();
+        parent.elements.back().line = position.lineOfToken();
+        return parent.elements.back();
+    }
+
+    bool scalar(Kind kind, std::string written, double number) {
+        LocatedValue& value = place();
+        value.kind = kind;
+        value.text = std::move(written);
+        value.number = number;
+        return true;
+    }
+
+    bool open(Kind kind) {
+        LocatedValue& value = place();
+        value.kind = kind;
+        open_.push_back(&value);
+        return true;
+    }
+
+    bool close() {
+        open_.pop_back();
+        return true;
+    }
+
+    LocatedValue& root;
+    const Position& position;
+    int keyLine = 0;
+    std::vector<LocatedValue*> open_;
+};
+
+}  // namespace
+
+const LocatedValue* LocatedValue::find(std::string_view key) const {
+    for (auto member = members.rbegin(); member != members.rend(); ++member) {
+        if (member->key == key) {
+            return &member->value;
+        }
+    }
+    return nullptr;
+}
+
+std::string LocatedValue::shown() const {
+    switch (kind) {
+        case Kind::Text:
+            return fmt::format("\"{}\"", text);
+        case Kind::Array:
+            return fmt::format("an array of {}", elements.size());
+        case Kind::Object:
+            return "an object";
+        default:
+            return text;
+    }
+}
+
+JsonFault parseLocated(std::string_view text, LocatedValue& document) {
+    Position position;
+    Builder builder(document, position);
+    nlohmann::json::sax_parse(CountingIterator(text.data(), &position),
+                              CountingIterator(text.data() + text.size(), &position), &builder);
+    return builder.fault;
+}
+
+}  // namespace Workbench

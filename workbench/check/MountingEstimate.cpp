@@ -1,0 +1,176 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "check/MountingEstimate.h"
+
+#include "geometry/Projection.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include <Eigen/Cholesky>
+#include <Eigen/LU>
+
+namespace Workbench {
+namespace {
+
+using Unknowns = Eigen::Vector4d;  ///< yaw, height, pitch, lag
+using Normal = Eigen::Matrix4d;
+
+/// One linear equation row * x = value.
+struct Equation {
+    Unknowns row;
+    double value;
+};
+
+struct Equations {
+    std::vector<Equation> bearing;
+    std::vector<Equation> depression;
+};
+
+Equations equationsOf(const std::vector<PairSample>& samples, double height) {
+    Equations equations;
+    for (const PairSample& sample : samples) {
+        const double d = sample.groundDistance;
+        const double perHeight = d / (d * d + height * height);
+        // Late stamps put the radar's object of time t + lag beside video's of time t.
+        equations.bearing.push_back(
+            {Unknowns(-1.0, 0.0, 0.0, sample.bearingRate), sample.bearingError});
+        // A foot point that is off by a fraction of the object's height errs by less far away.
+        equations.depression.push_back({d * Unknowns(0.0, perHeight, -1.0, sample.depressionRate),
+                                        d * sample.depressionError});
+    }
+    return equations;
+}
+
+/// Robust standard deviation from the median of the absolute values.
+double scaleOf(const std::vector<Equation>& equations, const Unknowns& x) {
+    std::vector<double> residuals;
+    residuals.reserve(equations.size());
+    for (const Equation& equation : equations) {
+        residuals.push_back(std::abs(equation.value - equation.row.dot(x)));
+    }
+    const auto middle = residuals.begin() + static_cast<std::ptrdiff_t>(residuals.size() / 2);
+    std::nth_element(residuals.begin(), middle, residuals.end());
+    return std::max(1.4826 * *middle, 1e-9);
+}
+
+/// The weighted normal equations of consecutive samples.
+struct Block {
+    Normal information = Normal::Zero();
+    Unknowns vector = Unknowns::Zero();
+
+    void add(const Equation& equation, const Unknowns& x, double scale) {
+        constexpr double huber = 1.345;
+        const double residual = std::abs(equation.value - equation.row.dot(x)) / scale;
+        const double weight = (residual <= huber ? 1.0 : huber / residual) / (scale * scale);
+        information += weight * equation.row * equation.row.transpose();
+        vector += weight * equation.row * equation.value;
+    }
+    Block& operator+=(const Block& other) {
+        information += other.information;
+        vector += other.vector;
+        return *this;
+    }
+    Block operator-(const Block& other) const {
+        return {information - other.information, vector - other.vector};
+    }
+    /// A weak prior (a radian, ten metres, a radian, ten seconds) keeps what is not observable
+    /// finite without moving what is.
+    Unknowns solve() const {
+        const Unknowns prior(1.0, 0.01, 1.0, 0.01);
+        const Normal regular = information + Normal(prior.asDiagonal());
+        return regular.ldlt().solve(vector);
+    }
+    Unknowns priorStd() const {
+        const Unknowns prior(1.0, 0.01, 1.0, 0.01);
+        const Normal regular = information + Normal(prior.asDiagonal());
+        return regular.inverse().diagonal().cwiseSqrt();
+    }
+};
+
+std::vector<Block> blocksOf(const Equations& equations, const Unknowns& x) {
+    constexpr std::size_t blockCount = 20;
+    const double bearingScale = scaleOf(equations.bearing, x);
+    const double depressionScale = scaleOf(equations.depression, x);
+    std::vector<Block> blocks(blockCount);
+    const std::size_t n = equations.bearing.size();
+    for (std::size_t i = 0; i < n; ++i) {
+        Block& block = blocks[i * blockCount / n];
+        block.add(equations.bearing[i], x, bearingScale);
+        block.add(equations.depression[i], x, depressionScale);
+    }
+    return blocks;
+}
+
+Block sumOf(const std::vector<Block>& blocks) {
+    Block sum;
+    for (const Block& block : blocks) {
+        sum += block;
+    }
+    return sum;
+}
+
+/// Delete-a-group jackknife: (n - 1)/n times the sum of squared changes.
+Normal jackknifeCovariance(const std::vector<Block>& blocks, const Block& all, const Unknowns& x) {
+    Normal sum = Normal::Zero();
+    for (const Block& block : blocks) {
+        const Unknowns change = (all - block).solve() - x;
+        sum += change * change.transpose();
+    }
+    const auto n = static_cast<double>(blocks.size());
+    return sum * (n - 1.0) / n;
+}
+
+/// What the model of the scene may miss in any case: radians, metres, radians, seconds.
+const Unknowns negligible(radians(0.1), 0.05, radians(0.2), 0.01);
+constexpr double significance = 4.0;
+
+/// Height and pitch, yaw and lag can stand in for each other: while one of them explains
+/// everything, the other one is not believed. The least significant value that is negligible or
+/// uncertain is taken to be zero, and the others follow by their covariance; then the next.
+Unknowns withoutNegligible(Unknowns x, Normal P) {
+    for (;;) {
+        Eigen::Index least = -1;
+        double leastRatio = 1.0;
+        for (Eigen::Index i = 0; i < x.size(); ++i) {
+            const double threshold =
+                std::max(negligible[i], significance * std::sqrt(std::max(0.0, P(i, i))));
+            const double ratio = std::abs(x[i]) / threshold;
+            if (x[i] != 0.0 && ratio < leastRatio) {
+                leastRatio = ratio;
+                least = i;
+            }
+        }
+        if (least < 0) {
+            return x;
+        }
+        const Unknowns gain = P.col(least) / P(least, least);
+        x -= gain * x[least];
+        x[least] = 0.0;
+        P -= gain * P.row(least);
+    }
+}
+
+}  // namespace
+
+MountingEstimate estimateMounting(const std::vector<PairSample>& samples, double height) {
+    constexpr int iterations = 15;
+    const Equations equations = equationsOf(samples, height);
+    Unknowns x = Unknowns::Zero();
+    for (int i = 0; i < iterations; ++i) {
+        x = sumOf(blocksOf(equations, x)).solve();
+    }
+    const std::vector<Block> blocks = blocksOf(equations, x);
+    const Block all = sumOf(blocks);
+    const Normal P = jackknifeCovariance(blocks, all, x);
+    // The jackknife alone calls a value sure that only the prior holds at zero.
+    const Unknowns std = P.diagonal().cwiseSqrt().cwiseMax(all.priorStd());
+    const Unknowns significant = withoutNegligible(x, P);
+    const auto estimated = [&](Eigen::Index i) {
+        return Estimated{significant[i] != 0.0 ? significant[i] : x[i], std[i],
+                         significant[i] != 0.0};
+    };
+    return {estimated(0), estimated(1), estimated(2), estimated(3), samples.size()};
+}
+
+}  // namespace Workbench

@@ -1,0 +1,233 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "check/Rules.h"
+
+#include <algorithm>
+#include <numeric>
+#include <set>
+
+#include <fmt/format.h>
+
+namespace Workbench {
+namespace {
+
+using Kind = LocatedValue::Kind;
+
+const char* nameOf(Wanted wanted) {
+    switch (wanted) {
+        case Wanted::Real:
+            return "a number with a decimal point";
+        case Wanted::Integer:
+            return "an integer";
+        case Wanted::Number:
+            return "a number";
+        case Wanted::Boolean:
+            return "true or false";
+        case Wanted::Text:
+            return "a string";
+        case Wanted::Object:
+            return "an object";
+        default:
+            return "an array";
+    }
+}
+
+bool hasType(const LocatedValue& value, Wanted wanted) {
+    switch (wanted) {
+        case Wanted::Real:
+            return value.kind == Kind::Real;
+        case Wanted::Integer:
+            return value.kind == Kind::Integer;
+        case Wanted::Number:
+            return value.isNumber();
+        case Wanted::Boolean:
+            return value.kind == Kind::Boolean;
+        case Wanted::Text:
+            return value.kind == Kind::Text;
+        case Wanted::Object:
+            return value.kind == Kind::Object;
+        default:
+            return value.kind == Kind::Array;
+    }
+}
+
+bool isNumeric(Wanted wanted) {
+    return wanted == Wanted::Real || wanted == Wanted::Integer || wanted == Wanted::Number;
+}
+
+/// Levenshtein's distance, for the question what a misspelt key was meant to be.
+std::size_t editDistance(std::string_view a, std::string_view b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), 0U);
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        std::size_t diagonal = row[0]++;
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            const std::size_t replaced = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
+            diagonal = row[j];
+            row[j] = std::min({replaced, row[j] + 1, row[j - 1] + 1});
+        }
+    }
+    return row.back();
+}
+
+std::string suggestion(std::string_view key, const Rules& rules) {
+    const auto nearest =
+        std::min_element(rules.begin(), rules.end(), [key](const Rule& a, const Rule& b) {
+            return editDistance(key, a.key) < editDistance(key, b.key);
+        });
+    const bool isNear = nearest != rules.end() && editDistance(key, nearest->key) <= 3;
+    return isNear ? fmt::format("; is {} meant?", nearest->key) : "";
+}
+
+class MemberCheck {
+public:
+    MemberCheck(const Rule& ofMember, std::string pathOfMember, Findings& list)
+        : rule(ofMember), path(std::move(pathOfMember)), findings(list) {}
+
+    void missing(int line) const {
+        if (rule.required) {
+            findings.push_back({Severity::Fault, static_cast<std::uint64_t>(line), path, "",
+                                fmt::format("missing; expected {}", expectation())});
+        }
+    }
+
+    void value(const LocatedValue& value) const {
+        if (!hasType(value, rule.wanted)) {
+            add(Severity::Fault, value, fmt::format("expected {}{}", expectation(), ignored()));
+        } else if (isNumeric(rule.wanted)) {
+            number(value, path);
+        } else if (rule.elements > 0) {
+            array(value);
+        }
+    }
+
+private:
+    void number(const LocatedValue& value, const std::string& place) const {
+        if (!rule.allowed.contains(value.number)) {
+            add(Severity::Fault, value, fmt::format("expected {}", expectation()), place);
+        } else if (!rule.usual.contains(value.number)) {
+            add(Severity::Warning, value,
+                fmt::format("unusual for {}; usual is {}", rule.meaning, rule.usual.inWords()),
+                place);
+        }
+    }
+
+    void array(const LocatedValue& value) const {
+        if (value.elements.size() != rule.elements) {
+            add(Severity::Fault, value,
+                fmt::format("expected {} numbers: {}", rule.elements, rule.meaning));
+            return;
+        }
+        for (std::size_t i = 0; i < value.elements.size(); ++i) {
+            const LocatedValue& element = value.elements[i];
+            const std::string place = fmt::format("{}[{}]", path, i);
+            if (!hasType(element, rule.element)) {
+                add(Severity::Fault, element, fmt::format("expected {}", nameOf(rule.element)),
+                    place);
+            } else {
+                number(element, place);
+            }
+        }
+    }
+
+    std::string expectation() const {
+        const std::string limits = rule.allowed.inWords();
+        return fmt::format("{}{}{}: {}", nameOf(rule.wanted), limits.empty() ? "" : " ", limits,
+                           rule.meaning);
+    }
+
+    std::string ignored() const {
+        return rule.fallback.empty()
+                   ? ""
+                   : fmt::format("; as it stands {} is used without a word", rule.fallback);
+    }
+
+    void add(Severity severity, const LocatedValue& value, std::string message) const {
+        add(severity, value, std::move(message), path);
+    }
+    void add(Severity severity, const LocatedValue& value, std::string message,
+             const std::string& place) const {
+        findings.push_back({severity, static_cast<std::uint64_t>(value.line), place, value.shown(),
+                            std::move(message)});
+    }
+
+    const Rule& rule;
+    std::string path;
+    Findings& findings;
+};
+
+void checkKeys(const LocatedValue& object, const std::string& path, const Rules& rules,
+               Findings& findings) {
+    std::set<std::string_view> seen;
+    for (const auto& [key, value] : object.members) {
+        const auto line = static_cast<std::uint64_t>(value.line);
+        if (!seen.insert(key).second) {
+            findings.push_back({Severity::Fault, line, joinPath(path, key), value.shown(),
+                                "the key stands here a second time; only the last one counts"});
+        }
+        const bool isKnown = std::any_of(rules.begin(), rules.end(),
+                                         [&k = key](const Rule& rule) { return rule.key == k; });
+        if (!isKnown) {
+            findings.push_back({Severity::Warning, line, joinPath(path, key), value.shown(),
+                                "the key is not known" + suggestion(key, rules)});
+        }
+    }
+}
+
+}  // namespace
+
+bool Range::contains(double value) const {
+    const bool isAbove = leastIncluded ? value >= least : value > least;
+    const bool isBelow = mostIncluded ? value <= most : value < most;
+    return isAbove && isBelow;
+}
+
+std::string Range::inWords() const {
+    const bool hasLeast = least > -std::numeric_limits<double>::infinity();
+    const bool hasMost = most < std::numeric_limits<double>::infinity();
+    if (hasLeast && hasMost && leastIncluded && mostIncluded) {
+        return fmt::format("between {} and {}", least, most);
+    }
+    std::string words;
+    if (hasLeast) {
+        words = fmt::format("{} {}", leastIncluded ? "at least" : "above", least);
+    }
+    if (hasMost) {
+        words += fmt::format("{}{} {}", hasLeast ? " and " : "", mostIncluded ? "at most" : "below",
+                             most);
+    }
+    return words;
+}
+
+void checkMembers(const LocatedValue& object, const std::string& path, const Rules& rules,
+                  Findings& findings) {
+    if (object.kind != Kind::Object) {
+        findings.push_back({Severity::Fault, static_cast<std::uint64_t>(object.line), path,
+                            object.shown(), "expected an object"});
+        return;
+    }
+    for (const Rule& rule : rules) {
+        const MemberCheck check(rule, joinPath(path, rule.key), findings);
+        if (const LocatedValue* value = object.find(rule.key)) {
+            check.value(*value);
+        } else {
+            check.missing(object.line);
+        }
+    }
+    checkKeys(object, path, rules, findings);
+}
+
+std::string joinPath(const std::string& path, std::string_view key) {
+    return path.empty() ? std::string(key) : fmt::format("{}.{}", path, key);
+}
+
+const LocatedValue* numberAt(const LocatedValue& object, std::string_view key) {
+    const LocatedValue* value = object.find(key);
+    return value != nullptr && value->isNumber() ? value : nullptr;
+}
+
+const LocatedValue* objectAt(const LocatedValue& object, std::string_view key) {
+    const LocatedValue* value = object.find(key);
+    return value != nullptr && value->kind == LocatedValue::Kind::Object ? value : nullptr;
+}
+
+}  // namespace Workbench

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
+// Checks of scenarios and of the header of a recording, which share the installation.
+#pragma once
+
+#include "check/Rules.h"
+
+namespace Workbench {
+
+/// @param document a scenario
+/// @param findings receives everything that is wrong with it or suspicious
+void checkScenario(const LocatedValue& document, Findings& findings);
+
+/// @param header the first line of a recording
+/// @param findings receives everything that is wrong with it or suspicious
+void checkHeader(const LocatedValue& header, Findings& findings);
+
+}  // namespace Workbench

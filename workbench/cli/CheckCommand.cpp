@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "check/DocumentCheck.h"
+#include "check/RecordingCheck.h"
+#include "cli/CommandLine.h"
+#include "cli/Commands.h"
+#include "cli/Interruption.h"
+#include "cli/Progress.h"
+#include "io/InputError.h"
+#include "io/OutputFile.h"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+namespace Workbench {
+namespace {
+
+struct Options {
+    std::string document;
+    std::string kind;
+    std::string format = "text";
+    std::string output = "-";
+};
+
+const std::map<std::string, DocumentKind> kinds{{"configuration", DocumentKind::Configuration},
+                                                {"camera", DocumentKind::Camera},
+                                                {"scenario", DocumentKind::Scenario},
+                                                {"recording", DocumentKind::Recording}};
+
+DocumentKind kindFor(const Options& options) {
+    if (!options.kind.empty()) {
+        return kinds.at(options.kind);
+    }
+    if (options.document == "-") {
+        throw InputError("<stdin>: say with --as what it is");
+    }
+    return kindOfDocument(options.document);
+}
+
+RecordingCheckResult check(const Options& options, DocumentKind kind) {
+    if (kind != DocumentKind::Recording) {
+        return {checkDocument(options.document, kind), std::nullopt};
+    }
+    Progress progress("checking");
+    return checkRecording(options.document, [&](std::uint64_t read, std::uint64_t size) {
+        throwIfInterrupted();
+        progress.update(size == 0 ? -1.0 : static_cast<double>(read) / static_cast<double>(size));
+    });
+}
+
+std::size_t count(const Findings& findings, Severity severity) {
+    std::size_t sum = 0;
+    for (const Finding& finding : findings) {
+        sum += finding.severity == severity ? 1 : 0;
+    }
+    return sum;
+}
+
+std::string toText(const Findings& findings, const std::string& name) {
+    std::string text;
+    for (const Finding& finding : findings) {
+        text += toText(finding, name) + "\n";
+    }
+    return text + fmt::format("{}: {} faults, {} warnings\n", name,
+                              count(findings, Severity::Fault), count(findings, Severity::Warning));
+}
+
+nlohmann::ordered_json toJson(const Estimated& estimated) {
+    return {{"value", estimated.value}, {"std", estimated.std}};
+}
+
+std::string toJsonText(const RecordingCheckResult& result, const std::string& name) {
+    nlohmann::ordered_json json{{"document", name},
+                                {"faults", count(result.findings, Severity::Fault)},
+                                {"warnings", count(result.findings, Severity::Warning)},
+                                {"findings", nlohmann::ordered_json::array()}};
+    const char* const words[] = {"fault", "warning", "note"};
+    for (const Finding& finding : result.findings) {
+        json["findings"].push_back({{"severity", words[static_cast<int>(finding.severity)]},
+                                    {"line", finding.line},
+                                    {"key", finding.key},
+                                    {"value", finding.value},
+                                    {"message", finding.message}});
+    }
+    if (result.mounting) {
+        // Radians and degrees must not be mixed up by a script: the unit is part of the name.
+        json["installation"] = {{"samples", result.mounting->samples},
+                                {"yawRadians", toJson(result.mounting->yaw)},
+                                {"pitchRadians", toJson(result.mounting->pitch)},
+                                {"heightMetres", toJson(result.mounting->height)},
+                                {"lagSeconds", toJson(result.mounting->lag)}};
+    }
+    return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+int check(const Options& options) {
+    const DocumentKind kind = kindFor(options);
+    const std::string name = options.document == "-" ? "<stdin>" : options.document;
+    OutputFile output(options.output);
+    const RecordingCheckResult result = check(options, kind);
+    output.write(options.format == "json" ? toJsonText(result, name)
+                                          : toText(result.findings, name));
+    output.commit();
+    return hasFault(result.findings) ? negativeAnswer : success;
+}
+
+}  // namespace
+
+void addCheckCommand(CLI::App& program, Action& action) {
+    auto options = std::make_shared<Options>();
+    CLI::App* command = program.add_subcommand(
+        "check", "Say what is wrong with a configuration, a camera, a scenario or a recording");
+    command->add_option("document", options->document, "file, or -")->required();
+    command
+        ->add_option("--as", options->kind,
+                     "configuration, camera, scenario or recording (default: what it looks like)")
+        ->check(CLI::IsMember({"configuration", "camera", "scenario", "recording"}));
+    command->add_option("--format", options->format, "text or json (default: text)")
+        ->check(CLI::IsMember({"text", "json"}));
+    command->add_option("-o,--output", options->output, "report to write (default: -)");
+    command->footer(
+        "A recording's objects that both sensors see also tell whether camera and radar point the "
+        "same way, how high the camera really hangs, and how late the radar's time stamps are.\n"
+        "Exit status 1: there are faults; warnings alone leave it 0.\n"
+        "\n"
+        "Example:\n  veskar check config/fusion.json\n  veskar check perimeter.jsonl");
+    command->callback([options, &action] { action = [options] { return check(*options); }; });
+}
+
+}  // namespace Workbench
