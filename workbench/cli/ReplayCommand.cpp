@@ -6,6 +6,7 @@
 #include "cli/Progress.h"
 #include "io/OutputFile.h"
 #include "recording/RecordingReader.h"
+#include "replay/Explainer.h"
 #include "replay/FusedCsv.h"
 #include "replay/FusedJson.h"
 #include "replay/Replay.h"
@@ -29,6 +30,7 @@ struct Options {
     std::string config;
     std::string camera;
     std::string format = "jsonl";
+    std::string explain;
     bool realtime = false;
     bool tags = false;
     bool summary = false;
@@ -52,6 +54,26 @@ private:
     Clock::time_point start = Clock::now();
     double first = 0.0;
     bool isRunning = false;
+};
+
+/// Where the explanations go, if anyone wants them.
+class Explanations {
+public:
+    explicit Explanations(const std::string& path)
+        : file(path.empty() ? nullptr : std::make_unique<OutputFile>(path)),
+          explainer([this](const std::string& line) { file->write(line); }) {}
+
+    Veskar::FusionObserver* observer() { return file ? &explainer : nullptr; }
+    void finish() {
+        if (file) {
+            explainer.finish();
+            file->commit();
+        }
+    }
+
+private:
+    std::unique_ptr<OutputFile> file;
+    Explainer explainer;
 };
 
 int finish(const Options& options, const Replay& replay, const Summary& summary) {
@@ -89,6 +111,8 @@ int replay(const Options& options) {
             }
         },
         options.tags);
+    Explanations explanations(options.explain);
+    run.setObserver(explanations.observer());
     Progress progress("replaying");
     Pace pace;
     while (const auto line = reader.next()) {
@@ -104,6 +128,7 @@ int replay(const Options& options) {
         }
         progress.update(fractionRead(reader.input()));
     }
+    explanations.finish();
     output.commit();
     return finish(options, run, summary);
 }
@@ -121,6 +146,9 @@ void addReplayCommand(CLI::App& program, Action& action) {
     command->add_option("--camera", options->camera, "camera to use instead of the recording's");
     command->add_option("--format", options->format, "jsonl or csv (default: jsonl)")
         ->check(CLI::IsMember({"jsonl", "csv"}));
+    command->add_option("--explain", options->explain,
+                        "write for every fused frame why each candidate pair was or was not fused, "
+                        "as JSON Lines");
     command->add_flag("--realtime", options->realtime,
                       "keep the recording's pace instead of going as fast as possible");
     command->add_flag("--tags", options->tags, "add the detection priority's tags");

@@ -68,6 +68,9 @@ public:
     /// @param frame in the order of arrival
     void feed(const SensorFrame& frame);
 
+    /// @param watcher told what the fusion decides, or null; must outlive this replay
+    void setObserver(Veskar::FusionObserver* watcher) { module.setObserver(watcher); }
+
     /// @return what happened so far
     const ReplayCounts& counts() const { return tally; }
     /// @return the fusion

@@ -1,0 +1,190 @@
+// SPDX-License-Identifier: Apache-2.0
+// evaluate, check and replay --explain as their users run them.
+#include "Process.h"
+
+#include <set>
+#include <sstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using VeskarTest::dataFile;
+using VeskarTest::Outcome;
+using VeskarTest::slurp;
+using VeskarTest::spill;
+using VeskarTest::veskar;
+
+namespace {
+
+class Judgement : public testing::Test {
+protected:
+    std::string recording() {
+        std::string path = directory / "tiny.jsonl";
+        EXPECT_EQ(veskar({"simulate", dataFile("tiny.scenario.json"), "-o", path}).status, 0);
+        return path;
+    }
+
+    /// A copy of a recording with another statement about its truth.
+    std::string withTruth(const std::string& path, const std::string& kind) {
+        std::string text = slurp(path);
+        const std::string complete = "\"truth\":\"complete\"";
+        const std::size_t place = text.find(complete);
+        EXPECT_NE(place, std::string::npos);
+        text.replace(place, complete.size(), "\"truth\":\"" + kind + "\"");
+        spill(directory / "other.jsonl", text);
+        return directory / "other.jsonl";
+    }
+
+    VeskarTest::TemporaryDirectory directory;
+};
+
+TEST_F(Judgement, HelpShowsAnExample) {
+    for (const char* command : {"evaluate", "check"}) {
+        const Outcome outcome = veskar({command, "--help"});
+        EXPECT_EQ(outcome.status, 0);
+        EXPECT_THAT(outcome.output, HasSubstr("Example:\n  veskar "));
+    }
+}
+
+TEST_F(Judgement, EvaluateTabulatesFusionAndSensors) {
+    const Outcome outcome = veskar({"evaluate", recording()});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.errors, IsEmpty());
+    for (const char* word : {"fusion", "radar 3", "radar 15", "video 8", "GOSPA [m]", "MOTA",
+                             "IDF1", "HOTA", "delay to confirmation", "NEES", "20 to 40 m"}) {
+        EXPECT_THAT(outcome.output, HasSubstr(word));
+    }
+}
+
+TEST_F(Judgement, EvaluateWritesJsonForMachines) {
+    const std::string path = recording();
+    const Outcome outcome = veskar({"evaluate", path, "--format", "json", "--hits", "2"});
+    ASSERT_EQ(outcome.status, 0);
+    const auto json = nlohmann::json::parse(outcome.output);
+    EXPECT_EQ(json["truth"], "complete");
+    const auto& all = json["parts"]["all"];
+    EXPECT_EQ(all.size(), 3U);
+    for (const char* tracker : {"fusion", "radar 2", "video 2"}) {
+        EXPECT_TRUE(all[tracker]["GOSPA"].is_number()) << tracker;
+        EXPECT_GE(all[tracker]["GOSPA"].get<double>(), 0.0);
+        EXPECT_LE(all[tracker]["MOTA"].get<double>(), 1.0);
+    }
+    // The parts of the mean power sum up, and the mean is not above the root mean square.
+    const auto& fusion = all["fusion"];
+    const auto square = [&](const char* key) {
+        return fusion[key].get<double>() * fusion[key].get<double>();
+    };
+    EXPECT_NEAR(square("GOSPA_localisation") + square("GOSPA_missed") + square("GOSPA_false"),
+                square("GOSPA_rms"), 1e-9);
+    EXPECT_LE(fusion["GOSPA"].get<double>(), fusion["GOSPA_rms"].get<double>());
+    EXPECT_EQ(outcome.output, veskar({"evaluate", path, "--format", "json", "--hits", "2"}).output);
+}
+
+TEST_F(Judgement, EvaluateOmitsWhatIncompleteTruthCannotTell) {
+    const std::string path = withTruth(recording(), "incomplete");
+    const Outcome table = veskar({"evaluate", path});
+    EXPECT_EQ(table.status, 0);
+    EXPECT_THAT(table.output, HasSubstr("leaves objects out"));
+    const auto json = nlohmann::json::parse(veskar({"evaluate", path, "--format", "json"}).output);
+    const auto& fusion = json["parts"]["all"]["fusion"];
+    for (const char* key :
+         {"GOSPA", "GOSPA_false", "OSPA", "MOTA", "IDF1", "IDP", "HOTA", "DetA", "spuriousness"}) {
+        EXPECT_TRUE(fusion[key].is_null()) << key;
+    }
+    for (const char* key :
+         {"GOSPA_missed", "IDSW", "IDR", "completeness", "position_rmse", "tracks_per_object"}) {
+        EXPECT_TRUE(fusion[key].is_number()) << key;
+    }
+}
+
+TEST_F(Judgement, EvaluateRefusesARecordingWithoutTruth) {
+    const Outcome outcome = veskar({"evaluate", withTruth(recording(), "none")});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_THAT(outcome.errors, HasSubstr("no truth"));
+    EXPECT_THAT(outcome.output, IsEmpty());
+}
+
+TEST_F(Judgement, EvaluateLeavesNoReportOfABrokenRecording) {
+    std::string text = slurp(recording());
+    text.resize(text.size() / 2);
+    spill(directory / "cut.jsonl", text);
+    const Outcome outcome =
+        veskar({"evaluate", directory / "cut.jsonl", "-o", directory / "report"});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_THAT(outcome.errors, HasSubstr("cut.jsonl:"));
+    EXPECT_EQ(directory.names(), (std::vector<std::string>{"cut.jsonl", "tiny.jsonl"}));
+}
+
+TEST_F(Judgement, CheckAnswersByItsExitStatus) {
+    const std::string config = std::string(VESKAR_SOURCE_DIR) + "/config/fusion.json";
+    EXPECT_EQ(veskar({"check", config}).status, 0);
+    spill(directory / "bad.json", "{\"veskarModule\": {}}");
+    const Outcome faulty = veskar({"check", directory / "bad.json"});
+    EXPECT_EQ(faulty.status, 1);
+    EXPECT_THAT(faulty.output, HasSubstr("bad.json:1: fault: veskarInputs: missing"));
+    EXPECT_THAT(faulty.output, HasSubstr("fault: veskarModule.useJVA: missing"));
+    const Outcome missing = veskar({"check", directory / "nowhere.json"});
+    EXPECT_EQ(missing.status, 2);
+    EXPECT_THAT(missing.errors, HasSubstr("nowhere.json"));
+    EXPECT_EQ(veskar({"check", "-"}, "{}").status, 2) << "standard input needs --as";
+    EXPECT_EQ(veskar({"check", "-", "--as", "camera"}, "{}").status, 1);
+}
+
+TEST_F(Judgement, CheckWritesJsonForMachines) {
+    const Outcome outcome = veskar({"check", recording(), "--format", "json"});
+    EXPECT_EQ(outcome.status, 0);
+    const auto json = nlohmann::json::parse(outcome.output);
+    EXPECT_EQ(json["faults"], 0);
+    EXPECT_FALSE(json["findings"].empty());
+    for (const auto& finding : json["findings"]) {
+        EXPECT_TRUE(finding["severity"] == "note" || finding["severity"] == "warning");
+        EXPECT_FALSE(finding["message"].get<std::string>().empty());
+    }
+}
+
+TEST_F(Judgement, CheckSurvivesBinaryGarbage) {
+    std::string garbage;
+    for (int i = 0; i < 5000; ++i) {
+        garbage += static_cast<char>((i * 7919) % 256);
+    }
+    spill(directory / "garbage", garbage);
+    for (const char* kind : {"configuration", "camera", "scenario"}) {
+        EXPECT_EQ(veskar({"check", directory / "garbage", "--as", kind}).status, 1) << kind;
+    }
+    EXPECT_EQ(veskar({"check", directory / "garbage", "--as", "recording"}).status, 2);
+}
+
+TEST_F(Judgement, ExplainTellsWhyEveryPairWasOrWasNotFused) {
+    const std::string path = recording();
+    const std::string plain = veskar({"replay", path}).output;
+    const Outcome outcome = veskar({"replay", path, "--explain", directory / "why.jsonl"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.output, plain) << "explaining changes nothing";
+    std::istringstream lines(slurp(directory / "why.jsonl"));
+    std::string line;
+    std::set<std::string> outcomes;
+    int starts = 0;
+    int confirmations = 0;
+    while (std::getline(lines, line)) {
+        const auto frame = nlohmann::json::parse(line);
+        EXPECT_TRUE(frame["time"].is_number());
+        for (const auto& candidate : frame.value("candidates", nlohmann::json::array())) {
+            EXPECT_TRUE(candidate["limit"].is_number());
+            EXPECT_TRUE(candidate["gate"].is_string());
+            EXPECT_TRUE(candidate["class"].is_string());
+            outcomes.insert(candidate["outcome"]);
+        }
+        starts += static_cast<int>(frame.value("starts", nlohmann::json::array()).size());
+        confirmations +=
+            static_cast<int>(frame.value("confirmations", nlohmann::json::array()).size());
+    }
+    EXPECT_THAT(outcomes, testing::Contains("assigned"));
+    EXPECT_GT(starts, 0);
+    EXPECT_GT(confirmations, 0);
+    EXPECT_LE(confirmations, starts);
+}
+
+}  // namespace
