@@ -74,7 +74,8 @@ private:
 
 }  // namespace Impl
 
-/// The radar's status, read from the process-wide client. Safe from any thread; never throws.
+/// The radar's status, read from the process-wide client. Safe from any thread; no failure of the
+/// bus or the service reaches the caller.
 namespace Dbus::RadarStatus {
 
 /// Creates the client: call it on the thread whose GLib main context shall follow the changes.

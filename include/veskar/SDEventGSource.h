@@ -15,7 +15,8 @@ struct sd_event;
 /// object is made, so that bus signals need no thread of their own.
 ///
 /// The callbacks run on the thread that iterates the context; one mutex keeps them apart from
-/// construction and destruction, which may run on another thread.
+/// construction and destruction, which may run on another thread. It must not end within a callback
+/// of its own loop.
 class VESKAR_EXPORT SDEventGSource {
 public:
     /// Attaches the loop to the main context and the bus to the loop. A bus that cannot be attached

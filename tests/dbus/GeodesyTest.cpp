@@ -190,8 +190,8 @@ TEST_F(Geodesy, WrapsTheLongitudeOnceAndGivesUpBeyondAWholeTurn) {
     EXPECT_THAT(validated(1.0, 360.0), IsAt(1.0, 0.0));
     EXPECT_THAT(validated(1.0, -360.0), IsAt(1.0, 0.0));
     EXPECT_THAT(validated(1.0, 400.0), IsAt(1.0, 0.0));
-    EXPECT_THAT(validated(1.0, 360.5), IsAt(1.0, 0.0));
-    EXPECT_THAT(validated(1.0, -360.5), IsAt(1.0, 0.0));
+    EXPECT_THAT(validated(1.0, 360.25), IsAt(1.0, 0.0));
+    EXPECT_THAT(validated(1.0, -360.25), IsAt(1.0, 0.0));
     EXPECT_THAT(validated(95.0, 400.0), IsAt(85.0, -140.0)) << "first the pole, then the wrap";
 }
 

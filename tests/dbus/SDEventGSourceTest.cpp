@@ -191,6 +191,26 @@ TEST(SDEventGSource, StaysThroughManyDispatches) {
     }
 }
 
+TEST(SDEventGSource, StaysAndRestsWhenTheLoopHasFinished) {
+    MainLoop loop;
+    const Event event = newEvent();
+    const auto source = attach(loop, nullptr, event.get());
+    GSource* bridge = nullptr;
+    ASSERT_GE(sd_event_add_defer(
+                  event.get(), nullptr,
+                  [](sd_event_source* deferred, void* data) {
+                      *static_cast<GSource**>(data) = g_main_current_source();
+                      // The dispatch that finds nothing more to do returns 0.
+                      return sd_event_exit(sd_event_source_get_event(deferred), 0);
+                  },
+                  &bridge),
+              0);
+    EXPECT_TRUE(loop.iterateUntilIdle());
+    EXPECT_EQ(sd_event_get_state(event.get()), SD_EVENT_FINISHED);
+    ASSERT_NE(bridge, nullptr);
+    EXPECT_FALSE(g_source_is_destroyed(bridge));
+}
+
 TEST(SDEventGSource, LeavesTheContextWhenItEnds) {
     MainLoop loop;
     const Event event = newEvent();

@@ -5,15 +5,14 @@
 #include "support/SyslogCapture.h"
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 using namespace VeskarTest;
@@ -22,6 +21,8 @@ using testing::IsEmpty;
 using Veskar::LocalDatagramSocket;
 
 namespace {
+
+int usedFlags = 0;
 
 class LocalDatagram : public testing::Test {
 protected:
@@ -42,6 +43,18 @@ protected:
 };
 
 }  // namespace
+
+// The program's own definition takes the place of the C library's.
+extern "C" ssize_t send(int descriptor, const void* data, std::size_t size, int flags) {
+    usedFlags = flags;
+    return sendto(descriptor, data, size, flags, nullptr, 0);
+}
+
+TEST_F(LocalDatagram, RaisesNoSignal) {
+    const DatagramReceiver receiver(directory + "/socket");
+    LocalDatagramSocket(directory + "/socket").send("quiet");
+    EXPECT_EQ(usedFlags, MSG_NOSIGNAL);
+}
 
 TEST_F(LocalDatagram, ReachesTheReceiverAsOneDatagram) {
     DatagramReceiver receiver(directory + "/socket");
