@@ -3,7 +3,7 @@
 #include "dbus/PropertyClients.h"
 #include "support/DescriptorLimit.h"
 
-#include <atomic>
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <memory>
@@ -128,18 +128,24 @@ TYPED_TEST(PropertyClient, LogsAChangeWithoutInterface) {
     EXPECT_THAT(this->log.errors(), ElementsAre(lineWithCode(TypeParam::interfaceFailed, -ENXIO)));
 }
 
-TYPED_TEST(PropertyClient, DoesNotHearSignalsOfOtherServices) {
+TYPED_TEST(PropertyClient, HearsOneSignalOfOneObjectOfOneServiceOnly) {
     const auto service = this->makeService({TypeParam::property(1)});
     FakeService stranger("com.nolt.Stranger");
     const auto client = this->makeClient();
+    const Body content = changed(TypeParam::name, {TypeParam::property(0)});
+    const FakeService::Member& signal = this->propertiesChanged;
+    stranger.emit(signal, content);
+    service->emit({signal.path + "x", signal.interface, signal.name}, content);
+    service->emit({signal.path, signal.interface + "x", signal.name}, content);
+    service->emit({signal.path, signal.interface, signal.name + "x"}, content);
     int least = 1;
-    this->emitChange(stranger, {TypeParam::property(0)});
     this->emitChange(*service, {TypeParam::property(2)});
     EXPECT_TRUE(this->loop.iterateUntil([&] {
         least = std::min(least, TypeParam::value(*client));
         return TypeParam::value(*client) == 2;
     }));
     EXPECT_EQ(least, 1);
+    EXPECT_THAT(this->log.errors(), IsEmpty());
 }
 
 TYPED_TEST(PropertyClient, DoesNotFollowAServiceThatComesLate) {
