@@ -56,7 +56,7 @@ public:
     /// @return the process-wide client, created by the first call
     static GeoLocation& instance();
 
-    /// Asks the service for all settings.
+    /// Asks the service for all settings; on the thread of the main context once the client exists.
     /// @return false when the bus or the reply failed; a service that is not there is no failure
     bool initSettings();
     /// Reads a dictionary of settings; entries it does not know are skipped.
@@ -71,7 +71,9 @@ public:
     /// @param position the position, in place
     void validatePosition(::Dbus::GeoLocation::Position& position);
     /// @param range ground distance in metres
-    /// @param azimuth degrees, clockwise from the device's heading
+    /// @param azimuth degrees, counter-clockwise from the device's right-hand side: 90 lies
+    /// straight
+    ///                ahead, in the direction of the heading
     /// @return the geographic position
     ::Dbus::GeoLocation::Position getPosition(double range, double azimuth);
 
@@ -80,7 +82,6 @@ private:
     int parseEntry(sd_bus_message* message, const std::string& key);
     void scaleTo(double newLatitude);
 
-    std::unique_ptr<PropertyClient> client;  // loop, bus and the bridge between loop and GLib
     bool serviceAvailable = true;
     double heading = 0.0;
     double latitude = 0.0;
@@ -90,6 +91,9 @@ private:
     double degreesPerMeterLongitude = 0.0;
     double degreesPerMeterLatitude = 0.0;
     std::mutex mutex;  // guards the values from heading on
+    // Loop, bus and the bridge between loop and GLib. Last, so that it ends first: a change may
+    // still be on its way on the main loop's thread.
+    std::unique_ptr<PropertyClient> client;
 };
 
 }  // namespace Impl

@@ -37,7 +37,8 @@ public:
     /// @return the process-wide client, created by the first call
     static RadarStatus& instance();
 
-    /// Asks the service for all properties.
+    /// Asks the service for all properties; on the thread of the main context once the client
+    /// exists.
     /// @return false when the bus or the reply failed
     bool initStatus();
     /// Reads a dictionary of properties; entries it does not know are skipped.
@@ -65,11 +66,13 @@ public:
 private:
     int requestStatus();
 
-    std::unique_ptr<PropertyClient> client;  // loop, bus and the bridge between loop and GLib
     bool isEnabled = true;
     Failures failure;
     std::string radarProfile = "area";
     mutable std::mutex mutex;  // guards the values
+    // Loop, bus and the bridge between loop and GLib. Last, so that it ends first: a change may
+    // still be on its way on the main loop's thread.
+    std::unique_ptr<PropertyClient> client;
 };
 
 }  // namespace Impl

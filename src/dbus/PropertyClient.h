@@ -54,12 +54,13 @@ public:
 private:
     static int onSignal(sd_bus_message* message, void* client, sd_bus_error* error) noexcept;
 
-    // In this order, so that the bridge lets go of the loop before bus and loop end.
+    Service service;
+    Changed changed;
+    // In this order and last: the bridge ends first, so that no signal finds anything gone, and
+    // lets go of the loop before bus and loop end.
     Veskar::SdBus::Event event;
     Veskar::SdBus::Bus bus;
     std::unique_ptr<SDEventGSource> eventSource;
-    Service service;
-    Changed changed;
 };
 
 }  // namespace Impl

@@ -1,18 +1,50 @@
 // SPDX-License-Identifier: Apache-2.0
 // What both clients do when services, the bus and threads come and go.
+#include "dbus/PropertyClient.h"
 #include "dbus/PropertyClients.h"
 #include "support/DescriptorLimit.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include <dlfcn.h>
+#include <glib.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <systemd/sd-bus.h>
+
+namespace {
+
+/// Match rules that have been asked for.
+std::vector<std::string> addedRules;
+/// Called before a source leaves its main context.
+std::function<void()> beforeSourceEnds;
+
+}  // namespace
+
+// The program's own definitions take the place of the libraries'.
+extern "C" int sd_bus_add_match(sd_bus* bus, sd_bus_slot** slot, const char* match,
+                                sd_bus_message_handler_t callback, void* userdata) {
+    addedRules.emplace_back(match);
+    static const auto original =
+        reinterpret_cast<decltype(&sd_bus_add_match)>(dlsym(RTLD_NEXT, "sd_bus_add_match"));
+    return original(bus, slot, match, callback, userdata);
+}
+
+extern "C" void g_source_destroy(GSource* source) {
+    if (beforeSourceEnds) {
+        beforeSourceEnds();
+    }
+    static const auto original =
+        reinterpret_cast<decltype(&g_source_destroy)>(dlsym(RTLD_NEXT, "g_source_destroy"));
+    original(source);
+}
 
 namespace VeskarTest {
 
@@ -58,6 +90,22 @@ TYPED_TEST(PropertyClient, AsksOnceForThePropertiesOfTheServicesInterface) {
     EXPECT_EQ(asked, std::string("s ") + TypeParam::name);
     EXPECT_EQ(service->calls(this->getAll), 1);
     EXPECT_THAT(this->log.errors(), IsEmpty());
+}
+
+TYPED_TEST(PropertyClient, SubscribesToTheChangesOfTheServicesObject) {
+    const auto service = this->makeService({});
+    addedRules.clear();
+    const auto client = this->makeClient();
+    EXPECT_THAT(addedRules, ElementsAre(std::string("type='signal',sender='") + TypeParam::name +
+                                        "',path='" + TypeParam::path +
+                                        "',interface='org.freedesktop.DBus.Properties',"
+                                        "member='PropertiesChanged'"));
+}
+
+TYPED_TEST(PropertyClient, SubscribesToNothingWithoutTheService) {
+    addedRules.clear();
+    const auto client = this->makeClient();
+    EXPECT_THAT(addedRules, IsEmpty());
 }
 
 TYPED_TEST(PropertyClient, FollowsChangesInTheMainContext) {
@@ -252,6 +300,38 @@ TYPED_TEST(PropertyClient, LogsALoopThatCannotBeMade) {
         EXPECT_EQ(TypeParam::value(*client), none);
     }
     EXPECT_THAT(this->log.errors(), ElementsAre(setUpLine("Failed to create sd event", -EMFILE)));
+}
+
+// A change may be on its way on the main loop's thread until the bridge has left the context.
+class EndOfAClient : public PropertyClientTest<RadarService> {
+protected:
+    void TearDown() override { beforeSourceEnds = nullptr; }
+};
+
+TEST_F(EndOfAClient, HasItsHandlerUntilTheBridgeHasEnded) {
+    auto held = std::make_shared<int>();
+    const std::weak_ptr<int> watched = held;
+    auto client = std::make_unique<Impl::PropertyClient>(
+        Impl::PropertyClient::Service{RadarService::name, RadarService::path});
+    loop.asThreadDefault([&] {
+        client->setUp([&] { client->follow([held](sd_bus_message* /*signal*/) { return 0; }); });
+    });
+    held.reset();
+    bool isThere = false;
+    beforeSourceEnds = [&] { isThere = !watched.expired(); };
+    client.reset();
+    EXPECT_TRUE(isThere);
+    EXPECT_TRUE(watched.expired());
+}
+
+TEST_F(EndOfAClient, HasItsValuesUntilTheBridgeHasEnded) {
+    const std::string profile(1000, 'p');
+    const auto service = makeService({text("RadarProfile", profile)});
+    auto client = makeClient();
+    std::string last;
+    beforeSourceEnds = [&, ending = client.get()] { last = ending->getRadarProfile(); };
+    client.reset();
+    EXPECT_EQ(last, profile);
 }
 
 }  // namespace
