@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <system_error>
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/un.h>
@@ -23,11 +24,12 @@ std::string textOf(int errorNumber) {
 }  // namespace
 
 LocalDatagramSocket::LocalDatagramSocket(const std::string& path)
-    : descriptor(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
+    : descriptor(::socket(AF_UNIX, SOCK_DGRAM, 0)) {
     if (descriptor < 0) {
         syslog(LOG_ERR, "Failed to create socket: %s\n", textOf(errno).c_str());
         return;
     }
+    fcntl(descriptor, F_SETFD, FD_CLOEXEC);
     setsockopt(descriptor, SOL_SOCKET, SO_SNDTIMEO, &longestWait, sizeof(longestWait));
     sockaddr_un address{};
     address.sun_family = AF_UNIX;

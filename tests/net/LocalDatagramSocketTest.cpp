@@ -4,15 +4,20 @@
 #include "support/DescriptorLimit.h"
 #include "support/SyslogCapture.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <memory>
 #include <string>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 using namespace VeskarTest;
@@ -22,7 +27,15 @@ using Veskar::LocalDatagramSocket;
 
 namespace {
 
-int usedFlags = 0;
+/// What the system was last asked for.
+struct Request {
+    std::array<int, 3> socket{};
+    sockaddr_un address{};
+    socklen_t addressLength = 0;
+    int sendFlags = 0;
+    int descriptorFlags = 0;  // when it sends
+};
+Request request;
 
 class LocalDatagram : public testing::Test {
 protected:
@@ -44,16 +57,48 @@ protected:
 
 }  // namespace
 
-// The program's own definition takes the place of the C library's.
+// The program's own definitions take the place of the C library's.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
+extern "C" int socket(int domain, int type, int protocol) noexcept {
+    request.socket = {domain, type, protocol};
+    return static_cast<int>(syscall(SYS_socket, domain, type, protocol));
+}
+
+extern "C" int connect(int descriptor, const sockaddr* address, socklen_t length) {
+    std::memset(&request.address, 0xff, sizeof(request.address));
+    std::memcpy(&request.address, address, std::min<std::size_t>(length, sizeof(sockaddr_un)));
+    request.addressLength = length;
+    return static_cast<int>(syscall(SYS_connect, descriptor, address, length));
+}
+
 extern "C" ssize_t send(int descriptor, const void* data, std::size_t size, int flags) {
-    usedFlags = flags;
+    request.sendFlags = flags;
+    request.descriptorFlags = fcntl(descriptor, F_GETFD);
     return sendto(descriptor, data, size, flags, nullptr, 0);
+}
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
+
+TEST_F(LocalDatagram, AsksForAPlainDatagramSocketThatNoOtherProgramInherits) {
+    const DatagramReceiver receiver(directory + "/socket");
+    LocalDatagramSocket(directory + "/socket").send("plain");
+    EXPECT_THAT(request.socket, ElementsAre(AF_UNIX, SOCK_DGRAM, 0));
+    EXPECT_EQ(request.descriptorFlags, FD_CLOEXEC);
+}
+
+TEST_F(LocalDatagram, ConnectsToAWholeAddressFilledUpWithZeros) {
+    const DatagramReceiver receiver(directory + "/socket");
+    const LocalDatagramSocket socket(directory + "/socket");
+    EXPECT_EQ(request.addressLength, 110U);
+    EXPECT_EQ(request.address.sun_family, AF_UNIX);
+    std::string path = directory + "/socket";
+    path.resize(108);
+    EXPECT_EQ(std::string(request.address.sun_path, sizeof(request.address.sun_path)), path);
 }
 
 TEST_F(LocalDatagram, RaisesNoSignal) {
     const DatagramReceiver receiver(directory + "/socket");
     LocalDatagramSocket(directory + "/socket").send("quiet");
-    EXPECT_EQ(usedFlags, MSG_NOSIGNAL);
+    EXPECT_EQ(request.sendFlags, MSG_NOSIGNAL);
 }
 
 TEST_F(LocalDatagram, ReachesTheReceiverAsOneDatagram) {
