@@ -4,6 +4,7 @@
 #include "fusion/CalibrationScene.h"
 #include "support/CommaLocale.h"
 #include "support/DatagramReceiver.h"
+#include "support/ExecutableLink.h"
 #include "support/SocketCounter.h"
 #include "support/SyslogCapture.h"
 
@@ -240,4 +241,18 @@ TEST_F(Autocalibration, OpensNoSocketOutsideTheHostApplication) {
     EXPECT_EQ(openedSockets(), before);
     EXPECT_THAT(receiver.receive(), IsEmpty());
     EXPECT_THAT(log.errors(), IsEmpty());
+}
+
+TEST_F(Autocalibration, AsksOnceWhereItRuns) {
+    const SocketPath path("/tmp/autocalibration.sock");
+    DatagramReceiver receiver(path.get());
+    std::unique_ptr<AutocalibrationHandler> hosted;
+    {
+        const ExecutableLink host("/usr/bin/quandrelwatcher");
+        hosted = std::make_unique<AutocalibrationHandler>(makeCalibrationConfig());
+        handler.handleUpdate({makeCalibrationTrack()}, {}, 1);
+        EXPECT_THAT(receiver.receive(), IsEmpty());
+    }
+    hosted->handleUpdate({makeCalibrationTrack()}, {}, 1);
+    EXPECT_THAT(receiver.receive(), SizeIs(1));
 }

@@ -6,6 +6,7 @@
 
 #include "support/CommaLocale.h"
 #include "support/DatagramReceiver.h"
+#include "support/ExecutableLink.h"
 #include "support/PrivateBus.h"
 #include "support/SocketCounter.h"
 #include "support/SyslogCapture.h"
@@ -91,6 +92,12 @@ TEST_F(AnnotationsInTheHost, IgnoreTheHostsLocale) {
         send({12345, "human", {0.41, 0.05, 1234.5, 0.12}, 1700000000123}),
         ElementsAre(
             R"({"id":12345,"type":"human","bbox":[0.41,0.05,1234.5,0.12],"timestamp":1700000000123})"));
+}
+
+TEST_F(AnnotationsInTheHost, AskOnceWhereTheyRun) {
+    VODAnnotationClient::getInstance();
+    const ExecutableLink moved("/usr/bin/other");
+    EXPECT_EQ(send({1, "human", {0.0, 0.0, 0.0, 0.0}, 2}).size(), 1U);
 }
 
 TEST_F(AnnotationsInTheHost, UseOneSocketEach) {

@@ -3,6 +3,7 @@
 #include <veskar/VODAnnotationClient.h>
 
 #include "support/DatagramReceiver.h"
+#include "support/ExecutableLink.h"
 #include "support/SocketCounter.h"
 #include "support/SyslogCapture.h"
 
@@ -12,7 +13,9 @@
 using namespace VeskarTest;
 using testing::IsEmpty;
 
-TEST(VODAnnotationClient, OpensNoSocketOutsideTheHostApplication) {
+namespace {
+
+void expectSilence() {
     const SyslogCapture log;
     const SocketPath path("/tmp/vod_annotation");
     DatagramReceiver receiver(path.get());
@@ -22,4 +25,16 @@ TEST(VODAnnotationClient, OpensNoSocketOutsideTheHostApplication) {
     EXPECT_EQ(openedSockets(), before);
     EXPECT_THAT(receiver.receive(), IsEmpty());
     EXPECT_THAT(log.errors(), IsEmpty());
+}
+
+}  // namespace
+
+TEST(VODAnnotationClient, OpensNoSocketOutsideTheHostApplication) {
+    expectSilence();
+}
+
+TEST(VODAnnotationClient, AsksOnceWhereItRuns) {
+    Veskar::VODAnnotation::VODAnnotationClient::getInstance();
+    const ExecutableLink moved("/usr/bin/quandrelwatcher");
+    expectSilence();
 }
