@@ -93,6 +93,28 @@ TEST_F(Geodesy, ScalesAsGivenAtTheEquatorAndInTheMiddle) {
     EXPECT_NEAR(client.getPosition(78649.394, 0.0).longitude, 1.0, 1e-8);
 }
 
+// The formulas term by term, in higher precision and with the angles' multiples written out.
+TEST_F(Geodesy, ScalesByItsSeriesToTheLastTerm) {
+    for (int half = -178; half <= 178; ++half) {
+        const double latitude = 0.5 * half;
+        client.calculateDegreePerMeter(latitude);
+        const long double phi = static_cast<long double>(latitude) * 0.017453292519943295;
+        const long double s = std::sin(phi);
+        const long double c = std::cos(phi);
+        const long double R = 6378137.0L * std::sqrt(c * c + s * s * 0.9866560547430581L) /
+                              std::sqrt(1.0L - s * s * 0.006694379990197619L) *
+                              0.017453292519943295L;
+        const long double north = R - 1.175L * std::cos(4.0L * phi) -
+                                  559.822L * std::cos(2.0L * phi) + 0.0023L * std::cos(6.0L * phi);
+        const long double east =
+            c * R - 93.5L * std::cos(3.0L * phi) + 0.118L * std::cos(5.0L * phi);
+        const double oneNorth = client.getPosition(1.0, 90.0).latitude;
+        const double oneEast = client.getPosition(1.0, 0.0).longitude;
+        EXPECT_NEAR(oneNorth * static_cast<double>(north), 1.0, 1e-13) << latitude;
+        EXPECT_NEAR(oneEast * static_cast<double>(east), 1.0, 1e-13) << latitude;
+    }
+}
+
 TEST_F(Geodesy, TakesItsOwnLatitudeOnlyWhenAsked) {
     place(45.0, 0.0, 0.0);
     client.calculateDegreePerMeter(0.0);

@@ -57,8 +57,13 @@ protected:
 TEST_F(SceneConditionsService, AsksForTheModeWhenItIsMade) {
     FakeService service(optics);
     service.answer(getDayNight, string("night"));
+    std::string arguments = "unasked";
+    service.inspect(getDayNight, [&](sd_bus_message* call) {
+        arguments = sd_bus_message_get_signature(call, 1);
+    });
     SceneConditions conditions(clock.reader());
     EXPECT_EQ(service.calls(getDayNight), 1);
+    EXPECT_EQ(arguments, "");
     EXPECT_FALSE(conditions.isDay());
     EXPECT_EQ(service.calls(getDayNight), 1) << "the answer is fresh";
     EXPECT_THAT(log.errors(), IsEmpty());

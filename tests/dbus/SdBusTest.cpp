@@ -42,6 +42,11 @@ protected:
 
 }  // namespace
 
+TEST(SdBusError, HasNoMessageWithoutAnError) {
+    const SdBus::Error error;
+    EXPECT_STREQ(error.message(), "");
+}
+
 TEST_F(SystemBus, WaitsAQuarterOfASecondForAnAnswer) {
     std::uint64_t microseconds = 0;
     ASSERT_GE(sd_bus_get_method_call_timeout(bus.get(), &microseconds), 0);

@@ -8,6 +8,7 @@
 #include "support/SocketCounter.h"
 #include "support/SyslogCapture.h"
 
+#include <csignal>
 #include <memory>
 #include <string>
 #include <vector>
@@ -107,6 +108,10 @@ TEST_F(CalibrationInTheHost, StopsAfterElevenSamples) {
     tracks.resize(10);
     ids.resize(10);
     EXPECT_THAT(update(tracks), ElementsAre(payload(ids)));
+}
+
+TEST_F(CalibrationInTheHost, EndsTheProcessOnAMissingSystemTrack) {
+    EXPECT_EXIT(handler.handleUpdate({nullptr}, {}, 1), testing::KilledBySignal(SIGABRT), "");
 }
 
 TEST_F(CalibrationInTheHost, PassesTheVideoTracksOn) {

@@ -51,6 +51,18 @@ TEST_F(FusionCalibration, FollowsRadarFramesOnly) {
     EXPECT_THAT(receiver.receive(),
                 ElementsAre(R"({"radarTimestamp_ns":12250000000,"data":[)"
                             R"({"u_video":0,"v_video":0,"id_radar":3,"r_radar":20}]})"));
+    for (const Veskar::Source other : {Veskar::VideoObject, Veskar::VideoVura, Veskar::System}) {
+        module().handleAutocalibration(other, 12.25);
+        EXPECT_THAT(receiver.receive(), IsEmpty()) << other;
+    }
+}
+
+TEST_F(FusionCalibration, NeedsNoVideoFrame) {
+    module().systemTracks = {makeCalibrationTrack(7)};
+    module().handleAutocalibration(Veskar::Radar, 1.5);
+    EXPECT_THAT(receiver.receive(),
+                ElementsAre(R"({"radarTimestamp_ns":1500000000,"data":[)"
+                            R"({"u_video":0,"v_video":0,"id_radar":7,"r_radar":0}]})"));
 }
 
 TEST_F(FusionCalibration, TruncatesTheTimeToNanoseconds) {
