@@ -16,8 +16,9 @@ bool isAllowed(const Figure& figure, const RecordingHeader& header) {
 }
 
 std::string cellOf(const Figure& figure, const RecordingHeader& header) {
-    return isAllowed(figure, header) ? fmt::format("{:>10.{}f}", figure.value, figure.decimals)
-                                     : fmt::format("{:>10}", "-");
+    return isAllowed(figure, header) && std::isfinite(figure.value)
+               ? fmt::format("{:>10.{}f}", figure.value, figure.decimals)
+               : fmt::format("{:>10}", "-");
 }
 
 void appendTable(std::string& text, const PartFigures& part, const RecordingHeader& header,

@@ -17,11 +17,11 @@ struct EvaluationReport {
 };
 
 /// @return all figures of the whole scene and the essential ones of its parts, a column per
-///         tracker; "-" where the truth of the recording does not allow a figure
+///         tracker; "-" where the truth of the recording does not allow a figure or there is
+///         nothing to average
 std::string toTable(const EvaluationReport& report);
 
-/// @return the same and all the other figures, as one JSON object; null where the truth of the
-///         recording does not allow a figure
+/// @return the same and all the other figures, as one JSON object; null where the table has "-"
 std::string toJsonText(const EvaluationReport& report);
 
 }  // namespace Workbench

@@ -3,6 +3,7 @@
 #include "evaluate/metrics/Accuracy.h"
 
 #include <cmath>
+#include <limits>
 
 #include <gtest/gtest.h>
 
@@ -62,9 +63,13 @@ TEST(Accuracy, CountsMatchesOfOneClass) {
     EXPECT_DOUBLE_EQ(metric.result().classAgreement, 0.5);
 }
 
-TEST(Accuracy, WithoutMatchesIsZero) {
-    EXPECT_EQ(Accuracy(origin).result().positionRmse, 0.0);
-    EXPECT_EQ(Accuracy(origin).result().positionMedian, 0.0);
+TEST(Accuracy, WithoutMatchesThereIsNoError) {
+    const Accuracy::Result result = Accuracy(origin).result();
+    for (const double value :
+         {result.positionRmse, result.positionMedian, result.radialRmse, result.crossRangeRmse,
+          result.radialBias, result.crossRangeBias, result.velocityRmse, result.classAgreement}) {
+        EXPECT_TRUE(std::isnan(value));
+    }
 }
 
 TEST(Consistency, NormalisesTheErrorByTheCovariance) {
@@ -88,13 +93,15 @@ TEST(Consistency, PartsAtTheChiSquareBound) {
 }
 
 TEST(Consistency, LeavesOutCovariancesThatAreNone) {
-    Instant instant = instantOf(0, {{1, 0}}, {{7, 1}});
+    Instant instant = instantOf(0, {{1, 0}, {2, 9}}, {{7, 1}, {8, 9}});
     instant.tracks[0].covariance << 1, 2,  //
         2, 1;
+    instant.tracks[1].covariance(1, 1) = std::numeric_limits<double>::quiet_NaN();
     Consistency metric;
-    metric.add(instant, {{0, 0}});
+    metric.add(instant, {{0, 0}, {1, 1}});
     EXPECT_EQ(metric.result().matches, 0);
-    EXPECT_EQ(metric.result().meanNees, 0.0);
+    EXPECT_TRUE(std::isnan(metric.result().meanNees));
+    EXPECT_TRUE(std::isnan(metric.result().shareWithin95));
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 #include "evaluate/Instants.h"
 #include "evaluate/metrics/ConfirmationDelay.h"
 
+#include <cmath>
+
 #include <gtest/gtest.h>
 
 namespace Workbench {
@@ -25,6 +27,15 @@ TEST(ConfirmationDelay, LaterMatchesDoNotCount) {
     metric.add(instantOf(0.0, {{1, 0}}, {{7, 0}}), {{0, 0}});
     metric.add(instantOf(9.0, {{1, 0}}, {{8, 0}}), {{0, 0}});
     EXPECT_EQ(metric.result().mean, 0.0);
+    EXPECT_EQ(metric.result().longest, 0.0);
+}
+
+TEST(ConfirmationDelay, OfObjectsThatWereNeverFoundThereIsNone) {
+    ConfirmationDelay metric;
+    metric.add(instantOf(0.0, {{1, 0}}, {}), {});
+    EXPECT_TRUE(std::isnan(metric.result().mean));
+    EXPECT_TRUE(std::isnan(metric.result().longest));
+    EXPECT_EQ(metric.result().objectsNeverFound, 1);
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 #include "evaluate/Instants.h"
 #include "evaluate/metrics/PictureQuality.h"
 
+#include <cmath>
+
 #include <gtest/gtest.h>
 
 namespace Workbench {
@@ -36,7 +38,13 @@ TEST(PictureQuality, TracksWithoutAnyObjectAreSpurious) {
     PictureQuality metric(2.0);
     metric.add(instantOf(0, {}, {{7, 2.0}}));
     EXPECT_DOUBLE_EQ(metric.result().spuriousness, 1.0);
-    EXPECT_DOUBLE_EQ(metric.result().completeness, 0.0);
+}
+
+TEST(PictureQuality, OfNothingThereIsNoShare) {
+    const PictureQuality::Result result = PictureQuality(2.0).result();
+    EXPECT_TRUE(std::isnan(result.completeness));
+    EXPECT_TRUE(std::isnan(result.duplicatesPerObject));
+    EXPECT_TRUE(std::isnan(result.spuriousness));
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/metrics/Accuracy.h"
 
+#include "evaluate/metrics/Average.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -14,7 +16,7 @@ const double chiSquare95 = -2.0 * std::log(0.05);
 
 double median(std::vector<float> values) {
     if (values.empty()) {
-        return 0.0;
+        return nothingToAverage;
     }
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
@@ -45,18 +47,18 @@ void Accuracy::add(const Instant& instant, const Pairs& pairs) {
 }
 
 Accuracy::Result Accuracy::result() const {
-    const double n = static_cast<double>(std::max<std::size_t>(1, errors.size()));
+    const auto n = static_cast<double>(errors.size());
     Result result;
     result.matches = static_cast<int>(errors.size());
-    result.positionRmse = std::sqrt((squaredRadial + squaredCrossRange) / n);
+    result.positionRmse = std::sqrt(average(squaredRadial + squaredCrossRange, n));
     result.positionMedian = median(errors);
-    result.radialRmse = std::sqrt(squaredRadial / n);
-    result.crossRangeRmse = std::sqrt(squaredCrossRange / n);
-    result.radialBias = radial / n;
-    result.crossRangeBias = crossRange / n;
+    result.radialRmse = std::sqrt(average(squaredRadial, n));
+    result.crossRangeRmse = std::sqrt(average(squaredCrossRange, n));
+    result.radialBias = average(radial, n);
+    result.crossRangeBias = average(crossRange, n);
     result.velocityMatches = velocityMatches;
-    result.velocityRmse = std::sqrt(squaredVelocity / std::max(1, velocityMatches));
-    result.classAgreement = classMatches / n;
+    result.velocityRmse = std::sqrt(average(squaredVelocity, velocityMatches));
+    result.classAgreement = average(classMatches, n);
     return result;
 }
 
@@ -64,7 +66,7 @@ void Consistency::add(const Instant& instant, const Pairs& pairs) {
     for (const auto& [i, j] : pairs) {
         const JudgedTrack& track = instant.tracks[static_cast<std::size_t>(j)];
         const Eigen::LLT<Eigen::Matrix2d> factor(track.covariance);
-        if (factor.info() != Eigen::Success) {
+        if (!track.covariance.allFinite() || factor.info() != Eigen::Success) {
             continue;
         }
         const Eigen::Vector2d error =
@@ -77,8 +79,7 @@ void Consistency::add(const Instant& instant, const Pairs& pairs) {
 }
 
 Consistency::Result Consistency::result() const {
-    const double n = std::max(1, matches);
-    return {sum / n, within / n, matches};
+    return {average(sum, matches), average(within, matches), matches};
 }
 
 }  // namespace Workbench

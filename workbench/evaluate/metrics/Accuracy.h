@@ -21,6 +21,7 @@ public:
     /// @param pairs matches of @p instant, (true object, track)
     void add(const Instant& instant, const Pairs& pairs);
 
+    /// Not a number where there is nothing to average.
     struct Result {
         int matches = 0;
         double positionRmse = 0.0;    ///< m
@@ -55,6 +56,7 @@ public:
     /// @param pairs matches of @p instant, (true object, track)
     void add(const Instant& instant, const Pairs& pairs);
 
+    /// Not a number without a match.
     struct Result {
         double meanNees = 0.0;       ///< expected 2
         double shareWithin95 = 0.0;  ///< share below the chi-square bound of 95 %; expected 0.95

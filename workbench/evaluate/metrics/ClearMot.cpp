@@ -2,6 +2,7 @@
 #include "evaluate/metrics/ClearMot.h"
 
 #include "evaluate/metrics/Assignment.h"
+#include "evaluate/metrics/Average.h"
 
 #include <algorithm>
 #include <limits>
@@ -86,11 +87,11 @@ ClearMot::Result ClearMot::result() const {
         trackIds += object.trackIds.size();
         objectsMatched += object.matched > 0 ? 1 : 0;
     }
-    result.tracksPerObject = static_cast<double>(trackIds) / std::max(1, objectsMatched);
+    result.tracksPerObject = average(static_cast<double>(trackIds), objectsMatched);
     result.MOTA = static_cast<double>(result.TP - result.FP - result.IDSW) /
                   std::max(1, result.TP + result.FN);
     result.MOTP = similaritySum / std::max(1, result.TP);
-    result.motpDistance = distanceSum / std::max(1, result.TP);
+    result.motpDistance = average(distanceSum, result.TP);
     return result;
 }
 

@@ -29,7 +29,7 @@ public:
     struct Result {
         double MOTA = 0.0;          ///< (TP - FP - IDSW) / (TP + FN)
         double MOTP = 0.0;          ///< mean similarity of the matches
-        double motpDistance = 0.0;  ///< mean distance of the matches, m
+        double motpDistance = 0.0;  ///< mean distance of the matches, m; not a number without one
         int TP = 0;                 ///< matches
         int FN = 0;                 ///< true objects without a match
         int FP = 0;                 ///< tracks without a match
@@ -38,7 +38,8 @@ public:
         int MT = 0;                 ///< objects mostly tracked
         int PT = 0;                 ///< objects partly tracked
         int ML = 0;                 ///< objects mostly lost
-        /// Different tracks per object, over the objects that were ever matched; 1 at best.
+        /// Different tracks per object, over the objects that were ever matched; 1 at best. Not a
+        /// number when none was.
         double tracksPerObject = 0.0;
     };
     Result result() const;

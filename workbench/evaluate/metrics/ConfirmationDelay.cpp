@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/metrics/ConfirmationDelay.h"
 
+#include "evaluate/metrics/Average.h"
+
 #include <algorithm>
 
 namespace Workbench {
@@ -17,6 +19,7 @@ void ConfirmationDelay::add(const Instant& instant, const Pairs& pairs) {
 
 ConfirmationDelay::Result ConfirmationDelay::result() const {
     Result result;
+    result.longest = nothingToAverage;
     double sum = 0.0;
     for (const auto& [id, object] : objects) {
         if (!object.found) {
@@ -24,11 +27,10 @@ ConfirmationDelay::Result ConfirmationDelay::result() const {
             continue;
         }
         const double delay = *object.found - object.appeared;
-        ++result.objectsFound;
+        result.longest = result.objectsFound++ == 0 ? delay : std::max(result.longest, delay);
         sum += delay;
-        result.longest = std::max(result.longest, delay);
     }
-    result.mean = sum / std::max(1, result.objectsFound);
+    result.mean = average(sum, result.objectsFound);
     return result;
 }
 

@@ -16,6 +16,7 @@ public:
     /// @param pairs matches of @p instant, (true object, track)
     void add(const Instant& instant, const Pairs& pairs);
 
+    /// Not a number when no object was ever matched.
     struct Result {
         double mean = 0.0;     ///< s, over the objects that were ever matched
         double longest = 0.0;  ///< s, of the same

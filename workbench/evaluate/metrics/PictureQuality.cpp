@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/metrics/PictureQuality.h"
 
+#include "evaluate/metrics/Average.h"
+
 #include <algorithm>
 #include <set>
 
@@ -26,10 +28,9 @@ void PictureQuality::add(const Instant& instant) {
 
 PictureQuality::Result PictureQuality::result() const {
     Result result;
-    result.completeness = static_cast<double>(trackedTruths) / std::max(1, truths);
-    result.duplicatesPerObject =
-        static_cast<double>(assignedTracks - trackedTruths) / std::max(1, trackedTruths);
-    result.spuriousness = static_cast<double>(tracks - assignedTracks) / std::max(1, tracks);
+    result.completeness = average(trackedTruths, truths);
+    result.duplicatesPerObject = average(assignedTracks - trackedTruths, trackedTruths);
+    result.spuriousness = average(tracks - assignedTracks, tracks);
     return result;
 }
 

@@ -16,6 +16,7 @@ public:
 
     void add(const Instant& instant);
 
+    /// Not a number where there is nothing to average.
     struct Result {
         double completeness = 0.0;         ///< share of the true objects that have a track
         double duplicatesPerObject = 0.0;  ///< tracks beyond the first per object that has one
