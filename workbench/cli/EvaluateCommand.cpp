@@ -8,6 +8,7 @@
 #include "io/InputError.h"
 #include "io/OutputFile.h"
 #include "recording/RecordingReader.h"
+#include "replay/Replay.h"
 
 #include <algorithm>
 #include <memory>
@@ -42,9 +43,16 @@ int evaluate(const Options& options) {
     wishes.commonFieldOfView = !options.wholeScene;
     std::sort(wishes.bands.begin(), wishes.bands.end());
     Evaluation evaluation(header, config, wishes);
+    Replay replay(header, config, [&](const FusedFrame& frame) { evaluation.add(frame); });
     while (const auto line = reader.next()) {
         throwIfInterrupted();
+        if (const auto* truth = std::get_if<TruthFrame>(&*line)) {
+            replay.advance(truth->time);
+        }
         evaluation.add(*line);
+        if (const auto* frame = std::get_if<SensorFrame>(&*line)) {
+            replay.feed(*frame);
+        }
         progress.update(fractionRead(reader.input()));
     }
     if (evaluation.instants() == 0) {
@@ -53,10 +61,9 @@ int evaluate(const Options& options) {
     const EvaluationReport report{header, wishes, evaluation.instants(), evaluation.figures()};
     output.write(options.format == "json" ? toJsonText(report) : toTable(report));
     output.commit();
-    if (evaluation.replayCounts().failedFrames > 0) {
+    if (replay.counts().failedFrames > 0) {
         fmt::print(stderr, "veskar: {}: the fusion could not associate {} frames; the first: {}\n",
-                   options.recording, evaluation.replayCounts().failedFrames,
-                   evaluation.replayCounts().firstFailure);
+                   options.recording, replay.counts().failedFrames, replay.counts().firstFailure);
         return negativeAnswer;
     }
     return success;

@@ -15,8 +15,10 @@ namespace {
 
 const std::string wholeScene = "all";
 
+/// Nothing when the track has no place on the ground.
 std::optional<Picture::Reported> reportedOf(const FusedTrack& track) {
-    if (!track.ground) {
+    if (!track.ground || !track.ground->position.allFinite() ||
+        !track.ground->velocity.allFinite()) {
         return std::nullopt;
     }
     Picture::Reported reported;
@@ -83,31 +85,27 @@ Instant partOf(const Instant& whole, const Pairs& pairs, TruthIsKept truthIsKept
 
 Evaluation::Evaluation(const RecordingHeader& installation, const Veskar::Config& config,
                        const EvaluationOptions& wishes)
-    : header(installation),
-      options(wishes),
-      adapter(installation, config),
-      replay(installation, config, [this](const FusedFrame& frame) { takeFused(frame); }) {
+    : header(installation), options(wishes), adapter(installation, config) {
     const Picture empty(options.coastingLimit);
-    trackers.push_back({"fusion", std::nullopt, 0, empty, {}});
+    trackers.push_back({"fusion", std::nullopt, 0, empty, {}, {}});
     for (const Veskar::Source source : {Veskar::Radar, Veskar::VideoObject}) {
         for (const int hits : options.confirmationHits) {
             trackers.push_back(
-                {fmt::format("{} {}", sourceName(source), hits), source, hits, empty, {}});
+                {fmt::format("{} {}", sourceName(source), hits), source, hits, empty, {}, {}});
         }
     }
 }
 
 void Evaluation::add(const RecordingLine& line) {
     if (const auto* truth = std::get_if<TruthFrame>(&line)) {
+        predictSlowSensors(truth->time);
         judge(*truth);
-        return;
+    } else {
+        takeSensor(std::get<SensorFrame>(line));
     }
-    const auto& frame = std::get<SensorFrame>(line);
-    takeSensor(frame);
-    replay.feed(frame);
 }
 
-void Evaluation::takeFused(const FusedFrame& frame) {
+void Evaluation::add(const FusedFrame& frame) {
     SensorTracks reports;
     for (const FusedTrack& track : frame.tracks) {
         const std::optional<Picture::Reported> reported = reportedOf(track);
@@ -118,12 +116,17 @@ void Evaluation::takeFused(const FusedFrame& frame) {
     trackers.front().picture.replace(frame.time, std::move(reports));
 }
 
-void Evaluation::takeSensor(const SensorFrame& frame) {
-    while (const auto added = duties.nextBefore(frame.received)) {
+/// A slow sensor's tracks are predicted for the fusion, and so they are shown.
+void Evaluation::predictSlowSensors(double time) {
+    while (const auto added = duties.nextBefore(time)) {
         if (added->basis != nullptr) {
             show(added->source, added->time, adapter.convert(*added->basis, 0.0, added->ahead));
         }
     }
+}
+
+void Evaluation::takeSensor(const SensorFrame& frame) {
+    predictSlowSensors(frame.received);
     duties.saw(frame);
     for (const Report& report : frame.tracks) {
         const ReportBase& base = baseOf(report);
@@ -168,9 +171,10 @@ void Evaluation::judge(const TruthFrame& truth) {
 }
 
 void Evaluation::judge(Judged& tracker, const TruthFrame& truth) {
+    const SetDistanceParameters setDistance{options.cutoff, 2.0};
     const Instant everything = instantOf(truth, tracker.picture.at(truth.time));
     const Instant scene = partOf(
-        everything, matchWithinCutoff(everything, {options.cutoff, 2.0}),
+        everything, matchWithinCutoff(everything, setDistance),
         [&](std::size_t i, const TrueObject&) {
             return !options.commonFieldOfView ||
                    (truth.objects[i].inVideo && truth.objects[i].inRadar);
@@ -179,8 +183,9 @@ void Evaluation::judge(Judged& tracker, const TruthFrame& truth) {
             return !options.commonFieldOfView || isInCommonView(track.position);
         });
     card(tracker, wholeScene).add(scene);
+    tracker.moments.push_back({truth.time, gospa(scene, setDistance)});
 
-    const Pairs pairs = matchWithinCutoff(scene, {options.cutoff, 2.0});
+    const Pairs pairs = matchWithinCutoff(scene, setDistance);
     for (const std::string& name : classes) {
         card(tracker, name)
             .add(partOf(
@@ -239,6 +244,15 @@ std::vector<PartFigures> Evaluation::figures() const {
         result.push_back(std::move(figures));
     }
     return result;
+}
+
+std::vector<GospaSeries> Evaluation::gospaOverTime() const {
+    std::vector<GospaSeries> series;
+    series.reserve(trackers.size());
+    for (const Judged& tracker : trackers) {
+        series.push_back({tracker.name, tracker.moments});
+    }
+    return series;
 }
 
 }  // namespace Workbench

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// Fusion and single sensors against the truth of a recording.
+// Fused tracks and those of each sensor against the truth of a recording.
 #pragma once
 
 #include "evaluate/Picture.h"
 #include "evaluate/Scorecard.h"
 #include "evaluate/metrics/Assignment.h"
 #include "recording/Recording.h"
+#include "replay/FusedTrack.h"
 #include "replay/HostDuties.h"
-#include "replay/Replay.h"
 
 #include <map>
 #include <optional>
@@ -38,20 +38,36 @@ struct PartFigures {
     std::vector<TrackerFigures> trackers;
 };
 
-/// Judges a recording that is fed line by line: the fusion runs on it, and its sensors' own tracks
-/// are judged beside it, on the same frames, in the same way and at the same moments.
+/// GOSPA of one tracker at one moment of the truth, in the whole scene.
+struct GospaMoment {
+    double time = 0.0;  ///< s
+    Gospa gospa;        ///< when the truth is incomplete, its false tracks and so the distance mean
+                        ///< nothing
+};
+
+/// GOSPA of one tracker over time.
+struct GospaSeries {
+    std::string tracker;  ///< as in TrackerFigures
+    std::vector<GospaMoment> moments;
+};
+
+/// Judges fused tracks by the truth of a recording, and beside them its sensors' own tracks, on the
+/// same frames, in the same way and at the same moments.
 ///
 /// At every moment of the truth the tracks are those that have arrived by then, moved there with
 /// constant velocity. A single sensor's track counts as confirmed once it has been seen a number of
 /// times under its id.
 class Evaluation {
 public:
-    /// @param header the installation
-    /// @param config configuration of the fusion
-    /// @param options what is asked for
-    Evaluation(const RecordingHeader& header, const Veskar::Config& config,
-               const EvaluationOptions& options);
+    /// @param installation the header of the recording
+    /// @param config configuration of the fusion; the sensors' tracks are read with its noise
+    /// @param wishes what is asked for
+    Evaluation(const RecordingHeader& installation, const Veskar::Config& config,
+               const EvaluationOptions& wishes);
 
+    /// @param frame what the fusion knew after a frame, in the order of arrival: at the latest
+    ///              before the first truth that is later than its arrival
+    void add(const FusedFrame& frame);
     /// @param line in the order of the recording
     void add(const RecordingLine& line);
 
@@ -59,8 +75,8 @@ public:
     std::vector<PartFigures> figures() const;
     /// @return moments that were judged
     int instants() const { return judged; }
-    /// @return what the fusion run did
-    const ReplayCounts& replayCounts() const { return replay.counts(); }
+    /// @return GOSPA of every judged moment, of the fusion and of each sensor
+    std::vector<GospaSeries> gospaOverTime() const;
 
 private:
     struct Judged {
@@ -69,11 +85,12 @@ private:
         int hits;                              ///< confirmation setting of a sensor
         Picture picture;
         std::map<std::string, Scorecard> cards;  ///< by part
+        std::vector<GospaMoment> moments;        ///< of the whole scene
     };
     using SensorTracks = std::vector<Picture::Reported>;
 
-    void takeFused(const FusedFrame& frame);
     void takeSensor(const SensorFrame& frame);
+    void predictSlowSensors(double time);
     void show(Veskar::Source source, double time,
               const std::vector<std::shared_ptr<Veskar::Track>>& tracks);
     void judge(const TruthFrame& truth);
@@ -90,7 +107,6 @@ private:
     std::vector<Judged> trackers;
     std::map<std::pair<Veskar::Source, int>, int> hitsOfTrack;
     std::vector<std::string> classes;
-    Replay replay;
     int judged = 0;
 };
 

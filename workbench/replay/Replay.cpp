@@ -50,8 +50,8 @@ Replay::Replay(const RecordingHeader& header, const Veskar::Config& config, Sink
     }
 }
 
-void Replay::feed(const SensorFrame& frame) {
-    while (const auto added = duties.nextBefore(frame.received)) {
+void Replay::advance(double now) {
+    while (const auto added = duties.nextBefore(now)) {
         ++tally.addedFrames;
         std::vector<std::shared_ptr<Veskar::Track>> tracks;
         if (added->basis != nullptr) {
@@ -59,6 +59,10 @@ void Replay::feed(const SensorFrame& frame) {
         }
         hand({added->source, added->time, std::move(tracks)}, added->received);
     }
+}
+
+void Replay::feed(const SensorFrame& frame) {
+    advance(frame.received);
     duties.saw(frame);
     ++(frame.source == Veskar::Radar ? tally.radarFrames : tally.videoFrames);
     hand({frame.source, frame.time, adapter.convert(frame, uptime)}, frame.received);

@@ -67,6 +67,9 @@ public:
     /// Hands a frame to the fusion, and before it those that the host has to add.
     /// @param frame in the order of arrival
     void feed(const SensorFrame& frame);
+    /// Hands over the frames that the host has to add until then.
+    /// @param now the host's clock, s: the next frame of a sensor does not arrive before
+    void advance(double now);
 
     /// @param watcher told what the fusion decides, or null; must outlive this replay
     void setObserver(Veskar::FusionObserver* watcher) { module.setObserver(watcher); }
