@@ -105,6 +105,8 @@ TEST_F(CalibrationInTheHost, StopsAfterElevenSamples) {
     EXPECT_THAT(update(tracks), ElementsAre(payload(ids)));
     tracks.resize(11);
     EXPECT_THAT(update(tracks), ElementsAre(payload(ids)));
+    tracks.push_back(nullptr);
+    EXPECT_THAT(update(tracks), ElementsAre(payload(ids))) << "later ones are not looked at";
     tracks.resize(10);
     ids.resize(10);
     EXPECT_THAT(update(tracks), ElementsAre(payload(ids)));

@@ -290,6 +290,18 @@ TEST_F(Priority, AnnotatesEachRadarTrackOnce) {
     EXPECT_THAT(track->annotatedRadarIds, ElementsAre(41, 12));
 }
 
+TEST_F(Priority, AnnotatesWithTheClassOfTheFirstVideoTrackItself) {
+    const auto track = makeTrackOf(true, true);
+    track->className = "bus";
+    track->classVoted = true;
+    Report report;
+    report.id = 3;
+    report.className = "car";
+    track->sensorTracks[Source::VideoObject][3] = makeTrack(report);
+    priority->evaluateTrack(*track);
+    EXPECT_EQ(track->annotationLabel, "car");
+}
+
 TEST_F(Priority, AnnotatesNothingWhenItIsSwitchedOff) {
     Config config = makeConfig();
     config.detectionPriority.autoAnnotationEnabled = false;
