@@ -6,6 +6,7 @@
 #include <veskar/FusionModule.h>
 
 #include "device/Scene.h"
+#include "device/TrackLine.h"
 
 #include <chrono>
 #include <cstdio>
@@ -17,24 +18,6 @@ namespace {
 
 using VeskarDevice::Scene;
 using VeskarDevice::SceneSettings;
-
-void print(const Veskar::SystemTrack& track) {
-    std::printf("%d%s %s", track.id, track.isConfirmed ? " confirmed" : "",
-                track.getClassName().c_str());
-    for (const auto& [source, tracks] : track.sensorTracks) {
-        for (const auto& [id, sensorTrack] : tracks) {
-            std::printf(" %d:%d", static_cast<int>(source), id);
-        }
-    }
-    std::printf(" %a", track.getTrackProbability());
-    for (const double component : track.state) {
-        std::printf(" %a", component);
-    }
-    for (const double variance : track.covariance.diagonal()) {
-        std::printf(" %a", variance);
-    }
-    std::printf("\n");
-}
 
 /// Radar and video take turns, ten frames a second each; a radar frame is fused once video time has
 /// come close.
@@ -51,7 +34,7 @@ void run(const Veskar::Config& config, const SceneSettings& settings, unsigned s
         std::printf("frame %d of source %d: %zu\n", frame, static_cast<int>(source),
                     fusion.systemTracks.size());
         for (const auto& track : fusion.systemTracks) {
-            print(*track);
+            VeskarDevice::printLine(*track);
         }
     }
 }
