@@ -216,7 +216,8 @@ private:
         const auto resolution = numbersAt(camera, "resolution", 2);
         const LocatedValue* rotation = objectAt(camera, "rotation");
         const LocatedValue* pitch = rotation ? numberAt(*rotation, "pitch") : nullptr;
-        if (!resolution || pitch == nullptr || !((*resolution)[0] > 0.0)) {
+        if (!resolution || pitch == nullptr ||
+            !((*resolution)[0] > 0.0 && (*resolution)[1] > 0.0)) {
             return;
         }
         const double lowerHalf =
@@ -239,9 +240,11 @@ private:
 
 void checkCamera(const LocatedValue& camera, const std::string& path, Wanted real,
                  Findings& findings) {
-    checkMembers(camera, path, cameraRules(real), findings);
+    // The library passes over keys that it does not know.
+    const Severity unknown = real == Wanted::Real ? Severity::Warning : Severity::Fault;
+    checkMembers(camera, path, cameraRules(real), unknown, findings);
     if (const LocatedValue* rotation = objectAt(camera, "rotation")) {
-        checkMembers(*rotation, joinPath(path, "rotation"), rotationRules(real), findings);
+        checkMembers(*rotation, joinPath(path, "rotation"), rotationRules(real), unknown, findings);
     }
     GeometryCheck(camera, path, findings).run();
 }

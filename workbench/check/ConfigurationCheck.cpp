@@ -243,9 +243,9 @@ void warn(const LocatedValue& value, const std::string& key, std::string message
 
 void checkModule(const LocatedValue& module, Findings& findings) {
     const std::string path = "veskarModule";
-    checkMembers(module, path, moduleRules, findings);
+    checkMembers(module, path, moduleRules, Severity::Warning, findings);
     if (const LocatedValue* gains = objectAt(module, "gainNegative")) {
-        checkMembers(*gains, path + ".gainNegative", gainRules, findings);
+        checkMembers(*gains, path + ".gainNegative", gainRules, Severity::Warning, findings);
     }
     checkOrder(module, path, "systemTrackConfirmationLimitLower",
                "systemTrackConfirmationLimitUpper", findings);
@@ -271,11 +271,11 @@ void checkModule(const LocatedValue& module, Findings& findings) {
 }  // namespace
 
 void checkConfiguration(const LocatedValue& document, Findings& findings) {
-    checkMembers(document, "", rootRules, findings);
+    checkMembers(document, "", rootRules, Severity::Warning, findings);
     if (const LocatedValue* inputs = objectAt(document, "veskarInputs")) {
-        checkMembers(*inputs, "veskarInputs", inputRules, findings);
+        checkMembers(*inputs, "veskarInputs", inputRules, Severity::Warning, findings);
         if (const LocatedValue* video = objectAt(*inputs, "video")) {
-            checkMembers(*video, "veskarInputs.video", videoRules, findings);
+            checkMembers(*video, "veskarInputs.video", videoRules, Severity::Warning, findings);
             checkOrder(*video, "veskarInputs.video", "minimumPseudoRangeStd",
                        "maximumPseudoRangeStd", findings);
         }
@@ -284,7 +284,8 @@ void checkConfiguration(const LocatedValue& document, Findings& findings) {
         checkModule(*module, findings);
     }
     if (const LocatedValue* priority = objectAt(document, "veskarDetectionPriority")) {
-        checkMembers(*priority, "veskarDetectionPriority", priorityRules, findings);
+        checkMembers(*priority, "veskarDetectionPriority", priorityRules, Severity::Warning,
+                     findings);
         checkOrder(*priority, "veskarDetectionPriority", "nVideoFramesMissedLimitLow",
                    "nVideoFramesMissedLimitHigh", findings);
     }

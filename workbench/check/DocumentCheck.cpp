@@ -33,6 +33,11 @@ void checkMembersOf(const LocatedValue& document, DocumentKind kind, Findings& f
     }
 }
 
+/// The program reads scenarios with comments; the library knows none.
+Comments commentsOf(DocumentKind kind) {
+    return kind == DocumentKind::Scenario ? Comments::Allowed : Comments::Refused;
+}
+
 /// The last word has the reader itself.
 void checkByReading(const std::string& text, DocumentKind kind) {
     switch (kind) {
@@ -76,7 +81,7 @@ Findings checkDocument(const std::string& path, DocumentKind kind) {
     const std::string text = readText(path);
     Findings findings;
     LocatedValue document;
-    const JsonFault fault = parseLocated(text, document);
+    const JsonFault fault = parseLocated(text, commentsOf(kind), document);
     if (fault.line > 0) {
         findings.push_back(
             {Severity::Fault, static_cast<std::uint64_t>(fault.line), "", "", fault.reason});

@@ -153,11 +153,13 @@ std::string LocatedValue::shown() const {
     }
 }
 
-JsonFault parseLocated(std::string_view text, LocatedValue& document) {
+JsonFault parseLocated(std::string_view text, Comments comments, LocatedValue& document) {
     Position position;
     Builder builder(document, position);
     nlohmann::json::sax_parse(CountingIterator(text.data(), &position),
-                              CountingIterator(text.data() + text.size(), &position), &builder);
+                              CountingIterator(text.data() + text.size(), &position), &builder,
+                              nlohmann::json::input_format_t::json, true,
+                              comments == Comments::Allowed);
     return builder.fault;
 }
 

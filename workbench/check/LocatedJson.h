@@ -34,15 +34,19 @@ struct LocatedMember {
     LocatedValue value;
 };
 
+/// Whether a document may contain comments, as C++ has them.
+enum class Comments { Refused, Allowed };
+
 /// A document that is no JSON.
 struct JsonFault {
     int line = 0;        ///< 0 when the document is good
     std::string reason;  ///< what was expected there
 };
 
-/// @param text one JSON document without comments
+/// @param text one JSON document
+/// @param comments whether it may contain comments
 /// @param document receives the value when the text is good
 /// @return the fault, with line 0 when there is none
-JsonFault parseLocated(std::string_view text, LocatedValue& document);
+JsonFault parseLocated(std::string_view text, Comments comments, LocatedValue& document);
 
 }  // namespace Workbench

@@ -25,11 +25,13 @@ struct Equation {
 struct Equations {
     std::vector<Equation> bearing;
     std::vector<Equation> depression;
+    std::vector<double> time;  ///< s
 };
 
 Equations equationsOf(const std::vector<PairSample>& samples, double height) {
     Equations equations;
     for (const PairSample& sample : samples) {
+        equations.time.push_back(sample.time);
         const double d = sample.groundDistance;
         const double perHeight = d / (d * d + height * height);
         // Late stamps put the radar's object of time t + lag beside video's of time t.
@@ -88,16 +90,25 @@ struct Block {
     }
 };
 
+/// Blocks whose errors are independent: one ends where nothing was seen for a while, or after a
+/// time in which a tracker forgets, but not before it has its share of the samples.
 std::vector<Block> blocksOf(const Equations& equations, const Unknowns& x) {
-    constexpr std::size_t blockCount = 20;
+    constexpr std::size_t mostBlocks = 20;
+    constexpr double pause = 1.0;   // seconds
+    constexpr double memory = 5.0;  // seconds
     const double bearingScale = scaleOf(equations.bearing, x);
     const double depressionScale = scaleOf(equations.depression, x);
-    std::vector<Block> blocks(blockCount);
-    const std::size_t n = equations.bearing.size();
-    for (std::size_t i = 0; i < n; ++i) {
-        Block& block = blocks[i * blockCount / n];
-        block.add(equations.bearing[i], x, bearingScale);
-        block.add(equations.depression[i], x, depressionScale);
+    const std::vector<double>& time = equations.time;
+    std::vector<Block> blocks(1);
+    std::size_t first = 0;
+    for (std::size_t i = 0; i < time.size(); ++i) {
+        const bool isLarge = (i - first) * mostBlocks >= time.size();
+        if (isLarge && (time[i] - time[i - 1] > pause || time[i] - time[first] > memory)) {
+            blocks.emplace_back();
+            first = i;
+        }
+        blocks.back().add(equations.bearing[i], x, bearingScale);
+        blocks.back().add(equations.depression[i], x, depressionScale);
     }
     return blocks;
 }
@@ -170,7 +181,7 @@ MountingEstimate estimateMounting(const std::vector<PairSample>& samples, double
         return Estimated{significant[i] != 0.0 ? significant[i] : x[i], std[i],
                          significant[i] != 0.0};
     };
-    return {estimated(0), estimated(1), estimated(2), estimated(3), samples.size()};
+    return {estimated(0), estimated(1), estimated(2), estimated(3), samples.size(), blocks.size()};
 }
 
 }  // namespace Workbench

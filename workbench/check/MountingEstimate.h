@@ -34,6 +34,7 @@ struct MountingEstimate {
     Estimated pitch;   ///< of the camera, radians downward
     Estimated lag;     ///< seconds by which the radar's time stamps are later than video's
     std::size_t samples = 0;
+    std::size_t blocks = 0;  ///< of samples whose errors are independent; a handful says little
 };
 
 /// Fits all four at once, by iterated weighted least squares with Huber's weights.
@@ -42,7 +43,8 @@ struct MountingEstimate {
 /// is higher sees the ground steeper, nearby more than far away, which parts height from pitch;
 /// radar stamps that are late show an object where it has been, in proportion to its speed. The
 /// standard deviations come from leaving out one block of time after the other (the delete-a-group
-/// jackknife), because errors of tracks are correlated over seconds.
+/// jackknife: Shao, Tu: The Jackknife and Bootstrap, 1995), because errors of tracks are correlated
+/// over seconds.
 ///
 /// @param samples in order of time; at least 50
 /// @param height stated height of the camera, m

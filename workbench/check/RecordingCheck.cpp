@@ -2,6 +2,8 @@
 #include "check/RecordingCheck.h"
 
 #include "check/FrameStatistics.h"
+#include "check/LocatedJson.h"
+#include "check/SceneCheck.h"
 #include "check/TrackPairs.h"
 #include "geometry/Projection.h"
 #include "io/InputError.h"
@@ -9,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <string_view>
 
 #include <fmt/format.h>
@@ -18,17 +21,18 @@ namespace {
 
 /// Fewer samples of common objects say nothing.
 constexpr std::size_t fewestSamples = 50;
+constexpr std::size_t fewestBlocks = 8;
 /// More faults than this are no longer listed one by one.
 constexpr std::size_t mostFaults = 100;
 
 /// Splits "FILE:LINE: KEY: REASON" as the reader words it.
-Finding findingOf(const InputError& error, const LineReader& input) {
+Finding findingOf(const InputError& error, const std::string& file, std::uint64_t line) {
     std::string_view text = error.what();
-    const std::string place = input.place() + ": ";
+    const std::string place = fmt::format("{}:{}: ", file, line);
     if (text.substr(0, place.size()) == place) {
         text.remove_prefix(place.size());
     }
-    Finding finding{Severity::Fault, input.lineNumber(), "", "", std::string(text)};
+    Finding finding{Severity::Fault, line, "", "", std::string(text)};
     const std::size_t colon = text.find(": ");
     const bool namesKey = colon != std::string_view::npos &&
                           text.substr(0, colon).find(' ') == std::string_view::npos;
@@ -37,6 +41,30 @@ Finding findingOf(const InputError& error, const LineReader& input) {
         finding.message = text.substr(colon + 2);
     }
     return finding;
+}
+
+/// Opens a recording and checks its header member by member.
+/// @return nothing when the header has a fault, so that no line can be understood
+std::unique_ptr<RecordingReader> open(const std::string& path, Findings& findings) {
+    bool hasLine = false;
+    const auto checkLine = [&](std::string_view text) {
+        hasLine = true;
+        LocatedValue header;
+        if (parseLocated(text, Comments::Refused, header).line == 0) {
+            checkHeader(header, findings);
+        }
+    };
+    try {
+        return std::make_unique<RecordingReader>(path, TruthLines::Read, checkLine);
+    } catch (const InputError& error) {
+        if (!hasLine) {
+            throw;  // there is no such file
+        }
+        if (!hasFault(findings)) {
+            findings.push_back(findingOf(error, path == "-" ? "<stdin>" : path, 1));
+        }
+        return nullptr;
+    }
 }
 
 Finding noteOf(std::string key, std::string message) {
@@ -133,8 +161,12 @@ void judgeMounting(const RecordingHeader& header, const MountingEstimate& estima
 
 RecordingCheckResult checkRecording(
     const std::string& path, const std::function<void(std::uint64_t, std::uint64_t)>& progress) {
-    RecordingReader reader(path);
     RecordingCheckResult result;
+    const std::unique_ptr<RecordingReader> opened = open(path, result.findings);
+    if (!opened) {
+        return result;
+    }
+    RecordingReader& reader = *opened;
     FrameStatistics video;
     FrameStatistics radar;
     TrackPairs pairs(reader.header());
@@ -156,7 +188,8 @@ RecordingCheckResult checkRecording(
                 throw;  // the reading itself has failed, not a line
             }
             if (++faults <= mostFaults) {
-                result.findings.push_back(findingOf(error, reader.input()));
+                result.findings.push_back(
+                    findingOf(error, reader.input().name(), reader.input().lineNumber()));
             }
         }
         progress(reader.input().bytesRead(), reader.input().size());
@@ -167,13 +200,16 @@ RecordingCheckResult checkRecording(
     }
     judgeFrames("video", video, result.findings);
     judgeFrames("radar", radar, result.findings);
-    if (pairs.samples().size() < fewestSamples) {
+    if (pairs.samples().size() >= fewestSamples) {
+        result.mounting =
+            estimateMounting(pairs.samples(), reader.header().camera.mounting.position[2]);
+    }
+    if (!result.mounting || result.mounting->blocks < fewestBlocks) {
+        result.mounting.reset();
         result.findings.push_back(
             noteOf("installation", "too few objects were seen by both sensors to judge it"));
         return result;
     }
-    result.mounting =
-        estimateMounting(pairs.samples(), reader.header().camera.mounting.position[2]);
     judgeMounting(reader.header(), *result.mounting, result.findings);
     return result;
 }

@@ -156,7 +156,7 @@ private:
 };
 
 void checkKeys(const LocatedValue& object, const std::string& path, const Rules& rules,
-               Findings& findings) {
+               Severity unknown, Findings& findings) {
     std::set<std::string_view> seen;
     for (const auto& [key, value] : object.members) {
         const auto line = static_cast<std::uint64_t>(value.line);
@@ -167,7 +167,7 @@ void checkKeys(const LocatedValue& object, const std::string& path, const Rules&
         const bool isKnown = std::any_of(rules.begin(), rules.end(),
                                          [&k = key](const Rule& rule) { return rule.key == k; });
         if (!isKnown) {
-            findings.push_back({Severity::Warning, line, joinPath(path, key), value.shown(),
+            findings.push_back({unknown, line, joinPath(path, key), value.shown(),
                                 "the key is not known" + suggestion(key, rules)});
         }
     }
@@ -199,7 +199,7 @@ std::string Range::inWords() const {
 }
 
 void checkMembers(const LocatedValue& object, const std::string& path, const Rules& rules,
-                  Findings& findings) {
+                  Severity unknown, Findings& findings) {
     if (object.kind != Kind::Object) {
         findings.push_back({Severity::Fault, static_cast<std::uint64_t>(object.line), path,
                             object.shown(), "expected an object"});
@@ -213,7 +213,7 @@ void checkMembers(const LocatedValue& object, const std::string& path, const Rul
             check.missing(object.line);
         }
     }
-    checkKeys(object, path, rules, findings);
+    checkKeys(object, path, rules, unknown, findings);
 }
 
 std::string joinPath(const std::string& path, std::string_view key) {

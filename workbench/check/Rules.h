@@ -60,9 +60,11 @@ using Rules = std::vector<Rule>;
 /// @param object what should be an object
 /// @param path its place in the document, "" for the root
 /// @param rules its members
+/// @param unknown how bad a key is that no rule knows: a fault where the reader refuses it, a
+///                warning where it passes over it
 /// @param findings receives what is wrong
 void checkMembers(const LocatedValue& object, const std::string& path, const Rules& rules,
-                  Findings& findings);
+                  Severity unknown, Findings& findings);
 
 /// @return the member's place: "path.key", or the key alone in the root
 std::string joinPath(const std::string& path, std::string_view key);

@@ -191,14 +191,15 @@ public:
             checkCamera(*camera, "camera", Wanted::Number, findings);
         }
         if (const LocatedValue* radar = objectAt(parent, "radar")) {
-            checkMembers(*radar, "radar", radarRules, findings);
+            checkMembers(*radar, "radar", radarRules, Severity::Fault, findings);
             if (const LocatedValue* rotation = objectAt(*radar, "rotation")) {
-                checkMembers(*rotation, "radar.rotation", radarRotationRules, findings);
+                checkMembers(*rotation, "radar.rotation", radarRotationRules, Severity::Fault,
+                             findings);
             }
             height(*radar);
         }
         if (const LocatedValue* site = objectAt(parent, "site")) {
-            checkMembers(*site, "site", siteRules, findings);
+            checkMembers(*site, "site", siteRules, Severity::Fault, findings);
         }
     }
 
@@ -209,16 +210,17 @@ public:
         }
         Rules rules = sensorRules;
         rules.insert(rules.end(), own.begin(), own.end());
-        checkMembers(*sensor, name, rules, findings);
+        checkMembers(*sensor, name, rules, Severity::Fault, findings);
         if (const LocatedValue* error = objectAt(*sensor, "mountingError")) {
-            checkMembers(*error, joinPath(name, "mountingError"), mountingErrorRules, findings);
+            checkMembers(*error, joinPath(name, "mountingError"), mountingErrorRules,
+                         Severity::Fault, findings);
         }
         elements(*sensor, name, "outages", [this](const LocatedValue& outage, const auto& path) {
-            checkMembers(outage, path, outageRules, findings);
+            checkMembers(outage, path, outageRules, Severity::Fault, findings);
             interval(outage, path);
         });
         elements(*sensor, name, "persistent", [this](const LocatedValue& item, const auto& path) {
-            checkMembers(item, path, persistentRules, findings);
+            checkMembers(item, path, persistentRules, Severity::Fault, findings);
             interval(item, path);
             className(item, path);
         });
@@ -291,7 +293,7 @@ private:
                          {0.1, 50.0},
                          {},
                          isInterval ? std::size_t{2} : 0});
-        checkMembers(item, path, rules, findings);
+        checkMembers(item, path, rules, Severity::Fault, findings);
         if (item.kind != Kind::Object) {
             return;
         }
@@ -335,7 +337,7 @@ private:
 }  // namespace
 
 void checkScenario(const LocatedValue& document, Findings& findings) {
-    checkMembers(document, "", scenarioRules, findings);
+    checkMembers(document, "", scenarioRules, Severity::Fault, findings);
     SceneCheck check(findings);
     check.installation(document);
     check.sensor(document, "videoSensor", videoRules);
@@ -344,7 +346,7 @@ void checkScenario(const LocatedValue& document, Findings& findings) {
 }
 
 void checkHeader(const LocatedValue& header, Findings& findings) {
-    checkMembers(header, "", headerRules, findings);
+    checkMembers(header, "", headerRules, Severity::Fault, findings);
     SceneCheck(findings).installation(header);
 }
 

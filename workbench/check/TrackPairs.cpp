@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include <Eigen/Geometry>
+
 namespace Workbench {
 namespace {
 
@@ -94,10 +96,12 @@ void forgetBefore(Sightings& tracks, double time) {
 }  // namespace
 
 TrackPairs::TrackPairs(const RecordingHeader& header)
-    : projection(header.camera.build()), radar(header.radar, {}) {}
+    : projection(header.camera.build()),
+      toCamera(Eigen::Rotation2Dd(-radians(header.camera.mounting.yaw))),
+      radar(header.radar, {}) {}
 
 TrackPairs::View TrackPairs::viewOfGround(const Eigen::Vector2d& ground) const {
-    const Eigen::Vector2d offset = ground - projection.origin().head<2>();
+    const Eigen::Vector2d offset = toCamera * (ground - projection.origin().head<2>());
     const double distance = offset.norm();
     return {std::atan2(offset[1], offset[0]), std::atan2(projection.origin()[2], distance),
             distance};
@@ -120,7 +124,8 @@ std::optional<TrackPairs::View> TrackPairs::viewOf(const Report& report) const {
     const Eigen::Vector3d ray =
         projection.ray(0.5 * (seen->box.left + seen->box.right), seen->box.bottom);
     const double depression = std::asin(std::clamp(-ray[2], -1.0, 1.0));
-    return View(std::atan2(ray[1], ray[0]), depression, 0.0);
+    const Eigen::Vector2d aside = toCamera * ray.head<2>();
+    return View(std::atan2(aside[1], aside[0]), depression, 0.0);
 }
 
 void TrackPairs::add(const SensorFrame& frame) {

@@ -31,8 +31,8 @@ public:
     const std::vector<PairSample>& samples() const { return collected; }
 
 private:
-    /// A track at one time, seen from the camera: bearing, depression [radians], distance on the
-    /// ground [m].
+    /// A track at one time, seen from the camera: bearing from where it looks, depression
+    /// [radians], distance on the ground [m].
     using View = Eigen::Vector3d;
     struct Sighting {
         double time;
@@ -46,6 +46,7 @@ private:
     void keep(const PairSample& sample);
 
     Projection projection;
+    Eigen::Matrix2d toCamera;  ///< turns x to where the camera looks, so that no bearing wraps
     RadarModel radar;
     Sightings video;
     Sightings radarTracks;

@@ -216,10 +216,15 @@ bool isBlank(std::string_view text) {
 
 }  // namespace
 
-RecordingReader::RecordingReader(const std::string& path, TruthLines givenTruthLines)
+RecordingReader::RecordingReader(const std::string& path, TruthLines givenTruthLines,
+                                 const FirstLine& firstLine)
     : lines(path), truthLines(givenTruthLines) {
     std::string_view text;
-    if (!lines.next(text)) {
+    const bool isEmpty = !lines.next(text);
+    if (firstLine) {
+        firstLine(isEmpty ? std::string_view() : text);
+    }
+    if (isEmpty) {
         throw InputError(lines.name() +
                          ":1: the file is empty, expected the header of a recording");
     }

@@ -5,9 +5,11 @@
 #include "io/LineReader.h"
 #include "recording/Recording.h"
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace Workbench {
 
@@ -19,11 +21,16 @@ enum class TruthLines { Read, Skip };
 /// Every fault is an InputError that starts with "FILE:LINE: ".
 class RecordingReader {
 public:
+    /// Receives the first line before it is read, empty when there is none.
+    using FirstLine = std::function<void(std::string_view)>;
+
     /// Opens a recording and reads its header.
     /// @param path the file, or "-"
     /// @param truthLines what happens to truth
+    /// @param firstLine who wants to look at the header's text, if anyone
     /// @throw InputError when it is no recording that this program reads
-    explicit RecordingReader(const std::string& path, TruthLines truthLines = TruthLines::Read);
+    explicit RecordingReader(const std::string& path, TruthLines truthLines = TruthLines::Read,
+                             const FirstLine& firstLine = nullptr);
 
     /// @return the header
     const RecordingHeader& header() const { return head; }

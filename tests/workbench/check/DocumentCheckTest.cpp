@@ -68,6 +68,20 @@ TEST_F(DocumentCheck, FindsNothingWrongWithWhatIsShipped) {
     }
 }
 
+TEST_F(DocumentCheck, ReadsScenariosWithComments) {
+    // A scene of four seconds is unusually short, and nothing else is wrong with it.
+    const Findings findings =
+        checkDocument(VeskarTest::dataFile("tiny.scenario.json"), DocumentKind::Scenario);
+    ASSERT_THAT(findings, SizeIs(1));
+    EXPECT_EQ(findings[0].severity, Severity::Warning);
+    EXPECT_EQ(findings[0].key, "duration");
+    EXPECT_EQ(findings[0].line, 5U);
+    // The library reads configurations and cameras without.
+    begin("camera.json", DocumentKind::Camera);
+    text = "// mine\n" + text;
+    EXPECT_TRUE(hasFault(check()));
+}
+
 TEST_F(DocumentCheck, RecognisesWhatADocumentIs) {
     EXPECT_EQ(kindOfDocument(source + "/config/fusion.json"), DocumentKind::Configuration);
     EXPECT_EQ(kindOfDocument(source + "/config/camera.json"), DocumentKind::Camera);
@@ -189,6 +203,15 @@ TEST_F(DocumentCheck, FindsALensThatCannotBe) {
         isAboveHorizon |= finding.message.find("above the horizon") != std::string::npos;
     }
     EXPECT_TRUE(isAboveHorizon);
+}
+
+TEST_F(DocumentCheck, TakesAnUnknownKeyAsBadlyAsItsReader) {
+    begin("camera.json", DocumentKind::Camera);
+    replace("\"bdc\": false", "\"bdc\": false, \"colour\": 1");
+    EXPECT_EQ(only(check(), "colour").severity, Severity::Warning);
+    begin("scenarios/road.json", DocumentKind::Scenario);
+    replace("\"duration\"", "\"lenght\": 3, \"duration\"");
+    EXPECT_EQ(only(check(), "lenght").severity, Severity::Fault);
 }
 
 TEST_F(DocumentCheck, FindsTheFaultsOfAScenario) {

@@ -19,7 +19,7 @@ TEST(LocatedJson, KnowsTheLineOfEveryMember) {
                            "  \"d\": [true,\n"
                            "    \"x\"]\n"
                            "}\n",
-                           root)
+                           Comments::Refused, root)
                   .line,
               0);
     EXPECT_EQ(root.line, 1);
@@ -41,30 +41,32 @@ TEST(LocatedJson, KnowsTheLineOfEveryMember) {
 
 TEST(LocatedJson, ANumberAtTheEndOfItsLineStandsOnThatLine) {
     LocatedValue root;
-    ASSERT_EQ(parseLocated("[\n1\n,\n2\n]", root).line, 0);
+    ASSERT_EQ(parseLocated("[\n1\n,\n2\n]", Comments::Refused, root).line, 0);
     EXPECT_EQ(root.elements[0].line, 2);
     EXPECT_EQ(root.elements[1].line, 4);
 }
 
 TEST(LocatedJson, FindsTheLastOfRepeatedKeys) {
     LocatedValue root;
-    ASSERT_EQ(parseLocated(R"({"a": 1, "a": 2})", root).line, 0);
+    ASSERT_EQ(parseLocated(R"({"a": 1, "a": 2})", Comments::Refused, root).line, 0);
     EXPECT_EQ(root.members.size(), 2U);
     EXPECT_EQ(root.find("a")->text, "2");
 }
 
 TEST(LocatedJson, TellsWhereTheSyntaxEnds) {
     LocatedValue root;
-    const JsonFault fault = parseLocated("{\n\"a\": 1,\n\"b\" 2\n}", root);
+    const JsonFault fault = parseLocated("{\n\"a\": 1,\n\"b\" 2\n}", Comments::Refused, root);
     EXPECT_EQ(fault.line, 3);
     EXPECT_NE(fault.reason, "");
-    EXPECT_EQ(parseLocated("", root).line, 1);
-    EXPECT_EQ(parseLocated("{} x", root).line, 1);
+    EXPECT_EQ(parseLocated("", Comments::Refused, root).line, 1);
+    EXPECT_EQ(parseLocated("{} x", Comments::Refused, root).line, 1);
 }
 
 TEST(LocatedJson, ShowsValues) {
     LocatedValue root;
-    ASSERT_EQ(parseLocated(R"({"a": "x", "b": [1, 2], "c": {}, "d": null, "e": -3e2})", root).line,
+    ASSERT_EQ(parseLocated(R"({"a": "x", "b": [1, 2], "c": {}, "d": null, "e": -3e2})",
+                           Comments::Refused, root)
+                  .line,
               0);
     EXPECT_EQ(root.find("a")->shown(), "\"x\"");
     EXPECT_EQ(root.find("b")->shown(), "an array of 2");

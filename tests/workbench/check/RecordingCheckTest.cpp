@@ -98,6 +98,49 @@ TEST_F(RecordingCheck, FindsARadarLagOf150Milliseconds) {
     EXPECT_NEAR(result.mounting->lag.value, 0.15, 0.03);
 }
 
+TEST_F(RecordingCheck, SaysNothingOfAnInstallationThatTooFewObjectsShow) {
+    Scenario scenario = perimeter();
+    scenario.duration = 20.0;
+    const RecordingCheckResult result = checkSimulated(scenario, 21);
+    EXPECT_FALSE(result.mounting.has_value());
+    EXPECT_THAT(warnedOf(result), IsEmpty());
+    const auto isAboutIt = [](const Finding& finding) { return finding.key == "installation"; };
+    EXPECT_TRUE(std::any_of(result.findings.begin(), result.findings.end(), isAboutIt));
+}
+
+TEST_F(RecordingCheck, ListsEveryFaultOfTheHeader) {
+    std::string header = lineOf(Simulation(perimeter(), 1).header());
+    const auto spoil = [&](const std::string& from, const std::string& to) {
+        const std::size_t place = header.find(from);
+        ASSERT_NE(place, std::string::npos) << from;
+        header.replace(place, from.size(), to);
+    };
+    spoil("\"resolution\":[1920,1080]", "\"resolution\":[1920,-1080]");
+    spoil("\"azimuthStd\":", "\"azimuthDeviation\":");
+    spoil("\"version\":1", "\"version\":2");
+    const RecordingCheckResult result = checkText(header);
+    std::vector<std::string> keys;
+    for (const Finding& finding : result.findings) {
+        EXPECT_EQ(finding.severity, Severity::Fault) << finding.message;
+        EXPECT_EQ(finding.line, 1U);
+        keys.push_back(finding.key);
+    }
+    EXPECT_THAT(keys, testing::UnorderedElementsAre("version", "camera.resolution[1]",
+                                                    "radar.azimuthStd", "radar.azimuthDeviation"));
+}
+
+TEST_F(RecordingCheck, SaysThatSomethingIsNoRecording) {
+    const std::string others[] = {"", "\x01\x02garbage\n", "{\"format\":\"veskar-fused\"}\n",
+                                  "[]\n"};
+    for (const std::string& text : others) {
+        const RecordingCheckResult result = checkText(text);
+        ASSERT_TRUE(hasFault(result.findings)) << text;
+        EXPECT_EQ(result.findings[0].line, 1U) << text;
+    }
+    EXPECT_THROW(checkRecording(directory / "nowhere", [](std::uint64_t, std::uint64_t) {}),
+                 std::runtime_error);
+}
+
 TEST_F(RecordingCheck, ListsTheFaultsOfEveryLineAndGoesOn) {
     Scenario scenario = perimeter();
     scenario.duration = 1.0;
