@@ -55,6 +55,7 @@ int runCommandLine(int count, const char* const* arguments) {
     addReplayCommand(program, action);
     addEvaluateCommand(program, action);
     addCheckCommand(program, action);
+    addReportCommand(program, action);
 
     const int status = parse(program, count, arguments);
     if (status != success || !action) {

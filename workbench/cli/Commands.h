@@ -25,5 +25,7 @@ void addReplayCommand(CLI::App& program, Action& action);
 void addEvaluateCommand(CLI::App& program, Action& action);
 /// @copydoc addSimulateCommand
 void addCheckCommand(CLI::App& program, Action& action);
+/// @copydoc addSimulateCommand
+void addReportCommand(CLI::App& program, Action& action);
 
 }  // namespace Workbench

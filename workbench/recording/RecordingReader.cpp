@@ -4,6 +4,7 @@
 #include "io/InputError.h"
 #include "io/TextFile.h"
 #include "recording/Header.h"
+#include "recording/LabelFields.h"
 
 #include <algorithm>
 #include <limits>
@@ -17,17 +18,6 @@ namespace Workbench {
 namespace {
 
 constexpr double infinite = std::numeric_limits<double>::infinity();
-
-Label readLabel(const Fields& fields, const char* name, const char* probability) {
-    return {fields.text(name, "unknown"), fields.numberWithin(probability, 0.0, 1.0, 0.0)};
-}
-
-Labels readLabels(const Fields& fields) {
-    return {readLabel(fields, "class", "classProbability"),
-            readLabel(fields, "color", "colorProbability"),
-            readLabel(fields, "upperClothingColor", "upperClothingColorProbability"),
-            readLabel(fields, "lowerClothingColor", "lowerClothingColorProbability")};
-}
 
 ImageBox readBox(const Fields& fields) {
     const Fields box = fields.object("box");

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cli/CommandLine.h"
+#include "cli/Commands.h"
+#include "cli/Interruption.h"
+#include "cli/Progress.h"
+#include "io/InputError.h"
+#include "io/OutputFile.h"
+#include "report/Page.h"
+#include "report/Report.h"
+
+#include <memory>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+namespace Workbench {
+namespace {
+
+struct Options {
+    std::string recording;
+    std::string output;
+    std::string fused;
+    std::string fused2;
+    std::string explain;
+    std::string explain2;
+};
+
+int report(const Options& options) {
+    if (reportPage.empty()) {
+        throw InputError(std::string(reportPageMissing));
+    }
+    if (options.fused2.empty() && !options.explain2.empty()) {
+        throw InputError("--explain2 needs a second run to explain");
+    }
+    ReportInputs inputs{options.recording, {{options.fused, options.explain}}};
+    if (!options.fused2.empty()) {
+        inputs.runs.push_back({options.fused2, options.explain2});
+    }
+    OutputFile output(options.output);
+    Progress progress("reporting");
+    const Json data = reportData(inputs, [&](double fraction) {
+        throwIfInterrupted();
+        progress.update(fraction);
+    });
+    const std::size_t mark = reportPage.find(reportPageMark);
+    output.write(reportPage.substr(0, mark));
+    output.write(embeddable(data));
+    output.write(reportPage.substr(mark + reportPageMark.size()));
+    output.commit();
+    return success;
+}
+
+}  // namespace
+
+void addReportCommand(CLI::App& program, Action& action) {
+    auto options = std::make_shared<Options>();
+    CLI::App* command = program.add_subcommand(
+        "report", "Show a recording and one or two fusion runs in one HTML file");
+    command->add_option("recording", options->recording, "recording")->required();
+    command->add_option("fused", options->fused, "fused tracks, as replay writes them")->required();
+    command->add_option("fused2", options->fused2, "another run, to be shown beside it");
+    command->add_option("-o,--output", options->output, "HTML file to write, or -")->required();
+    command->add_option("--explain", options->explain, "what replay --explain wrote of the run");
+    command->add_option("--explain2", options->explain2, "the same of the other run");
+    command->footer(
+        "The file opens in any browser and needs nothing else.\n"
+        "\n"
+        "Example:\n"
+        "  veskar replay road.jsonl -o fused.jsonl --explain why.jsonl\n"
+        "  veskar report road.jsonl fused.jsonl --explain why.jsonl -o report.html\n");
+    command->callback([options, &action] { action = [options] { return report(*options); }; });
+}
+
+}  // namespace Workbench

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+// Reads fused tracks line by line.
+#pragma once
+
+#include "io/LineReader.h"
+#include "recording/Recording.h"
+#include "replay/FusedTrack.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Workbench {
+
+/// The first line of fused tracks.
+struct FusedHeader {
+    std::string name;           ///< of the recording
+    CameraSetup camera;         ///< as used
+    RadarSetup radar;           ///< as used
+    std::string configuration;  ///< as used, JSON text
+};
+
+/// The lines of fused tracks, checked. Memory does not depend on their number.
+///
+/// Every fault is an InputError that starts with "FILE:LINE: ". What is null in the file is NaN.
+class FusedReader {
+public:
+    /// Opens fused tracks and reads their header.
+    /// @param path the file, or "-"
+    /// @throw InputError when these are no fused tracks that this program reads
+    explicit FusedReader(const std::string& path);
+
+    /// @return the header
+    const FusedHeader& header() const { return head; }
+    /// @return the next frame; nothing at the end
+    /// @throw InputError what is wrong with the line
+    std::optional<FusedFrame> next();
+    /// @return where the reading stands
+    const LineReader& input() const { return lines; }
+
+private:
+    FusedFrame parse(std::string_view text) const;
+
+    LineReader lines;
+    FusedHeader head;
+};
+
+}  // namespace Workbench

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+// A recording and one or two fusion runs of it as one HTML file.
+#pragma once
+
+#include "recording/Header.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace Workbench {
+
+/// A fusion run to show.
+struct ReportRun {
+    std::string fused;    ///< file of fused tracks
+    std::string explain;  ///< what replay --explain wrote of the same run; empty: nothing
+};
+
+/// What a report shows.
+struct ReportInputs {
+    std::string recording;        ///< file of the recording
+    std::vector<ReportRun> runs;  ///< one or two
+};
+
+/// Told now and then how much has been read, 0 to 1, negative when that is not known; may throw.
+using ReportProgress = std::function<void(double)>;
+
+/// Reads everything and packs it.
+///
+/// @param inputs the files
+/// @param progress told how far it is
+/// @return what the page shows
+/// @throw InputError what is wrong with a file
+Json reportData(const ReportInputs& inputs, const ReportProgress& progress);
+
+/// @param data any JSON
+/// @return its text, which can stand inside any HTML element: ASCII without <, > and &
+std::string embeddable(const Json& data);
+
+}  // namespace Workbench

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+// How finely a report keeps its numbers: finer than a screen shows them, coarser than a file.
+#pragma once
+
+#include "report/Column.h"
+
+#include <cmath>
+#include <vector>
+
+namespace Workbench {
+
+constexpr double milliseconds = 0.001;
+constexpr double metres = 0.01;
+constexpr double metresPerSecond = 0.02;
+constexpr double wholeDegrees = 1.0;
+constexpr double image = 0.0005;  ///< half a pixel of a wide image
+constexpr double tenths = 0.1;    ///< s
+constexpr double percent = 0.01;
+constexpr double ratio = 0.001;
+
+/// @param seconds a coasting time
+/// @return the same in whole tenths, rounded down: below a tenth the sensor is as good as seeing
+inline double wholeTenths(double seconds) {
+    return tenths * std::floor(seconds / tenths + 1e-6);
+}
+
+/// @param times s
+/// @param start time 0 of the report, s
+/// @return the times as the page gets them
+inline Json timeColumn(const std::vector<double>& times, double start) {
+    Column column(milliseconds);
+    for (const double time : times) {
+        column.add(time - start);
+    }
+    return column.json();
+}
+
+}  // namespace Workbench

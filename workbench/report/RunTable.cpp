@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "report/RunTable.h"
+
+#include "geometry/Projection.h"
+#include "report/Resolution.h"
+
+#include <cmath>
+#include <limits>
+
+#include <Eigen/Eigenvalues>
+
+namespace Workbench {
+namespace {
+
+constexpr double nothing = std::numeric_limits<double>::quiet_NaN();
+
+/// The ellipse of one standard deviation.
+struct Ellipse {
+    double major = nothing;  ///< half-axis, m
+    double minor = nothing;  ///< half-axis, m
+    double angle = nothing;  ///< of the major axis, degrees to the left of forward, -90..90
+};
+
+Ellipse ellipseOf(const Eigen::Matrix2d& covariance) {
+    if (!covariance.allFinite()) {
+        return {};
+    }
+    const Eigen::SelfAdjointEigenSolver<Eigen::Matrix2d> solver(covariance);
+    const Eigen::Vector2d variances = solver.eigenvalues().cwiseMax(0.0);
+    const Eigen::Vector2d axis = solver.eigenvectors().col(1);
+    const double angle = degrees(std::atan2(axis[1], axis[0]));
+    return {std::sqrt(variances[1]), std::sqrt(variances[0]),
+            angle > 90.0 ? angle - 180.0 : (angle <= -90.0 ? angle + 180.0 : angle)};
+}
+
+std::string joined(const std::optional<std::set<std::string>>& tags) {
+    std::string text;
+    for (const std::string& tag : tags.value_or(std::set<std::string>{})) {
+        text += (text.empty() ? "" : ", ") + tag;
+    }
+    return text;
+}
+
+}  // namespace
+
+RunTable::RunTable(Words& vocabulary)
+    : words(vocabulary),
+      tracks({"id"}, {{"confirmed", 1.0},
+                      {"probability", ratio},
+                      {"x", metres},
+                      {"y", metres},
+                      {"vx", metresPerSecond},
+                      {"vy", metresPerSecond},
+                      {"major", metres},
+                      {"minor", metres},
+                      {"angle", wholeDegrees},
+                      {"u", image},
+                      {"v", image},
+                      {"range", metres},
+                      {"speed", metresPerSecond},
+                      {"direction", wholeDegrees},
+                      {"left", image},
+                      {"bottom", image},
+                      {"right", image},
+                      {"top", image},
+                      {"class", 1.0},
+                      {"classProbability", percent},
+                      {"color", 1.0},
+                      {"upperClothingColor", 1.0},
+                      {"lowerClothingColor", 1.0},
+                      {"tags", 1.0}}),
+      sensors({"track", "source", "id"}, {{"coasting", tenths}}) {}
+
+void RunTable::add(const FusedFrame& frame) {
+    times.push_back(frame.time);
+    received.push_back(frame.received);
+    sources.append(sourceNumber(frame.source));
+    tracks.beginFrame();
+    sensors.beginFrame();
+    for (const FusedTrack& track : frame.tracks) {
+        Eigen::Vector2d position(nothing, nothing);
+        Eigen::Vector2d velocity(nothing, nothing);
+        Ellipse ellipse;
+        if (track.ground) {
+            position = track.ground->position;
+            velocity = track.ground->velocity;
+            ellipse = ellipseOf(track.ground->covariance);
+        }
+        const Labels& labels = track.labels;
+        tracks.add({track.id}, {track.confirmed ? 1.0 : 0.0,
+                                track.probability,
+                                position[0],
+                                position[1],
+                                velocity[0],
+                                velocity[1],
+                                ellipse.major,
+                                ellipse.minor,
+                                ellipse.angle,
+                                track.image[0],
+                                track.image[1],
+                                track.range,
+                                track.speed.value_or(nothing),
+                                track.direction.value_or(nothing),
+                                track.box.left,
+                                track.box.bottom,
+                                track.box.right,
+                                track.box.top,
+                                words.numberOf(labels.objectClass.name),
+                                labels.objectClass.probability,
+                                words.numberOf(labels.color.name),
+                                words.numberOf(labels.upperClothingColor.name),
+                                words.numberOf(labels.lowerClothingColor.name),
+                                words.numberOf(joined(track.tags))});
+        for (const Support& support : track.sensors) {
+            sensors.add({track.id, sourceNumber(support.source), support.id},
+                        {wholeTenths(support.coasting)});
+        }
+    }
+}
+
+Json RunTable::json(double start) const {
+    return {{"time", timeColumn(times, start)},
+            {"received", timeColumn(received, start)},
+            {"source", sources.json()},
+            {"tracks", tracks.json()},
+            {"sensors", sensors.json()}};
+}
+
+}  // namespace Workbench

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a fusion run made of a recording, for drawing.
+#pragma once
+
+#include "replay/FusedTrack.h"
+#include "report/TrackTable.h"
+#include "report/Words.h"
+
+namespace Workbench {
+
+/// The system tracks of a run over time, and what feeds them.
+class RunTable {
+public:
+    /// @param vocabulary receives classes and colours; must outlive this
+    explicit RunTable(Words& vocabulary);
+
+    /// @param frame the system tracks after a frame
+    void add(const FusedFrame& frame);
+    /// @param start time 0 of the report, s
+    /// @return {"time": column, "received": column, "source": column (0 video, 1 radar), "tracks":
+    ///         see TrackTable, "sensors": see TrackTable, a track of it is a sensor track behind a
+    ///         system track}
+    Json json(double start) const;
+
+private:
+    Words& words;
+    std::vector<double> times;
+    std::vector<double> received;
+    Column sources{1.0};
+    TrackTable tracks;
+    TrackTable sensors;
+};
+
+/// How the page names a source.
+/// @param source VideoObject or Radar
+/// @return 0 for video, 1 for radar
+constexpr std::int32_t sourceNumber(Veskar::Source source) {
+    return source == Veskar::Radar ? 1 : 0;
+}
+
+}  // namespace Workbench

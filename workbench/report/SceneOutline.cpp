@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "report/SceneOutline.h"
+
+#include "io/NumberText.h"
+
+#include <cmath>
+#include <vector>
+
+namespace Workbench {
+namespace {
+
+/// Metres to a centimetre and image positions to 1e-4: text that is short.
+Json pointOf(const Eigen::Vector2d& point, double steps) {
+    return Json{std::nearbyint(point[0] * steps) / steps, std::nearbyint(point[1] * steps) / steps};
+}
+
+Eigen::Vector2d polar(const Eigen::Vector2d& origin, double azimuth, double distance) {
+    return origin + distance * Eigen::Vector2d(std::cos(azimuth), std::sin(azimuth));
+}
+
+bool seesGround(const Projection& camera, const Eigen::Vector2d& point) {
+    return camera.sees({point[0], point[1], 0.0});
+}
+
+/// Walks outward in each direction: the nearest and the farthest visible ground make the polygon.
+Json footprint(const Projection& camera, double maximumRange) {
+    const Eigen::Vector2d origin = camera.origin().head<2>();
+    constexpr int steps = 240;
+    Json far = Json::array();
+    std::vector<Json> near;
+    for (int angle = -180; angle <= 180; ++angle) {
+        std::optional<Eigen::Vector2d> first;
+        Eigen::Vector2d last = origin;
+        for (int i = 1; i <= steps; ++i) {
+            // Finer nearby, where the lower edge of the image lies.
+            const double share = static_cast<double>(i) / steps;
+            const Eigen::Vector2d point =
+                polar(origin, radians(angle), maximumRange * share * share);
+            if (seesGround(camera, point)) {
+                first = first.value_or(point);
+                last = point;
+            }
+        }
+        if (first) {
+            far.push_back(pointOf(last, 100.0));
+            near.push_back(pointOf(*first, 100.0));
+        }
+    }
+    far.insert(far.end(), near.rbegin(), near.rend());
+    return far;
+}
+
+Json ringInImage(const Projection& camera, double distance) {
+    Json line = Json::array();
+    for (int angle = 180; angle >= -180; --angle) {
+        const Eigen::Vector2d point = polar(camera.origin().head<2>(), radians(angle), distance);
+        if (seesGround(camera, point)) {
+            line.push_back(pointOf(camera.position({point[0], point[1], 0.0}), 1e4));
+        }
+    }
+    return line;
+}
+
+}  // namespace
+
+std::vector<double> ringDistances(double maximumRange) {
+    double spacing = 1.0;
+    for (const double wider : {2.0, 5.0, 10.0, 20.0, 50.0, 100.0, 200.0, 500.0, 1000.0}) {
+        if (maximumRange / spacing > 6.0) {
+            spacing = wider;
+        }
+    }
+    std::vector<double> distances;
+    for (int i = 1; i * spacing <= maximumRange * (1.0 + 1e-9) && i <= 6; ++i) {
+        distances.push_back(i * spacing);
+    }
+    return distances;
+}
+
+Json sceneOutline(const Projection& camera, const CameraSetup& setup, const RadarSetup& radar) {
+    Json scene{{"aspect", static_cast<double>(setup.resolution[0]) / setup.resolution[1]},
+               {"camera",
+                {{"position", pointOf(camera.origin().head<2>(), 100.0)},
+                 {"footprint", footprint(camera, radar.maximumRange)}}},
+               {"radar",
+                {{"position", pointOf(radar.mounting.position.head<2>(), 100.0)},
+                 {"yaw", radar.mounting.yaw},
+                 {"fieldOfView", radar.fieldOfView},
+                 {"range", radar.maximumRange}}}};
+    scene["rings"] = Json::array();
+    for (const double distance : ringDistances(radar.maximumRange)) {
+        scene["rings"].push_back(
+            {{"distance", distance}, {"image", ringInImage(camera, distance)}});
+    }
+    return scene;
+}
+
+}  // namespace Workbench

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+// What of the ground the sensors see, for drawing.
+#pragma once
+
+#include "geometry/Projection.h"
+#include "recording/Header.h"
+
+namespace Workbench {
+
+/// Distances of the range rings, m: a whole number of rings up to the radar's range.
+///
+/// @param maximumRange of the radar, m
+/// @return the distances, ascending
+std::vector<double> ringDistances(double maximumRange);
+
+/// The installation as the page draws it:
+/// {"aspect": width by height of the image,
+///  "camera": {"position": [x, y], "footprint": [[x, y], ...]},
+///  "radar": {"position": [x, y], "yaw": degrees to the left, "fieldOfView": degrees, "range": m},
+///  "rings": [{"distance": m, "image": [[u, v], ...]}, ...]}
+/// The footprint is the polygon of the ground that the camera sees out to the radar's range; the
+/// rings' image positions are those of the ground at that distance inside the image.
+///
+/// @param camera the camera
+/// @param setup the camera's description
+/// @param radar the radar
+/// @return the object
+Json sceneOutline(const Projection& camera, const CameraSetup& setup, const RadarSetup& radar);
+
+}  // namespace Workbench

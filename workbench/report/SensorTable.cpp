@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "report/SensorTable.h"
+
+#include "replay/FusedTrack.h"
+#include "report/Resolution.h"
+
+#include <limits>
+
+namespace Workbench {
+namespace {
+
+constexpr double nothing = std::numeric_limits<double>::quiet_NaN();
+
+/// The box that the sensor itself reported.
+ImageBox boxOf(const Report& report) {
+    const ImageBox none{nothing, nothing, nothing, nothing};
+    if (const auto* video = std::get_if<VideoReport>(&report)) {
+        return video->box;
+    }
+    if (const auto* estimate = std::get_if<ReadyEstimate>(&report)) {
+        return estimate->box.value_or(none);
+    }
+    return none;
+}
+
+}  // namespace
+
+SensorTable::SensorTable(const HostAdapter& hostAdapter, Words& vocabulary)
+    : adapter(hostAdapter),
+      words(vocabulary),
+      table({"id"}, {{"x", metres},
+                     {"y", metres},
+                     {"speed", metresPerSecond},
+                     {"direction", wholeDegrees},
+                     {"u", image},
+                     {"v", image},
+                     {"range", metres},
+                     {"left", image},
+                     {"bottom", image},
+                     {"right", image},
+                     {"top", image},
+                     {"coasting", tenths},
+                     {"confirmed", 1.0},
+                     {"class", 1.0},
+                     {"classProbability", percent}}) {}
+
+void SensorTable::add(const SensorFrame& frame) {
+    times.push_back(frame.time);
+    table.beginFrame();
+    const std::vector<std::shared_ptr<Veskar::Track>> tracks = adapter.convert(frame);
+    for (std::size_t i = 0; i < tracks.size(); ++i) {
+        const ReportBase& base = baseOf(frame.tracks[i]);
+        const FusedTrack track = readTrack(Veskar::SystemTrack(tracks[i], tracks[i]->id), adapter);
+        const Eigen::Vector2d position =
+            track.ground ? track.ground->position : Eigen::Vector2d(nothing, nothing);
+        const ImageBox box = boxOf(frame.tracks[i]);
+        // A camera's velocity on the ground says little; only the radar's is shown.
+        const bool isRadar = frame.source == Veskar::Radar;
+        const Label& label = track.labels.objectClass;
+        table.add(
+            {base.id},
+            {position[0], position[1], isRadar ? track.speed.value_or(nothing) : nothing,
+             isRadar ? track.direction.value_or(nothing) : nothing, track.image[0], track.image[1],
+             track.range, box.left, box.bottom, box.right, box.top, wholeTenths(base.coasting),
+             base.confirmed ? 1.0 : 0.0, words.numberOf(label.name), label.probability});
+    }
+}
+
+Json SensorTable::json(double start) const {
+    return {{"time", timeColumn(times, start)}, {"table", table.json()}};
+}
+
+}  // namespace Workbench

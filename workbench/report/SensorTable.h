@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: Apache-2.0
+// What one sensor reported, for drawing.
+#pragma once
+
+#include "adapter/HostAdapter.h"
+#include "report/TrackTable.h"
+#include "report/Words.h"
+
+namespace Workbench {
+
+/// The tracks of a sensor over time. Each is read as if it were a system track with this sensor
+/// alone, so that sensors and fusion stand in one picture.
+class SensorTable {
+public:
+    /// @param hostAdapter converts reports; must outlive this
+    /// @param vocabulary receives the classes; must outlive this
+    SensorTable(const HostAdapter& hostAdapter, Words& vocabulary);
+
+    /// @param frame a frame of the sensor
+    void add(const SensorFrame& frame);
+    /// @param start time 0 of the report, s
+    /// @return {"time": column, "table": see TrackTable}
+    Json json(double start) const;
+
+private:
+    const HostAdapter& adapter;
+    Words& words;
+    std::vector<double> times;
+    TrackTable table;
+};
+
+}  // namespace Workbench

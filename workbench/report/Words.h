@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+// Words by number.
+#pragma once
+
+#include <limits>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace Workbench {
+
+/// The words of a report, each kept once. Columns hold their numbers.
+class Words {
+public:
+    /// @param word any text
+    /// @return its number; for "unknown" and no text at all: not a number
+    double numberOf(const std::string& word) {
+        if (word.empty() || word == "unknown") {
+            return std::numeric_limits<double>::quiet_NaN();
+        }
+        const auto [place, isNew] = numbers.try_emplace(word, static_cast<double>(words.size()));
+        if (isNew) {
+            words.push_back(word);
+        }
+        return place->second;
+    }
+    /// @return the words in the order of their numbers
+    const std::vector<std::string>& list() const { return words; }
+
+private:
+    std::map<std::string, double> numbers;
+    std::vector<std::string> words;
+};
+
+}  // namespace Workbench

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+// Bundles the page into one HTML file: node build.mjs OUTPUT
+// The policy in the page lets run what is in the bundle and nothing else.
+import { createHash } from 'node:crypto';
+import { readFileSync, writeFileSync } from 'node:fs';
+import { build } from 'esbuild';
+
+const output = process.argv[2] ?? 'page.html';
+const result = await build({
+  entryPoints: ['src/main.ts'],
+  bundle: true,
+  minify: true,
+  target: ['es2021'],
+  charset: 'ascii',
+  legalComments: 'eof',
+  write: false,
+  outdir: 'out',
+});
+
+const textOf = (suffix) => result.outputFiles.find((file) => file.path.endsWith(suffix)).text.trim();
+const hashOf = (text) => `'sha256-${createHash('sha256').update(text, 'utf8').digest('base64')}'`;
+const script = textOf('.js');
+const style = textOf('.css');
+if (/<\/script|<!--/i.test(script) || /<\/style/i.test(style)) {
+  throw new Error('the bundle would end its own element');
+}
+
+const policy = [
+  "default-src 'none'",
+  `script-src ${hashOf(script)}`,
+  `style-src ${hashOf(style)}`,
+  "img-src data:",
+  "base-uri 'none'",
+  "form-action 'none'",
+  "require-trusted-types-for 'script'",
+].join('; ');
+
+// Functions, so that no $ in the bundle is taken for a pattern.
+const page = readFileSync('src/index.html', 'utf8')
+  .replace('@policy@', () => policy)
+  .replace('@style@', () => style)
+  .replace('@script@', () => script);
+writeFileSync(output, page);

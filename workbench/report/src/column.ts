@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+// Columns as workbench/report/Column.h packs them.
+
+export interface PackedColumn {
+  readonly step: number;
+  readonly data: string;
+}
+
+/** Stands for a number that is not there. */
+export const missing = -(2 ** 28) - 1;
+
+/** Unpacks a column of `count` whole steps. */
+export function unpack(column: PackedColumn, count: number): Int32Array {
+  const bytes = atob(column.data);
+  const steps = new Int32Array(count);
+  let at = 0;
+  const next = (): number => {
+    let value = 0;
+    let place = 1;
+    for (;;) {
+      if (at >= bytes.length) {
+        throw new Error('a column of the report is cut off');
+      }
+      const byte = bytes.charCodeAt(at++);
+      value += (byte & 0x7f) * place;
+      if (byte < 0x80) {
+        return value;
+      }
+      place *= 0x80;
+    }
+  };
+  let last = 0;
+  for (let i = 0; i < count; ) {
+    const folded = next();
+    if (folded === 0) {
+      const end = i + next() + 1;
+      steps.fill(last, i, end);
+      i = end;
+    } else {
+      last += folded % 2 === 0 ? folded / 2 : -(folded + 1) / 2;
+      steps[i++] = last;
+    }
+  }
+  return steps;
+}
+
+/** The numbers of a column; NaN where there is none. */
+export function numbersOf(column: PackedColumn, count: number): Float64Array {
+  const numbers = new Float64Array(count);
+  const steps = unpack(column, count);
+  for (let i = 0; i < count; ++i) {
+    numbers[i] = steps[i] === missing ? NaN : steps[i] * column.step;
+  }
+  return numbers;
+}

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the program puts into the page; workbench/report/Report.cpp writes it.
+import type { PackedColumn } from './column';
+import type { PackedTable } from './table';
+
+export type Point = readonly [number, number];
+
+export interface SceneData {
+  readonly aspect: number;
+  readonly camera: { readonly position: Point; readonly footprint: readonly Point[] };
+  readonly radar: {
+    readonly position: Point;
+    readonly yaw: number;
+    readonly fieldOfView: number;
+    readonly range: number;
+  };
+  readonly rings: readonly { readonly distance: number; readonly image: readonly Point[] }[];
+}
+
+export interface SeenData {
+  readonly time: PackedColumn;
+  readonly table: PackedTable;
+}
+
+export interface FigureData {
+  readonly key: string;
+  readonly label: string;
+  readonly decimals: number;
+  /** One per tracker; null: not defined for this recording. */
+  readonly values: readonly (number | null)[];
+}
+
+export interface JudgementData {
+  readonly cutoff: number;
+  readonly time: PackedColumn;
+  readonly moments: number;
+  readonly gospa: PackedColumn;
+  /** Which system track each true object was matched with; columns: track. */
+  readonly matches: PackedTable;
+  readonly parts: readonly {
+    readonly part: string;
+    readonly trackers: readonly string[];
+    readonly figures: readonly FigureData[];
+  }[];
+}
+
+export interface ExplanationData {
+  readonly time: PackedColumn;
+  readonly source: PackedColumn;
+  readonly pairs: PackedTable;
+  readonly events: PackedTable;
+}
+
+export interface RunData {
+  readonly label: string;
+  readonly time: PackedColumn;
+  readonly received: PackedColumn;
+  readonly source: PackedColumn;
+  readonly tracks: PackedTable;
+  readonly sensors: PackedTable;
+  readonly configuration: unknown;
+  readonly explanation: ExplanationData | null;
+  readonly judgement?: JudgementData | null;
+}
+
+export interface ReportData {
+  readonly version: number;
+  readonly program: string;
+  readonly recording: {
+    readonly name?: string;
+    readonly origin?: string;
+    readonly licence?: string;
+    readonly seed?: number;
+    readonly truth?: string;
+  };
+  readonly start: number;
+  readonly duration: number;
+  readonly scene: SceneData;
+  readonly words: readonly string[];
+  readonly video: SeenData;
+  readonly radar: SeenData;
+  readonly truth: SeenData | null;
+  readonly runs: readonly RunData[];
+}

@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: Apache-2.0
+// The scene as the camera sees it: boxes on the normalised image plane, without the picture.
+import { plate, Surface, type Mark } from './canvas';
+import type { Point } from './data';
+import type { Model, Run } from './model';
+import { runColour, type Palette } from './palette';
+import { isSelected, shownAt } from './scene';
+import type { State } from './state';
+
+/** From the image plane (-1..1, right and up) to pixels, with the aspect of the camera. */
+export interface Frame {
+  readonly left: number;
+  readonly top: number;
+  readonly width: number;
+  readonly height: number;
+}
+
+export function frameIn(width: number, height: number, aspect: number): Frame {
+  const used = Math.min(width, height * aspect);
+  return { left: (width - used) / 2, top: (height - used / aspect) / 2, width: used, height: used / aspect };
+}
+
+export function toPixel(frame: Frame, u: number, v: number): Point {
+  return [frame.left + ((u + 1) / 2) * frame.width, frame.top + ((1 - v) / 2) * frame.height];
+}
+
+interface BoxColumns {
+  readonly left: Float32Array;
+  readonly bottom: Float32Array;
+  readonly right: Float32Array;
+  readonly top: Float32Array;
+}
+
+export class ImageView {
+  readonly surface: Surface;
+
+  constructor(
+    private readonly model: Model,
+    private readonly run: Run,
+    private readonly index: number,
+  ) {
+    this.surface = new Surface(`Image view of ${run.label}`);
+  }
+
+  draw(state: State, time: number, palette: Palette): void {
+    if (!this.surface.begin()) {
+      return;
+    }
+    const { context, width, height } = this.surface;
+    const frame = frameIn(width, height, this.model.scene.aspect);
+    context.font = '11px system-ui, sans-serif';
+    context.save();
+    context.beginPath();
+    context.rect(frame.left, frame.top, frame.width, frame.height);
+    context.fillStyle = palette.ground;
+    context.fill();
+    context.clip();
+    this.drawRings(context, frame, palette);
+    const shown = shownAt(this.model, this.run, state, time);
+    this.drawVideo(context, frame, shown.video, state, palette);
+    this.drawSystem(context, frame, shown.system, state, palette);
+    this.drawRadar(context, frame, shown.radar, state, palette);
+    this.drawTruth(context, frame, shown.truth, state, palette);
+    context.restore();
+    context.strokeStyle = palette.line;
+    context.strokeRect(frame.left + 0.5, frame.top + 0.5, frame.width - 1, frame.height - 1);
+  }
+
+  /** Lines of equal distance on the ground give the empty image its depth. */
+  private drawRings(context: CanvasRenderingContext2D, frame: Frame, palette: Palette): void {
+    context.strokeStyle = palette.line;
+    context.fillStyle = palette.muted;
+    for (const { distance, image } of this.model.scene.rings) {
+      if (image.length < 2) {
+        continue;
+      }
+      context.beginPath();
+      image.forEach(([u, v]) => context.lineTo(...toPixel(frame, u, v)));
+      context.stroke();
+      const [x, y] = toPixel(frame, ...image[Math.floor(image.length / 2)]);
+      context.fillText(`${distance} m`, x + 3, y - 3);
+    }
+  }
+
+  private drawVideo(context: CanvasRenderingContext2D, frame: Frame, rows: Int32Array, state: State, palette: Palette): void {
+    const { table } = this.model.video;
+    const columns = boxColumns(table);
+    const [u, v, coasting, ids] = [table.column('u'), table.column('v'), table.column('coasting'), table.key('id')];
+    context.strokeStyle = palette.video;
+    for (const row of rows) {
+      const box = boxOf(frame, columns, row);
+      context.globalAlpha = coasting[row] > 0.05 ? 0.45 : 0.95;
+      const [x, y] = box ? [box.left + box.width / 2, box.top + box.height / 2] : toPixel(frame, u[row], v[row]);
+      if (box) {
+        context.strokeRect(box.left - 2, box.top - 2, box.width + 4, box.height + 4);
+      } else {
+        context.strokeRect(x - 4, y - 4, 8, 8);
+      }
+      context.globalAlpha = 1;
+      this.record(context, { kind: 'video', id: ids[table.track[row]], x, y, ...(box && { box }) }, state, palette);
+    }
+  }
+
+  private drawSystem(context: CanvasRenderingContext2D, frame: Frame, rows: Int32Array, state: State, palette: Palette): void {
+    const { tracks } = this.run;
+    const columns = boxColumns(tracks);
+    const [confirmed, classes, ids] = [tracks.column('confirmed'), tracks.column('class'), tracks.key('id')];
+    for (const row of rows) {
+      const box = boxOf(frame, columns, row);
+      if (!box) {
+        continue;
+      }
+      const isConfirmed = confirmed[row] === 1;
+      const id = ids[tracks.track[row]];
+      const ink = isConfirmed ? runColour(palette, this.index) : palette.tentative;
+      context.strokeStyle = ink;
+      context.fillStyle = ink;
+      context.setLineDash(isConfirmed ? [] : [3, 3]);
+      context.lineWidth = isConfirmed ? 2 : 1;
+      context.globalAlpha = isConfirmed ? 0.1 : 0.04;
+      context.fillRect(box.left, box.top, box.width, box.height);
+      context.globalAlpha = 1;
+      context.strokeRect(box.left, box.top, box.width, box.height);
+      context.setLineDash([]);
+      context.lineWidth = 1;
+      const mark: Mark = {
+        kind: isConfirmed ? 'system' : 'tentative',
+        id,
+        x: box.left + box.width / 2,
+        y: box.top + box.height / 2,
+        box,
+      };
+      if (isConfirmed || isSelected(state.selection, mark, this.index)) {
+        const word = this.model.word(classes[row]);
+        plate(context, word === 'unknown' ? `${id}` : `${id} ${word}`, box.left, box.top - 6, ink, palette.ground);
+      }
+      this.record(context, mark, state, palette);
+    }
+  }
+
+  private drawRadar(context: CanvasRenderingContext2D, frame: Frame, rows: Int32Array, state: State, palette: Palette): void {
+    const { table } = this.model.radar;
+    const [u, v, coasting, ids] = [table.column('u'), table.column('v'), table.column('coasting'), table.key('id')];
+    context.strokeStyle = palette.radar;
+    for (const row of rows) {
+      const [x, y] = toPixel(frame, u[row], v[row]);
+      context.globalAlpha = coasting[row] > 0.05 ? 0.45 : 0.95;
+      context.lineWidth = 1.5;
+      context.beginPath();
+      context.moveTo(x, y - 5);
+      context.lineTo(x + 5, y);
+      context.lineTo(x, y + 5);
+      context.lineTo(x - 5, y);
+      context.closePath();
+      context.stroke();
+      context.lineWidth = 1;
+      context.globalAlpha = 1;
+      this.record(context, { kind: 'radar', id: ids[table.track[row]], x, y }, state, palette);
+    }
+  }
+
+  private drawTruth(context: CanvasRenderingContext2D, frame: Frame, rows: Int32Array, state: State, palette: Palette): void {
+    const table = this.model.truth?.table;
+    if (!table) {
+      return;
+    }
+    const [u, v, ids] = [table.column('u'), table.column('v'), table.key('id')];
+    context.strokeStyle = palette.truth;
+    context.lineWidth = 1.5;
+    for (const row of rows) {
+      if (Number.isNaN(u[row])) {
+        continue;
+      }
+      const [x, y] = toPixel(frame, u[row], v[row]);
+      context.beginPath();
+      context.moveTo(x - 4, y - 4);
+      context.lineTo(x + 4, y + 4);
+      context.moveTo(x - 4, y + 4);
+      context.lineTo(x + 4, y - 4);
+      context.stroke();
+      this.record(context, { kind: 'truth', id: ids[table.track[row]], x, y }, state, palette);
+    }
+    context.lineWidth = 1;
+  }
+
+  private record(context: CanvasRenderingContext2D, mark: Mark, state: State, palette: Palette): void {
+    this.surface.marks.push(mark);
+    if (!isSelected(state.selection, mark, this.index)) {
+      return;
+    }
+    context.save();
+    context.strokeStyle = palette.select;
+    context.lineWidth = 2;
+    if (mark.box) {
+      context.strokeRect(mark.box.left - 5, mark.box.top - 5, mark.box.width + 10, mark.box.height + 10);
+    } else {
+      context.beginPath();
+      context.arc(mark.x, mark.y, 10, 0, 2 * Math.PI);
+      context.stroke();
+    }
+    context.restore();
+  }
+}
+
+function boxColumns(table: { column(name: string): Float32Array }): BoxColumns {
+  return {
+    left: table.column('left'),
+    bottom: table.column('bottom'),
+    right: table.column('right'),
+    top: table.column('top'),
+  };
+}
+
+function boxOf(frame: Frame, columns: BoxColumns, row: number): NonNullable<Mark['box']> | null {
+  if (Number.isNaN(columns.left[row])) {
+    return null;
+  }
+  const [left, top] = toPixel(frame, columns.left[row], columns.top[row]);
+  const [right, bottom] = toPixel(frame, columns.right[row], columns.bottom[row]);
+  return { left, top, width: right - left, height: bottom - top };
+}

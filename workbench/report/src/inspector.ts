@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: Apache-2.0
+// What is known of the selected object at the shown time.
+import { element } from './dom';
+import { frameWithReasons, reasonsOf } from './explain';
+import { coastingShown, type Model, type Run, type Seen } from './model';
+import type { Selection } from './state';
+import { timeText } from './clock';
+
+export type Facts = [name: string, value: string][];
+
+/** A number with its unit; a dash where there is none. */
+export function quantity(value: number | undefined, decimals: number, unit = ''): string {
+  return value === undefined || Number.isNaN(value) ? '–' : `${value.toFixed(decimals)}${unit && ` ${unit}`}`;
+}
+
+export function factsOfSystem(model: Model, run: Run, row: number): Facts {
+  const at = (name: string) => run.tracks.column(name)[row];
+  const labelled = (name: string) => model.word(at(name));
+  const facts: Facts = [
+    ['Standing', at('confirmed') === 1 ? 'confirmed' : 'tentative'],
+    ['Probability', quantity(at('probability'), 3)],
+    ['Class', withShare(labelled('class'), at('classProbability'))],
+    ['Position', pairText(at('x'), at('y'), 'm')],
+    ['95 % ellipse', Number.isNaN(at('major')) ? '–' : `${(2.448 * at('major')).toFixed(2)} × ${(2.448 * at('minor')).toFixed(2)} m`],
+    ['Distance', quantity(at('range'), 1, 'm')],
+    ['Speed', quantity(at('speed'), 2, 'm/s')],
+    ['Direction', quantity(at('direction'), 0, '°')],
+    ['Image', pairText(at('u'), at('v'), '', 3)],
+  ];
+  const optional: [string, string][] = [
+    ['Colour', labelled('color')],
+    ['Upper clothing', labelled('upperClothingColor')],
+    ['Lower clothing', labelled('lowerClothingColor')],
+    ['Tags', labelled('tags')],
+  ];
+  facts.push(...optional.filter(([, word]) => word !== 'unknown'));
+  const frame = run.tracks.frame[row];
+  facts.push(['Age', quantity(run.times[frame] - run.times[run.tracks.frame[run.tracks.first[run.tracks.track[row]]]], 2, 's')]);
+  facts.push(['Latency', quantity(1000 * (run.received[frame] - run.times[frame]), 0, 'ms')]);
+  return facts;
+}
+
+export function factsOfSensor(model: Model, seen: Seen, row: number): Facts {
+  const at = (name: string) => seen.table.column(name)[row];
+  return [
+    ['Standing', at('confirmed') === 1 ? 'confirmed by the sensor' : 'not confirmed'],
+    ['Coasting', at('coasting') > 0.05 ? quantity(at('coasting'), 1, 's') : 'no'],
+    ['Class', withShare(model.word(at('class')), at('classProbability'))],
+    ['Position', pairText(at('x'), at('y'), 'm')],
+    ['Distance', quantity(at('range'), 1, 'm')],
+    ['Speed', quantity(at('speed'), 2, 'm/s')],
+    ['Image', pairText(at('u'), at('v'), '', 3)],
+  ];
+}
+
+export function factsOfTruth(model: Model, row: number): Facts {
+  const at = (name: string) => model.truth?.table.column(name)[row] ?? NaN;
+  const views = [at('video') === 1 ? 'camera' : '', at('radar') === 1 ? 'radar' : ''].filter((name) => name !== '');
+  return [
+    ['Class', model.word(at('class'))],
+    ['Position', pairText(at('x'), at('y'), 'm')],
+    ['Distance', quantity(Math.hypot(at('x'), at('y')), 1, 'm')],
+    ['Speed', quantity(Math.hypot(at('vx'), at('vy')), 2, 'm/s')],
+    ['In view of', views.join(' and ') || 'no sensor'],
+  ];
+}
+
+function withShare(word: string, share: number): string {
+  return word === 'unknown' ? '–' : `${word}${share > 0 ? ` ${Math.round(100 * share)} %` : ''}`;
+}
+
+function pairText(x: number, y: number, unit: string, decimals = 2): string {
+  return Number.isNaN(x) ? '–' : `${x.toFixed(decimals)}, ${y.toFixed(decimals)}${unit && ` ${unit}`}`;
+}
+
+/** Fills the side panel. `select` is called for what is named there. */
+export function showInspector(root: HTMLElement, model: Model, selection: Selection | null, time: number, select: (selection: Selection) => void): void {
+  root.replaceChildren(...(selection ? ofSelection(model, selection, time, select) : overview(model, time, select)));
+}
+
+const legend: readonly [string, string][] = [
+  ['system', 'Confirmed system track'],
+  ['tentative', 'Tentative system track'],
+  ['radar', 'Radar track'],
+  ['video', 'Video track'],
+  ['truth', 'True object'],
+];
+
+function overview(model: Model, time: number, select: (selection: Selection) => void): HTMLElement[] {
+  const blocks = [
+    element('section', { class: 'block' }, element('h2', {}, 'Legend'), element('ul', { class: 'legend' },
+      ...legend.filter(([kind]) => kind !== 'truth' || model.truth).map(([kind, text]) => element('li', {}, element('i', { class: `sign ${kind}` }), text)))),
+  ];
+  model.runs.forEach((run, index) => {
+    const rows = run.tracks.rowsOf(run.frameAt(time + 0.0005));
+    const title = model.runs.length > 1 ? `Run ${'AB'[index]} now` : 'Now';
+    blocks.push(element('section', { class: 'block' }, element('h2', {}, title),
+      rows.length === 0
+        ? element('p', { class: 'empty' }, 'No system track.')
+        : element('ul', { class: 'tracks' }, ...Array.from(rows, (row) => trackButton(model, run, index, row, select)))));
+  });
+  return blocks;
+}
+
+function trackButton(model: Model, run: Run, index: number, row: number, select: (selection: Selection) => void): HTMLElement {
+  const { tracks } = run;
+  const id = tracks.key('id')[tracks.track[row]];
+  const kind = tracks.column('confirmed')[row] === 1 ? (index === 0 ? 'system' : 'other') : 'tentative';
+  const choose = element('button', { type: 'button', 'data-track': `${id}`, click: () => select({ kind: 'system', run: index, id }) },
+    element('i', { class: `sign ${kind}` }), element('b', {}, `${id}`), element('span', {}, model.word(tracks.column('class')[row])),
+    element('span', { class: 'number' }, quantity(tracks.column('probability')[row], 2)));
+  return element('li', {}, choose);
+}
+
+function ofSelection(model: Model, selection: Selection, time: number, select: (selection: Selection) => void): HTMLElement[] {
+  const run = model.runs[selection.run];
+  const title = element('div', { class: 'selected' },
+    element('i', { class: `sign ${selection.kind === 'system' && selection.run === 1 ? 'other' : selection.kind}` }),
+    element('h2', {}, titleOf(model, selection)));
+  const facts = factsAt(model, selection, time);
+  const blocks: (HTMLElement | null)[] = [
+    element('section', { class: 'block' }, title,
+      facts ? element('dl', { class: 'facts' }, ...facts.flatMap(([name, value]) => [element('dt', {}, name), element('dd', {}, value)]))
+            : element('p', { class: 'empty' }, absence(model, selection))),
+    selection.kind === 'system' ? feedsNow(run, selection, time, select) : null,
+    matchNow(model, selection, time, select),
+    why(model, run, selection, time),
+  ];
+  return blocks.filter((block): block is HTMLElement => block !== null);
+}
+
+function titleOf(model: Model, selection: Selection): string {
+  switch (selection.kind) {
+    case 'system':
+      return `System track ${selection.id}${model.runs.length > 1 ? ` of ${'AB'[selection.run]}` : ''}`;
+    case 'truth':
+      return `Object ${selection.id}`;
+    default:
+      return `${selection.kind === 'video' ? 'Video' : 'Radar'} track ${selection.id}`;
+  }
+}
+
+function factsAt(model: Model, selection: Selection, time: number): Facts | null {
+  const now = time + 0.0005;
+  if (selection.kind === 'system') {
+    const run = model.runs[selection.run];
+    const row = run.rowAt(selection.id, now);
+    return row < 0 ? null : factsOfSystem(model, run, row);
+  }
+  const seen = selection.kind === 'truth' ? model.truth : model.seen(selection.kind);
+  const track = seen?.trackOf(selection.id) ?? -1;
+  const frame = seen?.frameAt(now) ?? -1;
+  const row = seen && track >= 0 && frame >= 0 ? seen.table.rowAt(track, frame) : -1;
+  if (row < 0) {
+    return null;
+  }
+  return selection.kind === 'truth' ? factsOfTruth(model, row) : factsOfSensor(model, seen as Seen, row);
+}
+
+function absence(model: Model, selection: Selection): string {
+  const life = selection.kind === 'system' ? model.runs[selection.run].life(selection.id) : undefined;
+  return life ? `Lives from ${timeText(life.from)} to ${timeText(life.to)}.` : 'Not there at this time.';
+}
+
+function feedsNow(run: Run, selection: Selection, time: number, select: (selection: Selection) => void): HTMLElement | null {
+  const { sensors } = run;
+  const frame = run.frameAt(time + 0.0005);
+  const items: HTMLElement[] = [];
+  for (const row of sensors.rowsOf(frame)) {
+    const pair = sensors.track[row];
+    if (sensors.key('track')[pair] !== selection.id) {
+      continue;
+    }
+    const source = sensors.key('source')[pair] === 1 ? 'radar' : 'video';
+    const id = sensors.key('id')[pair];
+    const coasting = sensors.column('coasting')[row];
+    items.push(element('li', {}, element('button', { type: 'button', click: () => select({ kind: source, run: selection.run, id }) },
+      element('i', { class: `sign ${source}` }), element('b', {}, `${source} ${id}`),
+      element('span', { class: 'number' }, coasting > coastingShown ? `coasting ${coasting.toFixed(1)} s` : 'seen'))));
+  }
+  return items.length === 0 ? null : element('section', { class: 'block' }, element('h2', {}, 'Fed by'), element('ul', { class: 'tracks' }, ...items));
+}
+
+function matchNow(model: Model, selection: Selection, time: number, select: (selection: Selection) => void): HTMLElement | null {
+  if (selection.kind !== 'system' && selection.kind !== 'truth') {
+    return null;
+  }
+  const items: HTMLElement[] = [];
+  model.runs.forEach((run, index) => {
+    if (selection.kind === 'system' && index !== selection.run) {
+      return;
+    }
+    for (const match of run.judgement?.matchesAt(time + 0.0005) ?? []) {
+      const isMine = selection.kind === 'system' ? match.track === selection.id : match.object === selection.id;
+      if (isMine) {
+        const other: Selection = selection.kind === 'system' ? { kind: 'truth', run: index, id: match.object } : { kind: 'system', run: index, id: match.track };
+        items.push(element('li', {}, element('button', { type: 'button', click: () => select(other) },
+          element('i', { class: `sign ${other.kind === 'system' && index === 1 ? 'other' : other.kind}` }), element('b', {}, titleOf(model, other)))));
+      }
+    }
+  });
+  return items.length === 0 ? null : element('section', { class: 'block' }, element('h2', {}, 'Matched with'), element('ul', { class: 'tracks' }, ...items));
+}
+
+function why(model: Model, run: Run, selection: Selection, time: number): HTMLElement | null {
+  if (selection.kind === 'truth') {
+    return null;
+  }
+  const heading = element('h2', {}, 'Why');
+  if (!run.explanation) {
+    return element('section', { class: 'block' }, heading, element('p', { class: 'empty' }, 'Made without --explain: the report does not know the reasons.'));
+  }
+  const shown = run.frameAt(time + 0.0005);
+  const last = shown < 0 ? -1 : run.explanation.frameOf(run.times[shown], run.sources[shown]);
+  const frame = last < 0 ? -1 : frameWithReasons(model, run.explanation, last, selection);
+  if (frame < 0) {
+    return element('section', { class: 'block' }, heading, element('p', { class: 'empty' }, 'Nothing was decided about it lately.'));
+  }
+  const source = run.explanation.sources[frame] === 1 ? 'radar' : 'video';
+  return element('section', { class: 'block' }, heading,
+    element('p', { class: 'hint' }, `${source} frame at ${timeText(run.explanation.times[frame])}`),
+    element('ul', { class: 'reasons' }, ...reasonsOf(model, run.explanation, frame, selection).slice(0, 12).map(({ tone, title, detail }) =>
+      element('li', { class: tone }, element('b', {}, title), element('span', {}, detail)))));
+}

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+// The figures of the judgement as a table.
+import { element } from './dom';
+import type { Model } from './model';
+
+export interface Table {
+  readonly columns: readonly string[];
+  readonly rows: readonly { readonly label: string; readonly cells: readonly string[]; readonly better: number }[];
+}
+
+/** Figures of which less is better; of the others in `more`, more. */
+const less = /^(GOSPA|OSPA|IDSW|Frag|ML|missed|false|duplicates|spuriousness|position_|velocity_|radial_rmse|cross_range_rmse|confirmation_delay|never_found|tracks_per_object|MOTP_distance)/;
+const more = /^(MOTA|MOTP$|IDF1|IDP|IDR|HOTA|DetA|AssA|LocA|MT|completeness|class_agreement)/;
+
+/** -1 when the first run is better, 1 when the second is, 0 when that cannot be said. */
+export function better(key: string, first: number | null, second: number | null): number {
+  if (first === null || second === null || first === second) {
+    return 0;
+  }
+  if (less.test(key)) {
+    return second < first ? 1 : -1;
+  }
+  return more.test(key) ? (second > first ? 1 : -1) : 0;
+}
+
+/** The figures of one part of the scene: the runs first, then the sensors alone. */
+export function tableOf(model: Model, part: string): Table | null {
+  const judged = model.runs.map((run) => run.judgement?.parts.find((one) => one.part === part));
+  const first = judged[0];
+  if (!first) {
+    return null;
+  }
+  const second = judged[1];
+  const runs = second ? ['A', 'B', 'B − A'] : ['fusion'];
+  const rows = first.figures.map((figure, i) => {
+    const text = (value: number | null | undefined) => (value === null || value === undefined ? '–' : value.toFixed(figure.decimals));
+    const [a, ...sensors] = figure.values;
+    const b = second?.figures[i]?.values[0] ?? null;
+    const cells = [text(a)];
+    if (second) {
+      const difference = a === null || b === null ? null : b - a;
+      cells.push(text(b), difference === null ? '–' : `${difference > 0 ? '+' : ''}${text(difference)}`);
+    }
+    return { label: figure.label, cells: [...cells, ...sensors.map(text)], better: second ? better(figure.key, a, b) : 0 };
+  });
+  return { columns: [...runs, ...first.trackers.slice(1)], rows };
+}
+
+export function showMetrics(root: HTMLElement, model: Model, part: string, choose: (part: string) => void): void {
+  const table = tableOf(model, part);
+  if (!table) {
+    root.replaceChildren(element('p', { class: 'empty' }, 'The recording has no truth to judge by.'));
+    return;
+  }
+  const parts = model.runs[0].judgement?.parts.map((one) => one.part) ?? [];
+  const chips = element('div', { class: 'segments', role: 'group', 'aria-label': 'Part of the scene' },
+    ...parts.map((name) => element('button', { type: 'button', 'aria-pressed': `${name === part}`, click: () => choose(name) }, name)));
+  const split = model.runs.length > 1 ? 3 : 1;
+  root.replaceChildren(chips, element('div', { class: 'scroll' }, element('table', { class: 'figures' },
+    element('thead', {}, element('tr', {}, element('th', { scope: 'col' }, 'Figure'),
+      ...table.columns.map((name, i) => element('th', { scope: 'col', class: i < split ? 'run' : '' }, name)))),
+    element('tbody', {}, ...table.rows.map(({ label, cells, better: which }) => element('tr', {},
+      element('th', { scope: 'row', class: label.startsWith('  ') ? 'sub' : '' }, label.trim()),
+      ...cells.map((cell, i) => element('td', { class: [i < split ? 'run' : '', i === 2 && split === 3 && which !== 0 ? (which > 0 ? 'good' : 'bad') : ''].join(' ').trim() }, cell))))))));
+}

@@ -1,0 +1,331 @@
+// SPDX-License-Identifier: Apache-2.0
+// The ground from above: metres, the device at the origin, forward is up.
+import { plate, Surface, type Mark } from './canvas';
+import type { Point } from './data';
+import type { Model, Run } from './model';
+import { runColour, type Palette } from './palette';
+import { isSelected, shownAt } from './scene';
+import type { State } from './state';
+
+/** Trails show this much of the past, s. */
+const trail = 4;
+/** Ellipses hold the object with 95 %: the root of the 0.95 quantile of chi-square with 2 degrees. */
+const ellipseScale = Math.sqrt(5.991);
+
+/** From metres to pixels. Device frame: x forward is up, y left is left. */
+export interface Transform {
+  scale: number;
+  left: number;
+  top: number;
+}
+
+export function toScreen(transform: Transform, x: number, y: number): Point {
+  return [transform.left - y * transform.scale, transform.top - x * transform.scale];
+}
+
+/** The part of the ground that a report is about. */
+export interface Extent {
+  readonly back: number;
+  readonly front: number;
+  readonly right: number;
+  readonly left: number;
+}
+
+export function extentOf(model: Model): Extent {
+  let [back, front, right, left] = [0, 10, -5, 5];
+  const include = (x: number, y: number) => {
+    if (Number.isFinite(x) && Number.isFinite(y)) {
+      back = Math.min(back, x);
+      front = Math.max(front, x);
+      right = Math.min(right, y);
+      left = Math.max(left, y);
+    }
+  };
+  const limit = model.scene.radar.range;
+  for (const run of model.runs) {
+    const [x, y, confirmed] = [run.tracks.column('x'), run.tracks.column('y'), run.tracks.column('confirmed')];
+    for (let row = 0; row < run.tracks.rows; ++row) {
+      if (confirmed[row] === 1 && Math.hypot(x[row], y[row]) < limit) {
+        include(x[row], y[row]);
+      }
+    }
+  }
+  if (model.truth) {
+    const { table } = model.truth;
+    const [x, y] = [table.column('x'), table.column('y')];
+    for (let row = 0; row < table.rows; ++row) {
+      include(x[row], y[row]);
+    }
+  }
+  return { back, front, right, left };
+}
+
+export class Plan {
+  readonly surface: Surface;
+  private readonly extent: Extent;
+  private zoom = 1;
+  private offset: Point = [0, 0];
+
+  constructor(
+    private readonly model: Model,
+    private readonly run: Run,
+    private readonly index: number,
+  ) {
+    this.surface = new Surface(`Plan view of ${run.label}`);
+    this.extent = extentOf(model);
+  }
+
+  get isFitted(): boolean {
+    return this.zoom === 1 && this.offset[0] === 0 && this.offset[1] === 0;
+  }
+
+  fit(): void {
+    this.zoom = 1;
+    this.offset = [0, 0];
+  }
+
+  pan(dx: number, dy: number): void {
+    this.offset = [this.offset[0] + dx, this.offset[1] + dy];
+  }
+
+  /** Zooms so that the ground under a pixel stays there. */
+  zoomAt(x: number, y: number, factor: number): void {
+    const zoom = Math.min(40, Math.max(0.2, this.zoom * factor));
+    const applied = zoom / this.zoom;
+    const base = this.fitted();
+    const [left, top] = [base.left + this.offset[0], base.top + this.offset[1]];
+    this.zoom = zoom;
+    this.offset = [x - (x - left) * applied - base.left, y - (y - top) * applied - base.top];
+  }
+
+  transform(): Transform {
+    const base = this.fitted();
+    return {
+      scale: base.scale * this.zoom,
+      left: base.left + this.offset[0],
+      top: base.top + this.offset[1],
+    };
+  }
+
+  private fitted(): Transform {
+    const { back, front, right, left } = this.extent;
+    const margin = 26;
+    const width = Math.max(40, this.surface.width - 2 * margin);
+    const height = Math.max(40, this.surface.height - 2 * margin);
+    const scale = Math.min(width / (left - right), height / (front - back));
+    return {
+      scale,
+      left: this.surface.width / 2 + (scale * (left + right)) / 2,
+      top: this.surface.height / 2 + (scale * (front + back)) / 2,
+    };
+  }
+
+  draw(state: State, time: number, palette: Palette): void {
+    if (!this.surface.begin()) {
+      return;
+    }
+    const { context } = this.surface;
+    context.font = '11px system-ui, sans-serif';
+    const transform = this.transform();
+    this.drawGround(context, transform, palette);
+    const shown = shownAt(this.model, this.run, state, time);
+    if (state.layers.trails) {
+      this.drawTrails(context, transform, shown.system, palette);
+    }
+    this.drawTruth(context, transform, shown.truth, state, palette);
+    this.drawSensor('video', context, transform, shown.video, state, palette);
+    this.drawSensor('radar', context, transform, shown.radar, state, palette);
+    this.drawSystem(context, transform, shown.system, state, palette);
+  }
+
+  private drawGround(context: CanvasRenderingContext2D, transform: Transform, palette: Palette): void {
+    const { camera, radar, rings } = this.model.scene;
+    const polygon = (points: readonly Point[]) => {
+      context.beginPath();
+      points.forEach(([x, y]) => context.lineTo(...toScreen(transform, x, y)));
+      context.closePath();
+    };
+    const [rx, ry] = toScreen(transform, ...radar.position);
+    const forward = -Math.PI / 2 - (radar.yaw * Math.PI) / 180;
+    const half = (Math.min(360, radar.fieldOfView) * Math.PI) / 360;
+    context.beginPath();
+    context.moveTo(rx, ry);
+    context.arc(rx, ry, radar.range * transform.scale, forward - half, forward + half);
+    context.closePath();
+    fillAndStroke(context, palette.radar, 0.05, 0.35);
+    if (camera.footprint.length > 2) {
+      polygon(camera.footprint);
+      fillAndStroke(context, palette.video, 0.07, 0.4);
+    }
+
+    const [ox, oy] = toScreen(transform, ...camera.position);
+    context.strokeStyle = palette.line;
+    context.fillStyle = palette.muted;
+    for (const { distance } of rings) {
+      context.beginPath();
+      context.arc(ox, oy, distance * transform.scale, 0, 2 * Math.PI);
+      context.stroke();
+      context.fillText(`${distance} m`, ox + 4, oy - distance * transform.scale - 4);
+    }
+    context.fillStyle = palette.text;
+    context.beginPath();
+    context.moveTo(ox, oy - 8);
+    context.lineTo(ox + 6, oy + 6);
+    context.lineTo(ox, oy + 3);
+    context.lineTo(ox - 6, oy + 6);
+    context.closePath();
+    context.fill();
+  }
+
+  private drawTrails(context: CanvasRenderingContext2D, transform: Transform, rows: Int32Array, palette: Palette): void {
+    const { tracks, times } = this.run;
+    const [x, y, confirmed] = [tracks.column('x'), tracks.column('y'), tracks.column('confirmed')];
+    for (const now of rows) {
+      context.beginPath();
+      const begin = tracks.first[tracks.track[now]];
+      const oldest = times[tracks.frame[now]] - trail;
+      for (let row = now; row >= begin && times[tracks.frame[row]] >= oldest; --row) {
+        if (!Number.isNaN(x[row])) {
+          context.lineTo(...toScreen(transform, x[row], y[row]));
+        }
+      }
+      context.strokeStyle = confirmed[now] === 1 ? runColour(palette, this.index) : palette.tentative;
+      context.globalAlpha = 0.45;
+      context.lineWidth = 1.5;
+      context.stroke();
+    }
+    context.globalAlpha = 1;
+    context.lineWidth = 1;
+  }
+
+  private drawTruth(context: CanvasRenderingContext2D, transform: Transform, rows: Int32Array, state: State, palette: Palette): void {
+    const table = this.model.truth?.table;
+    if (!table) {
+      return;
+    }
+    const [x, y, ids] = [table.column('x'), table.column('y'), table.key('id')];
+    context.strokeStyle = palette.truth;
+    context.lineWidth = 1.5;
+    for (const row of rows) {
+      const [px, py] = toScreen(transform, x[row], y[row]);
+      const mark: Mark = { kind: 'truth', id: ids[table.track[row]], x: px, y: py };
+      context.beginPath();
+      context.moveTo(px - 5, py - 5);
+      context.lineTo(px + 5, py + 5);
+      context.moveTo(px - 5, py + 5);
+      context.lineTo(px + 5, py - 5);
+      context.stroke();
+      this.record(context, mark, state, palette);
+    }
+    context.lineWidth = 1;
+  }
+
+  private drawSensor(
+    kind: 'video' | 'radar',
+    context: CanvasRenderingContext2D,
+    transform: Transform,
+    rows: Int32Array,
+    state: State,
+    palette: Palette,
+  ): void {
+    const table = this.model.seen(kind).table;
+    const [x, y, ids, coasting] = [table.column('x'), table.column('y'), table.key('id'), table.column('coasting')];
+    context.strokeStyle = palette[kind];
+    context.fillStyle = palette[kind];
+    for (const row of rows) {
+      if (Number.isNaN(x[row])) {
+        continue;
+      }
+      const [px, py] = toScreen(transform, x[row], y[row]);
+      context.globalAlpha = coasting[row] > 0.05 ? 0.45 : 0.9;
+      context.beginPath();
+      if (kind === 'radar') {
+        context.moveTo(px, py - 5);
+        context.lineTo(px + 5, py);
+        context.lineTo(px, py + 5);
+        context.lineTo(px - 5, py);
+        context.closePath();
+      } else {
+        context.rect(px - 4, py - 4, 8, 8);
+      }
+      context.lineWidth = 1.5;
+      context.stroke();
+      context.globalAlpha = 1;
+      context.lineWidth = 1;
+      this.record(context, { kind, id: ids[table.track[row]], x: px, y: py }, state, palette);
+    }
+  }
+
+  private drawSystem(context: CanvasRenderingContext2D, transform: Transform, rows: Int32Array, state: State, palette: Palette): void {
+    const { tracks } = this.run;
+    const column = (name: string) => tracks.column(name);
+    const [x, y, vx, vy, confirmed, classes] = [column('x'), column('y'), column('vx'), column('vy'), column('confirmed'), column('class')];
+    const [major, minor, angle] = [column('major'), column('minor'), column('angle')];
+    const ids = tracks.key('id');
+    for (const row of rows) {
+      if (Number.isNaN(x[row])) {
+        continue;
+      }
+      const isConfirmed = confirmed[row] === 1;
+      const id = ids[tracks.track[row]];
+      const [px, py] = toScreen(transform, x[row], y[row]);
+      const ink = isConfirmed ? runColour(palette, this.index) : palette.tentative;
+      context.strokeStyle = ink;
+      context.fillStyle = ink;
+      if (state.layers.ellipses && major[row] > 0) {
+        const size = ellipseScale * transform.scale;
+        context.setLineDash(isConfirmed ? [] : [3, 3]);
+        context.beginPath();
+        // The y axis of the ground points left on the screen, so angles turn as on paper.
+        context.ellipse(px, py, major[row] * size, minor[row] * size, -Math.PI / 2 - (angle[row] * Math.PI) / 180, 0, 2 * Math.PI);
+        fillAndStroke(context, ink, isConfirmed ? 0.12 : 0.04, 0.7);
+        context.setLineDash([]);
+      }
+      context.beginPath();
+      context.moveTo(px, py);
+      context.lineTo(px - vy[row] * transform.scale, py - vx[row] * transform.scale);
+      context.lineWidth = isConfirmed ? 2 : 1;
+      context.stroke();
+      context.beginPath();
+      context.arc(px, py, isConfirmed ? 4.5 : 3.5, 0, 2 * Math.PI);
+      if (isConfirmed) {
+        context.fill();
+      } else {
+        context.fillStyle = palette.ground;
+        context.fill();
+        context.stroke();
+      }
+      context.lineWidth = 1;
+      const mark: Mark = { kind: isConfirmed ? 'system' : 'tentative', id, x: px, y: py };
+      const selected = isSelected(state.selection, mark, this.index);
+      if (isConfirmed || selected) {
+        const word = this.model.word(classes[row]);
+        plate(context, word === 'unknown' ? `${id}` : `${id} ${word}`, px + 9, py - 6, ink, palette.ground);
+      }
+      this.record(context, mark, state, palette);
+    }
+  }
+
+  private record(context: CanvasRenderingContext2D, mark: Mark, state: State, palette: Palette): void {
+    this.surface.marks.push(mark);
+    if (isSelected(state.selection, mark, this.index)) {
+      context.save();
+      context.strokeStyle = palette.select;
+      context.lineWidth = 2;
+      context.beginPath();
+      context.arc(mark.x, mark.y, 11, 0, 2 * Math.PI);
+      context.stroke();
+      context.restore();
+    }
+  }
+}
+
+function fillAndStroke(context: CanvasRenderingContext2D, colour: string, fill: number, stroke: number): void {
+  context.fillStyle = colour;
+  context.strokeStyle = colour;
+  context.globalAlpha = fill;
+  context.fill();
+  context.globalAlpha = stroke;
+  context.stroke();
+  context.globalAlpha = 1;
+}

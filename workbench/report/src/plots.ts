@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: Apache-2.0
+// Figures over time.
+import uPlot from 'uplot';
+import { element } from './dom';
+import { countsOf, type Model, type Run } from './model';
+import { runColour, type Palette } from './palette';
+import type { Selection } from './state';
+
+export interface Series {
+  readonly label: string;
+  readonly colour: string;
+  readonly dash?: number[];
+  readonly times: Float64Array;
+  readonly values: Float64Array;
+}
+
+/** At most this many points are drawn of a series; a screen has no more columns. */
+const mostPoints = 4000;
+
+/** Thins a series out, keeping the least and the greatest of every group of points. */
+export function thin(times: Float64Array, values: Float64Array, most: number): [Float64Array, Float64Array] {
+  if (times.length <= most) {
+    return [times, values];
+  }
+  const kept: number[] = [];
+  const group = Math.ceil((2 * times.length) / most);
+  for (let begin = 0; begin < times.length; begin += group) {
+    const end = Math.min(times.length, begin + group);
+    let [low, high] = [begin, begin];
+    for (let i = begin; i < end; ++i) {
+      low = values[i] < values[low] ? i : low;
+      high = values[i] > values[high] ? i : high;
+    }
+    kept.push(...(low === high ? [low] : low < high ? [low, high] : [high, low]));
+  }
+  return [Float64Array.from(kept, (i) => times[i]), Float64Array.from(kept, (i) => values[i])];
+}
+
+/** The probability of a system track over its life, with NaN at both ends. */
+export function probabilityOf(run: Run, id: number): { times: Float64Array; values: Float64Array } {
+  const life = run.life(id);
+  if (!life) {
+    return { times: new Float64Array(0), values: new Float64Array(0) };
+  }
+  const { tracks } = run;
+  const [begin, end] = [tracks.first[life.track], tracks.first[life.track + 1]];
+  const probability = tracks.column('probability');
+  return {
+    times: Float64Array.from({ length: end - begin }, (_, i) => run.times[tracks.frame[begin + i]]),
+    values: Float64Array.from(probability.subarray(begin, end)),
+  };
+}
+
+export function gospaSeries(model: Model, palette: Palette): Series[] {
+  return model.runs.flatMap((run, index) =>
+    run.judgement
+      ? [{ label: nameOf(model, index), colour: runColour(palette, index), times: run.judgement.times, values: run.judgement.gospa }]
+      : [],
+  );
+}
+
+export function countSeries(model: Model, palette: Palette): Series[] {
+  const series: Series[] = [];
+  if (model.truth) {
+    const counts = new Float64Array(model.truth.table.frames);
+    model.truth.table.frame.forEach((frame) => ++counts[frame]);
+    series.push({ label: 'objects', colour: palette.truth, times: model.truth.times, values: counts });
+  }
+  model.runs.forEach((run, index) => {
+    const { confirmed, tentative } = countsOf(run);
+    const name = model.runs.length > 1 ? ` ${nameOf(model, index)}` : '';
+    series.push(
+      { label: `confirmed${name}`, colour: runColour(palette, index), times: run.times, values: confirmed },
+      { label: `tentative${name}`, colour: runColour(palette, index), dash: [2, 4], times: run.times, values: tentative },
+    );
+  });
+  return series;
+}
+
+export function probabilitySeries(model: Model, selection: Selection | null, palette: Palette): Series[] {
+  if (selection?.kind !== 'system') {
+    return [];
+  }
+  const { times, values } = probabilityOf(model.runs[selection.run], selection.id);
+  return [{ label: `track ${selection.id}`, colour: runColour(palette, selection.run), times, values }];
+}
+
+export function nameOf(model: Model, run: number): string {
+  return model.runs.length > 1 ? 'AB'[run] : 'fusion';
+}
+
+/** One plot with its title and, without series, what to do to get them. */
+export class Plot {
+  readonly root: HTMLElement;
+  private readonly holder = element('div', { class: 'plot-area' });
+  private readonly keys = element('div', { class: 'plot-keys' });
+  private plot: uPlot | null = null;
+  private series: readonly Series[] = [];
+  private palette: Palette | null = null;
+
+  constructor(
+    title: string,
+    private readonly duration: number,
+    private readonly empty: string,
+    private readonly range: [number, number | null],
+    private readonly seek: (time: number) => void,
+  ) {
+    this.root = element('section', { class: 'plot', 'aria-label': title }, element('header', {}, element('h3', {}, title), this.keys), this.holder);
+  }
+
+  /** Points drawn, for tests. */
+  get points(): number {
+    return this.plot ? this.series.reduce((sum, { times }) => sum + times.length, 0) : 0;
+  }
+
+  show(series: readonly Series[], palette: Palette): void {
+    this.series = series;
+    this.palette = palette;
+    this.rebuild();
+  }
+
+  /** Draws again when its place has another size. */
+  resize(): void {
+    const { clientWidth, clientHeight } = this.holder;
+    if (this.plot && clientWidth > 0 && (this.plot.width !== clientWidth || this.plot.height !== clientHeight)) {
+      this.plot.setSize({ width: clientWidth, height: clientHeight });
+    } else if (!this.plot && clientWidth > 0 && this.series.length > 0) {
+      this.rebuild();
+    }
+  }
+
+  redraw(): void {
+    this.plot?.redraw(false);
+  }
+
+  currentTime = 0;
+
+  private rebuild(): void {
+    this.plot?.destroy();
+    this.plot = null;
+    this.holder.replaceChildren();
+    this.keys.replaceChildren(
+      ...this.series.map(({ label, colour, dash }) => {
+        const swatch = element('i', { class: dash ? 'swatch dashed' : 'swatch' });
+        swatch.style.color = colour;
+        return element('span', {}, swatch, label);
+      }),
+    );
+    if (this.series.length === 0) {
+      this.holder.append(element('p', { class: 'empty' }, this.empty));
+      return;
+    }
+    const { clientWidth, clientHeight } = this.holder;
+    if (clientWidth > 0 && this.palette) {
+      this.plot = new uPlot(this.options(clientWidth, clientHeight, this.palette), this.join(), this.holder);
+    }
+  }
+
+  /** Series with times of their own on one axis. */
+  private join(): uPlot.AlignedData {
+    const tables = this.series.map(({ times, values }) => {
+      const [x, y] = thin(times, values, mostPoints);
+      return [Array.from(x), Array.from(y, (value) => (Number.isNaN(value) ? null : value))] as uPlot.AlignedData;
+    });
+    return uPlot.join(tables, tables.map(() => [2, 2])) as uPlot.AlignedData;
+  }
+
+  private options(width: number, height: number, palette: Palette): uPlot.Options {
+    const axis = { stroke: palette.muted, grid: { stroke: palette.line, width: 1 }, ticks: { stroke: palette.line, width: 1, size: 4 }, font: '11px system-ui, sans-serif' };
+    const [least, most] = this.range;
+    return {
+      width,
+      height,
+      legend: { show: false },
+      cursor: { y: false, drag: { x: false, y: false } },
+      scales: {
+        x: { time: false, range: [0, this.duration] },
+        y: { range: (_, __, highest) => [least, most ?? Math.max(1, highest * 1.08)] },
+      },
+      axes: [
+        { ...axis, size: 22, values: (_, ticks) => ticks.map((tick) => (this.duration >= 180 ? `${Math.floor(tick / 60)}:${String(Math.round(tick % 60)).padStart(2, '0')}` : `${tick} s`)) },
+        { ...axis, size: 36 },
+      ],
+      series: [
+        {},
+        ...this.series.map(({ label, colour, dash }) => ({ label, stroke: colour, width: 1.5, spanGaps: true, points: { show: false }, ...(dash && { dash }) })),
+      ],
+      hooks: {
+        draw: [
+          (plot) => {
+            const x = plot.valToPos(this.currentTime, 'x', true);
+            plot.ctx.save();
+            plot.ctx.strokeStyle = palette.select;
+            plot.ctx.lineWidth = 1.5 * devicePixelRatio;
+            plot.ctx.beginPath();
+            plot.ctx.moveTo(x, plot.bbox.top);
+            plot.ctx.lineTo(x, plot.bbox.top + plot.bbox.height);
+            plot.ctx.stroke();
+            plot.ctx.restore();
+          },
+        ],
+        ready: [
+          (plot) => plot.over.addEventListener('click', (event) => this.seek(plot.posToVal(event.offsetX, 'x'))),
+        ],
+      },
+    };
+  }
+}

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+// What plan and image have in common: which tracks are shown at a time.
+import type { Mark } from './canvas';
+import type { Model, Run } from './model';
+import type { Selection, State } from './state';
+
+/** The rows to draw at a time. */
+export interface Shown {
+  readonly video: Int32Array;
+  readonly radar: Int32Array;
+  readonly truth: Int32Array;
+  readonly system: Int32Array;
+}
+
+const none = new Int32Array(0);
+
+export function shownAt(model: Model, run: Run, state: State, time: number): Shown {
+  // Times are kept to a millisecond, so that a frame's own time finds it.
+  const now = time + 0.0005;
+  const rowsOf = (isShown: boolean, seen: Model['video'] | null) =>
+    isShown && seen ? seen.table.rowsOf(seen.frameAt(now)) : none;
+  const system = run.tracks.rowsOf(run.frameAt(now));
+  const confirmed = run.tracks.column('confirmed');
+  return {
+    video: rowsOf(state.layers.video, model.video),
+    radar: rowsOf(state.layers.radar, model.radar),
+    truth: rowsOf(state.layers.truth, model.truth),
+    system: state.layers.tentative ? system : system.filter((row) => confirmed[row] === 1),
+  };
+}
+
+export function isSelected(selection: Selection | null, mark: Pick<Mark, 'kind' | 'id'>, run: number): boolean {
+  if (!selection || selection.id !== mark.id) {
+    return false;
+  }
+  const isSystem = mark.kind === 'system' || mark.kind === 'tentative';
+  return isSystem ? selection.kind === 'system' && selection.run === run : selection.kind === mark.kind;
+}
+
+export function selectionOf(mark: Mark, run: number): Selection {
+  const kind = mark.kind === 'tentative' ? 'system' : mark.kind;
+  return { kind, run, id: mark.id };
+}

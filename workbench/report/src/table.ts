@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: Apache-2.0
+// Tracks over time, as workbench/report/TrackTable.h packs them.
+import { missing, unpack, type PackedColumn } from './column';
+
+export interface PackedTable {
+  readonly frames: number;
+  readonly tracks: number;
+  readonly rows: number;
+  readonly keys: Readonly<Record<string, PackedColumn>>;
+  readonly counts: PackedColumn;
+  readonly skipped: PackedColumn;
+  readonly columns: Readonly<Record<string, PackedColumn>>;
+}
+
+/** Rows of numbers, track by track and within a track frame by frame. */
+export class Table {
+  readonly frames: number;
+  readonly tracks: number;
+  readonly rows: number;
+  /** First row of each track; one more entry for the end. */
+  readonly first: Int32Array;
+  /** Frame and track of each row. */
+  readonly frame: Int32Array;
+  readonly track: Int32Array;
+  private readonly frameStart: Int32Array;
+  private readonly frameRows: Int32Array;
+  private readonly packed: PackedTable;
+  private readonly unpacked = new Map<string, Float32Array>();
+  private readonly unpackedKeys = new Map<string, Int32Array>();
+
+  constructor(packed: PackedTable) {
+    this.packed = packed;
+    this.frames = packed.frames;
+    this.tracks = packed.tracks;
+    this.rows = packed.rows;
+    this.first = new Int32Array(this.tracks + 1);
+    this.frame = new Int32Array(this.rows);
+    this.track = new Int32Array(this.rows);
+    const counts = unpack(packed.counts, this.tracks);
+    const skipped = unpack(packed.skipped, this.rows);
+    for (let track = 0, row = 0; track < this.tracks; ++track) {
+      let next = 0;
+      for (let i = 0; i < counts[track]; ++i, ++row) {
+        this.track[row] = track;
+        this.frame[row] = next + skipped[row];
+        next = this.frame[row] + 1;
+      }
+      this.first[track + 1] = row;
+    }
+    [this.frameStart, this.frameRows] = groupByFrame(this.frame, this.frames);
+  }
+
+  /** The numbers of a column; NaN where there is none. */
+  column(name: string): Float32Array {
+    let numbers = this.unpacked.get(name);
+    if (!numbers) {
+      const packed = this.packed.columns[name];
+      if (!packed) {
+        throw new Error(`the report has no column ${name}`);
+      }
+      const steps = unpack(packed, this.rows);
+      numbers = Float32Array.from(steps, (value) => (value === missing ? NaN : value * packed.step));
+      this.unpacked.set(name, numbers);
+    }
+    return numbers;
+  }
+
+  /** What tells tracks apart, one number per track. */
+  key(name: string): Int32Array {
+    let keys = this.unpackedKeys.get(name);
+    if (!keys) {
+      const packed = this.packed.keys[name];
+      keys = packed ? unpack(packed, this.tracks) : new Int32Array(this.tracks);
+      this.unpackedKeys.set(name, keys);
+    }
+    return keys;
+  }
+
+  /** The rows of a frame. */
+  rowsOf(frame: number): Int32Array {
+    return this.frameRows.subarray(this.frameStart[frame] ?? 0, this.frameStart[frame + 1] ?? 0);
+  }
+
+  /** The last row of a track that is not after a frame; -1 when it begins later. */
+  rowBefore(track: number, frame: number): number {
+    let low = this.first[track];
+    let high = this.first[track + 1];
+    while (low < high) {
+      const middle = (low + high) >> 1;
+      if (this.frame[middle] <= frame) {
+        low = middle + 1;
+      } else {
+        high = middle;
+      }
+    }
+    return low > this.first[track] ? low - 1 : -1;
+  }
+
+  /** The row of a track in a frame; -1 when it is not in it. */
+  rowAt(track: number, frame: number): number {
+    const row = this.rowBefore(track, frame);
+    return row >= 0 && this.frame[row] === frame ? row : -1;
+  }
+}
+
+/** Rows sorted by frame: where each frame begins in the list, and the list. */
+function groupByFrame(frame: Int32Array, frames: number): [Int32Array, Int32Array] {
+  const start = new Int32Array(frames + 1);
+  for (const value of frame) {
+    ++start[value + 1];
+  }
+  for (let i = 0; i < frames; ++i) {
+    start[i + 1] += start[i];
+  }
+  const next = start.slice();
+  const rows = new Int32Array(frame.length);
+  for (let row = 0; row < frame.length; ++row) {
+    rows[next[frame[row]]++] = row;
+  }
+  return [start, rows];
+}
+
+/** Index of the last time that is not after `time`; -1 when all are. */
+export function lastNotAfter(times: Float64Array, time: number): number {
+  let low = 0;
+  let high = times.length;
+  while (low < high) {
+    const middle = (low + high) >> 1;
+    if (times[middle] <= time) {
+      low = middle + 1;
+    } else {
+      high = middle;
+    }
+  }
+  return low - 1;
+}

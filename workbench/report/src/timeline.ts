@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: Apache-2.0
+// One lane per system track: when it lived, who fed it, when it was confirmed, what it was, and when
+// it lost or took an object.
+import { Surface } from './canvas';
+import type { Life, Model, Stretch, Switch } from './model';
+import { runColour, type Palette } from './palette';
+import type { State } from './state';
+
+export const laneHeight = 22;
+const axisHeight = 20;
+/** Room for the names of the lanes. */
+export const gutter = 118;
+
+export interface Lane {
+  readonly run: number;
+  readonly life: Life;
+  readonly label: string;
+  readonly switches: readonly Switch[];
+}
+
+export function lanesOf(model: Model, withTentative: boolean): Lane[] {
+  return model.runs.flatMap((run, index) =>
+    run.lives
+      .filter((life) => withTentative || !Number.isNaN(life.confirmed))
+      .map((life) => ({
+        run: index,
+        life,
+        label: `${model.runs.length > 1 ? 'AB'[index] + ' ' : ''}${life.id} ${mainClass(life.classes)}`,
+        switches: (run.judgement?.switches ?? []).filter((change) => change.to === life.id || change.from === life.id),
+      })),
+  );
+}
+
+/** The class that a track had for the longest time. */
+export function mainClass(classes: readonly Stretch<string>[]): string {
+  const sums = new Map<string, number>();
+  for (const { from, to, value } of classes) {
+    sums.set(value, (sums.get(value) ?? 0) + to - from);
+  }
+  return [...sums].sort((a, b) => b[1] - a[1])[0]?.[0] ?? 'unknown';
+}
+
+/** Round distances between the ticks of an axis, s. */
+export function tickSpacing(duration: number, width: number): number {
+  const least = (duration / Math.max(1, width)) * 70;
+  return [0.5, 1, 2, 5, 10, 20, 30, 60, 120, 300, 600, 1800, 3600].find((step) => step >= least) ?? 7200;
+}
+
+export class Timeline {
+  readonly surface = new Surface('Timeline of the system tracks');
+  lanes: readonly Lane[] = [];
+  scroll = 0;
+
+  constructor(private readonly model: Model) {}
+
+  get contentHeight(): number {
+    return axisHeight + this.lanes.length * laneHeight;
+  }
+
+  scrollBy(amount: number): void {
+    this.scroll = Math.min(Math.max(0, this.contentHeight - this.surface.height), Math.max(0, this.scroll + amount));
+  }
+
+  /** Scrolls so that a track's lane can be seen. */
+  reveal(run: number, id: number): void {
+    const index = this.lanes.findIndex((lane) => lane.run === run && lane.life.id === id);
+    if (index >= 0) {
+      const top = index * laneHeight;
+      const room = this.surface.height - axisHeight - laneHeight;
+      if (top < this.scroll || top > this.scroll + room) {
+        this.scroll = 0;
+        this.scrollBy(top - room / 2);
+      }
+    }
+  }
+
+  laneAt(y: number): Lane | undefined {
+    return y < axisHeight ? undefined : this.lanes[Math.floor((y - axisHeight + this.scroll) / laneHeight)];
+  }
+
+  timeAt(x: number): number {
+    return ((x - gutter) / this.plotWidth) * this.model.duration;
+  }
+
+  private get plotWidth(): number {
+    return Math.max(1, this.surface.width - gutter - 10);
+  }
+
+  private x(time: number): number {
+    return gutter + (time / Math.max(1e-9, this.model.duration)) * this.plotWidth;
+  }
+
+  draw(state: State, time: number, palette: Palette): void {
+    if (!this.surface.begin()) {
+      return;
+    }
+    this.scrollBy(0);
+    const { context, width, height } = this.surface;
+    context.font = '11px system-ui, sans-serif';
+    context.save();
+    context.beginPath();
+    context.rect(0, axisHeight, width, height - axisHeight);
+    context.clip();
+    const from = Math.max(0, Math.floor(this.scroll / laneHeight));
+    const to = Math.min(this.lanes.length, from + Math.ceil(height / laneHeight) + 1);
+    for (let i = from; i < to; ++i) {
+      this.drawLane(context, this.lanes[i], axisHeight + i * laneHeight - this.scroll, state, palette);
+    }
+    context.restore();
+    this.drawAxis(context, palette);
+    context.strokeStyle = palette.select;
+    context.lineWidth = 1.5;
+    context.beginPath();
+    context.moveTo(this.x(time), 0);
+    context.lineTo(this.x(time), height);
+    context.stroke();
+  }
+
+  private drawAxis(context: CanvasRenderingContext2D, palette: Palette): void {
+    context.fillStyle = palette.muted;
+    context.strokeStyle = palette.line;
+    const spacing = tickSpacing(this.model.duration, this.plotWidth);
+    for (let time = 0; time <= this.model.duration + 1e-9; time += spacing) {
+      const x = Math.round(this.x(time)) + 0.5;
+      context.beginPath();
+      context.moveTo(x, axisHeight - 5);
+      context.lineTo(x, this.surface.height);
+      context.globalAlpha = 0.6;
+      context.stroke();
+      context.globalAlpha = 1;
+      const text = spacing < 60 && this.model.duration < 120 ? `${time} s` : `${Math.floor(time / 60)}:${String(Math.round(time % 60)).padStart(2, '0')}`;
+      context.fillText(text, x + 3, 11);
+    }
+  }
+
+  private drawLane(context: CanvasRenderingContext2D, lane: Lane, top: number, state: State, palette: Palette): void {
+    const { selection } = state;
+    const isSelected = selection?.kind === 'system' && selection.run === lane.run && selection.id === lane.life.id;
+    if (isSelected) {
+      context.globalAlpha = 0.14;
+      context.fillStyle = palette.select;
+      context.fillRect(0, top, this.surface.width, laneHeight);
+      context.globalAlpha = 1;
+    }
+    context.fillStyle = Number.isNaN(lane.life.confirmed) ? palette.muted : palette.text;
+    context.fillText(lane.label, 10, top + 15, gutter - 18);
+
+    const bar = (stretch: { from: number; to: number }, y: number, height: number) =>
+      context.fillRect(this.x(stretch.from), y, Math.max(1, this.x(stretch.to) - this.x(stretch.from)), height);
+    for (const stretch of lane.life.standing) {
+      context.fillStyle = stretch.value ? runColour(palette, lane.run) : palette.tentative;
+      context.globalAlpha = stretch.value ? 0.85 : 0.35;
+      bar(stretch, top + 4, 6);
+    }
+    for (const feed of lane.life.feeds) {
+      context.fillStyle = palette[feed.value.source];
+      context.globalAlpha = feed.value.coasting ? 0.25 : 0.95;
+      bar(feed, top + (feed.value.source === 'video' ? 11 : 15), 3);
+    }
+    context.globalAlpha = 1;
+
+    context.fillStyle = palette.text;
+    if (!Number.isNaN(lane.life.confirmed)) {
+      const x = this.x(lane.life.confirmed);
+      context.beginPath();
+      context.moveTo(x - 4, top + 1);
+      context.lineTo(x + 4, top + 1);
+      context.lineTo(x, top + 7);
+      context.closePath();
+      context.fill();
+    }
+    for (const change of lane.life.classes.slice(1)) {
+      context.fillRect(this.x(change.from) - 0.5, top + 2, 1.5, laneHeight - 4);
+    }
+    context.fillStyle = palette.alarm;
+    for (const change of lane.switches) {
+      const x = this.x(change.time);
+      const y = top + laneHeight / 2;
+      context.beginPath();
+      context.moveTo(x, y - 6);
+      context.lineTo(x + 6, y);
+      context.lineTo(x, y + 6);
+      context.lineTo(x - 6, y);
+      context.closePath();
+      if (change.to === lane.life.id) {
+        context.fill();
+      } else {
+        context.strokeStyle = palette.alarm;
+        context.lineWidth = 1.5;
+        context.stroke();
+        context.lineWidth = 1;
+      }
+    }
+  }
+}
