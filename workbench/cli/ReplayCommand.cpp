@@ -61,7 +61,7 @@ class Explanations {
 public:
     explicit Explanations(const std::string& path)
         : file(path.empty() ? nullptr : std::make_unique<OutputFile>(path)),
-          explainer([this](const std::string& line) { file->write(line); }) {}
+          explainer([this](const std::string& line) { file->write(line); }, Replay::uptime) {}
 
     Veskar::FusionObserver* observer() { return file ? &explainer : nullptr; }
     void finish() {

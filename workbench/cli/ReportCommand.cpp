@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
+#include "cli/Inputs.h"
 #include "cli/Interruption.h"
 #include "cli/Progress.h"
 #include "io/InputError.h"
@@ -12,6 +13,7 @@
 #include <string>
 
 #include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
 
 namespace Workbench {
 namespace {
@@ -38,9 +40,9 @@ int report(const Options& options) {
     }
     OutputFile output(options.output);
     Progress progress("reporting");
-    const Json data = reportData(inputs, [&](double fraction) {
+    const Json data = reportData(inputs, [&](const LineReader& input) {
         throwIfInterrupted();
-        progress.update(fraction);
+        progress.update(fractionRead(input));
     });
     const std::size_t mark = reportPage.find(reportPageMark);
     output.write(reportPage.substr(0, mark));

@@ -11,6 +11,11 @@ namespace {
 using Json = nlohmann::ordered_json;
 using Observer = Veskar::FusionObserver;
 
+/// The time of a frame as recordings state it, to a microsecond.
+double recordedTime(double timestamp, double ahead) {
+    return std::nearbyint((timestamp - ahead) * 1e6) / 1e6;
+}
+
 /// JSON has no numbers that are not finite.
 Json numberOf(double value) {
     return std::isfinite(value) ? Json(value) : Json(nullptr);
@@ -87,7 +92,7 @@ void Explainer::finish() {
 void Explainer::onFrame(const Frame& frame) {
     finish();
     line = Json{{"source", sourceName(frame.source)},
-                {"time", frame.timestamp},
+                {"time", recordedTime(frame.timestamp, ahead)},
                 {"sensorTracks", frame.sensorTracks},
                 {"systemTracks", frame.systemTracks}};
 }

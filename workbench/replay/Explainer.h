@@ -19,7 +19,8 @@ public:
     using Sink = std::function<void(const std::string&)>;
 
     /// @param receiver receives the lines
-    explicit Explainer(Sink receiver) : sink(std::move(receiver)) {}
+    /// @param uptime seconds by which the module's clock is ahead of the one to tell times in
+    Explainer(Sink receiver, double uptime) : sink(std::move(receiver)), ahead(uptime) {}
 
     /// Hands out the last frame.
     void finish();
@@ -39,6 +40,7 @@ private:
     using Json = nlohmann::ordered_json;
 
     Sink sink;
+    double ahead;
     Json line;
 };
 

@@ -11,11 +11,6 @@
 namespace Workbench {
 namespace {
 
-// The module takes the last video frame to be at time 0 before there is one, so a recording that
-// begins there would see its first radar frames pass video by. On a device the clock has long been
-// running.
-constexpr double uptime = 100.0;  // seconds
-
 std::chrono::nanoseconds nanoseconds(double seconds) {
     return std::chrono::nanoseconds(std::llround(seconds * 1e9));
 }

@@ -57,6 +57,11 @@ public:
     /// Receives the system tracks after every frame that was fused.
     using Sink = std::function<void(const FusedFrame&)>;
 
+    /// Seconds by which the module's clock is ahead of the recording's. The module takes the last
+    /// video frame to be at time 0 before there is one, so a recording that begins there would see
+    /// its first radar frames pass video by. On a device the clock has long been running.
+    static constexpr double uptime = 100.0;
+
     /// @param header the installation
     /// @param config configuration of the fusion
     /// @param sink receives the results

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/Column.h"
 
+#include "report/Resolution.h"
+
 #include <algorithm>
 #include <cmath>
+
+#include <nlohmann/json.hpp>
 
 namespace Workbench {
 namespace {
@@ -50,6 +54,14 @@ Json Column::json() const {
     std::string all = bytes;
     appendZeros(all, zeros);
     return {{"step", step}, {"data", base64(all)}};
+}
+
+Json timeColumn(const std::vector<double>& times, double start) {
+    Column column(milliseconds);
+    for (const double time : times) {
+        column.add(time - start);
+    }
+    return column.json();
 }
 
 std::string base64(std::string_view bytes) {

@@ -47,12 +47,6 @@ void refuseOtherRecording(const FusedReader& fused, const RecordingReader& recor
     }
 }
 
-double fractionOf(const LineReader& input) {
-    return input.size() == 0
-               ? -1.0
-               : static_cast<double>(input.bytesRead()) / static_cast<double>(input.size());
-}
-
 /// The span of everything that is shown.
 struct Span {
     double from = std::numeric_limits<double>::infinity();
@@ -87,6 +81,11 @@ public:
     Span span;
 };
 
+/// Where a file lies is nobody's business but that of the person who made the report.
+std::string fileNameOf(const std::string& path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
 Json aboutRecording(const RecordingHeader& header) {
     Json about = toJson(header);
     about.erase("camera");
@@ -105,14 +104,13 @@ Json reportData(const ReportInputs& inputs, const ReportProgress& progress) {
         readers.push_back(std::make_unique<FusedReader>(run.fused));
         refuseOtherRecording(*readers.back(), recording);
     }
-    const double share = 1.0 / static_cast<double>(inputs.runs.size() + 1);
 
     Words words;
     RecordingHeader header = recording.header();
     header.camera = readers.front()->header().camera;
     RecordingPart part(header, configOf(*readers.front()), words);
     while (const auto line = recording.next()) {
-        progress(share * fractionOf(recording.input()));
+        progress(recording.input());
         part.add(*line);
     }
 
@@ -120,7 +118,7 @@ Json reportData(const ReportInputs& inputs, const ReportProgress& progress) {
     for (std::size_t i = 0; i < readers.size(); ++i) {
         RunTable& table = tables.emplace_back(words);
         while (const auto frame = readers[i]->next()) {
-            progress(share * (static_cast<double>(i + 1) + fractionOf(readers[i]->input())));
+            progress(readers[i]->input());
             part.span.include(frame->time);
             table.add(*frame);
         }
@@ -144,7 +142,7 @@ Json reportData(const ReportInputs& inputs, const ReportProgress& progress) {
     data["runs"] = Json::array();
     for (std::size_t i = 0; i < readers.size(); ++i) {
         Json run = tables[i].json(start);
-        run["label"] = inputs.runs[i].fused;
+        run["label"] = fileNameOf(inputs.runs[i].fused);
         run["configuration"] = Json::parse(readers[i]->header().configuration);
         run["explanation"] = inputs.runs[i].explain.empty()
                                  ? Json(nullptr)

@@ -2,6 +2,7 @@
 // A recording and one or two fusion runs of it as one HTML file.
 #pragma once
 
+#include "io/LineReader.h"
 #include "recording/Header.h"
 
 #include <functional>
@@ -22,8 +23,8 @@ struct ReportInputs {
     std::vector<ReportRun> runs;  ///< one or two
 };
 
-/// Told now and then how much has been read, 0 to 1, negative when that is not known; may throw.
-using ReportProgress = std::function<void(double)>;
+/// Told before every line what is being read; may throw.
+using ReportProgress = std::function<void(const LineReader&)>;
 
 /// Reads everything and packs it.
 ///

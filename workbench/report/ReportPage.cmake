@@ -45,3 +45,10 @@ else()
     VERBATIM)
 endif()
 target_sources(veskar_workbench PRIVATE "${page_code}")
+
+# The tests are others with the page than without.
+if(page_missing)
+  set(VESKAR_HAS_REPORT_PAGE OFF PARENT_SCOPE)
+else()
+  set(VESKAR_HAS_REPORT_PAGE ON PARENT_SCOPE)
+endif()

@@ -27,12 +27,6 @@ inline double wholeTenths(double seconds) {
 /// @param times s
 /// @param start time 0 of the report, s
 /// @return the times as the page gets them
-inline Json timeColumn(const std::vector<double>& times, double start) {
-    Column column(milliseconds);
-    for (const double time : times) {
-        column.add(time - start);
-    }
-    return column.json();
-}
+Json timeColumn(const std::vector<double>& times, double start);
 
 }  // namespace Workbench

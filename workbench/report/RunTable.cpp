@@ -8,6 +8,7 @@
 #include <limits>
 
 #include <Eigen/Eigenvalues>
+#include <nlohmann/json.hpp>
 
 namespace Workbench {
 namespace {

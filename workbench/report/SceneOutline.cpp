@@ -3,8 +3,11 @@
 
 #include "io/NumberText.h"
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 namespace Workbench {
 namespace {
@@ -46,7 +49,7 @@ Json footprint(const Projection& camera, double maximumRange) {
             near.push_back(pointOf(*first, 100.0));
         }
     }
-    far.insert(far.end(), near.rbegin(), near.rend());
+    std::for_each(near.rbegin(), near.rend(), [&](const Json& point) { far.push_back(point); });
     return far;
 }
 

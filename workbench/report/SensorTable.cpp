@@ -6,6 +6,8 @@
 
 #include <limits>
 
+#include <nlohmann/json.hpp>
+
 namespace Workbench {
 namespace {
 

@@ -3,6 +3,8 @@
 
 #include <utility>
 
+#include <nlohmann/json.hpp>
+
 namespace Workbench {
 
 TrackTable::TrackTable(std::vector<const char*> keys, std::vector<ColumnKind> columns)

@@ -5,6 +5,8 @@
 
 #include <limits>
 
+#include <nlohmann/json.hpp>
+
 namespace Workbench {
 
 Json truthTable(const std::vector<TruthFrame>& frames, const Projection& camera, Words& words,

@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "replay/FusedReader.h"
+
+#include "Process.h"
+#include "io/InputError.h"
+#include "replay/FusedJson.h"
+
+#include <cmath>
+#include <sstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+using testing::HasSubstr;
+using testing::StartsWith;
+using VeskarTest::dataFile;
+using VeskarTest::slurp;
+using VeskarTest::spill;
+using Workbench::FusedReader;
+using Workbench::InputError;
+
+namespace {
+
+class FusedReaderFaults : public testing::Test {
+protected:
+    /// @return what is said about a file whose second line is the given one
+    std::string faultOf(const std::string& line) {
+        const std::string golden = slurp(dataFile("tiny.fused.jsonl"));
+        spill(directory / "fused", golden.substr(0, golden.find('\n') + 1) + line + "\n");
+        FusedReader reader(directory / "fused");
+        try {
+            while (reader.next()) {
+            }
+        } catch (const InputError& error) {
+            return error.what();
+        }
+        return "";
+    }
+
+    /// @return what is said about a file with this first line
+    std::string headerFaultOf(const std::string& line) {
+        spill(directory / "fused", line);
+        try {
+            const FusedReader reader(directory / "fused");
+        } catch (const InputError& error) {
+            return error.what();
+        }
+        return "";
+    }
+
+    VeskarTest::TemporaryDirectory directory;
+};
+
+}  // namespace
+
+TEST(FusedReader, ReadsEverythingThatIsWritten) {
+    const std::string recording =
+        VeskarTest::veskar({"simulate", dataFile("tiny.scenario.json")}).output;
+    const std::string fused = VeskarTest::veskar({"replay", "-", "--tags"}, recording).output;
+    const VeskarTest::TemporaryDirectory directory;
+    spill(directory / "fused", fused);
+    FusedReader reader(directory / "fused");
+    std::istringstream lines(fused);
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_EQ(reader.header().name, "tiny");
+    EXPECT_EQ(nlohmann::json::parse(reader.header().configuration),
+              nlohmann::json::parse(line)["configuration"]);
+    int frames = 0;
+    while (const auto frame = reader.next()) {
+        ASSERT_TRUE(std::getline(lines, line));
+        ASSERT_EQ(Workbench::fusedLine(*frame), line + "\n");
+        ++frames;
+    }
+    EXPECT_GT(frames, 50);
+    EXPECT_FALSE(std::getline(lines, line));
+}
+
+TEST_F(FusedReaderFaults, WhatIsNullIsNoNumber) {
+    const std::string golden = slurp(dataFile("tiny.fused.jsonl"));
+    spill(directory / "fused",
+          golden.substr(0, golden.find('\n') + 1) +
+              R"({"source":"radar","time":1,"received":2,"tracks":[{"id":4,"confirmed":true,)"
+              R"("probability":null,"image":[null,0.5],"imageRate":[0,0],"range":null,)"
+              R"("rangeRate":0,"box":{"left":null,"bottom":0,"right":1,"top":2},"age":0,)"
+              R"("sensors":[]}]})");
+    FusedReader reader(directory / "fused");
+    const auto frame = reader.next();
+    ASSERT_TRUE(frame);
+    const Workbench::FusedTrack& track = frame->tracks.at(0);
+    EXPECT_TRUE(std::isnan(track.probability));
+    EXPECT_TRUE(std::isnan(track.image[0]));
+    EXPECT_EQ(track.image[1], 0.5);
+    EXPECT_TRUE(std::isnan(track.range));
+    EXPECT_TRUE(std::isnan(track.box.left));
+    EXPECT_FALSE(track.ground);
+}
+
+TEST_F(FusedReaderFaults, SayFileLineAndPlace) {
+    EXPECT_THAT(faultOf(R"({"source":"lidar","time":1,"received":1,"tracks":[]})"),
+                StartsWith(directory / "fused" + ":2: source: \"lidar\" is not video or radar"));
+    EXPECT_THAT(faultOf(R"({"source":"radar","time":1,"received":1,"tracks":[{"id":1}]})"),
+                StartsWith(directory / "fused" + ":2: tracks[0].probability: missing"));
+    EXPECT_THAT(faultOf(R"({"source":"radar","time":1,"received":1,"tracks":[{"id":1,)"
+                        R"("probability":1,"image":[1]}]})"),
+                HasSubstr("tracks[0].image: expected 2 numbers, found 1"));
+    EXPECT_THAT(faultOf(R"({"source":"radar","time":1,)"), HasSubstr(":2: column "));
+}
+
+TEST_F(FusedReaderFaults, NameWhatIsNoFusedFile) {
+    EXPECT_THAT(headerFaultOf(""), HasSubstr(":1: the file is empty"));
+    EXPECT_THAT(headerFaultOf("time,received,source\n"), HasSubstr(":1: no header of fused tracks"));
+    EXPECT_THAT(headerFaultOf(R"({"format":"veskar-recording"})"),
+                HasSubstr("expected \"veskar-fused\", found \"veskar-recording\""));
+    EXPECT_THAT(headerFaultOf(R"({"format":"veskar-fused","version":2})"),
+                HasSubstr("version 2 is not supported"));
+}

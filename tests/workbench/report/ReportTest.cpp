@@ -1,0 +1,298 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the page gets, against the files that it was made of.
+#include "report/Report.h"
+
+#include "Process.h"
+#include "io/InputError.h"
+#include "report/Packed.h"
+#include "report/SceneOutline.h"
+
+#include <fstream>
+#include <map>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+using nlohmann::json;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using VeskarTest::dataFile;
+using VeskarTest::numbersOf;
+using VeskarTest::slurp;
+using VeskarTest::spill;
+using VeskarTest::veskar;
+using Workbench::InputError;
+using Workbench::Json;
+
+namespace {
+
+class Report : public testing::Test {
+protected:
+    void SetUp() override {
+        recording = directory / "tiny.jsonl";
+        fused = directory / "fused.jsonl";
+        explained = directory / "why.jsonl";
+        ASSERT_EQ(veskar({"simulate", dataFile("tiny.scenario.json"), "-o", recording}).status, 0);
+        ASSERT_EQ(veskar({"replay", recording, "-o", fused, "--explain", explained}).status, 0);
+    }
+
+    static Json dataOf(const Workbench::ReportInputs& inputs) {
+        return Workbench::reportData(inputs, [](const Workbench::LineReader&) {});
+    }
+
+    static std::string faultOf(const Workbench::ReportInputs& inputs) {
+        try {
+            dataOf(inputs);
+        } catch (const InputError& error) {
+            return error.what();
+        }
+        return "";
+    }
+
+    /// @return all lines of a file but the first, those of one source
+    static std::vector<json> linesOf(const std::string& path, const std::string& source = "") {
+        std::ifstream file(path);
+        std::string line;
+        std::getline(file, line);
+        std::vector<json> lines;
+        while (std::getline(file, line)) {
+            lines.push_back(json::parse(line));
+            if (!source.empty() && lines.back()["source"] != source) {
+                lines.pop_back();
+            }
+        }
+        return lines;
+    }
+
+    /// Rows of a table by key and frame.
+    static std::map<std::pair<int, int>, std::size_t> rowsOf(const Json& table) {
+        const std::vector<double> ids = numbersOf(table["keys"]["id"]);
+        const std::vector<double> counts = numbersOf(table["counts"]);
+        const std::vector<double> skipped = numbersOf(table["skipped"]);
+        std::map<std::pair<int, int>, std::size_t> rows;
+        std::size_t row = 0;
+        for (std::size_t track = 0; track < ids.size(); ++track) {
+            int frame = 0;
+            for (int i = 0; i < static_cast<int>(counts[track]); ++i, ++row) {
+                frame += static_cast<int>(skipped[row]);
+                rows[{static_cast<int>(ids[track]), frame++}] = row;
+            }
+        }
+        return rows;
+    }
+
+    VeskarTest::TemporaryDirectory directory;
+    std::string recording;
+    std::string fused;
+    std::string explained;
+};
+
+}  // namespace
+
+TEST_F(Report, HoldsEverySystemTrackOfEveryFrame) {
+    const Json data = dataOf({recording, {{fused, ""}}});
+    const Json& run = data["runs"][0];
+    const auto rows = rowsOf(run["tracks"]);
+    const std::vector<double> times = numbersOf(run["time"]);
+    const std::vector<double> x = numbersOf(run["tracks"]["columns"]["x"]);
+    const std::vector<double> left = numbersOf(run["tracks"]["columns"]["left"]);
+    const std::vector<double> confirmed = numbersOf(run["tracks"]["columns"]["confirmed"]);
+    const std::vector<double> classes = numbersOf(run["tracks"]["columns"]["class"]);
+    const std::vector<json> lines = linesOf(fused);
+    ASSERT_EQ(times.size(), lines.size());
+    std::size_t checked = 0;
+    for (std::size_t frame = 0; frame < lines.size(); ++frame) {
+        EXPECT_NEAR(times[frame] + data["start"].get<double>(), lines[frame]["time"], 0.00051);
+        for (const json& track : lines[frame]["tracks"]) {
+            const auto row = rows.find({track["id"], static_cast<int>(frame)});
+            ASSERT_NE(row, rows.end());
+            EXPECT_NEAR(x[row->second], track["position"][0], 0.0051);
+            EXPECT_NEAR(left[row->second], track["box"]["left"], 0.00026);
+            EXPECT_EQ(confirmed[row->second] == 1.0, track["confirmed"].get<bool>());
+            const double word = classes[row->second];
+            EXPECT_EQ(std::isnan(word) ? json("unknown")
+                                       : json(data["words"][static_cast<std::size_t>(word)]),
+                      track.value("class", "unknown"));
+            ++checked;
+        }
+    }
+    EXPECT_EQ(rows.size(), checked);
+    EXPECT_GT(checked, 100U);
+}
+
+TEST_F(Report, DrawsTheEllipseOfTheCovariance) {
+    const Json data = dataOf({recording, {{fused, ""}}});
+    const Json& table = data["runs"][0]["tracks"];
+    const auto rows = rowsOf(table);
+    const std::vector<double> major = numbersOf(table["columns"]["major"]);
+    const std::vector<double> minor = numbersOf(table["columns"]["minor"]);
+    const std::vector<double> angle = numbersOf(table["columns"]["angle"]);
+    const std::vector<json> lines = linesOf(fused);
+    for (std::size_t frame = 0; frame < lines.size(); ++frame) {
+        for (const json& track : lines[frame]["tracks"]) {
+            const std::size_t row = rows.at({track["id"], static_cast<int>(frame)});
+            // P = R diag(major^2, minor^2) R', element by element.
+            const double c = std::cos(angle[row] * M_PI / 180.0);
+            const double s = std::sin(angle[row] * M_PI / 180.0);
+            const double a = major[row] * major[row];
+            const double b = minor[row] * minor[row];
+            const double tolerance = 0.02 * a + 0.02 * major[row] + 1e-4;
+            EXPECT_NEAR(a * c * c + b * s * s, track["positionCovariance"][0], tolerance);
+            EXPECT_NEAR((a - b) * c * s, track["positionCovariance"][1], tolerance);
+            EXPECT_NEAR(a * s * s + b * c * c, track["positionCovariance"][2], tolerance);
+        }
+    }
+}
+
+TEST_F(Report, TellsWhichSensorTracksFeedASystemTrack) {
+    const Json data = dataOf({recording, {{fused, ""}}});
+    const Json& sensors = data["runs"][0]["sensors"];
+    std::map<std::array<int, 3>, int> expected;
+    for (const json& line : linesOf(fused)) {
+        for (const json& track : line["tracks"]) {
+            for (const json& sensor : track["sensors"]) {
+                ++expected[{track["id"].get<int>(), sensor["source"] == "radar" ? 1 : 0,
+                            sensor["id"].get<int>()}];
+            }
+        }
+    }
+    std::map<std::array<int, 3>, int> found;
+    const auto key = [&](const char* name) { return numbersOf(sensors["keys"][name]); };
+    for (std::size_t i = 0; i < sensors["tracks"]; ++i) {
+        found[{static_cast<int>(key("track")[i]), static_cast<int>(key("source")[i]),
+               static_cast<int>(key("id")[i])}] =
+            static_cast<int>(numbersOf(sensors["counts"])[i]);
+    }
+    EXPECT_EQ(found, expected);
+}
+
+TEST_F(Report, HoldsTheReportsOfTheSensorsWhereTheyLieOnTheGround) {
+    const Json data = dataOf({recording, {{fused, ""}}});
+    const Json& table = data["radar"]["table"];
+    const auto rows = rowsOf(table);
+    const std::vector<double> x = numbersOf(table["columns"]["x"]);
+    const std::vector<double> y = numbersOf(table["columns"]["y"]);
+    const std::vector<json> lines = linesOf(recording, "radar");
+    std::size_t checked = 0;
+    for (std::size_t frame = 0; frame < lines.size(); ++frame) {
+        for (const json& report : lines[frame]["tracks"]) {
+            const std::size_t row = rows.at({report["id"], static_cast<int>(frame)});
+            // The radar of this scene looks straight ahead from 4.6 m above the origin.
+            const double range = report["range"];
+            const double ground = std::sqrt(range * range - 4.6 * 4.6);
+            const double azimuth = report["azimuth"].get<double>() * M_PI / 180.0;
+            EXPECT_NEAR(x[row], ground * std::cos(azimuth), 0.3);
+            EXPECT_NEAR(y[row], -ground * std::sin(azimuth), 0.3);
+            ++checked;
+        }
+    }
+    EXPECT_EQ(rows.size(), checked);
+    const Json& video = data["video"]["table"];
+    const auto videoRows = rowsOf(video);
+    const std::vector<double> top = numbersOf(video["columns"]["top"]);
+    const std::vector<json> videoLines = linesOf(recording, "video");
+    for (std::size_t frame = 0; frame < videoLines.size(); ++frame) {
+        for (const json& report : videoLines[frame]["tracks"]) {
+            EXPECT_NEAR(top[videoRows.at({report["id"], static_cast<int>(frame)})],
+                        report["box"]["top"], 0.00026);
+        }
+    }
+}
+
+TEST_F(Report, HoldsTheTruth) {
+    const Json data = dataOf({recording, {{fused, ""}}});
+    const auto rows = rowsOf(data["truth"]["table"]);
+    const std::vector<double> x = numbersOf(data["truth"]["table"]["columns"]["x"]);
+    std::size_t checked = 0;
+    const std::vector<json> lines = linesOf(recording, "truth");
+    for (std::size_t frame = 0; frame < lines.size(); ++frame) {
+        for (const json& object : lines[frame]["objects"]) {
+            EXPECT_NEAR(x[rows.at({object["id"], static_cast<int>(frame)})], object["position"][0],
+                        0.0051);
+            ++checked;
+        }
+    }
+    EXPECT_EQ(rows.size(), checked);
+    EXPECT_GT(checked, 100U);
+}
+
+TEST_F(Report, HoldsEveryExplanation) {
+    const Json data = dataOf({recording, {{fused, explained}}});
+    const Json& explanation = data["runs"][0]["explanation"];
+    std::size_t pairs = 0;
+    std::size_t events = 0;
+    std::ifstream file(explained);
+    std::string line;
+    std::size_t frames = 0;
+    while (std::getline(file, line)) {
+        const json frame = json::parse(line);
+        ++frames;
+        for (const char* name : {"continuations", "candidates", "mergeCandidates"}) {
+            pairs += frame.value(name, json::array()).size();
+        }
+        for (const char* name : {"starts", "confirmations", "prunings", "deletions"}) {
+            events += frame.value(name, json::array()).size();
+        }
+    }
+    EXPECT_EQ(explanation["pairs"]["rows"], pairs);
+    EXPECT_EQ(explanation["events"]["rows"], events);
+    EXPECT_EQ(explanation["pairs"]["frames"], frames);
+    // They are told on the same clock as the tracks.
+    EXPECT_EQ(numbersOf(explanation["time"]), numbersOf(data["runs"][0]["time"]));
+    EXPECT_TRUE(dataOf({recording, {{fused, ""}}})["runs"][0]["explanation"].is_null());
+}
+
+TEST_F(Report, ShowsTwoRunsOnOneClock) {
+    const Json data = dataOf({recording, {{fused, ""}, {fused, explained}}});
+    ASSERT_EQ(data["runs"].size(), 2U);
+    EXPECT_EQ(data["runs"][0]["tracks"], data["runs"][1]["tracks"]);
+    EXPECT_TRUE(data["runs"][0]["explanation"].is_null());
+    EXPECT_FALSE(data["runs"][1]["explanation"].is_null());
+}
+
+TEST_F(Report, NamesRunsByTheirFilesWithoutTheirPlace) {
+    EXPECT_EQ(dataOf({recording, {{fused, ""}}})["runs"][0]["label"], "fused.jsonl");
+}
+
+TEST_F(Report, RefusesTracksOfAnotherRecording) {
+    std::string text = slurp(fused);
+    const std::string name = "\"name\":\"tiny\"";
+    text.replace(text.find(name), name.size(), "\"name\":\"other\"");
+    spill(directory / "other", text);
+    EXPECT_THAT(faultOf({recording, {{directory / "other", ""}}}),
+                HasSubstr(":1: name: these tracks are of the recording \"other\", not of \"tiny\""));
+}
+
+TEST_F(Report, SaysWhatIsWrongWithAnExplanation) {
+    spill(directory / "bad", "{\"source\":\"video\",\"time\":1}\n{\"time\":true}\n");
+    EXPECT_THAT(faultOf({recording, {{fused, directory / "bad"}}}),
+                HasSubstr("bad:2: time: expected a number"));
+    spill(directory / "bad", "{\"source\"");
+    EXPECT_THAT(faultOf({recording, {{fused, directory / "bad"}}}), HasSubstr("bad:1: "));
+}
+
+TEST_F(Report, RefusesARecordingWithoutAnyFrame) {
+    const std::string header = slurp(recording);
+    const std::string fusedHeader = slurp(fused);
+    spill(directory / "empty", header.substr(0, header.find('\n') + 1));
+    spill(directory / "none", fusedHeader.substr(0, fusedHeader.find('\n') + 1));
+    EXPECT_THAT(faultOf({directory / "empty", {{directory / "none", ""}}}),
+                HasSubstr("has no frame"));
+}
+
+TEST(ReportText, CanStandInAnyElement) {
+    const Json data{{"name", "</script><b>&\xe2\x80\xa8\xff\"\\"}};
+    const std::string text = Workbench::embeddable(data);
+    for (const char c : text) {
+        EXPECT_TRUE(c >= ' ' && c <= '~' && c != '<' && c != '>' && c != '&') << c;
+    }
+    EXPECT_EQ(json::parse(text)["name"], "</script><b>&\xe2\x80\xa8\xef\xbf\xbd\"\\");
+}
+
+TEST(ReportRings, AreAFewRoundDistances) {
+    EXPECT_THAT(Workbench::ringDistances(120.0), ElementsAre(20, 40, 60, 80, 100, 120));
+    EXPECT_THAT(Workbench::ringDistances(150.0), ElementsAre(50, 100, 150));
+    EXPECT_THAT(Workbench::ringDistances(5.5), ElementsAre(1, 2, 3, 4, 5));
+    EXPECT_THAT(Workbench::ringDistances(9000.0), testing::SizeIs(6));
+}
