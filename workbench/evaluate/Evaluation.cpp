@@ -182,8 +182,9 @@ void Evaluation::judge(Judged& tracker, const TruthFrame& truth) {
         [&](const JudgedTrack& track) {
             return !options.commonFieldOfView || isInCommonView(track.position);
         });
-    card(tracker, wholeScene).add(scene);
-    tracker.moments.push_back({truth.time, gospa(scene, setDistance)});
+    Scorecard& whole = card(tracker, wholeScene);
+    whole.add(scene);
+    tracker.moments.push_back({truth.time, gospa(scene, setDistance), whole.matches()});
 
     const Pairs pairs = matchWithinCutoff(scene, setDistance);
     for (const std::string& name : classes) {

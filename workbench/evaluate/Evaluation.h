@@ -38,11 +38,12 @@ struct PartFigures {
     std::vector<TrackerFigures> trackers;
 };
 
-/// GOSPA of one tracker at one moment of the truth, in the whole scene.
+/// One tracker at one moment of the truth, in the whole scene.
 struct GospaMoment {
     double time = 0.0;  ///< s
     Gospa gospa;        ///< when the truth is incomplete, its false tracks and so the distance mean
                         ///< nothing
+    std::map<int, int> matches;  ///< by CLEAR MOT: the track of each object that has one, by ids
 };
 
 /// GOSPA of one tracker over time.

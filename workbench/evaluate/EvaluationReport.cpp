@@ -11,10 +11,6 @@
 namespace Workbench {
 namespace {
 
-bool isAllowed(const Figure& figure, const RecordingHeader& header) {
-    return header.truth == TruthKind::Complete || !figure.needsAllObjects;
-}
-
 std::string cellOf(const Figure& figure, const RecordingHeader& header) {
     return isAllowed(figure, header) && std::isfinite(figure.value)
                ? fmt::format("{:>10.{}f}", figure.value, figure.decimals)
@@ -42,6 +38,10 @@ void appendTable(std::string& text, const PartFigures& part, const RecordingHead
 }
 
 }  // namespace
+
+bool isAllowed(const Figure& figure, const RecordingHeader& header) {
+    return header.truth == TruthKind::Complete || !figure.needsAllObjects;
+}
 
 std::string toTable(const EvaluationReport& report) {
     std::string text = fmt::format(

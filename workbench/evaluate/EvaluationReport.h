@@ -16,6 +16,11 @@ struct EvaluationReport {
     std::vector<PartFigures> parts;  ///< from Evaluation::figures
 };
 
+/// @param figure a figure
+/// @param header of the recording
+/// @return whether the truth of the recording allows the figure
+bool isAllowed(const Figure& figure, const RecordingHeader& header);
+
 /// @return all figures of the whole scene and the essential ones of its parts, a column per
 ///         tracker; "-" where the truth of the recording does not allow a figure or there is
 ///         nothing to average

@@ -10,6 +10,7 @@
 #include "evaluate/metrics/PictureQuality.h"
 #include "evaluate/metrics/SetDistance.h"
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -38,6 +39,8 @@ public:
     /// @return all figures, always the same ones in the same order
     /// @throw std::runtime_error as assignWithGreatestGain
     std::vector<Figure> figures() const;
+    /// @return see ClearMot::matches
+    const std::map<int, int>& matches() const { return clearMot.matches(); }
 
 private:
     SetDistanceParameters setDistance;

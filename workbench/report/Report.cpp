@@ -8,6 +8,7 @@
 #include "recording/RecordingReader.h"
 #include "replay/FusedReader.h"
 #include "report/ExplanationTable.h"
+#include "report/RunJudgement.h"
 #include "report/RunTable.h"
 #include "report/SceneOutline.h"
 #include "report/SensorTable.h"
@@ -17,6 +18,7 @@
 #include <algorithm>
 #include <exception>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -56,6 +58,10 @@ struct Span {
         from = std::min(from, time);
         to = std::max(to, time);
     }
+    void include(const Span& other) {
+        from = std::min(from, other.from);
+        to = std::max(to, other.to);
+    }
 };
 
 /// The recording, its sensors' tracks on the way that the first run used.
@@ -81,6 +87,59 @@ public:
     Span span;
 };
 
+/// A run, read along with the recording that it came from.
+class RunPart {
+public:
+    RunPart(const ReportRun& files, const RecordingReader& recording, Words& words)
+        : reader(files.fused),
+          header(headerOf(reader, recording)),
+          config(configOf(reader)),
+          table(words),
+          judgement(header, config),
+          next(reader.next()) {}
+
+    void add(const RecordingLine& line) {
+        if (const auto* truth = std::get_if<TruthFrame>(&line)) {
+            while (next && next->received <= truth->time) {
+                judgement.add(*next);
+                take();
+            }
+        }
+        judgement.add(line);
+    }
+
+    /// What came after the last moment of the truth.
+    void finish(const ReportProgress& progress) {
+        while (next) {
+            progress(reader.input());
+            take();
+        }
+    }
+
+    FusedReader reader;
+    RecordingHeader header;  ///< of the recording, with the camera of the run
+    Veskar::Config config;
+    RunTable table;
+    RunJudgement judgement;
+    Span span;
+
+private:
+    static RecordingHeader headerOf(const FusedReader& reader, const RecordingReader& recording) {
+        refuseOtherRecording(reader, recording);
+        RecordingHeader header = recording.header();
+        header.camera = reader.header().camera;
+        return header;
+    }
+
+    void take() {
+        span.include(next->time);
+        table.add(*next);
+        next = reader.next();
+    }
+
+    std::optional<FusedFrame> next;
+};
+
 /// Where a file lies is nobody's business but that of the person who made the report.
 std::string fileNameOf(const std::string& path) {
     return path.substr(path.rfind('/') + 1);
@@ -99,55 +158,50 @@ Json aboutRecording(const RecordingHeader& header) {
 
 Json reportData(const ReportInputs& inputs, const ReportProgress& progress) {
     RecordingReader recording(inputs.recording);
-    std::vector<std::unique_ptr<FusedReader>> readers;
-    for (const ReportRun& run : inputs.runs) {
-        readers.push_back(std::make_unique<FusedReader>(run.fused));
-        refuseOtherRecording(*readers.back(), recording);
-    }
-
     Words words;
-    RecordingHeader header = recording.header();
-    header.camera = readers.front()->header().camera;
-    RecordingPart part(header, configOf(*readers.front()), words);
+    std::vector<std::unique_ptr<RunPart>> runs;
+    for (const ReportRun& files : inputs.runs) {
+        runs.push_back(std::make_unique<RunPart>(files, recording, words));
+    }
+    const RunPart& first = *runs.front();
+    RecordingPart part(first.header, first.config, words);
     while (const auto line = recording.next()) {
         progress(recording.input());
         part.add(*line);
-    }
-
-    std::vector<RunTable> tables;
-    for (std::size_t i = 0; i < readers.size(); ++i) {
-        RunTable& table = tables.emplace_back(words);
-        while (const auto frame = readers[i]->next()) {
-            progress(readers[i]->input());
-            part.span.include(frame->time);
-            table.add(*frame);
+        for (const auto& run : runs) {
+            run->add(*line);
         }
     }
-    if (!(part.span.from <= part.span.to)) {
+    Span span = part.span;
+    for (const auto& run : runs) {
+        run->finish(progress);
+        span.include(run->span);
+    }
+    if (!(span.from <= span.to)) {
         throw InputError(recording.input().name() + ": the recording has no frame");
     }
 
-    const double start = part.span.from;
+    const double start = span.from;
+    const Projection& camera = part.adapter.projection();
     Json data{{"version", reportVersion},
               {"program", VESKAR_VERSION},
-              {"recording", aboutRecording(header)},
+              {"recording", aboutRecording(first.header)},
               {"start", start},
-              {"duration", part.span.to - start},
-              {"scene", sceneOutline(part.adapter.projection(), header.camera, header.radar)},
+              {"duration", span.to - start},
+              {"scene", sceneOutline(camera, first.header.camera, first.header.radar)},
               {"video", part.video.json(start)},
               {"radar", part.radar.json(start)}};
-    data["truth"] = part.truth.empty()
-                        ? Json(nullptr)
-                        : truthTable(part.truth, part.adapter.projection(), words, start);
+    data["truth"] =
+        part.truth.empty() ? Json(nullptr) : truthTable(part.truth, camera, words, start);
     data["runs"] = Json::array();
-    for (std::size_t i = 0; i < readers.size(); ++i) {
-        Json run = tables[i].json(start);
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+        Json& run = data["runs"].emplace_back(runs[i]->table.json(start));
         run["label"] = fileNameOf(inputs.runs[i].fused);
-        run["configuration"] = Json::parse(readers[i]->header().configuration);
+        run["configuration"] = Json::parse(runs[i]->reader.header().configuration);
+        run["judgement"] = runs[i]->judgement.json(start);
         run["explanation"] = inputs.runs[i].explain.empty()
                                  ? Json(nullptr)
                                  : explanationTable(inputs.runs[i].explain, words, start);
-        data["runs"].push_back(std::move(run));
     }
     data["words"] = words.list();
     return data;

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/Column.h"
-
 #include "report/Packed.h"
 
 #include <limits>

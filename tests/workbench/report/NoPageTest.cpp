@@ -10,7 +10,8 @@ TEST(ReportWithoutPage, SaysWhatIsMissingAndLeavesNothing) {
     const VeskarTest::Outcome outcome =
         VeskarTest::veskar({"report", "recording", "fused", "-o", directory / "report.html"});
     EXPECT_EQ(outcome.status, 2);
-    EXPECT_THAT(outcome.errors,
-                testing::StartsWith("veskar: this program was built without the page of the report"));
+    EXPECT_THAT(
+        outcome.errors,
+        testing::StartsWith("veskar: this program was built without the page of the report"));
     EXPECT_THAT(directory.names(), testing::IsEmpty());
 }

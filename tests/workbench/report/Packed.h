@@ -54,9 +54,9 @@ std::vector<double> numbersOf(const Json& column) {
     std::int64_t steps = 0;
     const auto push = [&] {
         const bool isMissing = steps == -(std::int64_t{1} << 28) - 1;
-        numbers.push_back(isMissing ? std::numeric_limits<double>::quiet_NaN()
-                                    : static_cast<double>(steps) *
-                                          column["step"].template get<double>());
+        numbers.push_back(isMissing
+                              ? std::numeric_limits<double>::quiet_NaN()
+                              : static_cast<double>(steps) * column["step"].template get<double>());
     };
     while (at < bytes.size()) {
         const std::int64_t folded = next();

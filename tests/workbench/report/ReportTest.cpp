@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the page gets, against the files that it was made of.
-#include "report/Report.h"
-
 #include "Process.h"
 #include "io/InputError.h"
 #include "report/Packed.h"
+#include "report/Report.h"
 #include "report/SceneOutline.h"
 
 #include <fstream>
 #include <map>
+#include <set>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -161,8 +161,7 @@ TEST_F(Report, TellsWhichSensorTracksFeedASystemTrack) {
     const auto key = [&](const char* name) { return numbersOf(sensors["keys"][name]); };
     for (std::size_t i = 0; i < sensors["tracks"]; ++i) {
         found[{static_cast<int>(key("track")[i]), static_cast<int>(key("source")[i]),
-               static_cast<int>(key("id")[i])}] =
-            static_cast<int>(numbersOf(sensors["counts"])[i]);
+               static_cast<int>(key("id")[i])}] = static_cast<int>(numbersOf(sensors["counts"])[i]);
     }
     EXPECT_EQ(found, expected);
 }
@@ -243,6 +242,65 @@ TEST_F(Report, HoldsEveryExplanation) {
     EXPECT_TRUE(dataOf({recording, {{fused, ""}}})["runs"][0]["explanation"].is_null());
 }
 
+TEST_F(Report, HoldsTheJudgementThatEvaluateTells) {
+    const Json judgement = dataOf({recording, {{fused, ""}}})["runs"][0]["judgement"];
+    const json told =
+        json::parse(veskar({"evaluate", recording, "--format", "json"}).output)["parts"];
+    ASSERT_EQ(judgement["parts"].size(), told.size());
+    for (const Json& part : judgement["parts"]) {
+        const json& expected = told[part["part"].get<std::string>()];
+        for (const Json& figure : part["figures"]) {
+            for (std::size_t i = 0; i < part["trackers"].size(); ++i) {
+                const json& value = expected[part["trackers"][i].get<std::string>()]
+                                            [figure["key"].get<std::string>()];
+                ASSERT_EQ(figure["values"][i].is_null(), value.is_null()) << figure;
+                if (!value.is_null()) {
+                    // The file of fused tracks is rounded, to millimetres for one.
+                    EXPECT_NEAR(figure["values"][i], value,
+                                0.001 + 0.001 * std::abs(value.get<double>()))
+                        << figure;
+                }
+            }
+        }
+    }
+    // The mean over time of the series is the figure.
+    double sum = 0.0;
+    const std::vector<double> gospa = numbersOf(judgement["gospa"]);
+    for (const double distance : gospa) {
+        sum += distance;
+    }
+    EXPECT_NEAR(sum / static_cast<double>(gospa.size()), told["all"]["fusion"]["GOSPA"], 0.005);
+}
+
+TEST_F(Report, MatchesObjectsWithTracksThatAreNear) {
+    const Json data = dataOf({recording, {{fused, ""}}});
+    const Json& matches = data["runs"][0]["judgement"]["matches"];
+    const auto rows = [&] {
+        Json named = matches;
+        named["keys"]["id"] = matches["keys"]["object"];
+        return rowsOf(named);
+    }();
+    const std::vector<double> tracks = numbersOf(matches["columns"]["track"]);
+    std::set<int> ids;
+    for (const json& line : linesOf(fused)) {
+        for (const json& track : line["tracks"]) {
+            ids.insert(track["id"].get<int>());
+        }
+    }
+    ASSERT_GT(rows.size(), 50U);
+    for (const double track : tracks) {
+        EXPECT_TRUE(ids.count(static_cast<int>(track)) > 0) << track;
+    }
+}
+
+TEST_F(Report, DoesNotJudgeWithoutTruth) {
+    std::string text = slurp(recording);
+    const std::string complete = "\"truth\":\"complete\"";
+    text.replace(text.find(complete), complete.size(), "\"truth\":\"none\"");
+    spill(recording, text);
+    EXPECT_TRUE(dataOf({recording, {{fused, ""}}})["runs"][0]["judgement"].is_null());
+}
+
 TEST_F(Report, ShowsTwoRunsOnOneClock) {
     const Json data = dataOf({recording, {{fused, ""}, {fused, explained}}});
     ASSERT_EQ(data["runs"].size(), 2U);
@@ -260,8 +318,9 @@ TEST_F(Report, RefusesTracksOfAnotherRecording) {
     const std::string name = "\"name\":\"tiny\"";
     text.replace(text.find(name), name.size(), "\"name\":\"other\"");
     spill(directory / "other", text);
-    EXPECT_THAT(faultOf({recording, {{directory / "other", ""}}}),
-                HasSubstr(":1: name: these tracks are of the recording \"other\", not of \"tiny\""));
+    EXPECT_THAT(
+        faultOf({recording, {{directory / "other", ""}}}),
+        HasSubstr(":1: name: these tracks are of the recording \"other\", not of \"tiny\""));
 }
 
 TEST_F(Report, SaysWhatIsWrongWithAnExplanation) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "report/TrackTable.h"
-
 #include "report/Packed.h"
+#include "report/TrackTable.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -24,8 +23,9 @@ TEST(TrackTable, KeepsRowsTrackByTrack) {
     EXPECT_EQ(json["rows"], 3);
     EXPECT_THAT(numbersOf(json["keys"]["id"]), ElementsAre(-3, 7));
     EXPECT_THAT(numbersOf(json["counts"]), ElementsAre(1, 2));
-    EXPECT_THAT(numbersOf(json["columns"]["x"]),
-                ElementsAre(testing::DoubleEq(2.0), testing::DoubleEq(1.0), testing::DoubleEq(1.5)));
+    EXPECT_THAT(
+        numbersOf(json["columns"]["x"]),
+        ElementsAre(testing::DoubleEq(2.0), testing::DoubleEq(1.0), testing::DoubleEq(1.5)));
     EXPECT_THAT(numbersOf(json["columns"]["y"]), ElementsAre(20, 10, 11));
 }
 

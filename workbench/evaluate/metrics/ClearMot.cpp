@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <set>
 
 namespace Workbench {
 namespace {
@@ -25,6 +24,7 @@ void ClearMot::add(const Instant& instant) {
     const auto trackAt = [&](Eigen::Index j) -> const JudgedTrack& {
         return instant.tracks[static_cast<std::size_t>(j)];
     };
+    matchedNow.clear();
     for (const TrueObject& truth : instant.truths) {
         ++objects[truth.id].present;
     }
@@ -49,7 +49,6 @@ void ClearMot::add(const Instant& instant) {
     }
     const Pairs pairs = assignWithGreatestGain(gain);
 
-    std::set<int> matchedNow;
     for (const auto& [i, j] : pairs) {
         ObjectHistory& object = objects[truthAt(i).id];
         const int trackId = trackAt(j).id;
@@ -58,7 +57,7 @@ void ClearMot::add(const Instant& instant) {
         object.lastTrackId = trackId;
         ++object.matched;
         object.trackIds.insert(trackId);
-        matchedNow.insert(truthAt(i).id);
+        matchedNow[truthAt(i).id] = trackId;
         similaritySum += similarity(i, j);
         distanceSum += (trackAt(j).position - truthAt(i).position).norm();
     }

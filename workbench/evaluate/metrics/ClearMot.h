@@ -44,6 +44,9 @@ public:
     };
     Result result() const;
 
+    /// @return the tracks of the objects that were matched at the last moment, by the ids of both
+    const std::map<int, int>& matches() const { return matchedNow; }
+
 private:
     struct ObjectHistory {
         int present = 0;
@@ -56,6 +59,7 @@ private:
 
     SimilarityParameters parameters;
     std::map<int, ObjectHistory> objects;
+    std::map<int, int> matchedNow;  ///< track by object
     Result counts;
     double similaritySum = 0.0;
     double distanceSum = 0.0;
