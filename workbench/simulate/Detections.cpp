@@ -25,8 +25,10 @@ std::vector<FalseObject> FalseObjects::at(double time, double dt, Random& random
     std::vector<FalseObject> shown;
     for (std::size_t i = 0; i < traits.persistent.size(); ++i) {
         const PersistentFalse& source = traits.persistent[i];
-        const Eigen::Vector2d shift(wander[i][0].step(random, dt, source.wander, 2.0),
-                                    wander[i][1].step(random, dt, source.wander, 2.0));
+        // One draw per statement: compilers evaluate arguments in an order of their own.
+        const double aside = wander[i][1].step(random, dt, source.wander, 2.0);
+        const double ahead = wander[i][0].step(random, dt, source.wander, 2.0);
+        const Eigen::Vector2d shift(ahead, aside);
         const bool isShown = random.chance(source.probability);
         if (isShown && source.from <= time && time < source.to) {
             shown.push_back({source.position + shift, source.className});
@@ -42,9 +44,9 @@ std::vector<FalseObject> FalseObjects::at(double time, double dt, Random& random
                  bursts.end());
     for (const Burst& burst : bursts) {
         if (random.chance(0.8)) {
-            shown.push_back(
-                {burst.position + 0.2 * Eigen::Vector2d(random.normal(), random.normal()),
-                 "human"});
+            const double aside = random.normal();
+            const double ahead = random.normal();
+            shown.push_back({burst.position + 0.2 * Eigen::Vector2d(ahead, aside), "human"});
         }
     }
     const int single = random.poisson(traits.falseAlarms);
