@@ -73,7 +73,7 @@ TEST_F(FusedTrackTest, CovariancePropagatesThroughTheGroundPosition) {
             camera.groundPoint(fused.image[0] + step[0], fused.image[1], fused.range + step[1]);
         const auto before =
             camera.groundPoint(fused.image[0] - step[0], fused.image[1], fused.range - step[1]);
-        J.col(i) = (*after - *before) / (2.0 * h);
+        J.col(i) = (after->position - before->position) / (2.0 * h);
     }
     Eigen::Matrix2d P;
     P << track.covariance(0, 0), track.covariance(0, 4), track.covariance(4, 0),

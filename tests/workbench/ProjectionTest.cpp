@@ -102,22 +102,25 @@ TEST(Projection, FindsTheGroundPointOfAColumnAtARange) {
         const auto found =
             camera.groundPoint(uv[0], uv[1] + 0.02, (point - camera.origin()).norm());
         ASSERT_TRUE(found);
-        EXPECT_LT((*found - ground).norm(), 1e-6);
+        EXPECT_LT((found->position - ground).norm(), 1e-6);
     }
 }
 
 TEST(Projection, ColumnAndRangeJacobianAgreesWithDifferences) {
     const Projection camera = lensCamera();
     const Eigen::Vector2d ground(25.0, -7.0);
-    const Eigen::Matrix2d J = camera.columnAndRangeJacobian(ground);
+    const Eigen::Vector3d place(ground[0], ground[1], 0.0);
+    const Eigen::Vector2d uv = camera.position(place);
+    const auto found = camera.groundPoint(uv[0], uv[1], (place - camera.origin()).norm());
+    ASSERT_TRUE(found);
+    const Eigen::Matrix2d& J = found->jacobian;
     constexpr double h = 1e-5;
     for (Eigen::Index axis = 0; axis < 2; ++axis) {
         Eigen::Vector3d step = h * Eigen::Vector3d::Unit(axis);
-        const Eigen::Vector3d point(ground[0], ground[1], 0.0);
         const double u =
-            (camera.position(point + step)[0] - camera.position(point - step)[0]) / (2.0 * h);
+            (camera.position(place + step)[0] - camera.position(place - step)[0]) / (2.0 * h);
         const double range =
-            ((point + step - camera.origin()).norm() - (point - step - camera.origin()).norm()) /
+            ((place + step - camera.origin()).norm() - (place - step - camera.origin()).norm()) /
             (2.0 * h);
         EXPECT_NEAR(J(0, axis), u, 1e-8);
         EXPECT_NEAR(J(1, axis), range, 1e-8);

@@ -20,11 +20,11 @@ std::shared_ptr<ReportedTrack> makeTrack(const FusionEstimate& estimate, double 
                                          const ReportBase& report, Veskar::Source source,
                                          const Labels& labels) {
     auto track = std::make_shared<ReportedTrack>(
-        Veskar::Track(estimate.state, estimate.covariance, time, report.id, source,
-                      Veskar::ImagePlaneRange, labels.objectClass.name,
-                      labels.objectClass.probability, labels.color.name, labels.color.probability,
-                      labels.upperClothingColor.name, labels.upperClothingColor.probability,
-                      labels.lowerClothingColor.name, labels.lowerClothingColor.probability));
+        estimate.state, estimate.covariance, time, report.id, source, Veskar::ImagePlaneRange,
+        labels.objectClass.name, labels.objectClass.probability, labels.color.name,
+        labels.color.probability, labels.upperClothingColor.name,
+        labels.upperClothingColor.probability, labels.lowerClothingColor.name,
+        labels.lowerClothingColor.probability);
     track->isConfident = report.confirmed;
     return track;
 }
@@ -134,7 +134,7 @@ std::shared_ptr<Veskar::Track> HostAdapter::convert(const ReadyEstimate& report,
         const auto ground =
             camera.groundPoint(estimate.state[0], estimate.state[2], estimate.state[4]);
         if (ground) {
-            locate(*track, *ground);
+            locate(*track, ground->position);
         }
     }
     return track;

@@ -21,10 +21,9 @@ namespace Workbench {
 /// so a host can carry what it needs later on in a class of its own.
 class ReportedTrack : public Veskar::Track {
 public:
-    /// @param track the report in the fusion frame
-    explicit ReportedTrack(const Veskar::Track& track) : Track(track), reportTime(track.time) {}
+    using Track::Track;
 
-    double reportTime;  ///< time of the estimate, seconds; unlike `time` it stays
+    double reportTime = time;  ///< time of the estimate, seconds; unlike `time` it stays
 };
 
 /// Turns frames of reports into tracks in the fusion frame.

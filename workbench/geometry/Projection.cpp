@@ -55,34 +55,50 @@ Projection::Radius Projection::radiusAt(double angle) const {
             2.0 * c[2] + 6.0 * angle * c[3]};
 }
 
-ImagePoint Projection::project(const Eigen::Vector3d& point) const {
-    Eigen::Vector3d c = toCamera * (point - cameraPosition);
-    double s = std::hypot(c[1], c[2]);
+Projection::LensPoint Projection::look(const Eigen::Vector3d& point) const {
+    LensPoint seen;
+    Eigen::Vector3d& c = seen.place;
+    double& s = seen.s;
+    c = toCamera * (point - cameraPosition);
+    s = c.tail<2>().norm();
     if (s < leastAngle * std::abs(c[0])) {
         c[2] = std::copysign(leastAngle * std::abs(c[0]), c[2]);
-        s = std::hypot(c[1], c[2]);
+        s = c.tail<2>().norm();
     }
     // The radius rho is a function of the angle a from the optical axis; with g = rho / s the
     // image position is u = -y g and v = z g (times the aspect ratio).
+    const double q = c[0] * c[0] + s * s;
+    seen.rho = radiusAt(std::atan2(s, c[0]));
+    seen.aS = c[0] / q;
+    seen.aX = -s / q;
+    seen.g = seen.rho.value / s;
+    seen.gS = (seen.rho.first * seen.aS - seen.g) / s;
+    seen.gX = seen.rho.first * seen.aX / s;
+    seen.gradient << seen.gX, seen.gS * c[1] / s, seen.gS * c[2] / s;
+    return seen;
+}
+
+ImageColumn Projection::column(const Eigen::Vector3d& point) const {
+    const LensPoint seen = look(point);
+    return {-seen.place[1] * seen.g + lens.getSensorOffset()[0],
+            -(seen.g * Eigen::Vector3d::UnitY() + seen.place[1] * seen.gradient).transpose() *
+                toCamera};
+}
+
+ImagePoint Projection::project(const Eigen::Vector3d& point) const {
+    const LensPoint seen = look(point);
+    const auto& [c, s, rho, aS, aX, g, gS, gX, gradient] = seen;
     const double x = c[0];
     const double q = x * x + s * s;
-    const Radius rho = radiusAt(std::atan2(s, x));
-    const double aS = x / q;
-    const double aX = -s / q;
     const double aSS = -2.0 * s * x / (q * q);
     const double aSX = (s * s - x * x) / (q * q);
     const double aXX = -aSS;
-
-    const double g = rho.value / s;
-    const double gS = (rho.first * aS - g) / s;
-    const double gX = rho.first * aX / s;
     const double gSS = (rho.second * aS * aS + rho.first * aSS - 2.0 * gS) / s;
     const double gSX = (rho.second * aS * aX + rho.first * aSX - gX) / s;
     const double gXX = (rho.second * aX * aX + rho.first * aXX) / s;
 
     const double sY = c[1] / s;
     const double sZ = c[2] / s;
-    const Eigen::Vector3d gradient(gX, gS * sY, gS * sZ);
     Eigen::Matrix3d hessian;
     hessian << gXX, gSX * sY, gSX * sZ,                                        //
         gSX * sY, gSS * sY * sY + gS * sZ * sZ / s, (gSS - gS / s) * sY * sZ,  //
@@ -92,7 +108,8 @@ ImagePoint Projection::project(const Eigen::Vector3d& point) const {
     const Eigen::Vector3d unitY = Eigen::Vector3d::UnitY();
     const Eigen::Vector3d unitZ = Eigen::Vector3d::UnitZ();
     const auto product = [&](const Eigen::Vector3d& unit, double factor) -> Eigen::Matrix3d {
-        return unit * gradient.transpose() + gradient * unit.transpose() + factor * hessian;
+        return unit * seen.gradient.transpose() + seen.gradient * unit.transpose() +
+               factor * hessian;
     };
     ImagePoint result;
     result.uv = Eigen::Vector2d(-c[1] * g, c[2] * g * aspect) + lens.getSensorOffset();
@@ -120,7 +137,7 @@ bool Projection::sees(const Eigen::Vector3d& point) const {
 Eigen::Vector3d Projection::ray(double u, double v) const {
     const double dx = u - lens.getSensorOffset()[0];
     const double dy = (v - lens.getSensorOffset()[1]) / lens.getAspectRatio();
-    const double r = std::max(std::hypot(dx, dy), 1e-12);
+    const double r = std::max(std::sqrt(dx * dx + dy * dy), 1e-12);
     const double angle = lens.hasBDCEnabled() ? std::atan(r * std::tan(lens.getFieldOfView()[0]))
                                               : lens.evaluatePolynomImageToRadians(r);
     const Eigen::Vector3d inCamera(std::cos(angle), -dx / r * std::sin(angle),
@@ -128,46 +145,31 @@ Eigen::Vector3d Projection::ray(double u, double v) const {
     return toCamera.transpose() * inCamera;
 }
 
-std::optional<Eigen::Vector2d> Projection::groundPoint(double u, double v, double range) const {
+std::optional<Projection::GroundPoint> Projection::groundPoint(double u, double v,
+                                                               double range) const {
     const double height = cameraPosition[2];
     const double distance = std::sqrt(std::max(range * range - height * height, 0.01));
-    const Eigen::Vector3d direction = ray(u, v);
-    const auto pointAt = [&](double bearing) -> Eigen::Vector2d {
-        return cameraPosition.head<2>() +
-               distance * Eigen::Vector2d(std::cos(bearing), std::sin(bearing));
-    };
-    const auto errorAt = [&](double bearing) {
-        const Eigen::Vector2d point = pointAt(bearing);
-        return position({point[0], point[1], 0.0})[0] - u;
-    };
-    // The secant method on u(bearing) along the circle of that range. The ray's own bearing is
-    // exact for a point on the ground in row v, so few steps are needed.
-    double before = std::atan2(direction[1], direction[0]);
-    double errorBefore = errorAt(before);
-    double bearing = before + 1e-3;
+    // Newton's method on u(bearing) along the circle of that range. The ray's own bearing is exact
+    // for a point on the ground in row v, so few steps are needed.
+    Eigen::Vector2d bearing = ray(u, v).head<2>().normalized();
     for (int step = 0; step < 30; ++step) {
-        if (std::abs(errorBefore) < 1e-9) {
-            return pointAt(before);
+        const Eigen::Vector2d across(-bearing[1], bearing[0]);
+        const Eigen::Vector2d point = cameraPosition.head<2>() + distance * bearing;
+        const ImageColumn seen = column({point[0], point[1], 0.0});
+        const double error = seen.u - u;
+        if (std::abs(error) < 1e-9) {
+            GroundPoint found{point, {}};
+            const double slant = std::sqrt(distance * distance + height * height);
+            found.jacobian << seen.gradient.head<2>(), distance / slant * bearing.transpose();
+            return found;
         }
-        const double error = errorAt(bearing);
-        const double slope = (error - errorBefore) / (bearing - before);
+        const double slope = distance * seen.gradient.head<2>().dot(across);
         if (!(std::abs(slope) > 1e-9)) {
             return std::nullopt;
         }
-        before = bearing;
-        errorBefore = error;
-        bearing -= std::clamp(error / slope, -0.3, 0.3);
+        bearing = (bearing - std::clamp(error / slope, -0.3, 0.3) * across).normalized();
     }
     return std::nullopt;
-}
-
-Eigen::Matrix2d Projection::columnAndRangeJacobian(const Eigen::Vector2d& ground) const {
-    const Eigen::Vector3d point(ground[0], ground[1], 0.0);
-    const Eigen::Vector3d offset = point - cameraPosition;
-    Eigen::Matrix2d jacobian;
-    jacobian.row(0) = project(point).jacobian.row(0).head<2>();
-    jacobian.row(1) = offset.head<2>().transpose() / offset.norm();
-    return jacobian;
 }
 
 }  // namespace Workbench

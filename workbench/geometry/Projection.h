@@ -34,6 +34,12 @@ struct ImagePoint {
     Eigen::Matrix3d vHessian;              ///< second derivatives of v, 1/m^2
 };
 
+/// In which column of the image a point of the device's frame appears.
+struct ImageColumn {
+    double u;                     ///< normalised image plane; not limited to the image
+    Eigen::RowVector3d gradient;  ///< du / d(x, y, z), 1/m
+};
+
 /// The inverse of the camera's viewing rays: the lens's angle-to-radius polynomial (or the
 /// pinhole) applied to points of the device's frame (x forward, y left, z up, metres).
 class Projection {
@@ -45,23 +51,28 @@ public:
     /// @return its image position with first and second derivatives
     ImagePoint project(const Eigen::Vector3d& point) const;
     /// @param point device frame, m
+    /// @return its image column with first derivatives
+    ImageColumn column(const Eigen::Vector3d& point) const;
+    /// @param point device frame, m
     /// @return its image position alone
     Eigen::Vector2d position(const Eigen::Vector3d& point) const;
     /// @param point device frame, m
     /// @return whether it lies in front of the camera and inside the image
     bool sees(const Eigen::Vector3d& point) const;
 
+    /// A point on the ground and how the image column and the slant range depend on it.
+    struct GroundPoint {
+        Eigen::Vector2d position;  ///< device frame, m
+        Eigen::Matrix2d jacobian;  ///< d(u, slant range) / d(x, y)
+    };
+
     /// The ground point at a distance from the camera that appears in a given image column.
     ///
     /// @param u image column
     /// @param v image row, where the search begins
     /// @param range slant distance from the camera, m; at least the camera's height is used
-    /// @return the point in the device's frame (z is 0); nothing when no such point is found
-    std::optional<Eigen::Vector2d> groundPoint(double u, double v, double range) const;
-
-    /// @param ground a point on the ground, device frame, m
-    /// @return derivatives of (u, slant range) by (x, y)
-    Eigen::Matrix2d columnAndRangeJacobian(const Eigen::Vector2d& ground) const;
+    /// @return the point; nothing when no such point is found
+    std::optional<GroundPoint> groundPoint(double u, double v, double range) const;
 
     /// @param u image column
     /// @param v image row
@@ -79,6 +90,17 @@ private:
         double first;   ///< by the angle
         double second;  ///< by the angle, twice
     };
+    // A point in the camera's frame, and the factor g from its sideways place to the image.
+    struct LensPoint {
+        Eigen::Vector3d place;     ///< camera frame, m
+        double s;                  ///< distance from the optical axis, m
+        Radius rho;                ///< image radius
+        double aS, aX;             ///< derivatives of the angle by s and x
+        double g;                  ///< image radius over s
+        double gS, gX;             ///< derivatives of g
+        Eigen::Vector3d gradient;  ///< of g, camera frame
+    };
+    LensPoint look(const Eigen::Vector3d& point) const;
     Radius radiusAt(double angle) const;
     double imageRadius(double angle) const;
 

@@ -33,17 +33,17 @@ Labels labelsOf(const Veskar::SystemTrack& track) {
 
 std::optional<GroundPosition> groundOf(const FusedTrack& fused, const Veskar::StateMatrix& P,
                                        const Projection& camera) {
-    const auto position = camera.groundPoint(fused.image[0], fused.image[1], fused.range);
-    if (!position) {
+    const auto found = camera.groundPoint(fused.image[0], fused.image[1], fused.range);
+    if (!found) {
         return std::nullopt;
     }
     // Column and range tell the place on the ground; the row says the same less well.
-    const Eigen::Matrix2d J = camera.columnAndRangeJacobian(*position).inverse();
+    const Eigen::Matrix2d J = found->jacobian.inverse();
     Eigen::Matrix2d place;
     place << P(0, 0), P(0, 4), P(4, 0), P(4, 4);
     Eigen::Matrix2d rate;
     rate << P(1, 1), P(1, 5), P(5, 1), P(5, 5);
-    return GroundPosition{*position, J * place * J.transpose(),
+    return GroundPosition{found->position, J * place * J.transpose(),
                           J * Eigen::Vector2d(fused.imageRate[0], fused.rangeRate),
                           J * rate * J.transpose()};
 }
