@@ -31,7 +31,7 @@ RecordingHeader withCamera(RecordingHeader header, const std::string& cameraPath
     }
     const nlohmann::json json = readJson(cameraPath);
     try {
-        header.camera = readCamera(Fields(json, ""));
+        header.camera = readCamera(Fields(json));
     } catch (const InputError& error) {
         throw InputError(fmt::format("{}: {}", cameraPath, error.what()));
     }

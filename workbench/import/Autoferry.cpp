@@ -6,7 +6,7 @@
 #include "geometry/Projection.h"
 #include "geometry/Site.h"
 #include "import/TimeSeries.h"
-#include "io/Fields.h"
+#include "io/DocumentValue.h"
 #include "io/InputError.h"
 #include "io/TextFile.h"
 #include "tracker/SensorTrackers.h"
@@ -115,12 +115,12 @@ std::vector<Eigen::Vector2d> pointsOf(const nlohmann::json& measurement) {
 }
 
 Detection readDetection(const nlohmann::json& json) {
-    const Fields fields(json, "");
+    const Fields fields(json);
     Detection detection;
     detection.sensor = fields.integer("sensorID");
     detection.time = fields.number("time");
     fields.numbers("ownshipPosition", 2, detection.ownship.data());
-    detection.measurement = fields.at("measurement");
+    detection.measurement = fields.at("measurement").json();
     return detection;
 }
 
@@ -153,7 +153,7 @@ void readTargets(const std::string& file, Scene& scene) {
         }
         for (const nlohmann::json& target : moment) {
             try {
-                const Fields fields(target, "");
+                const Fields fields(target);
                 std::array<double, 3> position{};
                 fields.numbers("position", 3, position.data());
                 scene.targets[fields.integer("targetID")].add(fields.number("time") - scene.epoch,

@@ -2,6 +2,9 @@
 // Checked access to the members of a JSON object.
 #pragma once
 
+#include "io/JsonKind.h"
+
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
@@ -9,20 +12,46 @@
 #include <string_view>
 #include <vector>
 
-#include <nlohmann/json_fwd.hpp>
-
 namespace Workbench {
+
+/// The place of a value in a document. Borrows what encloses it; put into words only for a message.
+struct JsonPath {
+    const JsonPath* enclosing = nullptr;  ///< none: the root
+    std::string_view name;                ///< of the member
+    std::optional<std::size_t> item;      ///< when the member is a list: which of its items
+
+    /// @return as "tracks[3].box"; empty for the root
+    std::string text() const;
+};
+
+/// @param wanted what should be there, as "an array"
+/// @param found what is there
+/// @return the complaint
+std::string expected(std::string_view wanted, JsonKind found);
+
+/// @param kind of a value
+/// @return whether it is a number
+constexpr bool isNumber(JsonKind kind) {
+    return kind == JsonKind::Integer || kind == JsonKind::Fraction;
+}
 
 /// The members of one JSON object. Every failure says which member of which object is wrong and
 /// what was expected, as "tracks[3].range: expected a number, found a string".
 ///
-/// Borrows the document; a value that lives as long as the reading of one object.
-class Fields {
+/// Borrows the document and the fields of the enclosing object; lives as long as the reading of one
+/// object.
+///
+/// @tparam Value DocumentValue or LineValue
+template <typename Value>
+class BasicFields {
 public:
     /// @param value what should be an object
-    /// @param path its place in the document, "" for the root
+    /// @param path its place in the document; by default it is the root
     /// @throw InputError when it is no object
-    Fields(const nlohmann::json& value, std::string path);
+    explicit BasicFields(const Value& value, const JsonPath& path = {});
+    BasicFields(const BasicFields&) = delete;
+    BasicFields& operator=(const BasicFields&) = delete;
+    ~BasicFields() = default;
 
     /// Refuses every member that is not listed: a misspelt name must not pass for a default.
     /// @param names the names that are known
@@ -33,70 +62,84 @@ public:
 
     /// @param name a member
     /// @return whether it is there and not null
-    bool has(const char* name) const;
+    bool has(std::string_view name) const;
     /// @param name a member
     /// @return the member
     /// @throw InputError when it is missing
-    const nlohmann::json& at(const char* name) const;
+    Value at(std::string_view name) const;
     /// @param name a member
     /// @return the member's place in the document
     std::string pathOf(std::string_view name) const;
     /// @param name a member
     /// @param what what is wrong with it
-    [[noreturn]] void refuse(const char* name, const std::string& what) const;
+    [[noreturn]] void refuse(std::string_view name, const std::string& what) const;
 
     /// @param name a member that is a number
     /// @return the number; always finite, since JSON text has no other numbers
-    double number(const char* name) const;
+    double number(std::string_view name) const;
     /// @param name a member that is a number, or missing
     /// @param otherwise value when it is missing
     /// @return the number
-    double number(const char* name, double otherwise) const;
+    double number(std::string_view name, double otherwise) const;
     /// @param name a member that is a number, or missing
     /// @return the number
-    std::optional<double> optionalNumber(const char* name) const;
+    std::optional<double> optionalNumber(std::string_view name) const;
     /// @param name a member that is a number
     /// @param least smallest legal value
     /// @param most largest legal value
     /// @return the number
-    double numberWithin(const char* name, double least, double most) const;
+    double numberWithin(std::string_view name, double least, double most) const;
     /// @param name as numberWithin, or missing
     /// @param least smallest legal value
     /// @param most largest legal value
     /// @param otherwise value when it is missing
     /// @return the number
-    double numberWithin(const char* name, double least, double most, double otherwise) const;
+    double numberWithin(std::string_view name, double least, double most, double otherwise) const;
     /// @param name a member that is an integer of 32 bits
     /// @return the integer
-    std::int32_t integer(const char* name) const;
+    std::int32_t integer(std::string_view name) const;
     /// @param name a member that is true or false, or missing
     /// @param otherwise value when it is missing
     /// @return the truth value
-    bool boolean(const char* name, bool otherwise) const;
+    bool boolean(std::string_view name, bool otherwise) const;
     /// @param name a member that is a string
     /// @return the string
-    std::string text(const char* name) const;
+    std::string text(std::string_view name) const;
     /// @param name a member that is a string, or missing
     /// @param otherwise value when it is missing
     /// @return the string
-    std::string text(const char* name, std::string_view otherwise) const;
+    std::string text(std::string_view name, std::string_view otherwise) const;
     /// @param name a member that is an array
     /// @return the array
-    const nlohmann::json& array(const char* name) const;
+    Value array(std::string_view name) const;
+    /// Reads every item of an array of objects.
+    /// @param name a member that is an array
+    /// @param read takes the fields of an item
+    template <typename Read>
+    void forEach(std::string_view name, Read read) const {
+        JsonPath place{&path, name, 0};
+        array(name).forEachItem([&](const Value& item) {
+            read(BasicFields(item, place));
+            ++*place.item;
+        });
+    }
     /// @param name a member that is an array of numbers
     /// @param count how many
     /// @param values receives the numbers
-    void numbers(const char* name, std::size_t count, double* values) const;
+    void numbers(std::string_view name, std::size_t count, double* values) const;
     /// @param name a member that is an object
     /// @return its members
-    Fields object(const char* name) const;
+    BasicFields object(std::string_view name) const;
 
 private:
     template <typename Names>
     void refuseOthers(const Names& names) const;
+    std::optional<Value> find(std::string_view name) const;
+    double numberOf(const Value& value, std::string_view name) const;
+    double within(double value, std::string_view name, double least, double most) const;
 
-    const nlohmann::json* object_;
-    std::string path;
+    JsonPath path;
+    typename Value::Members members;
 };
 
 }  // namespace Workbench

@@ -22,7 +22,7 @@ LineReader::LineReader(const std::string& path) : shownName(path == "-" ? "<stdi
     if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
         total = static_cast<std::uint64_t>(status.st_size);
     }
-    buffer.resize(std::size_t{256} << 10);
+    buffer.resize((std::size_t{256} << 10) + padding);
 }
 
 LineReader::~LineReader() {
@@ -35,16 +35,16 @@ bool LineReader::fill() {
         end -= begin;
         begin = 0;
     }
-    if (end == buffer.size()) {
-        if (buffer.size() > maximumLineLength) {
+    if (end + padding == buffer.size()) {
+        if (end > maximumLineLength) {
             throw InputError(fmt::format("{}:{}: line is longer than {} MiB", shownName, number + 1,
                                          maximumLineLength >> 20));
         }
-        buffer.resize(buffer.size() * 2);
+        buffer.resize(2 * end + padding);
     }
     ssize_t count = 0;
     do {
-        count = ::read(descriptor, buffer.data() + end, buffer.size() - end);
+        count = ::read(descriptor, buffer.data() + end, buffer.size() - padding - end);
     } while (count < 0 && errno == EINTR);
     if (count < 0) {
         throw InputError(fmt::format("{}: {}", shownName, std::strerror(errno)));

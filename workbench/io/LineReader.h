@@ -22,7 +22,8 @@ public:
 
     /// Goes on to the next line.
     ///
-    /// @param line receives the line without its end; valid until the next call
+    /// @param line receives the line without its end; valid until the next call, with `padding`
+    ///        readable bytes behind it
     /// @return false at the end of the file
     /// @throw InputError when reading fails or the line is longer than maximumLineLength
     bool next(std::string_view& line);
@@ -42,6 +43,8 @@ public:
 
     /// A line longer than this is no recording but garbage.
     static constexpr std::size_t maximumLineLength = std::size_t{64} << 20;
+    /// Parsers that read whole machine words may look this far beyond the end of a line.
+    static constexpr std::size_t padding = 64;
 
 private:
     bool fill();

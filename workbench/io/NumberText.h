@@ -29,26 +29,30 @@ inline void appendNumber(std::string& text, double value, int decimals) {
         fmt::format_to(std::back_inserter(text), "{}", value);
         return;
     }
-    auto digits = static_cast<std::uint64_t>(scaled);
+    const auto digits = static_cast<std::uint64_t>(scaled);
     if (value < 0.0 && digits != 0) {
         text += '-';
     }
     const auto power = static_cast<std::uint64_t>(powers[decimals]);
-    text += fmt::format_int(digits / power).c_str();
-    digits %= power;
-    if (digits == 0) {
+    const fmt::format_int whole(digits / power);
+    text.append(whole.data(), whole.size());
+    if (digits % power == 0) {
         return;
     }
-    char fraction[10] = {'.'};
-    int length = decimals;
-    for (int i = decimals; i >= 1; --i) {
-        fraction[i] = static_cast<char>('0' + digits % 10);
-        digits /= 10;
-    }
-    while (fraction[length] == '0') {
-        --length;
-    }
-    text.append(fraction, static_cast<std::size_t>(length) + 1);
+    // A one in front keeps the leading zeros of the fraction; the point takes its place.
+    const fmt::format_int fraction(power + digits % power);
+    std::string_view shown(fraction.data() + 1, fraction.size() - 1);
+    shown.remove_suffix(shown.size() - 1 - shown.find_last_not_of('0'));
+    text += '.';
+    text += shown;
+}
+
+/// Appends an integer.
+/// @param text receives the number
+/// @param value the number
+inline void appendInteger(std::string& text, std::int32_t value) {
+    const fmt::format_int digits(value);
+    text.append(digits.data(), digits.size());
 }
 
 /// Appends a string in quotes.

@@ -133,7 +133,7 @@ RecordingHeader readHeader(const Fields& fields) {
     }
     header.epoch = fields.optionalNumber("epoch");
     if (fields.has("seed")) {
-        const nlohmann::json& seed = fields.at("seed");
+        const nlohmann::json& seed = fields.at("seed").json();
         if (!seed.is_number_unsigned()) {
             fields.refuse("seed", "expected an integer from 0");
         }

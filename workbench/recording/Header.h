@@ -2,7 +2,7 @@
 // The header of a recording and its parts as JSON.
 #pragma once
 
-#include "io/Fields.h"
+#include "io/DocumentValue.h"
 #include "recording/Recording.h"
 
 #include <nlohmann/json_fwd.hpp>

@@ -6,7 +6,7 @@
 namespace Workbench {
 namespace {
 
-void appendName(std::string& text, const char* name) {
+void appendName(std::string& text, std::string_view name) {
     text += ",\"";
     text += name;
     text += "\":";
@@ -14,12 +14,12 @@ void appendName(std::string& text, const char* name) {
 
 }  // namespace
 
-void appendMember(std::string& text, const char* name, double value, int decimals) {
+void appendMember(std::string& text, std::string_view name, double value, int decimals) {
     appendName(text, name);
     appendNumber(text, value, decimals);
 }
 
-void appendMember(std::string& text, const char* name, std::initializer_list<double> values,
+void appendMember(std::string& text, std::string_view name, std::initializer_list<double> values,
                   int decimals) {
     appendName(text, name);
     text += '[';
@@ -30,11 +30,12 @@ void appendMember(std::string& text, const char* name, std::initializer_list<dou
     text += ']';
 }
 
-void appendMember(std::string& text, const char* name, const Eigen::Vector2d& value, int decimals) {
+void appendMember(std::string& text, std::string_view name, const Eigen::Vector2d& value,
+                  int decimals) {
     appendMember(text, name, {value[0], value[1]}, decimals);
 }
 
-void appendLabel(std::string& text, const char* name, const Label& label) {
+void appendLabel(std::string& text, std::string_view name, const Label& label) {
     if (label.name == "unknown") {
         return;
     }

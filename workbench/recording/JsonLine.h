@@ -6,6 +6,7 @@
 
 #include <initializer_list>
 #include <string>
+#include <string_view>
 
 #include <Eigen/Core>
 
@@ -26,20 +27,21 @@ constexpr int estimateDecimals = 9;
 /// @param name its name
 /// @param value the number
 /// @param decimals digits behind the point
-void appendMember(std::string& text, const char* name, double value, int decimals);
+void appendMember(std::string& text, std::string_view name, double value, int decimals);
 /// As above, with a list of numbers.
 /// @param text receives the member
 /// @param name its name
 /// @param values the numbers
 /// @param decimals digits behind the point
-void appendMember(std::string& text, const char* name, std::initializer_list<double> values,
+void appendMember(std::string& text, std::string_view name, std::initializer_list<double> values,
                   int decimals);
 /// As above, with a vector.
 /// @param text receives the member
 /// @param name its name
 /// @param value the vector
 /// @param decimals digits behind the point
-void appendMember(std::string& text, const char* name, const Eigen::Vector2d& value, int decimals);
+void appendMember(std::string& text, std::string_view name, const Eigen::Vector2d& value,
+                  int decimals);
 /// Appends those labels that are known.
 /// @param text receives the members
 /// @param labels class and colours
@@ -48,7 +50,7 @@ void appendLabels(std::string& text, const Labels& labels);
 /// @param text receives the members
 /// @param name of the label
 /// @param label the label
-void appendLabel(std::string& text, const char* name, const Label& label);
+void appendLabel(std::string& text, std::string_view name, const Label& label);
 /// Appends a box as member "box".
 /// @param text receives the member
 /// @param box the box

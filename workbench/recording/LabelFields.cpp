@@ -3,11 +3,11 @@
 
 namespace Workbench {
 
-Label readLabel(const Fields& fields, const char* name, const char* probability) {
+Label readLabel(const LineFields& fields, std::string_view name, std::string_view probability) {
     return {fields.text(name, "unknown"), fields.numberWithin(probability, 0.0, 1.0, 0.0)};
 }
 
-Labels readLabels(const Fields& fields) {
+Labels readLabels(const LineFields& fields) {
     return {readLabel(fields, "class", "classProbability"),
             readLabel(fields, "color", "colorProbability"),
             readLabel(fields, "upperClothingColor", "upperClothingColorProbability"),

@@ -2,8 +2,10 @@
 // Class and colours, as recordings and fused tracks state them.
 #pragma once
 
-#include "io/Fields.h"
+#include "io/LineValue.h"
 #include "recording/Recording.h"
+
+#include <string_view>
 
 namespace Workbench {
 
@@ -12,11 +14,11 @@ namespace Workbench {
 /// @param probability the member that holds its probability; 0 when it is missing
 /// @return the label
 /// @throw InputError what is wrong
-Label readLabel(const Fields& fields, const char* name, const char* probability);
+Label readLabel(const LineFields& fields, std::string_view name, std::string_view probability);
 
 /// @param fields a track
 /// @return its class and colours
 /// @throw InputError what is wrong
-Labels readLabels(const Fields& fields);
+Labels readLabels(const LineFields& fields);
 
 }  // namespace Workbench

@@ -2,6 +2,7 @@
 #include "recording/RecordingReader.h"
 
 #include "io/InputError.h"
+#include "io/LineParser.h"
 #include "io/TextFile.h"
 #include "recording/Header.h"
 #include "recording/LabelFields.h"
@@ -19,8 +20,8 @@ namespace {
 
 constexpr double infinite = std::numeric_limits<double>::infinity();
 
-ImageBox readBox(const Fields& fields) {
-    const Fields box = fields.object("box");
+ImageBox readBox(const LineFields& fields) {
+    const LineFields box = fields.object("box");
     box.allowOnly({"left", "bottom", "right", "top"});
     const ImageBox result{box.number("left"), box.number("bottom"), box.number("right"),
                           box.number("top")};
@@ -33,13 +34,13 @@ ImageBox readBox(const Fields& fields) {
     return result;
 }
 
-void readBase(const Fields& fields, ReportBase& report) {
+void readBase(const LineFields& fields, ReportBase& report) {
     report.id = fields.integer("id");
     report.coasting = fields.numberWithin("coasting", 0.0, infinite, 0.0);
     report.confirmed = fields.boolean("confirmed", true);
 }
 
-VideoReport readVideo(const Fields& fields) {
+VideoReport readVideo(const LineFields& fields) {
     fields.allowOnly({"id", "box", "velocity", "age", "coasting", "confirmed", "class",
                       "classProbability", "color", "colorProbability", "upperClothingColor",
                       "upperClothingColorProbability", "lowerClothingColor",
@@ -56,7 +57,7 @@ VideoReport readVideo(const Fields& fields) {
     return report;
 }
 
-RadarReport readRadarReport(const Fields& fields) {
+RadarReport readRadarReport(const LineFields& fields) {
     fields.allowOnly({"id", "range", "azimuth", "speed", "direction", "radialSpeed", "coasting",
                       "confirmed", "class", "classProbability"});
     RadarReport report;
@@ -82,7 +83,7 @@ RadarReport readRadarReport(const Fields& fields) {
     return report;
 }
 
-ReadyEstimate readEstimate(const Fields& fields) {
+ReadyEstimate readEstimate(const LineFields& fields) {
     fields.allowOnly({"id", "state", "covariance", "box", "coasting", "confirmed", "class",
                       "classProbability", "color", "colorProbability", "upperClothingColor",
                       "upperClothingColorProbability", "lowerClothingColor",
@@ -108,7 +109,7 @@ ReadyEstimate readEstimate(const Fields& fields) {
     return report;
 }
 
-Report readReport(const Fields& fields, Veskar::Source source) {
+Report readReport(const LineFields& fields, Veskar::Source source) {
     if (fields.has("state")) {
         return readEstimate(fields);
     }
@@ -130,23 +131,22 @@ void refuseRepeatedIds(const std::vector<Item>& items, const char* list,
     }
 }
 
-SensorFrame readSensorFrame(const Fields& fields, Veskar::Source source) {
+SensorFrame readSensorFrame(const LineFields& fields, Veskar::Source source) {
     fields.allowOnly({"source", "time", "received", "tracks"});
     SensorFrame frame;
     frame.source = source;
     frame.time = fields.number("time");
     frame.received = fields.number("received", frame.time);
-    const nlohmann::json& tracks = fields.array("tracks");
-    frame.tracks.reserve(tracks.size());
-    for (std::size_t i = 0; i < tracks.size(); ++i) {
-        frame.tracks.push_back(readReport(Fields(tracks[i], fmt::format("tracks[{}]", i)), source));
-    }
+    frame.tracks.reserve(fields.array("tracks").size());
+    fields.forEach("tracks", [&](const LineFields& track) {
+        frame.tracks.push_back(readReport(track, source));
+    });
     refuseRepeatedIds<Report>(frame.tracks, "tracks",
                               [](const Report& report) { return baseOf(report).id; });
     return frame;
 }
 
-TruthObject readTruthObject(const Fields& fields) {
+TruthObject readTruthObject(const LineFields& fields) {
     fields.allowOnly({"id", "class", "position", "velocity", "size", "centre", "video", "radar"});
     TruthObject object;
     object.id = fields.integer("id");
@@ -166,21 +166,20 @@ TruthObject readTruthObject(const Fields& fields) {
     return object;
 }
 
-TruthFrame readTruthFrame(const Fields& fields) {
+TruthFrame readTruthFrame(const LineFields& fields) {
     fields.allowOnly({"source", "time", "objects"});
     TruthFrame frame;
     frame.time = fields.number("time");
-    const nlohmann::json& objects = fields.array("objects");
-    frame.objects.reserve(objects.size());
-    for (std::size_t i = 0; i < objects.size(); ++i) {
-        frame.objects.push_back(readTruthObject(Fields(objects[i], fmt::format("objects[{}]", i))));
-    }
+    frame.objects.reserve(fields.array("objects").size());
+    fields.forEach("objects", [&](const LineFields& object) {
+        frame.objects.push_back(readTruthObject(object));
+    });
     refuseRepeatedIds<TruthObject>(frame.objects, "objects",
                                    [](const TruthObject& object) { return object.id; });
     return frame;
 }
 
-RecordingLine readLine(const Fields& fields) {
+RecordingLine readLine(const LineFields& fields) {
     const std::string source = fields.text("source");
     if (source == "video") {
         return readSensorFrame(fields, Veskar::VideoObject);
@@ -208,7 +207,7 @@ bool isBlank(std::string_view text) {
 
 RecordingReader::RecordingReader(const std::string& path, TruthLines givenTruthLines,
                                  const FirstLine& firstLine)
-    : lines(path), truthLines(givenTruthLines) {
+    : lines(path), parser(std::make_unique<LineParser>()), truthLines(givenTruthLines) {
     std::string_view text;
     const bool isEmpty = !lines.next(text);
     if (firstLine) {
@@ -220,7 +219,7 @@ RecordingReader::RecordingReader(const std::string& path, TruthLines givenTruthL
     }
     try {
         const nlohmann::json json = nlohmann::json::parse(text);
-        head = readHeader(Fields(json, ""));
+        head = readHeader(Fields(json));
     } catch (const nlohmann::json::exception& error) {
         throw InputError(
             fmt::format("{}: no header of a recording: {}", lines.place(), reasonOf(error)));
@@ -228,6 +227,8 @@ RecordingReader::RecordingReader(const std::string& path, TruthLines givenTruthL
         throw InputError(fmt::format("{}: {}", lines.place(), error.what()));
     }
 }
+
+RecordingReader::~RecordingReader() = default;
 
 std::optional<RecordingLine> RecordingReader::next() {
     std::string_view text;
@@ -240,30 +241,20 @@ std::optional<RecordingLine> RecordingReader::next() {
     return std::nullopt;
 }
 
-std::optional<RecordingLine> RecordingReader::parse(std::string_view text) {
-    try {
-        const nlohmann::json json = nlohmann::json::parse(text);
-        RecordingLine line = readLine(Fields(json, ""));
-        if (const auto* frame = std::get_if<SensorFrame>(&line)) {
-            checkOrder(*frame);
-        } else {
-            const double time = std::get<TruthFrame>(line).time;
-            if (lastTruth && !(time > *lastTruth)) {
-                throw InputError(
-                    fmt::format("time: {} is not later than {}, the time of the "
-                                "truth before",
-                                time, *lastTruth));
-            }
-            lastTruth = time;
-        }
+RecordingLine RecordingReader::parse(std::string_view text) {
+    return parser->read(lines, text, [&](const LineFields& fields) {
+        RecordingLine line = readLine(fields);
+        std::visit([&](const auto& frame) { checkOrder(frame); }, line);
         return line;
-    } catch (const nlohmann::json::exception& error) {
-        throw InputError(fmt::format("{}: {}{}", lines.place(),
-                                     lines.lastLineIsOpen() ? "the line is cut off: " : "",
-                                     reasonOf(error)));
-    } catch (const InputError& error) {
-        throw InputError(fmt::format("{}: {}", lines.place(), error.what()));
+    });
+}
+
+void RecordingReader::checkOrder(const TruthFrame& frame) {
+    if (lastTruth && !(frame.time > *lastTruth)) {
+        throw InputError(fmt::format("time: {} is not later than {}, the time of the truth before",
+                                     frame.time, *lastTruth));
     }
+    lastTruth = frame.time;
 }
 
 void RecordingReader::checkOrder(const SensorFrame& frame) {

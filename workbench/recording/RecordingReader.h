@@ -7,11 +7,14 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace Workbench {
+
+class LineParser;
 
 /// Whether a reader hands out the truth lines of a recording or passes over them unread.
 enum class TruthLines { Read, Skip };
@@ -31,6 +34,9 @@ public:
     /// @throw InputError when it is no recording that this program reads
     explicit RecordingReader(const std::string& path, TruthLines truthLines = TruthLines::Read,
                              const FirstLine& firstLine = nullptr);
+    ~RecordingReader();
+    RecordingReader(const RecordingReader&) = delete;
+    RecordingReader& operator=(const RecordingReader&) = delete;
 
     /// @return the header
     const RecordingHeader& header() const { return head; }
@@ -41,10 +47,12 @@ public:
     const LineReader& input() const { return lines; }
 
 private:
-    std::optional<RecordingLine> parse(std::string_view text);
+    RecordingLine parse(std::string_view text);
     void checkOrder(const SensorFrame& frame);
+    void checkOrder(const TruthFrame& frame);
 
     LineReader lines;
+    std::unique_ptr<LineParser> parser;
     TruthLines truthLines;
     RecordingHeader head;
     std::map<Veskar::Source, double> lastTime;

@@ -5,7 +5,6 @@
 #include "recording/Header.h"
 #include "recording/JsonLine.h"
 
-#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 namespace Workbench {
@@ -13,7 +12,7 @@ namespace {
 
 void base(std::string& text, const ReportBase& report) {
     text += "{\"id\":";
-    text += fmt::format_int(report.id).c_str();
+    appendInteger(text, report.id);
     if (report.coasting > 0.0) {
         appendMember(text, "coasting", report.coasting, timeDecimals);
     }
@@ -72,7 +71,7 @@ void track(std::string& text, const ReadyEstimate& report) {
 
 void object(std::string& text, const TruthObject& value) {
     text += "{\"id\":";
-    text += fmt::format_int(value.id).c_str();
+    appendInteger(text, value.id);
     text += ",\"class\":";
     appendQuoted(text, value.className);
     appendMember(text, "position", value.position, metreDecimals);

@@ -6,13 +6,12 @@
 #include "recording/Header.h"
 #include "recording/JsonLine.h"
 
-#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 namespace Workbench {
 namespace {
 
-void appendSymmetric(std::string& text, const char* name, const Eigen::Matrix2d& matrix) {
+void appendSymmetric(std::string& text, std::string_view name, const Eigen::Matrix2d& matrix) {
     appendMember(text, name, {matrix(0, 0), matrix(0, 1), matrix(1, 1)}, estimateDecimals);
 }
 
@@ -29,7 +28,7 @@ void append(std::string& text, const std::vector<Support>& sensors) {
         text += i == 0 ? "{\"source\":\"" : ",{\"source\":\"";
         text += sourceName(sensors[i].source);
         text += "\",\"id\":";
-        text += fmt::format_int(sensors[i].id).c_str();
+        appendInteger(text, sensors[i].id);
         appendMember(text, "coasting", sensors[i].coasting, timeDecimals);
         text += '}';
     }
@@ -47,7 +46,7 @@ void append(std::string& text, const std::set<std::string>& tags) {
 
 void append(std::string& text, const FusedTrack& track) {
     text += "{\"id\":";
-    text += fmt::format_int(track.id).c_str();
+    appendInteger(text, track.id);
     text += track.confirmed ? ",\"confirmed\":true" : ",\"confirmed\":false";
     appendMember(text, "probability", track.probability, imageDecimals);
     appendMember(text, "image", track.image, imageDecimals);

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "replay/FusedReader.h"
 
-#include "io/Fields.h"
+#include "io/DocumentValue.h"
 #include "io/InputError.h"
+#include "io/LineParser.h"
 #include "io/TextFile.h"
 #include "recording/Header.h"
 #include "recording/LabelFields.h"
@@ -18,38 +19,37 @@ namespace Workbench {
 namespace {
 
 /// A number that must be there but may be null.
-double numberOf(const Fields& fields, const char* name) {
+double numberOf(const LineFields& fields, std::string_view name) {
     fields.at(name);
     return fields.number(name, std::numeric_limits<double>::quiet_NaN());
 }
 
 template <typename Vector>
-Vector vectorOf(const Fields& fields, const char* name) {
-    const nlohmann::json& list = fields.array(name);
+Vector vectorOf(const LineFields& fields, std::string_view name) {
+    const LineValue list = fields.array(name);
     Vector vector;
     if (list.size() != static_cast<std::size_t>(vector.size())) {
         fields.refuse(name,
                       fmt::format("expected {} numbers, found {}", vector.size(), list.size()));
     }
-    for (Eigen::Index i = 0; i < vector.size(); ++i) {
-        const nlohmann::json& value = list[static_cast<std::size_t>(i)];
-        if (!value.is_number() && !value.is_null()) {
+    list.forEachItem([&, i = Eigen::Index{0}](const LineValue& value) mutable {
+        const bool isNull = value.kind() == JsonKind::Null;
+        if (!isNull && !isNumber(value.kind())) {
             fields.refuse(name, "expected numbers");
         }
-        vector[i] =
-            value.is_null() ? std::numeric_limits<double>::quiet_NaN() : value.get<double>();
-    }
+        vector[i++] = isNull ? std::numeric_limits<double>::quiet_NaN() : value.number();
+    });
     return vector;
 }
 
-Eigen::Matrix2d symmetricOf(const Fields& fields, const char* name) {
+Eigen::Matrix2d symmetricOf(const LineFields& fields, std::string_view name) {
     const auto values = vectorOf<Eigen::Vector3d>(fields, name);
     Eigen::Matrix2d matrix;
     matrix << values[0], values[1], values[1], values[2];
     return matrix;
 }
 
-std::optional<GroundPosition> readGround(const Fields& fields) {
+std::optional<GroundPosition> readGround(const LineFields& fields) {
     if (!fields.has("position")) {
         return std::nullopt;
     }
@@ -58,12 +58,12 @@ std::optional<GroundPosition> readGround(const Fields& fields) {
         vectorOf<Eigen::Vector2d>(fields, "velocity"), symmetricOf(fields, "velocityCovariance")};
 }
 
-ImageBox readBox(const Fields& fields) {
+ImageBox readBox(const LineFields& fields) {
     return {numberOf(fields, "left"), numberOf(fields, "bottom"), numberOf(fields, "right"),
             numberOf(fields, "top")};
 }
 
-Veskar::Source readSource(const Fields& fields) {
+Veskar::Source readSource(const LineFields& fields) {
     const std::string name = fields.text("source");
     if (name != "video" && name != "radar") {
         fields.refuse("source", fmt::format("\"{}\" is not video or radar", name));
@@ -71,31 +71,29 @@ Veskar::Source readSource(const Fields& fields) {
     return name == "radar" ? Veskar::Radar : Veskar::VideoObject;
 }
 
-std::vector<Support> readSensors(const Fields& fields) {
+std::vector<Support> readSensors(const LineFields& fields) {
     std::vector<Support> sensors;
-    const nlohmann::json& list = fields.array("sensors");
-    for (std::size_t i = 0; i < list.size(); ++i) {
-        const Fields sensor(list[i], fields.pathOf(fmt::format("sensors[{}]", i)));
+    fields.forEach("sensors", [&](const LineFields& sensor) {
         sensors.push_back({readSource(sensor), sensor.integer("id"), numberOf(sensor, "coasting")});
-    }
+    });
     return sensors;
 }
 
-std::optional<std::set<std::string>> readTags(const Fields& fields) {
+std::optional<std::set<std::string>> readTags(const LineFields& fields) {
     if (!fields.has("tags")) {
         return std::nullopt;
     }
     std::set<std::string> tags;
-    for (const nlohmann::json& tag : fields.array("tags")) {
-        if (!tag.is_string()) {
+    fields.array("tags").forEachItem([&](const LineValue& tag) {
+        if (tag.kind() != JsonKind::String) {
             fields.refuse("tags", "expected strings");
         }
-        tags.insert(tag.get<std::string>());
-    }
+        tags.insert(std::string(tag.text()));
+    });
     return tags;
 }
 
-FusedTrack readTrack(const Fields& fields) {
+FusedTrack readTrack(const LineFields& fields) {
     FusedTrack track;
     track.id = fields.integer("id");
     track.confirmed = fields.boolean("confirmed", false);
@@ -110,7 +108,7 @@ FusedTrack readTrack(const Fields& fields) {
     track.labels = readLabels(fields);
     track.box = readBox(fields.object("box"));
     if (fields.has("geo")) {
-        const Fields geo = fields.object("geo");
+        const LineFields geo = fields.object("geo");
         track.geo = Dbus::GeoLocation::Position{};
         track.geo->latitude = numberOf(geo, "latitude");
         track.geo->longitude = numberOf(geo, "longitude");
@@ -123,7 +121,7 @@ FusedTrack readTrack(const Fields& fields) {
 }
 
 FusedHeader readHeader(const nlohmann::json& json) {
-    const Fields fields(json, "");
+    const Fields fields(json);
     if (fields.text("format") != "veskar-fused") {
         fields.refuse("format",
                       "expected \"veskar-fused\", found \"" + fields.text("format") + "\"");
@@ -135,12 +133,24 @@ FusedHeader readHeader(const nlohmann::json& json) {
     }
     fields.object("configuration");
     return {fields.text("name", ""), readCamera(fields.object("camera")),
-            readRadar(fields.object("radar")), fields.at("configuration").dump()};
+            readRadar(fields.object("radar")), fields.at("configuration").json().dump()};
+}
+
+FusedFrame readFrame(const LineFields& fields) {
+    FusedFrame frame;
+    frame.source = readSource(fields);
+    frame.time = fields.number("time");
+    frame.received = fields.number("received");
+    frame.tracks.reserve(fields.array("tracks").size());
+    fields.forEach("tracks",
+                   [&](const LineFields& track) { frame.tracks.push_back(readTrack(track)); });
+    return frame;
 }
 
 }  // namespace
 
-FusedReader::FusedReader(const std::string& path) : lines(path) {
+FusedReader::FusedReader(const std::string& path)
+    : lines(path), parser(std::make_unique<LineParser>()) {
     std::string_view text;
     if (!lines.next(text)) {
         throw InputError(lines.name() +
@@ -156,35 +166,14 @@ FusedReader::FusedReader(const std::string& path) : lines(path) {
     }
 }
 
+FusedReader::~FusedReader() = default;
+
 std::optional<FusedFrame> FusedReader::next() {
     std::string_view text;
     if (!lines.next(text)) {
         return std::nullopt;
     }
-    try {
-        return parse(text);
-    } catch (const nlohmann::json::exception& error) {
-        throw InputError(fmt::format("{}: {}{}", lines.place(),
-                                     lines.lastLineIsOpen() ? "the line is cut off: " : "",
-                                     reasonOf(error)));
-    } catch (const InputError& error) {
-        throw InputError(fmt::format("{}: {}", lines.place(), error.what()));
-    }
-}
-
-FusedFrame FusedReader::parse(std::string_view text) const {
-    const nlohmann::json json = nlohmann::json::parse(text);
-    const Fields fields(json, "");
-    FusedFrame frame;
-    frame.source = readSource(fields);
-    frame.time = fields.number("time");
-    frame.received = fields.number("received");
-    const nlohmann::json& tracks = fields.array("tracks");
-    frame.tracks.reserve(tracks.size());
-    for (std::size_t i = 0; i < tracks.size(); ++i) {
-        frame.tracks.push_back(readTrack(Fields(tracks[i], fmt::format("tracks[{}]", i))));
-    }
-    return frame;
+    return parser->read(lines, text, readFrame);
 }
 
 }  // namespace Workbench

@@ -6,11 +6,14 @@
 #include "recording/Recording.h"
 #include "replay/FusedTrack.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace Workbench {
+
+class LineParser;
 
 /// The first line of fused tracks.
 struct FusedHeader {
@@ -29,6 +32,9 @@ public:
     /// @param path the file, or "-"
     /// @throw InputError when these are no fused tracks that this program reads
     explicit FusedReader(const std::string& path);
+    ~FusedReader();
+    FusedReader(const FusedReader&) = delete;
+    FusedReader& operator=(const FusedReader&) = delete;
 
     /// @return the header
     const FusedHeader& header() const { return head; }
@@ -39,9 +45,8 @@ public:
     const LineReader& input() const { return lines; }
 
 private:
-    FusedFrame parse(std::string_view text) const;
-
     LineReader lines;
+    std::unique_ptr<LineParser> parser;
     FusedHeader head;
 };
 

@@ -1,16 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/ExplanationTable.h"
 
-#include "io/Fields.h"
-#include "io/InputError.h"
+#include "io/LineParser.h"
 #include "io/LineReader.h"
-#include "io/TextFile.h"
 #include "report/Resolution.h"
 #include "report/TrackTable.h"
 
 #include <limits>
 
-#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 namespace Workbench {
@@ -22,7 +19,7 @@ constexpr double nothing = std::numeric_limits<double>::quiet_NaN();
 enum PairKind : std::int32_t { Continuation, Candidate, MergeCandidate };
 enum EventKind : std::int32_t { Start, Confirmation, Pruning, Deletion };
 
-std::int32_t sensorOf(const Fields& record) {
+std::int32_t sensorOf(const LineFields& record) {
     return record.text("sensor") == "radar" ? 1 : 0;
 }
 
@@ -39,27 +36,27 @@ public:
                                                        {"outcome", 1.0}}),
           events({"kind", "track", "source", "other"}, {{"value", percent}, {"reason", 1.0}}) {}
 
-    void add(const Fields& frame) {
+    void add(const LineFields& frame) {
         times.push_back(frame.number("time"));
         sources.append(frame.text("source") == "radar" ? 1 : 0);
         pairs.beginFrame();
         events.beginFrame();
-        forEach(frame, "continuations", [&](const Fields& f) { pair(Continuation, f); });
-        forEach(frame, "candidates", [&](const Fields& f) { pair(Candidate, f); });
-        forEach(frame, "mergeCandidates", [&](const Fields& f) { pair(MergeCandidate, f); });
-        forEach(frame, "starts", [&](const Fields& f) {
+        forEach(frame, "continuations", [&](const LineFields& f) { pair(Continuation, f); });
+        forEach(frame, "candidates", [&](const LineFields& f) { pair(Candidate, f); });
+        forEach(frame, "mergeCandidates", [&](const LineFields& f) { pair(MergeCandidate, f); });
+        forEach(frame, "starts", [&](const LineFields& f) {
             events.add({Start, f.integer("track"), sensorOf(f), f.integer("id")},
                        {nothing, nothing});
         });
-        forEach(frame, "confirmations", [&](const Fields& f) {
+        forEach(frame, "confirmations", [&](const LineFields& f) {
             events.add({Confirmation, f.integer("track"), 0, 0},
                        {f.number("probability", nothing), nothing});
         });
-        forEach(frame, "prunings", [&](const Fields& f) {
+        forEach(frame, "prunings", [&](const LineFields& f) {
             events.add({Pruning, f.integer("track"), sensorOf(f), f.integer("id")},
                        {f.number("coasting", nothing), nothing});
         });
-        forEach(frame, "deletions", [&](const Fields& f) {
+        forEach(frame, "deletions", [&](const LineFields& f) {
             events.add({Deletion, f.integer("track"), 0, 0},
                        {nothing, words.numberOf(f.text("reason"))});
         });
@@ -74,17 +71,13 @@ public:
 
 private:
     template <typename Function>
-    static void forEach(const Fields& frame, const char* name, Function function) {
-        if (!frame.has(name)) {
-            return;
-        }
-        const nlohmann::json& list = frame.array(name);
-        for (std::size_t i = 0; i < list.size(); ++i) {
-            function(Fields(list[i], fmt::format("{}[{}]", name, i)));
+    static void forEach(const LineFields& frame, std::string_view name, Function function) {
+        if (frame.has(name)) {
+            frame.forEach(name, function);
         }
     }
 
-    void pair(PairKind kind, const Fields& record) {
+    void pair(PairKind kind, const LineFields& record) {
         const bool isMerge = kind == MergeCandidate;
         pairs.add(
             {kind, record.integer("track"), isMerge ? 0 : sensorOf(record),
@@ -106,17 +99,11 @@ private:
 
 Json explanationTable(const std::string& path, Words& words, double start) {
     LineReader lines(path);
+    LineParser parser;
     Explanations explanations(words);
     std::string_view text;
     while (lines.next(text)) {
-        try {
-            const nlohmann::json json = nlohmann::json::parse(text);
-            explanations.add(Fields(json, ""));
-        } catch (const nlohmann::json::exception& error) {
-            throw InputError(fmt::format("{}: {}", lines.place(), reasonOf(error)));
-        } catch (const InputError& error) {
-            throw InputError(fmt::format("{}: {}", lines.place(), error.what()));
-        }
+        parser.read(lines, text, [&](const LineFields& frame) { explanations.add(frame); });
     }
     return explanations.json(start);
 }

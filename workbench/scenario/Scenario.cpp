@@ -2,7 +2,7 @@
 #include "scenario/Scenario.h"
 
 #include "geometry/UsualSize.h"
-#include "io/Fields.h"
+#include "io/DocumentValue.h"
 #include "io/InputError.h"
 #include "io/TextFile.h"
 #include "recording/Header.h"
@@ -18,15 +18,6 @@ namespace {
 
 constexpr double infinite = std::numeric_limits<double>::infinity();
 constexpr double tiny = 1e-6;
-
-// Calls a reader for every element of an array of objects.
-template <typename Read>
-void forEach(const Fields& fields, const char* name, Read read) {
-    const nlohmann::json& list = fields.array(name);
-    for (std::size_t i = 0; i < list.size(); ++i) {
-        read(Fields(list[i], fmt::format("{}[{}]", fields.pathOf(name), i)));
-    }
-}
 
 Outage readOutage(const Fields& fields) {
     fields.allowOnly({"from", "to"});
@@ -86,12 +77,13 @@ void readSensor(const Fields& fields, SensorTraits& sensor) {
         sensor.mountingError = readMountingError(fields.object("mountingError"));
     }
     if (fields.has("outages")) {
-        forEach(fields, "outages",
-                [&](const Fields& item) { sensor.outages.push_back(readOutage(item)); });
+        fields.forEach("outages",
+                       [&](const Fields& item) { sensor.outages.push_back(readOutage(item)); });
     }
     if (fields.has("persistent")) {
-        forEach(fields, "persistent",
-                [&](const Fields& item) { sensor.persistent.push_back(readPersistent(item)); });
+        fields.forEach("persistent", [&](const Fields& item) {
+            sensor.persistent.push_back(readPersistent(item));
+        });
     }
 }
 
@@ -139,7 +131,7 @@ PathMode readMode(const Fields& fields) {
 }
 
 void readPath(const Fields& fields, ObjectTraits& object) {
-    const nlohmann::json& path = fields.array("path");
+    const nlohmann::json& path = fields.array("path").json();
     if (path.size() < 2) {
         fields.refuse("path", "expected at least two points");
     }
@@ -147,7 +139,7 @@ void readPath(const Fields& fields, ObjectTraits& object) {
         const bool isPoint = path[i].is_array() && path[i].size() == 2 && path[i][0].is_number() &&
                              path[i][1].is_number();
         if (!isPoint) {
-            fields.refuse(fmt::format("path[{}]", i).c_str(), "expected two numbers");
+            fields.refuse(fmt::format("path[{}]", i), "expected two numbers");
         }
         object.path.emplace_back(path[i][0].get<double>(), path[i][1].get<double>());
     }
@@ -171,7 +163,7 @@ void readArea(const Fields& fields, ObjectTraits& object) {
 }
 
 void readSpeed(const Fields& fields, ObjectTraits& object) {
-    if (!fields.at("speed").is_array()) {
+    if (fields.at("speed").kind() != JsonKind::Array) {
         object.minimumSpeed = object.maximumSpeed = fields.numberWithin("speed", tiny, 200.0);
         return;
     }
@@ -219,7 +211,7 @@ ObjectTraits readObject(const Fields& fields) {
 }  // namespace
 
 Scenario scenarioOf(const nlohmann::json& json) {
-    const Fields fields(json, "");
+    const Fields fields(json);
     fields.allowOnly({"name", "description", "duration", "camera", "radar", "site", "videoSensor",
                       "radarSensor", "objects"});
     Scenario scenario;
@@ -238,8 +230,8 @@ Scenario scenarioOf(const nlohmann::json& json) {
     if (fields.has("radarSensor")) {
         readRadarSensor(fields.object("radarSensor"), scenario.radarSensor);
     }
-    forEach(fields, "objects",
-            [&](const Fields& item) { scenario.objects.push_back(readObject(item)); });
+    fields.forEach("objects",
+                   [&](const Fields& item) { scenario.objects.push_back(readObject(item)); });
     return scenario;
 }
 

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "io/DocumentValue.h"
+
+#include "io/FieldsDefinition.h"
+
+#include <limits>
+
+namespace Workbench {
+
+JsonKind DocumentValue::kind() const {
+    switch (value->type()) {
+        case nlohmann::json::value_t::object:
+            return JsonKind::Object;
+        case nlohmann::json::value_t::array:
+            return JsonKind::Array;
+        case nlohmann::json::value_t::string:
+            return JsonKind::String;
+        case nlohmann::json::value_t::boolean:
+            return JsonKind::Boolean;
+        case nlohmann::json::value_t::number_integer:
+        case nlohmann::json::value_t::number_unsigned:
+            return JsonKind::Integer;
+        case nlohmann::json::value_t::number_float:
+            return JsonKind::Fraction;
+        default:
+            return JsonKind::Null;
+    }
+}
+
+bool DocumentValue::fitsInt32() const {
+    using Limits = std::numeric_limits<std::int32_t>;
+    if (value->is_number_unsigned()) {
+        return value->get<std::uint64_t>() <= std::uint64_t{Limits::max()};
+    }
+    return value->get<std::int64_t>() >= Limits::min();
+}
+
+template class BasicFields<DocumentValue>;
+
+}  // namespace Workbench
