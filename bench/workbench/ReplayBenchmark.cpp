@@ -2,11 +2,13 @@
 // How fast a recording is replayed, reading and writing included, and how much of that time is
 // spent inside the library.
 #include "io/OutputFile.h"
+#include "recording/ReadAhead.h"
 #include "recording/RecordingReader.h"
 #include "recording/RecordingWriter.h"
 #include "replay/DefaultConfiguration.h"
 #include "replay/FusedJson.h"
 #include "replay/Replay.h"
+#include "replay/WriteBehind.h"
 #include "simulate/Simulation.h"
 
 #include <chrono>
@@ -102,12 +104,14 @@ void BM_Replay(benchmark::State& state) {
     for ([[maybe_unused]] const auto iteration : state) {
         Workbench::RecordingReader reader(file.path, Workbench::TruthLines::Skip);
         Workbench::OutputFile output("/dev/null");
-        Workbench::Replay run(
-            reader.header(), configuration(),
-            [&](const Workbench::FusedFrame& frame) { output.write(fusedLine(frame)); });
-        while (const auto line = reader.next()) {
+        Workbench::WriteBehind writer(output, Workbench::fusedLine);
+        Workbench::Replay run(reader.header(), configuration(),
+                              [&](Workbench::FusedFrame frame) { writer.write(std::move(frame)); });
+        Workbench::ReadAhead lines(reader);
+        while (const auto line = lines.next()) {
             run.feed(std::get<Workbench::SensorFrame>(*line));
         }
+        writer.finish();
         tally.add(run.counts());
     }
     tally.report(state);

@@ -53,7 +53,7 @@ int evaluate(const Options& options) {
         if (const auto* frame = std::get_if<SensorFrame>(&*line)) {
             replay.feed(*frame);
         }
-        progress.update(fractionRead(reader.input()));
+        progress.update(reader.input().fractionRead());
     }
     if (evaluation.instants() == 0) {
         throw InputError(reader.input().name() + ": the recording has no truth line");

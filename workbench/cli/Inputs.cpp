@@ -38,10 +38,4 @@ RecordingHeader withCamera(RecordingHeader header, const std::string& cameraPath
     return header;
 }
 
-double fractionRead(const LineReader& input) {
-    return input.size() == 0
-               ? -1.0
-               : static_cast<double>(input.bytesRead()) / static_cast<double>(input.size());
-}
-
 }  // namespace Workbench

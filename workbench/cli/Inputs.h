@@ -4,7 +4,6 @@
 
 #include <veskar/Config.h>
 
-#include "io/LineReader.h"
 #include "recording/Recording.h"
 
 #include <string>
@@ -27,9 +26,5 @@ Configuration readConfiguration(const std::string& path);
 /// @return the header with that camera
 /// @throw InputError what is wrong with the camera
 RecordingHeader withCamera(RecordingHeader header, const std::string& cameraPath);
-
-/// @param input what is being read
-/// @return the fraction that is read, for a progress bar; negative when the size is not known
-double fractionRead(const LineReader& input);
 
 }  // namespace Workbench

@@ -17,9 +17,10 @@ void remember(int) {
 }  // namespace
 
 void listenForInterruption() {
-    // Without SA_RESTART a blocked read or write ends, and the next frame sees the flag.
+    // The first signal ends the work in good order; the second one ends a program that is stuck.
     struct sigaction action {};
     action.sa_handler = remember;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigemptyset(&action.sa_mask);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);

@@ -5,18 +5,21 @@
 #include "cli/Interruption.h"
 #include "cli/Progress.h"
 #include "io/OutputFile.h"
+#include "recording/ReadAhead.h"
 #include "recording/RecordingReader.h"
 #include "replay/Explainer.h"
 #include "replay/FusedCsv.h"
 #include "replay/FusedJson.h"
 #include "replay/Replay.h"
 #include "replay/Summary.h"
+#include "replay/WriteBehind.h"
 
 #include <chrono>
 #include <cstdio>
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -101,34 +104,37 @@ int replay(const Options& options) {
 
     OutputFile output(options.output);
     output.write(isCsv ? csvHeader() : fusedHeaderLine(header, configuration.text));
+    WriteBehind writer(
+        output, isCsv ? csvRows : fusedLine,
+        options.realtime ? WriteBehind::Flush::EveryFrame : WriteBehind::Flush::WhenFull,
+        throwIfInterrupted);
     Summary summary;
     Replay run(
         header, configuration.config,
-        [&](const FusedFrame& frame) {
-            output.write(isCsv ? csvRows(frame) : fusedLine(frame));
+        [&](FusedFrame frame) {
             if (options.summary) {
                 summary.add(frame);
             }
+            writer.write(std::move(frame));
         },
         options.tags);
     Explanations explanations(options.explain);
     run.setObserver(explanations.observer());
     Progress progress("replaying");
     Pace pace;
-    while (const auto line = reader.next()) {
+    ReadAhead lines(reader, throwIfInterrupted);
+    while (const auto line = lines.next()) {
         throwIfInterrupted();
         if (const auto* frame = std::get_if<SensorFrame>(&*line)) {
             if (options.realtime) {
                 pace.waitFor(frame->received);
             }
             run.feed(*frame);
-            if (options.realtime) {
-                output.flush();
-            }
         }
-        progress.update(fractionRead(reader.input()));
+        progress.update(lines.fractionRead());
     }
     explanations.finish();
+    writer.finish();
     output.commit();
     return finish(options, run, summary);
 }

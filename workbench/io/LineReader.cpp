@@ -3,11 +3,14 @@
 
 #include "io/InputError.h"
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <poll.h>
+#include <sys/eventfd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -18,6 +21,12 @@ LineReader::LineReader(const std::string& path) : shownName(path == "-" ? "<stdi
     if (descriptor < 0) {
         throw InputError(fmt::format("{}: {}", shownName, std::strerror(errno)));
     }
+    stopDescriptor = ::eventfd(0, EFD_CLOEXEC);
+    if (stopDescriptor < 0) {
+        const int fault = errno;
+        ::close(descriptor);
+        throw InputError(fmt::format("{}: {}", shownName, std::strerror(fault)));
+    }
     struct stat status {};
     if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
         total = static_cast<std::uint64_t>(status.st_size);
@@ -27,6 +36,22 @@ LineReader::LineReader(const std::string& path) : shownName(path == "-" ? "<stdi
 
 LineReader::~LineReader() {
     ::close(descriptor);
+    ::close(stopDescriptor);
+}
+
+void LineReader::stop() {
+    const std::uint64_t one = 1;
+    static_cast<void>(::write(stopDescriptor, &one, sizeof one));
+}
+
+void LineReader::waitForInput() const {
+    std::array<pollfd, 2> waited{{{descriptor, POLLIN, 0}, {stopDescriptor, POLLIN, 0}}};
+    // What goes wrong here goes wrong again in the read that follows, and is told there.
+    while (::poll(waited.data(), waited.size(), -1) < 0 && errno == EINTR) {
+    }
+    if (waited[1].revents != 0) {
+        throw InputError(shownName + ": reading was stopped");
+    }
 }
 
 bool LineReader::fill() {
@@ -42,6 +67,7 @@ bool LineReader::fill() {
         }
         buffer.resize(2 * end + padding);
     }
+    waitForInput();
     ssize_t count = 0;
     do {
         count = ::read(descriptor, buffer.data() + end, buffer.size() - padding - end);
@@ -81,6 +107,10 @@ bool LineReader::next(std::string_view& line) {
         }
         searched = begin + unfinished;
     }
+}
+
+double LineReader::fractionRead() const {
+    return total == 0 ? -1.0 : static_cast<double>(consumed) / static_cast<double>(total);
 }
 
 std::string LineReader::place() const {

@@ -28,6 +28,10 @@ public:
     /// @throw InputError when reading fails or the line is longer than maximumLineLength
     bool next(std::string_view& line);
 
+    /// Makes a call of next that waits for input, and every later one that has to, fail. The only
+    /// function that another thread may call.
+    void stop();
+
     /// @return whether the line last read had no line end: the file stops there
     bool lastLineIsOpen() const { return openEnded; }
     /// @return number of the line last read, from 1
@@ -36,6 +40,9 @@ public:
     std::uint64_t bytesRead() const { return consumed; }
     /// @return size of a regular file in bytes; 0 when it is not known
     std::uint64_t size() const { return total; }
+    /// @return how much of a regular file has been handed out, 0 to 1; negative when that is
+    /// unknown
+    double fractionRead() const;
     /// @return name for messages: the path, or "<stdin>"
     const std::string& name() const { return shownName; }
     /// @return "NAME:LINE", the place of the line last read
@@ -48,9 +55,11 @@ public:
 
 private:
     bool fill();
+    void waitForInput() const;
 
     std::string shownName;
     int descriptor = -1;
+    int stopDescriptor = -1;
     std::vector<char> buffer;
     std::size_t begin = 0;
     std::size_t end = 0;

@@ -43,6 +43,8 @@ public:
     /// @return the next frame; nothing at the end
     /// @throw InputError what is wrong with the line
     std::optional<RecordingLine> next();
+    /// As LineReader::stop.
+    void stop() { lines.stop(); }
     /// @return where the reading stands
     const LineReader& input() const { return lines; }
 

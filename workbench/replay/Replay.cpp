@@ -124,7 +124,7 @@ void Replay::report(Veskar::Source source, double time, double received) {
             frame.tracks.back().tags = priority->evaluateTrack(*track);
         }
     }
-    sink(frame);
+    sink(std::move(frame));
 }
 
 }  // namespace Workbench

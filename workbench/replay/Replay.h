@@ -55,7 +55,7 @@ struct ReplayCounts {
 class Replay {
 public:
     /// Receives the system tracks after every frame that was fused.
-    using Sink = std::function<void(const FusedFrame&)>;
+    using Sink = std::function<void(FusedFrame)>;
 
     /// Seconds by which the module's clock is ahead of the recording's. The module takes the last
     /// video frame to be at time 0 before there is one, so a recording that begins there would see

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "io/BoundedQueue.h"
+
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+using Workbench::BoundedQueue;
+
+namespace {
+
+struct GivenUp {};
+
+[[noreturn]] void giveUp() {
+    throw GivenUp();
+}
+
+std::exception_ptr fault(const char* text) {
+    return std::make_exception_ptr(std::runtime_error(text));
+}
+
+}  // namespace
+
+TEST(BoundedQueue, HandsOverEveryItemInItsOrder) {
+    constexpr int count = 10000;
+    BoundedQueue<int> queue(8);
+    std::thread producer([&] {
+        for (int i = 0; i < count; ++i) {
+            queue.push(i);
+        }
+        queue.close();
+    });
+    std::vector<int> received;
+    while (const auto item = queue.pop()) {
+        received.push_back(*item);
+    }
+    producer.join();
+    ASSERT_EQ(received.size(), std::size_t{count});
+    for (int i = 0; i < count; ++i) {
+        ASSERT_EQ(received[static_cast<std::size_t>(i)], i);
+    }
+}
+
+TEST(BoundedQueue, HoldsNoMoreThanItsCapacity) {
+    BoundedQueue<int> queue(2);
+    EXPECT_TRUE(queue.push(1, giveUp));
+    EXPECT_TRUE(queue.push(2, giveUp));
+    EXPECT_THROW(queue.push(3, giveUp), GivenUp);
+    EXPECT_EQ(queue.pop(), 1);
+    EXPECT_TRUE(queue.push(4, giveUp));
+    EXPECT_EQ(queue.pop(), 2);
+    EXPECT_EQ(queue.pop(), 4);
+}
+
+TEST(BoundedQueue, LetsTheConsumerGiveUpWaiting) {
+    BoundedQueue<int> queue(2);
+    EXPECT_THROW(queue.pop(giveUp), GivenUp);
+}
+
+TEST(BoundedQueue, GivesWhatWaitsBeforeItSaysThatItIsClosed) {
+    BoundedQueue<int> queue(2);
+    queue.push(1);
+    queue.close();
+    EXPECT_FALSE(queue.push(2));
+    EXPECT_EQ(queue.pop(), 1);
+    EXPECT_EQ(queue.pop(), std::nullopt);
+}
+
+TEST(BoundedQueue, TellsTheConsumerWhyItWasClosedOnceItIsEmpty) {
+    BoundedQueue<int> queue(2);
+    queue.push(1);
+    queue.close(fault("line 2 is wrong"));
+    queue.close(fault("a later reason"));
+    EXPECT_EQ(queue.pop(), 1);
+    try {
+        queue.pop();
+        FAIL();
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "line 2 is wrong");
+    }
+}
+
+TEST(BoundedQueue, TellsTheProducerWhyItWasClosedAtOnce) {
+    BoundedQueue<int> queue(2);
+    queue.push(1);
+    queue.close(fault("disk full"));
+    EXPECT_THROW(queue.push(2), std::runtime_error);
+}
+
+TEST(BoundedQueue, ClosingWakesAProducerThatWaits) {
+    BoundedQueue<int> queue(1);
+    queue.push(1);
+    bool isTaken = true;
+    std::thread producer([&] { isTaken = queue.push(2, [&] { queue.close(); }); });
+    producer.join();
+    EXPECT_FALSE(isTaken);
+}

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Process.h"
+#include "io/InputError.h"
+#include "replay/WriteBehind.h"
+
+#include <array>
+#include <string>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using Workbench::FusedFrame;
+using Workbench::OutputFile;
+using Workbench::WriteBehind;
+
+namespace {
+
+FusedFrame frameAt(double time) {
+    return {time, time, Veskar::VideoObject, {}};
+}
+
+std::string timeOf(const FusedFrame& frame) {
+    return std::to_string(static_cast<int>(frame.time)) + "\n";
+}
+
+}  // namespace
+
+TEST(WriteBehind, WritesEveryFrameInItsOrder) {
+    const VeskarTest::TemporaryDirectory directory;
+    const std::string path = directory / "frames";
+    std::string expected = "header\n";
+    OutputFile output(path);
+    output.write(expected);
+    WriteBehind writer(output, timeOf);
+    for (int i = 0; i < 1000; ++i) {
+        writer.write(frameAt(i));
+        expected += std::to_string(i) + "\n";
+    }
+    writer.finish();
+    output.write("end\n");
+    output.commit();
+    EXPECT_EQ(VeskarTest::slurp(path), expected + "end\n");
+}
+
+TEST(WriteBehind, TellsThatTheDiskIsFull) {
+    OutputFile output("/dev/full");
+    WriteBehind writer(output, [](const FusedFrame&) { return std::string(1 << 20, 'x'); });
+    writer.write(frameAt(0.0));
+    EXPECT_THROW(writer.finish(), Workbench::InputError);
+}
+
+TEST(WriteBehind, TakesNothingMoreOnceTheDiskIsFull) {
+    OutputFile output("/dev/full");
+    WriteBehind writer(output, [](const FusedFrame&) { return std::string(1 << 20, 'x'); });
+    const auto writeOn = [&] {
+        for (int i = 0; i < 1000; ++i) {
+            writer.write(frameAt(i));
+        }
+    };
+    EXPECT_THROW(writeOn(), Workbench::InputError);
+}
+
+TEST(WriteBehind, HandsOnEveryFrameToWhomFollowsAPipe) {
+    const VeskarTest::TemporaryDirectory directory;
+    const std::string path = directory / "pipe";
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    const int reading = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ::fcntl(reading, F_SETFL, 0);
+    OutputFile output(path);
+    WriteBehind writer(output, timeOf, WriteBehind::Flush::EveryFrame);
+    writer.write(frameAt(7.0));
+    std::array<char, 8> text{};
+    ASSERT_EQ(::read(reading, text.data(), text.size()), 2);
+    EXPECT_EQ(std::string(text.data()), "7\n");
+    writer.finish();
+    ::close(reading);
+}

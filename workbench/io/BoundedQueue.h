@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: Apache-2.0
+// Hands items from one thread to another.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <exception>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+namespace Workbench {
+
+/// A queue of limited length between one thread that pushes and one that pops. Either side may
+/// close it, with the exception that ended its work: the other side gets it.
+///
+/// To wake a thread costs as much as several items. So whoever waits is woken when the queue is
+/// half full or half empty, and looks for itself now and then, so that no item waits for long. Both
+/// waits may be given something to do at these times, which may throw to give up waiting.
+template <typename Item>
+class BoundedQueue {
+public:
+    /// What to do while waiting.
+    using Idle = std::function<void()>;
+
+    /// @param givenCapacity items that may wait, at least 1
+    explicit BoundedQueue(std::size_t givenCapacity) : capacity(givenCapacity) {}
+
+    /// Waits while the queue is full.
+    /// @param item to append
+    /// @param whileWaiting called now and then while there is no room
+    /// @return false when the queue was closed, without reason, and the item is dropped
+    /// @throw what the queue was closed with
+    bool push(Item item, const Idle& whileWaiting = nullptr) {
+        std::unique_lock<std::mutex> lock(mutex);
+        wait(hasRoom, lock, whileWaiting, [&] { return isClosed || items.size() < capacity; });
+        if (isClosed) {
+            rethrow();
+            return false;
+        }
+        items.push_back(std::move(item));
+        const bool isHalfFull = items.size() == (capacity + 1) / 2;
+        lock.unlock();
+        if (isHalfFull) {
+            hasItems.notify_one();
+        }
+        return true;
+    }
+
+    /// Waits while the queue is empty.
+    ///
+    /// @param whileWaiting called now and then while there is no item
+    /// @return the first item; nothing when the queue is empty and closed
+    /// @throw what the queue was closed with, once it is empty
+    std::optional<Item> pop(const Idle& whileWaiting = nullptr) {
+        std::unique_lock<std::mutex> lock(mutex);
+        wait(hasItems, lock, whileWaiting, [&] { return isClosed || !items.empty(); });
+        if (items.empty()) {
+            rethrow();
+            return std::nullopt;
+        }
+        std::optional<Item> item(std::move(items.front()));
+        items.pop_front();
+        const bool isHalfEmpty = items.size() == capacity / 2;
+        lock.unlock();
+        if (isHalfEmpty) {
+            hasRoom.notify_one();
+        }
+        return item;
+    }
+
+    /// Ends the traffic. What waits can still be popped. The first reason stays.
+    /// @param reason why, if it is a failure
+    void close(std::exception_ptr reason = nullptr) {
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            if (!isClosed) {
+                isClosed = true;
+                failure = std::move(reason);
+            }
+        }
+        hasItems.notify_one();
+        hasRoom.notify_one();
+    }
+
+private:
+    template <typename IsOver>
+    static void wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
+                     const Idle& whileWaiting, IsOver isOver) {
+        constexpr std::chrono::milliseconds patience(20);
+        while (!condition.wait_for(lock, patience, isOver)) {
+            if (whileWaiting) {
+                lock.unlock();
+                whileWaiting();
+                lock.lock();
+            }
+        }
+    }
+
+    void rethrow() const {
+        if (failure) {
+            std::rethrow_exception(failure);
+        }
+    }
+
+    const std::size_t capacity;
+    std::mutex mutex;
+    std::condition_variable hasItems;
+    std::condition_variable hasRoom;
+    std::deque<Item> items;
+    bool isClosed = false;
+    std::exception_ptr failure;
+};
+
+}  // namespace Workbench

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "replay/WriteBehind.h"
+
+#include <utility>
+
+namespace Workbench {
+namespace {
+
+constexpr std::size_t framesBehind = 64;
+
+}  // namespace
+
+WriteBehind::WriteBehind(OutputFile& givenOutput, Format givenFormat, Flush givenFlush,
+                         std::function<void()> givenWhileWaiting)
+    : output(givenOutput),
+      format(std::move(givenFormat)),
+      flush(givenFlush),
+      whileWaiting(std::move(givenWhileWaiting)),
+      queue(framesBehind),
+      thread([this] { run(); }) {}
+
+WriteBehind::~WriteBehind() {
+    queue.close();
+    if (thread.joinable()) {
+        thread.join();
+    }
+}
+
+void WriteBehind::run() {
+    try {
+        while (const std::optional<FusedFrame> frame = queue.pop()) {
+            output.write(format(*frame));
+            if (flush == Flush::EveryFrame) {
+                output.flush();
+            }
+        }
+    } catch (...) {
+        failure = std::current_exception();
+        queue.close(failure);
+    }
+}
+
+void WriteBehind::write(FusedFrame frame) {
+    queue.push(std::move(frame), whileWaiting);
+}
+
+void WriteBehind::finish() {
+    queue.close();
+    thread.join();
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
+}
+
+}  // namespace Workbench

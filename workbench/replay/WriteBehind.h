@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+// Writes fused frames on a thread of its own.
+#pragma once
+
+#include "io/BoundedQueue.h"
+#include "io/OutputFile.h"
+#include "replay/FusedTrack.h"
+
+#include <functional>
+#include <string>
+#include <thread>
+
+namespace Workbench {
+
+/// Turns fused frames into text and writes it, so that the fusion need not wait for either. The
+/// frames are written in their order.
+class WriteBehind {
+public:
+    /// How a frame is put into words.
+    using Format = std::function<std::string(const FusedFrame&)>;
+    /// When the output hands on what it holds.
+    enum class Flush { WhenFull, EveryFrame };
+
+    /// @param output where to write; nobody else may use it before finish
+    /// @param format called on the writing thread
+    /// @param flush EveryFrame for those who follow a pipe
+    /// @param whileWaiting called now and then while the output takes nothing; may throw
+    WriteBehind(OutputFile& output, Format format, Flush flush = Flush::WhenFull,
+                std::function<void()> whileWaiting = nullptr);
+    /// Waits until what was given is written.
+    ~WriteBehind();
+    WriteBehind(const WriteBehind&) = delete;
+    WriteBehind& operator=(const WriteBehind&) = delete;
+
+    /// @param frame to be written
+    /// @throw InputError when an earlier frame could not be written
+    void write(FusedFrame frame);
+    /// Waits until all frames are written. The output may be used again.
+    /// @throw InputError when a frame could not be written
+    void finish();
+
+private:
+    void run();
+
+    OutputFile& output;
+    Format format;
+    Flush flush;
+    std::function<void()> whileWaiting;
+    BoundedQueue<FusedFrame> queue;
+    std::exception_ptr failure;
+    std::thread thread;
+};
+
+}  // namespace Workbench
