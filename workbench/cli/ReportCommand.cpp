@@ -42,7 +42,7 @@ int report(const Options& options) {
     Progress progress("reporting");
     const Json data = reportData(inputs, [&](const LineReader& input) {
         throwIfInterrupted();
-        progress.update(fractionRead(input));
+        progress.update(input.fractionRead());
     });
     const std::size_t mark = reportPage.find(reportPageMark);
     output.write(reportPage.substr(0, mark));

@@ -18,13 +18,13 @@ class LineParser {
 public:
     /// @param lines where the line was just read
     /// @param line its text
-    /// @param read takes the fields of the object in the line
-    /// @return what read returns
+    /// @param take takes the fields of the object in the line
+    /// @return what take returns
     /// @throw InputError what is wrong with the line, behind "FILE:LINE: "
     template <typename Read>
-    auto read(const LineReader& lines, std::string_view line, Read read) {
+    auto read(const LineReader& lines, std::string_view line, Read take) {
         try {
-            return read(LineFields(parse(lines, line)));
+            return take(LineFields(parse(lines, line)));
         } catch (const InputError& error) {
             throw InputError(lines.place() + ": " + error.what());
         }
