@@ -27,7 +27,7 @@ namespace {
 Workbench::Scenario square(int objects) {
     Workbench::Scenario scenario;
     scenario.name = "square";
-    scenario.duration = 20.0;
+    scenario.duration = 60.0;
     scenario.camera.mounting.position = {0.0, 0.0, 5.0};
     scenario.camera.mounting.pitch = 20.0;
     scenario.camera.imageToRadians = {0.0, 0.7853981633974483, 0.0, 0.0};
@@ -104,9 +104,13 @@ void BM_Replay(benchmark::State& state) {
     for ([[maybe_unused]] const auto iteration : state) {
         Workbench::RecordingReader reader(file.path, Workbench::TruthLines::Skip);
         Workbench::OutputFile output("/dev/null");
-        Workbench::WriteBehind writer(output, Workbench::fusedLine);
-        Workbench::Replay run(reader.header(), configuration(),
-                              [&](Workbench::FusedFrame frame) { writer.write(std::move(frame)); });
+        const Workbench::HostAdapter adapter(reader.header(), configuration());
+        Workbench::WriteBehind writer(output, [&](Workbench::FrameReading reading) {
+            return fusedLine(placed(std::move(reading), adapter));
+        });
+        Workbench::Replay run(
+            reader.header(), configuration(),
+            [&](Workbench::FrameReading reading) { writer.write(std::move(reading)); });
         Workbench::ReadAhead lines(reader);
         while (const auto line = lines.next()) {
             run.feed(std::get<Workbench::SensorFrame>(*line));
@@ -127,9 +131,11 @@ void BM_Host(benchmark::State& state) {
     }
     Tally tally;
     for ([[maybe_unused]] const auto iteration : state) {
-        Workbench::Replay run(
-            reader.header(), configuration(),
-            [](const Workbench::FusedFrame& frame) { benchmark::DoNotOptimize(&frame); });
+        const Workbench::HostAdapter adapter(reader.header(), configuration());
+        Workbench::Replay run(reader.header(), configuration(),
+                              [&](Workbench::FrameReading reading) {
+                                  benchmark::DoNotOptimize(placed(std::move(reading), adapter));
+                              });
         for (const Workbench::SensorFrame& frame : frames) {
             run.feed(frame);
         }

@@ -36,7 +36,8 @@ protected:
         return {adapter.convert(SensorFrame{Veskar::Radar, 5.0, 5.0, {radarReport()}}).at(0), 17};
     }
     FusedTrack read(const Veskar::SystemTrack& track) const {
-        return readTrack(track, HostAdapter(header, VeskarTest::configuration()));
+        return placed(Workbench::readTrack(track),
+                      HostAdapter(header, VeskarTest::configuration()));
     }
     // Where the radar sees the object.
     Eigen::Vector2d radarPlace() const {

@@ -2,15 +2,19 @@
 // The program as its users run it.
 #include "Process.h"
 
+#include <chrono>
 #include <cmath>
 #include <set>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
@@ -25,9 +29,14 @@ namespace {
 class Program : public testing::Test {
 protected:
     // The small recording that the golden files were made from.
-    std::string recording() {
+    // The whole scenario by default, or some seconds of it.
+    std::string recording(const std::string& duration = "") {
         std::string path = directory / "tiny.jsonl";
-        EXPECT_EQ(veskar({"simulate", dataFile("tiny.scenario.json"), "-o", path}).status, 0);
+        std::vector<std::string> arguments{"simulate", dataFile("tiny.scenario.json"), "-o", path};
+        if (!duration.empty()) {
+            arguments.insert(arguments.end(), {"--duration", duration});
+        }
+        EXPECT_EQ(veskar(arguments).status, 0);
         return path;
     }
 
@@ -193,6 +202,29 @@ TEST_F(Program, SummaryTellsWhatLivedAndWhatFedIt) {
     const Outcome toStream = veskar({"replay", path, "--summary"});
     EXPECT_EQ(toStream.output, slurp(directory / "fused"));
     EXPECT_EQ(toStream.errors, toFile.output);
+}
+
+TEST_F(Program, RealtimeTakesItsTimeAndChangesNothing) {
+    const std::string path = recording("0.5");
+    const std::string fast = veskar({"replay", path}).output;
+    const auto start = std::chrono::steady_clock::now();
+    const Outcome slow = veskar({"replay", path, "--realtime"});
+    // Half a second of recording, less the way of the first frame to the host.
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(400));
+    EXPECT_EQ(slow.output, fast);
+    EXPECT_EQ(slow.errors, "");
+}
+
+TEST_F(Program, ShowsATerminalHowFarItIsOnceItTakesLongerThanASecond) {
+    const std::string path = recording("1.4");
+    const std::string command = "'" + std::string(VESKAR_PROGRAM) + "' replay '" + path +
+                                "' --realtime -o '" + (directory / "fused") + "'";
+    const Outcome outcome = VeskarTest::run({"script", "-qec", command, "/dev/null"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.output, HasSubstr("replaying [="));
+    EXPECT_THAT(outcome.output, HasSubstr(" %"));
+    // The line is cleared in the end.
+    EXPECT_THAT(outcome.output, EndsWith("\r\033[K"));
 }
 
 TEST_F(Program, TruthNeverReachesTheFusion) {

@@ -34,8 +34,10 @@ struct Collected {
 Collected replay(const std::vector<SensorFrame>& frames,
                  const Workbench::RecordingHeader& header = VeskarTest::installation()) {
     Collected collected;
-    Replay run(header, VeskarTest::configuration(),
-               [&](const FusedFrame& frame) { collected.frames.push_back(frame); });
+    const Workbench::HostAdapter adapter(header, VeskarTest::configuration());
+    Replay run(header, VeskarTest::configuration(), [&](Workbench::FrameReading reading) {
+        collected.frames.push_back(placed(std::move(reading), adapter));
+    });
     for (const SensorFrame& frame : frames) {
         run.feed(frame);
     }

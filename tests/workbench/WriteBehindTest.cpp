@@ -11,17 +11,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-using Workbench::FusedFrame;
+using Workbench::FrameReading;
 using Workbench::OutputFile;
 using Workbench::WriteBehind;
 
 namespace {
 
-FusedFrame frameAt(double time) {
+FrameReading frameAt(double time) {
     return {time, time, Veskar::VideoObject, {}};
 }
 
-std::string timeOf(const FusedFrame& frame) {
+std::string timeOf(const FrameReading& frame) {
     return std::to_string(static_cast<int>(frame.time)) + "\n";
 }
 
@@ -46,14 +46,14 @@ TEST(WriteBehind, WritesEveryFrameInItsOrder) {
 
 TEST(WriteBehind, TellsThatTheDiskIsFull) {
     OutputFile output("/dev/full");
-    WriteBehind writer(output, [](const FusedFrame&) { return std::string(1 << 20, 'x'); });
+    WriteBehind writer(output, [](const FrameReading&) { return std::string(1 << 20, 'x'); });
     writer.write(frameAt(0.0));
     EXPECT_THROW(writer.finish(), Workbench::InputError);
 }
 
 TEST(WriteBehind, TakesNothingMoreOnceTheDiskIsFull) {
     OutputFile output("/dev/full");
-    WriteBehind writer(output, [](const FusedFrame&) { return std::string(1 << 20, 'x'); });
+    WriteBehind writer(output, [](const FrameReading&) { return std::string(1 << 20, 'x'); });
     const auto writeOn = [&] {
         for (int i = 0; i < 1000; ++i) {
             writer.write(frameAt(i));

@@ -8,11 +8,13 @@
 #include "io/InputError.h"
 #include "io/OutputFile.h"
 #include "recording/RecordingReader.h"
+#include "replay/FusedTrack.h"
 #include "replay/Replay.h"
 
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -43,7 +45,10 @@ int evaluate(const Options& options) {
     wishes.commonFieldOfView = !options.wholeScene;
     std::sort(wishes.bands.begin(), wishes.bands.end());
     Evaluation evaluation(header, config, wishes);
-    Replay replay(header, config, [&](const FusedFrame& frame) { evaluation.add(frame); });
+    const HostAdapter adapter(header, config);
+    Replay replay(header, config, [&](FrameReading reading) {
+        evaluation.add(placed(std::move(reading), adapter));
+    });
     while (const auto line = reader.next()) {
         throwIfInterrupted();
         if (const auto* truth = std::get_if<TruthFrame>(&*line)) {

@@ -104,20 +104,22 @@ int replay(const Options& options) {
 
     OutputFile output(options.output);
     output.write(isCsv ? csvHeader() : fusedHeaderLine(header, configuration.text));
-    WriteBehind writer(
-        output, isCsv ? csvRows : fusedLine,
-        options.realtime ? WriteBehind::Flush::EveryFrame : WriteBehind::Flush::WhenFull,
-        throwIfInterrupted);
+    const HostAdapter adapter(header, configuration.config);
     Summary summary;
-    Replay run(
-        header, configuration.config,
-        [&](FusedFrame frame) {
+    WriteBehind writer(
+        output,
+        [&](FrameReading reading) {
+            const FusedFrame frame = placed(std::move(reading), adapter);
             if (options.summary) {
                 summary.add(frame);
             }
-            writer.write(std::move(frame));
+            return isCsv ? csvRows(frame) : fusedLine(frame);
         },
-        options.tags);
+        options.realtime ? WriteBehind::Flush::EveryFrame : WriteBehind::Flush::WhenFull,
+        throwIfInterrupted);
+    Replay run(
+        header, configuration.config,
+        [&](FrameReading reading) { writer.write(std::move(reading)); }, options.tags);
     Explanations explanations(options.explain);
     run.setObserver(explanations.observer());
     Progress progress("replaying");

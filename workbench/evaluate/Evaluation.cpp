@@ -150,7 +150,7 @@ void Evaluation::show(Veskar::Source source, double time,
                 continue;
             }
             const Veskar::SystemTrack alone(track, track->id);
-            if (const auto reported = reportedOf(readTrack(alone, adapter))) {
+            if (const auto reported = reportedOf(placed(readTrack(alone), adapter))) {
                 reports.push_back(*reported);
             }
         }

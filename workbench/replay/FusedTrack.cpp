@@ -4,6 +4,7 @@
 #include "geometry/Site.h"
 
 #include <cmath>
+#include <utility>
 
 #include <Eigen/LU>
 
@@ -31,43 +32,42 @@ Labels labelsOf(const Veskar::SystemTrack& track) {
             {track.getLowerClothingColorName(), track.getLowerClothingColorProbability()}};
 }
 
-std::optional<GroundPosition> groundOf(const FusedTrack& fused, const Veskar::StateMatrix& P,
-                                       const Projection& camera) {
-    const auto found = camera.groundPoint(fused.image[0], fused.image[1], fused.range);
+std::optional<GroundPosition> groundOf(const TrackReading& reading, const Projection& camera) {
+    const FusedTrack& track = reading.track;
+    const auto found = camera.groundPoint(track.image[0], track.image[1], track.range);
     if (!found) {
         return std::nullopt;
     }
     // Column and range tell the place on the ground; the row says the same less well.
     const Eigen::Matrix2d J = found->jacobian.inverse();
-    Eigen::Matrix2d place;
-    place << P(0, 0), P(0, 4), P(4, 0), P(4, 4);
-    Eigen::Matrix2d rate;
-    rate << P(1, 1), P(1, 5), P(5, 1), P(5, 5);
-    return GroundPosition{found->position, J * place * J.transpose(),
-                          J * Eigen::Vector2d(fused.imageRate[0], fused.rangeRate),
-                          J * rate * J.transpose()};
+    return GroundPosition{found->position, J * reading.placeCovariance * J.transpose(),
+                          J * Eigen::Vector2d(track.imageRate[0], track.rangeRate),
+                          J * reading.rateCovariance * J.transpose()};
 }
 
-void readMotion(const Veskar::SystemTrack& track, FusedTrack& fused) {
-    fused.speed = track.getSpeed();
-    std::optional<Eigen::Vector2d> direction = track.getDirection();
-    if (fused.ground) {
-        const Eigen::Vector2d velocity = fused.ground->velocity;
-        fused.speed = fused.speed.value_or(velocity.norm());
+void addMotion(FusedTrack& track, std::optional<Eigen::Vector2d> direction) {
+    if (track.ground) {
+        const Eigen::Vector2d velocity = track.ground->velocity;
+        track.speed = track.speed.value_or(velocity.norm());
         direction = direction.value_or(velocity);
     }
     if (direction && direction->squaredNorm() > 0.0) {
-        fused.direction = -degrees(std::atan2((*direction)[1], (*direction)[0]));
+        track.direction = -degrees(std::atan2((*direction)[1], (*direction)[0]));
     }
 }
 
 }  // namespace
 
-FusedTrack readTrack(const Veskar::SystemTrack& track, const HostAdapter& adapter) {
+TrackReading readTrack(const Veskar::SystemTrack& track) {
     const Veskar::StateVector& x = track.state;
+    const Veskar::StateMatrix& P = track.covariance;
     const double age = reportAge(track, Veskar::Radar)
                            .value_or(reportAge(track, Veskar::VideoObject).value_or(0.0));
-    FusedTrack fused;
+    TrackReading reading;
+    reading.placeCovariance << P(0, 0), P(0, 4), P(4, 0), P(4, 4);
+    reading.rateCovariance << P(1, 1), P(1, 5), P(5, 1), P(5, 5);
+    reading.direction = track.getDirection();
+    FusedTrack& fused = reading.track;
     fused.id = track.id;
     fused.confirmed = track.isConfirmed;
     fused.probability = track.getTrackProbability();
@@ -75,21 +75,37 @@ FusedTrack readTrack(const Veskar::SystemTrack& track, const HostAdapter& adapte
     fused.imageRate = {x[1], x[3]};
     fused.range = x[4] + x[5] * age;
     fused.rangeRate = x[5];
-    fused.ground = groundOf(fused, track.covariance, adapter.projection());
-    readMotion(track, fused);
+    fused.speed = track.getSpeed();
     fused.labels = labelsOf(track);
     const Eigen::Vector4d& box = track.boundingBox;
     fused.box = {box[0], box[2], box[0] + box[1], box[2] + box[3]};
-    if (fused.ground && adapter.site()) {
-        fused.geo = geographicPosition(*adapter.site(), fused.ground->position);
-    }
     fused.age = track.time - track.systemStartTime;
+    fused.sensors.reserve(2);
     for (const auto& [source, tracks] : track.sensorTracks) {
         for (const auto& [id, sensorTrack] : tracks) {
             fused.sensors.push_back({source, id, sensorTrack->coastingTime});
         }
     }
-    return fused;
+    return reading;
+}
+
+FusedTrack placed(TrackReading reading, const HostAdapter& adapter) {
+    reading.track.ground = groundOf(reading, adapter.projection());
+    FusedTrack& track = reading.track;
+    addMotion(track, reading.direction);
+    if (track.ground && adapter.site()) {
+        track.geo = geographicPosition(*adapter.site(), track.ground->position);
+    }
+    return std::move(track);
+}
+
+FusedFrame placed(FrameReading reading, const HostAdapter& adapter) {
+    FusedFrame frame{reading.time, reading.received, reading.source, {}};
+    frame.tracks.reserve(reading.tracks.size());
+    for (TrackReading& track : reading.tracks) {
+        frame.tracks.push_back(placed(std::move(track), adapter));
+    }
+    return frame;
 }
 
 }  // namespace Workbench

@@ -61,14 +61,41 @@ struct FusedFrame {
     std::vector<FusedTrack> tracks;               ///< oldest first
 };
 
+/// What the library says of a system track: all that has to be read before the fusion goes on.
+struct TrackReading {
+    FusedTrack track;                          ///< without its place on the ground
+    Eigen::Matrix2d placeCovariance;           ///< of (u, range)
+    Eigen::Matrix2d rateCovariance;            ///< of (u', range')
+    std::optional<Eigen::Vector2d> direction;  ///< of motion on the ground, as a sensor said
+};
+
+/// What the library says after a frame.
+struct FrameReading {
+    double time = 0.0;                            ///< as FusedFrame
+    double received = 0.0;                        ///< as FusedFrame
+    Veskar::Source source = Veskar::VideoObject;  ///< as FusedFrame
+    std::vector<TrackReading> tracks;             ///< oldest first
+};
+
 /// Reads a system track.
 ///
 /// The fusion does not move the range between reports; it is moved here by the range rate over the
 /// age of the radar's report (of the camera's, without radar).
 ///
 /// @param track a system track
+/// @return what the library says of it
+TrackReading readTrack(const Veskar::SystemTrack& track);
+
+/// Finds out where a track is on the ground and how it moves there.
+/// @param reading what the library said
 /// @param adapter the adapter that made its sensor tracks
 /// @return what a user wants to know
-FusedTrack readTrack(const Veskar::SystemTrack& track, const HostAdapter& adapter);
+FusedTrack placed(TrackReading reading, const HostAdapter& adapter);
+
+/// As above, for all tracks.
+/// @param reading what the library said after a frame
+/// @param adapter the adapter that made the sensor tracks
+/// @return what a user wants to know
+FusedFrame placed(FrameReading reading, const HostAdapter& adapter);
 
 }  // namespace Workbench

@@ -113,15 +113,15 @@ void Replay::cycle(Veskar::Source source, double time, double received,
 }
 
 void Replay::report(Veskar::Source source, double time, double received) {
-    FusedFrame frame{time, received, source, {}};
+    FrameReading frame{time, received, source, {}};
     if (!module.systemTracks.empty()) {
         frame.time = module.systemTracks.front()->time - uptime;
     }
     frame.tracks.reserve(module.systemTracks.size());
     for (const auto& track : module.systemTracks) {
-        frame.tracks.push_back(readTrack(*track, adapter));
+        frame.tracks.push_back(readTrack(*track));
         if (priority) {
-            frame.tracks.back().tags = priority->evaluateTrack(*track);
+            frame.tracks.back().track.tags = priority->evaluateTrack(*track);
         }
     }
     sink(std::move(frame));

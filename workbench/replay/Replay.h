@@ -54,8 +54,8 @@ struct ReplayCounts {
 /// One fusion run. One lives per process at a time: the library numbers system tracks globally.
 class Replay {
 public:
-    /// Receives the system tracks after every frame that was fused.
-    using Sink = std::function<void(FusedFrame)>;
+    /// Receives what the library says of the system tracks after every frame that was fused.
+    using Sink = std::function<void(FrameReading)>;
 
     /// Seconds by which the module's clock is ahead of the recording's. The module takes the last
     /// video frame to be at time 0 before there is one, so a recording that begins there would see

@@ -28,8 +28,8 @@ WriteBehind::~WriteBehind() {
 
 void WriteBehind::run() {
     try {
-        while (const std::optional<FusedFrame> frame = queue.pop()) {
-            output.write(format(*frame));
+        while (std::optional<FrameReading> frame = queue.pop()) {
+            output.write(format(std::move(*frame)));
             if (flush == Flush::EveryFrame) {
                 output.flush();
             }
@@ -40,7 +40,7 @@ void WriteBehind::run() {
     }
 }
 
-void WriteBehind::write(FusedFrame frame) {
+void WriteBehind::write(FrameReading frame) {
     queue.push(std::move(frame), whileWaiting);
 }
 

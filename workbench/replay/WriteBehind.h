@@ -12,12 +12,12 @@
 
 namespace Workbench {
 
-/// Turns fused frames into text and writes it, so that the fusion need not wait for either. The
-/// frames are written in their order.
+/// Turns what the fusion said into text and writes it, so that the fusion need not wait for either.
+/// The frames are written in their order.
 class WriteBehind {
 public:
     /// How a frame is put into words.
-    using Format = std::function<std::string(const FusedFrame&)>;
+    using Format = std::function<std::string(FrameReading)>;
     /// When the output hands on what it holds.
     enum class Flush { WhenFull, EveryFrame };
 
@@ -34,7 +34,7 @@ public:
 
     /// @param frame to be written
     /// @throw InputError when an earlier frame could not be written
-    void write(FusedFrame frame);
+    void write(FrameReading frame);
     /// Waits until all frames are written. The output may be used again.
     /// @throw InputError when a frame could not be written
     void finish();
@@ -46,7 +46,7 @@ private:
     Format format;
     Flush flush;
     std::function<void()> whileWaiting;
-    BoundedQueue<FusedFrame> queue;
+    BoundedQueue<FrameReading> queue;
     std::exception_ptr failure;
     std::thread thread;
 };

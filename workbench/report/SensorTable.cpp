@@ -52,7 +52,8 @@ void SensorTable::add(const SensorFrame& frame) {
     const std::vector<std::shared_ptr<Veskar::Track>> tracks = adapter.convert(frame);
     for (std::size_t i = 0; i < tracks.size(); ++i) {
         const ReportBase& base = baseOf(frame.tracks[i]);
-        const FusedTrack track = readTrack(Veskar::SystemTrack(tracks[i], tracks[i]->id), adapter);
+        const FusedTrack track =
+            placed(readTrack(Veskar::SystemTrack(tracks[i], tracks[i]->id)), adapter);
         const Eigen::Vector2d position =
             track.ground ? track.ground->position : Eigen::Vector2d(nothing, nothing);
         const ImageBox box = boxOf(frame.tracks[i]);
