@@ -4,6 +4,7 @@
 #include "cli/Inputs.h"
 #include "cli/Interruption.h"
 #include "cli/Progress.h"
+#include "io/InputError.h"
 #include "io/OutputFile.h"
 #include "recording/ReadAhead.h"
 #include "recording/RecordingReader.h"
@@ -101,6 +102,9 @@ int replay(const Options& options) {
     RecordingReader reader(options.recording, TruthLines::Skip);
     const RecordingHeader header = withCamera(reader.header(), options.camera);
     const bool isCsv = options.format == "csv";
+    if (options.explain == "-" && options.output == "-") {
+        throw InputError("tracks and explanations cannot both go to standard output");
+    }
 
     OutputFile output(options.output);
     output.write(isCsv ? csvHeader() : fusedHeaderLine(header, configuration.text));
