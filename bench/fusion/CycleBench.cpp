@@ -4,6 +4,7 @@
 // Only the call is timed, not what the host does to make the tracks. "LU" is the time per object in
 // units of the Mahalanobis distance in support/LuUnit.h, measured beside every benchmark.
 #include <veskar/FusionModule.h>
+#include <veskar/FusionObserver.h>
 
 #include "support/AllocationCounter.h"
 #include "support/EstimatePool.h"
@@ -121,10 +122,12 @@ void require(benchmark::State& state, bool condition, const char* what) {
 
 /// Every object is held by both sensors and both report it ten times a second. One iteration is a
 /// video and a radar frame.
-void steadyState(benchmark::State& state) {
+/// @param observer told what is decided, or null
+void fuseSteadily(benchmark::State& state, Veskar::FusionObserver* observer) {
     const int objects = static_cast<int>(state.range(0));
     std::chrono::nanoseconds now{};
     FusionModule module(shippedConfig(state.range(1) != 0), [&now] { return now; });
+    module.setObserver(observer);
     Walkers videoWalkers(VideoObject, objects);
     Walkers radarWalkers(Radar, objects);
     double time = 10.0;
@@ -155,6 +158,16 @@ void steadyState(benchmark::State& state) {
     state.counters["allocs(video)"] = video.allocationsPerFrame();
     state.counters["allocs(radar)"] = radar.allocationsPerFrame();
     state.SetComplexityN(objects);
+}
+
+void steadyState(benchmark::State& state) {
+    fuseSteadily(state, nullptr);
+}
+
+/// The same with an observer that takes note of nothing: what the telling itself costs.
+void steadyStateObserved(benchmark::State& state) {
+    Veskar::FusionObserver observer;
+    fuseSteadily(state, &observer);
 }
 
 /// A radar frame shows objects for the first time that so far video alone has seen.
@@ -209,6 +222,7 @@ void perObject(benchmark::internal::Benchmark* benchmark) {
 
 BENCHMARK(steadyState)->Apply(perObject)->ArgsProduct({{8, 32, 64, 128, 256}, {1}})->Complexity();
 BENCHMARK(steadyState)->Apply(perObject)->ArgsProduct({{8, 32, 64, 128, 256}, {0}})->Complexity();
+BENCHMARK(steadyStateObserved)->Apply(perObject)->ArgsProduct({{8, 32, 128}, {1}});
 BENCHMARK(newObjectsJoin)->Apply(perObject)->ArgsProduct({{64}, {1, 0}});
 BENCHMARK(newObjectsInACrowd)->Apply(perObject)->ArgsProduct({{64}, {1, 0}});
 BENCHMARK(newObjectsElsewhere)->Apply(perObject)->ArgsProduct({{64}, {1, 0}});
