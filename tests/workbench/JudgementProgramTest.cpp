@@ -83,6 +83,76 @@ TEST_F(Judgement, EvaluateWritesJsonForMachines) {
     EXPECT_EQ(outcome.output, veskar({"evaluate", path, "--format", "json", "--hits", "2"}).output);
 }
 
+TEST_F(Judgement, EvaluateJudgesFusedTracksFromAFileAsThoseOfARun) {
+    const std::string path = recording();
+    const std::string fused = directory / "fused.jsonl";
+    ASSERT_EQ(veskar({"replay", path, "-o", fused}).status, 0);
+    const auto run = nlohmann::json::parse(veskar({"evaluate", path, "--format", "json"}).output);
+    const Outcome outcome = veskar({"evaluate", path, fused, "--format", "json"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.errors, IsEmpty());
+    const auto file = nlohmann::json::parse(outcome.output);
+    int compared = 0;
+    for (const auto& part : run["parts"].items()) {
+        for (const auto& tracker : part.value().items()) {
+            for (const auto& figure : tracker.value().items()) {
+                const auto& other = file["parts"][part.key()][tracker.key()][figure.key()];
+                ASSERT_EQ(other.is_null(), figure.value().is_null()) << figure.key();
+                if (figure.value().is_number()) {
+                    // The file states metres and radians to three to six digits.
+                    EXPECT_NEAR(other.get<double>(), figure.value().get<double>(), 5e-3)
+                        << part.key() << " " << tracker.key() << " " << figure.key();
+                    ++compared;
+                }
+            }
+        }
+    }
+    EXPECT_GT(compared, 500);
+    EXPECT_EQ(veskar({"evaluate", path, "-", "--format", "json"}, slurp(fused)).output,
+              outcome.output);
+}
+
+TEST_F(Judgement, EvaluateJudgesTheVeryTracksOfTheFile) {
+    const std::string path = recording();
+    auto config =
+        nlohmann::json::parse(slurp(std::string(VESKAR_SOURCE_DIR) + "/config/fusion.json"));
+    config["veskarModule"]["systemTrackConfirmationLimitUpper"] = 2.0;
+    config["veskarModule"]["systemTrackConfirmationLimitLower"] = 2.0;
+    spill(directory / "strict.json", config.dump());
+    ASSERT_EQ(
+        veskar({"replay", path, "--config", directory / "strict.json", "-o", directory / "fused"})
+            .status,
+        0);
+    const auto json = nlohmann::json::parse(
+        veskar({"evaluate", path, directory / "fused", "--format", "json"}).output);
+    EXPECT_EQ(json["parts"]["all"]["fusion"]["IDR"], 0.0);
+    EXPECT_GT(json["parts"]["all"]["radar 3"]["IDR"].get<double>(), 0.0);
+}
+
+TEST_F(Judgement, EvaluateRefusesFusedTracksThatAreNone) {
+    const std::string path = recording();
+    const std::string fused = veskar({"replay", path}).output;
+    const auto errorsOf = [&](const std::string& text) {
+        const Outcome outcome = veskar({"evaluate", path, "-", "-o", directory / "report"}, text);
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_THAT(directory.names(), testing::Not(testing::Contains("report")));
+        return outcome.errors;
+    };
+    EXPECT_THAT(errorsOf(slurp(path)), HasSubstr("<stdin>:1: format: "));
+    EXPECT_THAT(errorsOf(""), HasSubstr("<stdin>:1: the file is empty"));
+    EXPECT_THAT(errorsOf(fused.substr(0, fused.size() - 9)), HasSubstr("the line is cut off"));
+    std::string other = fused;
+    other.replace(other.find("\"tiny\""), 6, "\"tall\"");
+    EXPECT_THAT(errorsOf(other), HasSubstr("<stdin>:1: name: these tracks were made from the "
+                                           "recording \"tall\", not from \"tiny\""));
+    // What the file states of the fusion cannot be stated again.
+    spill(directory / "fused", fused);
+    for (const char* option : {"--config", "--camera"}) {
+        EXPECT_EQ(veskar({"evaluate", path, directory / "fused", option, "x"}).status, 2);
+    }
+    EXPECT_EQ(veskar({"evaluate", "-", "-"}, fused).status, 2);
+}
+
 TEST_F(Judgement, EvaluateOmitsWhatIncompleteTruthCannotTell) {
     const std::string path = withTruth(recording(), "incomplete");
     const Outcome table = veskar({"evaluate", path});

@@ -5,13 +5,16 @@
 #include "cli/Interruption.h"
 #include "cli/Progress.h"
 #include "evaluate/EvaluationReport.h"
+#include "evaluate/FusedFeed.h"
 #include "io/InputError.h"
 #include "io/OutputFile.h"
 #include "recording/RecordingReader.h"
+#include "replay/FusedReader.h"
 #include "replay/FusedTrack.h"
 #include "replay/Replay.h"
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -24,6 +27,7 @@ namespace {
 
 struct Options {
     std::string recording;
+    std::string fused;
     std::string output = "-";
     std::string config;
     std::string camera;
@@ -32,39 +36,52 @@ struct Options {
     EvaluationOptions evaluation;
 };
 
-int evaluate(const Options& options) {
-    const Veskar::Config config = readConfiguration(options.config).config;
-    RecordingReader reader(options.recording);
-    const RecordingHeader header = withCamera(reader.header(), options.camera);
-    if (header.truth == TruthKind::None) {
-        throw InputError(reader.input().name() + ": the recording has no truth to judge by");
-    }
-    OutputFile output(options.output);
+/// Judges a recording to its end.
+/// @param follow hands the evaluation what the fusion knows at a line, before the line itself
+/// @return the report
+std::string judge(RecordingReader& reader, Evaluation& evaluation, EvaluationReport report,
+                  const std::string& format,
+                  const std::function<void(const RecordingLine&)>& follow) {
     Progress progress("evaluating");
-    EvaluationOptions wishes = options.evaluation;
-    wishes.commonFieldOfView = !options.wholeScene;
-    std::sort(wishes.bands.begin(), wishes.bands.end());
-    Evaluation evaluation(header, config, wishes);
-    const HostAdapter adapter(header, config);
-    Replay replay(header, config, [&](FrameReading reading) {
-        evaluation.add(placed(std::move(reading), adapter));
-    });
     while (const auto line = reader.next()) {
         throwIfInterrupted();
-        if (const auto* truth = std::get_if<TruthFrame>(&*line)) {
-            replay.advance(truth->time);
-        }
+        follow(*line);
         evaluation.add(*line);
-        if (const auto* frame = std::get_if<SensorFrame>(&*line)) {
-            replay.feed(*frame);
-        }
         progress.update(reader.input().fractionRead());
     }
     if (evaluation.instants() == 0) {
         throw InputError(reader.input().name() + ": the recording has no truth line");
     }
-    const EvaluationReport report{header, wishes, evaluation.instants(), evaluation.figures()};
-    output.write(options.format == "json" ? toJsonText(report) : toTable(report));
+    report.instants = evaluation.instants();
+    report.parts = evaluation.figures();
+    return format == "json" ? toJsonText(report) : toTable(report);
+}
+
+void requireTruth(const RecordingReader& reader) {
+    if (reader.header().truth == TruthKind::None) {
+        throw InputError(reader.input().name() + ": the recording has no truth to judge by");
+    }
+}
+
+/// The fusion runs on the recording.
+int judgeRun(const Options& options, RecordingReader& reader, const EvaluationOptions& wishes) {
+    const Veskar::Config config = readConfiguration(options.config).config;
+    const RecordingHeader header = withCamera(reader.header(), options.camera);
+    requireTruth(reader);
+    OutputFile output(options.output);
+    Evaluation evaluation(header, config, wishes);
+    const HostAdapter adapter(header, config);
+    Replay replay(header, config, [&](FrameReading reading) {
+        evaluation.add(placed(std::move(reading), adapter));
+    });
+    output.write(judge(reader, evaluation, {header, wishes, 0, {}}, options.format,
+                       [&](const RecordingLine& line) {
+                           if (const auto* frame = std::get_if<SensorFrame>(&line)) {
+                               replay.feed(*frame);
+                           } else {
+                               replay.advance(std::get<TruthFrame>(line).time);
+                           }
+                       }));
     output.commit();
     if (replay.counts().failedFrames > 0) {
         fmt::print(stderr, "veskar: {}: the fusion could not associate {} frames; the first: {}\n",
@@ -74,6 +91,41 @@ int evaluate(const Options& options) {
     return success;
 }
 
+/// The fusion has run before, with the installation and the configuration that its output states.
+int judgeFile(const Options& options, RecordingReader& reader, const EvaluationOptions& wishes) {
+    FusedReader fused(options.fused);
+    const FusedHeader& made = fused.header();
+    RecordingHeader header = reader.header();
+    if (made.name != header.name) {
+        throw InputError(
+            fmt::format("{}:1: name: these tracks were made from the recording "
+                        "\"{}\", not from \"{}\"",
+                        fused.input().name(), made.name, header.name));
+    }
+    header.camera = made.camera;
+    header.radar = made.radar;
+    requireTruth(reader);
+    OutputFile output(options.output);
+    Evaluation evaluation(header, Veskar::Config::parse_json_string(made.configuration), wishes);
+    FusedFeed feed(fused, [&](const FusedFrame& frame) { evaluation.add(frame); });
+    output.write(judge(reader, evaluation, {header, wishes, 0, {}}, options.format,
+                       [&](const RecordingLine& line) { feed.follow(line); }));
+    output.commit();
+    return success;
+}
+
+int evaluate(const Options& options) {
+    if (options.recording == "-" && options.fused == "-") {
+        throw InputError("recording and fused tracks cannot both come from standard input");
+    }
+    RecordingReader reader(options.recording);
+    EvaluationOptions wishes = options.evaluation;
+    wishes.commonFieldOfView = !options.wholeScene;
+    std::sort(wishes.bands.begin(), wishes.bands.end());
+    return options.fused.empty() ? judgeRun(options, reader, wishes)
+                                 : judgeFile(options, reader, wishes);
+}
+
 }  // namespace
 
 void addEvaluateCommand(CLI::App& program, Action& action) {
@@ -81,10 +133,16 @@ void addEvaluateCommand(CLI::App& program, Action& action) {
     CLI::App* command = program.add_subcommand(
         "evaluate", "Judge the fusion and each sensor alone by the truth of a recording");
     command->add_option("recording", options->recording, "recording with truth, or -")->required();
+    CLI::Option* fused = command->add_option(
+        "fused", options->fused,
+        "tracks that veskar replay made of this recording, or - (default: run the fusion)");
     command->add_option("-o,--output", options->output, "report to write (default: -)");
-    command->add_option("--config", options->config,
-                        "configuration of the fusion (default: the shipped one)");
-    command->add_option("--camera", options->camera, "camera to use instead of the recording's");
+    command
+        ->add_option("--config", options->config,
+                     "configuration of the fusion (default: the shipped one)")
+        ->excludes(fused);
+    command->add_option("--camera", options->camera, "camera to use instead of the recording's")
+        ->excludes(fused);
     command->add_option("--format", options->format, "table or json (default: table)")
         ->check(CLI::IsMember({"table", "json"}));
     command
@@ -104,11 +162,13 @@ void addEvaluateCommand(CLI::App& program, Action& action) {
     command->add_flag("--whole-scene", options->wholeScene,
                       "judge also where only one sensor can see");
     command->footer(
-        "The fusion runs on the recording; its confirmed tracks and those of each sensor are "
-        "compared with the truth at the same moments, as far as they had arrived by then.\n"
+        "The fusion runs on the recording, or its output is given; its confirmed tracks and those "
+        "of each sensor are compared with the truth at the same moments, as far as they had "
+        "arrived by then.\n"
         "Exit status 1: the fusion could not associate some frames (too many tracks at once).\n"
         "\n"
-        "Example:\n  veskar evaluate perimeter.jsonl --format json -o figures.json");
+        "Example:\n  veskar evaluate perimeter.jsonl --format json -o figures.json\n"
+        "  veskar evaluate perimeter.jsonl perimeter.fused.jsonl");
     command->callback([options, &action] { action = [options] { return evaluate(*options); }; });
 }
 

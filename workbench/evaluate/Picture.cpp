@@ -4,6 +4,13 @@
 #include <utility>
 
 namespace Workbench {
+namespace {
+
+/// Recordings and fused tracks state times to a microsecond; a track at the very limit is shown
+/// whether its times have been through a file or not.
+constexpr double timeTolerance = 2e-6;
+
+}  // namespace
 
 void Picture::replace(double time, std::vector<Reported> reports) {
     reportTime = time;
@@ -14,7 +21,7 @@ std::vector<JudgedTrack> Picture::at(double time) const {
     const double elapsed = time - reportTime;
     std::vector<JudgedTrack> shown;
     for (const Reported& reported : current) {
-        if (reported.coasting + elapsed > coastingLimit) {
+        if (reported.coasting + elapsed > coastingLimit + timeTolerance) {
             continue;
         }
         JudgedTrack track = reported.track;

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+// Fused tracks from a file, in step with the recording that they were made from.
+#pragma once
+
+#include "recording/Recording.h"
+#include "replay/FusedReader.h"
+
+#include <functional>
+#include <optional>
+
+namespace Workbench {
+
+/// Hands fused frames out when a host would have had them, so that tracks from a file are judged as
+/// those of a running fusion are.
+class FusedFeed {
+public:
+    /// Receives the fused frames.
+    using Sink = std::function<void(const FusedFrame&)>;
+
+    /// @param source the file; must outlive this
+    /// @param receiver receives its frames
+    FusedFeed(FusedReader& source, Sink receiver)
+        : file(source), sink(std::move(receiver)), next(file.next()) {}
+
+    /// Hands out what the fusion knew when a line of the recording is reached: with a sensor's
+    /// frame what it made of this frame, with a truth what it knew before.
+    /// @param line in the order of the recording
+    /// @throw InputError what is wrong with the file
+    void follow(const RecordingLine& line);
+
+private:
+    FusedReader& file;
+    Sink sink;
+    std::optional<FusedFrame> next;
+};
+
+}  // namespace Workbench
