@@ -105,6 +105,27 @@ TEST_F(FusedReaderFaults, SayFileLineAndPlace) {
                         R"("probability":1,"image":[1]}]})"),
                 HasSubstr("tracks[0].image: expected 2 numbers, found 1"));
     EXPECT_THAT(faultOf(R"({"source":"radar","time":1,)"), HasSubstr(":2: column "));
+    EXPECT_THAT(faultOf(R"({"source":"radar","time":NaN,"received":1,"tracks":[]})"),
+                HasSubstr(":2: column "));
+}
+
+TEST_F(FusedReaderFaults, RefuseRepeatedIds) {
+    const std::string track =
+        R"({"id":4,"confirmed":true,"probability":1,"image":[0,0],"imageRate":[0,0],"range":9,)"
+        R"("rangeRate":0,"box":{"left":0,"bottom":0,"right":1,"top":2},"age":0,"sensors":[]})";
+    const std::string start = R"({"source":"radar","time":1,"received":1,"tracks":[)";
+    EXPECT_EQ(faultOf(start + track + "]}"), "");
+    EXPECT_THAT(faultOf(start + track + "," + track + "]}"),
+                HasSubstr(":2: tracks[1].id: 4 occurs twice in the frame"));
+}
+
+TEST_F(FusedReaderFaults, RefuseFramesThatDoNotStandInTheOrderOfTheirArrival) {
+    const std::string first = R"({"source":"video","time":1,"received":1.5,"tracks":[]})";
+    EXPECT_EQ(faultOf(first + "\n" + R"({"source":"video","time":0.5,"received":1.5,"tracks":[]})"),
+              "");
+    EXPECT_THAT(
+        faultOf(first + "\n" + R"({"source":"video","time":2,"received":1.25,"tracks":[]})"),
+        HasSubstr(":3: received: 1.25 is before 1.5, when the frame before was received"));
 }
 
 TEST_F(FusedReaderFaults, NameWhatIsNoFusedFile) {

@@ -141,10 +141,14 @@ TEST_F(Judgement, EvaluateRefusesFusedTracksThatAreNone) {
     EXPECT_THAT(errorsOf(slurp(path)), HasSubstr("<stdin>:1: format: "));
     EXPECT_THAT(errorsOf(""), HasSubstr("<stdin>:1: the file is empty"));
     EXPECT_THAT(errorsOf(fused.substr(0, fused.size() - 9)), HasSubstr("the line is cut off"));
+    std::string refused = fused;
+    refused.replace(refused.find("\"useJVA\":true"), 13, "\"useJVA\":1");
+    EXPECT_THAT(errorsOf(refused), HasSubstr("<stdin>:1: configuration: the fusion refuses it"));
     std::string other = fused;
     other.replace(other.find("\"tiny\""), 6, "\"tall\"");
-    EXPECT_THAT(errorsOf(other), HasSubstr("<stdin>:1: name: these tracks were made from the "
-                                           "recording \"tall\", not from \"tiny\""));
+    EXPECT_THAT(
+        errorsOf(other),
+        HasSubstr("<stdin>:1: name: these tracks are of the recording \"tall\", not of \"tiny\""));
     // What the file states of the fusion cannot be stated again.
     spill(directory / "fused", fused);
     for (const char* option : {"--config", "--camera"}) {

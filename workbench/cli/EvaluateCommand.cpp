@@ -94,19 +94,10 @@ int judgeRun(const Options& options, RecordingReader& reader, const EvaluationOp
 /// The fusion has run before, with the installation and the configuration that its output states.
 int judgeFile(const Options& options, RecordingReader& reader, const EvaluationOptions& wishes) {
     FusedReader fused(options.fused);
-    const FusedHeader& made = fused.header();
-    RecordingHeader header = reader.header();
-    if (made.name != header.name) {
-        throw InputError(
-            fmt::format("{}:1: name: these tracks were made from the recording "
-                        "\"{}\", not from \"{}\"",
-                        fused.input().name(), made.name, header.name));
-    }
-    header.camera = made.camera;
-    header.radar = made.radar;
+    const RecordingHeader header = headerOfRun(fused, reader);
     requireTruth(reader);
     OutputFile output(options.output);
-    Evaluation evaluation(header, Veskar::Config::parse_json_string(made.configuration), wishes);
+    Evaluation evaluation(header, fused.config(), wishes);
     FusedFeed feed(fused, [&](const FusedFrame& frame) { evaluation.add(frame); });
     output.write(judge(reader, evaluation, {header, wishes, 0, {}}, options.format,
                        [&](const RecordingLine& line) { feed.follow(line); }));

@@ -2,13 +2,19 @@
 // Fused tracks from a file, in step with the recording that they were made from.
 #pragma once
 
-#include "recording/Recording.h"
+#include "recording/RecordingReader.h"
 #include "replay/FusedReader.h"
 
 #include <functional>
 #include <optional>
 
 namespace Workbench {
+
+/// @param fused what a fusion made of a recording
+/// @param recording the recording
+/// @return the header of the recording with the installation that the fusion knew
+/// @throw InputError when the tracks were made from another recording
+RecordingHeader headerOfRun(const FusedReader& fused, const RecordingReader& recording);
 
 /// Hands fused frames out when a host would have had them, so that tracks from a file are judged as
 /// those of a running fusion are.
@@ -27,6 +33,10 @@ public:
     /// @param line in the order of the recording
     /// @throw InputError what is wrong with the file
     void follow(const RecordingLine& line);
+    /// Hands out the next frame, whenever it arrived.
+    /// @return false when there is none
+    /// @throw InputError what is wrong with the file
+    bool handOne();
 
 private:
     FusedReader& file;

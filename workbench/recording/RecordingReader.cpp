@@ -6,10 +6,10 @@
 #include "io/TextFile.h"
 #include "recording/Header.h"
 #include "recording/LabelFields.h"
+#include "recording/RepeatedIds.h"
 
 #include <algorithm>
 #include <limits>
-#include <set>
 #include <string_view>
 
 #include <fmt/format.h>
@@ -117,18 +117,6 @@ Report readReport(const LineFields& fields, Veskar::Source source) {
         return readRadarReport(fields);
     }
     return readVideo(fields);
-}
-
-template <typename Item>
-void refuseRepeatedIds(const std::vector<Item>& items, const char* list,
-                       std::int32_t (*idOf)(const Item&)) {
-    std::set<std::int32_t> seen;
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        if (!seen.insert(idOf(items[i])).second) {
-            throw InputError(
-                fmt::format("{}[{}].id: {} occurs twice in the frame", list, i, idOf(items[i])));
-        }
-    }
 }
 
 SensorFrame readSensorFrame(const LineFields& fields, Veskar::Source source) {

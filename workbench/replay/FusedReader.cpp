@@ -7,8 +7,10 @@
 #include "io/TextFile.h"
 #include "recording/Header.h"
 #include "recording/LabelFields.h"
+#include "recording/RepeatedIds.h"
 #include "replay/FusedJson.h"
 
+#include <exception>
 #include <limits>
 #include <utility>
 
@@ -144,6 +146,8 @@ FusedFrame readFrame(const LineFields& fields) {
     frame.tracks.reserve(fields.array("tracks").size());
     fields.forEach("tracks",
                    [&](const LineFields& track) { frame.tracks.push_back(readTrack(track)); });
+    refuseRepeatedIds<FusedTrack>(frame.tracks, "tracks",
+                                  [](const FusedTrack& track) { return track.id; });
     return frame;
 }
 
@@ -168,12 +172,35 @@ FusedReader::FusedReader(const std::string& path)
 
 FusedReader::~FusedReader() = default;
 
+Veskar::Config FusedReader::config() const {
+    try {
+        return Veskar::Config::parse_json_string(head.configuration);
+    } catch (const std::exception&) {
+        throw InputError(lines.name() + ":1: configuration: the fusion refuses it");
+    }
+}
+
 std::optional<FusedFrame> FusedReader::next() {
     std::string_view text;
     if (!lines.next(text)) {
         return std::nullopt;
     }
-    return parser->read(lines, text, readFrame);
+    return parser->read(lines, text, [this](const LineFields& fields) {
+        FusedFrame frame = readFrame(fields);
+        checkOrder(frame);
+        return frame;
+    });
+}
+
+/// The times of the estimates need not rise: a late frame may follow one that the host has added.
+void FusedReader::checkOrder(const FusedFrame& frame) {
+    if (lastReceived && frame.received < *lastReceived) {
+        throw InputError(
+            fmt::format("received: {} is before {}, when the frame before was "
+                        "received",
+                        frame.received, *lastReceived));
+    }
+    lastReceived = frame.received;
 }
 
 }  // namespace Workbench

@@ -2,6 +2,8 @@
 // Reads fused tracks line by line.
 #pragma once
 
+#include <veskar/Config.h>
+
 #include "io/LineReader.h"
 #include "recording/Recording.h"
 #include "replay/FusedTrack.h"
@@ -38,6 +40,9 @@ public:
 
     /// @return the header
     const FusedHeader& header() const { return head; }
+    /// @return the configuration of the header
+    /// @throw InputError when the fusion refuses it; the library logs why
+    Veskar::Config config() const;
     /// @return the next frame; nothing at the end
     /// @throw InputError what is wrong with the line
     std::optional<FusedFrame> next();
@@ -45,9 +50,12 @@ public:
     const LineReader& input() const { return lines; }
 
 private:
+    void checkOrder(const FusedFrame& frame);
+
     LineReader lines;
     std::unique_ptr<LineParser> parser;
     FusedHeader head;
+    std::optional<double> lastReceived;
 };
 
 }  // namespace Workbench

@@ -4,6 +4,7 @@
 #include <veskar/Config.h>
 
 #include "adapter/HostAdapter.h"
+#include "evaluate/FusedFeed.h"
 #include "io/InputError.h"
 #include "recording/RecordingReader.h"
 #include "replay/FusedReader.h"
@@ -16,11 +17,8 @@
 #include "report/Words.h"
 
 #include <algorithm>
-#include <exception>
 #include <limits>
 #include <memory>
-#include <optional>
-#include <utility>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -29,25 +27,6 @@ namespace Workbench {
 namespace {
 
 constexpr int reportVersion = 1;
-
-Veskar::Config configOf(const FusedReader& reader) {
-    try {
-        return Veskar::Config::parse_json_string(reader.header().configuration);
-    } catch (const std::exception&) {
-        throw InputError(reader.input().name() + ":1: configuration: the fusion refuses it");
-    }
-}
-
-/// What the first line of a run says must be about this recording.
-void refuseOtherRecording(const FusedReader& fused, const RecordingReader& recording) {
-    if (fused.header().name != recording.header().name) {
-        throw InputError(
-            fmt::format("{}:1: name: these tracks are of the recording \"{}\", not of "
-                        "\"{}\" ({})",
-                        fused.input().name(), fused.header().name, recording.header().name,
-                        recording.input().name()));
-    }
-}
 
 /// The span of everything that is shown.
 struct Span {
@@ -92,52 +71,39 @@ class RunPart {
 public:
     RunPart(const ReportRun& files, const RecordingReader& recording, Words& words)
         : reader(files.fused),
-          header(headerOf(reader, recording)),
-          config(configOf(reader)),
+          header(headerOfRun(reader, recording)),
+          config(reader.config()),
           table(words),
           judgement(header, config),
-          next(reader.next()) {}
+          feed(reader, [this](const FusedFrame& frame) { take(frame); }) {}
 
     void add(const RecordingLine& line) {
-        if (const auto* truth = std::get_if<TruthFrame>(&line)) {
-            while (next && next->received <= truth->time) {
-                judgement.add(*next);
-                take();
-            }
-        }
+        feed.follow(line);
         judgement.add(line);
     }
 
-    /// What came after the last moment of the truth.
+    /// What came after the last line of the recording.
     void finish(const ReportProgress& progress) {
-        while (next) {
+        while (feed.handOne()) {
             progress(reader.input());
-            take();
         }
     }
 
     FusedReader reader;
-    RecordingHeader header;  ///< of the recording, with the camera of the run
+    RecordingHeader header;  ///< of the recording, with the installation of the run
     Veskar::Config config;
     RunTable table;
     RunJudgement judgement;
     Span span;
 
 private:
-    static RecordingHeader headerOf(const FusedReader& reader, const RecordingReader& recording) {
-        refuseOtherRecording(reader, recording);
-        RecordingHeader header = recording.header();
-        header.camera = reader.header().camera;
-        return header;
+    void take(const FusedFrame& frame) {
+        span.include(frame.time);
+        table.add(frame);
+        judgement.add(frame);
     }
 
-    void take() {
-        span.include(next->time);
-        table.add(*next);
-        next = reader.next();
-    }
-
-    std::optional<FusedFrame> next;
+    FusedFeed feed;
 };
 
 /// Where a file lies is nobody's business but that of the person who made the report.

@@ -63,6 +63,14 @@ TEST_F(FusedFeedTest, HandsOutBeforeATruthWhatArrivedEarlier) {
     EXPECT_THAT(with(truthAt(2.0)), ElementsAre(1.5));
 }
 
+TEST_F(FusedFeedTest, HandsOutTheRestOneByOne) {
+    begin({1.0, 1.25});
+    EXPECT_TRUE(feed->handOne());
+    EXPECT_TRUE(feed->handOne());
+    EXPECT_FALSE(feed->handOne());
+    EXPECT_THAT(handed, ElementsAre(1.0, 1.25));
+}
+
 TEST_F(FusedFeedTest, AnEmptyFileHasNothingToHandOut) {
     begin({});
     EXPECT_THAT(with(sensorAt(9.0)), IsEmpty());
