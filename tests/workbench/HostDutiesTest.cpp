@@ -64,6 +64,33 @@ TEST(HostDuties, VideoThatNeverSpokeIsSilentSinceTheRadarBegan) {
     EXPECT_NEAR(added[0].time, 3.2, 1e-12);
 }
 
+TEST(HostDuties, ARadarFrameNeedNotWaitForSilentVideo) {
+    HostDuties duties;
+    EXPECT_FALSE(duties.videoFor(0.95, 1.0)) << "of video nothing is known yet";
+    duties.saw(frame(Veskar::VideoObject, 1.0, 1.1));
+    EXPECT_FALSE(duties.videoFor(1.25, 1.29)) << "video may still speak";
+    const auto empty = duties.videoFor(1.28, 1.32);
+    ASSERT_TRUE(empty);
+    EXPECT_EQ(empty->source, Veskar::VideoObject);
+    EXPECT_EQ(empty->basis, nullptr);
+    EXPECT_EQ(empty->time, 1.28);
+    EXPECT_EQ(empty->received, 1.32);
+    // It stands for the one that would have come in its turn.
+    EXPECT_FALSE(duties.nextBefore(1.51));
+    EXPECT_TRUE(duties.nextBefore(1.53));
+    duties.saw(frame(Veskar::VideoObject, 1.6, 1.7));
+    EXPECT_FALSE(duties.videoFor(1.75, 1.79)) << "video has come back";
+}
+
+TEST(HostDuties, VideoThatIsPredictedIsNotSilent) {
+    HostDuties duties;
+    for (const double time : {1.0, 2.0, 3.0}) {
+        duties.saw(frame(Veskar::VideoObject, time, time));
+    }
+    EXPECT_FALSE(duties.videoFor(4.4, 4.4));
+    EXPECT_TRUE(duties.videoFor(4.6, 4.6));
+}
+
 TEST(HostDuties, AFiveHertzCameraThatIsALittleLateIsNotSilent) {
     HostDuties duties;
     duties.saw(frame(Veskar::VideoObject, 1.0, 1.0));

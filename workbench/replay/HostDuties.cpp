@@ -12,15 +12,17 @@ constexpr double never = std::numeric_limits<double>::infinity();
 }  // namespace
 
 bool HostDuties::isBelieved(const Sensor& sensor) const {
-    return isSlow(sensor) && sensor.due - sensor.received <= tuning.belief * sensor.interval;
+    return isSlow(sensor) && sensor.due <= sensor.silent;
 }
 
 void HostDuties::schedule(Veskar::Source source, Sensor& sensor) const {
     if (isSlow(sensor)) {
         sensor.due = sensor.received + tuning.predictionInterval;
+        sensor.silent = sensor.received + tuning.belief * sensor.interval;
     } else if (source == Veskar::VideoObject) {
         // A camera that is a little late is not silent yet.
         sensor.due = sensor.received + std::max(tuning.videoSilence, 1.5 * sensor.interval);
+        sensor.silent = sensor.due;
     } else {
         sensor.due = never;
     }
@@ -79,6 +81,15 @@ std::optional<AddedFrame> HostDuties::nextBefore(double now) {
         return nextBefore(now);
     }
     return added;
+}
+
+std::optional<AddedFrame> HostDuties::videoFor(double time, double now) {
+    const auto video = sensors.find(Veskar::VideoObject);
+    if (video == sensors.end() || now < video->second.silent) {
+        return std::nullopt;
+    }
+    video->second.due = now + tuning.videoSilence;
+    return AddedFrame{Veskar::VideoObject, time, now, nullptr, 0.0};
 }
 
 }  // namespace Workbench

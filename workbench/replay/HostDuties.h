@@ -13,8 +13,8 @@ namespace Workbench {
 
 /// When a host steps in for its sensors.
 struct DutyParameters {
-    /// Seconds without video after which empty video frames are fed, and their spacing: radar
-    /// frames wait for video's clock, 1.5 s each when it stands still.
+    /// Seconds without video after which video is silent, and the spacing of the empty frames that
+    /// are then fed for it: radar frames wait for video's clock, 1.5 s each when it stands still.
     double videoSilence = 0.2;
     /// A sensor with frames farther apart than this (s) is slow: the fusion drops sensor tracks
     /// after 0.5 s of coasting, so its tracks are predicted in between.
@@ -44,6 +44,11 @@ public:
     /// @return the next frame to add before @p now; nothing when none is due. Its basis is valid
     ///         until the next call of saw.
     std::optional<AddedFrame> nextBefore(double now);
+    /// @param time time stamp of a radar frame that would have to wait for video, s
+    /// @param now the host's clock, s
+    /// @return the empty video frame to hand over before it, so that it need not wait; nothing
+    ///         while video may still speak for itself
+    std::optional<AddedFrame> videoFor(double time, double now);
     /// @param frame a frame that has arrived
     void saw(const SensorFrame& frame);
 
@@ -54,6 +59,7 @@ private:
         std::deque<double> intervals;  ///< between the last few frames
         double interval = 0.0;         ///< the least of them; 0 while unknown
         double due = 0.0;              ///< when the next frame is to be added, unless one arrives
+        double silent = 0.0;           ///< when it counts as silent, unless one arrives
         SensorFrame frame;             ///< the last frame, kept of slow sensors
     };
     static void measureInterval(Sensor& sensor, double time);

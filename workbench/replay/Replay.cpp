@@ -64,13 +64,19 @@ void Replay::feed(const SensorFrame& frame) {
 }
 
 /// The module looks at waiting radar frames only when it is given another one. A radar frame that
-/// would have to wait is therefore kept here until the video frame that it waits for has come.
+/// would have to wait is therefore kept here until the video frame that it waits for has come; a
+/// silent camera is not waited for.
 void Replay::hand(HostFrame frame, double received) {
     if (frame.source == Veskar::Radar) {
         release(received);
         if (queue.wouldWait(frame.time + uptime)) {
-            held = std::move(frame);
-            return;
+            const auto empty = duties.videoFor(frame.time, received);
+            if (!empty) {
+                held = std::move(frame);
+                return;
+            }
+            ++tally.addedFrames;
+            cycle(empty->source, empty->time, received, {});
         }
     }
     cycle(frame.source, frame.time, received, frame.tracks);
