@@ -122,7 +122,7 @@ TEST_F(HostAdapterTest, GainsTellTheStateOfTheReport) {
     EXPECT_EQ(convert(Veskar::Radar, radar)->probability, 1.2);
     EXPECT_FALSE(convert(Veskar::Radar, radar)->isConfident);
     video.coasting = 0.1;
-    EXPECT_EQ(convert(Veskar::VideoObject, video)->probability, 0.7);
+    EXPECT_EQ(convert(Veskar::VideoObject, video)->probability, 0.3);
     EXPECT_EQ(convert(Veskar::VideoObject, video)->coastingTime, 0.1);
     EXPECT_TRUE(convert(Veskar::VideoObject, video)->isConfident);
 }

@@ -13,7 +13,7 @@ struct AdapterParameters {
     double radarGain = 3.0;      ///< a confirmed radar track that the radar sees now
     double videoGain = 2.0;      ///< a confirmed video track that the camera sees now
     double tentativeGain = 1.2;  ///< a track that its sensor's tracker has not confirmed yet
-    double coastingGain = 0.7;   ///< a track that its sensor predicts without seeing it
+    double coastingGain = 0.3;   ///< a track that its sensor predicts without seeing it
     double predictedGain = 1.0;  ///< a report that the host predicts between those of a slow sensor
 
     /// Independent standard deviations added to a radar track's projected ones, in the order of the

@@ -96,7 +96,7 @@ TEST_F(DocumentCheck, ListsAllTenFaultsOfAConfiguration) {
     replace("\"uvVelocityStd\": 0.05", "\"uvVelocityStd\": -0.05");
     replace("\"minimumPseudoRangeStd\": 2.0", "\"minimumPseudoRangeStd\": 9.0");
     replace("\"maximumPseudoRangeStd\": 15.0", "\"maximumPseudoRangeStd\": 8.0");
-    replace("\"radar\": 0.7", "\"radar\": \"0.7\"");
+    replace("\"radar\": 0.3", "\"radar\": \"0.3\"");
     replace("\"splitGating\": true", "\"splitGating\": 1");
     replace("\"gatingDistance\": 6.0", "\"gatingDistance\": 6");
     replace("\"velocityGatingSimilarity\": 0.0", "\"velocityGatingSimilarity\": 1.0");
@@ -117,7 +117,7 @@ TEST_F(DocumentCheck, ListsAllTenFaultsOfAConfiguration) {
     EXPECT_THAT(only(findings, "veskarInputs.video.uvVelocityStd").message, HasSubstr("above 0"));
     EXPECT_THAT(only(findings, "veskarInputs.video.minimumPseudoRangeStd").message,
                 HasSubstr("at most 8.0"));
-    EXPECT_EQ(only(findings, "veskarModule.gainNegative.radar").value, "\"0.7\"");
+    EXPECT_EQ(only(findings, "veskarModule.gainNegative.radar").value, "\"0.3\"");
     EXPECT_EQ(only(findings, "veskarModule.splitGating").value, "1");
     EXPECT_EQ(only(findings, "veskarModule.velocityGatingSimilarity").value, "1.0");
     EXPECT_THAT(only(findings, "veskarModule.trackKillTime").message, HasSubstr("missing"));
