@@ -25,28 +25,48 @@ bool seesGround(const Projection& camera, const Eigen::Vector2d& point) {
     return camera.sees({point[0], point[1], 0.0});
 }
 
+/// The distance between a point that is seen and one that is not where that changes, to a
+/// centimetre.
+double borderBetween(const Projection& camera, const Eigen::Vector2d& origin, double azimuth,
+                     double seen, double unseen) {
+    while (std::abs(seen - unseen) > 0.01) {
+        const double middle = 0.5 * (seen + unseen);
+        (seesGround(camera, polar(origin, azimuth, middle)) ? seen : unseen) = middle;
+    }
+    return seen;
+}
+
 /// Walks outward in each direction: the nearest and the farthest visible ground make the polygon.
 Json footprint(const Projection& camera, double maximumRange) {
     const Eigen::Vector2d origin = camera.origin().head<2>();
-    constexpr int steps = 240;
+    constexpr int steps = 60;
     Json far = Json::array();
     std::vector<Json> near;
-    for (int angle = -180; angle <= 180; ++angle) {
-        std::optional<Eigen::Vector2d> first;
-        Eigen::Vector2d last = origin;
+    for (int degree = -180; degree <= 180; ++degree) {
+        const double azimuth = radians(degree);
+        std::optional<double> first;
+        double last = 0.0;
+        double before = 0.0;
+        bool wasSeen = false;
         for (int i = 1; i <= steps; ++i) {
             // Finer nearby, where the lower edge of the image lies.
             const double share = static_cast<double>(i) / steps;
-            const Eigen::Vector2d point =
-                polar(origin, radians(angle), maximumRange * share * share);
-            if (seesGround(camera, point)) {
-                first = first.value_or(point);
-                last = point;
+            const double distance = maximumRange * share * share;
+            const bool isSeen = seesGround(camera, polar(origin, azimuth, distance));
+            if (isSeen && !first) {
+                first = borderBetween(camera, origin, azimuth, distance, before);
             }
+            if (isSeen) {
+                last = distance;
+            } else if (wasSeen) {
+                last = borderBetween(camera, origin, azimuth, before, distance);
+            }
+            wasSeen = isSeen;
+            before = distance;
         }
         if (first) {
-            far.push_back(pointOf(last, 100.0));
-            near.push_back(pointOf(*first, 100.0));
+            far.push_back(pointOf(polar(origin, azimuth, last), 100.0));
+            near.push_back(pointOf(polar(origin, azimuth, *first), 100.0));
         }
     }
     std::for_each(near.rbegin(), near.rend(), [&](const Json& point) { far.push_back(point); });

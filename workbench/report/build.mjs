@@ -17,10 +17,15 @@ const result = await build({
   outdir: 'out',
 });
 
-const textOf = (suffix) => result.outputFiles.find((file) => file.path.endsWith(suffix)).text.trim();
+/** @param {string} suffix */
+const textOf = (suffix) => (result.outputFiles.find((file) => file.path.endsWith(suffix))?.text ?? '').trim();
+/** @param {string} text */
 const hashOf = (text) => `'sha256-${createHash('sha256').update(text, 'utf8').digest('base64')}'`;
 const script = textOf('.js');
 const style = textOf('.css');
+if (script === '' || style === '') {
+  throw new Error('the bundle lacks its script or its style');
+}
 if (/<\/script|<!--/i.test(script) || /<\/style/i.test(style)) {
   throw new Error('the bundle would end its own element');
 }

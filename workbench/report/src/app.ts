@@ -4,7 +4,7 @@ import type { Mark } from './canvas';
 import { Clock, timeText } from './clock';
 import { showConfiguration } from './configuration';
 import type { ReportData } from './data';
-import { button, element } from './dom';
+import { button, element, icon } from './dom';
 import { ImageView } from './imageview';
 import { showInspector } from './inspector';
 import { showMetrics } from './metrics';
@@ -130,8 +130,8 @@ export class App {
       element('div', { class: 'tools' },
         this.layerToggles(),
         this.viewSwitch(),
-        button('◐', 'Light or dark (T)', () => this.nextTheme(), { class: 'icon' }),
-        button('?', 'Keys', () => this.help.showModal(), { class: 'icon' })));
+        button(icon('theme'), 'Light or dark (T)', () => this.nextTheme(), { class: 'icon' }),
+        button(icon('help'), 'Keys (?)', () => this.help.showModal(), { class: 'icon' })));
     this.model.runs.forEach((run, i) => {
       const view = this.views[i];
       const title = element('div', { class: 'run-title' },
@@ -146,9 +146,9 @@ export class App {
     this.slider.max = String(this.model.duration);
     this.slider.step = '0.001';
     const transport = element('div', { class: 'transport', role: 'group', 'aria-label': 'Playback' },
-      button('⏮', 'One frame back (←)', () => this.step(-1), { class: 'icon' }),
+      button(icon('back'), 'One frame back (←)', () => this.step(-1), { class: 'icon' }),
       this.playButton,
-      button('⏭', 'One frame on (→)', () => this.step(1), { class: 'icon' }),
+      button(icon('on'), 'One frame on (→)', () => this.step(1), { class: 'icon' }),
       this.clockText, this.slider,
       element('span', { class: 'clock total' }, timeText(this.model.duration)),
       element('div', { class: 'pace' }, button('−', 'Slower (−)', () => this.changeSpeed(-1), { class: 'icon' }), this.speedText,
@@ -470,8 +470,10 @@ export class App {
     this.slider.style.setProperty('--done', `${(100 * this.clock.time) / Math.max(1e-9, this.model.duration)}%`);
     setText(this.clockText, timeText(this.clock.time));
     setText(this.speedText, `${this.clock.speed}×`);
-    setText(this.playButton, this.clock.playing ? '❚❚' : '▶');
-    this.playButton.setAttribute('aria-pressed', String(this.clock.playing));
+    if (this.playButton.getAttribute('aria-pressed') !== String(this.clock.playing)) {
+      this.playButton.setAttribute('aria-pressed', String(this.clock.playing));
+      this.playButton.replaceChildren(icon(this.clock.playing ? 'pause' : 'play'));
+    }
   }
 
   /** The side panel changes only when there is something new to say, and at most ten times a second. */

@@ -79,13 +79,41 @@ export class Surface {
   }
 }
 
-/** A label on a small plate, so that it stays readable over lines. */
-export function plate(context: CanvasRenderingContext2D, text: string, x: number, y: number, ink: string, ground: string): void {
-  const width = context.measureText(text).width;
-  context.globalAlpha = 0.82;
-  context.fillStyle = ground;
-  context.fillRect(x - 3, y - 10, width + 6, 14);
-  context.globalAlpha = 1;
-  context.fillStyle = ink;
-  context.fillText(text, x, y + 1);
+interface Rectangle {
+  readonly left: number;
+  readonly top: number;
+  readonly right: number;
+  readonly bottom: number;
+}
+
+/** Writes labels on small plates, so that they stay readable over lines and beside each other. */
+export class Plates {
+  private readonly taken: Rectangle[] = [];
+
+  constructor(
+    private readonly context: CanvasRenderingContext2D,
+    private readonly ground: string,
+  ) {}
+
+  /** Writes beside a place, at the first of the given offsets where there is room. */
+  write(text: string, ink: string, places: readonly (readonly [x: number, y: number, align: 'left' | 'right'])[]): void {
+    const { context } = this;
+    const width = context.measureText(text).width + 6;
+    const rectangles = places.map(([x, y, align]) => {
+      const left = align === 'left' ? x - 3 : x + 3 - width;
+      return { left, top: y - 11, right: left + width, bottom: y + 4 };
+    });
+    const free = rectangles.find((one) => !this.taken.some((other) => overlap(one, other))) ?? rectangles[0];
+    this.taken.push(free);
+    context.globalAlpha = 0.82;
+    context.fillStyle = this.ground;
+    context.fillRect(free.left, free.top, width, free.bottom - free.top);
+    context.globalAlpha = 1;
+    context.fillStyle = ink;
+    context.fillText(text, free.left + 3, free.top + 11.5);
+  }
+}
+
+function overlap(a: Rectangle, b: Rectangle): boolean {
+  return a.left < b.right && b.left < a.right && a.top < b.bottom && b.top < a.bottom;
 }

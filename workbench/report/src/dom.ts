@@ -36,6 +36,28 @@ export function element<Name extends keyof HTMLElementTagNameMap>(
   return made;
 }
 
-export function button(label: string, title: string, click: () => void, properties: Properties = {}): HTMLButtonElement {
+const drawings = {
+  back: 'M7 6v12M18 6l-8 6 8 6z',
+  on: 'M17 6v12M6 6l8 6-8 6z',
+  play: 'M8 5l11 7-11 7z',
+  pause: 'M8 5v14M16 5v14',
+  theme: 'M12 4a8 8 0 1 0 0 16zM12 4a8 8 0 0 1 0 16',
+  help: 'M9 9.5a3 3 0 1 1 4.2 2.7c-.9.5-1.2 1-1.2 1.9M12 17.4v.1',
+} as const;
+
+/** A small drawing for a button. */
+export function icon(name: keyof typeof drawings): SVGSVGElement {
+  const space = 'http://www.w3.org/2000/svg';
+  const made = document.createElementNS(space, 'svg');
+  made.setAttribute('viewBox', '0 0 24 24');
+  made.setAttribute('class', `drawing drawing-${name}`);
+  made.setAttribute('aria-hidden', 'true');
+  const path = document.createElementNS(space, 'path');
+  path.setAttribute('d', drawings[name]);
+  made.append(path);
+  return made;
+}
+
+export function button(label: Child, title: string, click: () => void, properties: Properties = {}): HTMLButtonElement {
   return element('button', { type: 'button', title, 'aria-label': title, click, ...properties }, label);
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The scene as the camera sees it: boxes on the normalised image plane, without the picture.
-import { plate, Surface, type Mark } from './canvas';
+import { Plates, Surface, type Mark } from './canvas';
 import type { Point } from './data';
 import type { Model, Run } from './model';
 import { runColour, type Palette } from './palette';
@@ -70,6 +70,7 @@ export class ImageView {
   private drawRings(context: CanvasRenderingContext2D, frame: Frame, palette: Palette): void {
     context.strokeStyle = palette.line;
     context.fillStyle = palette.muted;
+    let lowest = Infinity;
     for (const { distance, image } of this.model.scene.rings) {
       if (image.length < 2) {
         continue;
@@ -78,7 +79,11 @@ export class ImageView {
       image.forEach(([u, v]) => context.lineTo(...toPixel(frame, u, v)));
       context.stroke();
       const [x, y] = toPixel(frame, ...image[Math.floor(image.length / 2)]);
-      context.fillText(`${distance} m`, x + 3, y - 3);
+      // Towards the horizon the lines come close; there is room for the names of the first.
+      if (y < lowest - 13) {
+        context.fillText(`${distance} m`, x + 3, y - 3);
+        lowest = y;
+      }
     }
   }
 
@@ -105,6 +110,7 @@ export class ImageView {
     const { tracks } = this.run;
     const columns = boxColumns(tracks);
     const [confirmed, classes, ids] = [tracks.column('confirmed'), tracks.column('class'), tracks.key('id')];
+    const plates = new Plates(context, palette.ground);
     for (const row of rows) {
       const box = boxOf(frame, columns, row);
       if (!box) {
@@ -132,7 +138,10 @@ export class ImageView {
       };
       if (isConfirmed || isSelected(state.selection, mark, this.index)) {
         const word = this.model.word(classes[row]);
-        plate(context, word === 'unknown' ? `${id}` : `${id} ${word}`, box.left, box.top - 6, ink, palette.ground);
+        const { left, top, width, height } = box;
+        plates.write(word === 'unknown' ? `${id}` : `${id} ${word}`, ink, [
+          [left, top - 6, 'left'], [left + width, top - 6, 'right'], [left, top + height + 15, 'left'], [left, top - 21, 'left'],
+        ]);
       }
       this.record(context, mark, state, palette);
     }

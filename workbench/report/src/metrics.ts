@@ -58,8 +58,8 @@ export function showMetrics(root: HTMLElement, model: Model, part: string, choos
   const split = model.runs.length > 1 ? 3 : 1;
   root.replaceChildren(chips, element('div', { class: 'scroll' }, element('table', { class: 'figures' },
     element('thead', {}, element('tr', {}, element('th', { scope: 'col' }, 'Figure'),
-      ...table.columns.map((name, i) => element('th', { scope: 'col', class: i < split ? 'run' : '' }, name)))),
+      ...table.columns.map((name, i) => element('th', { scope: 'col', class: i < split ? 'own' : '' }, name)))),
     element('tbody', {}, ...table.rows.map(({ label, cells, better: which }) => element('tr', {},
       element('th', { scope: 'row', class: label.startsWith('  ') ? 'sub' : '' }, label.trim()),
-      ...cells.map((cell, i) => element('td', { class: [i < split ? 'run' : '', i === 2 && split === 3 && which !== 0 ? (which > 0 ? 'good' : 'bad') : ''].join(' ').trim() }, cell))))))));
+      ...cells.map((cell, i) => element('td', { class: [i < split ? 'own' : '', i === 2 && split === 3 && which !== 0 ? (which > 0 ? 'good' : 'bad') : ''].join(' ').trim() }, cell))))))));
 }

@@ -4,8 +4,8 @@ import { numbersOf, unpack } from './column';
 import type { ExplanationData, JudgementData, ReportData, RunData, SceneData, SeenData } from './data';
 import { lastNotAfter, Table } from './table';
 
-/** A sensor that has been silent for longer shows nothing, s. */
-export const silence = 0.6;
+/** However quick a sensor is, it shows its last frame for this long, s. */
+export const leastSilence = 0.6;
 /** A sensor track that has coasted for longer is drawn as coasting, s. */
 export const coastingShown = 0.25;
 
@@ -16,16 +16,20 @@ export const sourceNames: readonly SourceName[] = ['video', 'radar'];
 export class Seen {
   readonly times: Float64Array;
   readonly table: Table;
+  /** A sensor that has been silent for longer shows nothing, s: two of its usual intervals. */
+  readonly silence: number;
 
   constructor(data: SeenData) {
     this.table = new Table(data.table);
     this.times = numbersOf(data.time, this.table.frames);
+    const intervals = this.times.slice(1).map((time, i) => time - this.times[i]).sort();
+    this.silence = Math.max(leastSilence, 2 * (intervals[intervals.length >> 1] ?? 0));
   }
 
   /** The frame that is shown at a time; -1 when there is none or it is too old. */
   frameAt(time: number): number {
     const frame = lastNotAfter(this.times, time);
-    return frame >= 0 && time - this.times[frame] <= silence ? frame : -1;
+    return frame >= 0 && time - this.times[frame] <= this.silence ? frame : -1;
   }
 
   /** Number of a track by its id; -1 when there is none. */

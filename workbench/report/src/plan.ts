@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The ground from above: metres, the device at the origin, forward is up.
-import { plate, Surface, type Mark } from './canvas';
+import { Plates, Surface, type Mark } from './canvas';
 import type { Point } from './data';
 import type { Model, Run } from './model';
 import { runColour, type Palette } from './palette';
@@ -152,10 +152,10 @@ export class Plan {
     context.moveTo(rx, ry);
     context.arc(rx, ry, radar.range * transform.scale, forward - half, forward + half);
     context.closePath();
-    fillAndStroke(context, palette.radar, 0.05, 0.35);
+    fillAndStroke(context, palette.radar, 0.05, 0.4);
     if (camera.footprint.length > 2) {
       polygon(camera.footprint);
-      fillAndStroke(context, palette.video, 0.07, 0.4);
+      fillAndStroke(context, palette.video, 0.06, 0.45);
     }
 
     const [ox, oy] = toScreen(transform, ...camera.position);
@@ -262,6 +262,7 @@ export class Plan {
     const [x, y, vx, vy, confirmed, classes] = [column('x'), column('y'), column('vx'), column('vy'), column('confirmed'), column('class')];
     const [major, minor, angle] = [column('major'), column('minor'), column('angle')];
     const ids = tracks.key('id');
+    const plates = new Plates(context, palette.ground);
     for (const row of rows) {
       if (Number.isNaN(x[row])) {
         continue;
@@ -300,7 +301,9 @@ export class Plan {
       const selected = isSelected(state.selection, mark, this.index);
       if (isConfirmed || selected) {
         const word = this.model.word(classes[row]);
-        plate(context, word === 'unknown' ? `${id}` : `${id} ${word}`, px + 9, py - 6, ink, palette.ground);
+        plates.write(word === 'unknown' ? `${id}` : `${id} ${word}`, ink, [
+          [px + 9, py - 6, 'left'], [px - 9, py - 6, 'right'], [px + 9, py + 16, 'left'], [px - 9, py + 16, 'right'],
+        ]);
       }
       this.record(context, mark, state, palette);
     }

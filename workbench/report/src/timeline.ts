@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// One lane per system track: when it lived, who fed it, when it was confirmed, what it was, and when
-// it lost or took an object.
+// Lanes of the system tracks: when each lived, who fed it, when it was confirmed, what it was, and
+// when it lost or took an object.
 import { Surface } from './canvas';
 import type { Life, Model, Stretch, Switch } from './model';
 import { runColour, type Palette } from './palette';
@@ -19,7 +19,7 @@ export interface Lane {
 }
 
 export function lanesOf(model: Model, withTentative: boolean): Lane[] {
-  return model.runs.flatMap((run, index) =>
+  const lanes = model.runs.flatMap((run, index) =>
     run.lives
       .filter((life) => withTentative || !Number.isNaN(life.confirmed))
       .map((life) => ({
@@ -29,6 +29,9 @@ export function lanesOf(model: Model, withTentative: boolean): Lane[] {
         switches: (run.judgement?.switches ?? []).filter((change) => change.to === life.id || change.from === life.id),
       })),
   );
+  // What was never confirmed is rarely what one looks for.
+  const rank = (lane: Lane) => (Number.isNaN(lane.life.confirmed) ? 1 : 0);
+  return lanes.sort((a, b) => rank(a) - rank(b) || a.run - b.run);
 }
 
 /** The class that a track had for the longest time. */
@@ -97,6 +100,7 @@ export class Timeline {
     this.scrollBy(0);
     const { context, width, height } = this.surface;
     context.font = '11px system-ui, sans-serif';
+    this.drawAxis(context, palette);
     context.save();
     context.beginPath();
     context.rect(0, axisHeight, width, height - axisHeight);
@@ -107,7 +111,6 @@ export class Timeline {
       this.drawLane(context, this.lanes[i], axisHeight + i * laneHeight - this.scroll, state, palette);
     }
     context.restore();
-    this.drawAxis(context, palette);
     context.strokeStyle = palette.select;
     context.lineWidth = 1.5;
     context.beginPath();
@@ -129,7 +132,10 @@ export class Timeline {
       context.stroke();
       context.globalAlpha = 1;
       const text = spacing < 60 && this.model.duration < 120 ? `${time} s` : `${Math.floor(time / 60)}:${String(Math.round(time % 60)).padStart(2, '0')}`;
-      context.fillText(text, x + 3, 11);
+      const isLast = x + 4 + context.measureText(text).width > this.surface.width;
+      context.textAlign = isLast ? 'right' : 'left';
+      context.fillText(text, isLast ? x - 3 : x + 3, 11);
+      context.textAlign = 'left';
     }
   }
 

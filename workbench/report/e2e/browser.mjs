@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+// Chromium without a window, and a report in it.
+import { mkdtempSync, rmSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
+import { pathToFileURL } from 'node:url';
+import { chromium } from 'playwright-core';
+
+/**
+ * @typedef {object} Wishes
+ * @property {number} [width]
+ * @property {number} [height]
+ * @property {boolean} [dark]
+ * @property {boolean} [phone]
+ *
+ * @typedef {object} Opened
+ * @property {import('playwright-core').Page} page
+ * @property {string[]} complaints what the page complained about
+ * @property {string[]} requests addresses that it asked for, its own left out
+ * @property {() => Promise<void>} close
+ */
+
+/**
+ * Opens a report in a browser of its own, with nothing kept from earlier ones.
+ *
+ * @param {string} path
+ * @param {Wishes} wishes
+ * @returns {Promise<Opened>}
+ */
+export async function open(path, { width = 1280, height = 720, dark = false, phone = false } = {}) {
+  const profile = mkdtempSync(join(tmpdir(), 'veskar-report-'));
+  const context = await chromium.launchPersistentContext(profile, {
+    executablePath: process.env['VESKAR_CHROMIUM'] ?? '/usr/bin/chromium',
+    headless: true,
+    viewport: { width, height },
+    colorScheme: dark ? 'dark' : 'light',
+    hasTouch: phone,
+    isMobile: phone,
+    // Nothing that the browser would like to know of the net; no sandbox, which root cannot have.
+    args: ['--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-sync',
+      '--disable-background-networking', '--disable-component-update', '--force-color-profile=srgb'],
+  });
+  const page = await context.newPage();
+  const address = pathToFileURL(path).href;
+  /** @type {string[]} */
+  const complaints = [];
+  /** @type {string[]} */
+  const requests = [];
+  page.on('console', (message) => {
+    if (message.type() === 'error' || message.type() === 'warning') {
+      complaints.push(message.text());
+    }
+  });
+  page.on('pageerror', (error) => complaints.push(String(error)));
+  page.on('dialog', (dialog) => {
+    complaints.push(`dialog: ${dialog.message()}`);
+    void dialog.dismiss();
+  });
+  page.on('request', (request) => {
+    if (request.url() !== address && !request.url().startsWith('data:')) {
+      requests.push(request.url());
+    }
+  });
+  await page.goto(address);
+  const close = async () => {
+    await context.close();
+    rmSync(profile, { recursive: true, force: true });
+  };
+  return { page, complaints, requests, close };
+}

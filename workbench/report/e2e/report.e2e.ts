@@ -1,0 +1,344 @@
+// SPDX-License-Identifier: Apache-2.0
+// Reports of the shipped scenarios in a browser, used as an engineer uses them.
+import { afterEach, beforeAll, describe, expect, it } from 'vitest';
+import type { Page } from 'playwright-core';
+import type { Probe } from '../src/app';
+import type { Mark } from '../src/canvas';
+import { open as openBrowser, type Opened, type Wishes } from './browser.mjs';
+import { at, comparisonOf, hostileReport, markup, reportOf } from './reports';
+
+let current: Opened | null = null;
+
+/** Waits until something holds. The page's own policy keeps a browser from evaluating it by itself. */
+async function until(page: Page, condition: string): Promise<void> {
+  while (!(await page.evaluate(condition))) {
+    await settle(page);
+  }
+}
+
+async function open(path: string, wishes: Wishes = {}): Promise<Page> {
+  current = await openBrowser(path, wishes);
+  await until(current.page, 'window.veskarReport && veskarReport.drawMilliseconds.length > 0');
+  return current.page;
+}
+
+// No report may ever complain or ask the net for anything, whatever is done to it.
+afterEach(async () => {
+  const { complaints, requests, close } = current ?? { complaints: [], requests: [], close: async () => {} };
+  current = null;
+  await close();
+  expect(complaints).toEqual([]);
+  expect(requests).toEqual([]);
+});
+
+const probe = <Key extends keyof Probe>(page: Page, key: Key): Promise<Probe[Key]> => page.evaluate(`window.veskarReport.${key}`);
+const marksOf = (marks: readonly Mark[], kind: Mark['kind']) => marks.filter((mark) => mark.kind === kind);
+
+/** Lets the page draw what was asked for. */
+const settle = (page: Page) => page.evaluate('new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done)))');
+
+async function seek(page: Page, time: number): Promise<void> {
+  await page.locator('.scrubber').fill(String(time));
+  await settle(page);
+}
+
+/** The colour of a canvas at a place, as the screen shows it. */
+function colourAt(page: Page, selector: string, x: number, y: number): Promise<string> {
+  return page.locator(selector).evaluate((canvas: HTMLCanvasElement, [px, py]) => {
+    const ratio = canvas.width / canvas.clientWidth;
+    const sample = document.createElement('canvas').getContext('2d')!;
+    sample.drawImage(canvas, -Math.round(px * ratio), -Math.round(py * ratio));
+    const [r, g, b] = sample.getImageData(0, 0, 1, 1).data;
+    return `rgb(${r}, ${g}, ${b})`;
+  }, [x, y] as const);
+}
+
+const channels = (colour: string) => colour.match(/\d+/g)!.slice(0, 3).map(Number);
+const light = (colour: string) => channels(colour).reduce((sum, part) => sum + part, 0) / 3;
+/** How far two colours are apart, 0 to 255; the edges of what is drawn are soft. */
+const apart = (one: string, other: string) => Math.max(...channels(one).map((part, i) => Math.abs(part - channels(other)[i])));
+
+/** A colour of the style sheet as rgb(...). */
+const named = (page: Page, name: string): Promise<string> =>
+  page.evaluate((variable) => {
+    const sample = document.createElement('i');
+    sample.style.color = `var(${variable})`;
+    document.body.append(sample);
+    const { color } = getComputedStyle(sample);
+    sample.remove();
+    return color;
+  }, name);
+
+async function clickMark(page: Page, canvas: string, mark: Mark): Promise<void> {
+  await page.locator(canvas).click({ position: { x: mark.x, y: mark.y } });
+  await settle(page);
+}
+
+const shoot = (page: Page, name: string) => page.screenshot({ path: at(`${name}.png`) });
+
+describe('the report of the perimeter', () => {
+  let path = '';
+  beforeAll(() => {
+    path = reportOf('perimeter');
+  });
+
+  it('draws what each frame holds, in plan and image', async () => {
+    const page = await open(path);
+    await seek(page, 30);
+    const [plan] = await probe(page, 'plan');
+    const [image] = await probe(page, 'image');
+    const confirmed = marksOf(plan, 'system');
+    expect(confirmed.map((mark) => mark.id).sort()).toEqual(marksOf(image, 'system').map((mark) => mark.id).sort());
+    expect(confirmed.length).toBeGreaterThanOrEqual(2);
+    expect(marksOf(plan, 'truth').length).toBe(3);
+    expect(marksOf(plan, 'video').length).toBeGreaterThan(0);
+    expect(await page.locator('.counts').textContent()).toContain(`${confirmed.length} confirmed`);
+    // What lies farther away is higher up in both views, on the right in one is on the right in the other.
+    const [a, b] = [...confirmed].sort((one, other) => one.y - other.y);
+    const inImage = (id: number) => marksOf(image, 'system').find((mark) => mark.id === id)!;
+    expect(inImage(a.id).box!.top + inImage(a.id).box!.height).toBeLessThan(inImage(b.id).box!.top + inImage(b.id).box!.height);
+    await shoot(page, 'perimeter');
+  });
+
+  it('paints confirmed tracks in their colour where it says they are', async () => {
+    const page = await open(path);
+    await seek(page, 12);
+    // Alone, so that nothing lies on top of the marks.
+    for (const layer of ['video', 'radar', 'truth', 'trails', 'ellipses']) {
+      await page.locator(`[data-layer="${layer}"]`).click();
+    }
+    await settle(page);
+    const [plan] = await probe(page, 'plan');
+    expect(marksOf(plan, 'system').length).toBeGreaterThan(0);
+    expect(plan.every((mark) => mark.kind === 'system' || mark.kind === 'tentative')).toBe(true);
+    for (const mark of marksOf(plan, 'system')) {
+      expect(await colourAt(page, '.plan-view canvas', mark.x, mark.y)).toBe(await named(page, '--system'));
+    }
+    await page.locator('[data-layer="tentative"]').click();
+    await settle(page);
+    expect((await probe(page, 'plan'))[0].every((mark) => mark.kind === 'system')).toBe(true);
+  });
+
+  it('scrubs by slider, keys and playing', async () => {
+    const page = await open(path);
+    await seek(page, 20);
+    expect(await page.locator('output.clock').textContent()).toBe('0:20.00');
+    const before = (await probe(page, 'plan'))[0];
+    await seek(page, 40);
+    expect((await probe(page, 'plan'))[0]).not.toEqual(before);
+    await page.locator('.stage').click({ position: { x: 5, y: 5 } });
+    await page.keyboard.press('Home');
+    await page.keyboard.press('ArrowRight');
+    expect(await probe(page, 'time')).toBeCloseTo(0.03, 6);
+    await page.keyboard.press('ArrowRight');
+    expect(await probe(page, 'time')).toBeCloseTo(0.1, 6);
+    await page.keyboard.press('ArrowLeft');
+    await page.keyboard.press('Shift+ArrowRight');
+    expect(await probe(page, 'time')).toBeCloseTo(1.03, 6);
+    await page.keyboard.press('+');
+    await page.keyboard.press('Space');
+    expect(await probe(page, 'playing')).toBe(true);
+    await until(page, 'veskarReport.time > 1.5');
+    await page.keyboard.press('Space');
+    expect(await probe(page, 'playing')).toBe(false);
+    await page.keyboard.press('End');
+    expect(await probe(page, 'time')).toBeCloseTo(60, 0);
+  });
+
+  it('tells about a track that is clicked, and why it was fused', async () => {
+    const page = await open(path);
+    await seek(page, 15);
+    const mark = marksOf((await probe(page, 'plan'))[0], 'system')[0];
+    await clickMark(page, '.plan-view canvas', mark);
+    expect(await probe(page, 'selection')).toEqual({ kind: 'system', run: 0, id: mark.id });
+    const inspector = page.locator('.inspector');
+    expect(await inspector.locator('h2').first().textContent()).toBe(`System track ${mark.id}`);
+    expect(await inspector.textContent()).toContain('human');
+    expect(await inspector.textContent()).toContain('Matched with');
+    expect(await inspector.locator('.reasons li').first().textContent()).toMatch(/(video|radar) \d+: fused/);
+    await page.keyboard.press('2');
+    await settle(page);
+    expect((await probe(page, 'plotPoints')).every((points) => points > 100)).toBe(true);
+    await shoot(page, 'perimeter-plots');
+    // From the system track to what feeds it, and to nothing.
+    await inspector.locator('.tracks button', { hasText: 'radar' }).click();
+    expect((await probe(page, 'selection'))?.kind).toBe('radar');
+    await page.keyboard.press('Escape');
+    expect(await probe(page, 'selection')).toBeNull();
+    expect(await inspector.textContent()).toContain('Legend');
+  });
+
+  it('selects what is clicked in the image', async () => {
+    const page = await open(path);
+    await seek(page, 15);
+    const mark = marksOf((await probe(page, 'image'))[0], 'system')[0];
+    await clickMark(page, '.image-view canvas', mark);
+    expect((await probe(page, 'selection'))?.id).toBe(mark.id);
+  });
+
+  it('goes to a track by its lane', async () => {
+    const page = await open(path);
+    const lanes = await probe(page, 'lanes');
+    expect(lanes.length).toBeGreaterThan(3);
+    // A lane is 22 pixels high, under an axis of 20.
+    await page.locator('.timeline canvas').click({ position: { x: 400, y: 20 + 22 * 1 + 11 } });
+    await settle(page);
+    expect((await probe(page, 'selection'))?.id).toBe(lanes[1].id);
+    const time = await probe(page, 'time');
+    expect(time).toBeGreaterThan(15);
+    expect(time).toBeLessThan(25);
+    const width = await page.locator('.timeline canvas').evaluate((canvas) => canvas.clientWidth);
+    const cursor = await colourAt(page, '.timeline canvas', 118 + (time / 60) * (width - 128), 5);
+    expect(apart(cursor, await named(page, '--select'))).toBeLessThan(60);
+    await page.keyboard.press(']');
+    expect((await probe(page, 'selection'))?.id).toBe(lanes[2].id);
+  });
+
+  it('moves and zooms the plan, and fits it again', async () => {
+    const page = await open(path);
+    await seek(page, 15);
+    const place = async () => marksOf((await probe(page, 'plan'))[0], 'system')[0];
+    const before = await place();
+    const box = (await page.locator('.plan-view canvas').boundingBox())!;
+    await page.mouse.move(box.x + 60, box.y + 200);
+    await page.mouse.down();
+    await page.mouse.move(box.x + 110, box.y + 180, { steps: 3 });
+    await page.mouse.up();
+    await settle(page);
+    expect((await place()).x).toBeCloseTo(before.x + 50, 3);
+    expect((await place()).y).toBeCloseTo(before.y - 20, 3);
+    await page.mouse.wheel(0, -400);
+    await settle(page);
+    expect((await place()).x).not.toBeCloseTo(before.x + 50, 0);
+    await page.keyboard.press('f');
+    await settle(page);
+    expect(await place()).toEqual(before);
+  });
+
+  it('shows the figures, part by part', async () => {
+    const page = await open(path);
+    await page.getByRole('tab', { name: 'Metrics' }).click();
+    const row = page.locator('.figures tr', { hasText: 'GOSPA [m]' });
+    expect(await row.locator('td').first().textContent()).toMatch(/^\d+\.\d{3}$/);
+    expect(await page.locator('.figures thead th').allTextContents()).toContain('radar 8');
+    const whole = await row.textContent();
+    await page.locator('.metrics .segments button', { hasText: '0 to 20 m' }).click();
+    expect(await row.textContent()).not.toBe(whole);
+    await shoot(page, 'perimeter-metrics');
+  });
+});
+
+describe('two runs of the crossing', () => {
+  let path = '';
+  beforeAll(() => {
+    path = comparisonOf('crossing');
+  });
+
+  it('stand side by side at the same time', async () => {
+    const page = await open(path);
+    await seek(page, 25);
+    const plans = await probe(page, 'plan');
+    expect(plans.length).toBe(2);
+    expect(marksOf(plans[0], 'truth')).toEqual(marksOf(plans[1], 'truth'));
+    expect(plans[0]).not.toEqual(plans[1]);
+    const lanes = await probe(page, 'lanes');
+    expect(new Set(lanes.map((lane) => lane.run))).toEqual(new Set([0, 1]));
+    expect(lanes.filter((lane) => lane.run === 1).length).toBeGreaterThan(lanes.filter((lane) => lane.run === 0).length);
+    const mark = marksOf(plans[1], 'system')[0];
+    await page.locator('.plan-view canvas').nth(1).click({ position: { x: mark.x, y: mark.y } });
+    expect(await probe(page, 'selection')).toMatchObject({ run: 1, id: mark.id });
+    expect(await page.locator('.inspector h2').first().textContent()).toBe(`System track ${mark.id} of B`);
+    await shoot(page, 'crossing-pair');
+  });
+
+  it('are compared figure by figure and setting by setting', async () => {
+    const page = await open(path);
+    await page.keyboard.press('3');
+    expect((await page.locator('.figures thead th').allTextContents()).slice(0, 4)).toEqual(['Figure', 'A', 'B', 'B − A']);
+    await page.keyboard.press('4');
+    expect(await page.locator('.differs').allTextContents()).toEqual(['veskarModule.positionGatingDistance30.4']);
+  });
+
+  it('mark where an object went to another track', async () => {
+    const page = await open(path);
+    const lanes = await probe(page, 'lanes');
+    const told = await page.evaluate(() => {
+      const data = JSON.parse(document.getElementById('report-data')!.textContent!) as { runs: { judgement: { parts: { figures: { key: string; values: number[] }[] }[] } }[] };
+      return data.runs.map((run) => run.judgement.parts[0].figures.find((figure) => figure.key === 'IDSW')!.values[0]);
+    });
+    for (const run of [0, 1]) {
+      // Every switch stands in two lanes: of the track that lost the object, and of the one that took it.
+      const marked = lanes.filter((lane) => lane.run === run).reduce((sum, lane) => sum + lane.switches, 0);
+      expect(marked).toBe(2 * told[run]);
+    }
+    expect(told[1]).toBeGreaterThan(0);
+  });
+});
+
+describe('any report', () => {
+  it('takes the words of a recording for text', async () => {
+    const page = await open(hostileReport());
+    await seek(page, 15);
+    expect(await page.locator('h1').textContent()).toBe(markup);
+    const mark = marksOf((await probe(page, 'plan'))[0], 'system')[0];
+    await clickMark(page, '.plan-view canvas', mark);
+    expect(await page.locator('.inspector').textContent()).toContain(markup);
+    for (const key of ['1', '2', '3', '4']) {
+      await page.keyboard.press(key);
+      await settle(page);
+    }
+    expect(await page.evaluate('window.ran')).toBeUndefined();
+    expect(await page.locator('img').count()).toBe(0);
+    expect(await page.locator('script').count()).toBe(2);
+  });
+
+  it('runs no script but its own, even if one got in', async () => {
+    const page = await open(reportOf('perimeter'));
+    const outcome = await page.evaluate(() => {
+      try {
+        const script = document.createElement('script');
+        script.textContent = 'window.ran = 1';
+        document.body.append(script);
+      } catch (error) {
+        return String(error);
+      }
+      return 'appended';
+    });
+    expect(await page.evaluate('window.ran')).toBeUndefined();
+    // Chromium says so on the console, which is what is wanted here.
+    expect(current?.complaints.length).toBeGreaterThan(0);
+    expect([...(current?.complaints ?? []), outcome].join(' ')).toMatch(/TrustedScript|Content Security Policy/);
+    current?.complaints.splice(0);
+  });
+
+  it('can be read in the dark', async () => {
+    const page = await open(at('perimeter.html'), { dark: true });
+    await seek(page, 30);
+    expect(light(await named(page, '--page'))).toBeLessThan(40);
+    expect(light(await named(page, '--text'))).toBeGreaterThan(200);
+    expect(light(await colourAt(page, '.image-view canvas', 200, 300))).toBeLessThan(60);
+    await shoot(page, 'dark');
+    await page.keyboard.press('t');
+    await settle(page);
+    expect(light(await named(page, '--page'))).toBeGreaterThan(200);
+  });
+
+  it('fits on a phone', async () => {
+    const page = await open(at('perimeter.html'), { width: 390, height: 844, phone: true });
+    await seek(page, 30);
+    expect(await page.evaluate('document.documentElement.scrollWidth')).toBeLessThanOrEqual(390);
+    const transport = (await page.locator('.transport').boundingBox())!;
+    expect(transport.y + transport.height).toBeCloseTo(844, 0);
+    const mark = marksOf((await probe(page, 'plan'))[0], 'system')[0];
+    await page.locator('.plan-view canvas').tap({ position: { x: mark.x, y: mark.y } });
+    expect((await probe(page, 'selection'))?.id).toBe(mark.id);
+    await shoot(page, 'phone');
+  });
+
+  it('fits on a small laptop without scrolling', async () => {
+    const page = await open(at('perimeter.html'), { width: 1280, height: 720 });
+    expect(await page.evaluate('document.documentElement.scrollHeight')).toBeLessThanOrEqual(720);
+    const cut = await page.locator('.top, .run-title, .transport, .tabs').evaluateAll((parts) => parts.filter((part) => part.scrollWidth > part.clientWidth + 1).map((part) => part.className));
+    expect(cut).toEqual([]);
+  });
+});

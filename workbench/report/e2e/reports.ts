@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+// Makes reports with the program, as a user does.
+import { execFileSync } from 'node:child_process';
+import { mkdirSync, readFileSync, writeFileSync } from 'node:fs';
+import { join } from 'node:path';
+
+function fromEnvironment(name: string): string {
+  const value = process.env[name];
+  if (!value) {
+    throw new Error(`${name} is not set; scripts/test-report sets it`);
+  }
+  return value;
+}
+
+const program = fromEnvironment('VESKAR_PROGRAM');
+const config = fromEnvironment('VESKAR_CONFIG');
+/** Where recordings, reports and pictures are left. */
+export const output = fromEnvironment('VESKAR_E2E_OUTPUT');
+mkdirSync(output, { recursive: true });
+
+export function veskar(...words: string[]): void {
+  execFileSync(program, words, { stdio: ['ignore', 'ignore', 'inherit'] });
+}
+
+export const at = (name: string): string => join(output, name);
+
+/** Simulates a shipped scenario and fuses it; the names of both files. */
+export function fuse(scenario: string): { recording: string; fused: string; explained: string } {
+  const files = { recording: at(`${scenario}.jsonl`), fused: at(`${scenario}.fused.jsonl`), explained: at(`${scenario}.why.jsonl`) };
+  veskar('simulate', join(config, 'scenarios', `${scenario}.json`), '-o', files.recording);
+  veskar('replay', files.recording, '-o', files.fused, '--explain', files.explained);
+  return files;
+}
+
+/** The report of a shipped scenario. */
+export function reportOf(scenario: string): string {
+  const { recording, fused, explained } = fuse(scenario);
+  veskar('report', recording, fused, '--explain', explained, '-o', at(`${scenario}.html`));
+  return at(`${scenario}.html`);
+}
+
+/** The report of a scenario with the shipped configuration and one with a changed gate. */
+export function comparisonOf(scenario: string): string {
+  const { recording, fused } = fuse(scenario);
+  const shipped = readFileSync(join(config, 'fusion.json'), 'utf8');
+  writeFileSync(at('narrow.json'), shipped.replace(/("positionGatingDistance":\s*)[0-9.]+/, '$10.4'));
+  veskar('replay', recording, '--config', at('narrow.json'), '-o', at(`${scenario}.narrow.jsonl`));
+  veskar('report', recording, fused, at(`${scenario}.narrow.jsonl`), '-o', at(`${scenario}.pair.html`));
+  return at(`${scenario}.pair.html`);
+}
+
+export const markup = '</script><img src=x onerror="window.ran=1"><script>window.ran=1</script>';
+
+/** A report in which every word that a recording may choose is markup. */
+export function hostileReport(): string {
+  const { recording, fused } = fuse('perimeter');
+  const change = (path: string) => {
+    // As text: the numbers of a configuration must keep their points.
+    const text = readFileSync(path, 'utf8')
+      .replace(/"name":"[^"]*"/, () => `"name":${JSON.stringify(markup)}`)
+      .replace(/"origin":"[^"]*"/, () => `"origin":${JSON.stringify(markup)}`)
+      .replace(/"licence":"[^"]*"/, () => `"licence":${JSON.stringify(`${markup}\u2028`)}`)
+      .replaceAll('"class":"human"', () => `"class":${JSON.stringify(markup)}`)
+      .replaceAll('"red"', () => JSON.stringify(markup));
+    writeFileSync(path.replace('perimeter', 'hostile'), text);
+  };
+  change(recording);
+  change(fused);
+  veskar('report', at('hostile.jsonl'), at('hostile.fused.jsonl'), '-o', at('hostile.html'));
+  return at('hostile.html');
+}
