@@ -162,8 +162,10 @@ describe('the report of the perimeter', () => {
     await shoot(page, 'perimeter-plots');
     // From the system track to what feeds it, and to nothing.
     await inspector.locator('.tracks button', { hasText: 'radar' }).click();
+    await settle(page);
     expect((await probe(page, 'selection'))?.kind).toBe('radar');
     await page.keyboard.press('Escape');
+    await settle(page);
     expect(await probe(page, 'selection')).toBeNull();
     expect(await inspector.textContent()).toContain('Legend');
   });
@@ -246,6 +248,7 @@ describe('two runs of the crossing', () => {
     expect(lanes.filter((lane) => lane.run === 1).length).toBeGreaterThan(lanes.filter((lane) => lane.run === 0).length);
     const mark = marksOf(plans[1], 'system')[0];
     await page.locator('.plan-view canvas').nth(1).click({ position: { x: mark.x, y: mark.y } });
+    await settle(page);
     expect(await probe(page, 'selection')).toMatchObject({ run: 1, id: mark.id });
     expect(await page.locator('.inspector h2').first().textContent()).toBe(`System track ${mark.id} of B`);
     await shoot(page, 'crossing-pair');
@@ -254,8 +257,10 @@ describe('two runs of the crossing', () => {
   it('are compared figure by figure and setting by setting', async () => {
     const page = await open(path);
     await page.keyboard.press('3');
+    await settle(page);
     expect((await page.locator('.figures thead th').allTextContents()).slice(0, 4)).toEqual(['Figure', 'A', 'B', 'B − A']);
     await page.keyboard.press('4');
+    await settle(page);
     expect(await page.locator('.differs').allTextContents()).toEqual(['veskarModule.positionGatingDistance30.4']);
   });
 
