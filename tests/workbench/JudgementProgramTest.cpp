@@ -38,6 +38,23 @@ protected:
         return directory / "other.jsonl";
     }
 
+    /// Five minutes of the shipped perimeter, whose video never fails.
+    /// @param sensor a member of the scenario
+    /// @param error what is put into that member
+    std::string perimeter(const char* sensor, const nlohmann::json& error) {
+        auto scenario = nlohmann::json::parse(
+            slurp(std::string(VESKAR_SOURCE_DIR) + "/config/scenarios/perimeter.json"));
+        scenario["videoSensor"].erase("outages");
+        scenario[sensor].update(error);
+        spill(directory / "scene.json", scenario.dump());
+        std::string path = directory / "perimeter.jsonl";
+        EXPECT_EQ(veskar({"simulate", directory / "scene.json", "--duration", "300", "--seed", "31",
+                          "-o", path})
+                      .status,
+                  0);
+        return path;
+    }
+
     VeskarTest::TemporaryDirectory directory;
 };
 
@@ -216,6 +233,71 @@ TEST_F(Judgement, CheckWritesJsonForMachines) {
     for (const auto& finding : json["findings"]) {
         EXPECT_TRUE(finding["severity"] == "note" || finding["severity"] == "warning");
         EXPECT_FALSE(finding["message"].get<std::string>().empty());
+    }
+}
+
+/// An installation that is not as it is stated, in five minutes with three walkers, and what a
+/// check of the recording must say of it.
+struct WrongInstallation {
+    const char* sensor;    ///< member of the scenario
+    nlohmann::json error;  ///< put into that member
+    const char* key;       ///< of the finding
+    const char* member;    ///< of the estimate in JSON
+    double value;          ///< in its unit
+    const char* remedy;    ///< begins the corrected value
+};
+
+class WrongInstallationTest : public Judgement,
+                              public testing::WithParamInterface<WrongInstallation> {};
+
+TEST_P(WrongInstallationTest, CheckFindsItAndSaysWhatToSet) {
+    const WrongInstallation& wrong = GetParam();
+    const Outcome outcome =
+        veskar({"check", perimeter(wrong.sensor, wrong.error), "--format", "json"});
+    EXPECT_EQ(outcome.status, 0) << "suspicious, but no fault";
+    const auto json = nlohmann::json::parse(outcome.output);
+    std::vector<std::string> warnedOf;
+    for (const auto& finding : json["findings"]) {
+        if (finding["severity"] == "warning") {
+            warnedOf.push_back(finding["key"]);
+            EXPECT_THAT(finding["message"].get<std::string>(), HasSubstr(wrong.remedy));
+        }
+    }
+    EXPECT_THAT(warnedOf, testing::ElementsAre(wrong.key));
+    const auto& estimate = json["installation"][wrong.member];
+    EXPECT_NEAR(estimate["value"].get<double>(), wrong.value, 0.2 * wrong.value);
+    EXPECT_LT(estimate["std"].get<double>(), 0.2 * wrong.value);
+}
+
+INSTANTIATE_TEST_SUITE_P(EachError, WrongInstallationTest,
+                         testing::Values(WrongInstallation{"videoSensor",
+                                                           {{"mountingError", {{"yaw", 2.0}}}},
+                                                           "yaw",
+                                                           "yawRadians",
+                                                           0.0349,
+                                                           "set camera.rotation.yaw to 2."},
+                                         WrongInstallation{"videoSensor",
+                                                           {{"mountingError", {{"height", 0.5}}}},
+                                                           "height",
+                                                           "heightMetres",
+                                                           0.5,
+                                                           "set camera.position[2] to 5."},
+                                         WrongInstallation{"radarSensor",
+                                                           {{"timestampError", 0.15}},
+                                                           "lag",
+                                                           "lagSeconds",
+                                                           0.15,
+                                                           "; subtract 0.1"}),
+                         [](const auto& instance) { return std::string(instance.param.key); });
+
+TEST_F(Judgement, CheckRaisesNoAlarmOnAnInstallationThatIsAsStated) {
+    const Outcome outcome = veskar({"check", perimeter("videoSensor", nlohmann::json::object())});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.output, HasSubstr("perimeter.jsonl: 0 faults, 0 warnings\n"));
+    for (const char* key :
+         {": note: video: ", ": note: radar: ", ": note: yaw: off by ", ": note: height: off by ",
+          ": note: pitch: off by ", ": note: lag: off by "}) {
+        EXPECT_THAT(outcome.output, HasSubstr(key));
     }
 }
 
