@@ -301,6 +301,14 @@ TEST_F(Judgement, CheckRaisesNoAlarmOnAnInstallationThatIsAsStated) {
     }
 }
 
+TEST_F(Judgement, CheckFindsNoFaultInWhatTheProgramWrites) {
+    for (const char* name : {"tiny.jsonl", "kitti.jsonl", "boats.jsonl"}) {
+        const Outcome outcome = veskar({"check", dataFile(name)});
+        EXPECT_EQ(outcome.status, 0) << outcome.output;
+        EXPECT_THAT(outcome.output, HasSubstr(" 0 faults, "));
+    }
+}
+
 TEST_F(Judgement, CheckSurvivesBinaryGarbage) {
     std::string garbage;
     for (int i = 0; i < 5000; ++i) {

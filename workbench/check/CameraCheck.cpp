@@ -25,7 +25,7 @@ using Numbers = std::vector<double>;
 Rules cameraRules(Wanted real) {
     constexpr Range pixels{1.0, 65536.0};
     constexpr Range image{-1.0, 1.0};
-    constexpr Range halfAngle{0.0, 1.5707963267948966, false, false};
+    constexpr Range halfAngle{0.0, 3.1416, false, true};
     return {
         {"bdc", Wanted::Boolean, "pinhole instead of lens polynomials"},
         {"rotation", Wanted::Object, "mounting angles"},

@@ -86,24 +86,25 @@ public:
     void missing(int line) const {
         if (rule.required) {
             findings.push_back({Severity::Fault, static_cast<std::uint64_t>(line), path, "",
-                                fmt::format("missing; expected {}", expectation())});
+                                fmt::format("missing; expected {}", expectation(rule.wanted))});
         }
     }
 
     void value(const LocatedValue& value) const {
         if (!hasType(value, rule.wanted)) {
-            add(Severity::Fault, value, fmt::format("expected {}{}", expectation(), ignored()));
+            add(Severity::Fault, value,
+                fmt::format("expected {}{}", expectation(rule.wanted), ignored()));
         } else if (isNumeric(rule.wanted)) {
-            number(value, path);
+            number(value, path, rule.wanted);
         } else if (rule.elements > 0) {
             array(value);
         }
     }
 
 private:
-    void number(const LocatedValue& value, const std::string& place) const {
+    void number(const LocatedValue& value, const std::string& place, Wanted wanted) const {
         if (!rule.allowed.contains(value.number)) {
-            add(Severity::Fault, value, fmt::format("expected {}", expectation()), place);
+            add(Severity::Fault, value, fmt::format("expected {}", expectation(wanted)), place);
         } else if (!rule.usual.contains(value.number)) {
             add(Severity::Warning, value,
                 fmt::format("unusual for {}; usual is {}", rule.meaning, rule.usual.inWords()),
@@ -124,14 +125,14 @@ private:
                 add(Severity::Fault, element, fmt::format("expected {}", nameOf(rule.element)),
                     place);
             } else {
-                number(element, place);
+                number(element, place, rule.element);
             }
         }
     }
 
-    std::string expectation() const {
+    std::string expectation(Wanted wanted) const {
         const std::string limits = rule.allowed.inWords();
-        return fmt::format("{}{}{}: {}", nameOf(rule.wanted), limits.empty() ? "" : " ", limits,
+        return fmt::format("{}{}{}: {}", nameOf(wanted), limits.empty() ? "" : " ", limits,
                            rule.meaning);
     }
 

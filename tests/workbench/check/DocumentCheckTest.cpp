@@ -182,6 +182,8 @@ TEST_F(DocumentCheck, FindsTheFaultsOfACamera) {
     EXPECT_THAT(only(findings, "resolution").message, HasSubstr("expected 2 numbers"));
     EXPECT_THAT(only(findings, "fov[0]").message, HasSubstr("radians"));
     EXPECT_EQ(only(findings, "fov[1]").value, "26.2");
+    EXPECT_THAT(only(findings, "fov[1]").message,
+                HasSubstr("expected a number with a decimal point above 0 and at most 3.14"));
     EXPECT_THAT(only(findings, "position").message, HasSubstr("height above 0"));
 }
 
