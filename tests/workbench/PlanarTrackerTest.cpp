@@ -158,3 +158,20 @@ TEST(VideoTracker, SmoothsTheBoxAndKeepsTheClassAgainstOneFrame) {
     }
     EXPECT_EQ(std::get<Workbench::VideoReport>(reports.at(0)).labels.objectClass.name, "animal");
 }
+
+TEST(VideoTracker, KeepsTheBoxOfATrackThatIsRenamedWhileItIsNotSeen) {
+    Workbench::VideoTracker tracker(Workbench::VideoTracker::usualParameters(), 0.01);
+    Workbench::VideoDetection detection;
+    detection.box = {-0.1, -0.3, 0.1, 0.3};
+    detection.labels.objectClass = {"human", 0.9};
+    for (int i = 0; i < 5; ++i) {
+        tracker.update(0.1 * i, {detection});
+    }
+    tracker.planar().renumber(0);
+    const auto reports = tracker.update(0.5, {});
+    const auto& report = std::get<Workbench::VideoReport>(reports.at(0));
+    EXPECT_EQ(report.id, 2);
+    EXPECT_NEAR(report.box.right - report.box.left, 0.2, 1e-9);
+    EXPECT_NEAR(report.box.top - report.box.bottom, 0.6, 1e-9);
+    EXPECT_EQ(report.labels.objectClass.name, "human");
+}

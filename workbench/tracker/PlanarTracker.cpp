@@ -136,7 +136,8 @@ void PlanarTracker::update(double time, const std::vector<PlanarDetection>& dete
                list.end());
     for (std::size_t j = 0; j < detections.size(); ++j) {
         if (!isTaken[j]) {
-            list.push_back({nextId++, start(detections[j]), time, time, 1, j});
+            list.push_back({nextId, nextId, start(detections[j]), time, time, 1, j});
+            ++nextId;
         }
     }
 }

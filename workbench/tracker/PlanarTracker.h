@@ -39,6 +39,7 @@ struct TrackerParameters {
 /// A track of the tracker.
 struct PlanarTrack {
     std::int32_t id;                       ///< unique over the life of the tracker
+    std::int32_t firstId;                  ///< the id it began with; stays when `id` changes
     PlanarFilter filter;                   ///< the estimate
     double born;                           ///< time of the first detection, s
     double seen;                           ///< time of the last detection, s

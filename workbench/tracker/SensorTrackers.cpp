@@ -55,6 +55,25 @@ void VideoTracker::observe(Appearance& appearance, const VideoDetection& detecti
     observeLabel(appearance.labels.lowerClothingColor, detection.labels.lowerClothingColor);
 }
 
+VideoTracker::Appearance VideoTracker::appearanceOf(
+    const PlanarTrack& track, const std::vector<VideoDetection>& detections) const {
+    const auto known = appearances.find(track.firstId);
+    if (!track.detection) {
+        return known->second;
+    }
+    const VideoDetection& detection = detections[*track.detection];
+    // A track that was renamed is seen as if for the first time.
+    if (known == appearances.end() || known->second.id != track.id) {
+        return {
+            track.id,
+            {detection.box.right - detection.box.left, detection.box.top - detection.box.bottom},
+            detection.labels};
+    }
+    Appearance appearance = known->second;
+    observe(appearance, detection);
+    return appearance;
+}
+
 std::vector<Report> VideoTracker::update(double time,
                                          const std::vector<VideoDetection>& detections) {
     const double variance = positionStd * positionStd;
@@ -71,18 +90,7 @@ std::vector<Report> VideoTracker::update(double time,
     std::vector<Report> reports;
     reports.reserve(tracker.tracks().size());
     for (const PlanarTrack& track : tracker.tracks()) {
-        const auto known = appearances.find(track.id);
-        Appearance appearance;
-        if (known != appearances.end()) {
-            appearance = known->second;
-            if (track.detection) {
-                observe(appearance, detections[*track.detection]);
-            }
-        } else if (track.detection) {
-            const VideoDetection& first = detections[*track.detection];
-            appearance = {{first.box.right - first.box.left, first.box.top - first.box.bottom},
-                          first.labels};
-        }
+        const Appearance appearance = appearanceOf(track, detections);
         auto report = reportOf<VideoReport>(tracker, track, time);
         const Eigen::Vector2d foot = track.filter.position();
         const double half = 0.5 * appearance.size[0];
@@ -91,7 +99,7 @@ std::vector<Report> VideoTracker::update(double time,
         report.age = time - track.born;
         report.labels = appearance.labels;
         reports.emplace_back(report);
-        living.emplace(track.id, appearance);
+        living.emplace(track.firstId, appearance);
     }
     appearances = std::move(living);
     return reports;

@@ -44,14 +44,17 @@ public:
 
 private:
     struct Appearance {
+        std::int32_t id;       ///< of the track when it was last seen
         Eigen::Vector2d size;  ///< width and height of the box, smoothed
         Labels labels;
     };
     void observe(Appearance& appearance, const VideoDetection& detection) const;
+    Appearance appearanceOf(const PlanarTrack& track,
+                            const std::vector<VideoDetection>& detections) const;
 
     PlanarTracker tracker;
     double positionStd;
-    std::map<std::int32_t, Appearance> appearances;
+    std::map<std::int32_t, Appearance> appearances;  ///< by the id that a track began with
 };
 
 /// The tracker of the radar: tracks in its own plane.
