@@ -18,7 +18,7 @@ void run(const char* configuration, const char* recording) {
     Workbench::RecordingReader reader(recording, Workbench::TruthLines::Skip);
     const Workbench::Replay* fusing = nullptr;
     Workbench::Replay replay(reader.header(), Veskar::Config::parse(configuration),
-                             [&fusing](const Workbench::FusedFrame& frame) {
+                             [&fusing](const Workbench::FrameReading& frame) {
                                  const auto& tracks = fusing->fusion().systemTracks;
                                  std::printf("frame at %a of source %d: %zu\n", frame.time,
                                              static_cast<int>(frame.source), tracks.size());
