@@ -151,6 +151,24 @@ TEST_F(JudgementInput, CheckListsTenFaultsOfAScenario) {
     }
 }
 
+TEST_F(JudgementInput, NothingInAFileCommandsTheTerminal) {
+    const std::string escape = R"(\u001b[2J)";
+    std::string named = slurp(dataFile("tiny.jsonl"));
+    named.replace(named.find("\"tiny\""), 6, "\"" + escape + "\"");
+    const Outcome evaluated = veskar({"evaluate", "-"}, named);
+    EXPECT_EQ(evaluated.status, 0);
+    EXPECT_THAT(evaluated.output, StartsWith("?[2J, "));
+    const Outcome refused =
+        veskar({"evaluate", "-"}, beginning() + "{\"source\":\"" + escape + "\",\"time\":2}\n");
+    EXPECT_THAT(refused.errors, HasSubstr("\"?[2J\" is not video, radar or truth"));
+    const Outcome checked =
+        veskar({"check", "-", "--as", "camera"}, "{\"" + escape + "\": \"" + escape + "\"}");
+    EXPECT_THAT(checked.output, HasSubstr("?[2J is \"?[2J\""));
+    for (const Outcome& outcome : {evaluated, refused, checked}) {
+        EXPECT_EQ((outcome.output + outcome.errors).find('\x1b'), std::string::npos);
+    }
+}
+
 TEST_F(JudgementInput, AClosedPipeIsStatus2AndNoSignal) {
     for (const char* command : {"evaluate", "check"}) {
         EXPECT_EQ(intoClosedPipe(command, dataFile("tiny.jsonl")).output, "2\n") << command;

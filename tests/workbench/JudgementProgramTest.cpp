@@ -100,6 +100,20 @@ TEST_F(Judgement, EvaluateWritesJsonForMachines) {
     EXPECT_EQ(outcome.output, veskar({"evaluate", path, "--format", "json", "--hits", "2"}).output);
 }
 
+TEST_F(Judgement, EvaluateJudgesNothingTwice) {
+    const std::string path = recording();
+    const auto run = [&](const std::vector<std::string>& wishes) {
+        std::vector<std::string> arguments{"evaluate", path, "--format", "json"};
+        arguments.insert(arguments.end(), wishes.begin(), wishes.end());
+        const Outcome outcome = veskar(arguments);
+        EXPECT_EQ(outcome.status, 0);
+        return outcome.output;
+    };
+    const std::string once = run({"--hits", "3", "8", "--bands", "0", "20"});
+    EXPECT_EQ(run({"--hits", "8", "3", "8", "--bands", "20", "0", "20"}), once);
+    EXPECT_THAT(once, HasSubstr("\"20 m and more\""));
+}
+
 TEST_F(Judgement, EvaluateJudgesFusedTracksFromAFileAsThoseOfARun) {
     const std::string path = recording();
     const std::string fused = directory / "fused.jsonl";

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/Finding.h"
 
+#include "io/Printable.h"
+
 #include <algorithm>
 
 #include <fmt/format.h>
@@ -36,7 +38,7 @@ std::string toText(const Finding& finding, const std::string& file) {
         text += finding.key;
         text += finding.value.empty() ? ": " : fmt::format(" is {}: ", finding.value);
     }
-    return text + finding.message;
+    return printable(text + finding.message);
 }
 
 }  // namespace Workbench

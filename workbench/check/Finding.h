@@ -30,7 +30,7 @@ using Findings = std::vector<Finding>;
 bool hasFault(const Findings& findings);
 
 /// @param file name of the document
-/// @return "FILE:LINE: fault: KEY is VALUE: MESSAGE"
+/// @return "FILE:LINE: fault: KEY is VALUE: MESSAGE", fit for a terminal
 std::string toText(const Finding& finding, const std::string& file);
 
 }  // namespace Workbench

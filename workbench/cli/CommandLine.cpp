@@ -3,6 +3,7 @@
 
 #include "cli/Commands.h"
 #include "cli/Interruption.h"
+#include "io/Printable.h"
 
 #include <csignal>
 #include <exception>
@@ -64,7 +65,7 @@ int runCommandLine(int count, const char* const* arguments) {
     try {
         return action();
     } catch (const std::exception& error) {
-        fmt::print(stderr, "veskar: {}\n", error.what());
+        fmt::print(stderr, "veskar: {}\n", printable(error.what()));
         return badInput;
     }
 }

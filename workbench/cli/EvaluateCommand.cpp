@@ -18,6 +18,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -35,6 +36,13 @@ struct Options {
     bool wholeScene = false;
     EvaluationOptions evaluation;
 };
+
+/// Nothing is judged twice because somebody has asked twice.
+template <typename Value>
+void sortOnce(std::vector<Value>& values) {
+    std::sort(values.begin(), values.end());
+    values.erase(std::unique(values.begin(), values.end()), values.end());
+}
 
 /// Judges a recording to its end.
 /// @param follow hands the evaluation what the fusion knows at a line, before the line itself
@@ -112,7 +120,8 @@ int evaluate(const Options& options) {
     RecordingReader reader(options.recording);
     EvaluationOptions wishes = options.evaluation;
     wishes.commonFieldOfView = !options.wholeScene;
-    std::sort(wishes.bands.begin(), wishes.bands.end());
+    sortOnce(wishes.bands);
+    sortOnce(wishes.confirmationHits);
     return options.fused.empty() ? judgeRun(options, reader, wishes)
                                  : judgeFile(options, reader, wishes);
 }

@@ -160,7 +160,9 @@ void Evaluation::show(Veskar::Source source, double time,
 
 void Evaluation::judge(const TruthFrame& truth) {
     for (const TruthObject& object : truth.objects) {
-        if (std::find(classes.begin(), classes.end(), object.className) == classes.end()) {
+        const bool isNew =
+            std::find(classes.begin(), classes.end(), object.className) == classes.end();
+        if (isNew && object.className != wholeScene) {
             classes.push_back(object.className);
         }
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/EvaluationReport.h"
 
+#include "io/Printable.h"
 #include "recording/Header.h"
 
 #include <cmath>
@@ -19,7 +20,7 @@ std::string cellOf(const Figure& figure, const RecordingHeader& header) {
 
 void appendTable(std::string& text, const PartFigures& part, const RecordingHeader& header,
                  bool essentialOnly) {
-    text += fmt::format("\n{:<28}", part.part);
+    text += fmt::format("\n{:<28}", printable(part.part));
     for (const TrackerFigures& tracker : part.trackers) {
         text += fmt::format("{:>10}", tracker.tracker);
     }
@@ -47,7 +48,7 @@ std::string toTable(const EvaluationReport& report) {
     std::string text = fmt::format(
         "{}, {} moments of truth{}, cutoff {} m, tracks shown for {} s of coasting.\n"
         "Single sensors with the number of times that a track must be seen to count.\n",
-        report.header.name, report.instants,
+        printable(report.header.name), report.instants,
         report.options.commonFieldOfView ? ", where both sensors can see" : "",
         report.options.cutoff, report.options.coastingLimit);
     if (report.header.truth == TruthKind::Incomplete) {

@@ -147,6 +147,16 @@ TEST_F(EvaluationTest, PartsTheSceneByClassAndRange) {
     EXPECT_DOUBLE_EQ(figure("40 m and more", "GOSPA_false"), std::sqrt(12.5));
 }
 
+TEST_F(EvaluationTest, AClassNamedAsTheWholeSceneDoesNotCountTwice) {
+    begin();
+    judge({fusedAt(1, 15.0, 1.0, "all")}, {truthAt(1, 15.0, 0.0, "all")});
+    EXPECT_EQ(figure("all", "MT"), 1.0);
+    EXPECT_EQ(figure("all", "missed_per_instant"), 0.0);
+    judge({}, {truthAt(1, 15.0, 0.0, "all")}, 2.0);
+    EXPECT_EQ(figure("all", "missed_per_instant"), 0.5);
+    EXPECT_EQ(parts()[1], "0 to 20 m");
+}
+
 TEST_F(EvaluationTest, KnowsNoErrorsByTheBordersOfItsParts) {
     options.bands = {0.0, 20.0};
     begin();
