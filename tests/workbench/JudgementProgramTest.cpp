@@ -2,6 +2,7 @@
 // evaluate, check and replay --explain as their users run them.
 #include "Process.h"
 
+#include <ostream>
 #include <set>
 #include <sstream>
 
@@ -260,6 +261,11 @@ struct WrongInstallation {
     double value;          ///< in its unit
     const char* remedy;    ///< begins the corrected value
 };
+
+/// The name in reports of the tests, which must not depend on addresses.
+void PrintTo(const WrongInstallation& wrong, std::ostream* stream) {
+    *stream << wrong.key;
+}
 
 class WrongInstallationTest : public Judgement,
                               public testing::WithParamInterface<WrongInstallation> {};
