@@ -13,8 +13,7 @@ namespace Workbench {
 /// @return the text with a question mark for every control character
 inline std::string printable(std::string text) {
     std::replace_if(
-        text.begin(), text.end(), [](char c) { return (c >= '\0' && c < ' ') || c == '\x7f'; },
-        '?');
+        text.begin(), text.end(), [](unsigned char c) { return c < ' ' || c == 0x7f; }, '?');
     return text;
 }
 
