@@ -16,6 +16,7 @@ constexpr double wholeDegrees = 1.0;
 constexpr double image = 0.0005;  ///< half a pixel of a wide image
 constexpr double tenths = 0.1;    ///< s
 constexpr double percent = 0.01;
+constexpr double twentieths = 0.05;
 constexpr double ratio = 0.001;
 
 /// @param seconds a coasting time

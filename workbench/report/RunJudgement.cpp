@@ -12,14 +12,33 @@
 
 namespace Workbench {
 
+RunJudgement::RunJudgement(const RecordingHeader& installation, const Veskar::Config& config)
+    : header(installation) {
+    if (header.truth != TruthKind::None) {
+        evaluation.emplace(installation, config, options);
+    }
+}
+
+void RunJudgement::add(const FusedFrame& frame) {
+    if (evaluation) {
+        evaluation->add(frame);
+    }
+}
+
+void RunJudgement::add(const RecordingLine& line) {
+    if (evaluation) {
+        evaluation->add(line);
+    }
+}
+
 Json RunJudgement::json(double start) const {
-    if (header.truth == TruthKind::None || evaluation.instants() == 0) {
+    if (!evaluation || evaluation->instants() == 0) {
         return nullptr;
     }
     std::vector<double> times;
     Column gospa(metres);
     TrackTable matches({"object"}, {{"track", 1.0}});
-    const GospaSeries fusion = evaluation.gospaOverTime().front();
+    const GospaSeries fusion = evaluation->gospaOverTime().front();
     for (const GospaMoment& moment : fusion.moments) {
         times.push_back(moment.time);
         gospa.add(header.truth == TruthKind::Complete ? moment.gospa.distance
@@ -36,7 +55,7 @@ Json RunJudgement::json(double start) const {
 
 Json RunJudgement::parts() const {
     Json all = Json::array();
-    for (const PartFigures& part : evaluation.figures()) {
+    for (const PartFigures& part : evaluation->figures()) {
         if (part.trackers.empty()) {
             continue;
         }

@@ -5,6 +5,8 @@
 #include "evaluate/Evaluation.h"
 #include "recording/Header.h"
 
+#include <optional>
+
 namespace Workbench {
 
 /// Judges a run as `veskar evaluate` does by default, see docs/judgement.md.
@@ -12,13 +14,12 @@ class RunJudgement {
 public:
     /// @param installation the header of the recording
     /// @param config the configuration of the run
-    RunJudgement(const RecordingHeader& installation, const Veskar::Config& config)
-        : header(installation), evaluation(installation, config, options) {}
+    RunJudgement(const RecordingHeader& installation, const Veskar::Config& config);
 
     /// @param frame see Evaluation::add
-    void add(const FusedFrame& frame) { evaluation.add(frame); }
+    void add(const FusedFrame& frame);
     /// @param line see Evaluation::add
-    void add(const RecordingLine& line) { evaluation.add(line); }
+    void add(const RecordingLine& line);
 
     /// @param start time 0 of the report, s
     /// @return {"cutoff": m, "moments": n, "time": column of n, "gospa": column of n, "matches":
@@ -32,7 +33,7 @@ private:
 
     RecordingHeader header;
     EvaluationOptions options;
-    Evaluation evaluation;
+    std::optional<Evaluation> evaluation;  ///< when the recording states truth
 };
 
 }  // namespace Workbench

@@ -50,13 +50,9 @@ RunTable::RunTable(Words& vocabulary)
                       {"probability", ratio},
                       {"x", metres},
                       {"y", metres},
-                      {"vx", metresPerSecond},
-                      {"vy", metresPerSecond},
                       {"major", metres},
                       {"minor", metres},
                       {"angle", wholeDegrees},
-                      {"u", image},
-                      {"v", image},
                       {"range", metres},
                       {"speed", metresPerSecond},
                       {"direction", wholeDegrees},
@@ -65,7 +61,7 @@ RunTable::RunTable(Words& vocabulary)
                       {"right", image},
                       {"top", image},
                       {"class", 1.0},
-                      {"classProbability", percent},
+                      {"classProbability", twentieths},
                       {"color", 1.0},
                       {"upperClothingColor", 1.0},
                       {"lowerClothingColor", 1.0},
@@ -79,12 +75,12 @@ void RunTable::add(const FusedFrame& frame) {
     tracks.beginFrame();
     sensors.beginFrame();
     for (const FusedTrack& track : frame.tracks) {
+        // What follows from other columns is left out: the range from the position, the velocity
+        // from speed and direction.
         Eigen::Vector2d position(nothing, nothing);
-        Eigen::Vector2d velocity(nothing, nothing);
         Ellipse ellipse;
         if (track.ground) {
             position = track.ground->position;
-            velocity = track.ground->velocity;
             ellipse = ellipseOf(track.ground->covariance);
         }
         const Labels& labels = track.labels;
@@ -92,14 +88,10 @@ void RunTable::add(const FusedFrame& frame) {
                                 track.probability,
                                 position[0],
                                 position[1],
-                                velocity[0],
-                                velocity[1],
                                 ellipse.major,
                                 ellipse.minor,
                                 ellipse.angle,
-                                track.image[0],
-                                track.image[1],
-                                track.range,
+                                track.ground ? nothing : track.range,
                                 track.speed.value_or(nothing),
                                 track.direction.value_or(nothing),
                                 track.box.left,

@@ -57,15 +57,20 @@ void SensorTable::add(const SensorFrame& frame) {
         const Eigen::Vector2d position =
             track.ground ? track.ground->position : Eigen::Vector2d(nothing, nothing);
         const ImageBox box = boxOf(frame.tracks[i]);
+        // What follows from other columns is left out: a video report stands on the middle of its
+        // box's lower edge, and the range belongs to the position.
+        const bool standsOnItsBox = std::holds_alternative<VideoReport>(frame.tracks[i]);
+        const Eigen::Vector2d place =
+            standsOnItsBox ? Eigen::Vector2d(nothing, nothing) : track.image;
         // A camera's velocity on the ground says little; only the radar's is shown.
         const bool isRadar = frame.source == Veskar::Radar;
         const Label& label = track.labels.objectClass;
-        table.add(
-            {base.id},
-            {position[0], position[1], isRadar ? track.speed.value_or(nothing) : nothing,
-             isRadar ? track.direction.value_or(nothing) : nothing, track.image[0], track.image[1],
-             track.range, box.left, box.bottom, box.right, box.top, wholeTenths(base.coasting),
-             base.confirmed ? 1.0 : 0.0, words.numberOf(label.name), label.probability});
+        table.add({base.id},
+                  {position[0], position[1], isRadar ? track.speed.value_or(nothing) : nothing,
+                   isRadar ? track.direction.value_or(nothing) : nothing, place[0], place[1],
+                   track.ground ? nothing : track.range, box.left, box.bottom, box.right, box.top,
+                   wholeTenths(base.coasting), base.confirmed ? 1.0 : 0.0,
+                   words.numberOf(label.name), label.probability});
     }
 }
 

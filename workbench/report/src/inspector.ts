@@ -22,10 +22,10 @@ export function factsOfSystem(model: Model, run: Run, row: number): Facts {
     ['Class', withShare(labelled('class'), at('classProbability'))],
     ['Position', pairText(at('x'), at('y'), 'm')],
     ['95 % ellipse', Number.isNaN(at('major')) ? '–' : `${(2.448 * at('major')).toFixed(2)} × ${(2.448 * at('minor')).toFixed(2)} m`],
-    ['Distance', quantity(at('range'), 1, 'm')],
+    ['Distance', quantity(distance(at), 1, 'm')],
     ['Speed', quantity(at('speed'), 2, 'm/s')],
     ['Direction', quantity(at('direction'), 0, '°')],
-    ['Image', pairText(at('u'), at('v'), '', 3)],
+    ['Image', pairText((at('left') + at('right')) / 2, at('bottom'), '', 3)],
   ];
   const optional: [string, string][] = [
     ['Colour', labelled('color')],
@@ -47,10 +47,15 @@ export function factsOfSensor(model: Model, seen: Seen, row: number): Facts {
     ['Coasting', at('coasting') > 0.05 ? quantity(at('coasting'), 1, 's') : 'no'],
     ['Class', withShare(model.word(at('class')), at('classProbability'))],
     ['Position', pairText(at('x'), at('y'), 'm')],
-    ['Distance', quantity(at('range'), 1, 'm')],
+    ['Distance', quantity(distance(at), 1, 'm')],
     ['Speed', quantity(at('speed'), 2, 'm/s')],
-    ['Image', pairText(at('u'), at('v'), '', 3)],
+    ['Image', Number.isNaN(at('u')) ? pairText((at('left') + at('right')) / 2, at('bottom'), '', 3) : pairText(at('u'), at('v'), '', 3)],
   ];
+}
+
+/** Over ground from the device; the slant range of what has no place on the ground. */
+function distance(at: (name: string) => number): number {
+  return Number.isNaN(at('x')) ? at('range') : Math.hypot(at('x'), at('y'));
 }
 
 export function factsOfTruth(model: Model, row: number): Facts {

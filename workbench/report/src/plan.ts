@@ -259,7 +259,7 @@ export class Plan {
   private drawSystem(context: CanvasRenderingContext2D, transform: Transform, rows: Int32Array, state: State, palette: Palette): void {
     const { tracks } = this.run;
     const column = (name: string) => tracks.column(name);
-    const [x, y, vx, vy, confirmed, classes] = [column('x'), column('y'), column('vx'), column('vy'), column('confirmed'), column('class')];
+    const [x, y, speed, direction, confirmed, classes] = [column('x'), column('y'), column('speed'), column('direction'), column('confirmed'), column('class')];
     const [major, minor, angle] = [column('major'), column('minor'), column('angle')];
     const ids = tracks.key('id');
     const plates = new Plates(context, palette.ground);
@@ -282,11 +282,16 @@ export class Plan {
         fillAndStroke(context, ink, isConfirmed ? 0.12 : 0.04, 0.7);
         context.setLineDash([]);
       }
-      context.beginPath();
-      context.moveTo(px, py);
-      context.lineTo(px - vy[row] * transform.scale, py - vx[row] * transform.scale);
-      context.lineWidth = isConfirmed ? 2 : 1;
-      context.stroke();
+      if (!Number.isNaN(direction[row])) {
+        // Clockwise from forward, which is up: as far as it gets in a second.
+        const turn = (direction[row] * Math.PI) / 180;
+        const reach = speed[row] * transform.scale;
+        context.beginPath();
+        context.moveTo(px, py);
+        context.lineTo(px + reach * Math.sin(turn), py - reach * Math.cos(turn));
+        context.lineWidth = isConfirmed ? 2 : 1;
+        context.stroke();
+      }
       context.beginPath();
       context.arc(px, py, isConfirmed ? 4.5 : 3.5, 0, 2 * Math.PI);
       if (isConfirmed) {

@@ -57,7 +57,7 @@ export function packTable(
   };
 }
 
-const systemColumns = ['confirmed', 'probability', 'x', 'y', 'vx', 'vy', 'major', 'minor', 'angle', 'u', 'v', 'range', 'speed', 'direction', 'left', 'bottom', 'right', 'top', 'class', 'classProbability', 'color', 'upperClothingColor', 'lowerClothingColor', 'tags'];
+const systemColumns = ['confirmed', 'probability', 'x', 'y', 'major', 'minor', 'angle', 'range', 'speed', 'direction', 'left', 'bottom', 'right', 'top', 'class', 'classProbability', 'color', 'upperClothingColor', 'lowerClothingColor', 'tags'];
 const sensorColumns = ['x', 'y', 'speed', 'direction', 'u', 'v', 'range', 'left', 'bottom', 'right', 'top', 'coasting', 'confirmed', 'class', 'classProbability'];
 export const words = ['human', 'car'];
 const times = [0, 1, 2, 3, 4, 5];
@@ -70,7 +70,7 @@ export function smallRun(label = 'a.jsonl', changes: Partial<RunData> = {}): Run
     received: pack(times.map((time) => time + 0.1), 0.001),
     source: pack(times.map((_, i) => i % 2)),
     tracks: packTable(6, [
-      { key: { id: 1 }, rows: times.map((time) => ({ frame: time, confirmed: time >= 1 ? 1 : 0, probability: 0.4 + time / 10, x: 10 + time, y: -2, vx: 1, vy: 0, major: 1, minor: 0.5, angle: 30, u: 0.1, v: 0, range: 11, left: 0, bottom: 0, right: 0.1, top: 0.2, class: time >= 3 ? 1 : 0, classProbability: 0.8 })) },
+      { key: { id: 1 }, rows: times.map((time) => ({ frame: time, confirmed: time >= 1 ? 1 : 0, probability: 0.4 + time / 10, x: 10 + time, y: -2, major: 1, minor: 0.5, angle: 30, left: 0, bottom: 0, right: 0.1, top: 0.2, class: time >= 3 ? 1 : 0, classProbability: 0.8 })) },
       { key: { id: 2 }, rows: [{ frame: 2, confirmed: 0, probability: 0.3 }, { frame: 3, confirmed: 0, probability: 0.2 }] },
     ], systemColumns),
     sensors: packTable(6, [

@@ -69,12 +69,15 @@ describe('the facts', () => {
     expect(facts.get('Position')).toBe('13.00, -2.00 m');
     expect(facts.get('95 % ellipse')).toBe('2.45 × 1.22 m');
     expect(facts.get('Speed')).toBe('–');
+    expect(facts.get('Distance')).toBe('13.2 m');
+    expect(facts.get('Image')).toBe('0.050, 0.000');
     expect(facts.get('Age')).toBe('3.00 s');
     expect(facts.get('Latency')).toBe('100 ms');
     expect(facts.has('Tags')).toBe(false);
   });
   it('of a sensor track', () => {
     expect(new Map(factsOfSensor(model, model.radar, 0)).get('Position')).toBe('11.00, -2.00 m');
+    expect(new Map(factsOfSensor(model, model.radar, 0)).get('Image')).toBe('0.100, 0.000');
   });
   it('have units', () => {
     expect([quantity(1.25, 1, 'm'), quantity(NaN, 1, 'm'), quantity(undefined, 1), quantity(2, 0)]).toEqual(['1.3 m', '–', '–', '2']);
