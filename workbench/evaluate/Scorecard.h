@@ -37,7 +37,6 @@ public:
     void add(const Instant& instant);
 
     /// @return all figures, always the same ones in the same order
-    /// @throw std::runtime_error as assignWithGreatestGain
     std::vector<Figure> figures() const;
     /// @return see ClearMot::matches
     const std::map<int, int>& matches() const { return clearMot.matches(); }

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/metrics/Assignment.h"
 
-#include <veskar/Config.h>
-#include <veskar/TrackAssociator.h>
-
 #include <algorithm>
+#include <limits>
 
 namespace Workbench {
 namespace {
@@ -62,22 +60,85 @@ private:
     std::vector<bool> columnSeen;
 };
 
-/// Solves one group. The solver looks for the least cost, so that a pair without gain must cost as
-/// much as the best gain is worth, and is then left out as not allowed.
-void solve(const Group& group, const Eigen::MatrixXd& gain, Veskar::TrackAssociator& solver) {
-    const double best = gain.maxCoeff();
-    std::vector<std::vector<double>> cost;
-    std::vector<std::vector<bool>> allowed;
-    for (const int row : group.rows) {
-        auto& costs = cost.emplace_back();
-        auto& verdicts = allowed.emplace_back();
-        for (const int column : group.columns) {
-            costs.push_back(best - std::max(0.0, gain(row, column)));
-            verdicts.push_back(gain(row, column) > 0.0);
+/// The column of each row in the complete assignment of least cost, by shortest augmenting paths
+/// (Jonker, Volgenant: "A shortest augmenting path algorithm for dense and sparse linear assignment
+/// problems", Computing 38, 1987), one row after the other.
+///
+/// @param cost at least as many columns as rows
+std::vector<int> leastCost(const Eigen::MatrixXd& cost) {
+    const auto rows = static_cast<int>(cost.rows());
+    const auto columns = static_cast<int>(cost.cols());
+    // Column `columns` stands for the place where a row waits for its column.
+    std::vector<int> rowOf(static_cast<std::size_t>(columns) + 1, -1);
+    std::vector<int> before(rowOf.size());
+    Eigen::VectorXd rowPrice = Eigen::VectorXd::Zero(rows);
+    Eigen::VectorXd columnPrice = Eigen::VectorXd::Zero(columns + 1);
+    for (int row = 0; row < rows; ++row) {
+        std::vector<double> distance(rowOf.size(), std::numeric_limits<double>::infinity());
+        std::vector<bool> isReached(rowOf.size());
+        int column = columns;
+        rowOf[static_cast<std::size_t>(column)] = row;
+        do {
+            isReached[static_cast<std::size_t>(column)] = true;
+            const int from = rowOf[static_cast<std::size_t>(column)];
+            double least = std::numeric_limits<double>::infinity();
+            int nearest = -1;
+            for (int j = 0; j < columns; ++j) {
+                const auto place = static_cast<std::size_t>(j);
+                if (isReached[place]) {
+                    continue;
+                }
+                const double reduced = cost(from, j) - rowPrice[from] - columnPrice[j];
+                if (reduced < distance[place]) {
+                    distance[place] = reduced;
+                    before[place] = column;
+                }
+                if (distance[place] < least) {
+                    least = distance[place];
+                    nearest = j;
+                }
+            }
+            for (int j = 0; j <= columns; ++j) {
+                const auto place = static_cast<std::size_t>(j);
+                if (isReached[place]) {
+                    rowPrice[rowOf[place]] += least;
+                    columnPrice[j] -= least;
+                } else {
+                    distance[place] -= least;
+                }
+            }
+            column = nearest;
+        } while (rowOf[static_cast<std::size_t>(column)] >= 0);
+        while (column != columns) {
+            const int previous = before[static_cast<std::size_t>(column)];
+            rowOf[static_cast<std::size_t>(column)] = rowOf[static_cast<std::size_t>(previous)];
+            column = previous;
         }
     }
-    solver.runJVA(static_cast<int>(group.rows.size()), static_cast<int>(group.columns.size()), cost,
-                  allowed);
+    std::vector<int> columnOf(static_cast<std::size_t>(rows), -1);
+    for (int j = 0; j < columns; ++j) {
+        if (const int row = rowOf[static_cast<std::size_t>(j)]; row >= 0) {
+            columnOf[static_cast<std::size_t>(row)] = j;
+        }
+    }
+    return columnOf;
+}
+
+/// Solves one group. A pair without gain costs as much as none at all: a complete assignment of the
+/// shorter side then has the greatest gain, and such pairs are left out of it.
+void solve(const Group& group, const Eigen::MatrixXd& gain, Pairs& pairs) {
+    const Eigen::MatrixXd gains = gain(group.rows, group.columns).cwiseMax(0.0);
+    const bool isUpright = gains.rows() <= gains.cols();
+    const std::vector<int> partners =
+        leastCost(isUpright ? Eigen::MatrixXd(-gains) : Eigen::MatrixXd(-gains.transpose()));
+    for (std::size_t i = 0; i < partners.size(); ++i) {
+        const auto partner = static_cast<std::size_t>(partners[i]);
+        const int row = group.rows[isUpright ? i : partner];
+        const int column = group.columns[isUpright ? partner : i];
+        if (gain(row, column) > 0.0) {
+            pairs.emplace_back(row, column);
+        }
+    }
 }
 
 }  // namespace
@@ -90,12 +151,7 @@ Pairs assignWithGreatestGain(const Eigen::MatrixXd& gain) {
         if (group.columns.empty()) {
             continue;
         }
-        Veskar::TrackAssociator solver{Veskar::Config{}};
-        solve(group, gain, solver);
-        for (const auto& [i, j] : solver.getAssociations()) {
-            pairs.emplace_back(group.rows[static_cast<std::size_t>(i)],
-                               group.columns[static_cast<std::size_t>(j)]);
-        }
+        solve(group, gain, pairs);
     }
     std::sort(pairs.begin(), pairs.end());
     return pairs;

@@ -15,11 +15,10 @@ using Pairs = std::vector<std::pair<int, int>>;
 /// The one-to-one assignment of rows to columns with the greatest total gain.
 ///
 /// Only pairs with a gain above zero are made; rows and columns may stay alone. Groups of rows and
-/// columns that share no positive gain are solved apart, with the library's assignment solver.
+/// columns that share no positive gain are solved apart.
 ///
 /// @param gain finite gains; values up to zero stand for "no pair"
 /// @return the pairs
-/// @throw std::runtime_error when one such group has more than 512 rows or columns
 Pairs assignWithGreatestGain(const Eigen::MatrixXd& gain);
 
 }  // namespace Workbench

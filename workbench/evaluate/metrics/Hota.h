@@ -30,7 +30,6 @@ public:
         double AssA = 0.0;  ///< mean over the matches of how well both identities overlap
         double LocA = 0.0;  ///< mean similarity of the matches
     };
-    /// @throw std::runtime_error as assignWithGreatestGain
     Result result() const;
 
     static constexpr int thresholdCount = 19;

@@ -27,7 +27,6 @@ public:
         int IDFP = 0;       ///< track moments that were not
         int IDFN = 0;       ///< object moments that were not
     };
-    /// @throw std::runtime_error as assignWithGreatestGain
     Result result() const;
 
 private:
