@@ -53,6 +53,8 @@ export class Timeline {
   readonly surface = new Surface('Timeline of the system tracks');
   lanes: readonly Lane[] = [];
   scroll = 0;
+  private readonly picture = document.createElement('canvas');
+  private pictured: readonly unknown[] = [];
 
   constructor(private readonly model: Model) {}
 
@@ -98,6 +100,27 @@ export class Timeline {
       return;
     }
     this.scrollBy(0);
+    const { context, height } = this.surface;
+    // Only the line of the time moves while one scrubs; the lanes are kept as a picture.
+    const shown = [this.lanes, this.scroll, this.surface.canvas.width, this.surface.canvas.height, state.selection, palette];
+    if (shown.every((part, i) => part === this.pictured[i])) {
+      context.drawImage(this.picture, 0, 0, this.surface.width, height);
+    } else {
+      this.drawLanes(state, palette);
+      this.pictured = shown;
+      this.picture.width = this.surface.canvas.width;
+      this.picture.height = this.surface.canvas.height;
+      this.picture.getContext('2d')?.drawImage(this.surface.canvas, 0, 0);
+    }
+    context.strokeStyle = palette.select;
+    context.lineWidth = 1.5;
+    context.beginPath();
+    context.moveTo(this.x(time), 0);
+    context.lineTo(this.x(time), height);
+    context.stroke();
+  }
+
+  private drawLanes(state: State, palette: Palette): void {
     const { context, width, height } = this.surface;
     context.font = '11px system-ui, sans-serif';
     this.drawAxis(context, palette);
@@ -111,12 +134,6 @@ export class Timeline {
       this.drawLane(context, this.lanes[i], axisHeight + i * laneHeight - this.scroll, state, palette);
     }
     context.restore();
-    context.strokeStyle = palette.select;
-    context.lineWidth = 1.5;
-    context.beginPath();
-    context.moveTo(this.x(time), 0);
-    context.lineTo(this.x(time), height);
-    context.stroke();
   }
 
   private drawAxis(context: CanvasRenderingContext2D, palette: Palette): void {
