@@ -263,8 +263,8 @@ struct WrongInstallation {
 };
 
 /// The name in reports of the tests, which must not depend on addresses.
-void PrintTo(const WrongInstallation& wrong, std::ostream* stream) {
-    *stream << wrong.key;
+std::ostream& operator<<(std::ostream& stream, const WrongInstallation& wrong) {
+    return stream << wrong.key;
 }
 
 class WrongInstallationTest : public Judgement,
