@@ -251,6 +251,7 @@ describe('two runs of the crossing', () => {
     await settle(page);
     expect(await probe(page, 'selection')).toMatchObject({ run: 1, id: mark.id });
     expect(await page.locator('.inspector h2').first().textContent()).toBe(`System track ${mark.id} of B`);
+    expect(await page.locator('.reasons li').count()).toBeGreaterThan(0);
     await shoot(page, 'crossing-pair');
   });
 

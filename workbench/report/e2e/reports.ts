@@ -41,11 +41,11 @@ export function reportOf(scenario: string): string {
 
 /** The report of a scenario with the shipped configuration and one with a changed gate. */
 export function comparisonOf(scenario: string): string {
-  const { recording, fused } = fuse(scenario);
+  const { recording, fused, explained } = fuse(scenario);
   const shipped = readFileSync(join(config, 'fusion.json'), 'utf8');
   writeFileSync(at('narrow.json'), shipped.replace(/("positionGatingDistance":\s*)[0-9.]+/, '$10.4'));
-  veskar('replay', recording, '--config', at('narrow.json'), '-o', at(`${scenario}.narrow.jsonl`));
-  veskar('report', recording, fused, at(`${scenario}.narrow.jsonl`), '-o', at(`${scenario}.pair.html`));
+  veskar('replay', recording, '--config', at('narrow.json'), '-o', at(`${scenario}.narrow.jsonl`), '--explain', at(`${scenario}.narrow.why.jsonl`));
+  veskar('report', recording, fused, at(`${scenario}.narrow.jsonl`), '--explain', explained, '--explain2', at(`${scenario}.narrow.why.jsonl`), '-o', at(`${scenario}.pair.html`));
   return at(`${scenario}.pair.html`);
 }
 
