@@ -113,8 +113,9 @@ TEST(Assignment, SolvesALargeGroup) {
     Eigen::MatrixXd gain = Eigen::MatrixXd::Constant(30, 3000, 1e-3);
     Pairs expected;
     for (int i = 0; i < 30; ++i) {
-        gain(i, 100 * i) = 1.0;
-        expected.emplace_back(i, 100 * i);
+        const int partner = 100 * i;
+        gain(i, partner) = 1.0;
+        expected.emplace_back(i, partner);
     }
     EXPECT_EQ(assignWithGreatestGain(gain), expected);
 }
