@@ -2,6 +2,7 @@
 // TrackAssociator: cost matrices, the class rule on them and their solution.
 #include <veskar/TrackAssociator.h>
 
+#include "association/LineTracks.h"
 #include "association/LiteralSolver.h"
 #include "support/TrackFactory.h"
 
@@ -24,21 +25,6 @@ using Veskar::TrackAssociator;
 namespace {
 
 constexpr double F = 9999.0;
-
-/// Tracks on a line: with unit covariances a difference of 1 in u is a distance of 1 / sqrt(2).
-std::shared_ptr<Track> trackAt(double u, Source source, int id, const char* className = "human") {
-    Report report;
-    report.source = source;
-    report.id = id;
-    report.state[0] = u;
-    report.className = className;
-    return makeTrack(report);
-}
-
-std::shared_ptr<SystemTrack> systemAt(double u, Source source, int id,
-                                      const char* className = "human") {
-    return makeSystemTrack(trackAt(u, source, id, className), id);
-}
 
 Config lineConfig() {
     Config config;

@@ -2,6 +2,7 @@
 // TrackAssociator: whole associations, case by case.
 #include <veskar/TrackAssociator.h>
 
+#include "association/LineTracks.h"
 #include "association/LiteralSolver.h"
 #include "association/Scene.h"
 #include "support/AllocationCounter.h"
@@ -26,21 +27,6 @@ using Veskar::TrackAssociator;
 namespace {
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-
-/// Tracks on a line: with unit covariances a difference of 1 in u is a distance of 1 / sqrt(2).
-std::shared_ptr<Track> trackAt(double u, Source source, int id, const char* className = "human") {
-    Report report;
-    report.source = source;
-    report.id = id;
-    report.state[0] = u;
-    report.className = className;
-    return makeTrack(report);
-}
-
-std::shared_ptr<SystemTrack> systemAt(double u, Source source, int id,
-                                      const char* className = "human") {
-    return makeSystemTrack(trackAt(u, source, id, className), id);
-}
 
 class Association : public testing::Test {
 protected:
