@@ -105,9 +105,10 @@ void BM_Replay(benchmark::State& state) {
         Workbench::RecordingReader reader(file.path, Workbench::TruthLines::Skip);
         Workbench::OutputFile output("/dev/null");
         const Workbench::HostAdapter adapter(reader.header(), configuration());
-        Workbench::WriteBehind writer(output, [&](Workbench::FrameReading reading) {
-            return fusedLine(placed(std::move(reading), adapter));
-        });
+        Workbench::WriteBehind writer(
+            output, [&](Workbench::LineText& text, Workbench::FrameReading&& reading) {
+                appendFusedLine(text, placed(std::move(reading), adapter));
+            });
         Workbench::Replay run(
             reader.header(), configuration(),
             [&](Workbench::FrameReading reading) { writer.write(std::move(reading)); });

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "FusedText.h"
 #include "Process.h"
 #include "io/InputError.h"
-#include "replay/FusedJson.h"
 #include "replay/FusedReader.h"
 
 #include <cmath>
@@ -69,7 +69,7 @@ TEST(FusedReader, ReadsEverythingThatIsWritten) {
     int frames = 0;
     while (const auto frame = reader.next()) {
         ASSERT_TRUE(std::getline(lines, line));
-        ASSERT_EQ(Workbench::fusedLine(*frame), line + "\n");
+        ASSERT_EQ(VeskarTest::fusedLine(*frame), line + "\n");
         ++frames;
     }
     EXPECT_GT(frames, 30);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "FusedText.h"
 #include "Installation.h"
-#include "replay/FusedCsv.h"
-#include "replay/FusedJson.h"
 #include "replay/FusedTrack.h"
 
 #include <cmath>
@@ -112,7 +111,7 @@ TEST_F(FusedTrackTest, GeographicPositionFollowsTheSite) {
 TEST_F(FusedTrackTest, JsonLineHoldsWhatIsKnown) {
     Workbench::FusedFrame frame{5.0, 5.1, Veskar::Radar, {read(radarTrack())}};
     frame.tracks[0].tags = std::set<std::string>{"0", "maximizeDetections"};
-    const nlohmann::json json = nlohmann::json::parse(fusedLine(frame));
+    const nlohmann::json json = nlohmann::json::parse(VeskarTest::fusedLine(frame));
     EXPECT_EQ(json["source"], "radar");
     EXPECT_EQ(json["received"], 5.1);
     const nlohmann::json& track = json["tracks"][0];
@@ -129,7 +128,7 @@ TEST_F(FusedTrackTest, JsonLineHoldsWhatIsKnown) {
 TEST_F(FusedTrackTest, WhatIsNotFiniteIsNull) {
     Workbench::FusedFrame frame{5.0, 5.1, Veskar::Radar, {read(radarTrack())}};
     frame.tracks[0].probability = std::numeric_limits<double>::quiet_NaN();
-    const nlohmann::json json = nlohmann::json::parse(fusedLine(frame));
+    const nlohmann::json json = nlohmann::json::parse(VeskarTest::fusedLine(frame));
     EXPECT_TRUE(json["tracks"][0]["probability"].is_null());
 }
 
@@ -137,7 +136,7 @@ TEST_F(FusedTrackTest, CsvRowsHaveTheHeadersColumns) {
     Workbench::FusedFrame frame{5.0, 5.1, Veskar::Radar, {read(radarTrack()), read(radarTrack())}};
     frame.tracks[0].labels.color.name = "odd, \"quoted\"";
     frame.tracks[1].ground.reset();
-    const std::string rows = Workbench::csvHeader() + csvRows(frame);
+    const std::string rows = Workbench::csvHeader() + VeskarTest::csvRows(frame);
     std::istringstream lines(rows);
     std::string line;
     while (std::getline(lines, line)) {

@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 using Workbench::FrameReading;
+using Workbench::LineText;
 using Workbench::OutputFile;
 using Workbench::WriteBehind;
 
@@ -21,8 +22,14 @@ FrameReading frameAt(double time) {
     return {time, time, Veskar::VideoObject, {}};
 }
 
-std::string timeOf(const FrameReading& frame) {
-    return std::to_string(static_cast<int>(frame.time)) + "\n";
+void addTime(LineText& text, const FrameReading& frame) {
+    text.addNumber(frame.time, 0);
+    text += '\n';
+}
+
+// More than an output holds back.
+void addMuch(LineText& text, const FrameReading& /*frame*/) {
+    text += std::string(1 << 20, 'x');
 }
 
 }  // namespace
@@ -33,7 +40,7 @@ TEST(WriteBehind, WritesEveryFrameInItsOrder) {
     std::string expected = "header\n";
     OutputFile output(path);
     output.write(expected);
-    WriteBehind writer(output, timeOf);
+    WriteBehind writer(output, addTime);
     for (int i = 0; i < 1000; ++i) {
         writer.write(frameAt(i));
         expected += std::to_string(i) + "\n";
@@ -46,14 +53,14 @@ TEST(WriteBehind, WritesEveryFrameInItsOrder) {
 
 TEST(WriteBehind, TellsThatTheDiskIsFull) {
     OutputFile output("/dev/full");
-    WriteBehind writer(output, [](const FrameReading&) { return std::string(1 << 20, 'x'); });
+    WriteBehind writer(output, addMuch);
     writer.write(frameAt(0.0));
     EXPECT_THROW(writer.finish(), Workbench::InputError);
 }
 
 TEST(WriteBehind, TakesNothingMoreOnceTheDiskIsFull) {
     OutputFile output("/dev/full");
-    WriteBehind writer(output, [](const FrameReading&) { return std::string(1 << 20, 'x'); });
+    WriteBehind writer(output, addMuch);
     const auto writeOn = [&] {
         for (int i = 0; i < 1000; ++i) {
             writer.write(frameAt(i));
@@ -69,7 +76,7 @@ TEST(WriteBehind, HandsOnEveryFrameToWhomFollowsAPipe) {
     const int reading = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     ::fcntl(reading, F_SETFL, 0);
     OutputFile output(path);
-    WriteBehind writer(output, timeOf, WriteBehind::Flush::EveryFrame);
+    WriteBehind writer(output, addTime, WriteBehind::Flush::EveryFrame);
     writer.write(frameAt(7.0));
     std::array<char, 8> text{};
     ASSERT_EQ(::read(reading, text.data(), text.size()), 2);

@@ -112,12 +112,12 @@ int replay(const Options& options) {
     Summary summary;
     WriteBehind writer(
         output,
-        [&](FrameReading reading) {
+        [&](LineText& text, FrameReading&& reading) {
             const FusedFrame frame = placed(std::move(reading), adapter);
             if (options.summary) {
                 summary.add(frame);
             }
-            return isCsv ? csvRows(frame) : fusedLine(frame);
+            (isCsv ? appendCsvRows : appendFusedLine)(text, frame);
         },
         options.realtime ? WriteBehind::Flush::EveryFrame : WriteBehind::Flush::WhenFull,
         throwIfInterrupted);

@@ -2,10 +2,9 @@
 // Pieces of the lines that recordings and fused tracks share.
 #pragma once
 
+#include "io/LineText.h"
 #include "recording/Recording.h"
 
-#include <initializer_list>
-#include <string>
 #include <string_view>
 
 #include <Eigen/Core>
@@ -22,38 +21,25 @@ constexpr int ratioDecimals = 4;
 constexpr int geoDecimals = 8;
 constexpr int estimateDecimals = 9;
 
-/// Appends a member after others: a comma, the name and the number.
-/// @param text receives the member
-/// @param name its name
-/// @param value the number
-/// @param decimals digits behind the point
-void appendMember(std::string& text, std::string_view name, double value, int decimals);
-/// As above, with a list of numbers.
-/// @param text receives the member
-/// @param name its name
-/// @param values the numbers
-/// @param decimals digits behind the point
-void appendMember(std::string& text, std::string_view name, std::initializer_list<double> values,
-                  int decimals);
-/// As above, with a vector.
+/// Appends a vector as a member after others.
 /// @param text receives the member
 /// @param name its name
 /// @param value the vector
 /// @param decimals digits behind the point
-void appendMember(std::string& text, std::string_view name, const Eigen::Vector2d& value,
+void appendVector(LineText& text, std::string_view name, const Eigen::Vector2d& value,
                   int decimals);
 /// Appends those labels that are known.
 /// @param text receives the members
 /// @param labels class and colours
-void appendLabels(std::string& text, const Labels& labels);
+void appendLabels(LineText& text, const Labels& labels);
 /// Appends one label, if it is known, and its probability.
 /// @param text receives the members
 /// @param name of the label
 /// @param label the label
-void appendLabel(std::string& text, std::string_view name, const Label& label);
+void appendLabel(LineText& text, std::string_view name, const Label& label);
 /// Appends a box as member "box".
 /// @param text receives the member
 /// @param box the box
-void appendBox(std::string& text, const ImageBox& box);
+void appendBox(LineText& text, const ImageBox& box);
 
 }  // namespace Workbench

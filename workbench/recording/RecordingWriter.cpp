@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "recording/RecordingWriter.h"
 
-#include "io/NumberText.h"
 #include "recording/Header.h"
 #include "recording/JsonLine.h"
 
@@ -10,55 +9,55 @@
 namespace Workbench {
 namespace {
 
-void base(std::string& text, const ReportBase& report) {
+void base(LineText& text, const ReportBase& report) {
     text += "{\"id\":";
-    appendInteger(text, report.id);
+    text.addInteger(report.id);
     if (report.coasting > 0.0) {
-        appendMember(text, "coasting", report.coasting, timeDecimals);
+        text.addMember("coasting", report.coasting, timeDecimals);
     }
     if (!report.confirmed) {
         text += ",\"confirmed\":false";
     }
 }
 
-void track(std::string& text, const VideoReport& report) {
+void track(LineText& text, const VideoReport& report) {
     base(text, report);
     appendBox(text, report.box);
     if (report.velocity) {
-        appendMember(text, "velocity", *report.velocity, imageDecimals);
+        appendVector(text, "velocity", *report.velocity, imageDecimals);
     }
-    appendMember(text, "age", report.age, timeDecimals);
+    text.addMember("age", report.age, timeDecimals);
     appendLabels(text, report.labels);
     text += '}';
 }
 
-void track(std::string& text, const RadarReport& report) {
+void track(LineText& text, const RadarReport& report) {
     base(text, report);
-    appendMember(text, "range", report.range, metreDecimals);
-    appendMember(text, "azimuth", report.azimuth, angleDecimals);
+    text.addMember("range", report.range, metreDecimals);
+    text.addMember("azimuth", report.azimuth, angleDecimals);
     if (report.speed && report.direction) {
-        appendMember(text, "speed", *report.speed, metreDecimals);
-        appendMember(text, "direction", *report.direction, angleDecimals);
+        text.addMember("speed", *report.speed, metreDecimals);
+        text.addMember("direction", *report.direction, angleDecimals);
     }
     if (report.radialSpeed) {
-        appendMember(text, "radialSpeed", *report.radialSpeed, metreDecimals);
+        text.addMember("radialSpeed", *report.radialSpeed, metreDecimals);
     }
     appendLabel(text, "class", report.objectClass);
     text += '}';
 }
 
-void track(std::string& text, const ReadyEstimate& report) {
+void track(LineText& text, const ReadyEstimate& report) {
     base(text, report);
     text += ",\"state\":[";
     for (Eigen::Index i = 0; i < 6; ++i) {
         text += i == 0 ? "" : ",";
-        appendNumber(text, report.state[i], estimateDecimals);
+        text.addNumber(report.state[i], estimateDecimals);
     }
     text += "],\"covariance\":[";
     for (Eigen::Index row = 0; row < 6; ++row) {
         for (Eigen::Index column = row; column < 6; ++column) {
             text += row == 0 && column == 0 ? "" : ",";
-            appendNumber(text, report.covariance(row, column), estimateDecimals);
+            text.addNumber(report.covariance(row, column), estimateDecimals);
         }
     }
     text += ']';
@@ -69,19 +68,19 @@ void track(std::string& text, const ReadyEstimate& report) {
     text += '}';
 }
 
-void object(std::string& text, const TruthObject& value) {
+void object(LineText& text, const TruthObject& value) {
     text += "{\"id\":";
-    appendInteger(text, value.id);
+    text.addInteger(value.id);
     text += ",\"class\":";
-    appendQuoted(text, value.className);
-    appendMember(text, "position", value.position, metreDecimals);
-    appendMember(text, "velocity", value.velocity, metreDecimals);
+    text.addQuoted(value.className);
+    appendVector(text, "position", value.position, metreDecimals);
+    appendVector(text, "velocity", value.velocity, metreDecimals);
     if (value.size) {
         const Eigen::Vector3d& size = *value.size;
-        appendMember(text, "size", {size[0], size[1], size[2]}, metreDecimals);
+        text.addMember("size", {size[0], size[1], size[2]}, metreDecimals);
     }
     if (value.centre) {
-        appendMember(text, "centre", *value.centre, metreDecimals);
+        appendVector(text, "centre", *value.centre, metreDecimals);
     }
     text += value.inVideo ? "" : ",\"video\":false";
     text += value.inRadar ? "" : ",\"radar\":false";
@@ -95,12 +94,13 @@ std::string lineOf(const RecordingHeader& header) {
 }
 
 std::string lineOf(const SensorFrame& frame) {
-    std::string text = "{\"source\":\"";
+    LineText text;
+    text += "{\"source\":\"";
     text += sourceName(frame.source);
     text += '"';
-    appendMember(text, "time", frame.time, timeDecimals);
+    text.addMember("time", frame.time, timeDecimals);
     if (frame.received != frame.time) {
-        appendMember(text, "received", frame.received, timeDecimals);
+        text.addMember("received", frame.received, timeDecimals);
     }
     text += ",\"tracks\":[";
     for (std::size_t i = 0; i < frame.tracks.size(); ++i) {
@@ -108,19 +108,20 @@ std::string lineOf(const SensorFrame& frame) {
         std::visit([&](const auto& report) { track(text, report); }, frame.tracks[i]);
     }
     text += "]}\n";
-    return text;
+    return text.string();
 }
 
 std::string lineOf(const TruthFrame& frame) {
-    std::string text = "{\"source\":\"truth\"";
-    appendMember(text, "time", frame.time, timeDecimals);
+    LineText text;
+    text += "{\"source\":\"truth\"";
+    text.addMember("time", frame.time, timeDecimals);
     text += ",\"objects\":[";
     for (std::size_t i = 0; i < frame.objects.size(); ++i) {
         text += i == 0 ? "" : ",";
         object(text, frame.objects[i]);
     }
     text += "]}\n";
-    return text;
+    return text.string();
 }
 
 }  // namespace Workbench

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "replay/FusedCsv.h"
 
-#include "io/NumberText.h"
 #include "recording/JsonLine.h"
 
 #include <cmath>
@@ -10,18 +9,18 @@
 namespace Workbench {
 namespace {
 
-void field(std::string& row, double value, int decimals) {
+void field(LineText& row, double value, int decimals) {
     row += ',';
     if (std::isfinite(value)) {
-        appendNumber(row, value, decimals);
+        row.addNumber(value, decimals);
     }
 }
 
-void field(std::string& row, const std::optional<double>& value, int decimals) {
+void field(LineText& row, const std::optional<double>& value, int decimals) {
     field(row, value.value_or(std::nan("")), decimals);
 }
 
-void field(std::string& row, std::string_view text) {
+void field(LineText& row, std::string_view text) {
     row += ',';
     if (text.find_first_of(",\"\r\n") == std::string_view::npos) {
         row += text;
@@ -37,7 +36,7 @@ void field(std::string& row, std::string_view text) {
     row += '"';
 }
 
-void appendGround(std::string& row, const std::optional<GroundPosition>& ground) {
+void appendGround(LineText& row, const std::optional<GroundPosition>& ground) {
     if (!ground) {
         row += ",,,,,,,";
         return;
@@ -71,8 +70,8 @@ std::string tagsOf(const FusedTrack& track) {
     return text;
 }
 
-void appendRow(std::string& row, const FusedFrame& frame, const FusedTrack& track) {
-    appendNumber(row, frame.time, timeDecimals);
+void appendRow(LineText& row, const FusedFrame& frame, const FusedTrack& track) {
+    row.addNumber(frame.time, timeDecimals);
     field(row, frame.received, timeDecimals);
     field(row, sourceName(frame.source));
     field(row, track.id, 0);
@@ -106,12 +105,10 @@ std::string csvHeader() {
            "latitude,longitude,age,videoIds,radarIds,tags\n";
 }
 
-std::string csvRows(const FusedFrame& frame) {
-    std::string rows;
+void appendCsvRows(LineText& text, const FusedFrame& frame) {
     for (const FusedTrack& track : frame.tracks) {
-        appendRow(rows, frame, track);
+        appendRow(text, frame, track);
     }
-    return rows;
 }
 
 }  // namespace Workbench

@@ -2,6 +2,7 @@
 // Fused tracks as comma-separated values (RFC 4180).
 #pragma once
 
+#include "io/LineText.h"
 #include "replay/FusedTrack.h"
 
 #include <string>
@@ -11,8 +12,10 @@ namespace Workbench {
 /// @return the row of column names, with line end
 std::string csvHeader();
 
+/// Appends one row per track, each with line end. What is not known is empty.
+///
+/// @param text receives the rows
 /// @param frame the tracks after a frame
-/// @return one row per track, each with line end; what is not known is empty
-std::string csvRows(const FusedFrame& frame);
+void appendCsvRows(LineText& text, const FusedFrame& frame);
 
 }  // namespace Workbench

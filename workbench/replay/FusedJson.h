@@ -2,6 +2,7 @@
 // Fused tracks as JSON Lines.
 #pragma once
 
+#include "io/LineText.h"
 #include "recording/Recording.h"
 #include "replay/FusedTrack.h"
 
@@ -17,9 +18,11 @@ constexpr int fusedVersion = 1;
 /// @return the first line, with line end
 std::string fusedHeaderLine(const RecordingHeader& header, const std::string& configuration);
 
+/// Appends the line of a frame, with line end. Numbers are rounded as in recordings, what is not
+/// finite is null.
+///
+/// @param text receives the line
 /// @param frame the tracks after a frame
-/// @return its line, with line end; numbers are rounded as in recordings, what is not finite is
-///         null
-std::string fusedLine(const FusedFrame& frame);
+void appendFusedLine(LineText& text, const FusedFrame& frame);
 
 }  // namespace Workbench

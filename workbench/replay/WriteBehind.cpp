@@ -6,7 +6,7 @@
 namespace Workbench {
 namespace {
 
-constexpr std::size_t framesBehind = 64;
+constexpr std::size_t framesBehind = 32;
 
 }  // namespace
 
@@ -28,8 +28,11 @@ WriteBehind::~WriteBehind() {
 
 void WriteBehind::run() {
     try {
+        LineText text;
         while (std::optional<FrameReading> frame = queue.pop()) {
-            output.write(format(std::move(*frame)));
+            text.clear();
+            format(text, std::move(*frame));
+            output.write(text.view());
             if (flush == Flush::EveryFrame) {
                 output.flush();
             }

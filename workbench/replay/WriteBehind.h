@@ -3,11 +3,11 @@
 #pragma once
 
 #include "io/BoundedQueue.h"
+#include "io/LineText.h"
 #include "io/OutputFile.h"
 #include "replay/FusedTrack.h"
 
 #include <functional>
-#include <string>
 #include <thread>
 
 namespace Workbench {
@@ -16,8 +16,8 @@ namespace Workbench {
 /// The frames are written in their order.
 class WriteBehind {
 public:
-    /// How a frame is put into words.
-    using Format = std::function<std::string(FrameReading)>;
+    /// How a frame is put into words: appends them to the text.
+    using Format = std::function<void(LineText& text, FrameReading&& frame)>;
     /// When the output hands on what it holds.
     enum class Flush { WhenFull, EveryFrame };
 

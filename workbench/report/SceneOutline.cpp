@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/SceneOutline.h"
 
-#include "io/NumberText.h"
-
 #include <algorithm>
 #include <cmath>
 #include <vector>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "FusedText.h"
 #include "Process.h"
 #include "evaluate/FusedFeed.h"
-#include "replay/FusedJson.h"
 #include "scenario/Scenario.h"
 #include "simulate/Simulation.h"
 
@@ -24,7 +24,7 @@ protected:
             FusedFrame frame;
             frame.time = received;
             frame.received = received;
-            text += fusedLine(frame);
+            text += VeskarTest::fusedLine(frame);
         }
         VeskarTest::spill(directory / "fused", text);
         file.emplace(directory / "fused");
