@@ -42,12 +42,13 @@ protected:
     Workbench::VideoReport videoReport(const Eigen::Vector2d& ground,
                                        const Eigen::Vector2d& velocity) const {
         const Workbench::Projection camera(header.camera.build());
-        const auto foot = camera.project({ground[0], ground[1], 0.0});
+        const auto foot =
+            camera.project({ground[0], ground[1], 0.0}, {velocity[0], velocity[1], 0.0});
         const double top = camera.position({ground[0], ground[1], 1.75})[1];
         Workbench::VideoReport report;
         report.id = 21;
         report.box = {foot.uv[0] - 0.02, foot.uv[1], foot.uv[0] + 0.02, top};
-        report.velocity = foot.jacobian.leftCols<2>() * velocity;
+        report.velocity = foot.rate;
         report.labels.objectClass = {"human", 0.9};
         return report;
     }

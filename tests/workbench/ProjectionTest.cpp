@@ -28,22 +28,20 @@ Projection pinholeCamera() {
 
 void expectDerivativesAt(const Projection& camera, const Eigen::Vector3d& point) {
     SCOPED_TRACE(point.transpose());
-    const Workbench::ImagePoint image = camera.project(point);
+    const Eigen::Vector3d velocity(-1.3, 2.1, 0.4);
+    const Workbench::ImageMotion image = camera.project(point, velocity);
     EXPECT_LT((image.uv - camera.position(point)).norm(), 1e-9);
+    EXPECT_LT((image.rate - image.jacobian * velocity).norm(), 1e-12);
     constexpr double h = 1e-4;
     for (Eigen::Index axis = 0; axis < 3; ++axis) {
         const Eigen::Vector3d step = h * Eigen::Vector3d::Unit(axis);
-        const Workbench::ImagePoint after = camera.project(point + step);
-        const Workbench::ImagePoint before = camera.project(point - step);
         const Eigen::Vector2d slope =
             (camera.position(point + step) - camera.position(point - step)) / (2.0 * h);
         EXPECT_LT((image.jacobian.col(axis) - slope).norm(), 1e-7);
-        const Eigen::Vector3d uCurve =
-            (after.jacobian.row(0) - before.jacobian.row(0)).transpose() / (2.0 * h);
-        const Eigen::Vector3d vCurve =
-            (after.jacobian.row(1) - before.jacobian.row(1)).transpose() / (2.0 * h);
-        EXPECT_LT((image.uHessian.col(axis) - uCurve).norm(), 1e-7);
-        EXPECT_LT((image.vHessian.col(axis) - vCurve).norm(), 1e-7);
+        const Eigen::Vector2d rateSlope = (camera.project(point + step, velocity).rate -
+                                           camera.project(point - step, velocity).rate) /
+                                          (2.0 * h);
+        EXPECT_LT((image.rateJacobian.col(axis) - rateSlope).norm(), 1e-7);
     }
 }
 
@@ -77,11 +75,12 @@ TEST(Projection, DerivativesAgreeWithDifferences) {
 TEST(Projection, DerivativesStayFiniteOnTheOpticalAxis) {
     const Projection camera{VeskarTest::installation().camera.build()};
     const Eigen::Vector3d axis = camera.camera().getRotation().col(0);
-    const Workbench::ImagePoint image = camera.project(camera.origin() + 10.0 * axis);
+    const Workbench::ImageMotion image =
+        camera.project(camera.origin() + 10.0 * axis, {1.0, 1.0, 1.0});
     EXPECT_LT(image.uv.norm(), 1e-3);
     // At the centre of an equidistant lens a sideways metre turns the ray by 1 / distance.
     EXPECT_NEAR(image.jacobian(0, 1), -1.2732395447351628 / 10.0, 1e-5);
-    EXPECT_TRUE(image.uHessian.allFinite());
+    EXPECT_TRUE(image.rateJacobian.allFinite());
 }
 
 TEST(Projection, SeesWhatIsInsideTheImage) {

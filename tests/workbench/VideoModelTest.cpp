@@ -24,7 +24,7 @@ protected:
         return result;
     }
     Workbench::FusionEstimate estimate(const Workbench::VideoReport& report) const {
-        return VideoModel(camera, noise, parameters).estimate(report);
+        return VideoModel(camera, noise, parameters).estimate(report.box, report.velocity);
     }
     // The variance that the adapter adds to the configured one of the range.
     double addedVariance(const Veskar::StateVector& state) const {

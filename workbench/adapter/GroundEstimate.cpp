@@ -21,34 +21,35 @@ struct Sight {
     Eigen::Vector3d velocity;  // device frame
     double range;              // from the camera
     Eigen::Vector3d ray;       // unit vector from the camera
-    ImagePoint image;
+    ImageMotion image;
 };
 
 Sight sightOf(const Projection& projection, const Eigen::Vector4d& ground) {
     const Eigen::Vector3d point(ground[0], ground[1], 0.0);
+    const Eigen::Vector3d velocity(ground[2], ground[3], 0.0);
     const Eigen::Vector3d offset = point - projection.origin();
     const double range = offset.norm();
-    return {{ground[2], ground[3], 0.0}, range, offset / range, projection.project(point)};
+    return {velocity, range, offset / range, projection.project(point, velocity)};
 }
 
 Veskar::StateVector stateOf(const Sight& sight) {
-    const Eigen::Vector2d rate = sight.image.jacobian * sight.velocity;
+    const ImageMotion& image = sight.image;
     Veskar::StateVector state;
-    state << sight.image.uv[0], rate[0], sight.image.uv[1], rate[1], sight.range,
+    state << image.uv[0], image.rate[0], image.uv[1], image.rate[1], sight.range,
         sight.ray.dot(sight.velocity);
     return state;
 }
 
 Eigen::Matrix<double, 6, 4> jacobianOf(const Sight& sight) {
-    const ImagePoint& image = sight.image;
+    const ImageMotion& image = sight.image;
     const Eigen::Vector3d& v = sight.velocity;
     Eigen::Matrix<double, 6, 4> J = Eigen::Matrix<double, 6, 4>::Zero();
     J.block<1, 2>(0, 0) = image.jacobian.row(0).head<2>();
     J.block<1, 2>(1, 2) = J.block<1, 2>(0, 0);
-    J.block<1, 2>(1, 0) = (image.uHessian * v).head<2>().transpose();
+    J.block<1, 2>(1, 0) = image.rateJacobian.row(0).head<2>();
     J.block<1, 2>(2, 0) = image.jacobian.row(1).head<2>();
     J.block<1, 2>(3, 2) = J.block<1, 2>(2, 0);
-    J.block<1, 2>(3, 0) = (image.vHessian * v).head<2>().transpose();
+    J.block<1, 2>(3, 0) = image.rateJacobian.row(1).head<2>();
     J.block<1, 2>(4, 0) = sight.ray.head<2>().transpose();
     J.block<1, 2>(5, 2) = J.block<1, 2>(4, 0);
     J.block<1, 2>(5, 0) = ((v - sight.ray * sight.ray.dot(v)) / sight.range).head<2>().transpose();

@@ -79,14 +79,15 @@ double HostAdapter::gainOf(const ReportBase& report, Veskar::Source source) cons
 
 std::shared_ptr<Veskar::Track> HostAdapter::convert(const VideoReport& report,
                                                     const Moment& when) const {
-    VideoReport moved = report;
+    ImageBox box = report.box;
     if (report.velocity && when.ahead > 0.0) {
         const Eigen::Vector2d shift = *report.velocity * when.ahead;
-        moved.box = {report.box.left + shift[0], report.box.bottom + shift[1],
-                     report.box.right + shift[0], report.box.top + shift[1]};
+        box = {box.left + shift[0], box.bottom + shift[1], box.right + shift[0],
+               box.top + shift[1]};
     }
-    auto track = makeTrack(video.estimate(moved), when.time, report, when.source, report.labels);
-    track->boundingBox = libraryBox(moved.box);
+    auto track = makeTrack(video.estimate(box, report.velocity), when.time, report, when.source,
+                           report.labels);
+    track->boundingBox = libraryBox(box);
     return track;
 }
 

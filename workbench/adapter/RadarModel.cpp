@@ -12,19 +12,21 @@ RadarModel::RadarModel(const RadarSetup& givenSetup, const AdapterParameters& pa
 
 RadarModel::GroundPoint RadarModel::groundPoint(double givenRange, double azimuth) const {
     // The direction d(azimuth, elevation) in the radar's frame; the elevation is not measured but
-    // follows from standing on the ground: height + range (R d)_z = 0.
+    // follows from standing on the ground: height + range (R d)_z = 0, or a c + b s = fall with its
+    // cosine c and sine s. Of the two solutions the one below the horizon counts.
     const double height = setup.mounting.position[2];
     const double range = std::max(givenRange, 1.02 * height);
     const double angle = radians(azimuth);
     const Eigen::Vector3d level(std::cos(angle), -std::sin(angle), 0.0);
     const double a = rotation.row(2).dot(level);
     const double b = rotation(2, 2);
-    const double phase = std::atan2(b, a);
-    const double opening = std::acos(std::clamp(-height / (range * std::hypot(a, b)), -1.0, 1.0));
-    const double elevation = phase - opening;
+    const double square = a * a + b * b;
+    const double steepest = std::sqrt(square);
+    const double fall = std::clamp(-height / range, -steepest, steepest);
+    const double rest = std::sqrt(std::max(square - fall * fall, 0.0));
+    const double c = (a * fall + b * rest) / square;
+    const double s = (b * fall - a * rest) / square;
 
-    const double c = std::cos(elevation);
-    const double s = std::sin(elevation);
     const Eigen::Vector3d up = Eigen::Vector3d::UnitZ();
     const Eigen::Vector3d d = rotation * (c * level + s * up);
     const Eigen::Vector3d byElevation = rotation * (c * up - s * level);

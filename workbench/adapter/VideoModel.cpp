@@ -11,8 +11,8 @@ VideoModel::VideoModel(const Veskar::Camera& givenCamera,
                        const AdapterParameters& givenParameters)
     : camera(givenCamera), noise(givenNoise), parameters(givenParameters) {}
 
-double VideoModel::pseudoRangeStd(double u, double v) const {
-    if (camera.getRangeToTarget(u, v, noise.minimumAngle).clamped) {
+double VideoModel::pseudoRangeStd(const Veskar::Camera::RangeToTarget& pseudo, double v) const {
+    if (pseudo.clamped) {
         return noise.maximumPseudoRangeStd;
     }
     // The camera multiplies the standard deviation by the aspect ratio, which v has in it already.
@@ -35,22 +35,23 @@ double VideoModel::pseudoRangeRate(double u, double v, const Eigen::Vector2d& ve
     return (after.range - before.range) / (2.0 * interval);
 }
 
-FusionEstimate VideoModel::estimate(const VideoReport& report) const {
-    const double u = 0.5 * (report.box.left + report.box.right);
-    const double v = report.box.bottom;
-    const Eigen::Vector2d velocity = report.velocity.value_or(Eigen::Vector2d::Zero());
-    const double range = camera.getRangeToTarget(u, v, noise.minimumAngle).range;
+FusionEstimate VideoModel::estimate(const ImageBox& box,
+                                    const std::optional<Eigen::Vector2d>& measured) const {
+    const double u = 0.5 * (box.left + box.right);
+    const double v = box.bottom;
+    const Eigen::Vector2d velocity = measured.value_or(Eigen::Vector2d::Zero());
+    const Veskar::Camera::RangeToTarget pseudo = camera.getRangeToTarget(u, v, noise.minimumAngle);
+    const double range = pseudo.range;
     const double rate = pseudoRangeRate(u, v, velocity);
 
     FusionEstimate result;
     result.state << u, velocity[0], v, velocity[1], range, rate;
-    const double velocityStd =
-        report.velocity ? noise.uvVelocityStd : parameters.unknownImageVelocityStd;
+    const double velocityStd = measured ? noise.uvVelocityStd : parameters.unknownImageVelocityStd;
     const double position = noise.uvPositionStd * noise.uvPositionStd;
     const double speed = velocityStd * velocityStd;
     const double lag = parameters.rangeStdPerRate * rate;
     const double relative = parameters.pseudoRangeStdPerRange * range;
-    const double base = pseudoRangeStd(u, v);
+    const double base = pseudoRangeStd(pseudo, v);
     result.covariance.setZero();
     result.covariance.diagonal() << position, speed, position, speed,
         base * base + relative * relative + lag * lag,

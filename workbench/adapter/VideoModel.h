@@ -9,6 +9,8 @@
 #include "adapter/GroundEstimate.h"
 #include "recording/Recording.h"
 
+#include <optional>
+
 namespace Workbench {
 
 /// Turns a box into an estimate in the fusion frame: the object stands on the middle of the box's
@@ -26,16 +28,16 @@ public:
     VideoModel(const Veskar::Camera& camera, const Veskar::Config::VideoInput& noise,
                const AdapterParameters& parameters);
 
-    /// @param report a video track
+    /// @param box where a video track is in the image
+    /// @param velocity of the middle of its lower edge, 1/s, when known
     /// @return its state and covariance in the fusion frame
-    FusionEstimate estimate(const VideoReport& report) const;
-
-    /// @param u image column
-    /// @param v image row
-    /// @return standard deviation of the pseudo range there, m, before the adapter's additions
-    double pseudoRangeStd(double u, double v) const;
+    FusionEstimate estimate(const ImageBox& box,
+                            const std::optional<Eigen::Vector2d>& velocity) const;
 
 private:
+    /// @param pseudo pseudo range in row v
+    /// @return its standard deviation, m, before the adapter's additions
+    double pseudoRangeStd(const Veskar::Camera::RangeToTarget& pseudo, double v) const;
     double pseudoRangeRate(double u, double v, const Eigen::Vector2d& velocity) const;
 
     Veskar::Camera camera;

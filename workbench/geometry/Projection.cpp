@@ -16,9 +16,9 @@ constexpr double leastAngle = 1e-4;
 // Behind the image plane a pinhole sees nothing; the radius is kept large and finite.
 constexpr double largestPinholeAngle = 1.55;
 
-// The camera evaluates its polynomial but does not tell the coefficients. They follow from it: the
+// The camera evaluates this polynomial but does not tell its coefficients. They follow from it: the
 // derivative is a parabola.
-Eigen::Vector4d coefficientsOf(const Veskar::Camera& camera) {
+Eigen::Vector4d radiansToImageOf(const Veskar::Camera& camera) {
     const auto slope = [&](double angle) {
         return camera.evaluatePolynomDerivativeRadiansToImage(angle);
     };
@@ -26,26 +26,39 @@ Eigen::Vector4d coefficientsOf(const Veskar::Camera& camera) {
             (slope(1.0) + slope(-1.0) - 2.0 * slope(0.0)) / 6.0};
 }
 
+double evaluate(const Eigen::Vector4d& c, double t) {
+    return c[0] + t * (c[1] + t * (c[2] + t * c[3]));
+}
+
+// The angle between the optical axis and a point beside and ahead of the camera; atan takes half as
+// long as atan2.
+double angleFromAxis(double beside, double ahead) {
+    return ahead > 0.0 ? std::atan(beside / ahead) : std::atan2(beside, ahead);
+}
+
 }  // namespace
 
 Projection::Projection(const Veskar::Camera& camera)
     : lens(camera),
-      radiansToImage(coefficientsOf(camera)),
+      isPinhole(camera.hasBDCEnabled()),
+      aspect(camera.getAspectRatio()),
+      centre(camera.getSensorOffset()),
+      radiansToImage(radiansToImageOf(camera)),
+      imageToRadians(camera.getLensPolynomImageToRadians()),
       pinholeScale(1.0 / std::tan(camera.getFieldOfView()[0])),
       cameraPosition(camera.getPosition()),
       toCamera(camera.getRotation().transpose()) {}
 
 double Projection::imageRadius(double angle) const {
-    if (lens.hasBDCEnabled()) {
+    if (isPinhole) {
         return pinholeScale * std::tan(std::min(angle, largestPinholeAngle));
     }
-    const Eigen::Vector4d& c = radiansToImage;
-    return c[0] + angle * (c[1] + angle * (c[2] + angle * c[3]));
+    return evaluate(radiansToImage, angle);
 }
 
 Projection::Radius Projection::radiusAt(double angle) const {
     const double radius = imageRadius(angle);
-    if (lens.hasBDCEnabled()) {
+    if (isPinhole) {
         const double tangent = radius / pinholeScale;
         const double slope = pinholeScale * (1.0 + tangent * tangent);
         return {radius, slope, 2.0 * tangent * slope};
@@ -67,79 +80,89 @@ Projection::LensPoint Projection::look(const Eigen::Vector3d& point) const {
     }
     // The radius rho is a function of the angle a from the optical axis; with g = rho / s the
     // image position is u = -y g and v = z g (times the aspect ratio).
-    const double q = c[0] * c[0] + s * s;
-    seen.rho = radiusAt(std::atan2(s, c[0]));
-    seen.aS = c[0] / q;
-    seen.aX = -s / q;
-    seen.g = seen.rho.value / s;
-    seen.gS = (seen.rho.first * seen.aS - seen.g) / s;
-    seen.gX = seen.rho.first * seen.aX / s;
-    seen.gradient << seen.gX, seen.gS * c[1] / s, seen.gS * c[2] / s;
+    const double perQ = 1.0 / (c[0] * c[0] + s * s);
+    const double perS = 1.0 / s;
+    seen.rho = radiusAt(angleFromAxis(s, c[0]));
+    seen.aS = c[0] * perQ;
+    seen.aX = -s * perQ;
+    seen.g = seen.rho.value * perS;
+    seen.gS = (seen.rho.first * seen.aS - seen.g) * perS;
+    seen.gX = seen.rho.first * seen.aX * perS;
+    seen.gradient << seen.gX, seen.gS * c[1] * perS, seen.gS * c[2] * perS;
     return seen;
 }
 
 ImageColumn Projection::column(const Eigen::Vector3d& point) const {
     const LensPoint seen = look(point);
-    return {-seen.place[1] * seen.g + lens.getSensorOffset()[0],
+    return {-seen.place[1] * seen.g + centre[0],
             -(seen.g * Eigen::Vector3d::UnitY() + seen.place[1] * seen.gradient).transpose() *
                 toCamera};
 }
 
-ImagePoint Projection::project(const Eigen::Vector3d& point) const {
+ImageMotion Projection::project(const Eigen::Vector3d& point,
+                                const Eigen::Vector3d& velocity) const {
     const LensPoint seen = look(point);
-    const auto& [c, s, rho, aS, aX, g, gS, gX, gradient] = seen;
-    const double x = c[0];
-    const double q = x * x + s * s;
-    const double aSS = -2.0 * s * x / (q * q);
-    const double aSX = (s * s - x * x) / (q * q);
-    const double aXX = -aSS;
-    const double gSS = (rho.second * aS * aS + rho.first * aSS - 2.0 * gS) / s;
-    const double gSX = (rho.second * aS * aX + rho.first * aSX - gX) / s;
-    const double gXX = (rho.second * aX * aX + rho.first * aXX) / s;
+    const Eigen::Vector3d& c = seen.place;
+    const Radius& rho = seen.rho;
+    const double g = seen.g;
+    const double perS = 1.0 / seen.s;
+    // The angle's second derivatives; that by x twice is the negative of that by s twice.
+    const double perQ = 1.0 / (c[0] * c[0] + seen.s * seen.s);
+    const double aSS = -2.0 * seen.s * c[0] * perQ * perQ;
+    const double aSX = (seen.s * seen.s - c[0] * c[0]) * perQ * perQ;
+    const double gSS = (rho.second * seen.aS * seen.aS + rho.first * aSS - 2.0 * seen.gS) * perS;
+    const double gSX = (rho.second * seen.aS * seen.aX + rho.first * aSX - seen.gX) * perS;
+    const double gXX = (rho.second * seen.aX * seen.aX - rho.first * aSS) * perS;
 
-    const double sY = c[1] / s;
-    const double sZ = c[2] / s;
+    const double sY = c[1] * perS;
+    const double sZ = c[2] * perS;
+    const double gAcross = seen.gS * perS;
+    const double gYZ = (gSS - gAcross) * sY * sZ;
     Eigen::Matrix3d hessian;
-    hessian << gXX, gSX * sY, gSX * sZ,                                        //
-        gSX * sY, gSS * sY * sY + gS * sZ * sZ / s, (gSS - gS / s) * sY * sZ,  //
-        gSX * sZ, (gSS - gS / s) * sY * sZ, gSS * sZ * sZ + gS * sY * sY / s;
+    hessian << gXX, gSX * sY, gSX * sZ,                    //
+        gSX * sY, gSS * sY * sY + gAcross * sZ * sZ, gYZ,  //
+        gSX * sZ, gYZ, gSS * sZ * sZ + gAcross * sY * sY;
 
-    const double aspect = lens.getAspectRatio();
-    const Eigen::Vector3d unitY = Eigen::Vector3d::UnitY();
-    const Eigen::Vector3d unitZ = Eigen::Vector3d::UnitZ();
-    const auto product = [&](const Eigen::Vector3d& unit, double factor) -> Eigen::Matrix3d {
-        return unit * seen.gradient.transpose() + seen.gradient * unit.transpose() +
-               factor * hessian;
+    // Of a product of one coordinate with g: its gradient, and the change of that with the motion.
+    const Eigen::Vector3d motion = toCamera * velocity;
+    const double gRate = seen.gradient.dot(motion);
+    const Eigen::Vector3d gradientRate = hessian * motion;
+    const auto gradientOf = [&](int axis) -> Eigen::Vector3d {
+        return g * Eigen::Vector3d::Unit(axis) + c[axis] * seen.gradient;
     };
-    ImagePoint result;
-    result.uv = Eigen::Vector2d(-c[1] * g, c[2] * g * aspect) + lens.getSensorOffset();
-    result.jacobian.row(0) = -(g * unitY + c[1] * gradient).transpose() * toCamera;
-    result.jacobian.row(1) = aspect * (g * unitZ + c[2] * gradient).transpose() * toCamera;
-    result.uHessian = -toCamera.transpose() * product(unitY, c[1]) * toCamera;
-    result.vHessian = aspect * toCamera.transpose() * product(unitZ, c[2]) * toCamera;
+    const auto gradientRateOf = [&](int axis) -> Eigen::Vector3d {
+        return gRate * Eigen::Vector3d::Unit(axis) + motion[axis] * seen.gradient +
+               c[axis] * gradientRate;
+    };
+    ImageMotion result;
+    result.uv = Eigen::Vector2d(-c[1] * g, c[2] * g * aspect) + centre;
+    result.jacobian.row(0) = -gradientOf(1).transpose() * toCamera;
+    result.jacobian.row(1) = aspect * gradientOf(2).transpose() * toCamera;
+    result.rate = result.jacobian * velocity;
+    result.rateJacobian.row(0) = -gradientRateOf(1).transpose() * toCamera;
+    result.rateJacobian.row(1) = aspect * gradientRateOf(2).transpose() * toCamera;
     return result;
 }
 
 Eigen::Vector2d Projection::position(const Eigen::Vector3d& point) const {
     const Eigen::Vector3d c = toCamera * (point - cameraPosition);
     const double s = std::max(c.tail<2>().norm(), 1e-12);
-    const double g = imageRadius(std::atan2(s, c[0])) / s;
-    return Eigen::Vector2d(-c[1] * g, c[2] * g * lens.getAspectRatio()) + lens.getSensorOffset();
+    const double g = imageRadius(angleFromAxis(s, c[0])) / s;
+    return Eigen::Vector2d(-c[1] * g, c[2] * g * aspect) + centre;
 }
 
 bool Projection::sees(const Eigen::Vector3d& point) const {
     const bool isAhead = (toCamera * (point - cameraPosition))[0] > 0.0;
     const Eigen::Vector2d uv = position(point);
     // A lens of more than half a turn sees what lies behind it, a pinhole does not.
-    return (isAhead || !lens.hasBDCEnabled()) && Veskar::isInsideImage(uv[0], uv[1]);
+    return (isAhead || !isPinhole) && Veskar::isInsideImage(uv[0], uv[1]);
 }
 
 Eigen::Vector3d Projection::ray(double u, double v) const {
-    const double dx = u - lens.getSensorOffset()[0];
-    const double dy = (v - lens.getSensorOffset()[1]) / lens.getAspectRatio();
+    const double dx = u - centre[0];
+    const double dy = (v - centre[1]) / aspect;
     const double r = std::max(std::sqrt(dx * dx + dy * dy), 1e-12);
-    const double angle = lens.hasBDCEnabled() ? std::atan(r * std::tan(lens.getFieldOfView()[0]))
-                                              : lens.evaluatePolynomImageToRadians(r);
+    const double angle = isPinhole ? std::atan(r / pinholeScale) : evaluate(imageToRadians, r);
     const Eigen::Vector3d inCamera(std::cos(angle), -dx / r * std::sin(angle),
                                    dy / r * std::sin(angle));
     return toCamera.transpose() * inCamera;

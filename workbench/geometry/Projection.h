@@ -24,14 +24,13 @@ constexpr double degrees(double radians) {
     return radians * 180.0 / 3.14159265358979323846;
 }
 
-/// Where a point of the device's frame appears in the image, how that depends on the point, and how
-/// the dependence itself changes: what the first-order propagation of a position with velocity
-/// needs.
-struct ImagePoint {
+/// Where a moving point of the device's frame appears in the image, how it moves there, and how
+/// both depend on the point: what the first-order propagation of a position with velocity needs.
+struct ImageMotion {
     Eigen::Vector2d uv;                    ///< normalised image plane; not limited to the image
-    Eigen::Matrix<double, 2, 3> jacobian;  ///< d(u, v) / d(x, y, z), 1/m
-    Eigen::Matrix3d uHessian;              ///< second derivatives of u, 1/m^2
-    Eigen::Matrix3d vHessian;              ///< second derivatives of v, 1/m^2
+    Eigen::Vector2d rate;                  ///< u', v', 1/s
+    Eigen::Matrix<double, 2, 3> jacobian;  ///< d(u, v) / d(x, y, z), 1/m; d(u', v') / d velocity
+    Eigen::Matrix<double, 2, 3> rateJacobian;  ///< d(u', v') / d(x, y, z), 1/(m s)
 };
 
 /// In which column of the image a point of the device's frame appears.
@@ -48,8 +47,9 @@ public:
     explicit Projection(const Veskar::Camera& camera);
 
     /// @param point device frame, m
-    /// @return its image position with first and second derivatives
-    ImagePoint project(const Eigen::Vector3d& point) const;
+    /// @param velocity of the point, m/s
+    /// @return its image position and rate with derivatives
+    ImageMotion project(const Eigen::Vector3d& point, const Eigen::Vector3d& velocity) const;
     /// @param point device frame, m
     /// @return its image column with first derivatives
     ImageColumn column(const Eigen::Vector3d& point) const;
@@ -105,7 +105,12 @@ private:
     double imageRadius(double angle) const;
 
     Veskar::Camera lens;
+    // What is needed of it for every point.
+    bool isPinhole;
+    double aspect;                   ///< width over height
+    Eigen::Vector2d centre;          ///< optical centre in the image
     Eigen::Vector4d radiansToImage;  ///< c0..c3
+    Eigen::Vector4d imageToRadians;  ///< c0..c3
     double pinholeScale;             ///< image radius per tangent of the angle
     Eigen::Vector3d cameraPosition;
     Eigen::Matrix3d toCamera;

@@ -3,7 +3,7 @@
 
 namespace Workbench {
 
-Eigen::Vector3d usualSize(const std::string& className) {
+Eigen::Vector3d usualSize(std::string_view className) {
     if (className == "car" || className == "vehicle") {
         return {4.4, 1.8, 1.5};
     }

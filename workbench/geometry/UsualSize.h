@@ -2,7 +2,7 @@
 // How large objects usually are.
 #pragma once
 
-#include <string>
+#include <string_view>
 
 #include <Eigen/Core>
 
@@ -11,6 +11,6 @@ namespace Workbench {
 /// @param className an object class, see Vocabulary.h
 /// @return length, width and height of a usual object of the class, m; those of a person when the
 ///         class says nothing
-Eigen::Vector3d usualSize(const std::string& className);
+Eigen::Vector3d usualSize(std::string_view className);
 
 }  // namespace Workbench
