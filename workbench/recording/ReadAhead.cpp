@@ -6,7 +6,7 @@
 namespace Workbench {
 namespace {
 
-constexpr std::size_t linesInAdvance = 128;
+constexpr std::size_t linesInAdvance = 64;
 
 }  // namespace
 

@@ -109,14 +109,14 @@ ReadyEstimate readEstimate(const LineFields& fields) {
     return report;
 }
 
-Report readReport(const LineFields& fields, Veskar::Source source) {
+void addReport(std::vector<Report>& tracks, const LineFields& fields, Veskar::Source source) {
     if (fields.has("state")) {
-        return readEstimate(fields);
+        tracks.emplace_back(readEstimate(fields));
+    } else if (source == Veskar::Radar) {
+        tracks.emplace_back(readRadarReport(fields));
+    } else {
+        tracks.emplace_back(readVideo(fields));
     }
-    if (source == Veskar::Radar) {
-        return readRadarReport(fields);
-    }
-    return readVideo(fields);
 }
 
 SensorFrame readSensorFrame(const LineFields& fields, Veskar::Source source) {
@@ -126,9 +126,8 @@ SensorFrame readSensorFrame(const LineFields& fields, Veskar::Source source) {
     frame.time = fields.number("time");
     frame.received = fields.number("received", frame.time);
     frame.tracks.reserve(fields.array("tracks").size());
-    fields.forEach("tracks", [&](const LineFields& track) {
-        frame.tracks.push_back(readReport(track, source));
-    });
+    fields.forEach("tracks",
+                   [&](const LineFields& track) { addReport(frame.tracks, track, source); });
     refuseRepeatedIds<Report>(frame.tracks, "tracks",
                               [](const Report& report) { return baseOf(report).id; });
     return frame;

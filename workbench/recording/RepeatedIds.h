@@ -4,8 +4,10 @@
 
 #include "io/InputError.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <set>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
@@ -19,12 +21,21 @@ namespace Workbench {
 template <typename Item>
 void refuseRepeatedIds(const std::vector<Item>& items, const char* list,
                        std::int32_t (*idOf)(const Item&)) {
-    std::set<std::int32_t> seen;
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        if (!seen.insert(idOf(items[i])).second) {
-            throw InputError(
-                fmt::format("{}[{}].id: {} occurs twice in the frame", list, i, idOf(items[i])));
+    std::vector<std::pair<std::int32_t, std::size_t>> ids;
+    ids.reserve(items.size());
+    for (const Item& item : items) {
+        ids.emplace_back(idOf(item), ids.size());
+    }
+    std::sort(ids.begin(), ids.end());
+    std::size_t first = items.size();
+    for (std::size_t i = 1; i < ids.size(); ++i) {
+        if (ids[i].first == ids[i - 1].first) {
+            first = std::min(first, ids[i].second);
         }
+    }
+    if (first < items.size()) {
+        throw InputError(fmt::format("{}[{}].id: {} occurs twice in the frame", list, first,
+                                     idOf(items[first])));
     }
 }
 

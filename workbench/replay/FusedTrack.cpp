@@ -11,20 +11,35 @@
 namespace Workbench {
 namespace {
 
-// Seconds since the estimate of the first sensor track of a source was made.
-std::optional<double> reportAge(const Veskar::SystemTrack& track, Veskar::Source source) {
-    if (!track.hasTracks(source)) {
-        return std::nullopt;
+// What of a system track's sensor tracks is asked for.
+struct Supports {
+    std::vector<Support> sensors;
+    bool hasRadar = false;
+    std::optional<double> radarTime;  // when the first one's estimate was made
+    std::optional<double> videoTime;  // likewise
+};
+
+Supports supportsOf(const Veskar::SystemTrack& track) {
+    Supports supports;
+    supports.sensors.reserve(2);
+    for (const auto& [source, tracks] : track.sensorTracks) {
+        if (tracks.empty()) {
+            continue;
+        }
+        supports.hasRadar |= source == Veskar::Radar;
+        if (const auto* first = dynamic_cast<const ReportedTrack*>(tracks.begin()->second.get())) {
+            (source == Veskar::Radar ? supports.radarTime : supports.videoTime) = first->reportTime;
+        }
+        for (const auto& [id, sensorTrack] : tracks) {
+            supports.sensors.push_back({source, id, sensorTrack->coastingTime});
+        }
     }
-    const Veskar::Track& first = *track.getSensorTracks(source).begin()->second;
-    const auto* report = dynamic_cast<const ReportedTrack*>(&first);
-    return report == nullptr ? std::nullopt
-                             : std::optional<double>(track.time - report->reportTime);
+    return supports;
 }
 
-Labels labelsOf(const Veskar::SystemTrack& track) {
+Labels labelsOf(const Veskar::SystemTrack& track, bool hasRadar) {
     // The library answers a radar's class probability as a percentage.
-    const bool isRadarsClass = !track.classVoted && track.hasTracks(Veskar::Radar);
+    const bool isRadarsClass = !track.classVoted && hasRadar;
     const double classScale = isRadarsClass ? 0.01 : 1.0;
     return {{track.getClassName(), classScale * track.getClassProbability()},
             {track.getColorName(), track.getColorProbability()},
@@ -61,8 +76,9 @@ void addMotion(FusedTrack& track, std::optional<Eigen::Vector2d> direction) {
 TrackReading readTrack(const Veskar::SystemTrack& track) {
     const Veskar::StateVector& x = track.state;
     const Veskar::StateMatrix& P = track.covariance;
-    const double age = reportAge(track, Veskar::Radar)
-                           .value_or(reportAge(track, Veskar::VideoObject).value_or(0.0));
+    Supports supports = supportsOf(track);
+    const double age =
+        track.time - supports.radarTime.value_or(supports.videoTime.value_or(track.time));
     TrackReading reading;
     reading.placeCovariance << P(0, 0), P(0, 4), P(4, 0), P(4, 4);
     reading.rateCovariance << P(1, 1), P(1, 5), P(5, 1), P(5, 5);
@@ -76,20 +92,15 @@ TrackReading readTrack(const Veskar::SystemTrack& track) {
     fused.range = x[4] + x[5] * age;
     fused.rangeRate = x[5];
     fused.speed = track.getSpeed();
-    fused.labels = labelsOf(track);
+    fused.labels = labelsOf(track, supports.hasRadar);
     const Eigen::Vector4d& box = track.boundingBox;
     fused.box = {box[0], box[2], box[0] + box[1], box[2] + box[3]};
     fused.age = track.time - track.systemStartTime;
-    fused.sensors.reserve(2);
-    for (const auto& [source, tracks] : track.sensorTracks) {
-        for (const auto& [id, sensorTrack] : tracks) {
-            fused.sensors.push_back({source, id, sensorTrack->coastingTime});
-        }
-    }
+    fused.sensors = std::move(supports.sensors);
     return reading;
 }
 
-FusedTrack placed(TrackReading reading, const HostAdapter& adapter) {
+FusedTrack placed(TrackReading&& reading, const HostAdapter& adapter) {
     reading.track.ground = groundOf(reading, adapter.projection());
     FusedTrack& track = reading.track;
     addMotion(track, reading.direction);
@@ -99,7 +110,7 @@ FusedTrack placed(TrackReading reading, const HostAdapter& adapter) {
     return std::move(track);
 }
 
-FusedFrame placed(FrameReading reading, const HostAdapter& adapter) {
+FusedFrame placed(FrameReading&& reading, const HostAdapter& adapter) {
     FusedFrame frame{reading.time, reading.received, reading.source, {}};
     frame.tracks.reserve(reading.tracks.size());
     for (TrackReading& track : reading.tracks) {

@@ -90,12 +90,12 @@ TrackReading readTrack(const Veskar::SystemTrack& track);
 /// @param reading what the library said
 /// @param adapter the adapter that made its sensor tracks
 /// @return what a user wants to know
-FusedTrack placed(TrackReading reading, const HostAdapter& adapter);
+FusedTrack placed(TrackReading&& reading, const HostAdapter& adapter);
 
 /// As above, for all tracks.
 /// @param reading what the library said after a frame
 /// @param adapter the adapter that made the sensor tracks
 /// @return what a user wants to know
-FusedFrame placed(FrameReading reading, const HostAdapter& adapter);
+FusedFrame placed(FrameReading&& reading, const HostAdapter& adapter);
 
 }  // namespace Workbench
