@@ -244,6 +244,14 @@ TEST_F(RecordingReaderTest, RefusesRepeatedIds) {
         faultOf(
             R"({"source":"radar","time":1,"tracks":[{"id":4,"range":2,"azimuth":0,"radialSpeed":0},{"id":4,"range":3,"azimuth":0,"radialSpeed":0}]})"),
         "2: tracks[1].id: 4 occurs twice in the frame");
+    // The first that is there already, not the smallest.
+    std::string tracks;
+    for (const char* id : {"7", "5", "9", "7", "5"}) {
+        tracks += tracks.empty() ? "" : ",";
+        tracks += replaced(R"({"id":4,"range":2,"azimuth":0,"radialSpeed":0})", "4", id);
+    }
+    EXPECT_EQ(faultOf(R"({"source":"radar","time":1,"tracks":[)" + tracks + "]}"),
+              "2: tracks[3].id: 7 occurs twice in the frame");
 }
 
 TEST_F(RecordingReaderTest, RefusesTimeThatDoesNotRise) {
