@@ -6,7 +6,7 @@ option(VESKAR_BUILD_BENCHMARKS "Build the benchmarks (needs Google Benchmark)" O
 option(VESKAR_BUILD_WORKBENCH "Build the veskar command-line program" ${PROJECT_IS_TOP_LEVEL})
 option(VESKAR_BUILD_EXAMPLES "Build the example programs" ${PROJECT_IS_TOP_LEVEL})
 set(VESKAR_REPORT AUTO CACHE STRING
-    "Build the page of `veskar report` with Node.js: ON, OFF, or AUTO when node and npm are there")
+    "Build the page of `veskar report` with Node.js: ON, OFF, or AUTO where that can be done")
 set_property(CACHE VESKAR_REPORT PROPERTY STRINGS AUTO ON OFF)
 option(VESKAR_WERROR "Turn warnings in veskar's own code into errors" ${PROJECT_IS_TOP_LEVEL})
 set(VESKAR_SANITIZE "" CACHE STRING "Sanitizers for everything built here, for example address,undefined")

@@ -22,15 +22,7 @@ endif()
 
 if(page_missing)
   message(STATUS "veskar report: ${page_missing}")
-  file(CONFIGURE OUTPUT "${page_code}" CONTENT [[
-// SPDX-License-Identifier: Apache-2.0
-#include "report/Page.h"
-
-namespace Workbench {
-const std::string_view reportPage;
-const std::string_view reportPageMissing = R"text(@page_missing@)text";
-}  // namespace Workbench
-]] @ONLY)
+  configure_file("${page_source}/Page.cpp.in" "${page_code}" @ONLY)
 else()
   file(GLOB page_files CONFIGURE_DEPENDS "${page_source}/src/*" "${page_source}/*.json"
        "${page_source}/*.mjs" "${page_source}/.npmrc")
@@ -39,8 +31,9 @@ else()
     COMMAND
       "${CMAKE_COMMAND}" "-DSOURCE=${page_source}" "-DDIRECTORY=${page_directory}"
       "-DCODE=${page_code}" "-DNODE=${VESKAR_NODE}" "-DNPM=${VESKAR_NPM}"
+      "-DREPORT=${VESKAR_REPORT}"
       -P "${page_source}/BuildPage.cmake"
-    DEPENDS ${page_files} "${page_source}/BuildPage.cmake"
+    DEPENDS ${page_files} "${page_source}/BuildPage.cmake" "${page_source}/Page.cpp.in"
     COMMENT "Bundling the page of the report"
     VERBATIM)
 endif()
