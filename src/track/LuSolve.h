@@ -34,9 +34,12 @@ double eliminate(StateMatrix& A, RightSide& B) {
     // row k is never read.
     constexpr int rows = size - (k + 1) / 2 * 2;
     const double pivot = A(k, k);
-    const double inversePivot = 1.0 / pivot;
+    // Divided, not multiplied by the inverse: a row that depends exactly on others has to vanish,
+    // or a singular matrix would pass for a regular one. With a pivot of zero the row is clear
+    // already.
+    const double divisor = pivot == 0.0 ? 1.0 : pivot;
     for (int j = k + 1; j < size; ++j) {
-        const double factor = A(k, j) * inversePivot;
+        const double factor = A(k, j) / divisor;
         A.col(j).template tail<rows>() -= factor * A.col(k).template tail<rows>();
         B.col(j) -= factor * B.col(k);
     }
@@ -49,7 +52,7 @@ void substitute(const StateMatrix& A, RightSide& B) {
     for (int j = k + 1; j < size; ++j) {
         B.col(k) -= A(j, k) * B.col(j);
     }
-    B.col(k) *= 1.0 / A(k, k);
+    B.col(k) /= A(k, k);
 }
 
 template <typename RightSide, int... k>
@@ -67,8 +70,7 @@ double solve(StateMatrix& A, RightSide& B, std::integer_sequence<int, k...> /*st
 ///
 /// The unknown stands on the left because the elimination then works on columns, and columns are
 /// what lies contiguous in memory. Every loop has a fixed length, which makes this more than twice
-/// as fast as Eigen's decomposition for any size. A singular A gives values that are not finite,
-/// and NaN spreads to the whole result.
+/// as fast as Eigen's decomposition for any size. A singular A gives values that are not finite.
 ///
 /// @param A square; destroyed
 /// @param B with six columns; becomes X

@@ -33,6 +33,18 @@ auto positions(const StateMatrix& P) {
     return Eigen::Map<const Eigen::Matrix3d, Eigen::Unaligned, Eigen::Stride<12, 2>>(P.data());
 }
 
+/// x = F x and P = F P F' with F = constantVelocity(dt): F adds dt times the rates' rows to the
+/// rows of the first two positions, F' does the same to the columns.
+void predictFinite(StateVector& x, StateMatrix& P, double dt) {
+    for (const int position : {0, 2}) {
+        x[position] += dt * x[position + 1];
+        P.row(position) += dt * P.row(position + 1);
+    }
+    for (const int position : {0, 2}) {
+        P.col(position) += dt * P.col(position + 1);
+    }
+}
+
 /// Cofactors divided by the determinant; a singular S gives values that are not finite.
 Eigen::Matrix3d inverse(const Eigen::Matrix3d& S) {
     Eigen::Matrix3d cofactors;
@@ -88,14 +100,13 @@ void Track::predict(double t) {
     const double dt = t - time;
     const Eigen::Vector2d before = imagePosition(state);
 
-    // x = F x and P = F P F' with F = constantVelocity(dt): F adds dt times the rates' rows to the
-    // rows of the first two positions, F' does the same to the columns.
-    for (const int position : {0, 2}) {
-        state[position] += dt * state[position + 1];
-        covariance.row(position) += dt * covariance.row(position + 1);
-    }
-    for (const int position : {0, 2}) {
-        covariance.col(position) += dt * covariance.col(position + 1);
+    if (std::isfinite(state.sum() + covariance.sum())) {
+        predictFinite(state, covariance, dt);
+    } else {
+        // What is not finite spreads through the zeros of F, too.
+        const StateMatrix F = constantVelocity(dt);
+        state = F * state;
+        covariance = F * covariance * F.transpose();
     }
 
     const Eigen::Vector2d motion = imagePosition(state) - before;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <numeric>
 
 #include <gtest/gtest.h>
@@ -122,6 +123,27 @@ TEST(LuSolve, SingularMatricesHaveNoFiniteInverse) {
         const StateMatrix X = invert(A);
         EXPECT_FALSE(X.allFinite()) << "component " << i;
     }
+}
+
+TEST(LuSolve, RowsThatAreTheSameMakeItSingular) {
+    // Times its inverse not every number is 1: what is left of the second row must not pass for a
+    // pivot.
+    for (int value = 1; value <= 1000; ++value) {
+        StateMatrix A = StateMatrix::Identity();
+        A(0, 0) = A(0, 4) = A(4, 0) = A(4, 4) = value;
+        EXPECT_FALSE(invert(A).allFinite()) << value;
+        EXPECT_EQ(determinant(A), 0.0) << value;
+    }
+}
+
+TEST(LuSolve, AClearColumnIsLeftAsItIs) {
+    // x1 has no equation; those after it are still solved.
+    StateMatrix A = 2.0 * StateMatrix::Identity();
+    A(1, 1) = 0.0;
+    RowVector x = RowVector::Ones();
+    solveFromRight(A, x);
+    EXPECT_EQ(x[1], std::numeric_limits<double>::infinity());
+    EXPECT_EQ(x.tail<4>(), RowVector::Constant(0.5).tail<4>());
 }
 
 TEST(LuSolve, NotANumberSpreadsToTheWholeInverse) {

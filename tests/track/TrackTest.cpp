@@ -226,6 +226,28 @@ TEST(TrackPrediction, OverNoTimeChangesNothing) {
     EXPECT_EQ(track->time, 10.0);
 }
 
+TEST(TrackPrediction, SpreadsWhatIsNotFiniteAsTheProductDoes) {
+    RandomEstimates random(312);
+    for (const double odd : {nan, std::numeric_limits<double>::infinity()}) {
+        for (Eigen::Index i = 0; i < 42; ++i) {
+            Estimate broken = random.estimate();
+            (i < 6 ? broken.x[i] : broken.P.data()[i - 6]) = odd;
+            const auto track = makeTrack(Source::Radar, 1, broken);
+            track->predict(track->time + 0.5);
+            const StateMatrix F = Veskar::constantVelocity(0.5);
+            const StateVector x = F * broken.x;
+            const StateMatrix P = F * broken.P * F.transpose();
+            for (Eigen::Index k = 0; k < 6; ++k) {
+                EXPECT_EQ(std::isfinite(track->state[k]), std::isfinite(x[k])) << i << ", " << k;
+            }
+            for (Eigen::Index k = 0; k < 36; ++k) {
+                EXPECT_EQ(std::isfinite(track->covariance.data()[k]), std::isfinite(P.data()[k]))
+                    << i << ", " << k;
+            }
+        }
+    }
+}
+
 TEST(TrackPrediction, InTwoStepsEqualsOne) {
     RandomEstimates random(403);
     for (int i = 0; i < 200; ++i) {
