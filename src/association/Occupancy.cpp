@@ -28,10 +28,11 @@ void Occupancy::collect(Source newSource) {
     source = newSource;
     unknowing = nullptr;
     heldIds.clear();
-    for (const auto& system : *systems) {
-        const auto tracks = system->sensorTracks.find(source);
-        if (tracks == system->sensorTracks.end()) {
-            unknowing = system.get();
+    for (const auto& pointer : *systems) {
+        const SystemTrack& system = *pointer;
+        const auto tracks = system.sensorTracks.find(source);
+        if (tracks == system.sensorTracks.end()) {
+            unknowing = &system;
             break;
         }
         for (const auto& entry : tracks->second) {

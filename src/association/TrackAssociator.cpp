@@ -87,8 +87,9 @@ bool TrackAssociator::haveMatchingClasses(const SystemTrack& systemTrack, const 
 
 bool TrackAssociator::isOccupied(
     const Track& track, const std::vector<std::shared_ptr<SystemTrack>>& systemTracks) const {
-    return std::any_of(systemTracks.begin(), systemTracks.end(), [&track](const auto& system) {
-        return system->getSensorTracks(track.source).count(track.id) != 0;
+    return std::any_of(systemTracks.begin(), systemTracks.end(), [&track](const auto& pointer) {
+        const SystemTrack& system = *pointer;
+        return system.getSensorTracks(track.source).count(track.id) != 0;
     });
 }
 

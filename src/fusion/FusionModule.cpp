@@ -133,8 +133,9 @@ void FusionModule::cycleFrame(Source source, double timestamp, const Tracks& tra
 }
 
 void FusionModule::predictTracks(double timestamp) {
-    for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
-        systemTrack->predict(timestamp);
+    for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
+        SystemTrack& systemTrack = *pointer;
+        systemTrack.predict(timestamp);
     }
     for (const Source source : {Radar, VideoObject}) {
         for (const std::shared_ptr<Track>& track : lastSensorTracks[source]) {

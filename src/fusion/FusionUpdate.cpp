@@ -43,13 +43,14 @@ void FusionModule::update(Source source, const std::vector<std::shared_ptr<Track
 void FusionModule::continueTracks(Source source,
                                   const std::vector<std::shared_ptr<Track>>& tracks) {
     workspace->reports.assign(tracks);
-    for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
-        if (!systemTrack->hasTracks(source)) {
+    for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
+        SystemTrack& systemTrack = *pointer;
+        if (!systemTrack.hasTracks(source)) {
             continue;
         }
-        continueSystemTrack(*systemTrack, source);
-        if (systemTrack->hasTracks(source)) {
-            workspace->marked.push_back(systemTrack.get());
+        continueSystemTrack(systemTrack, source);
+        if (systemTrack.hasTracks(source)) {
+            workspace->marked.push_back(&systemTrack);
         }
     }
 }
@@ -149,13 +150,14 @@ void FusionModule::associateTracks(Source source,
 void FusionModule::stepUnmarked(Source source) {
     std::vector<const SystemTrack*>& marked = workspace->marked;
     std::sort(marked.begin(), marked.end(), std::less<>());
-    for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
-        if (std::binary_search(marked.begin(), marked.end(), systemTrack.get(), std::less<>())) {
+    for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
+        SystemTrack& systemTrack = *pointer;
+        if (std::binary_search(marked.begin(), marked.end(), &systemTrack, std::less<>())) {
             continue;
         }
-        systemTrack->updateTrackProbability(systemTrack->hasCoastingTracks(source)
-                                                ? gainOfMiss(config.module.gainNegative, source)
-                                                : 1.0);
+        systemTrack.updateTrackProbability(systemTrack.hasCoastingTracks(source)
+                                               ? gainOfMiss(config.module.gainNegative, source)
+                                               : 1.0);
     }
 }
 

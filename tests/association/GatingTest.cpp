@@ -340,6 +340,13 @@ TEST_F(Occupied, IsATrackOfThatSourceAndId) {
     EXPECT_FALSE(associator.isOccupied(*makeTrack(Source::Radar, 3), {}));
 }
 
+using OccupiedDeathTest = Occupied;
+
+TEST_F(OccupiedDeathTest, StopsAtANullSystemTrack) {
+    EXPECT_DEATH((void)associator.isOccupied(*makeTrack(Source::Radar, 3), {nullptr}),
+                 "get\\(\\) != nullptr");
+}
+
 TEST_F(Occupied, NeedsAMapForTheSourceUntilItsHolderIsFound) {
     const auto vura = makeTrack(Source::VideoVura, 2);
     EXPECT_THROW((void)associator.isOccupied(*vura, systems), std::out_of_range);

@@ -43,6 +43,12 @@ TEST_F(TrackManagement, StartsOneSystemTrackForTwoReportsWithOneId) {
     EXPECT_EQ(systemTrack(0).getSensorTracks(VideoObject).at(5), first);
 }
 
+TEST_F(TrackManagement, TellsEqualIdsOfTwoSensorsInOneFrameApart) {
+    module().cycleFrame(VideoObject, 10.0, {video(5, 10.0), radar(5, 10.0, {2.0})});
+    ASSERT_THAT(systemIds(), ElementsAre(1, 2));
+    EXPECT_THAT(heldIds(1, Radar), ElementsAre(5));
+}
+
 TEST_F(TrackManagement, NumbersSystemTracksByThePublishedGenerator) {
     module();
     ObjectIdGenerator published;
@@ -73,7 +79,18 @@ TEST_F(TrackManagement, DoesNotInitializeATrackThatIsHeld) {
 using TrackManagementDeathTest = TrackManagement;
 
 TEST_F(TrackManagementDeathTest, StopsAtANullTrack) {
-    EXPECT_DEATH(module().initialize(nullptr), "");
+    EXPECT_DEATH(module().initialize(nullptr), "get\\(\\) != nullptr");
+}
+
+TEST_F(TrackManagementDeathTest, StopsAtANullSystemTrack) {
+    module().systemTracks.push_back(nullptr);
+    const char* const assertion = "get\\(\\) != nullptr";
+    EXPECT_DEATH(module().initialize(video(1, 10.0)), assertion);
+    EXPECT_DEATH(module().update(VideoObject, {video(1, 10.0)}), assertion);
+    EXPECT_DEATH(module().update(Radar, {}), assertion);
+    EXPECT_DEATH(module().predictTracks(1.0), assertion);
+    EXPECT_DEATH(module().management(), assertion);
+    EXPECT_DEATH(showVideo(10.0, {}), assertion);
 }
 
 /// A radar-backed human, and in one video frame a human that fits and a car beside it.
