@@ -65,7 +65,8 @@ void AutocalibrationHandler::handleSystemTrack(
     if (!systemTrack.hasTracks(VideoObject) || !systemTrack.hasTracks(Radar)) {
         return;
     }
-    if (systemTrack.time - systemTrack.systemStartTime < limits.autocalibrationAgeLimit) {
+    const double age = systemTrack.time - systemTrack.systemStartTime;
+    if (!(age >= limits.autocalibrationAgeLimit)) {
         return;
     }
     if (systemTrack.hasCoastingTracks(Radar) ||

@@ -104,6 +104,7 @@ TEST_F(Autocalibration, NeedsTheAgeOfTheSystemTrack) {
     EXPECT_TRUE(atAge(1.0)) << "exactly at the limit";
     EXPECT_TRUE(atAge(1.5));
     EXPECT_FALSE(atAge(0.9999999));
+    EXPECT_FALSE(atAge(std::numeric_limits<double>::quiet_NaN()));
     // The video track's own age does not count.
     EXPECT_TRUE(isTaken([](SystemTrack& track) { videoOf(track).startTime = track.time; }));
 }

@@ -3,6 +3,9 @@
 #include "fusion/FusionFixture.h"
 
 #include <cmath>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace VeskarTest {
 namespace {
@@ -198,6 +201,35 @@ TEST_F(FusionCycle, PredictsTheLastSensorTracksForwardsOnly) {
         EXPECT_EQ(loose->predictions, 1);
         module().clear();
     }
+}
+
+/// Tells its name when it is predicted.
+template <typename Base>
+class NamedTrack : public Base {
+public:
+    template <typename... Arguments>
+    NamedTrack(std::vector<std::string>& givenLog, std::string givenName, Arguments&&... arguments)
+        : Base(std::forward<Arguments>(arguments)...), log(givenLog), name(std::move(givenName)) {}
+    void predict(double t) override {
+        log.push_back(name);
+        Base::predict(t);
+    }
+
+private:
+    std::vector<std::string>& log;
+    std::string name;
+};
+
+TEST_F(FusionCycle, PredictsSystemTracksBeforeRadarBeforeVideo) {
+    std::vector<std::string> log;
+    using Named = NamedTrack<Veskar::Track>;
+    showVideo(4.0, {std::make_shared<Named>(log, "video", *video(1, 4.0))});
+    fuseRadar(4.0, {std::make_shared<Named>(log, "radar", *radar(1, 4.0))});
+    module().systemTracks = {
+        std::make_shared<NamedTrack<Veskar::SystemTrack>>(log, "system", video(2, 4.0), 2)};
+    log.clear();
+    module().predictTracks(5.0);
+    EXPECT_THAT(log, ElementsAre("system", "radar", "video"));
 }
 
 TEST_F(FusionCycle, DoesNotPredictTheLastTracksOfOtherSources) {

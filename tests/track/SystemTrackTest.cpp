@@ -60,6 +60,7 @@ TEST(SystemTrack, TakesOverItsFirstTrack) {
     video->isConfident = false;
     video->coastingTime = 0.25;
     video->probability = 3.0;
+    video->coordinateSystem = Veskar::CoordinateSystem::GroundPlane;
     const SystemTrack system(video, 42);
 
     EXPECT_EQ(system.id, 42);
@@ -294,6 +295,20 @@ TEST(SystemTrackPruning, OfAVideoObjectFallsBackToTheFirstRadarBox) {
     EXPECT_EQ(system->boundingBox, Eigen::Vector4d::Constant(3.0));
 }
 
+TEST(SystemTrackPruning, OfOneOfTwoVideoObjectsFallsBackToRadarToo) {
+    const auto radar = makeTrack(Source::Radar, 3);
+    radar->boundingBox.setConstant(3.0);
+    const auto system = makeSystemTrack(radar);
+    for (const int id : {1, 2}) {
+        const auto video = makeTrack(Source::VideoObject, id);
+        video->boundingBox.setConstant(id);
+        system->updateState(video);
+    }
+    ASSERT_EQ(system->boundingBox, Eigen::Vector4d::Constant(2.0));
+    system->pruneSensorTracksByIdx(Source::VideoObject, 1);
+    EXPECT_EQ(system->boundingBox, Eigen::Vector4d::Constant(3.0));
+}
+
 TEST(SystemTrackPruning, OfOtherSourcesKeepsTheBox) {
     const auto system = makeSystemTrack(makeTrack(Source::Radar, 1));
     system->updateState(makeTrack(Source::Radar, 2));
@@ -321,8 +336,10 @@ TEST(SystemTrackPruning, BeginsAtHalfASecondOfCoasting) {
     held(*system, Source::Radar, 2)->coastingTime = std::nextafter(0.5, 0.0);
     held(*system, Source::Radar, 3)->coastingTime = 0.5;
     held(*system, Source::Radar, 4)->coastingTime = 7.0;
+    system->updateState(makeTrack(Source::Radar, 5));
+    held(*system, Source::Radar, 5)->coastingTime = std::numeric_limits<double>::quiet_NaN();
     system->pruneSensorTracksByCoastingTime(Source::Radar);
-    EXPECT_THAT(system->getSensorTracks(Source::Radar), ElementsAre(Key(1), Key(2)));
+    EXPECT_THAT(system->getSensorTracks(Source::Radar), ElementsAre(Key(1), Key(2), Key(5)));
 }
 
 TEST(SystemTrackPruning, ByCoastingTakesEachContributionOutInTurn) {
