@@ -101,6 +101,9 @@ double SNRBlock::computeBboxSNR(const Eigen::Vector4d& box) const {
     for (std::size_t i = 0; i < count; ++i) {
         const auto overlap =
             static_cast<double>(horizontal.overlap(blockX[i]) * vertical.overlap(blockY[i]));
+        if (overlap == 0.0) {
+            continue;  // what is not finite elsewhere does not matter
+        }
         area += overlap;
         weighted += overlap * snr[i];
     }

@@ -178,6 +178,13 @@ TEST_F(OptimalSensorToSystem, ThrowsWhereASystemTrackDoesNotKnowTheSource) {
     EXPECT_EQ(sensorToSystem(Source::VideoVura), (Pairs{{0, 0}}));
 }
 
+TEST_F(OptimalSensorToSystem, AsksWhoHoldsATrackAlsoWhereTracksAreShared) {
+    config.module.allowRadarToMultiple = true;
+    systems = {systemAt(0.0, Source::VideoObject, 1)};
+    sensors = {trackAt(0.1, Source::VideoVura, 7)};
+    EXPECT_THROW(sensorToSystem(Source::Radar), std::out_of_range);
+}
+
 class GreedySensorToSystem : public Association {
 protected:
     GreedySensorToSystem() { config.module.useJVA = false; }
@@ -297,6 +304,20 @@ TEST_F(OptimalSystemToSystem, KeepsTheLaterOfTwoPairsOfOneCost) {
 }
 
 // The solver lets a track be row of one pair and column of another one; the cheaper pair has it.
+TEST_F(OptimalSystemToSystem, KeepsTheLaterOfTwoPairsWithoutACost) {
+    // Nobody is fast enough for the velocity to count against a pair; where it is not a number or
+    // the distance is endless, the pair has no cost.
+    config.module.splitGating = true;
+    config.module.positionGatingDistance = 2.0;
+    config.module.velocityMinGatingLimit = 1e6;
+    config.module.velocityGatingSimilarity = 1.0;
+    systems = {startedAt(2.0, 0.1, Source::Radar, 1), startedAt(1.0, 0.0, Source::VideoObject, 2),
+               startedAt(2.0, 50.3, Source::Radar, 3),
+               startedAt(1.0, 50.0, Source::VideoObject, 4)};
+    systems[1]->state[1] = nan;
+    EXPECT_EQ(systemToSystem(), (Pairs{{3, 2}}));
+}
+
 TEST_F(OptimalSystemToSystem, UsesEveryTrackOnce) {
     systems = {startedAt(1.0, 0.0, Source::VideoObject, 1), startedAt(2.0, 0.5, Source::Radar, 2),
                startedAt(3.0, 0.7, Source::VideoObject, 3)};
@@ -357,6 +378,15 @@ TEST_F(GreedySystemToSystem, LeavesExcludedIdsAndFusedTracksOut) {
     excludedIds.clear();
     systems[1]->updateState(trackAt(0.5, Source::VideoObject, 9));
     EXPECT_THAT(systemToSystem(), IsEmpty());
+}
+
+TEST_F(GreedySystemToSystem, TakesTheIdOfThePairedRadarTrackToo) {
+    // The other video track has the id of the radar track that is paired first.
+    systems = {startedAt(5.0, 0.0, Source::Radar, 7), startedAt(1.0, 0.1, Source::VideoObject, 2),
+               startedAt(5.0, 0.6, Source::Radar, 3), startedAt(1.0, 0.7, Source::VideoObject, 7)};
+    EXPECT_EQ(systemToSystem(), (Pairs{{0, 1}, {1, 0}}));
+    systems[3]->id = 8;
+    EXPECT_EQ(systemToSystem(), (Pairs{{0, 1}, {1, 0}, {2, 3}, {3, 2}}));
 }
 
 TEST_F(GreedySystemToSystem, HasNothingToDoWithoutTracks) {

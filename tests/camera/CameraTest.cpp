@@ -89,7 +89,7 @@ TEST(Camera, StartsAtTheOriginWithoutRotation) {
 
 TEST(Camera, DerivesTheFieldOfViewFromTheLensWhateverWasGiven) {
     const Eigen::Vector2d fieldOfView = lensCamera().getFieldOfView();
-    EXPECT_DOUBLE_EQ(fieldOfView[0], 0.01 + 0.8 - 0.05 + 0.03);
+    EXPECT_EQ(fieldOfView[0], 0.01 + 0.8 + -0.05 + 0.03) << "summed in this order";
     EXPECT_DOUBLE_EQ(fieldOfView[1], 0.01 + 0.8 / 2.0 - 0.05 / 4.0 + 0.03 / 8.0);
 }
 
@@ -175,6 +175,17 @@ TEST(CameraRange, IsHeightOverTheSineOfTheAngleInTheCentre) {
     const Camera::RangeToTarget target = lookingDown(30.0).getRangeToTarget(0.0, 0.0, 1.0);
     EXPECT_FALSE(target.clamped);
     EXPECT_NEAR(target.range, 10.0, 1e-12);
+}
+
+TEST(CameraRange, TakesTheSmallestStepFromOneForTheRadiusOfTheCentre) {
+    // A lens so steep that the least radius, 2^-52, is an angle that shows: 0.222.
+    Camera camera(Eigen::Vector2i(2000, 1000), Eigen::Vector2d(0.0, 0.0),
+                  Eigen::Vector4d(0.0, 1e15, 0.0, 0.0), inverseLens, halfAngles, false);
+    camera.setRotation(0.0, 30.0, 0.0);
+    camera.setPosition(0.0, 0.0, 5.0);
+    const double forward = std::cos(1e15 * 2.220446049250313e-16);
+    EXPECT_DOUBLE_EQ(camera.getRangeToTarget(0.0, 0.0, 1.0).range,
+                     5.0 / (forward * std::sin(degreesToRadians(30.0))));
 }
 
 TEST(CameraRange, IsClampedAboveTheHorizon) {
@@ -332,6 +343,15 @@ TEST(CameraRangeUncertainty, IsTheSignedChangeInTheCentreColumn) {
     EXPECT_GT(up.range, 0.0);
     EXPECT_LT(camera.getRangeToTargetUncertainty(-0.25, 1.0, -0.0625).range, 0.0);
     EXPECT_EQ(camera.getRangeToTargetUncertainty(-0.25, 1.0, 0.0).range, 0.0);
+}
+
+TEST(CameraRangeUncertainty, TakesTheColumnZeroAlsoBesideTheOpticalCentre) {
+    Camera camera = lookingDown(30.0);
+    camera.setRotation(0.0, 30.0, 15.0);
+    camera.setSensorOffset(0.25, 0.0);
+    EXPECT_EQ(camera.getRangeToTargetUncertainty(-0.25, 1.0, 0.0625).range,
+              camera.getRangeToTarget(0.0, -0.125, 1.0).range -
+                  camera.getRangeToTarget(0.0, -0.25, 1.0).range);
 }
 
 TEST(CameraRangeUncertainty, MultipliesTheMoveByTheAspectRatio) {

@@ -118,6 +118,15 @@ TEST_F(SNRBlockService, LeavesBlocksWithoutValueOut) {
     EXPECT_EQ(blocks.computeBboxSNR(pixels(200, 200, 220, 300)), 100.0);
 }
 
+TEST_F(SNRBlockService, LeavesBlocksBesideTheBoxOutWhateverTheirValue) {
+    blocks.setupCamera(cameraOf(320, 160));
+    for (const double odd : {std::numeric_limits<double>::infinity(), std::nan("")}) {
+        read({5.0, odd});
+        EXPECT_EQ(blocks.computeBboxSNR(pixels(10, 20, 60, 120)), 5.0);
+        EXPECT_FALSE(std::isfinite(blocks.computeBboxSNR(pixels(10, 20, 161, 120))));
+    }
+}
+
 TEST_F(SNRBlockService, LeavesValuesWithoutBlockOut) {
     blocks.setupCamera(cameraOf(160, 160));
     read({10.0, 20.0, 30.0});
