@@ -29,10 +29,10 @@ public:
                const AdapterParameters& parameters);
 
     /// @param box where a video track is in the image
-    /// @param velocity of the middle of its lower edge, 1/s, when known
+    /// @param measured velocity of the middle of its lower edge, 1/s, when known
     /// @return its state and covariance in the fusion frame
     FusionEstimate estimate(const ImageBox& box,
-                            const std::optional<Eigen::Vector2d>& velocity) const;
+                            const std::optional<Eigen::Vector2d>& measured) const;
 
 private:
     /// @param pseudo pseudo range in row v
