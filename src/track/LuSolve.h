@@ -52,7 +52,7 @@ void substitute(const StateMatrix& A, RightSide& B) {
     for (int j = k + 1; j < size; ++j) {
         B.col(k) -= A(j, k) * B.col(j);
     }
-    B.col(k) /= A(k, k);
+    B.col(k) *= 1.0 / A(k, k);
 }
 
 template <typename RightSide, int... k>
