@@ -52,7 +52,7 @@ char* LineText::writeName(char* at, std::string_view name) {
 
 void LineText::addMember(std::string_view name, std::initializer_list<double> values,
                          int decimals) {
-    write(name.size() + longestFrame + values.size() * (longestNumber + 1), [&](char* at) {
+    write(name.size() + memberMarks + values.size() * (longestNumber + 1), [&](char* at) {
         at = writeName(at, name);
         *at++ = '[';
         for (const double value : values) {

@@ -49,7 +49,7 @@ public:
     /// @param value the number
     /// @param decimals as addNumber
     void addMember(std::string_view name, double value, int decimals) {
-        write(name.size() + longestFrame + longestNumber,
+        write(name.size() + memberMarks + longestNumber,
               [&](char* at) { return writeNumber(writeName(at, name), value, decimals); });
     }
     /// As above, with a list of numbers.
@@ -60,7 +60,7 @@ public:
     /// Appends the comma and the name of a member.
     /// @param name as addMember
     void addName(std::string_view name) {
-        write(name.size() + longestFrame, [&](char* at) { return writeName(at, name); });
+        write(name.size() + memberMarks, [&](char* at) { return writeName(at, name); });
     }
 
     /// @return the text; valid until it changes
@@ -72,7 +72,7 @@ public:
 
 private:
     static constexpr std::size_t longestNumber = 32;
-    static constexpr std::size_t longestFrame = 8;  ///< what stands around a name and its values
+    static constexpr std::size_t memberMarks = 8;  ///< around a name and its values, at most
 
     template <typename Write>
     void write(std::size_t most, Write writeTo) {
