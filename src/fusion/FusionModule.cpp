@@ -134,6 +134,7 @@ void FusionModule::cycleFrame(Source source, double timestamp, const Tracks& tra
 
 void FusionModule::predictTracks(double timestamp) {
     for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
+        // The standard library asserts that what * takes is there; of -> it only hopes so.
         SystemTrack& systemTrack = *pointer;
         systemTrack.predict(timestamp);
     }

@@ -87,13 +87,13 @@ struct FrameReading {
 TrackReading readTrack(const Veskar::SystemTrack& track);
 
 /// Finds out where a track is on the ground and how it moves there.
-/// @param reading what the library said
+/// @param reading what the library said; moved from
 /// @param adapter the adapter that made its sensor tracks
 /// @return what a user wants to know
 FusedTrack placed(TrackReading&& reading, const HostAdapter& adapter);
 
 /// As above, for all tracks.
-/// @param reading what the library said after a frame
+/// @param reading what the library said after a frame; moved from
 /// @param adapter the adapter that made the sensor tracks
 /// @return what a user wants to know
 FusedFrame placed(FrameReading&& reading, const HostAdapter& adapter);
