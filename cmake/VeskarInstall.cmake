@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Components: runtime (the library), dev (headers, CMake package, pkg-config), tools (the programs).
+# Components: runtime (the library), dev (headers, CMake package, pkg-config, examples), tools (the
+# programs, configurations, schemas), doc (the pages).
 include(CMakePackageConfigHelpers)
 
 set(VESKAR_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/veskar")
@@ -42,3 +43,25 @@ install(
   DIRECTORY "${PROJECT_SOURCE_DIR}/config/"
   DESTINATION "${CMAKE_INSTALL_DATADIR}/veskar/config"
   COMPONENT tools)
+file(GLOB schemas CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/workbench/*/schema/*.json")
+install(
+  FILES ${schemas}
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/veskar/schema"
+  COMPONENT tools)
+
+install(
+  DIRECTORY "${PROJECT_SOURCE_DIR}/examples"
+  DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+  COMPONENT dev)
+install(
+  FILES "${PROJECT_SOURCE_DIR}/README.md"
+  DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+  COMPONENT doc)
+install(
+  DIRECTORY "${PROJECT_SOURCE_DIR}/docs"
+  DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+  COMPONENT doc
+  FILES_MATCHING
+  PATTERN "*.md"
+  PATTERN "*.png"
+  PATTERN "snippets" EXCLUDE)

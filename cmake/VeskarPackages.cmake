@@ -1,28 +1,43 @@
 # SPDX-License-Identifier: Apache-2.0
 # Debian packages: `cpack -B DIRECTORY` in a build directory, or scripts/package for all that is
 # shipped. One package per component: libveskar1 (runtime), libveskar-dev (dev), veskar-tools
-# (tools). A package depends on what dpkg-shlibdeps finds in its programs and libraries.
+# (tools), veskar-doc (doc). A package depends on what dpkg-shlibdeps finds in its programs and
+# libraries.
 if(NOT PROJECT_IS_TOP_LEVEL)
   return()
 endif()
+
+# The version of the packages is that of the newest entry of their changelog: the project's, with
+# "~..." behind it until that is released (which sorts before it), and the revision of the packages.
+set(changelog "${PROJECT_SOURCE_DIR}/packaging/changelog")
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${changelog}")
+file(STRINGS "${changelog}" newest LIMIT_COUNT 1)
+if(NOT newest MATCHES "^veskar \\((([0-9.]+)(~[a-z0-9.]+)?)-([0-9]+)\\) "
+   OR NOT CMAKE_MATCH_2 VERSION_EQUAL PROJECT_VERSION)
+  message(FATAL_ERROR "${changelog} does not begin with a version of ${PROJECT_VERSION}: ${newest}")
+endif()
+set(CPACK_PACKAGE_VERSION ${CMAKE_MATCH_1})
+set(CPACK_DEBIAN_PACKAGE_RELEASE ${CMAKE_MATCH_4})
+set(this_version "(= ${CPACK_PACKAGE_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_VENDOR veskar)
 set(CPACK_PACKAGE_CONTACT "veskar maintainers <maintainers@veskar.invalid>"
     CACHE STRING "Maintainer named in the packages")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "fusion of radar and video tracks")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PROJECT_CONFIG_FILE "${CMAKE_CURRENT_LIST_DIR}/VeskarPackagesEnvironment.cmake")
-# Read by that file.
+set(CPACK_PRE_BUILD_SCRIPTS "${CMAKE_CURRENT_LIST_DIR}/VeskarPackagesStage.cmake")
+# Read by these files.
 set(CPACK_VESKAR_SOURCE_DIR "${PROJECT_SOURCE_DIR}")
 
 set(library_package libveskar${PROJECT_VERSION_MAJOR})
 set(dev_package libveskar-dev)
 set(tools_package veskar-tools)
+set(doc_package veskar-doc)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL runtime dev tools)
+set(CPACK_COMPONENTS_ALL runtime dev tools doc)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
@@ -31,27 +46,43 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
+# This CPack knows no Multi-Arch field: it goes out behind the section, on a line of its own.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${library_package})
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION "libs\nMulti-Arch: same")
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
-    "The shared library that a host application on the device links: it fuses the
+    "fusion of radar and video tracks - library
+The shared library that a host application on the device links: it fuses the
 object tracks of a radar and a video camera into one list of system tracks.")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/packaging/conffiles"
+                                               "${PROJECT_SOURCE_DIR}/packaging/triggers")
 
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME ${dev_package})
-set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEV_PACKAGE_SECTION "libdevel\nMulti-Arch: same")
 set(CPACK_COMPONENT_DEV_DESCRIPTION
-    "Headers, CMake package and pkg-config file for host applications.")
-set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS
-    "${library_package} (= ${PROJECT_VERSION}), libeigen3-dev (>= 3.3)")
+    "fusion of radar and video tracks - development files
+Headers, CMake package and pkg-config file for host applications, and examples
+of them.")
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "${library_package} ${this_version}, libeigen3-dev (>= 3.3)")
+set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS ${doc_package})
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ${tools_package})
-set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION "utils\nMulti-Arch: foreign")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
-    "The command-line program by which fusion is tried and tuned on recordings,
-and the configuration to start from.")
-set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION})")
+    "fusion of radar and video tracks - workbench
+The command-line program by which fusion is tried and tuned on recordings,
+configurations and scenarios to start from, and the schemas of its files.")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${library_package} ${this_version}")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS ${doc_package})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
+
+set(CPACK_DEBIAN_DOC_PACKAGE_NAME ${doc_package})
+set(CPACK_DEBIAN_DOC_PACKAGE_SECTION "doc\nMulti-Arch: foreign")
+set(CPACK_DEBIAN_DOC_PACKAGE_ARCHITECTURE all)
+set(CPACK_COMPONENT_DOC_DESCRIPTION
+    "fusion of radar and video tracks - documentation
+How the library works, how a host is wired to it, what the configuration means,
+the formats of the workbench's files, and how good the fusion is.")
 
 # Where dpkg-shlibdeps looks for libraries: ours has no package yet, the others of a cross build lie
 # in its sysroot.
@@ -63,15 +94,6 @@ if(CMAKE_CROSSCOMPILING AND VESKAR_ARCHITECTURE)
        "${CMAKE_SYSROOT}/lib/${VESKAR_TRIPLET}" "${CMAKE_SYSROOT}/usr/lib/${VESKAR_TRIPLET}")
 endif()
 
-foreach(component runtime:${library_package} dev:${dev_package} tools:${tools_package})
-  string(REPLACE ":" ";" component "${component}")
-  list(GET component 0 name)
-  list(GET component 1 package)
-  install(
-    FILES "${PROJECT_SOURCE_DIR}/LICENSE"
-    DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/${package}"
-    RENAME copyright
-    COMPONENT ${name})
-endforeach()
-
+set(CPACK_VESKAR_PACKAGES runtime:${library_package} dev:${dev_package} tools:${tools_package}
+                          doc:${doc_package})
 include(CPack)

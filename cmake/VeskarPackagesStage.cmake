@@ -1,0 +1,29 @@
+# SPDX-License-Identifier: Apache-2.0
+# Run by CPack between installation and packing: what belongs to a Debian package and to no other
+# installation.
+set(stage "${CPACK_TEMPORARY_INSTALL_DIRECTORY}")
+set(packaging "${CPACK_VESKAR_SOURCE_DIR}/packaging")
+
+function(compress)
+  execute_process(COMMAND gzip -9 --no-name ${ARGV} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+foreach(entry IN LISTS CPACK_VESKAR_PACKAGES)
+  string(REPLACE ":" ";" entry "${entry}")
+  list(POP_FRONT entry component package)
+  set(directory "${stage}/${component}/usr/share/doc/${package}")
+  file(COPY "${packaging}/copyright" DESTINATION "${directory}")
+  configure_file("${packaging}/changelog" "${directory}/changelog.Debian" COPYONLY)
+  configure_file("${CPACK_VESKAR_SOURCE_DIR}/CHANGELOG.md" "${directory}/changelog" COPYONLY)
+  compress("${directory}/changelog.Debian" "${directory}/changelog")
+endforeach()
+
+file(GLOB pages "${stage}/tools/usr/share/man/man1/*.1")
+if(NOT pages)
+  message(FATAL_ERROR "There are no manual pages: install help2man, configure and build again.")
+endif()
+compress(${pages})
+
+# The host's configuration: the administrator's own, which no update overwrites.
+file(COPY "${CPACK_VESKAR_SOURCE_DIR}/config/fusion.json"
+     DESTINATION "${stage}/runtime/etc/veskar")
