@@ -8,11 +8,12 @@ if(NOT PROJECT_IS_TOP_LEVEL)
 endif()
 
 # The version of the packages is that of the newest entry of their changelog: the project's, with
-# "~..." behind it until that is released (which sorts before it), and the revision of the packages.
+# "~..." behind it until that is released (which sorts before it), and a revision that begins with 0, as that of
+# packages which are not Debian's own.
 set(changelog "${PROJECT_SOURCE_DIR}/packaging/changelog")
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${changelog}")
 file(STRINGS "${changelog}" newest LIMIT_COUNT 1)
-if(NOT newest MATCHES "^veskar \\((([0-9.]+)(~[a-z0-9.]+)?)-([0-9]+)\\) "
+if(NOT newest MATCHES "^veskar \\((([0-9.]+)(~[a-z0-9.]+)?)-([a-z0-9.]+)\\) "
    OR NOT CMAKE_MATCH_2 VERSION_EQUAL PROJECT_VERSION)
   message(FATAL_ERROR "${changelog} does not begin with a version of ${PROJECT_VERSION}: ${newest}")
 endif()
@@ -21,6 +22,8 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE ${CMAKE_MATCH_4})
 set(this_version "(= ${CPACK_PACKAGE_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 
 set(CPACK_GENERATOR DEB)
+# Each package describes itself, without a line that is common to all.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_PACKAGE_VENDOR veskar)
 set(CPACK_PACKAGE_CONTACT "veskar maintainers <maintainers@veskar.invalid>"
     CACHE STRING "Maintainer named in the packages")
@@ -28,6 +31,7 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PROJECT_CONFIG_FILE "${CMAKE_CURRENT_LIST_DIR}/VeskarPackagesEnvironment.cmake")
 set(CPACK_PRE_BUILD_SCRIPTS "${CMAKE_CURRENT_LIST_DIR}/VeskarPackagesStage.cmake")
+set(CPACK_POST_BUILD_SCRIPTS "${CMAKE_CURRENT_LIST_DIR}/VeskarPackagesFinish.cmake")
 # Read by these files.
 set(CPACK_VESKAR_SOURCE_DIR "${PROJECT_SOURCE_DIR}")
 
@@ -46,9 +50,8 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
-# This CPack knows no Multi-Arch field: it goes out behind the section, on a line of its own.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${library_package})
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION "libs\nMulti-Arch: same")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
     "fusion of radar and video tracks - library
 The shared library that a host application on the device links: it fuses the
@@ -58,7 +61,7 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/packaging/
                                                "${PROJECT_SOURCE_DIR}/packaging/triggers")
 
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME ${dev_package})
-set(CPACK_DEBIAN_DEV_PACKAGE_SECTION "libdevel\nMulti-Arch: same")
+set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_COMPONENT_DEV_DESCRIPTION
     "fusion of radar and video tracks - development files
 Headers, CMake package and pkg-config file for host applications, and examples
@@ -67,7 +70,7 @@ set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "${library_package} ${this_version}, libeig
 set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS ${doc_package})
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ${tools_package})
-set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION "utils\nMulti-Arch: foreign")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
     "fusion of radar and video tracks - workbench
 The command-line program by which fusion is tried and tuned on recordings,
@@ -77,7 +80,7 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS ${doc_package})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
 
 set(CPACK_DEBIAN_DOC_PACKAGE_NAME ${doc_package})
-set(CPACK_DEBIAN_DOC_PACKAGE_SECTION "doc\nMulti-Arch: foreign")
+set(CPACK_DEBIAN_DOC_PACKAGE_SECTION doc)
 set(CPACK_DEBIAN_DOC_PACKAGE_ARCHITECTURE all)
 set(CPACK_COMPONENT_DOC_DESCRIPTION
     "fusion of radar and video tracks - documentation
@@ -94,6 +97,7 @@ if(CMAKE_CROSSCOMPILING AND VESKAR_ARCHITECTURE)
        "${CMAKE_SYSROOT}/lib/${VESKAR_TRIPLET}" "${CMAKE_SYSROOT}/usr/lib/${VESKAR_TRIPLET}")
 endif()
 
-set(CPACK_VESKAR_PACKAGES runtime:${library_package} dev:${dev_package} tools:${tools_package}
-                          doc:${doc_package})
+# COMPONENT:PACKAGE:MULTI-ARCH
+set(CPACK_VESKAR_PACKAGES runtime:${library_package}:same dev:${dev_package}:same
+                          tools:${tools_package}:foreign doc:${doc_package}:foreign)
 include(CPack)

@@ -10,7 +10,7 @@ endfunction()
 
 foreach(entry IN LISTS CPACK_VESKAR_PACKAGES)
   string(REPLACE ":" ";" entry "${entry}")
-  list(POP_FRONT entry component package)
+  list(POP_FRONT entry component package multi_arch)
   set(directory "${stage}/${component}/usr/share/doc/${package}")
   file(COPY "${packaging}/copyright" DESTINATION "${directory}")
   configure_file("${packaging}/changelog" "${directory}/changelog.Debian" COPYONLY)

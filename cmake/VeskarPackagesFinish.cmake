@@ -1,0 +1,22 @@
+# SPDX-License-Identifier: Apache-2.0
+# Run by CPack after packing: packs once more what it cannot be told otherwise. Before 3.31 it has no
+# Multi-Arch field, and it adds scripts that call ldconfig, for which there is a trigger.
+function(dpkg_deb)
+  execute_process(COMMAND dpkg-deb ${ARGV} OUTPUT_VARIABLE said COMMAND_ERROR_IS_FATAL ANY
+                  OUTPUT_STRIP_TRAILING_WHITESPACE)
+  set(said "${said}" PARENT_SCOPE)
+endfunction()
+
+foreach(file IN LISTS CPACK_PACKAGE_FILES)
+  dpkg_deb(--field "${file}" Package)
+  set(entry "${CPACK_VESKAR_PACKAGES}")
+  list(FILTER entry INCLUDE REGEX ":${said}:")
+  string(REGEX REPLACE ".*:" "" multi_arch "${entry}")
+
+  set(directory "${CPACK_TEMPORARY_DIRECTORY}/${said}")
+  dpkg_deb(--raw-extract "${file}" "${directory}")
+  file(REMOVE "${directory}/DEBIAN/postinst" "${directory}/DEBIAN/postrm")
+  file(READ "${directory}/DEBIAN/control" control)
+  file(WRITE "${directory}/DEBIAN/control" "Multi-Arch: ${multi_arch}\n${control}")
+  dpkg_deb(--root-owner-group --build "${directory}" "${file}")
+endforeach()
