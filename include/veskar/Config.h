@@ -2,11 +2,13 @@
 // Every setting of the fusion, loaded from one JSON document.
 #pragma once
 
+#include <veskar/ConfigFault.h>
 #include <veskar/Export.h>
 
 #include <map>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace Veskar {
 
@@ -14,12 +16,15 @@ class JsonNode;
 
 /// The configuration of the whole library; docs/configuration.md explains each key.
 ///
-/// A plain value: objects built from it keep a copy. Every record is zero until its keys are read.
+/// A plain value: objects built from it keep a copy. Every record is zero until its keys are read:
+/// a Config{} made by hand lets nothing through the gates and confirms everything. Start from
+/// defaults() and change what should be different.
 ///
 /// Each section's parse logs a failure at error priority as "Failed to parse fusion config: " with
 /// the reason and throws a plain std::exception; the enclosing sections do the same, so one bad
 /// key gives one precise line and one general line per enclosing section. Reals must be written
-/// with a fraction or exponent.
+/// with a fraction or exponent. findFaults tells keys, lines and reasons, also of what a parse
+/// passes over in silence. The static functions may run concurrently.
 struct VESKAR_EXPORT Config {
     /// Measurement noise of the video sensor, for the host that turns detections into tracks
     /// ("video" in "veskarInputs").
@@ -117,6 +122,27 @@ struct VESKAR_EXPORT Config {
     FusionInputs inputs;               ///< key "veskarInputs"
     ModuleConfig module;               ///< key "veskarModule"
     PriorityConfig detectionPriority;  ///< key "veskarDetectionPriority"
+
+    /// @return the shipped configuration, config/fusion.json
+    static Config defaults();
+
+    /// Says everything at once that is wrong with a document, without a line in the log.
+    ///
+    /// Limits of values are no matter of the schema and not looked at.
+    ///
+    /// @param json the JSON text
+    /// @return the faults in the order of their lines; parse_json_string throws exactly when one of
+    ///         them is Refused
+    static std::vector<ConfigFault> findFaults(const std::string& json);
+
+    /// Writes the configuration as it is, every key, optional ones too.
+    ///
+    /// Reals are written with a fraction or exponent and the fewest digits that give them back
+    /// exactly, in the classic locale. What is not finite becomes null, which parse refuses. Of
+    /// autocalibrationAspectLimits only the entry "human" can be written.
+    ///
+    /// @return JSON text for parse_json_string, indented, without a line end behind it
+    std::string toJson() const;
 
     /// @param node root of the document
     /// @return the configuration

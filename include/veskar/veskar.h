@@ -8,6 +8,7 @@
 #include <veskar/FusionModule.h>
 #include <veskar/FusionObserver.h>
 #include <veskar/GeoLocation.h>
+#include <veskar/JsonNode.h>
 #include <veskar/RadarStatus.h>
 #include <veskar/SystemTrack.h>
 #include <veskar/Track.h>

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// Reads a section of the configuration into its record, driven by a table of keys.
+// Reads a section of the configuration into its record, driven by its table of keys.
 #pragma once
 
 #include <veskar/JsonNode.h>
+#include <veskar/Vocabulary.h>
 
+#include "config/KeyTables.h"
 #include "config/ParseFailure.h"
 #include "config/ReadValue.h"
 
@@ -13,53 +15,39 @@
 
 namespace Veskar {
 
-/// A key without which the section is refused.
 template <typename Record, typename Value>
-struct RequiredKey {
-    const char* name;
-    Value Record::*field;
-
-    void read(const JsonNode& section, Record& record) const {
-        record.*field = readValue<Value>(section.get(name));
-    }
-};
-
-/// A key with a default, which also stands in for a value of the wrong type.
-template <typename Record, typename Value>
-struct OptionalKey {
-    const char* name;
-    Value Record::*field;
-    Value fallback;
-
-    void read(const JsonNode& section, Record& record) const {
-        try {
-            record.*field = readValue<Value>(section.get(name));
-        } catch (const std::runtime_error&) {
-            record.*field = fallback;
-        }
-    }
-};
-
-template <typename Record, typename Value>
-constexpr RequiredKey<Record, Value> required(const char* name, Value Record::*field) {
-    return {name, field};
+void readKey(const RequiredKey<Record, Value>& key, const JsonNode& section, Record& record) {
+    record.*key.field = readValue<Value>(section.get(key.name));
 }
 
 template <typename Record, typename Value>
-constexpr OptionalKey<Record, Value> optional(const char* name, Value Record::*field,
-                                              Value fallback) {
-    return {name, field, fallback};
+void readKey(const OptionalKey<Record, Value>& key, const JsonNode& section, Record& record) {
+    try {
+        record.*key.field = readValue<Value>(section.get(key.name));
+    } catch (const std::runtime_error&) {
+        record.*key.field = key.fallback;
+    }
 }
 
-/// Reads @p keys in their order into a record that is zero before.
+inline void readKey(const HumanAspectKeys& keys, const JsonNode& section, ModuleConfig& record) {
+    std::pair<double, double>& limits = record.autocalibrationAspectLimits[Vocabulary::human];
+    try {
+        limits = {section.get(keys.least).asReal(), section.get(keys.most).asReal()};
+    } catch (const std::runtime_error&) {
+        limits = keys.fallback;
+    }
+}
+
+/// Reads the keys of a section in their order into a record that is zero before.
 ///
 /// @throw std::exception a plain one, when a key refuses its value; the reason is in the log. The
 ///        section around this one logs the plain exception in turn.
-template <typename Record, typename... Keys>
-Record parseSection(const JsonNode& section, const std::tuple<Keys...>& keys) {
+template <typename Record>
+Record parseSection(const JsonNode& section) {
     try {
         Record record{};
-        std::apply([&](const auto&... key) { (key.read(section, record), ...); }, keys);
+        std::apply([&](const auto&... key) { (readKey(key, section, record), ...); },
+                   keysOf<Record>);
         return record;
     } catch (const std::exception& error) {
         logParseFailure(error);

@@ -367,15 +367,22 @@ TEST(ConfigLoading, ReleasesTheDocumentWhateverHappens) {
 /// Loads @p text and checks that a failure is one of the two documented kinds.
 void expectConfigOrDocumentedFailure(const std::string& text) {
     const SyslogCapture log;
+    const std::vector<Veskar::ConfigFault> faults = Config::findFaults(text);
+    const bool isFound = std::any_of(faults.begin(), faults.end(), [](const auto& fault) {
+        return fault.effect == Veskar::ConfigFault::Effect::Refused;
+    });
     try {
         Config::parse_json_string(text);
+        EXPECT_FALSE(isFound);
         EXPECT_THAT(log.errors(), IsEmpty());
     } catch (const std::runtime_error& error) {
+        EXPECT_TRUE(isFound);
         // what() ends at the first NUL byte.
         const std::string visible = text.substr(0, text.find('\0'));
         EXPECT_THAT(error.what(), StartsWith("Failed to load json from string: " + visible));
         EXPECT_THAT(log.errors(), IsEmpty());
     } catch (const std::exception& error) {
+        EXPECT_TRUE(isFound);
         EXPECT_EQ(typeid(error), typeid(std::exception));
         EXPECT_THAT(log.errors(), testing::Not(IsEmpty()));
         EXPECT_THAT(log.errors(), testing::Each(StartsWith("Failed to parse fusion config: ")));

@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "config/WrittenJson.h"
+
+#include <algorithm>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include <jansson.h>
+
+namespace Veskar {
+namespace {
+
+using Document = std::unique_ptr<json_t, decltype(&json_decref)>;
+
+Document load(std::string_view json, std::size_t flags, json_error_t& error) {
+    return {json_loadb(json.data(), json.size(), flags, &error), &json_decref};
+}
+
+std::string reasonOf(const json_error_t& error) {
+    const std::string reason = error.text;
+    const std::string comment = "near '/'";
+    const bool isComment =
+        reason.size() >= comment.size() &&
+        reason.compare(reason.size() - comment.size(), comment.size(), comment) == 0;
+    return isComment ? "JSON has no comments: " + reason : reason;
+}
+
+/// Walks over a text that Jansson has accepted: what it expects stands there.
+class Walk {
+public:
+    explicit Walk(std::string_view json) : rest(json) {}
+
+    WrittenValue value() {
+        skipSpace();
+        WrittenValue value;
+        value.line = line;
+        switch (rest.front()) {
+            case '{':
+                value.text = take(1);
+                readMembers(value);
+                break;
+            case '[':
+                value.text = take(1);
+                skipElements();
+                break;
+            case '"':
+                value.text = quoted();
+                break;
+            default:
+                value.text = take(std::min(rest.find_first_of(" \t\r\n,]}"), rest.size()));
+        }
+        return value;
+    }
+
+private:
+    void readMembers(WrittenValue& object) {
+        while (!ends('}')) {
+            const int lineOfKey = line;
+            std::string key = content(quoted());
+            skipSpace();
+            take(1);  // the colon
+            object.members.push_back(value());
+            object.members.back().key = std::move(key);
+            object.members.back().line = lineOfKey;
+        }
+    }
+
+    void skipElements() {
+        while (!ends(']')) {
+            value();
+        }
+    }
+
+    /// Passes over the comma before the next item, or over what closes the list.
+    bool ends(char closing) {
+        skipSpace();
+        if (rest.front() == ',') {
+            take(1);
+            skipSpace();
+        }
+        const bool isEnd = rest.front() == closing;
+        if (isEnd) {
+            take(1);
+        }
+        return isEnd;
+    }
+
+    std::string quoted() {
+        std::size_t end = 1;
+        while (rest[end] != '"') {
+            end += rest[end] == '\\' ? 2 : 1;
+        }
+        return take(end + 1);
+    }
+
+    static std::string content(const std::string& quoted) {
+        json_error_t error;
+        return json_string_value(load(quoted, JSON_DECODE_ANY, error).get());
+    }
+
+    void skipSpace() {
+        while (!rest.empty() && std::string_view(" \t\r\n").find(rest.front()) != rest.npos) {
+            line += rest.front() == '\n' ? 1 : 0;
+            take(1);
+        }
+    }
+
+    std::string take(std::size_t count) {
+        std::string taken(rest.substr(0, count));
+        rest.remove_prefix(count);
+        return taken;
+    }
+
+    std::string_view rest;
+    int line = 1;
+};
+
+}  // namespace
+
+WrittenValue::Kind WrittenValue::kind() const {
+    switch (text.front()) {
+        case '{':
+            return Kind::Object;
+        case '[':
+            return Kind::Array;
+        case '"':
+            return Kind::String;
+        case 't':
+        case 'f':
+            return Kind::Boolean;
+        case 'n':
+            return Kind::Null;
+        default:
+            return text.find_first_of(".eE") == std::string::npos ? Kind::Integer : Kind::Real;
+    }
+}
+
+const WrittenValue* WrittenValue::find(const std::string& name) const {
+    const auto found = std::find_if(members.rbegin(), members.rend(),
+                                    [&](const WrittenValue& m) { return m.key == name; });
+    return found == members.rend() ? nullptr : &*found;
+}
+
+WrittenValue readWritten(const std::string& json) {
+    json_error_t error;
+    if (!load(json, 0, error)) {
+        throw JsonSyntaxError(std::max(error.line, 1), reasonOf(error));
+    }
+    return Walk(json).value();
+}
+
+}  // namespace Veskar
