@@ -20,22 +20,26 @@
 namespace Workbench {
 namespace {
 
-void checkMembersOf(const LocatedValue& document, DocumentKind kind, Findings& findings) {
-    switch (kind) {
-        case DocumentKind::Configuration:
-            checkConfiguration(document, findings);
-            break;
-        case DocumentKind::Camera:
-            checkCamera(document, "", Wanted::Real, findings);
-            break;
-        default:
-            checkScenario(document, findings);
-    }
-}
-
 /// The program reads scenarios with comments; the library knows none.
 Comments commentsOf(DocumentKind kind) {
     return kind == DocumentKind::Scenario ? Comments::Allowed : Comments::Refused;
+}
+
+void checkText(const std::string& text, DocumentKind kind, Findings& findings) {
+    LocatedValue document;
+    const JsonFault fault = parseLocated(text, commentsOf(kind), document);
+    const bool isJson = fault.line == 0;
+    if (kind == DocumentKind::Configuration) {
+        checkConfiguration(Veskar::Config::findFaults(text), isJson ? document : LocatedValue(),
+                           findings);
+    } else if (!isJson) {
+        findings.push_back(
+            {Severity::Fault, static_cast<std::uint64_t>(fault.line), "", "", fault.reason});
+    } else if (kind == DocumentKind::Camera) {
+        checkCamera(document, "", Wanted::Real, findings);
+    } else {
+        checkScenario(document, findings);
+    }
 }
 
 /// The last word has the reader itself.
@@ -80,14 +84,7 @@ DocumentKind kindOfDocument(const std::string& path) {
 Findings checkDocument(const std::string& path, DocumentKind kind) {
     const std::string text = readText(path);
     Findings findings;
-    LocatedValue document;
-    const JsonFault fault = parseLocated(text, commentsOf(kind), document);
-    if (fault.line > 0) {
-        findings.push_back(
-            {Severity::Fault, static_cast<std::uint64_t>(fault.line), "", "", fault.reason});
-        return findings;
-    }
-    checkMembersOf(document, kind, findings);
+    checkText(text, kind, findings);
     if (!hasFault(findings)) {
         try {
             checkByReading(text, kind);

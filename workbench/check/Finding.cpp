@@ -36,7 +36,9 @@ std::string toText(const Finding& finding, const std::string& file) {
     text += fmt::format(": {}: ", wordOf(finding.severity));
     if (!finding.key.empty()) {
         text += finding.key;
-        text += finding.value.empty() ? ": " : fmt::format(" is {}: ", finding.value);
+        text += finding.value.empty() || finding.namesValue
+                    ? ": "
+                    : fmt::format(" is {}: ", finding.value);
     }
     return printable(text + finding.message);
 }

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/Rules.h"
 
+#include <veskar/NearestWord.h>
+
 #include <algorithm>
-#include <numeric>
 #include <set>
 
 #include <fmt/format.h>
@@ -54,28 +55,14 @@ bool isNumeric(Wanted wanted) {
     return wanted == Wanted::Real || wanted == Wanted::Integer || wanted == Wanted::Number;
 }
 
-/// Levenshtein's distance, for the question what a misspelt key was meant to be.
-std::size_t editDistance(std::string_view a, std::string_view b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), 0U);
-    for (std::size_t i = 1; i <= a.size(); ++i) {
-        std::size_t diagonal = row[0]++;
-        for (std::size_t j = 1; j <= b.size(); ++j) {
-            const std::size_t replaced = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
-            diagonal = row[j];
-            row[j] = std::min({replaced, row[j] + 1, row[j - 1] + 1});
-        }
+std::string suggestion(const std::string& key, const Rules& rules) {
+    std::vector<std::string> keys;
+    keys.reserve(rules.size());
+    for (const Rule& rule : rules) {
+        keys.emplace_back(rule.key);
     }
-    return row.back();
-}
-
-std::string suggestion(std::string_view key, const Rules& rules) {
-    const auto nearest =
-        std::min_element(rules.begin(), rules.end(), [key](const Rule& a, const Rule& b) {
-            return editDistance(key, a.key) < editDistance(key, b.key);
-        });
-    const bool isNear = nearest != rules.end() && editDistance(key, nearest->key) <= 3;
-    return isNear ? fmt::format("; is {} meant?", nearest->key) : "";
+    const std::string nearest = Veskar::nearestWord(key, keys);
+    return nearest.empty() ? "" : fmt::format("; is {} meant?", nearest);
 }
 
 class MemberCheck {
@@ -92,8 +79,7 @@ public:
 
     void value(const LocatedValue& value) const {
         if (!hasType(value, rule.wanted)) {
-            add(Severity::Fault, value,
-                fmt::format("expected {}{}", expectation(rule.wanted), ignored()));
+            add(Severity::Fault, value, fmt::format("expected {}", expectation(rule.wanted)));
         } else if (isNumeric(rule.wanted)) {
             number(value, path, rule.wanted);
         } else if (rule.elements > 0) {
@@ -134,12 +120,6 @@ private:
         const std::string limits = rule.allowed.inWords();
         return fmt::format("{}{}{}: {}", nameOf(wanted), limits.empty() ? "" : " ", limits,
                            rule.meaning);
-    }
-
-    std::string ignored() const {
-        return rule.fallback.empty()
-                   ? ""
-                   : fmt::format("; as it stands {} is used without a word", rule.fallback);
     }
 
     void add(Severity severity, const LocatedValue& value, std::string message) const {
@@ -215,6 +195,11 @@ void checkMembers(const LocatedValue& object, const std::string& path, const Rul
         }
     }
     checkKeys(object, path, rules, unknown, findings);
+}
+
+void checkNumber(const LocatedValue& value, const std::string& path, const Rule& rule,
+                 Findings& findings) {
+    MemberCheck(rule, path, findings).value(value);
 }
 
 std::string joinPath(const std::string& path, std::string_view key) {

@@ -47,7 +47,6 @@ struct Rule {
     bool required = true;
     Range allowed = anyNumber;        ///< outside is a fault
     Range usual = anyNumber;          ///< outside is a warning
-    std::string_view fallback{};      ///< what is silently used when an optional value is wrong
     std::size_t elements = 0;         ///< of an array of numbers: how many
     Wanted element = Wanted::Number;  ///< of an array of numbers: their type
 };
@@ -65,6 +64,15 @@ using Rules = std::vector<Rule>;
 /// @param findings receives what is wrong
 void checkMembers(const LocatedValue& object, const std::string& path, const Rules& rules,
                   Severity unknown, Findings& findings);
+
+/// Checks a number against its limits and usual values.
+///
+/// @param value the number
+/// @param path its place in the document
+/// @param rule what it must be; its type is that of the value
+/// @param findings receives what is wrong
+void checkNumber(const LocatedValue& value, const std::string& path, const Rule& rule,
+                 Findings& findings);
 
 /// @return the member's place: "path.key", or the key alone in the root
 std::string joinPath(const std::string& path, std::string_view key);

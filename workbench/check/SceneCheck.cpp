@@ -51,7 +51,6 @@ const Rules radarRules{
      true,
      anyNumber,
      {-1000.0, 1000.0},
-     {},
      3},
     {"rotation", Wanted::Object, "mounting angles"},
     {"rangeStd", Wanted::Number, "noise of the range, m", true, positive, {0.02, 10.0}},
@@ -101,7 +100,7 @@ const Rules outageRules{
 };
 
 const Rules persistentRules{
-    {"position", Wanted::Array, "x forward, y left, m", true, anyNumber, anyNumber, {}, 2},
+    {"position", Wanted::Array, "x forward, y left, m", true, anyNumber, anyNumber, 2},
     {"probability", Wanted::Number, "of being detected in a frame", optional, probability},
     {"wander", Wanted::Number, "m", optional, notNegative, {0.0, 10.0}},
     {"class", Wanted::Text, "what video takes it for", optional},
@@ -163,19 +162,13 @@ const Rules radarSensorRules{
 
 const Rules objectRules{
     {"class", Wanted::Text, "class of the object"},
-    {"size", Wanted::Array, "length, width, height, m", optional, positive, {0.1, 30.0}, {}, 3},
+    {"size", Wanted::Array, "length, width, height, m", optional, positive, {0.1, 30.0}, 3},
     {"color", Wanted::Text, "colour", optional},
     {"upperClothingColor", Wanted::Text, "colour", optional},
     {"lowerClothingColor", Wanted::Text, "colour", optional},
     {"mode", Wanted::Text, "once, loop or backAndForth", optional},
     {"path", Wanted::Array, "way points", optional},
-    {"area",
-     Wanted::Array,
-     "least x and y, greatest x and y, m",
-     optional,
-     anyNumber,
-     anyNumber,
-     {},
+    {"area", Wanted::Array, "least x and y, greatest x and y, m", optional, anyNumber, anyNumber,
      4},
     {"count", Wanted::Integer, "objects of a crowd", optional, {1.0, 10000.0}, {1.0, 512.0}},
     {"start", Wanted::Number, "when it sets out, s", optional, notNegative},
@@ -291,7 +284,6 @@ private:
                          true,
                          possible,
                          {0.1, 50.0},
-                         {},
                          isInterval ? std::size_t{2} : 0});
         checkMembers(item, path, rules, Severity::Fault, findings);
         if (item.kind != Kind::Object) {

@@ -25,6 +25,7 @@ struct Options {
     std::string kind;
     std::string format = "text";
     std::string output = "-";
+    bool strict = false;
 };
 
 const std::map<std::string, DocumentKind> kinds{{"configuration", DocumentKind::Configuration},
@@ -98,6 +99,11 @@ std::string toJsonText(const RecordingCheckResult& result, const std::string& na
     return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
+/// @return whether a document with these findings is good enough
+bool isAccepted(const Findings& findings, const Options& options) {
+    return !hasFault(findings) && !(options.strict && count(findings, Severity::Warning) > 0);
+}
+
 int check(const Options& options) {
     const DocumentKind kind = kindFor(options);
     const std::string name = options.document == "-" ? "<stdin>" : options.document;
@@ -106,7 +112,7 @@ int check(const Options& options) {
     output.write(options.format == "json" ? toJsonText(result, name)
                                           : toText(result.findings, name));
     output.commit();
-    return hasFault(result.findings) ? negativeAnswer : success;
+    return isAccepted(result.findings, options) ? success : negativeAnswer;
 }
 
 }  // namespace
@@ -123,12 +129,13 @@ void addCheckCommand(CLI::App& program, Action& action) {
     command->add_option("--format", options->format, "text or json (default: text)")
         ->check(CLI::IsMember({"text", "json"}));
     command->add_option("-o,--output", options->output, "report to write (default: -)");
+    command->add_flag("--strict", options->strict, "let warnings count in the exit status");
     command->footer(
         "A recording's objects that both sensors see also tell whether camera and radar point the "
         "same way, how high the camera really hangs, and how late the radar's time stamps are.\n"
-        "Exit status 1: there are faults; warnings alone leave it 0.\n"
+        "Exit status 1: there are faults, or with --strict warnings; warnings alone leave it 0.\n"
         "\n"
-        "Example:\n  veskar check config/fusion.json\n  veskar check perimeter.jsonl");
+        "Example:\n  veskar check config/fusion.json --strict\n  veskar check perimeter.jsonl");
     command->callback([options, &action] { action = [options] { return check(*options); }; });
 }
 

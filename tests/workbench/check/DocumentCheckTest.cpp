@@ -112,7 +112,7 @@ TEST_F(DocumentCheck, ListsAllTenFaultsOfAConfiguration) {
     const Finding integer = only(findings, "veskarModule.gatingDistance");
     EXPECT_EQ(integer.line, lineOf("\"gatingDistance\""));
     EXPECT_EQ(integer.value, "6");
-    EXPECT_THAT(integer.message, HasSubstr("expected a number with a decimal point"));
+    EXPECT_THAT(integer.message, HasSubstr("6 is an integer where a real number is needed"));
     EXPECT_EQ(only(findings, "veskarInputs.video.uvVelocityStd").value, "-0.05");
     EXPECT_THAT(only(findings, "veskarInputs.video.uvVelocityStd").message, HasSubstr("above 0"));
     EXPECT_THAT(only(findings, "veskarInputs.video.minimumPseudoRangeStd").message,
@@ -123,11 +123,15 @@ TEST_F(DocumentCheck, ListsAllTenFaultsOfAConfiguration) {
     EXPECT_THAT(only(findings, "veskarModule.trackKillTime").message, HasSubstr("missing"));
     EXPECT_EQ(only(findings, "veskarModule.trackKillTime").line, lineOf("\"veskarModule\""));
     EXPECT_THAT(only(findings, "veskarModule.trackedOdMotionAnalyzerMaxHistoryLength").message,
-                HasSubstr("20 is used without a word"));
+                HasSubstr("20 is used"));
     EXPECT_EQ(only(findings, "veskarDetectionPriority.longlivedLimit").value, "null");
     EXPECT_EQ(toText(integer, "f.json"),
               "f.json:" + std::to_string(integer.line) +
-                  ": fault: veskarModule.gatingDistance is 6: " + integer.message);
+                  ": fault: veskarModule.gatingDistance: " + integer.message);
+    const Finding negative = only(findings, "veskarInputs.video.uvVelocityStd");
+    EXPECT_EQ(toText(negative, "f.json"),
+              "f.json:" + std::to_string(negative.line) +
+                  ": fault: veskarInputs.video.uvVelocityStd is -0.05: " + negative.message);
 }
 
 TEST_F(DocumentCheck, WarnsOfLegalButSuspiciousValues) {
