@@ -5,7 +5,6 @@
 #include "recording/ReadAhead.h"
 #include "recording/RecordingReader.h"
 #include "recording/RecordingWriter.h"
-#include "replay/DefaultConfiguration.h"
 #include "replay/FusedJson.h"
 #include "replay/Replay.h"
 #include "replay/WriteBehind.h"
@@ -93,7 +92,7 @@ private:
 };
 
 const Veskar::Config& configuration() {
-    static const auto config = Veskar::Config::parse_json_string(Workbench::defaultConfiguration);
+    static const auto config = Veskar::Config::defaults();
     return config;
 }
 

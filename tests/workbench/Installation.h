@@ -5,7 +5,6 @@
 #include <veskar/Config.h>
 
 #include "recording/Recording.h"
-#include "replay/DefaultConfiguration.h"
 
 namespace VeskarTest {
 
@@ -24,7 +23,7 @@ inline Workbench::RecordingHeader installation() {
 
 /// @return the shipped configuration
 inline Veskar::Config configuration() {
-    return Veskar::Config::parse_json_string(Workbench::defaultConfiguration);
+    return Veskar::Config::defaults();
 }
 
 }  // namespace VeskarTest

@@ -73,7 +73,7 @@ void requireTruth(const RecordingReader& reader) {
 
 /// The fusion runs on the recording.
 int judgeRun(const Options& options, RecordingReader& reader, const EvaluationOptions& wishes) {
-    const Veskar::Config config = readConfiguration(options.config).config;
+    const Veskar::Config config = readConfiguration(options.config);
     const RecordingHeader header = withCamera(reader.header(), options.camera);
     requireTruth(reader);
     OutputFile output(options.output);

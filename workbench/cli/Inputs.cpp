@@ -2,26 +2,59 @@
 #include "cli/Inputs.h"
 
 #include "io/InputError.h"
+#include "io/Printable.h"
 #include "io/TextFile.h"
 #include "recording/Header.h"
-#include "replay/DefaultConfiguration.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <exception>
+#include <iterator>
+#include <vector>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 namespace Workbench {
+namespace {
 
-Configuration readConfiguration(const std::string& path) {
-    const std::string name = path.empty() ? "default configuration" : path;
-    const std::string text = path.empty() ? defaultConfiguration : readText(path);
-    // A fault of the syntax gets file and line; one of the contents is logged by the library.
-    parseJson(text, name);
+using Veskar::ConfigFault;
+
+/// @return why the fusion refuses a configuration, in one line
+std::string refusal(const std::vector<ConfigFault>& faults, const std::string& name) {
+    const auto isRefused = [](const ConfigFault& fault) {
+        return fault.effect == ConfigFault::Effect::Refused;
+    };
+    const auto first = std::find_if(faults.begin(), faults.end(), isRefused);
+    if (first->key.empty()) {
+        return fmt::format("{}:{}: {}", name, first->line, first->reason);
+    }
+    const auto others = std::count_if(std::next(first), faults.end(), isRefused);
+    return fmt::format("{}: the fusion refuses this configuration: {}{}", name, first->text(),
+                       others > 0 ? fmt::format("; veskar check names {} more", others) : "");
+}
+
+void warn(const std::vector<ConfigFault>& faults, const std::string& name) {
+    for (const ConfigFault& fault : faults) {
+        fmt::print(stderr, "veskar: warning: {}\n",
+                   printable(fmt::format("{}: {}", name, fault.text())));
+    }
+}
+
+}  // namespace
+
+Veskar::Config readConfiguration(const std::string& path) {
+    if (path.empty()) {
+        return Veskar::Config::defaults();
+    }
+    const std::string text = readText(path);
+    const std::vector<ConfigFault> faults = Veskar::Config::findFaults(text);
     try {
-        return {text, Veskar::Config::parse_json_string(text)};
+        Veskar::Config config = Veskar::Config::parse_json_string(text);
+        warn(faults, path);
+        return config;
     } catch (const std::exception&) {
-        throw InputError(name + ": the fusion refuses this configuration");
+        throw InputError(refusal(faults, path));
     }
 }
 

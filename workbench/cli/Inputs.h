@@ -10,16 +10,12 @@
 
 namespace Workbench {
 
-/// A configuration as it is written and as it is used.
-struct Configuration {
-    std::string text;
-    Veskar::Config config;
-};
-
+/// Warns on standard error of what the fusion does not use as it is written.
+///
 /// @param path a configuration file; empty: the shipped configuration
 /// @return the configuration
-/// @throw InputError what is wrong with it
-Configuration readConfiguration(const std::string& path);
+/// @throw InputError why the fusion refuses it
+Veskar::Config readConfiguration(const std::string& path);
 
 /// @param header header of a recording
 /// @param cameraPath a camera to use instead of the recording's; empty: the recording's

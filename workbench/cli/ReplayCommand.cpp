@@ -98,7 +98,7 @@ int finish(const Options& options, const Replay& replay, const Summary& summary)
 }
 
 int replay(const Options& options) {
-    const Configuration configuration = readConfiguration(options.config);
+    const Veskar::Config config = readConfiguration(options.config);
     RecordingReader reader(options.recording, TruthLines::Skip);
     const RecordingHeader header = withCamera(reader.header(), options.camera);
     const bool isCsv = options.format == "csv";
@@ -107,8 +107,8 @@ int replay(const Options& options) {
     }
 
     OutputFile output(options.output);
-    output.write(isCsv ? csvHeader() : fusedHeaderLine(header, configuration.text));
-    const HostAdapter adapter(header, configuration.config);
+    output.write(isCsv ? csvHeader() : fusedHeaderLine(header, config.toJson()));
+    const HostAdapter adapter(header, config);
     Summary summary;
     WriteBehind writer(
         output,
@@ -122,8 +122,8 @@ int replay(const Options& options) {
         options.realtime ? WriteBehind::Flush::EveryFrame : WriteBehind::Flush::WhenFull,
         throwIfInterrupted);
     Replay run(
-        header, configuration.config,
-        [&](FrameReading reading) { writer.write(std::move(reading)); }, options.tags);
+        header, config, [&](FrameReading reading) { writer.write(std::move(reading)); },
+        options.tags);
     Explanations explanations(options.explain);
     run.setObserver(explanations.observer());
     Progress progress("replaying");

@@ -10,6 +10,7 @@
 #include "recording/RepeatedIds.h"
 #include "replay/FusedJson.h"
 
+#include <algorithm>
 #include <exception>
 #include <limits>
 #include <utility>
@@ -138,6 +139,10 @@ FusedHeader readHeader(const nlohmann::json& json) {
             readRadar(fields.object("radar")), fields.at("configuration").json().dump()};
 }
 
+bool isRefused(const Veskar::ConfigFault& fault) {
+    return fault.effect == Veskar::ConfigFault::Effect::Refused;
+}
+
 FusedFrame readFrame(const LineFields& fields) {
     FusedFrame frame;
     frame.source = readSource(fields);
@@ -176,7 +181,10 @@ Veskar::Config FusedReader::config() const {
     try {
         return Veskar::Config::parse_json_string(head.configuration);
     } catch (const std::exception&) {
-        throw InputError(lines.name() + ":1: configuration: the fusion refuses it");
+        const auto faults = Veskar::Config::findFaults(head.configuration);
+        const auto first = std::find_if(faults.begin(), faults.end(), isRefused);
+        throw InputError(fmt::format("{}:1: configuration: the fusion refuses it: {}: {}",
+                                     lines.name(), first->key, first->reason));
     }
 }
 

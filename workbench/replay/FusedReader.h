@@ -22,7 +22,7 @@ struct FusedHeader {
     std::string name;           ///< of the recording
     CameraSetup camera;         ///< as used
     RadarSetup radar;           ///< as used
-    std::string configuration;  ///< as used, JSON text
+    std::string configuration;  ///< JSON text of a configuration of the fusion
 };
 
 /// The lines of fused tracks, checked. Memory does not depend on their number.
@@ -41,7 +41,7 @@ public:
     /// @return the header
     const FusedHeader& header() const { return head; }
     /// @return the configuration of the header
-    /// @throw InputError when the fusion refuses it; the library logs why
+    /// @throw InputError why the fusion refuses it
     Veskar::Config config() const;
     /// @return the next frame; nothing at the end
     /// @throw InputError what is wrong with the line

@@ -163,7 +163,7 @@ Json reportData(const ReportInputs& inputs, const ReportProgress& progress) {
     for (std::size_t i = 0; i < runs.size(); ++i) {
         Json& run = data["runs"].emplace_back(runs[i]->table.json(start));
         run["label"] = fileNameOf(inputs.runs[i].fused);
-        run["configuration"] = Json::parse(runs[i]->reader.header().configuration);
+        run["configuration"] = Json::parse(runs[i]->config.toJson());
         run["judgement"] = runs[i]->judgement.json(start);
         run["explanation"] = inputs.runs[i].explain.empty()
                                  ? Json(nullptr)

@@ -75,6 +75,21 @@ TEST_F(ReportProgram, MarkupInNamesStaysText) {
     EXPECT_EQ(dataIn(outcome.output)["recording"]["name"], "</script><script>alert(1)</script>");
 }
 
+TEST_F(ReportProgram, ShowsTheConfigurationThatWasUsed) {
+    std::string text = slurp(fused);
+    const std::string used = "\"stationaryBlockingMinVideoAge\":3.0";
+    ASSERT_NE(text.find(used), std::string::npos);
+    // As written by hand: the fusion takes its default for an integer.
+    text.replace(text.find(used), used.size(), "\"stationaryBlockingMinVideoAge\":5");
+    spill(fused, text);
+    const Outcome outcome = veskar({"report", recording, fused, "-o", "-"});
+    ASSERT_EQ(outcome.status, 0);
+    const auto configuration = dataIn(outcome.output)["runs"][0]["configuration"];
+    EXPECT_EQ(configuration["veskarModule"]["stationaryBlockingMinVideoAge"], 3.0);
+    EXPECT_EQ(configuration,
+              nlohmann::json::parse(slurp(std::string(VESKAR_SOURCE_DIR) + "/config/fusion.json")));
+}
+
 TEST_F(ReportProgram, MissingFilesAreStatus2) {
     const std::string no = directory / "no";
     const std::string path = directory / "report.html";

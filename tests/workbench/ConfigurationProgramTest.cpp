@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the program says of configurations, and what it states to have used.
+#include "Process.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+using VeskarTest::dataFile;
+using VeskarTest::Outcome;
+using VeskarTest::slurp;
+using VeskarTest::spill;
+using VeskarTest::veskar;
+
+namespace {
+
+const std::string shippedPath = std::string(VESKAR_SOURCE_DIR) + "/config/fusion.json";
+const std::string integerForReal = "4 is an integer where a real number is needed: write 4.0";
+
+class ConfigurationProgram : public testing::Test {
+protected:
+    /// Writes the shipped configuration with one piece replaced.
+    void write(const std::string& from, const std::string& to) {
+        std::string text = slurp(shippedPath);
+        const std::size_t place = text.find(from);
+        ASSERT_NE(place, std::string::npos) << from;
+        spill(config, text.replace(place, from.size(), to));
+    }
+    Outcome replay() { return veskar({"replay", dataFile("tiny.jsonl"), "--config", config}); }
+    static nlohmann::json configurationOf(const std::string& fused) {
+        return nlohmann::json::parse(fused.substr(0, fused.find('\n'))).at("configuration");
+    }
+
+    VeskarTest::TemporaryDirectory directory;
+    const std::string config = directory / "config.json";
+};
+
+}  // namespace
+
+TEST_F(ConfigurationProgram, AReplayStatesEverySettingThatItUsed) {
+    write("        \"removeClassMismatches\": false,\n", "");
+    const Outcome outcome = replay();
+    EXPECT_THAT(outcome.errors, IsEmpty());
+    EXPECT_EQ(configurationOf(outcome.output), nlohmann::json::parse(slurp(shippedPath)));
+}
+
+TEST_F(ConfigurationProgram, AReplayStatesWhatItUsedAndNotWhatWasWritten) {
+    write("\"stationaryBlockingMinVideoAge\": 3.0", "\"stationaryBlockingMinVideoAge\": 5");
+    const Outcome outcome = replay();
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(configurationOf(outcome.output)["veskarModule"]["stationaryBlockingMinVideoAge"],
+              3.0);
+    EXPECT_EQ(outcome.errors,
+              "veskar: warning: " + config +
+                  ": veskarModule.stationaryBlockingMinVideoAge (line 25): 5 is an integer where a "
+                  "real number is needed: write 5.0; 3.0 is used\n");
+}
+
+TEST_F(ConfigurationProgram, RealsAreStatedWithAFraction) {
+    write("\"gatingDistance\": 6.0", "\"gatingDistance\": 7.0");
+    EXPECT_THAT(replay().output, HasSubstr("\"gatingDistance\":7.0,"));
+}
+
+TEST_F(ConfigurationProgram, AReplayNamesTheRightKeyOfAMisspeltOne) {
+    write("\"removeClassMismatches\"", "\"removeClassMissmatches\"");
+    const Outcome outcome = replay();
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.errors, "veskar: warning: " + config +
+                                  ": veskarModule.removeClassMissmatches (line 31): the key is not "
+                                  "known; is removeClassMismatches meant?\n");
+    EXPECT_THAT(outcome.output, Not(HasSubstr("removeClassMissmatches")));
+}
+
+TEST_F(ConfigurationProgram, AnEvaluationWarnsToo) {
+    write("\"removeClassMismatches\"", "\"removeClassMissmatches\"");
+    const Outcome outcome = veskar({"evaluate", dataFile("tiny.jsonl"), "--config", config});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.errors, HasSubstr("is removeClassMismatches meant?\n"));
+}
+
+TEST_F(ConfigurationProgram, ARefusalTellsKeyLineAndReason) {
+    write("\"gatingDistance\": 6.0", "\"gatingDistance\": 4");
+    const Outcome outcome = replay();
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_THAT(outcome.errors,
+                EndsWith("veskar: " + config +
+                         ": the fusion refuses this configuration: veskarModule.gatingDistance "
+                         "(line 19): " +
+                         integerForReal + "\n"));
+    // What the library logs stays what it is.
+    EXPECT_THAT(outcome.errors,
+                HasSubstr("Failed to parse fusion config: JsonNode is not a real number."));
+}
+
+TEST_F(ConfigurationProgram, ARefusalCountsTheOtherReasons) {
+    spill(config, "{}");
+    EXPECT_THAT(replay().errors,
+                HasSubstr("veskarInputs (line 1): missing; an object is needed; veskar "
+                          "check names 2 more\n"));
+}
+
+TEST_F(ConfigurationProgram, ACommentIsRefusedWithItsLine) {
+    write("\"useJVA\": true,", "\"useJVA\": true,  // optimal");
+    const Outcome outcome = replay();
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_THAT(outcome.errors, StartsWith("veskar: " + config + ":30: JSON has no comments"));
+}
+
+TEST_F(ConfigurationProgram, CheckAndReplaySayTheSame) {
+    for (const auto& [from, to] : std::vector<std::pair<std::string, std::string>>{
+             {"\"gatingDistance\": 6.0", "\"gatingDistance\": 4"},
+             {"\"useJVA\": true,", ""},
+             {"\"removeClassMismatches\": false", "\"removeClassMismatches\": 0"},
+             {"\"removeClassMismatches\"", "\"removeClassMissmatches\""},
+             {"\"useJVA\": true,", "// \"useJVA\": true,"},
+             {"\"useJVA\": true,", "\"useJVA\": true"}}) {
+        SCOPED_TRACE(to);
+        write(from, to);
+        const std::string errors = replay().errors;
+        const auto findings =
+            nlohmann::json::parse(veskar({"check", config, "--format", "json"}).output)["findings"];
+        ASSERT_EQ(findings.size(), 1U);
+        EXPECT_THAT(errors, HasSubstr(findings[0]["message"].get<std::string>() + "\n"));
+        const std::string line = std::to_string(findings[0]["line"].get<int>());
+        EXPECT_THAT(errors, testing::AnyOf(HasSubstr(findings[0]["key"].get<std::string>() +
+                                                     " (line " + line + "): "),
+                                           HasSubstr(config + ":" + line + ": ")));
+    }
+}
+
+TEST_F(ConfigurationProgram, CheckNamesTheValueOnce) {
+    write("\"gatingDistance\": 6.0", "\"gatingDistance\": 4");
+    const Outcome outcome = veskar({"check", config});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.output,
+                StartsWith(config + ":19: fault: veskarModule.gatingDistance: " + integerForReal));
+    const auto json = nlohmann::json::parse(veskar({"check", config, "--format", "json"}).output);
+    EXPECT_EQ(json["findings"][0]["value"], "4");
+}
+
+TEST_F(ConfigurationProgram, CheckStrictLetsWarningsCount) {
+    EXPECT_EQ(veskar({"check", shippedPath, "--strict"}).status, 0);
+    write("\"removeClassMismatches\"", "\"removeClassMissmatches\"");
+    EXPECT_EQ(veskar({"check", config}).status, 0);
+    const Outcome strict = veskar({"check", config, "--strict"});
+    EXPECT_EQ(strict.status, 1);
+    EXPECT_THAT(strict.output, EndsWith("0 faults, 1 warnings\n"));
+    EXPECT_THAT(veskar({"check", "--help"}).output, HasSubstr("--strict"));
+}
+
+TEST_F(ConfigurationProgram, AFusedFileWithARefusedConfigurationSaysWhy) {
+    const std::string fused = directory / "fused.jsonl";
+    std::string text = veskar({"replay", dataFile("tiny.jsonl")}).output;
+    text.replace(text.find("\"useJVA\":true"), 13, "\"useJVA\":1");
+    spill(fused, text);
+    EXPECT_THAT(
+        veskar({"evaluate", dataFile("tiny.jsonl"), fused}).errors,
+        HasSubstr(fused + ":1: configuration: the fusion refuses it: veskarModule.useJVA: 1 is an "
+                          "integer where true or false is needed: write true\n"));
+}
