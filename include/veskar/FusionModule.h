@@ -50,11 +50,27 @@ public:
     /// A VideoObject frame is fused at once. Radar frames wait in arrival order until video time
     /// has come within 0.1 s, or until they are more than 1.5 s old on the steady clock; they are
     /// looked at when a radar frame arrives. One that must wait holds up those behind it, so a
-    /// stamp from the far future stops radar until video gets there. Frames of other sources are
-    /// ignored.
+    /// stamp from the far future stops radar until video gets there. At most 1000 wait; beyond that
+    /// the oldest leaves unfused. Frames of other sources are ignored.
     ///
-    /// A frame with a time stamp that is not finite is ignored, and tracks with a state or
-    /// covariance that is not finite are left out; both are logged at error priority.
+    /// What would harm the fusion for good stays outside, as if the sensor had not reported it:
+    /// - a frame with a time stamp that is not finite;
+    /// - a track with a state, covariance, time, coasting time or probability that is not finite;
+    /// - a track whose time is more than 10 s from the frame's, whose coasting time or probability
+    ///   is negative, or whose covariance is not symmetric and positive definite as far as doubles
+    ///   can tell: variances from 1e-30 to 1e30, and with these scaled to 1, symmetric to 1e-9 and
+    ///   with Cholesky pivots above 1e-12;
+    /// - a frame stamped more than 3600 s from the last one that was accepted. It is held back
+    ///   until the next frame of any source. When that lies within 60 s of it, the time base has
+    ///   changed: the module clears itself, forgets waiting radar frames and the last video time,
+    ///   and takes both. Otherwise the frame held back is dropped.
+    ///
+    /// All this is logged at error priority, each cause at most once per call; radar frames that
+    /// leave unfused at most once a minute. Logged as warnings, each at most once a minute, but
+    /// fused all the same: a track with probability 0, a gain that makes the probability of its
+    /// system track NaN for good; radar frames that have waited for more than a minute, as they do
+    /// when radar is stamped in UNIX time and video in uptime; a frame older than the last one of
+    /// its source. The minutes are those of the steady clock.
     ///
     /// @param source the sensor
     /// @param timestamp time of the frame in seconds on the steady clock's time base
@@ -111,6 +127,7 @@ public:
     void setObserver(FusionObserver* watcher);
 
     /// Forgets all system tracks and the last sensor tracks. Ids go on, waiting radar frames stay.
+    /// An observer is told of no deletions.
     void clear();
 
     /// Records the image position of a tracked video detection.
@@ -131,11 +148,18 @@ private:
     struct CycleFrame {
         double timestamp;                            ///< as the host stamped it, seconds
         std::vector<std::shared_ptr<Track>> tracks;  ///< shared with the host
+        double arrival;                              ///< on the steady clock, seconds
     };
+    struct Arrivals;
     struct Workspace;
 
+    void admit(Source source, double timestamp, const std::vector<std::shared_ptr<Track>>& tracks,
+               double now);
+    void deliver(Source source, double timestamp, const std::vector<std::shared_ptr<Track>>& tracks,
+                 double now);
     void drainRadarQueue(double now);
     void fuseOldestRadarFrame();
+    void watchRadarQueue(double now);
     void continueTracks(Source source, const std::vector<std::shared_ptr<Track>>& tracks);
     void continueSystemTrack(SystemTrack& systemTrack, Source source);
     bool refusesReport(const SystemTrack& systemTrack, const Track& report, Source source);
@@ -159,11 +183,12 @@ private:
     std::unordered_set<int> excludedTrackIds;
     AutocalibrationHandler autocalibrationHandler;
     TrackedOdMotionAnalyzer motionAnalyzer;
-    ObjectIdGenerator idGenerator;
+    std::shared_ptr<ObjectIdGenerator> idGenerator;
     std::deque<CycleFrame> radarFrameQueue;
     double radarMaxWait = 1.5;
     double lastVideoTimestamp = 0.0;
     SteadyClock clock;
+    std::unique_ptr<Arrivals> arrivals;
     std::unique_ptr<Workspace> workspace;
     FusionObserver* observer = nullptr;
 };

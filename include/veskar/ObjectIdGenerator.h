@@ -14,8 +14,8 @@ public:
     /// @return the next id; never negative
     std::int32_t next();
 
-    /// The generator of the most recently constructed FusionModule. It is left as it is when that
-    /// module dies: a host builds one module per process.
+    /// The generator of the most recently constructed FusionModule, from which all modules draw;
+    /// null before the first. It stays when that module ends; the process keeps the generator.
     static ObjectIdGenerator* instance;
 
     std::int32_t lastId = 0;  ///< the id handed out last

@@ -179,7 +179,8 @@ public:
     Eigen::Vector4d boundingBox;
     double coastingTime;  ///< seconds since the sensor last updated the track
     /// Gain of this report for the probability of the system track it supports (a likelihood
-    /// ratio). The producer must set it: the initial 0 makes that probability NaN for good.
+    /// ratio, above 0). The producer must set it: the initial 0 makes that probability NaN for
+    /// good, and FusionModule::cycle warns of it in the system log.
     double probability;
     std::optional<double> speed;                               ///< ground speed, m/s
     std::optional<Eigen::Vector2d> direction;                  ///< direction of motion

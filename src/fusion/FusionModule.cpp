@@ -1,33 +1,30 @@
 // SPDX-License-Identifier: Apache-2.0
+// What every fused frame does.
 #include <veskar/FusionModule.h>
 
+#include "fusion/Arrivals.h"
 #include "fusion/Workspace.h"
 
-#include <algorithm>
-#include <cmath>
 #include <exception>
-#include <iterator>
 #include <limits>
 #include <stdexcept>
 #include <utility>
-
-#include <syslog.h>
 
 namespace Veskar {
 namespace {
 
 using Tracks = std::vector<std::shared_ptr<Track>>;
 
-/// How far radar may run ahead of video, seconds.
-constexpr double radarLead = 0.1;
-
 std::chrono::nanoseconds monotonicTime() {
     return std::chrono::steady_clock::now().time_since_epoch();
 }
 
-double toSeconds(std::chrono::nanoseconds time) {
-    const auto whole = std::chrono::duration_cast<std::chrono::microseconds>(time);
-    return static_cast<double>(whole.count()) / 1e6;
+/// The latest generator. Never destroyed: modules made earlier draw from it as long as they live.
+std::shared_ptr<ObjectIdGenerator> publish(std::shared_ptr<ObjectIdGenerator> generator) {
+    static auto* const latest = new std::shared_ptr<ObjectIdGenerator>();
+    *latest = std::move(generator);
+    ObjectIdGenerator::instance = latest->get();
+    return *latest;
 }
 
 /// Truncates, and saturates where 64 bits do not reach.
@@ -41,21 +38,6 @@ std::int64_t toNanoseconds(double seconds) {
                                  : std::numeric_limits<std::int64_t>::min();
 }
 
-/// One track that is not finite would poison the system track that it joins for good.
-Tracks leaveOutNonFinite(const Tracks& tracks) {
-    Tracks finite;
-    finite.reserve(tracks.size());
-    std::copy_if(tracks.begin(), tracks.end(), std::back_inserter(finite),
-                 [](const std::shared_ptr<Track>& track) {
-                     return track->state.allFinite() && track->covariance.allFinite();
-                 });
-    if (finite.size() < tracks.size()) {
-        syslog(LOG_ERR, "FusionModule: Left out %d tracks that are not finite\n",
-               static_cast<int>(tracks.size() - finite.size()));
-    }
-    return finite;
-}
-
 }  // namespace
 
 FusionModule::FusionModule(const Config& configuration)
@@ -66,50 +48,12 @@ FusionModule::FusionModule(const Config& configuration, SteadyClock steadyClock)
       associator(configuration),
       autocalibrationHandler(configuration),
       motionAnalyzer(configuration),
+      idGenerator(publish(std::make_shared<ObjectIdGenerator>())),
       clock(std::move(steadyClock)),
-      workspace(std::make_unique<Workspace>()) {
-    ObjectIdGenerator::instance = &idGenerator;
-}
+      arrivals(std::make_unique<Arrivals>()),
+      workspace(std::make_unique<Workspace>()) {}
 
 FusionModule::~FusionModule() = default;
-
-void FusionModule::cycle(Source source, double timestamp, const Tracks& tracks) {
-    const double now = toSeconds(clock());
-    if (source != VideoObject && source != Radar) {
-        return;
-    }
-    if (!std::isfinite(timestamp)) {
-        syslog(LOG_ERR, "FusionModule: Ignored a frame with a time stamp that is not finite\n");
-        return;
-    }
-    Tracks finite = leaveOutNonFinite(tracks);
-    if (source == VideoObject) {
-        // No step of the frame reads it, and video time goes on when the frame fails.
-        lastVideoTimestamp = timestamp;
-        cycleFrame(VideoObject, timestamp, finite);
-    } else {
-        radarFrameQueue.push_back({timestamp, std::move(finite)});
-        drainRadarQueue(now);
-    }
-}
-
-/// Strictly first in, first out: a frame that must wait holds up those behind it.
-void FusionModule::drainRadarQueue(double now) {
-    while (!radarFrameQueue.empty() && now - radarFrameQueue.front().timestamp > radarMaxWait) {
-        fuseOldestRadarFrame();
-    }
-    while (!radarFrameQueue.empty() &&
-           radarFrameQueue.front().timestamp < lastVideoTimestamp + radarLead) {
-        fuseOldestRadarFrame();
-    }
-}
-
-/// Takes the frame off the queue first: one that fails is never tried again.
-void FusionModule::fuseOldestRadarFrame() {
-    const CycleFrame frame = std::move(radarFrameQueue.front());
-    radarFrameQueue.pop_front();
-    cycleFrame(Radar, frame.timestamp, frame.tracks);
-}
 
 void FusionModule::cycleFrame(Source source, double timestamp, const Tracks& tracks) {
     if (observer != nullptr) {

@@ -86,4 +86,24 @@ std::vector<int> FusionTest::heldIds(std::size_t index, Veskar::Source source) {
     return ids;
 }
 
+Outcome FusionTest::outcome() {
+    Outcome result;
+    for (const auto& track : module().systemTracks) {
+        result.ids.push_back(track->id);
+        for (const Veskar::Source source : {Veskar::VideoObject, Veskar::Radar}) {
+            for (const auto& [id, sensorTrack] : track->getSensorTracks(source)) {
+                result.ids.push_back(id);
+                result.numbers.push_back(sensorTrack->coastingTime);
+            }
+        }
+        const auto& P = track->covariance;
+        const auto& history = track->trackProbabilityHistory;
+        result.numbers.insert(result.numbers.end(), P.data(), P.data() + P.size());
+        result.numbers.insert(result.numbers.end(), track->state.data(),
+                              track->state.data() + track->state.size());
+        result.numbers.insert(result.numbers.end(), history.begin(), history.end());
+    }
+    return result;
+}
+
 }  // namespace VeskarTest

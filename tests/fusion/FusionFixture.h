@@ -40,6 +40,16 @@ std::shared_ptr<Veskar::Track> video(int id, double time, const Seen& seen = {})
 /// @return a radar track that agrees with all others but for what is seen
 std::shared_ptr<Veskar::Track> radar(int id, double time, const Seen& seen = {});
 
+/// What the fusion has come to, for bitwise comparison.
+struct Outcome {
+    std::vector<int> ids;
+    std::vector<double> numbers;
+
+    bool operator==(const Outcome& other) const {
+        return ids == other.ids && numbers == other.numbers;
+    }
+};
+
 class FusionTest : public testing::Test {
 protected:
     /// The module, made from `config` by the first use.
@@ -70,6 +80,7 @@ protected:
     std::vector<int> systemIds();
     /// @return ids of the sensor tracks that a system track holds
     std::vector<int> heldIds(std::size_t index, Veskar::Source source);
+    Outcome outcome();
 
     Veskar::Config config = fusionConfig();
     std::chrono::nanoseconds now{};

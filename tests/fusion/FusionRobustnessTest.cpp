@@ -101,16 +101,6 @@ TEST_F(FusionTimes, MayLeaveNoMarkInTheCalibrationsNanoseconds) {
 
 // --- Numbers
 
-/// What the fusion has come to, for bitwise comparison.
-struct Outcome {
-    std::vector<int> ids;
-    std::vector<double> numbers;
-
-    bool operator==(const Outcome& other) const {
-        return ids == other.ids && numbers == other.numbers;
-    }
-};
-
 class FusionNumbers : public FusionTest {
 protected:
     /// Runs a scene of two objects; in its last frames a sensor shows other tracks beside the good
@@ -125,26 +115,6 @@ protected:
         module().cycle(source, 10.15, frame);
         showVideo(10.3, {video(2, 10.3, {1.03})});
         return outcome();
-    }
-
-    Outcome outcome() {
-        Outcome result;
-        for (const auto& track : module().systemTracks) {
-            result.ids.push_back(track->id);
-            for (const Source source : {VideoObject, Radar}) {
-                for (const auto& [id, sensorTrack] : track->getSensorTracks(source)) {
-                    result.ids.push_back(id);
-                    result.numbers.push_back(sensorTrack->coastingTime);
-                }
-            }
-            const auto& P = track->covariance;
-            const auto& history = track->trackProbabilityHistory;
-            result.numbers.insert(result.numbers.end(), P.data(), P.data() + P.size());
-            result.numbers.insert(result.numbers.end(), track->state.data(),
-                                  track->state.data() + track->state.size());
-            result.numbers.insert(result.numbers.end(), history.begin(), history.end());
-        }
-        return result;
     }
 
     static std::shared_ptr<Veskar::Track> make(Source source, int id) {

@@ -59,6 +59,16 @@ std::vector<std::string> SyslogCapture::errors() const {
     return texts;
 }
 
+std::vector<std::string> SyslogCapture::texts(int priority) const {
+    std::vector<std::string> texts;
+    for (const Line& line : lines()) {
+        if (line.priority == priority) {
+            texts.push_back(line.text);
+        }
+    }
+    return texts;
+}
+
 void SyslogCapture::clear() {
     const std::lock_guard<std::mutex> lock(mutex);
     captured.clear();

@@ -25,6 +25,8 @@ public:
     std::vector<Line> lines() const;
     /// @return the texts of the calls so far; fails the test when one was not at error priority
     std::vector<std::string> errors() const;
+    /// @return the texts of the calls so far at one priority
+    std::vector<std::string> texts(int priority) const;
     void clear();
 };
 
