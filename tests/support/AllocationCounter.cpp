@@ -6,10 +6,13 @@
 #include <cstdlib>
 #include <new>
 
+#include <malloc.h>
+
 namespace {
 
 std::atomic<std::uint64_t> allocated{0};
 std::atomic<std::uint64_t> freed{0};
+std::atomic<std::int64_t> bytes{0};
 
 void* countedAllocate(std::size_t size, std::size_t alignment) {
     allocated.fetch_add(1, std::memory_order_relaxed);
@@ -20,12 +23,16 @@ void* countedAllocate(std::size_t size, std::size_t alignment) {
     if (block == nullptr) {
         throw std::bad_alloc();
     }
+    bytes.fetch_add(static_cast<std::int64_t>(malloc_usable_size(block)),
+                    std::memory_order_relaxed);
     return block;
 }
 
 void countedFree(void* block) noexcept {
     if (block != nullptr) {
         freed.fetch_add(1, std::memory_order_relaxed);
+        bytes.fetch_sub(static_cast<std::int64_t>(malloc_usable_size(block)),
+                        std::memory_order_relaxed);
         std::free(block);
     }
 }
@@ -41,6 +48,10 @@ std::uint64_t allocationCount() {
 std::int64_t liveAllocations() {
     return static_cast<std::int64_t>(allocated.load(std::memory_order_relaxed)) -
            static_cast<std::int64_t>(freed.load(std::memory_order_relaxed));
+}
+
+std::int64_t liveBytes() {
+    return bytes.load(std::memory_order_relaxed);
 }
 
 }  // namespace VeskarTest

@@ -10,6 +10,8 @@ namespace VeskarTest {
 std::uint64_t allocationCount();
 /// @return blocks from operator new that are not freed yet
 std::int64_t liveAllocations();
+/// @return what those blocks take of the heap
+std::int64_t liveBytes();
 
 /// Counts the allocations since it was made.
 class AllocationScope {
