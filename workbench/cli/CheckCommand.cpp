@@ -3,6 +3,7 @@
 #include "check/RecordingCheck.h"
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
+#include "cli/Files.h"
 #include "cli/Interruption.h"
 #include "cli/Progress.h"
 #include "io/InputError.h"
@@ -105,6 +106,7 @@ bool isAccepted(const Findings& findings, const Options& options) {
 }
 
 int check(const Options& options) {
+    refuseOverwriting({{"document", options.document}}, {{"report", options.output}});
     const DocumentKind kind = kindFor(options);
     const std::string name = options.document == "-" ? "<stdin>" : options.document;
     OutputFile output(options.output);

@@ -20,7 +20,8 @@ void addFooter(CLI::App& program) {
     program.footer(
         "Exit status: 0 done; 1 done, but the answer is no; 2 wrong usage, wrong input or an "
         "output that cannot be written.\n"
-        "\"-\" stands for standard input or standard output.\n"
+        "\"-\" stands for standard input or standard output. An output that is one of the files "
+        "to read, or another output, is refused.\n"
         "\n"
         "Example:\n"
         "  veskar simulate config/scenarios/perimeter.json -o perimeter.jsonl\n"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
+#include "cli/Files.h"
 #include "cli/Inputs.h"
 #include "cli/Interruption.h"
 #include "cli/Progress.h"
@@ -126,6 +127,11 @@ int evaluate(const Options& options) {
                                  : judgeFile(options, reader, wishes);
 }
 
+    refuseOverwriting({{"recording", options.recording},
+                       {"fused tracks", options.fused},
+                       {"configuration", options.config},
+                       {"camera", options.camera}},
+                      {{"report", options.output}});
 }  // namespace
 
 void addEvaluateCommand(CLI::App& program, Action& action) {

@@ -1,19 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
+#include "cli/Files.h"
 #include "import/Autoferry.h"
 #include "import/Kitti.h"
 #include "io/OutputFile.h"
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 namespace Workbench {
 namespace {
 
-int save(const ImportedRecording& recording, const std::string& path) {
+/// @param sources what the data set consists of
+/// @param path the recording to write
+/// @param import reads the data set
+template <typename Import>
+int importTo(const std::string& path, const std::vector<NamedFile>& sources, Import import) {
+    refuseOverwriting(sources, {{"recording", path}});
+    const ImportedRecording recording = import();
     OutputFile output(path);
     write(recording, output);
     output.commit();
@@ -43,7 +51,12 @@ void addAutoferry(CLI::App& command, Action& action) {
         "Example:\n  veskar import autoferry scenario13_detections.json "
         "scenario13_groundTruth.json -o boats.jsonl\n");
     format->callback([options, &action] {
-        action = [options] { return save(importAutoferry(*options), options->output); };
+        action = [options] {
+            return importTo(
+                options->output,
+                {{"detections", options->detections}, {"ground truth", options->groundTruth}},
+                [&] { return importAutoferry(*options); });
+        };
     });
 }
 
@@ -77,7 +90,11 @@ void addKitti(CLI::App& command, Action& action) {
     format->footer(
         "Example:\n  veskar import kitti label_02/0000.txt calib/0000.txt -o 0000.jsonl\n");
     format->callback([options, &action] {
-        action = [options] { return save(importKitti(*options), options->output); };
+        action = [options] {
+            return importTo(options->output,
+                            {{"labels", options->labels}, {"calibration", options->calibration}},
+                            [&] { return importKitti(*options); });
+        };
     });
 }
 

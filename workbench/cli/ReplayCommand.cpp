@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
+#include "cli/Files.h"
 #include "cli/Inputs.h"
 #include "cli/Interruption.h"
 #include "cli/Progress.h"
@@ -41,6 +42,11 @@ struct Options {
 };
 
 // Holds frames back until as much wall time has passed as recorded time.
+/// Standard output belongs to the tracks when they go there.
+bool summaryGoesToStandardOutput(const Options& options) {
+    return options.summary && options.output != "-";
+}
+
 class Pace {
 public:
     void waitFor(double time) {
@@ -82,8 +88,7 @@ private:
 
 int finish(const Options& options, const Replay& replay, const Summary& summary) {
     if (options.summary) {
-        // Standard output belongs to the tracks when they go there.
-        std::FILE* stream = options.output == "-" ? stderr : stdout;
+        std::FILE* stream = summaryGoesToStandardOutput(options) ? stdout : stderr;
         fmt::print(stream, "{}", summary.text(replay.counts()));
     }
     const ReplayCounts& counts = replay.counts();
@@ -102,9 +107,6 @@ int replay(const Options& options) {
     RecordingReader reader(options.recording, TruthLines::Skip);
     const RecordingHeader header = withCamera(reader.header(), options.camera);
     const bool isCsv = options.format == "csv";
-    if (options.explain == "-" && options.output == "-") {
-        throw InputError("tracks and explanations cannot both go to standard output");
-    }
 
     OutputFile output(options.output);
     output.write(isCsv ? csvHeader() : fusedHeaderLine(header, config.toJson()));
@@ -116,7 +118,20 @@ int replay(const Options& options) {
             const FusedFrame frame = placed(std::move(reading), adapter);
             if (options.summary) {
                 summary.add(frame);
+void checkFiles(const Options& options) {
+    if (options.explain == "-" && options.output == "-") {
+        throw InputError("tracks and explanations cannot both go to standard output");
+    }
+    refuseOverwriting({{"recording", options.recording},
+                       {"configuration", options.config},
+                       {"camera", options.camera}},
+                      {{"tracks", options.output},
+                       {"explanations", options.explain},
+                       {"summary", summaryGoesToStandardOutput(options) ? "-" : ""}});
+}
+
             }
+    checkFiles(options);
             (isCsv ? appendCsvRows : appendFusedLine)(text, frame);
         },
         options.realtime ? WriteBehind::Flush::EveryFrame : WriteBehind::Flush::WhenFull,

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
+#include "cli/Files.h"
 #include "cli/Inputs.h"
 #include "cli/Interruption.h"
 #include "cli/Progress.h"
@@ -29,6 +30,12 @@ struct Options {
 
 int report(const Options& options) {
     if (reportPage.empty()) {
+    refuseOverwriting({{"recording", options.recording},
+                       {"fused tracks", options.fused},
+                       {"other fused tracks", options.fused2},
+                       {"explanations", options.explain},
+                       {"other explanations", options.explain2}},
+                      {{"report", options.output}});
         throw InputError(std::string(reportPageMissing));
     }
     if (options.fused2.empty() && !options.explain2.empty()) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
+#include "cli/Files.h"
 #include "cli/Interruption.h"
 #include "cli/Progress.h"
 #include "io/InputError.h"
@@ -26,6 +27,7 @@ struct Options {
 };
 
 int simulate(const Options& options) {
+    refuseOverwriting({{"scenario", options.scenario}}, {{"recording", options.output}});
     Scenario scenario = readScenario(options.scenario);
     if (options.duration > 0.0) {
         scenario.duration = options.duration;

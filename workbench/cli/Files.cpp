@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cli/Files.h"
+
+#include "io/InputError.h"
+
+#include <filesystem>
+#include <optional>
+#include <system_error>
+#include <tuple>
+#include <utility>
+
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Workbench {
+namespace {
+
+using std::filesystem::path;
+
+/// What makes two names those of one file.
+struct Identity {
+    dev_t device;      ///< of the file, or of the directory in which it would be created
+    ino_t inode;       ///< as `device`
+    std::string name;  ///< of a file that does not exist yet, in its directory
+
+    bool operator==(const Identity& other) const {
+        return std::tie(device, inode, name) == std::tie(other.device, other.inode, other.name);
+    }
+};
+
+enum class Direction { Input, Output };
+
+struct KnownFile {
+    std::string role;
+    std::string shownName;
+    Identity identity;
+};
+
+/// The place where a file would be created: a link that leads nowhere yet is followed.
+path behindLinks(path name) {
+    constexpr int mostLinks = 40;  // as the kernel follows
+    std::error_code none;
+    for (int i = 0; i < mostLinks && is_symlink(symlink_status(name, none)); ++i) {
+        name = name.parent_path() / read_symlink(name, none);
+    }
+    return name;
+}
+
+std::optional<Identity> identityOf(const std::string& name, Direction direction) {
+    const bool isInput = direction == Direction::Input;
+    struct stat status {};
+    const int failure = name == "-" ? ::fstat(isInput ? STDIN_FILENO : STDOUT_FILENO, &status)
+                                    : ::stat(name.c_str(), &status);
+    if (failure == 0) {
+        const bool keepsWhatIsWritten = S_ISREG(status.st_mode) || S_ISBLK(status.st_mode);
+        return keepsWhatIsWritten ? std::optional<Identity>({status.st_dev, status.st_ino, ""})
+                                  : std::nullopt;
+    }
+    if (isInput) {
+        return std::nullopt;
+    }
+    const path place = behindLinks(name);
+    const path directory = place.has_parent_path() ? place.parent_path() : ".";
+    if (::stat(directory.c_str(), &status) != 0) {
+        return std::nullopt;
+    }
+    return Identity{status.st_dev, status.st_ino, place.filename()};
+}
+
+std::vector<KnownFile> known(const std::vector<NamedFile>& files, Direction direction) {
+    const char* stream = direction == Direction::Input ? "<stdin>" : "<stdout>";
+    std::vector<KnownFile> found;
+    for (const NamedFile& file : files) {
+        const auto identity = file.path.empty() ? std::nullopt : identityOf(file.path, direction);
+        if (identity) {
+            found.push_back({file.role, file.path == "-" ? stream : file.path, *identity});
+        }
+    }
+    return found;
+}
+
+}  // namespace
+
+void refuseOverwriting(const std::vector<NamedFile>& inputs,
+                       const std::vector<NamedFile>& outputs) {
+    const std::vector<KnownFile> read = known(inputs, Direction::Input);
+    std::vector<KnownFile> written;
+    for (KnownFile& output : known(outputs, Direction::Output)) {
+        for (const KnownFile& input : read) {
+            if (input.identity == output.identity) {
+                throw InputError(
+                    fmt::format("{}: the {} would overwrite the {}, {}: name another "
+                                "file to write to",
+                                output.shownName, output.role, input.role, input.shownName));
+            }
+        }
+        for (const KnownFile& other : written) {
+            if (other.identity == output.identity) {
+                throw InputError(
+                    fmt::format("{}: the {} would go to the same file as the {}, {}: "
+                                "name two files",
+                                output.shownName, output.role, other.role, other.shownName));
+            }
+        }
+        written.push_back(std::move(output));
+    }
+}
+
+}  // namespace Workbench
