@@ -73,6 +73,9 @@ TEST(FusedReader, ReadsEverythingThatIsWritten) {
         ++frames;
     }
     EXPECT_GT(frames, 30);
+    ASSERT_TRUE(reader.digests());
+    ASSERT_TRUE(std::getline(lines, line));
+    EXPECT_EQ(Workbench::closingLine(*reader.digests()), line + "\n");
     EXPECT_FALSE(std::getline(lines, line));
 }
 
@@ -126,6 +129,17 @@ TEST_F(FusedReaderFaults, RefuseFramesThatDoNotStandInTheOrderOfTheirArrival) {
     EXPECT_THAT(
         faultOf(first + "\n" + R"({"source":"video","time":2,"received":1.25,"tracks":[]})"),
         HasSubstr(":3: received: 1.25 is before 1.5, when the frame before was received"));
+}
+
+TEST_F(FusedReaderFaults, NothingStandsBehindTheClosingLine) {
+    const std::string frame = R"({"source":"video","time":1,"received":1.5,"tracks":[]})";
+    const std::string closing = R"({"digests":{"recording":"1","camera":"2","configuration":"3"}})";
+    EXPECT_EQ(faultOf(frame + "\n" + closing), "");
+    EXPECT_THAT(faultOf(closing + "\n" + frame), HasSubstr(":3: stands behind the closing line"));
+    EXPECT_THAT(faultOf(closing + "\n" + closing), HasSubstr(":3: stands behind the closing line"));
+    EXPECT_THAT(faultOf(R"({"digests":{"recording":"1","camera":"2"}})"),
+                HasSubstr(":2: digests.configuration: missing"));
+    EXPECT_THAT(faultOf(R"({"digests":"1"})"), HasSubstr(":2: digests: expected an object"));
 }
 
 TEST_F(FusedReaderFaults, NameWhatIsNoFusedFile) {

@@ -353,7 +353,7 @@ TEST_F(Judgement, ExplainTellsWhyEveryPairWasOrWasNotFused) {
     std::set<std::string> outcomes;
     int starts = 0;
     int confirmations = 0;
-    while (std::getline(lines, line)) {
+    while (std::getline(lines, line) && line.find("\"digests\"") == std::string::npos) {
         const auto frame = nlohmann::json::parse(line);
         EXPECT_TRUE(frame["time"].is_number());
         for (const auto& candidate : frame.value("candidates", nlohmann::json::array())) {

@@ -35,6 +35,7 @@ struct Options {
     std::string camera;
     std::string format = "table";
     bool wholeScene = false;
+    bool force = false;
     EvaluationOptions evaluation;
 };
 
@@ -103,13 +104,21 @@ int judgeRun(const Options& options, RecordingReader& reader, const EvaluationOp
 /// The fusion has run before, with the installation and the configuration that its output states.
 int judgeFile(const Options& options, RecordingReader& reader, const EvaluationOptions& wishes) {
     FusedReader fused(options.fused);
-    const RecordingHeader header = headerOfRun(fused, reader);
+    const Provenance provenance = provenanceFor(options.force);
+    provenance.compareNames(fused, reader);
+    const RecordingHeader header = headerOfRun(fused, reader.header());
     requireTruth(reader);
     OutputFile output(options.output);
     Evaluation evaluation(header, fused.config(), wishes);
     FusedFeed feed(fused, [&](const FusedFrame& frame) { evaluation.add(frame); });
-    output.write(judge(reader, evaluation, {header, wishes, 0, {}}, options.format,
-                       [&](const RecordingLine& line) { feed.follow(line); }));
+    const std::string report = judge(reader, evaluation, {header, wishes, 0, {}}, options.format,
+                                     [&](const RecordingLine& line) { feed.follow(line); });
+    while (fused.next()) {
+        // The digests stand behind what came after the last line of the recording.
+        throwIfInterrupted();
+    }
+    provenance.compareRun(fused, reader);
+    output.write(report);
     output.commit();
     return success;
 }
@@ -118,6 +127,11 @@ int evaluate(const Options& options) {
     if (options.recording == "-" && options.fused == "-") {
         throw InputError("recording and fused tracks cannot both come from standard input");
     }
+    refuseOverwriting({{"recording", options.recording},
+                       {"fused tracks", options.fused},
+                       {"configuration", options.config},
+                       {"camera", options.camera}},
+                      {{"report", options.output}});
     RecordingReader reader(options.recording);
     EvaluationOptions wishes = options.evaluation;
     wishes.commonFieldOfView = !options.wholeScene;
@@ -127,11 +141,6 @@ int evaluate(const Options& options) {
                                  : judgeFile(options, reader, wishes);
 }
 
-    refuseOverwriting({{"recording", options.recording},
-                       {"fused tracks", options.fused},
-                       {"configuration", options.config},
-                       {"camera", options.camera}},
-                      {{"report", options.output}});
 }  // namespace
 
 void addEvaluateCommand(CLI::App& program, Action& action) {
@@ -167,10 +176,13 @@ void addEvaluateCommand(CLI::App& program, Action& action) {
         ->check(CLI::Range(1, 1000000));
     command->add_flag("--whole-scene", options->wholeScene,
                       "judge also where only one sensor can see");
+    addForceOption(*command, options->force)->needs(fused);
     command->footer(
         "The fusion runs on the recording, or its output is given; its confirmed tracks and those "
         "of each sensor are compared with the truth at the same moments, as far as they had "
         "arrived by then.\n"
+        "Fused tracks that state another recording than the given one are refused unless --force "
+        "is given.\n"
         "Exit status 1: the fusion could not associate some frames (too many tracks at once).\n"
         "\n"
         "Example:\n  veskar evaluate perimeter.jsonl --format json -o figures.json\n"

@@ -12,6 +12,7 @@
 #include <iterator>
 #include <vector>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
@@ -69,6 +70,17 @@ RecordingHeader withCamera(RecordingHeader header, const std::string& cameraPath
         throw InputError(fmt::format("{}: {}", cameraPath, error.what()));
     }
     return header;
+}
+
+CLI::Option* addForceOption(CLI::App& command, bool& force) {
+    return command.add_flag("--force", force,
+                            "take files together although they were not made from each other");
+}
+
+Provenance provenanceFor(bool force) {
+    return {force ? Mismatch::Forced : Mismatch::Refused, [](const std::string& text) {
+                fmt::print(stderr, "veskar: warning: {}\n", printable(text));
+            }};
 }
 
 }  // namespace Workbench

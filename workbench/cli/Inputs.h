@@ -5,8 +5,14 @@
 #include <veskar/Config.h>
 
 #include "recording/Recording.h"
+#include "replay/Provenance.h"
 
 #include <string>
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
 
 namespace Workbench {
 
@@ -22,5 +28,15 @@ Veskar::Config readConfiguration(const std::string& path);
 /// @return the header with that camera
 /// @throw InputError what is wrong with the camera
 RecordingHeader withCamera(RecordingHeader header, const std::string& cameraPath);
+
+/// Adds the option that takes files together which were not made from each other.
+/// @param command the subcommand
+/// @param force receives whether the option was given
+/// @return the option
+CLI::Option* addForceOption(CLI::App& command, bool& force);
+
+/// @param force the value of the option
+/// @return what compares files; its warnings go to standard error
+Provenance provenanceFor(bool force);
 
 }  // namespace Workbench

@@ -13,6 +13,7 @@
 #include "replay/FusedCsv.h"
 #include "replay/FusedJson.h"
 #include "replay/Replay.h"
+#include "replay/RunDigests.h"
 #include "replay/Summary.h"
 #include "replay/WriteBehind.h"
 
@@ -41,12 +42,12 @@ struct Options {
     bool summary = false;
 };
 
-// Holds frames back until as much wall time has passed as recorded time.
 /// Standard output belongs to the tracks when they go there.
 bool summaryGoesToStandardOutput(const Options& options) {
     return options.summary && options.output != "-";
 }
 
+// Holds frames back until as much wall time has passed as recorded time.
 class Pace {
 public:
     void waitFor(double time) {
@@ -74,9 +75,10 @@ public:
           explainer([this](const std::string& line) { file->write(line); }, Replay::uptime) {}
 
     Veskar::FusionObserver* observer() { return file ? &explainer : nullptr; }
-    void finish() {
+    void finish(const std::string& closing) {
         if (file) {
             explainer.finish();
+            file->write(closing);
             file->commit();
         }
     }
@@ -85,6 +87,23 @@ private:
     std::unique_ptr<OutputFile> file;
     Explainer explainer;
 };
+
+/// Sends the whole recording through the fusion.
+void feed(RecordingReader& reader, Replay& run, bool inRealTime) {
+    Progress progress("replaying");
+    Pace pace;
+    ReadAhead lines(reader, throwIfInterrupted);
+    while (const auto line = lines.next()) {
+        throwIfInterrupted();
+        if (const auto* frame = std::get_if<SensorFrame>(&*line)) {
+            if (inRealTime) {
+                pace.waitFor(frame->received);
+            }
+            run.feed(*frame);
+        }
+        progress.update(lines.fractionRead());
+    }
+}
 
 int finish(const Options& options, const Replay& replay, const Summary& summary) {
     if (options.summary) {
@@ -102,7 +121,20 @@ int finish(const Options& options, const Replay& replay, const Summary& summary)
     return success;
 }
 
+void checkFiles(const Options& options) {
+    if (options.explain == "-" && options.output == "-") {
+        throw InputError("tracks and explanations cannot both go to standard output");
+    }
+    refuseOverwriting({{"recording", options.recording},
+                       {"configuration", options.config},
+                       {"camera", options.camera}},
+                      {{"tracks", options.output},
+                       {"explanations", options.explain},
+                       {"summary", summaryGoesToStandardOutput(options) ? "-" : ""}});
+}
+
 int replay(const Options& options) {
+    checkFiles(options);
     const Veskar::Config config = readConfiguration(options.config);
     RecordingReader reader(options.recording, TruthLines::Skip);
     const RecordingHeader header = withCamera(reader.header(), options.camera);
@@ -118,20 +150,7 @@ int replay(const Options& options) {
             const FusedFrame frame = placed(std::move(reading), adapter);
             if (options.summary) {
                 summary.add(frame);
-void checkFiles(const Options& options) {
-    if (options.explain == "-" && options.output == "-") {
-        throw InputError("tracks and explanations cannot both go to standard output");
-    }
-    refuseOverwriting({{"recording", options.recording},
-                       {"configuration", options.config},
-                       {"camera", options.camera}},
-                      {{"tracks", options.output},
-                       {"explanations", options.explain},
-                       {"summary", summaryGoesToStandardOutput(options) ? "-" : ""}});
-}
-
             }
-    checkFiles(options);
             (isCsv ? appendCsvRows : appendFusedLine)(text, frame);
         },
         options.realtime ? WriteBehind::Flush::EveryFrame : WriteBehind::Flush::WhenFull,
@@ -141,21 +160,14 @@ void checkFiles(const Options& options) {
         options.tags);
     Explanations explanations(options.explain);
     run.setObserver(explanations.observer());
-    Progress progress("replaying");
-    Pace pace;
-    ReadAhead lines(reader, throwIfInterrupted);
-    while (const auto line = lines.next()) {
-        throwIfInterrupted();
-        if (const auto* frame = std::get_if<SensorFrame>(&*line)) {
-            if (options.realtime) {
-                pace.waitFor(frame->received);
-            }
-            run.feed(*frame);
-        }
-        progress.update(lines.fractionRead());
-    }
-    explanations.finish();
+    feed(reader, run, options.realtime);
+    const std::string closing =
+        closingLine(digestsOfRun(reader.digest(), header, config.toJson()));
+    explanations.finish(closing);
     writer.finish();
+    if (!isCsv) {
+        output.write(closing);
+    }
     output.commit();
     return finish(options, run, summary);
 }

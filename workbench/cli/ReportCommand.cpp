@@ -26,16 +26,17 @@ struct Options {
     std::string fused2;
     std::string explain;
     std::string explain2;
+    bool force = false;
 };
 
 int report(const Options& options) {
-    if (reportPage.empty()) {
     refuseOverwriting({{"recording", options.recording},
                        {"fused tracks", options.fused},
                        {"other fused tracks", options.fused2},
                        {"explanations", options.explain},
                        {"other explanations", options.explain2}},
                       {{"report", options.output}});
+    if (reportPage.empty()) {
         throw InputError(std::string(reportPageMissing));
     }
     if (options.fused2.empty() && !options.explain2.empty()) {
@@ -47,10 +48,11 @@ int report(const Options& options) {
     }
     OutputFile output(options.output);
     Progress progress("reporting");
-    const Json data = reportData(inputs, [&](const LineReader& input) {
-        throwIfInterrupted();
-        progress.update(input.fractionRead());
-    });
+    const Json data =
+        reportData(inputs, provenanceFor(options.force), [&](const LineReader& input) {
+            throwIfInterrupted();
+            progress.update(input.fractionRead());
+        });
     const std::size_t mark = reportPage.find(reportPageMark);
     output.write(reportPage.substr(0, mark));
     output.write(embeddable(data));
@@ -71,8 +73,11 @@ void addReportCommand(CLI::App& program, Action& action) {
     command->add_option("-o,--output", options->output, "HTML file to write, or -")->required();
     command->add_option("--explain", options->explain, "what replay --explain wrote of the run");
     command->add_option("--explain2", options->explain2, "the same of the other run");
+    addForceOption(*command, options->force);
     command->footer(
         "The file opens in any browser and needs nothing else.\n"
+        "Tracks of another recording and explanations of another run are refused unless --force is "
+        "given.\n"
         "\n"
         "Example:\n"
         "  veskar replay road.jsonl -o fused.jsonl --explain why.jsonl\n"

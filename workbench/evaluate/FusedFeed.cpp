@@ -1,23 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/FusedFeed.h"
 
-#include "io/InputError.h"
-
-#include <fmt/format.h>
-
 namespace Workbench {
 
-RecordingHeader headerOfRun(const FusedReader& fused, const RecordingReader& recording) {
-    const FusedHeader& made = fused.header();
-    RecordingHeader header = recording.header();
-    if (made.name != header.name) {
-        throw InputError(
-            fmt::format("{}:1: name: these tracks are of the recording \"{}\", not of \"{}\" ({})",
-                        fused.input().name(), made.name, header.name, recording.input().name()));
-    }
-    header.camera = made.camera;
-    header.radar = made.radar;
-    return header;
+RecordingHeader headerOfRun(const FusedReader& fused, RecordingHeader recording) {
+    recording.camera = fused.header().camera;
+    recording.radar = fused.header().radar;
+    return recording;
 }
 
 void FusedFeed::follow(const RecordingLine& line) {

@@ -2,7 +2,7 @@
 // Fused tracks from a file, in step with the recording that they were made from.
 #pragma once
 
-#include "recording/RecordingReader.h"
+#include "recording/Recording.h"
 #include "replay/FusedReader.h"
 
 #include <functional>
@@ -11,10 +11,9 @@
 namespace Workbench {
 
 /// @param fused what a fusion made of a recording
-/// @param recording the recording
+/// @param recording header of the recording
 /// @return the header of the recording with the installation that the fusion knew
-/// @throw InputError when the tracks were made from another recording
-RecordingHeader headerOfRun(const FusedReader& fused, const RecordingReader& recording);
+RecordingHeader headerOfRun(const FusedReader& fused, RecordingHeader recording);
 
 /// Hands fused frames out when a host would have had them, so that tracks from a file are judged as
 /// those of a running fusion are.

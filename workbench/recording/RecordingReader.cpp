@@ -213,6 +213,7 @@ RecordingReader::RecordingReader(const std::string& path, TruthLines givenTruthL
     } catch (const InputError& error) {
         throw InputError(fmt::format("{}: {}", lines.place(), error.what()));
     }
+    digestLine(text);
 }
 
 RecordingReader::~RecordingReader() = default;
@@ -222,10 +223,21 @@ std::optional<RecordingLine> RecordingReader::next() {
     while (lines.next(text)) {
         const bool isSkipped = truthLines == TruthLines::Skip && startsAsTruth(text);
         if (!isBlank(text) && !isSkipped) {
-            return parse(text);
+            RecordingLine line = parse(text);
+            if (std::holds_alternative<SensorFrame>(line)) {
+                digestLine(text);
+            }
+            return line;
         }
     }
     return std::nullopt;
+}
+
+void RecordingReader::digestLine(std::string_view text) {
+    // The line ends of other systems are no other content.
+    const bool hasReturn = !text.empty() && text.back() == '\r';
+    content.add(text.substr(0, text.size() - (hasReturn ? 1 : 0)));
+    content.add("\n");
 }
 
 RecordingLine RecordingReader::parse(std::string_view text) {

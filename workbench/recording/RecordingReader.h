@@ -2,6 +2,7 @@
 // Reads a recording line by line.
 #pragma once
 
+#include "io/Digest.h"
 #include "io/LineReader.h"
 #include "recording/Recording.h"
 
@@ -43,6 +44,9 @@ public:
     /// @return the next frame; nothing at the end
     /// @throw InputError what is wrong with the line
     std::optional<RecordingLine> next();
+    /// @return the digest of the header and of the sensor frames read so far: of their lines in the
+    ///         order of the file, each without its line end and followed by a line feed
+    std::string digest() const { return content.text(); }
     /// As LineReader::stop.
     void stop() { lines.stop(); }
     /// @return where the reading stands
@@ -50,6 +54,7 @@ public:
 
 private:
     RecordingLine parse(std::string_view text);
+    void digestLine(std::string_view text);
     void checkOrder(const SensorFrame& frame);
     void checkOrder(const TruthFrame& frame);
 
@@ -57,6 +62,7 @@ private:
     std::unique_ptr<LineParser> parser;
     TruthLines truthLines;
     RecordingHeader head;
+    Digest content;
     std::map<Veskar::Source, double> lastTime;
     std::optional<double> lastReceived;
     std::optional<double> lastTruth;

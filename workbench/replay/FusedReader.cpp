@@ -135,8 +135,13 @@ FusedHeader readHeader(const nlohmann::json& json) {
                                              version, fusedVersion));
     }
     fields.object("configuration");
-    return {fields.text("name", ""), readCamera(fields.object("camera")),
-            readRadar(fields.object("radar")), fields.at("configuration").json().dump()};
+    const nlohmann::json& configuration = fields.at("configuration").json();
+    return {fields.text("name", ""),
+            readCamera(fields.object("camera")),
+            readRadar(fields.object("radar")),
+            configuration.dump(),
+            digestOf(fields.at("camera").json()),
+            digestOf(configuration)};
 }
 
 bool isRefused(const Veskar::ConfigFault& fault) {
@@ -189,15 +194,17 @@ Veskar::Config FusedReader::config() const {
 }
 
 std::optional<FusedFrame> FusedReader::next() {
+    std::optional<FusedFrame> frame;
     std::string_view text;
-    if (!lines.next(text)) {
-        return std::nullopt;
+    while (!frame && lines.next(text)) {
+        parser->read(lines, text, [&](const LineFields& fields) {
+            if (!readClosingLine(fields, closing)) {
+                frame = readFrame(fields);
+                checkOrder(*frame);
+            }
+        });
     }
-    return parser->read(lines, text, [this](const LineFields& fields) {
-        FusedFrame frame = readFrame(fields);
-        checkOrder(frame);
-        return frame;
-    });
+    return frame;
 }
 
 /// The times of the estimates need not rise: a late frame may follow one that the host has added.

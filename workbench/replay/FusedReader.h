@@ -7,6 +7,7 @@
 #include "io/LineReader.h"
 #include "recording/Recording.h"
 #include "replay/FusedTrack.h"
+#include "replay/RunDigests.h"
 
 #include <memory>
 #include <optional>
@@ -19,10 +20,12 @@ class LineParser;
 
 /// The first line of fused tracks.
 struct FusedHeader {
-    std::string name;           ///< of the recording
-    CameraSetup camera;         ///< as used
-    RadarSetup radar;           ///< as used
-    std::string configuration;  ///< JSON text of a configuration of the fusion
+    std::string name;                 ///< of the recording
+    CameraSetup camera;               ///< as used
+    RadarSetup radar;                 ///< as used
+    std::string configuration;        ///< JSON text of a configuration of the fusion
+    std::string cameraDigest;         ///< as digestOf tells it
+    std::string configurationDigest;  ///< as digestOf tells it
 };
 
 /// The lines of fused tracks, checked. Memory does not depend on their number.
@@ -46,6 +49,9 @@ public:
     /// @return the next frame; nothing at the end
     /// @throw InputError what is wrong with the line
     std::optional<FusedFrame> next();
+    /// @return what the closing line states, once all frames have been read; nothing when there is
+    ///         none
+    const std::optional<RunDigests>& digests() const { return closing; }
     /// @return where the reading stands
     const LineReader& input() const { return lines; }
 
@@ -56,6 +62,7 @@ private:
     std::unique_ptr<LineParser> parser;
     FusedHeader head;
     std::optional<double> lastReceived;
+    std::optional<RunDigests> closing;
 };
 
 }  // namespace Workbench

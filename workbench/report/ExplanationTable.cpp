@@ -97,15 +97,20 @@ private:
 
 }  // namespace
 
-Json explanationTable(const std::string& path, Words& words, double start) {
+ExplanationFile readExplanations(const std::string& path, Words& words, double start) {
     LineReader lines(path);
     LineParser parser;
     Explanations explanations(words);
+    std::optional<RunDigests> digests;
     std::string_view text;
     while (lines.next(text)) {
-        parser.read(lines, text, [&](const LineFields& frame) { explanations.add(frame); });
+        parser.read(lines, text, [&](const LineFields& line) {
+            if (!readClosingLine(line, digests)) {
+                explanations.add(line);
+            }
+        });
     }
-    return explanations.json(start);
+    return {explanations.json(start), digests};
 }
 
 }  // namespace Workbench

@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <utility>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -69,9 +70,9 @@ public:
 /// A run, read along with the recording that it came from.
 class RunPart {
 public:
-    RunPart(const ReportRun& files, const RecordingReader& recording, Words& words)
-        : reader(files.fused),
-          header(headerOfRun(reader, recording)),
+    RunPart(const std::string& file, const RecordingReader& recording, Words& words)
+        : reader(file),
+          header(headerOfRun(reader, recording.header())),
           config(reader.config()),
           table(words),
           judgement(header, config),
@@ -122,12 +123,14 @@ Json aboutRecording(const RecordingHeader& header) {
 
 }  // namespace
 
-Json reportData(const ReportInputs& inputs, const ReportProgress& progress) {
+Json reportData(const ReportInputs& inputs, const Provenance& provenance,
+                const ReportProgress& progress) {
     RecordingReader recording(inputs.recording);
     Words words;
     std::vector<std::unique_ptr<RunPart>> runs;
     for (const ReportRun& files : inputs.runs) {
-        runs.push_back(std::make_unique<RunPart>(files, recording, words));
+        runs.push_back(std::make_unique<RunPart>(files.fused, recording, words));
+        provenance.compareNames(runs.back()->reader, recording);
     }
     const RunPart& first = *runs.front();
     RecordingPart part(first.header, first.config, words);
@@ -141,6 +144,7 @@ Json reportData(const ReportInputs& inputs, const ReportProgress& progress) {
     Span span = part.span;
     for (const auto& run : runs) {
         run->finish(progress);
+        provenance.compareRun(run->reader, recording);
         span.include(run->span);
     }
     if (!(span.from <= span.to)) {
@@ -165,9 +169,12 @@ Json reportData(const ReportInputs& inputs, const ReportProgress& progress) {
         run["label"] = fileNameOf(inputs.runs[i].fused);
         run["configuration"] = Json::parse(runs[i]->config.toJson());
         run["judgement"] = runs[i]->judgement.json(start);
-        run["explanation"] = inputs.runs[i].explain.empty()
-                                 ? Json(nullptr)
-                                 : explanationTable(inputs.runs[i].explain, words, start);
+        run["explanation"] = nullptr;
+        if (const std::string& path = inputs.runs[i].explain; !path.empty()) {
+            ExplanationFile explanations = readExplanations(path, words, start);
+            provenance.compareExplanations(path, explanations.digests, runs[i]->reader, recording);
+            run["explanation"] = std::move(explanations.table);
+        }
     }
     data["words"] = words.list();
     return data;

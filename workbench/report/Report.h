@@ -4,6 +4,7 @@
 
 #include "io/LineReader.h"
 #include "recording/Header.h"
+#include "replay/Provenance.h"
 
 #include <functional>
 #include <string>
@@ -29,10 +30,12 @@ using ReportProgress = std::function<void(const LineReader&)>;
 /// Reads everything and packs it.
 ///
 /// @param inputs the files
+/// @param provenance judges whether they belong together
 /// @param progress told how far it is
 /// @return what the page shows
-/// @throw InputError what is wrong with a file
-Json reportData(const ReportInputs& inputs, const ReportProgress& progress);
+/// @throw InputError what is wrong with a file, or which of them do not belong together
+Json reportData(const ReportInputs& inputs, const Provenance& provenance,
+                const ReportProgress& progress);
 
 /// @param data any JSON
 /// @return its text, which can stand inside any HTML element: ASCII without <, > and &

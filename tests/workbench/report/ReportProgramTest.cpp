@@ -35,6 +35,42 @@ protected:
         return nlohmann::json::parse(page.substr(begin, page.find("</script>", begin) - begin));
     }
 
+    /// @param words further words of the command
+    Outcome report(std::vector<std::string> words) {
+        words.insert(words.begin(), "report");
+        words.insert(words.end(), {"-o", directory / "report.html"});
+        return veskar(words);
+    }
+
+    /// @param words beside the recording, a report that must be refused
+    /// @return what is said
+    std::string refusalOf(const std::vector<std::string>& words) {
+        const Outcome outcome = report(words);
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_THAT(directory.names(), Not(testing::Contains("report.html")));
+        return outcome.errors;
+    }
+
+    /// Makes files of another run: fused tracks NAME and explanations NAME.why.
+    /// @param source a recording
+    /// @param words further words of the command
+    std::string replayed(const std::string& name, const std::string& source,
+                         std::vector<std::string> words = {}) {
+        std::string path = directory / name;
+        words.insert(words.begin(), {"replay", source, "-o", path, "--explain", path + ".why"});
+        EXPECT_EQ(veskar(words).status, 0);
+        return path;
+    }
+
+    /// @return the scene, played with another seed
+    std::string otherRecording() {
+        std::string path = directory / "other.jsonl";
+        EXPECT_EQ(
+            veskar({"simulate", dataFile("tiny.scenario.json"), "--seed", "2", "-o", path}).status,
+            0);
+        return path;
+    }
+
     VeskarTest::TemporaryDirectory directory;
     std::string recording;
     std::string fused;
@@ -62,13 +98,11 @@ TEST_F(ReportProgram, HelpShowsAnExample) {
 
 TEST_F(ReportProgram, MarkupInNamesStaysText) {
     std::string text = slurp(recording);
-    std::string other = slurp(fused);
     const std::string name = "\"name\":\"tiny\"";
     const std::string evil = R"("name":"</script><script>alert(1)</script>")";
     text.replace(text.find(name), name.size(), evil);
-    other.replace(other.find(name), name.size(), evil);
     spill(recording, text);
-    spill(fused, other);
+    ASSERT_EQ(veskar({"replay", recording, "-o", fused}).status, 0);
     const Outcome outcome = veskar({"report", recording, fused, "-o", "-"});
     ASSERT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.output, Not(HasSubstr("<script>alert")));
@@ -121,6 +155,76 @@ TEST_F(ReportProgram, AnEarlierReportSurvivesAFault) {
     EXPECT_THAT(outcome.errors, HasSubstr(": the line is cut off: column "));
     EXPECT_EQ(slurp(directory / "report.html"), "precious");
     EXPECT_THAT(directory.names(), ElementsAre("cut", "fused.jsonl", "report.html", "tiny.jsonl"));
+}
+
+TEST_F(ReportProgram, EveryRunIsOfTheRecording) {
+    const std::string other = replayed("seed2.jsonl", otherRecording());
+    const std::string refusal =
+        "veskar: " + other + ": these tracks were not made from " + recording + ", ";
+    EXPECT_THAT(refusalOf({recording, other}), StartsWith(refusal));
+    EXPECT_THAT(refusalOf({recording, fused, other}), StartsWith(refusal));
+    EXPECT_THAT(refusalOf({recording, other, fused}), HasSubstr(" --force\n"));
+    const Outcome forced = report({recording, fused, other, "--force"});
+    EXPECT_EQ(forced.status, 0);
+    EXPECT_THAT(forced.errors, StartsWith("veskar: warning: " + other + ": "));
+    EXPECT_EQ(dataIn(slurp(directory / "report.html"))["runs"].size(), 2U);
+}
+
+TEST_F(ReportProgram, ExplanationsAreOfTheirRun) {
+    const std::string first = replayed("first.jsonl", recording);
+    const std::string other = replayed("other.fused", otherRecording());
+    std::string configuration = slurp(std::string(VESKAR_SOURCE_DIR) + "/config/fusion.json");
+    const std::string gate = "\"positionGatingDistance\": ";
+    configuration.insert(configuration.find(gate) + gate.size(), "1");
+    spill(directory / "wide.json", configuration);
+    const std::string wide =
+        replayed("wide.jsonl", recording, {"--config", directory / "wide.json"});
+    const std::string header = slurp(recording).substr(0, slurp(recording).find('\n'));
+    nlohmann::json camera = nlohmann::json::parse(header)["camera"];
+    camera["position"][2] = 6.0;
+    spill(directory / "camera.json", camera.dump());
+    const std::string high =
+        replayed("high.jsonl", recording, {"--camera", directory / "camera.json"});
+
+    EXPECT_THAT(refusalOf({recording, first, "--explain", wide + ".why"}),
+                StartsWith("veskar: " + wide +
+                           ".why: these explanations are of a run with another "
+                           "configuration than " +
+                           first + "; "));
+    EXPECT_THAT(refusalOf({recording, first, "--explain", high + ".why"}),
+                StartsWith("veskar: " + high +
+                           ".why: these explanations are of a run with another "
+                           "camera than " +
+                           first + "; "));
+    EXPECT_THAT(refusalOf({recording, first, "--explain", other + ".why"}),
+                StartsWith("veskar: " + other +
+                           ".why: these explanations are of another recording "
+                           "than " +
+                           recording + "; "));
+    EXPECT_THAT(refusalOf({recording, first, wide, "--explain", first + ".why", "--explain2",
+                           first + ".why"}),
+                HasSubstr("another configuration than " + wide));
+    const Outcome fitting =
+        report({recording, first, wide, "--explain", first + ".why", "--explain2", wide + ".why"});
+    EXPECT_EQ(fitting.status, 0);
+    EXPECT_THAT(fitting.errors, IsEmpty());
+    const Outcome forced = report({recording, first, "--explain", wide + ".why", "--force"});
+    EXPECT_EQ(forced.status, 0);
+    EXPECT_THAT(forced.errors, StartsWith("veskar: warning: " + wide + ".why: "));
+}
+
+TEST_F(ReportProgram, FilesWithoutDigestsAreTakenWithAWarning) {
+    const std::string first = replayed("first.jsonl", recording);
+    for (const std::string& path : {first, first + ".why"}) {
+        const std::string text = slurp(path);
+        spill(path, text.substr(0, text.rfind("{\"digests\"")));
+    }
+    const Outcome outcome = report({recording, first, "--explain", first + ".why"});
+    EXPECT_EQ(outcome.status, 0);
+    const std::string warning = ": it does not state what it was made from ";
+    EXPECT_THAT(outcome.errors, StartsWith("veskar: warning: " + first + warning));
+    EXPECT_THAT(outcome.errors, HasSubstr("veskar: warning: " + first + ".why" + warning));
+    EXPECT_THAT(outcome.errors, HasSubstr("whether it belongs to " + recording + " is not known"));
 }
 
 TEST_F(ReportProgram, AFullDiskIsStatus2) {

@@ -38,7 +38,10 @@ protected:
     }
 
     static Json dataOf(const Workbench::ReportInputs& inputs) {
-        return Workbench::reportData(inputs, [](const Workbench::LineReader&) {});
+        const Workbench::Provenance provenance(
+            Workbench::Mismatch::Refused,
+            [](const std::string& warning) { ADD_FAILURE() << warning; });
+        return Workbench::reportData(inputs, provenance, [](const Workbench::LineReader&) {});
     }
 
     static std::string faultOf(const Workbench::ReportInputs& inputs) {
@@ -50,16 +53,16 @@ protected:
         return "";
     }
 
-    /// @return all lines of a file but the first, those of one source
+    /// @return the frames in a file, those of one source
     static std::vector<json> linesOf(const std::string& path, const std::string& source = "") {
         std::ifstream file(path);
         std::string line;
-        std::getline(file, line);
         std::vector<json> lines;
         while (std::getline(file, line)) {
-            lines.push_back(json::parse(line));
-            if (!source.empty() && lines.back()["source"] != source) {
-                lines.pop_back();
+            json frame = json::parse(line);
+            const bool isWanted = frame.contains("source");
+            if (isWanted && (source.empty() || frame["source"] == source)) {
+                lines.push_back(std::move(frame));
             }
         }
         return lines;
@@ -221,12 +224,8 @@ TEST_F(Report, HoldsEveryExplanation) {
     const Json& explanation = data["runs"][0]["explanation"];
     std::size_t pairs = 0;
     std::size_t events = 0;
-    std::ifstream file(explained);
-    std::string line;
-    std::size_t frames = 0;
-    while (std::getline(file, line)) {
-        const json frame = json::parse(line);
-        ++frames;
+    const std::vector<json> frames = linesOf(explained);
+    for (const json& frame : frames) {
         for (const char* name : {"continuations", "candidates", "mergeCandidates"}) {
             pairs += frame.value(name, json::array()).size();
         }
@@ -236,7 +235,7 @@ TEST_F(Report, HoldsEveryExplanation) {
     }
     EXPECT_EQ(explanation["pairs"]["rows"], pairs);
     EXPECT_EQ(explanation["events"]["rows"], events);
-    EXPECT_EQ(explanation["pairs"]["frames"], frames);
+    EXPECT_EQ(explanation["pairs"]["frames"], frames.size());
     // They are told on the same clock as the tracks.
     EXPECT_EQ(numbersOf(explanation["time"]), numbersOf(data["runs"][0]["time"]));
     EXPECT_TRUE(dataOf({recording, {{fused, ""}}})["runs"][0]["explanation"].is_null());
@@ -298,6 +297,7 @@ TEST_F(Report, DoesNotJudgeWithoutTruth) {
     const std::string complete = "\"truth\":\"complete\"";
     text.replace(text.find(complete), complete.size(), "\"truth\":\"none\"");
     spill(recording, text);
+    ASSERT_EQ(veskar({"replay", recording, "-o", fused}).status, 0);
     EXPECT_TRUE(dataOf({recording, {{fused, ""}}})["runs"][0]["judgement"].is_null());
 }
 
@@ -333,9 +333,8 @@ TEST_F(Report, SaysWhatIsWrongWithAnExplanation) {
 
 TEST_F(Report, RefusesARecordingWithoutAnyFrame) {
     const std::string header = slurp(recording);
-    const std::string fusedHeader = slurp(fused);
     spill(directory / "empty", header.substr(0, header.find('\n') + 1));
-    spill(directory / "none", fusedHeader.substr(0, fusedHeader.find('\n') + 1));
+    ASSERT_EQ(veskar({"replay", directory / "empty", "-o", directory / "none"}).status, 0);
     EXPECT_THAT(faultOf({directory / "empty", {{directory / "none", ""}}}),
                 HasSubstr("has no frame"));
 }

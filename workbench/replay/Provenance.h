@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+// Whether files that are read together were made from each other.
+#pragma once
+
+#include "recording/RecordingReader.h"
+#include "replay/FusedReader.h"
+#include "replay/RunDigests.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace Workbench {
+
+/// What happens to files that do not belong together.
+enum class Mismatch { Refused, Forced };
+
+/// Compares what files say about their making with what they are read beside. Files that state no
+/// digests are taken with a warning: they were cut off, or an earlier version wrote them.
+class Provenance {
+public:
+    /// Receives what a user should know, without line end.
+    using Warn = std::function<void(const std::string&)>;
+
+    /// @param givenMismatch what happens to files that do not belong together; forced ones are
+    ///        taken with a warning
+    /// @param givenWarn receives the warnings
+    Provenance(Mismatch givenMismatch, Warn givenWarn)
+        : mismatch(givenMismatch), warn(std::move(givenWarn)) {}
+
+    /// Compares the headers, before anything else is read.
+    /// @param run what a fusion made of a recording
+    /// @param recording the recording
+    /// @throw InputError when the run was made from another one
+    void compareNames(const FusedReader& run, const RecordingReader& recording) const;
+
+    /// Compares the contents, once both files have been read to their ends.
+    /// @param run as compareNames
+    /// @param recording as compareNames
+    /// @throw InputError when the run was made from another one
+    void compareRun(const FusedReader& run, const RecordingReader& recording) const;
+
+    /// As compareRun, with the explanations of the run.
+    /// @param explanations their file
+    /// @param stated the digests in it
+    /// @param run the run
+    /// @param recording the recording of the run
+    /// @throw InputError when they explain another run
+    void compareExplanations(const std::string& explanations,
+                             const std::optional<RunDigests>& stated, const FusedReader& run,
+                             const RecordingReader& recording) const;
+
+private:
+    void refuse(const std::string& what, const std::string& remedy) const;
+    void warnOfNoDigests(const std::string& file, const std::string& source) const;
+
+    Mismatch mismatch;
+    Warn warn;
+};
+
+}  // namespace Workbench

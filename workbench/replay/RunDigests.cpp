@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "replay/RunDigests.h"
+
+#include "io/Digest.h"
+#include "io/InputError.h"
+#include "recording/Header.h"
+
+#include <nlohmann/json.hpp>
+
+namespace Workbench {
+namespace {
+
+/// The member that tells the closing line from others.
+constexpr const char* digestsKey = "digests";
+
+}  // namespace
+
+std::string digestOf(const nlohmann::json& value) {
+    Digest digest;
+    digest.add(value.dump());
+    return digest.text();
+}
+
+RunDigests digestsOfRun(const std::string& recording, const RecordingHeader& header,
+                        const std::string& configuration) {
+    return {recording, digestOf(toJson(header.camera)),
+            digestOf(nlohmann::json::parse(configuration))};
+}
+
+std::string closingLine(const RunDigests& digests) {
+    const Json line{{digestsKey,
+                     {{"recording", digests.recording},
+                      {"camera", digests.camera},
+                      {"configuration", digests.configuration}}}};
+    return line.dump() + "\n";
+}
+
+bool readClosingLine(const LineFields& line, std::optional<RunDigests>& digests) {
+    if (digests) {
+        throw InputError("stands behind the closing line");
+    }
+    if (!line.has(digestsKey)) {
+        return false;
+    }
+    const LineFields stated = line.object(digestsKey);
+    digests = {stated.text("recording"), stated.text("camera"), stated.text("configuration")};
+    return true;
+}
+
+}  // namespace Workbench
