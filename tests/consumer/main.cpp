@@ -22,6 +22,7 @@
 #include <veskar/TrackAssociator.h>
 #include <veskar/TrackedOdMotionAnalyzer.h>
 #include <veskar/VODAnnotationClient.h>
+#include <veskar/Version.h>
 #include <veskar/Vocabulary.h>
 #include <veskar/veskar.h>
 
@@ -74,8 +75,12 @@ int main(int argc, char** argv) {
         module.cycle(Veskar::Radar, now, {report(Veskar::Radar, 3, now, u)});
     }
 
+    const std::string headers = std::to_string(VESKAR_VERSION_MAJOR) + "." +
+                                std::to_string(VESKAR_VERSION_MINOR) + "." +
+                                std::to_string(VESKAR_VERSION_PATCH);
     bool good =
-        check(camera.getRangeToTarget(0.0, -0.2, 1.0).range > 0.0, "no range to the ground");
+        check(headers == Veskar::veskarVersion(), "headers and library do not belong together");
+    good &= check(camera.getRangeToTarget(0.0, -0.2, 1.0).range > 0.0, "no range to the ground");
     good &= check(module.systemTracks.size() == 1, "not exactly one system track");
     if (good) {
         const Veskar::SystemTrack& person = *module.systemTracks.front();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/CommandLine.h"
 
+#include <veskar/Version.h>
+
 #include "cli/Commands.h"
 #include "cli/Interruption.h"
 #include "io/Printable.h"
@@ -48,7 +50,7 @@ int runCommandLine(int count, const char* const* arguments) {
     openlog("veskar", LOG_PERROR, LOG_USER);
 
     CLI::App program("Tries, tunes and judges the fusion of radar and video tracks.", "veskar");
-    program.set_version_flag("--version", std::string("veskar ") + VESKAR_VERSION);
+    program.set_version_flag("--version", std::string("veskar ") + Veskar::veskarVersion());
     program.require_subcommand(1);
     addFooter(program);
     Action action;

@@ -2,6 +2,7 @@
 #include "report/Report.h"
 
 #include <veskar/Config.h>
+#include <veskar/Version.h>
 
 #include "adapter/HostAdapter.h"
 #include "evaluate/FusedFeed.h"
@@ -154,7 +155,7 @@ Json reportData(const ReportInputs& inputs, const Provenance& provenance,
     const double start = span.from;
     const Projection& camera = part.adapter.projection();
     Json data{{"version", reportVersion},
-              {"program", VESKAR_VERSION},
+              {"program", Veskar::veskarVersion()},
               {"recording", aboutRecording(first.header)},
               {"start", start},
               {"duration", span.to - start},
