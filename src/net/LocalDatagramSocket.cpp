@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "net/LocalDatagramSocket.h"
 
+#include "net/WaitBudget.h"
+
 #include <cerrno>
+#include <chrono>
 #include <system_error>
 
 #include <fcntl.h>
@@ -15,7 +18,7 @@ namespace Veskar {
 namespace {
 
 /// A receiver that hangs with a full queue must not stop the fusion thread.
-constexpr timeval longestWait{0, 20000};
+constexpr std::chrono::milliseconds longestWait(20);
 
 std::string textOf(int errorNumber) {
     return std::generic_category().message(errorNumber);
@@ -30,7 +33,8 @@ LocalDatagramSocket::LocalDatagramSocket(const std::string& path)
         return;
     }
     fcntl(descriptor, F_SETFD, FD_CLOEXEC);
-    setsockopt(descriptor, SOL_SOCKET, SO_SNDTIMEO, &longestWait, sizeof(longestWait));
+    const timeval timeout{0, std::chrono::microseconds(longestWait).count()};
+    setsockopt(descriptor, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof(timeout));
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     path.copy(address.sun_path, sizeof(address.sun_path) - 1);
@@ -44,9 +48,14 @@ LocalDatagramSocket::~LocalDatagramSocket() {
 }
 
 void LocalDatagramSocket::send(const std::string& text) const {
-    if (::send(descriptor, text.data(), text.size(), MSG_NOSIGNAL) < 0) {
+    WaitBudget& budget = WaitBudget::ofThisThread();
+    const auto begin = WaitBudget::Clock::now();
+    const bool mayWait = budget.left(begin) >= longestWait;
+    if (::send(descriptor, text.data(), text.size(), MSG_NOSIGNAL | (mayWait ? 0 : MSG_DONTWAIT)) <
+        0) {
         syslog(LOG_ERR, "Failed to send message: %s\n", textOf(errno).c_str());
     }
+    budget.spend(begin, WaitBudget::Clock::now());
 }
 
 void LocalDatagramSocket::close() {

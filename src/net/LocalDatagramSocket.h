@@ -19,7 +19,8 @@ public:
 
     /// @return whether there is a receiver
     bool isConnected() const { return descriptor >= 0; }
-    /// Waits a short while for a receiver that does not keep up, then gives up.
+    /// Waits a short while for a receiver that does not keep up, then gives up; not at all when the
+    /// thread's WaitBudget is used up.
     /// @param text the datagram
     void send(const std::string& text) const;
 

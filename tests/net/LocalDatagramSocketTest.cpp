@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "net/LocalDatagramSocket.h"
+#include "net/WaitBudget.h"
 #include "support/DatagramReceiver.h"
 #include "support/DescriptorLimit.h"
 #include "support/SyslogCapture.h"
@@ -173,4 +174,27 @@ TEST_F(LocalDatagram, GivesUpOnAReceiverThatHangs) {
     EXPECT_THAT(
         log.errors(),
         ElementsAre("Failed to send message: " + std::string(std::strerror(EAGAIN)) + "\n"));
+}
+
+// Each waits a little; all of them together must not add up.
+TEST_F(LocalDatagram, WaitsForHangingReceiversNoLongerThanTheThreadMay) {
+    Veskar::WaitBudget::ofThisThread() = {};
+    const DatagramReceiver receiver(directory + "/socket");
+    for (int i = 0; i < 100000 && log.lines().empty(); ++i) {
+        LocalDatagramSocket(directory + "/socket").send("fills the queue");
+    }
+    int waits = 1;
+    for (; waits <= 16; ++waits) {
+        LocalDatagramSocket(directory + "/socket").send("waits");
+        if ((request.sendFlags & MSG_DONTWAIT) != 0) {
+            break;
+        }
+    }
+    EXPECT_LE(waits, 15) << "20 ms each, 300 ms together";
+    EXPECT_EQ(request.sendFlags, MSG_NOSIGNAL | MSG_DONTWAIT);
+    EXPECT_EQ(log.errors().back(),
+              "Failed to send message: " + std::string(std::strerror(EAGAIN)) + "\n");
+    Veskar::WaitBudget::ofThisThread() = {};
+    LocalDatagramSocket(directory + "/socket").send("waits again");
+    EXPECT_EQ(request.sendFlags, MSG_NOSIGNAL);
 }
