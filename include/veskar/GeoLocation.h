@@ -6,7 +6,6 @@
 
 #include <memory>
 #include <mutex>
-#include <string>
 
 struct sd_bus_message;
 
@@ -17,7 +16,7 @@ struct Position {
     double longitude = 0.0;  ///< degrees, east positive
     double latitude = 0.0;   ///< degrees, north positive
     double altitude = 0.0;   ///< as the client holds it; no service property sets it
-    bool valid = false;      ///< whether the device knows where it is
+    bool valid = false;      ///< whether the device knows where it is, and the position is finite
 };
 
 /// The geographic position of a point that the radar sees.
@@ -29,7 +28,7 @@ struct Position {
 /// @param range ground distance in metres
 /// @param azimuth degrees, counter-clockwise from the device's right-hand side: 90 lies straight
 ///                ahead, in the direction of the heading
-/// @return the position, `valid` false when the device has no fix
+/// @return the position; `valid` false when the device has no fix, or states one that is not finite
 VESKAR_EXPORT Position getPosition(double range, double azimuth);
 
 }  // namespace Dbus::GeoLocation
@@ -42,8 +41,8 @@ class PropertyClient;
 /// turns radar measurements into geographic positions.
 ///
 /// Changes arrive on the thread that iterates the GLib main context that was the thread default at
-/// construction; getPosition may be called from any thread. Failures are logged at error priority
-/// and never reach the caller.
+/// construction; getPosition may be called from any thread and never waits for the bus. Failures
+/// are logged at error priority and never reach the caller.
 class VESKAR_EXPORT GeoLocation {
 public:
     /// Connects to the system bus and reads the settings. Without the service, or when a step
@@ -57,7 +56,9 @@ public:
     static GeoLocation& instance();
 
     /// Asks the service for all settings; on the thread of the main context once the client exists.
-    /// @return false when the bus or the reply failed; a service that is not there is no failure
+    /// A service that has not answered is not asked again for 10 s.
+    /// @return false when the bus or the reply failed, or the service was not asked; a service that
+    ///         is not there is no failure
     bool initSettings();
     /// Reads a dictionary of settings; entries it does not know are skipped.
     /// @param message positioned at an a{sv}
@@ -72,14 +73,12 @@ public:
     void validatePosition(::Dbus::GeoLocation::Position& position);
     /// @param range ground distance in metres
     /// @param azimuth degrees, counter-clockwise from the device's right-hand side: 90 lies
-    /// straight
-    ///                ahead, in the direction of the heading
-    /// @return the geographic position
+    ///                straight ahead, in the direction of the heading
+    /// @return the geographic position; `valid` false without a fix, and when it is not finite
     ::Dbus::GeoLocation::Position getPosition(double range, double azimuth);
 
 private:
     int requestSettings();
-    int parseEntry(sd_bus_message* message, const std::string& key);
     void scaleTo(double newLatitude);
 
     bool serviceAvailable = true;

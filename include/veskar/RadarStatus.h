@@ -24,7 +24,8 @@ class PropertyClient;
 /// process.
 class VESKAR_EXPORT RadarStatus {
 public:
-    /// Failures by name: a value and whether the failure is present.
+    /// Failures by name: a value and whether the failure is present. At most 1000 are kept; names
+    /// that come when there are as many are left out.
     using Failures = std::map<std::string, std::pair<int, bool>>;
 
     /// Connects to the system bus and reads the status. When a step fails the instance lives on
@@ -38,8 +39,8 @@ public:
     static RadarStatus& instance();
 
     /// Asks the service for all properties; on the thread of the main context once the client
-    /// exists.
-    /// @return false when the bus or the reply failed
+    /// exists. A service that has not answered is not asked again for 10 s.
+    /// @return false when the bus or the reply failed, or the service was not asked
     bool initStatus();
     /// Reads a dictionary of properties; entries it does not know are skipped.
     /// @param message positioned at an a{sv}
@@ -58,7 +59,7 @@ public:
 
     /// @return whether the radar is enabled
     bool getIsEnabled() const;
-    /// @return a copy of all failures reported so far
+    /// @return a copy of the failures reported so far
     Failures getFailure() const;
     /// @return a copy of the detection profile's name
     std::string getRadarProfile() const;
@@ -85,7 +86,7 @@ namespace Dbus::RadarStatus {
 VESKAR_EXPORT void init();
 /// @return whether the radar is enabled
 VESKAR_EXPORT bool getIsEnabled();
-/// @return a copy of all failures reported so far: name to value and presence
+/// @return a copy of the failures reported so far, at most 1000: name to value and presence
 VESKAR_EXPORT std::map<std::string, std::pair<int, bool>> getFailure();
 /// @return a copy of the detection profile's name
 VESKAR_EXPORT std::string getRadarProfile();

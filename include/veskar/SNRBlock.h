@@ -6,6 +6,8 @@
 #include <veskar/Export.h>
 #include <veskar/SystemTrack.h>
 
+#include <chrono>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -13,23 +15,35 @@
 
 struct sd_bus;
 
+namespace Veskar::SdBus {
+class ServiceCaller;
+}
+
 namespace Veskar::Dbus {
 
 /// The signal-to-noise ratio of the image in blocks of 160 x 160 pixels, read over the system bus.
 /// Every block is 100.0 until it is first read. Not thread-safe.
 class VESKAR_EXPORT SNRBlock {
 public:
+    /// A clock for the rest after a call that was not answered.
+    using SteadyClock = std::function<std::chrono::steady_clock::time_point()>;
+
     /// A grid without camera, blocks or connection.
     SNRBlock() = default;
     /// @param bus a connection that outlives this object; may be null
     explicit SNRBlock(sd_bus* bus);
+    /// As the other, on another clock, for tests.
+    /// @param bus a connection that outlives this object; may be null
+    /// @param steadyClock asked with every call
+    SNRBlock(sd_bus* bus, SteadyClock steadyClock);
 
     /// Lays the grid over the camera's image; a second call starts afresh.
     /// @param camera gives the resolution; kept
     void setupCamera(const std::shared_ptr<Camera>& camera);
 
     /// Reads all blocks. On failure, which is logged at error priority, and without a connection
-    /// the values stay as they are.
+    /// the values stay as they are. Waits at most 250 ms; a service that has not answered is not
+    /// asked for 10 s then.
     void updateSNRBlock();
 
     /// @param box [left, width, lower edge, height] in pixels, height negative as
@@ -50,6 +64,7 @@ private:
     std::shared_ptr<Camera> camera;
     std::vector<double> snr;
     sd_bus* bus = nullptr;
+    std::shared_ptr<SdBus::ServiceCaller> service;  // copies share the connection too
 };
 
 }  // namespace Veskar::Dbus

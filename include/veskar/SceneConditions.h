@@ -8,12 +8,15 @@
 #include <veskar/SystemTrack.h>
 
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 struct sd_bus;
+
+namespace Veskar::SdBus {
+class ServiceCaller;
+}
 
 namespace Veskar::Dbus {
 
@@ -25,24 +28,29 @@ struct Point {
 
 /// Judges video conditions from the camera's day or night mode and the SNR under a track's box.
 ///
-/// Calls the system bus from the caller's thread, waits at most 250 ms for an answer and keeps the
-/// mode for 10 s. A failing bus means day; failures are logged at error priority. Not thread-safe.
+/// Calls the system bus from the caller's thread and keeps the mode for 10 s. A failing bus means
+/// day; failures are logged at error priority. Not thread-safe.
+///
+/// A call waits at most 250 ms for an answer. A service that has not answered is not asked for 10 s
+/// then; in between the answer is that of a failure, and nothing is logged. All calls and datagrams
+/// of a thread together wait at most 300 ms within a second: a call that would have to wait for
+/// longer fails sooner, or at once.
 class VESKAR_EXPORT SceneConditions {
 public:
     /// A clock for the age of the cached mode.
-    using SteadyClock = std::function<std::chrono::steady_clock::time_point()>;
+    using SteadyClock = SNRBlock::SteadyClock;
 
     /// Opens the system bus and asks for the mode.
     SceneConditions();
     /// As the other, on another clock, for tests.
-    /// @param steadyClock asked whenever the age of the mode counts
+    /// @param steadyClock asked whenever the age of the mode or of a failure counts
     explicit SceneConditions(SteadyClock steadyClock);
     ~SceneConditions();
     SceneConditions(const SceneConditions&) = delete;
     SceneConditions& operator=(const SceneConditions&) = delete;
 
     /// Asks the camera for its mode unless the last answer is younger than 10 s.
-    /// @return false without a bus or when the call failed
+    /// @return false without a bus, when the call failed or the camera was not asked
     bool updateDayNight();
     /// @return whether it is day; true when the mode is not to be had
     bool isDay();
@@ -74,6 +82,7 @@ private:
     std::string dayNightMode = "day";
     int updateInterval = 10;  // s
     std::chrono::steady_clock::time_point lastUpdate;
+    std::unique_ptr<SdBus::ServiceCaller> optics;
     SNRBlock snrBlock;  // on the bus above
     std::vector<Point> dayCurve;
     std::vector<Point> nightCurve;

@@ -4,7 +4,10 @@
 #include "dbus/PropertyClient.h"
 #include "dbus/SdBus.h"
 
+#include <cerrno>
 #include <cmath>
+#include <optional>
+#include <string>
 
 #include <syslog.h>
 
@@ -49,6 +52,54 @@ int readVariantOf(sd_bus_message* message, char type, void* value) {
     return r < 0 ? r : sd_bus_message_exit_container(message);
 }
 
+/// What a dictionary of settings names.
+struct Settings {
+    std::optional<double> latitude;
+    std::optional<double> longitude;
+    std::optional<double> heading;
+    std::optional<bool> validPosition;
+};
+
+/// Reads the variant behind a key.
+/// @return negative errno on failure
+int readEntry(sd_bus_message* message, const std::string& key, Settings& named) {
+    double number = 0.0;
+    int truth = 0;
+    int r = readVariantOf(message, SD_BUS_TYPE_DOUBLE, &number);
+    if (r > 0) {
+        if (key == "latitude") {
+            named.latitude = number;
+        } else if (key == "longitude") {
+            named.longitude = number;
+        } else if (key == "heading") {
+            named.heading = number;
+        }
+        return r;
+    }
+    if (r == 0) {
+        r = readVariantOf(message, SD_BUS_TYPE_BOOLEAN, &truth);
+        if (r > 0 && key == "valid_pos") {
+            named.validPosition = truth != 0;
+        }
+    }
+    if (r < 0) {
+        syslog(LOG_ERR, "GeoLocation: Failed to read value. Error code: %d\n", r);
+    }
+    if (r != 0) {
+        return r;
+    }
+    r = sd_bus_message_skip(message, "v");
+    if (r < 0) {
+        syslog(LOG_ERR, "GeoLocation: Failed to skip variant. Error code: %d\n", r);
+    }
+    return r;
+}
+
+bool isFinite(const Dbus::GeoLocation::Position& position) {
+    return std::isfinite(position.longitude) && std::isfinite(position.latitude) &&
+           std::isfinite(position.altitude);
+}
+
 }  // namespace
 
 namespace Impl {
@@ -83,8 +134,11 @@ bool GeoLocation::initSettings() {
 int GeoLocation::requestSettings() {
     Veskar::SdBus::Error error;
     Veskar::SdBus::Message reply;
-    const int r = client->getAll(error, reply);
-    if (r >= 0) {
+    const std::optional<int> asked = client->getAll(error, reply);
+    if (!asked) {
+        return -ETIMEDOUT;
+    }
+    if (*asked >= 0) {
         return parse(reply.get());
     }
     if (error.hasName(SD_BUS_ERROR_SERVICE_UNKNOWN)) {
@@ -92,13 +146,12 @@ int GeoLocation::requestSettings() {
         return 0;
     }
     syslog(LOG_ERR, "GeoLocation: get configuration error: %s\n", error.message());
-    return r;
+    return *asked;
 }
 
 int GeoLocation::parse(sd_bus_message* message) {
-    // Over the whole dictionary, so that no reader sees half of a change.
-    const std::lock_guard<std::mutex> lock(mutex);
-    return Veskar::SdBus::readDictionary(
+    Settings named;
+    const int result = Veskar::SdBus::readDictionary(
         message,
         [](int code) {
             syslog(LOG_ERR, "GeoLocation: Failed to enter array. Error code: %d\n", code);
@@ -106,41 +159,18 @@ int GeoLocation::parse(sd_bus_message* message) {
         [](int code) {
             syslog(LOG_ERR, "GeoLocation: Failed to read key. Error code: %d\n", code);
         },
-        [&](const char* key) { return parseEntry(message, key); });
-}
-
-int GeoLocation::parseEntry(sd_bus_message* message, const std::string& key) {
-    double number = 0.0;
-    int truth = 0;
-    int r = readVariantOf(message, SD_BUS_TYPE_DOUBLE, &number);
-    if (r > 0) {
-        if (key == "latitude") {
-            latitude = number;
-            scaleTo(number);
-        } else if (key == "longitude") {
-            longitude = number;
-        } else if (key == "heading") {
-            heading = number;
-        }
-        return r;
+        [&](const char* key) { return readEntry(message, key, named); });
+    // All at once, so that no reader sees half of a change, and only now, so that none waits while
+    // a long message is read.
+    const std::lock_guard<std::mutex> lock(mutex);
+    latitude = named.latitude.value_or(latitude);
+    if (named.latitude) {
+        scaleTo(latitude);
     }
-    if (r == 0) {
-        r = readVariantOf(message, SD_BUS_TYPE_BOOLEAN, &truth);
-        if (r > 0 && key == "valid_pos") {
-            validPosition = truth != 0;
-        }
-    }
-    if (r < 0) {
-        syslog(LOG_ERR, "GeoLocation: Failed to read value. Error code: %d\n", r);
-    }
-    if (r != 0) {
-        return r;
-    }
-    r = sd_bus_message_skip(message, "v");
-    if (r < 0) {
-        syslog(LOG_ERR, "GeoLocation: Failed to skip variant. Error code: %d\n", r);
-    }
-    return r;
+    longitude = named.longitude.value_or(longitude);
+    heading = named.heading.value_or(heading);
+    validPosition = named.validPosition.value_or(validPosition);
+    return result;
 }
 
 void GeoLocation::calculateDegreePerMeter(double newLatitude) {
@@ -180,7 +210,8 @@ void GeoLocation::validatePosition(::Dbus::GeoLocation::Position& position) {
         position.longitude = longitude + std::cos(theta) * range * degreesPerMeterLongitude;
         position.latitude = latitude + std::sin(theta) * range * degreesPerMeterLatitude;
         position.altitude = altitude;
-        position.valid = validPosition;
+        // Before it is brought into range, which makes an infinite longitude 0.
+        position.valid = validPosition && isFinite(position);
     }
     validatePosition(position);
     return position;

@@ -56,6 +56,7 @@ void PropertyClient::setUp(const std::function<void()>& steps) {
         bus.reset();
         event.reset();
     }
+    isSetUp = true;
 }
 
 void PropertyClient::requireSettings(int code) {
@@ -72,13 +73,17 @@ void PropertyClient::follow(Changed onChanged) {
     eventSource = std::make_unique<SDEventGSource>(bus.get(), event.get());
 }
 
-int PropertyClient::getAll(Veskar::SdBus::Error& error, Veskar::SdBus::Message& reply) const {
+std::optional<int> PropertyClient::getAll(Veskar::SdBus::Error& error,
+                                          Veskar::SdBus::Message& reply) {
     // Without a connection the call fails by itself, as an invalid argument.
-    sd_bus_message* received = nullptr;
-    const int r = sd_bus_call_method(bus.get(), service.name, service.path, propertiesInterface,
-                                     "GetAll", error.out(), &received, "s", service.name);
-    reply.reset(received);
-    return r;
+    const auto call = [&] {
+        sd_bus_message* received = nullptr;
+        const int r = sd_bus_call_method(bus.get(), service.name, service.path, propertiesInterface,
+                                         "GetAll", error.out(), &received, "s", service.name);
+        reply.reset(received);
+        return r;
+    };
+    return isSetUp ? caller.ask(bus.get(), call) : caller.askPatiently(bus.get(), call);
 }
 
 int PropertyClient::readInterface(sd_bus_message* message) const {

@@ -5,9 +5,11 @@
 #include <veskar/SDEventGSource.h>
 
 #include "dbus/SdBus.h"
+#include "dbus/ServiceCaller.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace Impl {
 
@@ -45,8 +47,8 @@ public:
     /// Asks for all properties.
     /// @param error receives what went wrong
     /// @param reply receives the a{sv}
-    /// @return negative errno on failure
-    int getAll(Veskar::SdBus::Error& error, Veskar::SdBus::Message& reply) const;
+    /// @return negative errno on failure; nothing when the service is not asked, see ServiceCaller
+    std::optional<int> getAll(Veskar::SdBus::Error& error, Veskar::SdBus::Message& reply);
     /// Reads the interface that a PropertiesChanged signal speaks of.
     /// @return positive when it is the service's, 0 when another, negative errno on failure
     int readInterface(sd_bus_message* message) const;
@@ -55,6 +57,8 @@ private:
     static int onSignal(sd_bus_message* message, void* client, sd_bus_error* error) noexcept;
 
     Service service;
+    Veskar::SdBus::ServiceCaller caller;
+    bool isSetUp = false;
     Changed changed;
     // In this order and last: the bridge ends first, so that no signal finds anything gone, and
     // lets go of the loop before bus and loop end.

@@ -3,11 +3,13 @@
 #include <veskar/SNRBlock.h>
 
 #include "dbus/SdBus.h"
+#include "dbus/ServiceCaller.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include <syslog.h>
@@ -41,7 +43,11 @@ std::int64_t truncate(double value) {
 
 }  // namespace
 
-SNRBlock::SNRBlock(sd_bus* newBus) : bus(newBus) {}
+SNRBlock::SNRBlock(sd_bus* newBus)
+    : SNRBlock(newBus, [] { return std::chrono::steady_clock::now(); }) {}
+
+SNRBlock::SNRBlock(sd_bus* newBus, SteadyClock steadyClock)
+    : bus(newBus), service(std::make_shared<SdBus::ServiceCaller>(std::move(steadyClock))) {}
 
 void SNRBlock::setupCamera(const std::shared_ptr<Camera>& newCamera) {
     camera = newCamera;
@@ -67,9 +73,16 @@ void SNRBlock::updateSNRBlock() {
     SdBus::discardPending(bus);
     SdBus::Error error;
     sd_bus_message* received = nullptr;
-    int r = sd_bus_get_property(bus, "com.nolt.Lumd.ch0", "/com/nolt/Lumd/SNRBlock",
-                                "com.nolt.Lumd.SNRBlock", "SNRBlock", error.out(), &received, "ad");
+    const std::optional<int> asked = service->ask(bus, [&] {
+        return sd_bus_get_property(bus, "com.nolt.Lumd.ch0", "/com/nolt/Lumd/SNRBlock",
+                                   "com.nolt.Lumd.SNRBlock", "SNRBlock", error.out(), &received,
+                                   "ad");
+    });
+    if (!asked) {
+        return;
+    }
     const SdBus::Message reply(received);
+    int r = *asked;
     if (r < 0) {
         syslog(LOG_ERR, "SNRBlock: getSNRBlock error: %s\n", error.message());
         return;

@@ -2,7 +2,9 @@
 #include <veskar/SceneConditions.h>
 
 #include "dbus/SdBus.h"
+#include "dbus/ServiceCaller.h"
 
+#include <optional>
 #include <utility>
 
 #include <syslog.h>
@@ -30,7 +32,10 @@ SceneConditions::SceneConditions()
     : SceneConditions([] { return std::chrono::steady_clock::now(); }) {}
 
 SceneConditions::SceneConditions(SteadyClock clock)
-    : bus(openBus()), snrBlock(bus.get()), steadyClock(std::move(clock)) {
+    : bus(openBus()),
+      optics(std::make_unique<SdBus::ServiceCaller>(clock)),
+      snrBlock(bus.get(), clock),
+      steadyClock(std::move(clock)) {
     // Old enough for the first question to be asked at once.
     lastUpdate = steadyClock() - std::chrono::seconds(updateInterval);
     if (bus != nullptr) {
@@ -53,9 +58,15 @@ bool SceneConditions::updateDayNight() {
     SdBus::discardPending(bus.get());
     SdBus::Error error;
     sd_bus_message* received = nullptr;
-    int r = sd_bus_call_method(bus.get(), "com.nolt.Optics2", "/com/nolt/Optics0",
-                               "com.nolt.DayNight1", "GetDayNight", error.out(), &received, "");
+    const std::optional<int> asked = optics->ask(bus.get(), [&] {
+        return sd_bus_call_method(bus.get(), "com.nolt.Optics2", "/com/nolt/Optics0",
+                                  "com.nolt.DayNight1", "GetDayNight", error.out(), &received, "");
+    });
+    if (!asked) {
+        return false;
+    }
     const SdBus::Message reply(received);
+    int r = *asked;
     if (r < 0) {
         syslog(LOG_ERR, "SceneConditions: getDayNight error: %s\n", error.message());
         return false;

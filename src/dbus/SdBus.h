@@ -2,7 +2,7 @@
 // Owning types for what libsystemd hands out, and how this library opens the system bus.
 #pragma once
 
-#include <cstdint>
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -13,7 +13,7 @@ namespace Veskar::SdBus {
 
 /// Longest wait for the answer of a synchronous call, so that a hung service cannot stall its
 /// caller for longer.
-constexpr std::uint64_t callTimeoutMicroseconds = 250000;
+constexpr std::chrono::milliseconds callTimeout(250);
 
 struct CloseBus {
     void operator()(sd_bus* bus) const noexcept { sd_bus_flush_close_unref(bus); }
@@ -47,10 +47,14 @@ private:
     sd_bus_error error = SD_BUS_ERROR_NULL;
 };
 
-/// Opens the system bus and limits the wait of its calls.
+/// Opens the system bus and limits the wait of its calls. Waits for the bus itself as for a call.
 /// @param bus receives the connection
 /// @return negative errno on failure
 int openSystem(Bus& bus);
+
+/// Sets how long each later call on a connection waits for its answer.
+/// @return negative errno on failure
+int limitCalls(sd_bus* bus, std::chrono::steady_clock::duration limit);
 
 /// Drops what has arrived on a connection that no event loop dispatches, such as the late answer
 /// to a call that nobody waits for any more.

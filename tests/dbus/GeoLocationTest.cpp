@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <limits>
 #include <memory>
 #include <string>
 #include <thread>
@@ -130,6 +131,29 @@ TEST_F(GeoLocationClient, TakesADictionaryEntryByEntry) {
     EXPECT_THAT(here(*client), IsAt(1.0, 2.0, true)) << "wrongly typed entries are passed over";
     EXPECT_GE(parse({truth("valid_pos", false)}), 0);
     EXPECT_THAT(here(*client), IsAt(1.0, 2.0, false));
+    EXPECT_THAT(log.errors(), IsEmpty());
+}
+
+TEST_F(GeoLocationClient, TakesAPositionThatIsNotFiniteForNotValid) {
+    const auto service = makeService(settings(55.0, 13.0, 0.0, true));
+    const auto client = makeClient();
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double inf = std::numeric_limits<double>::infinity();
+    const auto becomes = [&](bool valid, const std::vector<Body>& content) {
+        emitChange(*service, content);
+        return loop.iterateUntil([&] { return here(*client).valid == valid; });
+    };
+    ASSERT_TRUE(here(*client).valid);
+    for (const double wrong : {nan, inf, -inf}) {
+        EXPECT_TRUE(becomes(false, {number("latitude", wrong), truth("valid_pos", true)}));
+        EXPECT_TRUE(becomes(true, {number("latitude", 89.999)}));
+        EXPECT_TRUE(becomes(false, {number("longitude", wrong)}));
+        EXPECT_TRUE(becomes(true, {number("longitude", 1e300)})) << "finite, however wrong";
+    }
+    EXPECT_FALSE(client->getPosition(nan, 90.0).valid);
+    EXPECT_FALSE(client->getPosition(100.0, inf).valid);
+    EXPECT_TRUE(client->getPosition(100.0, 90.0).valid);
+    EXPECT_TRUE(becomes(false, {number("heading", nan)})) << "nobody knows where ahead is";
     EXPECT_THAT(log.errors(), IsEmpty());
 }
 

@@ -5,11 +5,13 @@
 #include "support/DescriptorLimit.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cmath>
 #include <functional>
 #include <memory>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -67,8 +69,10 @@ std::string setUpLine(const std::string& text, int code) {
 
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 constexpr int none = -1;
 
@@ -149,6 +153,52 @@ TYPED_TEST(PropertyClient, EndsABurstOfChangesWithTheLastOne) {
     }
     EXPECT_TRUE(this->loop.waitUntil([&] { return TypeParam::value(*client) == 10000; }));
     EXPECT_THAT(this->log.errors(), IsEmpty());
+}
+
+TYPED_TEST(PropertyClient, AnswersDuringAFloodOfChangesRightAndWrong) {
+    const auto service = this->makeService({TypeParam::property(0)});
+    const auto client = this->makeClient();
+    this->loop.start();
+    std::atomic<bool> isOver{false};
+    std::atomic<int> answers{0};
+    std::thread reader([&] {
+        while (!isOver) {
+            EXPECT_GE(TypeParam::value(*client), 0);
+            ++answers;
+        }
+    });
+    constexpr int signals = 30000;
+    const std::vector<std::function<void(int)>> kinds = {
+        [&](int i) { this->emitChange(*service, {TypeParam::property(i % 1000)}); },
+        [&](int) { this->emitChange(*service, {TypeParam::unknown()}); },
+        [&](int) { this->emitChange(*service, {}); },
+        [&](int) {
+            service->emit(this->propertiesChanged,
+                          changed(std::string(TypeParam::name) + "x", {TypeParam::property(0)}));
+        },
+        [&](int) {
+            service->emit(this->propertiesChanged, [](sd_bus_message* m) {
+                must(sd_bus_message_append(m, "i", 1), "append");
+            });
+        },
+        [&](int) { service->emit(this->propertiesChanged, string(TypeParam::name)); },
+    };
+    for (int i = 0; i < signals; ++i) {
+        kinds[static_cast<std::size_t>(i) % kinds.size()](i);
+    }
+    this->emitChange(*service, {TypeParam::property(5000)});
+    EXPECT_TRUE(this->loop.waitUntil([&] { return TypeParam::value(*client) == 5000; }));
+    isOver = true;
+    reader.join();
+    EXPECT_GT(answers, 100);
+    const std::size_t each = signals / kinds.size();
+    EXPECT_THAT(
+        this->log.errors(),
+        testing::AllOf(
+            SizeIs(2 * each),
+            Contains(lineWithCode(TypeParam::interfaceFailed, -ENXIO))
+                .Times(static_cast<int>(each)),
+            Contains(lineWithCode(TypeParam::arrayFailed, -ENXIO)).Times(static_cast<int>(each))));
 }
 
 TYPED_TEST(PropertyClient, IgnoresChangesOfAnotherInterface) {
@@ -256,6 +306,22 @@ TYPED_TEST(PropertyClient, DoesNotWaitForASlowService) {
     service->release(dictionary({TypeParam::property(1)}));
     EXPECT_TRUE(this->loop.iterateUntilIdle());
     EXPECT_EQ(TypeParam::value(*client), none);
+}
+
+TYPED_TEST(PropertyClient, LeavesAServiceAloneThatHasNotAnsweredARepeatedQuery) {
+    const auto service = this->makeService({TypeParam::property(1)});
+    const auto client = this->makeClient();
+    service->hold(this->getAll);
+    const FreshBudget later;
+    EXPECT_FALSE(TypeParam::query(*client));
+    EXPECT_FALSE(TypeParam::query(*client));
+    EXPECT_EQ(service->calls(this->getAll), 2);
+    EXPECT_THAT(this->log.errors(),
+                ElementsAre(std::string(TypeParam::callFailed) + "Connection timed out\n"));
+    EXPECT_EQ(TypeParam::value(*client), 1);
+    this->emitChange(*service, {TypeParam::property(2)});
+    EXPECT_TRUE(this->loop.iterateUntil([&] { return TypeParam::value(*client) == 2; }))
+        << "its changes are heard all the same";
 }
 
 TYPED_TEST(PropertyClient, GivesUpOnAReplyThatIsNoDictionary) {

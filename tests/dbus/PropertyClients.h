@@ -5,6 +5,7 @@
 #include <veskar/GeoLocation.h>
 #include <veskar/RadarStatus.h>
 
+#include "dbus/FreshBudget.h"
 #include "dbus/RawBus.h"
 #include "support/FakeService.h"
 #include "support/MainLoop.h"
@@ -33,6 +34,8 @@ struct GeoLocationService {
     /// One of the properties, and what the client has of it; -1 by default.
     static Body property(int value) { return number("longitude", 0.01 * (value + 1)); }
     static int value(Client& client);
+    /// An entry that is passed over: a property of another type.
+    static Body unknown() { return text("longitude", "east"); }
     static bool query(Client& client) { return client.initSettings(); }
 };
 
@@ -48,6 +51,8 @@ struct RadarService {
 
     static Body property(int value) { return text("RadarProfile", std::to_string(value)); }
     static int value(Client& client);
+    /// An entry that is passed over: a property that nobody knows, of which type ever.
+    static Body unknown() { return number("Temperature", 40.0); }
     static bool query(Client& client) { return client.initStatus(); }
 };
 
@@ -83,6 +88,7 @@ protected:
         service.emit(propertiesChanged, changed(Service::name, properties));
     }
 
+    FreshBudget budget;
     SyslogCapture log;
     PrivateBus bus;
     MainLoop loop;

@@ -32,7 +32,10 @@ Body blocked(bool isBlocked) {
     return entries("FailureStatus", {status("blocked", isBlocked ? 3 : 0, isBlocked)});
 }
 
-using RadarStatusClient = PropertyClientTest<RadarService>;
+class RadarStatusClient : public PropertyClientTest<RadarService> {
+protected:
+    int marks = 0;
+};
 
 }  // namespace
 
@@ -94,6 +97,45 @@ TEST_F(RadarStatusClient, IsReadOnOneThreadWhileTheMainLoopRunsOnAnother) {
     reader.join();
     EXPECT_EQ(torn, 0);
     loop.stop();
+}
+
+TEST_F(RadarStatusClient, KeepsAThousandFailures) {
+    const auto service = makeService({});
+    const auto client = makeClient();
+    const auto report = [&](int first, int last, int value) {
+        std::vector<Body> failures;
+        for (int i = first; i < last; ++i) {
+            failures.push_back(status("failure" + std::to_string(i), value, true));
+        }
+        // The profile comes last and shows that all have come.
+        const std::string mark = std::to_string(++marks);
+        emitChange(*service, {entries("FailureStatus", failures), text("RadarProfile", mark)});
+        EXPECT_TRUE(loop.iterateUntil([&] { return client->getRadarProfile() == mark; }));
+        return client->getFailure();
+    };
+    EXPECT_EQ(report(0, 999, 1).size(), 999U);
+    EXPECT_EQ(report(999, 1000, 1).size(), 1000U);
+    EXPECT_EQ(report(1000, 1001, 1).size(), 1000U);
+    RadarStatus::Failures failures = report(998, 20000, 2);
+    EXPECT_EQ(failures.size(), 1000U);
+    EXPECT_EQ(failures.at("failure997"), std::make_pair(1, true));
+    EXPECT_EQ(failures.at("failure998"), std::make_pair(2, true)) << "known ones are kept up";
+    EXPECT_EQ(failures.at("failure999"), std::make_pair(2, true));
+    EXPECT_EQ(failures.count("failure1000"), 0U);
+    EXPECT_THAT(log.errors(), IsEmpty());
+}
+
+TEST_F(RadarStatusClient, KeepsTheFirstThousandOfOneMessage) {
+    std::vector<Body> failures;
+    for (int i = 0; i < 20000; ++i) {
+        failures.push_back(status("failure" + std::to_string(i), 1, true));
+        failures.push_back(status("failure0", i, true));
+    }
+    const auto service = makeService({entries("FailureStatus", failures)});
+    const auto client = makeClient();
+    EXPECT_EQ(client->getFailure().size(), 1000U);
+    EXPECT_EQ(client->getFailure().count("failure999"), 1U);
+    EXPECT_EQ(client->getFailure().at("failure0"), std::make_pair(19999, true));
 }
 
 TEST_F(RadarStatusClient, LivesOnWithItsDefaultsWithoutTheService) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <veskar/SNRBlock.h>
 
+#include "dbus/FreshBudget.h"
 #include "dbus/RawBus.h"
 #include "dbus/SdBus.h"
 #include "support/FakeService.h"
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -49,7 +51,7 @@ class SNRBlockService : public testing::Test {
 protected:
     SNRBlockService() : service("com.nolt.Lumd.ch0") {
         EXPECT_GE(Veskar::SdBus::openSystem(bus), 0);
-        blocks = SNRBlock(bus.get());
+        blocks = SNRBlock(bus.get(), [this] { return now; });
     }
 
     void read(const std::vector<double>& values) {
@@ -57,10 +59,12 @@ protected:
         blocks.updateSNRBlock();
     }
 
+    FreshBudget budget;
     SyslogCapture log;
     PrivateBus daemon;
     FakeService service;
     Veskar::SdBus::Bus bus;
+    std::chrono::steady_clock::time_point now{std::chrono::hours(5)};
     SNRBlock blocks;
 };
 
@@ -163,12 +167,37 @@ TEST_F(SNRBlockService, KeepsItsValuesWhenTheServiceIsSlow) {
     blocks.setupCamera(cameraOf(160, 160));
     read({10.0});
     service.hold(getProperty);
+    const FreshBudget frame;
     blocks.updateSNRBlock();
     EXPECT_THAT(log.errors(), ElementsAre("SNRBlock: getSNRBlock error: Connection timed out\n"));
     service.release(doubles({20.0}));
     EXPECT_EQ(blocks.computeBboxSNR(pixels(0, 0, 10, 10)), 10.0);
+    log.clear();
+    now += std::chrono::seconds(10) - std::chrono::nanoseconds(1);
+    read({30.0});
+    EXPECT_EQ(service.calls(getProperty), 2) << "it is left alone for ten seconds";
+    EXPECT_THAT(log.errors(), IsEmpty());
+    EXPECT_EQ(blocks.computeBboxSNR(pixels(0, 0, 10, 10)), 10.0);
+    now += std::chrono::nanoseconds(1);
     read({30.0});
     EXPECT_EQ(blocks.computeBboxSNR(pixels(0, 0, 10, 10)), 30.0);
+}
+
+TEST_F(SNRBlockService, SharesItsPatienceWithItsCopies) {
+    service.hold(getProperty);
+    const FreshBudget frame;
+    SNRBlock copy = blocks;
+    blocks.updateSNRBlock();
+    copy.updateSNRBlock();
+    EXPECT_EQ(service.calls(getProperty), 1);
+}
+
+TEST_F(SNRBlockService, RunsOnTheSteadyClockByDefault) {
+    SNRBlock plain(bus.get());
+    service.answer(getProperty, doubles({20.0}));
+    plain.setupCamera(cameraOf(160, 160));
+    plain.updateSNRBlock();
+    EXPECT_EQ(plain.computeBboxSNR(pixels(0, 0, 10, 10)), 20.0);
 }
 
 TEST_F(SNRBlockService, KeepsItsValuesWhenThePropertyHasAnotherType) {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "dbus/FreshBudget.h"
 #include "dbus/SdBus.h"
 #include "support/FakeService.h"
 #include "support/PrivateBus.h"
@@ -35,6 +36,7 @@ protected:
         return count;
     }
 
+    FreshBudget budget;
     PrivateBus daemon;
     FakeService service;
     SdBus::Bus bus;

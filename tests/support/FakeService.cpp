@@ -220,6 +220,10 @@ void FakeService::hold(const Member& method) {
     handle(method, [this](sd_bus_message* call) { held.push_back(sd_bus_message_ref(call)); });
 }
 
+void FakeService::leaveAt(const Member& method) {
+    handle(method, [this](sd_bus_message*) { sd_bus_close(bus); });
+}
+
 void FakeService::release(const Body& body) {
     run([&] {
         for (sd_bus_message* call : held) {

@@ -72,6 +72,8 @@ public:
     void inspect(const Member& method, std::function<void(sd_bus_message*)> look);
     /// From now on calls of a method wait.
     void hold(const Member& method);
+    /// From now on a call of a method makes the service leave the bus without an answer.
+    void leaveAt(const Member& method);
     /// Answers all calls that wait.
     void release(const Body& body);
     /// @return calls of a method so far

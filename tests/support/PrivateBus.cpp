@@ -72,6 +72,11 @@ PrivateBus::~PrivateBus() {
     std::filesystem::remove_all(directory, ignored);
 }
 
+void PrivateBus::stop() {
+    checked(::kill(daemon, SIGSTOP), "kill");
+    checked(waitpid(daemon, nullptr, WUNTRACED), "waitpid");
+}
+
 void PrivateBus::kill() {
     if (daemon > 0) {
         ::kill(daemon, SIGKILL);

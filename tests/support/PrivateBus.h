@@ -21,6 +21,8 @@ public:
 
     /// Ends the daemon without a goodbye.
     void kill();
+    /// Stops the daemon: it stays there and does nothing any more.
+    void stop();
 
 private:
     std::string directory;

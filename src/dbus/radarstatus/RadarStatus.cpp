@@ -4,14 +4,19 @@
 #include "dbus/PropertyClient.h"
 #include "dbus/SdBus.h"
 
+#include <cerrno>
 #include <cstdlib>
-#include <cstring>
+#include <optional>
 
 #include <syslog.h>
 
 namespace {
 
 constexpr Impl::PropertyClient::Service service{"com.nolt.Radar1", "/com/nolt/Radar1"};
+
+/// Names beyond these are left out: a radar has a few, and one that makes up ever new ones must not
+/// fill the memory.
+constexpr std::size_t mostFailures = 1000;
 
 /// Enters a property's variant. A radar that publishes another type breaks the contract, and going
 /// on with a misread radar is worse than stopping.
@@ -68,10 +73,13 @@ bool RadarStatus::initStatus() {
 int RadarStatus::requestStatus() {
     Veskar::SdBus::Error error;
     Veskar::SdBus::Message reply;
-    const int r = client->getAll(error, reply);
-    if (r < 0) {
+    const std::optional<int> asked = client->getAll(error, reply);
+    if (!asked) {
+        return -ETIMEDOUT;
+    }
+    if (*asked < 0) {
         syslog(LOG_ERR, "RadarStatus: get property error: %s\n", error.message());
-        return r;
+        return *asked;
     }
     return parseProperties(reply.get());
 }
@@ -117,6 +125,7 @@ int RadarStatus::parseIsEnabled(sd_bus_message* message) {
 int RadarStatus::parseFailure(sd_bus_message* message) {
     enterContracted(message, "a{sv}");
     Failures reported;
+    std::size_t added = 0;
     const int result = Veskar::SdBus::readDictionary(
         message,
         [](int code) {
@@ -129,7 +138,13 @@ int RadarStatus::parseFailure(sd_bus_message* message) {
         [&](const char* name) {
             std::pair<int, bool> status;
             const int r = readFailureStatus(message, status);
-            if (r >= 0) {
+            if (r < 0) {
+                return r;
+            }
+            // Without the lock: getters read too, and nobody else writes.
+            const bool isKnown = failure.count(name) > 0 || reported.count(name) > 0;
+            if (isKnown || failure.size() + added < mostFailures) {
+                added += isKnown ? 0 : 1;
                 reported[name] = status;
             }
             return r;
