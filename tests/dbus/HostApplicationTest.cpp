@@ -51,3 +51,13 @@ TEST(HostApplication, IsLookedForInTheFirst4096Bytes) {
 TEST(HostApplication, IsNotRecognisedWithoutProc) {
     EXPECT_FALSE(answerFor(std::nullopt));
 }
+
+TEST(HostApplication, IsWhatItsHostSays) {
+    Veskar::setCalledFromHostApplication(true);
+    EXPECT_TRUE(answerFor("/usr/bin/other"));
+    Veskar::setCalledFromHostApplication(false);
+    EXPECT_FALSE(answerFor("/usr/bin/quandrelwatcher"));
+    Veskar::setCalledFromHostApplication(std::nullopt);
+    EXPECT_FALSE(answerFor("/usr/bin/other")) << "by its path again";
+    EXPECT_TRUE(answerFor("/usr/bin/quandrelwatcher"));
+}

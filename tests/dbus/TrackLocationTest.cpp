@@ -7,12 +7,10 @@
 
 #include "support/FakeService.h"
 #include "support/MainLoop.h"
+#include "support/OwnProcess.h"
 #include "support/PrivateBus.h"
 #include "support/SyslogCapture.h"
 #include "support/TrackFactory.h"
-
-#include <cstdlib>
-#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -29,20 +27,6 @@ const FakeService::Member getAllRadar{"/com/nolt/Radar1", "org.freedesktop.DBus.
                                       "GetAll"};
 const FakeService::Member radarChanged{"/com/nolt/Radar1", "org.freedesktop.DBus.Properties",
                                        "PropertiesChanged"};
-
-/// Runs a test's body in a process of its own and fails where it fails.
-#define EXPECT_IN_OWN_PROCESS(body)                                               \
-    EXPECT_EXIT(                                                                  \
-        {                                                                         \
-            body();                                                               \
-            std::exit(testing::Test::HasFailure() ? EXIT_FAILURE : EXIT_SUCCESS); \
-        },                                                                        \
-        testing::ExitedWithCode(EXIT_SUCCESS), "")
-
-class ProcessWideDeathTest : public testing::Test {
-protected:
-    ProcessWideDeathTest() { testing::GTEST_FLAG(death_test_style) = "threadsafe"; }
-};
 
 void locateTracks() {
     const PrivateBus bus;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <veskar/AutocalibrationHandler.h>
+#include <veskar/HostApplication.h>
 
 #include "fusion/CalibrationScene.h"
 #include "support/CommaLocale.h"
@@ -12,6 +13,7 @@
 #include <functional>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -255,5 +257,15 @@ TEST_F(Autocalibration, AsksOnceWhereItRuns) {
         EXPECT_THAT(receiver.receive(), IsEmpty());
     }
     hosted->handleUpdate({makeCalibrationTrack()}, {}, 1);
+    EXPECT_THAT(receiver.receive(), SizeIs(1));
+}
+
+TEST_F(Autocalibration, RunsInAHostOfAnotherNameThatSaysSo) {
+    const SocketPath path("/tmp/autocalibration.sock");
+    DatagramReceiver receiver(path.get());
+    Veskar::setCalledFromHostApplication(true);
+    AutocalibrationHandler hosted(makeCalibrationConfig());
+    Veskar::setCalledFromHostApplication(std::nullopt);
+    hosted.handleUpdate({makeCalibrationTrack()}, {}, 1);
     EXPECT_THAT(receiver.receive(), SizeIs(1));
 }

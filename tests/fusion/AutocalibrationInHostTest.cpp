@@ -10,6 +10,7 @@
 
 #include <csignal>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -128,4 +129,14 @@ TEST_F(CalibrationInTheHost, IsSilentWithoutTheService) {
     unlink(path.get().c_str());
     handler.handleUpdate({makeCalibrationTrack()}, {}, 1);
     EXPECT_THAT(log.errors(), IsEmpty());
+}
+
+TEST_F(CalibrationInTheHost, IsSwitchedOffByAToolThatSaysSo) {
+    Veskar::setCalledFromHostApplication(false);
+    AutocalibrationHandler tool(makeCalibrationConfig());
+    Veskar::setCalledFromHostApplication(std::nullopt);
+    const int before = openedSockets();
+    tool.handleUpdate({makeCalibrationTrack()}, {}, 1);
+    EXPECT_EQ(openedSockets(), before);
+    EXPECT_THAT(receiver->receive(), IsEmpty());
 }

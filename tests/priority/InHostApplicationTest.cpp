@@ -7,6 +7,7 @@
 #include "support/CommaLocale.h"
 #include "support/DatagramReceiver.h"
 #include "support/ExecutableLink.h"
+#include "support/OwnProcess.h"
 #include "support/PrivateBus.h"
 #include "support/SocketCounter.h"
 #include "support/SyslogCapture.h"
@@ -166,4 +167,22 @@ TEST_F(AnnotationsInTheHost, StayAwayWhenTheyAreSwitchedOff) {
     priority.evaluateTrack(*track);
     EXPECT_EQ(openedSockets(), before);
     EXPECT_THAT(receiver->receive(), IsEmpty());
+}
+
+namespace {
+
+void annotateAsATool() {
+    Veskar::setCalledFromHostApplication(false);
+    const SocketPath path("/tmp/vod_annotation");
+    DatagramReceiver receiver(path.get());
+    const int before = openedSockets();
+    VODAnnotationClient::getInstance().send({1, "human", {0.0, 0.0, 0.0, 0.0}, 2});
+    EXPECT_EQ(openedSockets(), before);
+    EXPECT_THAT(receiver.receive(), IsEmpty());
+}
+
+}  // namespace
+
+TEST_F(ProcessWideDeathTest, AToolBesideTheHostAnnotatesNothingWhenItSaysSo) {
+    EXPECT_IN_OWN_PROCESS(annotateAsATool);
 }
