@@ -34,10 +34,12 @@ enum CoordinateSystem : std::int32_t {
 
 }  // namespace Veskar
 
-/// A position as seen from the sensor.
+/// A position as seen from the device.
 struct SphericalCoordinate {
-    double range = 0.0;      ///< metres
-    double azimuth = 0.0;    ///< degrees, clockwise from the sensor's forward direction
+    double range = 0.0;  ///< metres, along the ground
+    /// Degrees, counter-clockwise from the device's right-hand side: 90 lies straight ahead, 180 to
+    /// the left. See Dbus::GeoLocation::getPosition.
+    double azimuth = 0.0;
     double elevation = 0.0;  ///< degrees; only stored
 };
 
@@ -106,7 +108,7 @@ public:
     virtual std::optional<double> getSpeed() const;
     /// @return direction of motion as the sensor reported it
     virtual std::optional<Eigen::Vector2d> getDirection() const;
-    /// @return position as seen from the sensor
+    /// @return position as seen from the device
     virtual std::optional<SphericalCoordinate> getLocation() const;
     /// @return geographic position
     virtual std::optional<::Dbus::GeoLocation::Position> getGeoLocation() const;
@@ -125,10 +127,11 @@ public:
     /// @return probability of the lower clothing's colour label
     virtual double getLowerClothingColorProbability() const;
 
-    /// Stores the position as seen from the sensor and asks the geolocation service for the
+    /// Stores the position as seen from the device and asks the geolocation client for the
     /// geographic one. Without a fix `geoLocation` keeps its previous value.
     ///
-    /// @param c range in metres, azimuth in degrees
+    /// @param c range in metres, azimuth in degrees counter-clockwise from the device's right-hand
+    ///          side; a sensor that counts clockwise from its forward direction has 90 minus that
     void setLocation(const SphericalCoordinate& c);
 
     /// Compares the velocities in the plane of the first two positions.
@@ -184,7 +187,7 @@ public:
     double probability;
     std::optional<double> speed;                               ///< ground speed, m/s
     std::optional<Eigen::Vector2d> direction;                  ///< direction of motion
-    std::optional<SphericalCoordinate> location;               ///< position as seen from the sensor
+    std::optional<SphericalCoordinate> location;               ///< position as seen from the device
     std::optional<::Dbus::GeoLocation::Position> geoLocation;  ///< geographic position
     Eigen::Vector2d startPosition;  ///< image position (state[0], state[2]) at the start
     bool isConfident;               ///< whether the producer has confirmed the track

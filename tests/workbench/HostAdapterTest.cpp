@@ -154,7 +154,8 @@ TEST_F(HostAdapterTest, RadarTrackCarriesSpeedDirectionAndPlace) {
     EXPECT_NEAR(*track->speed, walk.norm(), 1e-9);
     EXPECT_LT((*track->direction - walk.normalized()).norm(), 1e-9);
     EXPECT_NEAR(track->location->range, place.norm(), 1e-9);
-    EXPECT_NEAR(track->location->azimuth, -std::atan2(place[1], place[0]) * 180.0 / M_PI, 1e-9);
+    // Against the clock from the right-hand side; the place lies to the right of straight ahead.
+    EXPECT_NEAR(track->location->azimuth, 90.0 - std::atan2(5.0, 18.0) * 180.0 / M_PI, 1e-9);
     // 18 m to the north and 5 m to the east; a degree of latitude is 111 km.
     EXPECT_TRUE(track->geoLocation->valid);
     EXPECT_NEAR(track->geoLocation->latitude, 55.0 + 18.0 / 111324.0, 1e-7);

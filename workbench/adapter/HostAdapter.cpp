@@ -163,9 +163,11 @@ ImageBox HostAdapter::expectedBox(const Eigen::Vector2d& ground, const FusionEst
 }
 
 void HostAdapter::locate(Veskar::Track& track, const Eigen::Vector2d& ground) const {
-    // A live host calls setLocation, which asks the device's geolocation service.
+    // A live host calls setLocation, which asks the device's geolocation service. The azimuth
+    // counts from the right-hand side, where y is negative, against the clock: forward is 90
+    // degrees.
     track.location =
-        SphericalCoordinate{ground.norm(), -degrees(std::atan2(ground[1], ground[0])), 0.0};
+        SphericalCoordinate{ground.norm(), degrees(std::atan2(ground[0], -ground[1])), 0.0};
     if (place) {
         track.geoLocation = geographicPosition(*place, ground);
     }
