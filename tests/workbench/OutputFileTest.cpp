@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -91,4 +92,48 @@ TEST_F(OutputFileTest, SaysWhenTheDirectoryIsMissing) {
     } catch (const Workbench::InputError& error) {
         EXPECT_THAT(error.what(), HasSubstr("cannot create: No such file or directory"));
     }
+}
+
+TEST_F(OutputFileTest, FollowsLinks) {
+    const std::string link = directory / "link";
+    const std::string second = directory / "second";
+    ASSERT_EQ(::mkdir((directory / "folder").c_str(), 0700), 0);
+    VeskarTest::spill(directory / "folder/target", "earlier");
+    ASSERT_EQ(::symlink("folder/target", link.c_str()), 0);
+    ASSERT_EQ(::symlink(link.c_str(), second.c_str()), 0);
+    Workbench::OutputFile output(second);
+    output.write("later");
+    output.commit();
+    EXPECT_EQ(VeskarTest::slurp(directory / "folder/target"), "later");
+    struct stat status {};
+    ASSERT_EQ(::lstat(link.c_str(), &status), 0);
+    EXPECT_TRUE(S_ISLNK(status.st_mode));
+    ASSERT_EQ(::lstat(second.c_str(), &status), 0);
+    EXPECT_TRUE(S_ISLNK(status.st_mode));
+    EXPECT_THAT(directory.names(), ElementsAre("folder", "link", "second"));
+}
+
+TEST_F(OutputFileTest, MakesWhatALinkLeadsTo) {
+    ASSERT_EQ(::symlink("new", path.c_str()), 0);
+    { const Workbench::OutputFile given(path); }
+    EXPECT_THAT(directory.names(), ElementsAre("out"));
+    Workbench::OutputFile output(path);
+    output.write("text");
+    output.commit();
+    EXPECT_THAT(directory.names(), ElementsAre("new", "out"));
+    EXPECT_EQ(VeskarTest::slurp(directory / "new"), "text");
+}
+
+TEST_F(OutputFileTest, RefusesLinksThatLeadInACircle) {
+    ASSERT_EQ(::symlink("other", path.c_str()), 0);
+    ASSERT_EQ(::symlink("out", (directory / "other").c_str()), 0);
+    EXPECT_THROW(Workbench::OutputFile{path}, Workbench::InputError);
+}
+
+TEST_F(OutputFileTest, TakesTheLongestNameThereIs) {
+    const std::string name(255, 'n');
+    Workbench::OutputFile output(directory / name);
+    output.write("text");
+    output.commit();
+    EXPECT_EQ(VeskarTest::slurp(directory / name), "text");
 }

@@ -4,9 +4,9 @@
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Files.h"
-#include "cli/Interruption.h"
 #include "cli/Progress.h"
 #include "io/InputError.h"
+#include "io/Interruption.h"
 #include "io/OutputFile.h"
 
 #include <map>

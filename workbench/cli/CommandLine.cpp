@@ -4,16 +4,20 @@
 #include <veskar/Version.h>
 
 #include "cli/Commands.h"
-#include "cli/Interruption.h"
+#include "io/Interruption.h"
+#include "io/OutputFile.h"
 #include "io/Printable.h"
 
 #include <csignal>
+#include <cstdio>
 #include <exception>
-#include <iostream>
+#include <sstream>
 
 #include <CLI/CLI.hpp>
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <syslog.h>
+#include <unistd.h>
 
 namespace Workbench {
 namespace {
@@ -21,7 +25,8 @@ namespace {
 void addFooter(CLI::App& program) {
     program.footer(
         "Exit status: 0 done; 1 done, but the answer is no; 2 wrong usage, wrong input or an "
-        "output that cannot be written.\n"
+        "output that cannot be written. Interrupted (Ctrl-C), it ends by the signal and leaves no "
+        "unfinished output.\n"
         "\"-\" stands for standard input or standard output. An output that is one of the files "
         "to read, or another output, is refused.\n"
         "\n"
@@ -30,19 +35,45 @@ void addFooter(CLI::App& program) {
         "  veskar replay perimeter.jsonl -o fused.jsonl --summary\n");
 }
 
-int parse(CLI::App& program, int count, const char* const* arguments) {
+// A standard stream that is closed would lend its number to the next file that is opened, and what
+// belongs to the stream would land there. What stands in its place fails when it is used, as
+// before.
+void occupyStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(stream, F_GETFD) < 0) {
+            // The least number that is free: this one.
+            ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
+// Where this cannot be told, nothing can.
+void complain(const std::string& text) {
+    std::fputs(text.c_str(), stderr);
+}
+
+// Runs what the arguments ask for.
+int run(CLI::App& program, const Action& action, int count, const char* const* arguments) {
     try {
         program.parse(count, arguments);
-        return success;
     } catch (const CLI::ParseError& error) {
-        // Help and version end here too, with code 0.
-        return program.exit(error, std::cout, std::cerr) == 0 ? success : badInput;
+        std::ostringstream answer;
+        std::ostringstream complaint;
+        const bool isFault = program.exit(error, answer, complaint) != 0;
+        complain(complaint.str());
+        // Help and version are no faults.
+        OutputFile output("-");
+        output.write(answer.str());
+        output.commit();
+        return isFault ? badInput : success;
     }
+    return action ? action() : success;
 }
 
 }  // namespace
 
 int runCommandLine(int count, const char* const* arguments) {
+    occupyStandardStreams();
     // A reader that goes away is an error like any other, with a message and exit status 2.
     std::signal(SIGPIPE, SIG_IGN);
     listenForInterruption();
@@ -61,14 +92,13 @@ int runCommandLine(int count, const char* const* arguments) {
     addCheckCommand(program, action);
     addReportCommand(program, action);
 
-    const int status = parse(program, count, arguments);
-    if (status != success || !action) {
-        return status;
-    }
     try {
-        return action();
+        return run(program, action, count, arguments);
+    } catch (const Interrupted& interruption) {
+        complain("veskar: interrupted\n");
+        endBy(interruption.signal());
     } catch (const std::exception& error) {
-        fmt::print(stderr, "veskar: {}\n", printable(error.what()));
+        complain(fmt::format("veskar: {}\n", printable(error.what())));
         return badInput;
     }
 }

@@ -11,7 +11,9 @@ enum ExitStatus {
     badInput = 2         ///< wrong usage, wrong input, or an output that cannot be written
 };
 
-/// Parses the arguments and runs the subcommand they name. Messages go to standard error.
+/// Parses the arguments and runs the subcommand they name. Messages go to standard error. A signal
+/// that asks the program to end does so once unfinished outputs are removed: the function does not
+/// return then.
 ///
 /// @param count number of arguments, the program's name included
 /// @param arguments the arguments

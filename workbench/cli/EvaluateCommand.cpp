@@ -3,11 +3,12 @@
 #include "cli/Commands.h"
 #include "cli/Files.h"
 #include "cli/Inputs.h"
-#include "cli/Interruption.h"
+#include "cli/OptionChecks.h"
 #include "cli/Progress.h"
 #include "evaluate/EvaluationReport.h"
 #include "evaluate/FusedFeed.h"
 #include "io/InputError.h"
+#include "io/Interruption.h"
 #include "io/OutputFile.h"
 #include "recording/RecordingReader.h"
 #include "replay/FusedReader.h"
@@ -164,11 +165,11 @@ void addEvaluateCommand(CLI::App& program, Action& action) {
         ->add_option("--cutoff", options->evaluation.cutoff,
                      "cutoff of GOSPA and OSPA and distance of similarity zero, m; a track counts "
                      "as matched within half of it (default: 5)")
-        ->check(CLI::Range(1e-3, 1e6));
+        ->check(within(1e-3, 1e6));
     command
         ->add_option("--bands", options->evaluation.bands,
                      "where range bands begin, m (default: 0 20 40 80)")
-        ->check(CLI::NonNegativeNumber);
+        ->check(CLI::NonNegativeNumber & number());
     command
         ->add_option("--hits", options->evaluation.confirmationHits,
                      "how often a single sensor must have seen a track for it to count (default: 3 "

@@ -2,6 +2,7 @@
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Files.h"
+#include "cli/OptionChecks.h"
 #include "import/Autoferry.h"
 #include "import/Kitti.h"
 #include "io/OutputFile.h"
@@ -45,7 +46,7 @@ void addAutoferry(CLI::App& command, Action& action) {
         ->add_option("--forward", options->forward,
                      "bearing in degrees that becomes forward; the image's seam lies behind it "
                      "(default: -32)")
-        ->check(CLI::Range(-360.0, 360.0));
+        ->check(within(-360.0, 360.0));
     addOutput(*format, options->output);
     format->footer(
         "Example:\n  veskar import autoferry scenario13_detections.json "
@@ -74,18 +75,19 @@ void addKitti(CLI::App& command, Action& action) {
     format->add_option("--height", options->height, "image height in pixels (default: 375)")
         ->check(CLI::Range(16, 65536));
     format->add_option("--rate", options->frameRate, "frames per second (default: 10)")
-        ->check(CLI::Range(0.1, 1000.0));
+        ->check(within(0.1, 1000.0));
     format->add_option("--camera-height", options->cameraHeight, "metres (default: 1.65)")
-        ->check(CLI::Range(0.1, 100.0));
+        ->check(within(0.1, 100.0));
     format->add_option("--range-std", options->rangeStd, "radar noise, m (default: 0.3)")
-        ->check(CLI::Range(1e-3, 100.0));
+        ->check(within(1e-3, 100.0));
     format->add_option("--azimuth-std", options->azimuthStd, "radar noise, degrees (default: 1)")
-        ->check(CLI::Range(1e-3, 45.0));
+        ->check(within(1e-3, 45.0));
     format
         ->add_option("--detection-probability", options->detectionProbability,
                      "of the radar (default: 0.9)")
-        ->check(CLI::Range(0.0, 1.0));
-    format->add_option("--seed", options->seed, "of the radar's noise and dropout (default: 1)");
+        ->check(within(0.0, 1.0));
+    format->add_option("--seed", options->seed, "of the radar's noise and dropout (default: 1)")
+        ->check(wholeNumber());
     addOutput(*format, options->output);
     format->footer(
         "Example:\n  veskar import kitti label_02/0000.txt calib/0000.txt -o 0000.jsonl\n");

@@ -3,9 +3,9 @@
 #include "cli/Commands.h"
 #include "cli/Files.h"
 #include "cli/Inputs.h"
-#include "cli/Interruption.h"
 #include "cli/Progress.h"
 #include "io/InputError.h"
+#include "io/Interruption.h"
 #include "io/OutputFile.h"
 #include "recording/ReadAhead.h"
 #include "recording/RecordingReader.h"
@@ -17,11 +17,11 @@
 #include "replay/Summary.h"
 #include "replay/WriteBehind.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <memory>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include <CLI/CLI.hpp>
@@ -55,8 +55,10 @@ public:
             isRunning = true;
             first = time;
         }
-        std::this_thread::sleep_until(start + std::chrono::duration_cast<Clock::duration>(
-                                                  std::chrono::duration<double>(time - first)));
+        // What is farther off than the clock can count is never reached either.
+        constexpr double longest = 1e9;
+        const std::chrono::duration<double> elapsed(std::min(time - first, longest));
+        sleepUntil(start + std::chrono::duration_cast<Clock::duration>(elapsed));
     }
 
 private:
@@ -107,8 +109,14 @@ void feed(RecordingReader& reader, Replay& run, bool inRealTime) {
 
 int finish(const Options& options, const Replay& replay, const Summary& summary) {
     if (options.summary) {
-        std::FILE* stream = summaryGoesToStandardOutput(options) ? stdout : stderr;
-        fmt::print(stream, "{}", summary.text(replay.counts()));
+        const std::string text = summary.text(replay.counts());
+        if (summaryGoesToStandardOutput(options)) {
+            OutputFile output("-");
+            output.write(text);
+            output.commit();
+        } else {
+            fmt::print(stderr, "{}", text);
+        }
     }
     const ReplayCounts& counts = replay.counts();
     if (counts.failedFrames > 0) {

@@ -2,9 +2,10 @@
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Files.h"
-#include "cli/Interruption.h"
+#include "cli/OptionChecks.h"
 #include "cli/Progress.h"
 #include "io/InputError.h"
+#include "io/Interruption.h"
 #include "io/OutputFile.h"
 #include "recording/RecordingWriter.h"
 #include "scenario/Scenario.h"
@@ -56,11 +57,13 @@ void addSimulateCommand(CLI::App& program, Action& action) {
         "simulate", "Play a scenario and record what its sensors report, with the truth");
     command->add_option("scenario", options->scenario, "scenario file, or -")->required();
     command->add_option("-o,--output", options->output, "recording to write (default: -)");
-    command->add_option("--seed", options->seed,
-                        "seed of everything that is drawn; the same seed gives the same bytes "
-                        "(default: 1)");
+    command
+        ->add_option("--seed", options->seed,
+                     "seed of everything that is drawn; the same seed gives the same bytes "
+                     "(default: 1)")
+        ->check(wholeNumber());
     command->add_option("--duration", options->duration, "seconds, instead of the scenario's")
-        ->check(CLI::Range(1e-3, 1e6));
+        ->check(within(1e-3, 1e6));
     command->footer(
         "Example:\n  veskar simulate config/scenarios/road.json --seed 7 -o road.jsonl\n");
     command->callback([options, &action] { action = [options] { return simulate(*options); }; });

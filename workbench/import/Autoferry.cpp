@@ -8,6 +8,7 @@
 #include "import/TimeSeries.h"
 #include "io/DocumentValue.h"
 #include "io/InputError.h"
+#include "io/Interruption.h"
 #include "io/TextFile.h"
 #include "tracker/SensorTrackers.h"
 
@@ -299,6 +300,7 @@ ImportedRecording importAutoferry(const AutoferryOptions& options) {
     PlanarTracker camera(bearingTuning());
     for (std::size_t i = 0; i < scene.detections.size(); ++i) {
         const Detection& detection = scene.detections[i];
+        throwIfInterrupted();
         try {
             if (detection.sensor == radarSensor) {
                 recording.frames.push_back(radarFrame(detection, options.forward, radar));

@@ -2,14 +2,14 @@
 #include "io/LineReader.h"
 
 #include "io/InputError.h"
+#include "io/Interruption.h"
 
-#include <array>
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,7 +17,7 @@
 namespace Workbench {
 
 LineReader::LineReader(const std::string& path) : shownName(path == "-" ? "<stdin>" : path) {
-    descriptor = path == "-" ? ::dup(STDIN_FILENO) : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    descriptor = path == "-" ? ::dup(STDIN_FILENO) : openFile(path, O_RDONLY);
     if (descriptor < 0) {
         throw InputError(fmt::format("{}: {}", shownName, std::strerror(errno)));
     }
@@ -45,11 +45,7 @@ void LineReader::stop() {
 }
 
 void LineReader::waitForInput() const {
-    std::array<pollfd, 2> waited{{{descriptor, POLLIN, 0}, {stopDescriptor, POLLIN, 0}}};
-    // What goes wrong here goes wrong again in the read that follows, and is told there.
-    while (::poll(waited.data(), waited.size(), -1) < 0 && errno == EINTR) {
-    }
-    if (waited[1].revents != 0) {
+    if (waitFor({{descriptor, POLLIN, 0}, {stopDescriptor, POLLIN, 0}})[1].revents != 0) {
         throw InputError(shownName + ": reading was stopped");
     }
 }
@@ -65,13 +61,14 @@ bool LineReader::fill() {
             throw InputError(fmt::format("{}:{}: line is longer than {} MiB", shownName, number + 1,
                                          maximumLineLength >> 20));
         }
-        buffer.resize(2 * end + padding);
+        // One more byte tells a line of the greatest length from a longer one.
+        buffer.resize(std::min(2 * end, maximumLineLength + 1) + padding);
     }
-    waitForInput();
     ssize_t count = 0;
     do {
+        waitForInput();
         count = ::read(descriptor, buffer.data() + end, buffer.size() - padding - end);
-    } while (count < 0 && errno == EINTR);
+    } while (count < 0 && (errno == EINTR || errno == EAGAIN));
     if (count < 0) {
         throw InputError(fmt::format("{}: {}", shownName, std::strerror(errno)));
     }

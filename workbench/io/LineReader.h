@@ -15,6 +15,7 @@ class LineReader {
 public:
     /// @param path the file, or "-"
     /// @throw InputError when it cannot be opened
+    /// @throw Interrupted when a signal comes while a pipe has no writer
     explicit LineReader(const std::string& path);
     ~LineReader();
     LineReader(const LineReader&) = delete;
@@ -26,6 +27,7 @@ public:
     ///        readable bytes behind it
     /// @return false at the end of the file
     /// @throw InputError when reading fails or the line is longer than maximumLineLength
+    /// @throw Interrupted when a signal has come
     bool next(std::string_view& line);
 
     /// Makes a call of next that waits for input, and every later one that has to, fail. The only

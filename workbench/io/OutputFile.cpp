@@ -2,10 +2,16 @@
 #include "io/OutputFile.h"
 
 #include "io/InputError.h"
+#include "io/Interruption.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <limits>
+#include <system_error>
 #include <utility>
 
 #include <fcntl.h>
@@ -18,11 +24,6 @@ namespace {
 
 constexpr std::size_t bufferSize = std::size_t{64} << 10;
 
-bool isWrittenDirectly(const std::string& path) {
-    struct stat status {};
-    return ::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
-}
-
 // What a file created with plain open() would get.
 mode_t usualMode() {
     const mode_t mask = ::umask(0);
@@ -30,30 +31,55 @@ mode_t usualMode() {
     return 0666 & ~mask;
 }
 
-std::string directoryOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+std::filesystem::path behindLinks(std::filesystem::path path) {
+    std::error_code none;
+    // Links that lead in a circle have been told by stat() before.
+    while (std::filesystem::is_symlink(path, none)) {
+        path = path.parent_path() / std::filesystem::read_symlink(path);
+    }
+    return path;
+}
+
+std::string directoryOf(const std::filesystem::path& path) {
+    return path.has_parent_path() ? path.parent_path() : ".";
 }
 
 }  // namespace
 
 OutputFile::OutputFile(const std::string& givenPath)
     : path(givenPath), shownName(givenPath == "-" ? "<stdout>" : givenPath) {
-    if (path == "-") {
-        descriptor = ::dup(STDOUT_FILENO);
-    } else if (isWrittenDirectly(path)) {
-        descriptor = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
-    } else {
-        temporaryPath = path + ".part-XXXXXX";
-        descriptor = ::mkostemp(temporaryPath.data(), O_CLOEXEC);
-        if (descriptor < 0) {
-            temporaryPath.clear();
-        }
-    }
+    open();
     if (descriptor < 0) {
         fail("create");
     }
+    struct stat status {};
+    const bool isFile = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    longestWrite = isFile ? std::numeric_limits<std::size_t>::max() : PIPE_BUF;
     buffer.reserve(bufferSize + 4096);
+}
+
+void OutputFile::open() {
+    if (isStandardOutput()) {
+        descriptor = ::dup(STDOUT_FILENO);
+        return;
+    }
+    struct stat status {};
+    const bool exists = ::stat(path.c_str(), &status) == 0;
+    if (exists && !S_ISREG(status.st_mode)) {
+        descriptor = openFile(path, O_WRONLY);
+    } else if (exists || errno == ENOENT) {
+        openTemporary();
+    }
+}
+
+void OutputFile::openTemporary() {
+    target = behindLinks(path);
+    // Without the file's own name: that may be as long as a name can be.
+    temporaryPath = directoryOf(target) + "/veskar.part-XXXXXX";
+    descriptor = ::mkostemp(temporaryPath.data(), O_CLOEXEC);
+    if (descriptor < 0) {
+        temporaryPath.clear();
+    }
 }
 
 OutputFile::~OutputFile() {
@@ -79,8 +105,9 @@ void OutputFile::write(std::string_view text) {
 void OutputFile::flush() {
     std::string_view left = buffer;
     while (!left.empty()) {
-        const ssize_t count = ::write(descriptor, left.data(), left.size());
-        if (count < 0 && errno == EINTR) {
+        waitFor({{descriptor, POLLOUT, 0}});
+        const ssize_t count = ::write(descriptor, left.data(), std::min(left.size(), longestWrite));
+        if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
             continue;
         }
         if (count < 0) {
@@ -92,7 +119,7 @@ void OutputFile::flush() {
 }
 
 void OutputFile::syncDirectory() const {
-    const int directory = ::open(directoryOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int directory = ::open(directoryOf(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (directory >= 0) {
         ::fsync(directory);
         ::close(directory);
@@ -112,7 +139,7 @@ void OutputFile::commit() {
     if (temporaryPath.empty()) {
         return;
     }
-    if (::rename(temporaryPath.c_str(), path.c_str()) != 0) {
+    if (::rename(temporaryPath.c_str(), target.c_str()) != 0) {
         fail("create");
     }
     temporaryPath.clear();

@@ -2,18 +2,21 @@
 // An output that appears complete or not at all.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace Workbench {
 
 /// Writes a file under a temporary name beside its place and moves it there when it is complete, so
-/// that nobody ever sees half of it and an earlier file survives a failure. Standard output ("-")
+/// that nobody ever sees half of it and an earlier file survives a failure. Symbolic links are
+/// followed: the place is where they lead, whether something is there or not. Standard output ("-")
 /// and what is no regular file (a pipe, a device) are written directly.
 class OutputFile {
 public:
     /// @param path the file, or "-"
     /// @throw InputError when it cannot be created
+    /// @throw Interrupted when a signal comes while a pipe has no reader
     explicit OutputFile(const std::string& path);
     /// Without commit the temporary file is removed.
     ~OutputFile();
@@ -22,6 +25,7 @@ public:
 
     /// @param text appended
     /// @throw InputError when writing fails (full disk, closed pipe)
+    /// @throw Interrupted when a signal has come
     void write(std::string_view text);
 
     /// Hands over what is buffered, for a reader that follows a pipe.
@@ -37,12 +41,16 @@ public:
 
 private:
     [[noreturn]] void fail(const char* doing) const;
+    void open();
+    void openTemporary();
     void syncDirectory() const;
 
     std::string path;
-    std::string temporaryPath;  ///< empty when written directly
     std::string shownName;
+    std::string target;         ///< where the path leads
+    std::string temporaryPath;  ///< empty when written directly
     std::string buffer;
+    std::size_t longestWrite = 0;  ///< what does not block once the descriptor is ready
     int descriptor = -1;
 };
 
