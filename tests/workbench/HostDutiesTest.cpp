@@ -146,3 +146,55 @@ TEST(HostDuties, ASlowRadarIsPredictedInBetweenWhileItIsBelieved) {
     EXPECT_NEAR(radar.front().ahead, 0.2, 1e-12);
     EXPECT_NEAR(radar.back().ahead, 1.4, 1e-12);
 }
+
+TEST(HostDuties, EmptyFramesEndSomeSecondsAfterTheLastReport) {
+    HostDuties duties;
+    duties.saw(frame(Veskar::VideoObject, 1.0, 1.0));
+    const auto added = allBefore(duties, 1e18);
+    ASSERT_FALSE(added.empty());
+    EXPECT_NEAR(added.back().received, 11.0, 0.2001);
+    // A radar that speaks again finds video silent.
+    duties.saw(frame(Veskar::Radar, 1e6, 1e6));
+    EXPECT_TRUE(duties.videoFor(1e6, 1e6));
+    EXPECT_FALSE(duties.nextBefore(1e6 + 0.19));
+    EXPECT_EQ(allBefore(duties, 1e6 + 1.0).size(), 4u);
+}
+
+TEST(HostDuties, EmptyFramesGoOnWhileASlowRadarIsPredicted) {
+    HostDuties duties;
+    duties.saw(frame(Veskar::Radar, 0.0, 0.0));
+    allBefore(duties, 20.0);
+    duties.saw(frame(Veskar::Radar, 20.0, 20.0));
+    int empty = 0;
+    int predicted = 0;
+    double last = 0.0;
+    for (const AddedFrame& added : allBefore(duties, 1e9)) {
+        (added.basis == nullptr ? empty : predicted) += 1;
+        last = added.received;
+    }
+    // One and a half intervals, and ten seconds more of what stands for video.
+    EXPECT_NEAR(predicted, 150, 1);
+    EXPECT_NEAR(empty, 200, 2);
+    EXPECT_NEAR(last, 60.0, 0.2001);
+}
+
+TEST(HostDuties, ASensorWithFramesMinutesApartIsBelievedForOne) {
+    HostDuties duties;
+    for (const double time : {0.0, 1e8, 2e8}) {
+        allBefore(duties, time);
+        duties.saw(frame(Veskar::Radar, time, time));
+    }
+    const auto added = allBefore(duties, 3e8);
+    EXPECT_LT(added.size(), 700u);
+    EXPECT_NEAR(added.back().received - 2e8, 70.0, 0.3);
+}
+
+TEST(HostDuties, AClockWithoutRoomForAStepAddsNextToNothing) {
+    HostDuties duties;
+    duties.saw(frame(Veskar::VideoObject, 1e18, 1e18));
+    duties.saw(frame(Veskar::Radar, 1e18, 1e18));
+    EXPECT_LE(allBefore(duties, 2e18).size(), 1u);
+    duties.saw(frame(Veskar::VideoObject, 2e18, 2e18));
+    duties.saw(frame(Veskar::Radar, 2e18, 2e18));
+    EXPECT_LE(allBefore(duties, 3e18).size(), 2u);
+}

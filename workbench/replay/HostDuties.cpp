@@ -18,7 +18,8 @@ bool HostDuties::isBelieved(const Sensor& sensor) const {
 void HostDuties::schedule(Veskar::Source source, Sensor& sensor) const {
     if (isSlow(sensor)) {
         sensor.due = sensor.received + tuning.predictionInterval;
-        sensor.silent = sensor.received + tuning.belief * sensor.interval;
+        sensor.silent =
+            sensor.received + std::min(tuning.belief * sensor.interval, tuning.longestBelief);
     } else if (source == Veskar::VideoObject) {
         // A camera that is a little late is not silent yet.
         sensor.due = sensor.received + std::max(tuning.videoSilence, 1.5 * sensor.interval);
@@ -26,6 +27,13 @@ void HostDuties::schedule(Veskar::Source source, Sensor& sensor) const {
     } else {
         sensor.due = never;
     }
+}
+
+// Far from its origin a clock has no room for so small a step.
+void HostDuties::postpone(Sensor& sensor, double interval) const {
+    const double next = sensor.due + interval;
+    const bool isStep = next > sensor.due && next <= lastReport + tuning.longestGap;
+    sensor.due = isStep ? next : never;
 }
 
 // A sensor with a gap, or one that speaks only when it sees something, is not slow: the least of
@@ -46,7 +54,7 @@ void HostDuties::saw(const SensorFrame& frame) {
         measureInterval(sensor, frame.time);
     }
     sensor.time = frame.time;
-    sensor.received = frame.received;
+    sensor.received = lastReport = frame.received;
     if (isSlow(sensor)) {
         sensor.frame = frame;
     }
@@ -57,6 +65,8 @@ void HostDuties::saw(const SensorFrame& frame) {
         video->second.time = frame.time;
         video->second.received = frame.received;
         schedule(Veskar::VideoObject, video->second);
+    } else if (video->second.due == never) {
+        video->second.due = frame.received + tuning.videoSilence;
     }
 }
 
@@ -73,9 +83,10 @@ std::optional<AddedFrame> HostDuties::nextBefore(double now) {
     if (isBelieved(sensor)) {
         added.basis = &sensor.frame;
         added.ahead = elapsed;
-        sensor.due += tuning.predictionInterval;
+        lastReport = sensor.due;
+        postpone(sensor, tuning.predictionInterval);
     } else if (source == Veskar::VideoObject) {
-        sensor.due += tuning.videoSilence;
+        postpone(sensor, tuning.videoSilence);
     } else {
         sensor.due = never;
         return nextBefore(now);

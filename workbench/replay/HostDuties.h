@@ -23,6 +23,12 @@ struct DutyParameters {
     double predictionInterval = 0.2;
     /// Predicted frames end after this many of the sensor's own intervals without a frame.
     double belief = 1.5;
+    /// They end after this long (s) in any case, and so does the work that a gap can make.
+    double longestBelief = 60.0;
+    /// Seconds without any report, predicted ones included, after which empty frames end until a
+    /// sensor speaks again. All tracks are gone a second after the last report: empty frames change
+    /// nothing any more, and a gap may be of any length.
+    double longestGap = 10.0;
 };
 
 /// A frame that the host adds of its own.
@@ -63,11 +69,13 @@ private:
         SensorFrame frame;             ///< the last frame, kept of slow sensors
     };
     static void measureInterval(Sensor& sensor, double time);
+    void postpone(Sensor& sensor, double interval) const;
     bool isSlow(const Sensor& sensor) const { return sensor.interval > tuning.slowInterval; }
     bool isBelieved(const Sensor& sensor) const;
     void schedule(Veskar::Source source, Sensor& sensor) const;
 
     DutyParameters tuning;
+    double lastReport = 0.0;  ///< when the last frame came or was predicted, of any sensor
     std::map<Veskar::Source, Sensor> sensors;
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "replay/Replay.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <stdexcept>
@@ -11,8 +12,10 @@
 namespace Workbench {
 namespace {
 
+/// What lies beyond the clock's reach, 292 years, counts as its end.
 std::chrono::nanoseconds nanoseconds(double seconds) {
-    return std::chrono::nanoseconds(std::llround(seconds * 1e9));
+    constexpr double reach = 9.2e9;
+    return std::chrono::nanoseconds(std::llround(std::clamp(seconds, -reach, reach) * 1e9));
 }
 
 }  // namespace
