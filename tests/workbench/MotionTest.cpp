@@ -26,7 +26,7 @@ ObjectTraits walker(PathMode mode) {
     return object;
 }
 
-Eigen::Vector2d placeAt(const Motion& motion, double time) {
+Eigen::Vector2d placeAt(Motion& motion, double time) {
     return motion.at(time).at(0).centre;
 }
 
@@ -34,7 +34,7 @@ Eigen::Vector2d placeAt(const Motion& motion, double time) {
 
 TEST(Motion, OnceAppearsAndDisappears) {
     const Scenario scenario = sceneWith(walker(PathMode::Once));
-    const Motion motion(scenario, 1);
+    Motion motion(scenario, 1);
     EXPECT_TRUE(motion.at(1.99).empty());
     EXPECT_EQ(placeAt(motion, 2.0), Eigen::Vector2d(10.0, 0.0));
     EXPECT_LT((placeAt(motion, 7.0) - Eigen::Vector2d(14.0, 1.0)).norm(), 1e-12);
@@ -44,7 +44,7 @@ TEST(Motion, OnceAppearsAndDisappears) {
 
 TEST(Motion, LoopGoesOnFromTheLastPointToTheFirst) {
     const Scenario scenario = sceneWith(walker(PathMode::Loop));
-    const Motion motion(scenario, 1);
+    Motion motion(scenario, 1);
     // The way back is 5 m long.
     EXPECT_LT((placeAt(motion, 14.0) - Eigen::Vector2d(10.0, 0.0)).norm(), 1e-12);
     EXPECT_LT((placeAt(motion, 26.0) - Eigen::Vector2d(10.0, 0.0)).norm(), 1e-12);
@@ -52,7 +52,7 @@ TEST(Motion, LoopGoesOnFromTheLastPointToTheFirst) {
 
 TEST(Motion, BackAndForthTurnsRoundAtBothEnds) {
     const Scenario scenario = sceneWith(walker(PathMode::BackAndForth));
-    const Motion motion(scenario, 1);
+    Motion motion(scenario, 1);
     EXPECT_LT((placeAt(motion, 10.0) - Eigen::Vector2d(14.0, 2.0)).norm(), 1e-12);
     EXPECT_LT((placeAt(motion, 16.0) - Eigen::Vector2d(10.0, 0.0)).norm(), 1e-12);
     EXPECT_LT((placeAt(motion, 17.0) - Eigen::Vector2d(11.0, 0.0)).norm(), 1e-12);
@@ -62,7 +62,7 @@ TEST(Motion, PausesAtWayPoints) {
     ObjectTraits object = walker(PathMode::Once);
     object.pause = 3.0;
     const Scenario scenario = sceneWith(object);
-    const Motion motion(scenario, 1);
+    Motion motion(scenario, 1);
     EXPECT_EQ(motion.at(8.0).at(0).velocity, Eigen::Vector2d(0.0, 0.0));
     EXPECT_LT((placeAt(motion, 10.0) - Eigen::Vector2d(14.0, 1.0)).norm(), 1e-12);
 }
@@ -71,7 +71,7 @@ TEST(Motion, StandsStillWhenAllWayPointsAreOne) {
     ObjectTraits object = walker(PathMode::Once);
     object.path = {{5.0, 1.0}, {5.0, 1.0}};
     const Scenario scenario = sceneWith(object);
-    const Motion motion(scenario, 1);
+    Motion motion(scenario, 1);
     EXPECT_EQ(placeAt(motion, 99.0), Eigen::Vector2d(5.0, 1.0));
 }
 
@@ -82,7 +82,7 @@ TEST(Motion, CrowdStaysInItsAreaAndDependsOnTheSeed) {
     object.areaMaximum = {20.0, 5.0};
     object.count = 20;
     const Scenario scenario = sceneWith(object);
-    const Motion motion(scenario, 1);
+    Motion motion(scenario, 1);
     for (const double time : {0.0, 33.0, 100.0}) {
         const auto states = motion.at(time);
         ASSERT_EQ(states.size(), 20u);
@@ -91,8 +91,11 @@ TEST(Motion, CrowdStaysInItsAreaAndDependsOnTheSeed) {
             EXPECT_TRUE(state.centre[1] >= -5.0 && state.centre[1] <= 5.0);
         }
     }
-    EXPECT_NE(placeAt(Motion(scenario, 2), 0.0), placeAt(motion, 0.0));
-    EXPECT_EQ(placeAt(Motion(scenario, 1), 50.0), placeAt(motion, 50.0));
+    Motion other(scenario, 2);
+    Motion same(scenario, 1);
+    Motion again(scenario, 1);
+    EXPECT_NE(placeAt(other, 0.0), placeAt(same, 0.0));
+    EXPECT_EQ(placeAt(again, 50.0), placeAt(same, 50.0));
 }
 
 TEST(ObjectState, NearestPointLiesOnTheFootprintTowardsTheDevice) {
@@ -106,4 +109,18 @@ TEST(ObjectState, NearestPointLiesOnTheFootprintTowardsTheDevice) {
     EXPECT_LT((state.nearestPoint() - Eigen::Vector2d(19.0, 0.0)).norm(), 1e-12);
     state.centre = {20.0, 10.0};
     EXPECT_LT((state.nearestPoint() - Eigen::Vector2d(19.0, 8.0)).norm(), 1e-12);
+}
+
+TEST(Motion, AWayOfAnyNumberOfLegsIsWalkedLegByLeg) {
+    ObjectTraits object;
+    object.mode = PathMode::BackAndForth;
+    object.path = {{10.0, 0.0}, {10.002, 0.0}};
+    object.minimumSpeed = object.maximumSpeed = 200.0;
+    Scenario scenario = sceneWith(object);
+    // A hundred thousand million legs.
+    scenario.duration = 1e6;
+    Motion motion(scenario, 1);
+    for (const double time : {0.0, 0.1, 0.2}) {
+        EXPECT_NEAR(placeAt(motion, time)[0], 10.001, 0.001001);
+    }
 }

@@ -88,3 +88,33 @@ TEST(Scenario, NamesTheFileAndTheLineOfASyntaxError) {
         EXPECT_EQ(std::string(error.what()).rfind(path + ":3: column ", 0), 0u) << error.what();
     }
 }
+
+TEST(Scenario, RefusesWaysThatLeadNowhere) {
+    nlohmann::json json = tiny();
+    json["objects"][0]["path"] = {{1.0, 2.0}, {1.0, 2.0 + 1e-9}, {5.0, 5.0}};
+    EXPECT_EQ(faultOf(json), "objects[0].path[1]: is closer than 0.001 m to the point before");
+    // To stand still is allowed.
+    json["objects"][0]["path"] = {{1.0, 2.0}, {1.0, 2.0}};
+    EXPECT_EQ(faultOf(json), "no fault");
+    // A loop goes on from the last point to the first.
+    json["objects"][0]["path"] = {{1.0, 2.0}, {5.0, 5.0}, {1.0, 2.0 + 1e-9}};
+    EXPECT_EQ(faultOf(json), "no fault");
+    json["objects"][0]["mode"] = "loop";
+    EXPECT_EQ(faultOf(json), "objects[0].path[0]: is closer than 0.001 m to the point before");
+    json = tiny();
+    json["objects"][0].erase("path");
+    json["objects"][0].erase("mode");
+    json["objects"][0]["area"] = {1.0, 1.0, 20.0, 1.0 + 1e-9};
+    EXPECT_EQ(faultOf(json), "objects[0].area: is narrower than 0.1 m");
+}
+
+TEST(Scenario, CountsTheMembersOfAllCrowds) {
+    nlohmann::json json = tiny();
+    json["objects"][0].erase("path");
+    json["objects"][0].erase("mode");
+    json["objects"][0]["area"] = {1.0, 1.0, 20.0, 20.0};
+    json["objects"][0]["count"] = 9998;
+    EXPECT_EQ(faultOf(json), "no fault");
+    json["objects"][0]["count"] = 9999;
+    EXPECT_EQ(faultOf(json), "objects: are more than 10000");
+}

@@ -18,6 +18,10 @@ namespace {
 
 constexpr double infinite = std::numeric_limits<double>::infinity();
 constexpr double tiny = 1e-6;
+/// Way points and areas below these extents (m) are no way to go, but work without end.
+constexpr double shortestStep = 1e-3;
+constexpr double smallestArea = 0.1;
+constexpr std::size_t mostObjects = 10000;
 
 Outage readOutage(const Fields& fields) {
     fields.allowOnly({"from", "to"});
@@ -143,6 +147,16 @@ void readPath(const Fields& fields, ObjectTraits& object) {
         }
         object.path.emplace_back(path[i][0].get<double>(), path[i][1].get<double>());
     }
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        // A loop goes on from the last point to the first.
+        const std::size_t next = (i + 1) % path.size();
+        const double step = (object.path[next] - object.path[i]).norm();
+        const bool isStep = next != 0 || object.mode == PathMode::Loop;
+        if (isStep && step > 0.0 && step < shortestStep) {
+            fields.refuse(fmt::format("path[{}]", next),
+                          fmt::format("is closer than {} m to the point before", shortestStep));
+        }
+    }
 }
 
 void readArea(const Fields& fields, ObjectTraits& object) {
@@ -154,10 +168,13 @@ void readArea(const Fields& fields, ObjectTraits& object) {
     if (!(area[0] < area[2] && area[1] < area[3])) {
         fields.refuse("area", "expected [least x, least y, greatest x, greatest y]");
     }
+    if ((object.areaMaximum - object.areaMinimum).minCoeff() < smallestArea) {
+        fields.refuse("area", fmt::format("is narrower than {} m", smallestArea));
+    }
     if (fields.has("count")) {
         object.count = fields.integer("count");
-        if (object.count < 1 || object.count > 10000) {
-            fields.refuse("count", "is not between 1 and 10000");
+        if (object.count < 1 || object.count > static_cast<int>(mostObjects)) {
+            fields.refuse("count", fmt::format("is not between 1 and {}", mostObjects));
         }
     }
 }
@@ -230,8 +247,14 @@ Scenario scenarioOf(const nlohmann::json& json) {
     if (fields.has("radarSensor")) {
         readRadarSensor(fields.object("radarSensor"), scenario.radarSensor);
     }
-    fields.forEach("objects",
-                   [&](const Fields& item) { scenario.objects.push_back(readObject(item)); });
+    std::size_t objects = 0;
+    fields.forEach("objects", [&](const Fields& item) {
+        scenario.objects.push_back(readObject(item));
+        objects += static_cast<std::size_t>(scenario.objects.back().count);
+        if (objects > mostObjects) {
+            fields.refuse("objects", fmt::format("are more than {}", mostObjects));
+        }
+    });
     return scenario;
 }
 

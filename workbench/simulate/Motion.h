@@ -3,7 +3,7 @@
 #pragma once
 
 #include "scenario/Scenario.h"
-#include "simulate/Random.h"
+#include "simulate/Way.h"
 
 #include <cstdint>
 #include <string>
@@ -29,30 +29,22 @@ struct ObjectState {
     Eigen::Vector2d nearestPoint() const;
 };
 
-/// The objects of a scenario as functions of time.
+/// The objects of a scenario as time goes on.
 class Motion {
 public:
     /// @param scenario must outlive this
     /// @param seed draws the crowds' ways
     Motion(const Scenario& scenario, std::uint64_t seed);
 
-    /// @param time seconds
+    /// @param time seconds, not before that of the last call
     /// @return the objects that are there, by ascending id
-    std::vector<ObjectState> at(double time) const;
+    std::vector<ObjectState> at(double time);
 
 private:
-    struct Leg {
-        double from;            ///< s
-        double to;              ///< s
-        Eigen::Vector2d start;  ///< m
-        Eigen::Vector2d velocity;
-        double heading;
-    };
     struct Object {
         const ObjectTraits* traits;
-        std::vector<Leg> legs;  ///< without gaps in time
+        Way way;
     };
-    static Object travel(const ObjectTraits& traits, double duration, Random& random);
 
     std::vector<Object> objects;
 };

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+// The way of one object.
+#pragma once
+
+#include "scenario/Scenario.h"
+#include "simulate/Random.h"
+
+#include <cstddef>
+
+#include <Eigen/Core>
+
+namespace Workbench {
+
+/// A piece of a way at constant velocity.
+struct Leg {
+    double from = 0.0;                   ///< s
+    double to = 0.0;                     ///< s
+    Eigen::Vector2d start{0.0, 0.0};     ///< device frame, m
+    Eigen::Vector2d velocity{0.0, 0.0};  ///< m/s
+    double heading = 0.0;                ///< radians to the left of forward
+};
+
+/// The legs of an object one after another, without gaps in time. Only the current one is kept: a
+/// way may have any number of them.
+class Way {
+public:
+    /// @param traits must outlive this
+    /// @param duration of the scenario, s
+    /// @param random draws way points and speeds
+    Way(const ObjectTraits& traits, double duration, const Random& random);
+
+    /// @param time not before that of the last call, s
+    /// @return the leg at that time; null before the object sets out and after its way has ended
+    const Leg* at(double time);
+
+private:
+    bool nextPoint();
+    bool nextLeg();
+    void rest(double until);
+
+    const ObjectTraits* traits;
+    double duration;
+    Random random;
+    std::size_t visited = 0;  ///< way points of the path
+    Eigen::Vector2d point{0.0, 0.0};
+    Leg leg;
+    bool rests = false;  ///< at the end of this leg
+    bool hasLeg = false;
+};
+
+}  // namespace Workbench
