@@ -135,3 +135,30 @@ TEST(Kitti, SaysWhatIsWrong) {
               "l:2: expected a frame, an id, a type and 14 numbers");
     EXPECT_EQ(faultOf(labelLine + labelLine, calibrationLine), "l:2: id 1 occurs twice in frame 0");
 }
+
+TEST(Kitti, RefusesNumbersThatNoCameraSees) {
+    const auto label = [](const std::string& frame, const std::string& box, const std::string& size,
+                          const std::string& location) {
+        return frame + " 1 Car 0 0 -1.5 " + box + " " + size + " " + location + " -1.57\n";
+    };
+    const std::string box = "600 180 660 225";
+    const std::string size = "1.5 1.6 4";
+    const std::string location = "0.6 1.65 25";
+    EXPECT_EQ(faultOf(label("0", box, size, location), calibrationLine), "no fault");
+    for (const std::string& bad :
+         {label("2147483647", box, size, location), label("100000", box, size, location),
+          label("0", "600 180 1e300 225", size, location), label("0", box, "1.5 -1.6 4", location),
+          label("0", box, "1.5 1.6 -4", location), label("0", box, "-1 1.6 4", location),
+          label("0", box, "1.5 1.6 1e9", location), label("0", box, size, "1e200 1.65 25")}) {
+        EXPECT_EQ(faultOf(bad, calibrationLine), "l:1: a number is out of range") << bad;
+    }
+    // What nobody cares about has neither extents nor a place.
+    EXPECT_EQ(faultOf(labelLine + "0 -1 DontCare -1 -1 -10 500 170 520 190 -1 -1 -1 -1000 -1000 "
+                                  "-1000 -10\n",
+                      calibrationLine),
+              "no fault");
+    EXPECT_EQ(faultOf(labelLine, "P2: 700 0 1e9 0 0 700 180 0 0 0 1 0\n"),
+              "c:1: a number is out of range");
+    EXPECT_EQ(faultOf(labelLine, "P2: 1e-300 0 600 1 0 700 180 0 0 0 1 0\n"),
+              "c:1: a number is out of range");
+}

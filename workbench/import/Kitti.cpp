@@ -7,6 +7,7 @@
 #include "geometry/Projection.h"
 #include "import/TimeSeries.h"
 #include "io/InputError.h"
+#include "io/Interruption.h"
 #include "io/LineReader.h"
 #include "simulate/Motion.h"
 #include "simulate/Random.h"
@@ -29,6 +30,12 @@
 
 namespace Workbench {
 namespace {
+
+// Far beyond all that a car's camera sees, and within what can be computed with.
+constexpr int lastFrame = 99999;
+constexpr double largestObject = 1e3;   // m
+constexpr double farthestObject = 1e5;  // m
+constexpr double largestImage = 1e6;    // pixels
 
 // The third row of the projection is (0, 0, 1, tz); what is used stands in the first two.
 struct Calibration {
@@ -70,7 +77,13 @@ Calibration readCalibration(const std::string& path) {
         if (!(P[0] > 0.0)) {
             throw InputError(lines.place() + ": the focal length is not positive");
         }
-        return {P[0], P[2], P[6], P[3] / P[0]};
+        const Calibration calibration{P[0], P[2], P[6], P[3] / P[0]};
+        if (calibration.focal > largestImage || std::abs(calibration.centreX) > largestImage ||
+            std::abs(calibration.centreY) > largestImage ||
+            !(std::abs(calibration.offset) <= largestObject)) {
+            throw InputError(lines.place() + ": a number is out of range");
+        }
+        return calibration;
     }
     throw InputError(lines.name() + ": no line P2");
 }
@@ -111,11 +124,17 @@ std::pair<int, LabelledObject> parseLabel(std::string_view line, const std::stri
     if (!(words >> object.rotation)) {
         throw InputError(place + ": expected a frame, an id, a type and 14 numbers");
     }
-    if (!object.box.allFinite() || !object.location.allFinite() || frame < 0) {
-        throw InputError(place + ": a number is out of range");
-    }
     object.shape.className = classOf(object.type);
     object.shape.size = {length, width, height};
+    // What nobody cares about has no extents and lies nowhere.
+    const bool isPlaced =
+        object.type == "DontCare" ||
+        (object.shape.size.minCoeff() >= 0.0 && object.shape.size.maxCoeff() <= largestObject &&
+         object.location.cwiseAbs().maxCoeff() <= farthestObject);
+    if (frame < 0 || frame > lastFrame || !isPlaced ||
+        !(object.box.cwiseAbs().maxCoeff() <= largestImage) || !std::isfinite(object.rotation)) {
+        throw InputError(place + ": a number is out of range");
+    }
     return {frame, object};
 }
 
@@ -173,6 +192,7 @@ public:
         }
         static const std::vector<LabelledObject> nothing;
         for (int number = frames.begin()->first; number <= frames.rbegin()->first; ++number) {
+            throwIfInterrupted();
             const auto found = frames.find(number);
             add(number / options.frameRate, found == frames.end() ? nothing : found->second,
                 recording);
