@@ -282,3 +282,29 @@ TEST_F(RecordingReaderTest, RefusesAFileThatIsNotThere) {
         EXPECT_EQ(std::string(error.what()), directory / "missing" + ": No such file or directory");
     }
 }
+
+TEST_F(RecordingReaderTest, RefusesAKeyThatOccursTwice) {
+    const std::string truth =
+        R"({"source":"truth","time":1,"objects":[{"id":1,"position":[1,2],"velocity":[0,0]}]})";
+    EXPECT_EQ(
+        faultOf(goodVideo + "\n" + replaced(goodRadar, "\"time\":1.7", "\"time\":1,\"time\":1.7")),
+        "3: time: occurs twice");
+    EXPECT_EQ(faultOf(replaced(goodRadar, "\"id\":4", "\"id\":4,\"range\":1")),
+              "2: tracks[0].range: occurs twice");
+    EXPECT_EQ(faultOf(replaced(goodVideo, "\"top\":0.2", "\"top\":0.2,\"left\":-0.2")),
+              "2: tracks[0].box.left: occurs twice");
+    EXPECT_EQ(faultOf(replaced(truth, "\"id\":1", "\"id\":1,\"id\":2")),
+              "2: objects[0].id: occurs twice");
+    const std::string header = lineOf(VeskarTest::installation());
+    EXPECT_EQ(faultOfFile(replaced(header, "\"version\":1", "\"version\":1,\"version\":1")),
+              "1: version: occurs twice");
+    EXPECT_EQ(
+        faultOfFile(replaced(header, "\"camera\":{", "\"camera\":{\"bdc\":true,\"bdc\":true,")),
+        "1: camera.bdc: occurs twice");
+}
+
+TEST_F(RecordingReaderTest, RefusesAHeaderThatIsNestedTooDeep) {
+    EXPECT_EQ(
+        faultOfFile("{\"camera\":" + std::string(150000, '[') + std::string(150000, ']') + "}"),
+        "1: nested more than 100 levels deep");
+}

@@ -112,6 +112,11 @@ private:
     }
 
     bool open(Kind kind) {
+        if (open_.size() == deepestNesting) {
+            fault = {position.lineOfToken(),
+                     fmt::format("nested more than {} levels deep", deepestNesting)};
+            return false;
+        }
         LocatedValue& value = place();
         value.kind = kind;
         open_.push_back(&value);

@@ -53,9 +53,10 @@ public:
     BasicFields& operator=(const BasicFields&) = delete;
     ~BasicFields() = default;
 
-    /// Refuses every member that is not listed: a misspelt name must not pass for a default.
-    /// @param names the names that are known
-    /// @throw InputError naming the first unknown member
+    /// Refuses every member that is not listed, since a misspelt name must not pass for a default,
+    /// and one that occurs twice, since nobody can tell which of them is meant.
+    /// @param names the names that are known, at most 64
+    /// @throw InputError naming the first such member
     void allowOnly(std::initializer_list<std::string_view> names) const;
     /// @copydoc allowOnly
     void allowOnly(const std::vector<std::string_view>& names) const;

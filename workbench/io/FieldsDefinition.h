@@ -6,6 +6,7 @@
 #include "io/InputError.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 #include <utility>
 
@@ -32,6 +33,7 @@ template <typename Names>
 void BasicFields<Value>::refuseOthers(const Names& names) const {
     // Members mostly stand in the order in which they are listed.
     auto next = names.begin();
+    std::uint64_t seen = 0;
     members.forEachName([&](std::string_view name) {
         auto found = std::find(next, names.end(), name);
         if (found == names.end()) {
@@ -40,6 +42,11 @@ void BasicFields<Value>::refuseOthers(const Names& names) const {
                 throw InputError(pathOf(name) + ": unknown key");
             }
         }
+        const std::uint64_t bit = std::uint64_t{1} << (found - names.begin());
+        if ((seen & bit) != 0) {
+            throw InputError(pathOf(name) + ": occurs twice");
+        }
+        seen |= bit;
         next = found + 1;
     });
 }

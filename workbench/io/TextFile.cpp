@@ -5,12 +5,63 @@
 #include "io/LineReader.h"
 
 #include <algorithm>
+#include <set>
 #include <string_view>
+#include <vector>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 namespace Workbench {
+namespace {
+
+using Event = nlohmann::json::parse_event_t;
+
+enum class RepeatedKeys { LastCounts, Refused };
+
+/// Refuses while it is being read what would harm once it has been.
+class Watch {
+public:
+    explicit Watch(RepeatedKeys givenRepeatedKeys) : repeatedKeys(givenRepeatedKeys) {}
+
+    /// As nlohmann::json::parse calls it: a key lies one level deeper than the start of its object.
+    bool operator()(int depth, Event event, const nlohmann::json& value) {
+        const auto level = static_cast<std::size_t>(depth);
+        if (event == Event::object_start || event == Event::array_start) {
+            if (level >= deepestNesting) {
+                throw InputError(fmt::format("nested more than {} levels deep", deepestNesting));
+            }
+            open.resize(level);
+            open.emplace_back();
+        } else if (event == Event::key && repeatedKeys == RepeatedKeys::Refused) {
+            add(level - 1, value.get_ref<const std::string&>());
+        }
+        return true;
+    }
+
+private:
+    struct Level {
+        std::string key;  ///< last read
+        std::set<std::string> keys;
+    };
+
+    void add(std::size_t level, const std::string& key) {
+        open[level].key = key;
+        if (!open[level].keys.insert(key).second) {
+            std::string path;
+            for (std::size_t i = 0; i <= level; ++i) {
+                path += path.empty() || open[i].key.empty() ? "" : ".";
+                path += open[i].key;
+            }
+            throw InputError(path + ": occurs twice");
+        }
+    }
+
+    RepeatedKeys repeatedKeys;
+    std::vector<Level> open;
+};
+
+}  // namespace
 
 std::string readText(const std::string& path) {
     LineReader lines(path);
@@ -19,13 +70,17 @@ std::string readText(const std::string& path) {
     while (lines.next(line)) {
         text += line;
         text += '\n';
+        if (text.size() > LineReader::maximumLineLength) {
+            throw InputError(fmt::format("{}: is longer than {} MiB", lines.name(),
+                                         LineReader::maximumLineLength >> 20));
+        }
     }
     return text;
 }
 
 nlohmann::json parseJson(const std::string& text, const std::string& name) {
     try {
-        return nlohmann::json::parse(text, nullptr, true, true);
+        return nlohmann::json::parse(text, Watch(RepeatedKeys::LastCounts), true, true);
     } catch (const nlohmann::json::parse_error& error) {
         const auto end =
             text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, text.size()));
@@ -33,7 +88,13 @@ nlohmann::json parseJson(const std::string& text, const std::string& name) {
         throw InputError(fmt::format("{}:{}: {}", name, line, reasonOf(error)));
     } catch (const nlohmann::json::exception& error) {
         throw InputError(fmt::format("{}: {}", name, reasonOf(error)));
+    } catch (const InputError& error) {
+        throw InputError(fmt::format("{}: {}", name, error.what()));
     }
+}
+
+nlohmann::json parseJsonLine(std::string_view line) {
+    return nlohmann::json::parse(line, Watch(RepeatedKeys::Refused));
 }
 
 nlohmann::json readJson(const std::string& path) {

@@ -2,8 +2,10 @@
 // Small inputs (configurations, cameras, scenarios, data sets), read as a whole.
 #pragma once
 
+#include <cstddef>
 #include <exception>
 #include <string>
+#include <string_view>
 
 #include <nlohmann/json_fwd.hpp>
 
@@ -11,7 +13,7 @@ namespace Workbench {
 
 /// @param path a file, or "-" for standard input
 /// @return its text
-/// @throw InputError when it cannot be read
+/// @throw InputError when it cannot be read or is longer than LineReader::maximumLineLength
 std::string readText(const std::string& path);
 
 /// @param path a JSON file, or "-"; comments are allowed
@@ -24,6 +26,16 @@ nlohmann::json readJson(const std::string& path);
 /// @return the document
 /// @throw InputError with file and line of the fault
 nlohmann::json parseJson(const std::string& text, const std::string& name);
+
+/// @param line JSON text of one line, without comments
+/// @return the document
+/// @throw InputError when a key occurs twice in an object or the nesting is too deep
+/// @throw nlohmann::json::exception when it is no JSON
+nlohmann::json parseJsonLine(std::string_view line);
+
+/// Objects and arrays in each other. Documents need a handful; some thousand exhaust the stack of
+/// those who walk over them.
+constexpr std::size_t deepestNesting = 100;
 
 /// @param error a fault that the JSON library found
 /// @return its text without the library's prefix

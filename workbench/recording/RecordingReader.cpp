@@ -205,7 +205,7 @@ RecordingReader::RecordingReader(const std::string& path, TruthLines givenTruthL
                          ":1: the file is empty, expected the header of a recording");
     }
     try {
-        const nlohmann::json json = nlohmann::json::parse(text);
+        const nlohmann::json json = parseJsonLine(text);
         head = readHeader(Fields(json));
     } catch (const nlohmann::json::exception& error) {
         throw InputError(

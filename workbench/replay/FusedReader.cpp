@@ -171,7 +171,7 @@ FusedReader::FusedReader(const std::string& path)
                          ":1: the file is empty, expected the header of fused tracks");
     }
     try {
-        head = readHeader(nlohmann::json::parse(text));
+        head = readHeader(parseJsonLine(text));
     } catch (const nlohmann::json::exception& error) {
         throw InputError(
             fmt::format("{}: no header of fused tracks: {}", lines.place(), reasonOf(error)));

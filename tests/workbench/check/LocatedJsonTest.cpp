@@ -75,5 +75,16 @@ TEST(LocatedJson, ShowsValues) {
     EXPECT_EQ(root.find("e")->shown(), "-3e2");
 }
 
+TEST(LocatedJson, RefusesDeepNesting) {
+    LocatedValue document;
+    std::string text;
+    for (int i = 0; i < 150000; ++i) {
+        text += i == 50 ? "\n{\"a\":" : "{\"a\":";
+    }
+    const auto fault = parseLocated(text, Comments::Refused, document);
+    EXPECT_EQ(fault.line, 2);
+    EXPECT_EQ(fault.reason, "nested more than 100 levels deep");
+}
+
 }  // namespace
 }  // namespace Workbench
