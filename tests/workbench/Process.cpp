@@ -2,14 +2,19 @@
 #include "Process.h"
 
 #include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+#include <thread>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -23,6 +28,33 @@ void redirect(const std::string& path, int flags, int target) {
     }
 }
 
+std::vector<char*> pointersTo(const std::vector<std::string>& arguments) {
+    std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
+    for (const std::string& argument : arguments) {
+        pointers.push_back(const_cast<char*>(argument.c_str()));
+    }
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+int exitStatus(int status) {
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+/// Looks again and again, but not for ever.
+template <typename Condition>
+bool becomesTrue(Condition condition, std::chrono::seconds patience) {
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
 }  // namespace
 
 Outcome run(const std::vector<std::string>& arguments, const std::string& input) {
@@ -31,12 +63,7 @@ Outcome run(const std::vector<std::string>& arguments, const std::string& input)
     const std::string out = directory / "out";
     const std::string err = directory / "err";
     spill(in, input);
-    std::vector<char*> pointers;
-    pointers.reserve(arguments.size() + 1);
-    for (const std::string& argument : arguments) {
-        pointers.push_back(const_cast<char*>(argument.c_str()));
-    }
-    pointers.push_back(nullptr);
+    const std::vector<char*> pointers = pointersTo(arguments);
     const pid_t child = ::fork();
     if (child == 0) {
         redirect(in, O_RDONLY, STDIN_FILENO);
@@ -49,12 +76,131 @@ Outcome run(const std::vector<std::string>& arguments, const std::string& input)
     if (child < 0 || ::waitpid(child, &status, 0) != child) {
         throw std::runtime_error("cannot run " + arguments.front());
     }
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), slurp(out), slurp(err)};
+    return {exitStatus(status), slurp(out), slurp(err)};
 }
 
 Outcome veskar(std::vector<std::string> arguments, const std::string& input) {
     arguments.insert(arguments.begin(), VESKAR_PROGRAM);
     return run(arguments, input);
+}
+
+Pipe::Pipe() {
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+        throw std::runtime_error("cannot make a pipe");
+    }
+}
+
+Pipe::~Pipe() {
+    ::close(ends[0]);
+    end();
+}
+
+void Pipe::end() {
+    if (ends[1] >= 0) {
+        ::close(ends[1]);
+        ends[1] = -1;
+    }
+}
+
+void Pipe::put(const std::string& text) const {
+    if (::write(ends[1], text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+        throw std::runtime_error("cannot fill a pipe");
+    }
+}
+
+void Pipe::fill() const {
+    const std::string page(4096, 'x');
+    ::fcntl(ends[1], F_SETPIPE_SZ, page.size());
+    ::fcntl(ends[1], F_SETFL, O_NONBLOCK);
+    while (::write(ends[1], page.data(), page.size()) > 0) {
+    }
+    ::fcntl(ends[1], F_SETFL, 0);
+}
+
+RunningProgram::RunningProgram(std::vector<std::string> arguments, const Streams& streams,
+                               int ignored) {
+    arguments.insert(arguments.begin(), VESKAR_PROGRAM);
+    const std::string out = directory / "out";
+    const std::string err = directory / "err";
+    const std::vector<char*> pointers = pointersTo(arguments);
+    child = ::fork();
+    if (child == 0) {
+        // Whoever runs the tests may ignore signals itself, and wants no core dumps.
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+            ::signal(signal, signal == ignored ? SIG_IGN : SIG_DFL);
+        }
+        const rlimit none{0, 0};
+        ::setrlimit(RLIMIT_CORE, &none);
+        redirect(err, O_WRONLY | O_CREAT, STDERR_FILENO);
+        if (streams.input < 0) {
+            redirect("/dev/null", O_RDONLY, STDIN_FILENO);
+        } else {
+            ::dup2(streams.input, STDIN_FILENO);
+        }
+        if (streams.output < 0) {
+            redirect(out, O_WRONLY | O_CREAT, STDOUT_FILENO);
+        } else {
+            ::dup2(streams.output, STDOUT_FILENO);
+        }
+        ::execvp(pointers[0], pointers.data());
+        ::_exit(127);
+    }
+    if (child < 0) {
+        throw std::runtime_error("cannot run " + arguments.front());
+    }
+}
+
+RunningProgram::~RunningProgram() {
+    if (child > 0) {
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+    }
+}
+
+bool RunningProgram::listens() const {
+    const std::string status = slurp("/proc/" + std::to_string(child) + "/status");
+    const std::string caught = "SigCgt:\t";
+    const std::size_t place = status.find(caught);
+    if (place == std::string::npos) {
+        return false;
+    }
+    const std::uint64_t signals =
+        std::stoull(status.substr(place + caught.size(), 16), nullptr, 16);
+    return (signals >> (SIGTERM - 1) & 1) != 0;
+}
+
+void RunningProgram::awaitListening() const {
+    if (!becomesTrue([this] { return listens(); }, std::chrono::seconds(60))) {
+        throw std::runtime_error("the program does not listen for signals");
+    }
+}
+
+void RunningProgram::awaitIdle() const {
+    awaitListening();
+    const std::string path = "/proc/" + std::to_string(child) + "/stat";
+    const auto isIdle = [&] {
+        const std::string text = slurp(path);
+        const std::size_t place = text.rfind(')');
+        return place != std::string::npos && text.substr(place + 2, 1) == "S";
+    };
+    if (!becomesTrue(isIdle, std::chrono::seconds(60))) {
+        throw std::runtime_error("the program does not wait");
+    }
+}
+
+void RunningProgram::send(int signal) const {
+    ::kill(child, signal);
+}
+
+Outcome RunningProgram::finish() {
+    int status = 0;
+    const auto hasEnded = [&] { return ::waitpid(child, &status, WNOHANG) == child; };
+    if (!becomesTrue(hasEnded, std::chrono::seconds(60))) {
+        ::kill(child, SIGKILL);
+        ::waitpid(child, &status, 0);
+    }
+    child = -1;
+    return {exitStatus(status), slurp(directory / "out"), slurp(directory / "err")};
 }
 
 std::string dataFile(const std::string& name) {

@@ -2,8 +2,11 @@
 // Runs the program as its users do.
 #pragma once
 
+#include <array>
 #include <string>
 #include <vector>
+
+#include <sys/types.h>
 
 namespace VeskarTest {
 
@@ -24,18 +27,6 @@ Outcome run(const std::vector<std::string>& arguments, const std::string& input 
 /// @return what came of it
 Outcome veskar(std::vector<std::string> arguments, const std::string& input = "");
 
-/// @param name a file in tests/workbench/data
-/// @return its path
-std::string dataFile(const std::string& name);
-
-/// @param path a file
-/// @return its text
-std::string slurp(const std::string& path);
-
-/// @param path a file
-/// @param text its new text
-void spill(const std::string& path, const std::string& text);
-
 /// A directory of its own for a test, removed with everything in it.
 class TemporaryDirectory {
 public:
@@ -53,5 +44,72 @@ public:
 private:
     std::string path;
 };
+
+/// A pipe with both ends in the hands of the test. Its ends are not inherited by accident.
+class Pipe {
+public:
+    Pipe();
+    ~Pipe();
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+
+    int readingEnd() const { return ends[0]; }
+    int writingEnd() const { return ends[1]; }
+    /// @param text what a reader finds, at most what a pipe holds
+    void put(const std::string& text) const;
+    /// Leaves no room for a single byte more.
+    void fill() const;
+    /// Closes the writing end: a reader comes to the end.
+    void end();
+
+private:
+    std::array<int, 2> ends{-1, -1};
+};
+
+/// The veskar program, running beside the test.
+class RunningProgram {
+public:
+    /// Descriptors that become the standard streams; negative: an empty input, and files.
+    struct Streams {
+        int input = -1;
+        int output = -1;
+    };
+
+    /// @param arguments arguments of the program
+    /// @param streams its standard streams
+    /// @param ignored a signal that it inherits as ignored; 0: none
+    RunningProgram(std::vector<std::string> arguments, const Streams& streams, int ignored = 0);
+    /// Ends it if it still runs.
+    ~RunningProgram();
+    RunningProgram(const RunningProgram&) = delete;
+    RunningProgram& operator=(const RunningProgram&) = delete;
+
+    /// Waits until it listens for signals and waits for something itself.
+    void awaitIdle() const;
+    /// Waits until it listens for signals.
+    void awaitListening() const;
+    /// @param signal sent to it
+    void send(int signal) const;
+    /// @return what came of it; status -SIGKILL when it did not end within a minute
+    Outcome finish();
+
+private:
+    bool listens() const;
+
+    TemporaryDirectory directory;
+    pid_t child = -1;
+};
+
+/// @param name a file in tests/workbench/data
+/// @return its path
+std::string dataFile(const std::string& name);
+
+/// @param path a file
+/// @return its text
+std::string slurp(const std::string& path);
+
+/// @param path a file
+/// @param text its new text
+void spill(const std::string& path, const std::string& text);
 
 }  // namespace VeskarTest
