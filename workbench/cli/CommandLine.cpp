@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <exception>
 #include <sstream>
+#include <string>
 
 #include <CLI/CLI.hpp>
 #include <fcntl.h>
@@ -47,11 +48,6 @@ void occupyStandardStreams() {
     }
 }
 
-// Where this cannot be told, nothing can.
-void complain(const std::string& text) {
-    std::fputs(text.c_str(), stderr);
-}
-
 // Runs what the arguments ask for.
 int run(CLI::App& program, const Action& action, int count, const char* const* arguments) {
     try {
@@ -60,7 +56,7 @@ int run(CLI::App& program, const Action& action, int count, const char* const* a
         std::ostringstream answer;
         std::ostringstream complaint;
         const bool isFault = program.exit(error, answer, complaint) != 0;
-        complain(complaint.str());
+        writeError(complaint.str());
         // Help and version are no faults.
         OutputFile output("-");
         output.write(answer.str());
@@ -71,6 +67,10 @@ int run(CLI::App& program, const Action& action, int count, const char* const* a
 }
 
 }  // namespace
+
+void writeError(const std::string& text) {
+    std::fputs(text.c_str(), stderr);
+}
 
 int runCommandLine(int count, const char* const* arguments) {
     occupyStandardStreams();
@@ -95,10 +95,10 @@ int runCommandLine(int count, const char* const* arguments) {
     try {
         return run(program, action, count, arguments);
     } catch (const Interrupted& interruption) {
-        complain("veskar: interrupted\n");
+        writeError("veskar: interrupted\n");
         endBy(interruption.signal());
     } catch (const std::exception& error) {
-        complain(fmt::format("veskar: {}\n", printable(error.what())));
+        writeError(fmt::format("veskar: {}\n", printable(error.what())));
         return badInput;
     }
 }

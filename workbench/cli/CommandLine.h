@@ -2,6 +2,8 @@
 // The program as a function.
 #pragma once
 
+#include <string>
+
 namespace Workbench {
 
 /// What the program's exit status says.
@@ -19,5 +21,9 @@ enum ExitStatus {
 /// @param arguments the arguments
 /// @return an ExitStatus
 int runCommandLine(int count, const char* const* arguments);
+
+/// Writes to standard error. Where that fails there is nobody to tell: it is no fault.
+/// @param text as it is to appear
+void writeError(const std::string& text);
 
 }  // namespace Workbench

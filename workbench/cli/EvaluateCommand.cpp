@@ -95,8 +95,9 @@ int judgeRun(const Options& options, RecordingReader& reader, const EvaluationOp
                        }));
     output.commit();
     if (replay.counts().failedFrames > 0) {
-        fmt::print(stderr, "veskar: {}: the fusion could not associate {} frames; the first: {}\n",
-                   options.recording, replay.counts().failedFrames, replay.counts().firstFailure);
+        writeError(fmt::format(
+            "veskar: {}: the fusion could not associate {} frames; the first: {}\n",
+            options.recording, replay.counts().failedFrames, replay.counts().firstFailure));
         return negativeAnswer;
     }
     return success;

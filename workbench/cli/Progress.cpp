@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/Progress.h"
 
+#include "cli/CommandLine.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <utility>
@@ -15,7 +17,7 @@ Progress::Progress(std::string givenTitle)
 
 Progress::~Progress() {
     if (isDrawn) {
-        fmt::print(stderr, "\r\033[K");
+        writeError("\r\033[K");
     }
 }
 
@@ -32,12 +34,12 @@ void Progress::update(double fraction) {
     isDrawn = true;
     const double seconds = std::chrono::duration<double>(now - start).count();
     if (fraction < 0.0) {
-        fmt::print(stderr, "\r{} {:.0f} s\033[K", title, seconds);
+        writeError(fmt::format("\r{} {:.0f} s\033[K", title, seconds));
     } else {
         constexpr int width = 40;
         const int full = static_cast<int>(width * std::clamp(fraction, 0.0, 1.0));
-        fmt::print(stderr, "\r{} [{:=<{}}{: <{}}] {:3.0f} %\033[K", title, "", full, "",
-                   width - full, 100.0 * fraction);
+        writeError(fmt::format("\r{} [{:=<{}}{: <{}}] {:3.0f} %\033[K", title, "", full, "",
+                               width - full, 100.0 * fraction));
     }
     std::fflush(stderr);
 }

@@ -120,10 +120,10 @@ int finish(const Options& options, const Replay& replay, const Summary& summary)
     }
     const ReplayCounts& counts = replay.counts();
     if (counts.failedFrames > 0) {
-        fmt::print(
-            stderr, "veskar: {}: the fusion could not associate {} of {} frames; the first: {}\n",
+        writeError(fmt::format(
+            "veskar: {}: the fusion could not associate {} of {} frames; the first: {}\n",
             options.recording, counts.failedFrames,
-            counts.videoFrames + counts.radarFrames + counts.addedFrames, counts.firstFailure);
+            counts.videoFrames + counts.radarFrames + counts.addedFrames, counts.firstFailure));
         return negativeAnswer;
     }
     return success;
