@@ -5,7 +5,9 @@
 #include "report/Page.h"
 
 #include <algorithm>
+#include <array>
 #include <csignal>
+#include <cstdlib>
 #include <string>
 #include <utility>
 #include <vector>
@@ -63,6 +65,11 @@ protected:
         spill(directory / "explained",
               veskar({"replay", recording, "--explain", "-", "-o", directory / "none"}).output);
         ASSERT_EQ(::unlink((directory / "none").c_str()), 0);
+        spill(camera, R"({"bdc": false, "rotation": {"pitch": 20.0, "yaw": 0.0, "roll": 0.0},
+            "resolution": [1920, 1080], "sensorOffset": [0.0, 0.0],
+            "imageToRadiansPolynomial": [0.0, 0.7853981633974483, 0.0, 0.0],
+            "radiansToImagePolynomial": [0.0, 1.2732395447351628, 0.0, 0.0],
+            "fov": [0.7853981633974483, 0.44], "position": [0.0, 0.0, 5.0]})");
         files = directory.names();
     }
 
@@ -91,15 +98,15 @@ protected:
                                   {{"import", "autoferry", detections}, {}, groundTruth},
                                   {{"replay"}, {}, recording},
                                   {{"replay", recording, "--config"}, {}, configuration},
-                                  {{"replay", recording, "--camera"}, {}, camera()},
+                                  {{"replay", recording, "--camera"}, {}, camera},
                                   {{"evaluate"}, {}, recording},
                                   {{"evaluate", recording}, {}, fused},
                                   {{"evaluate", recording, "--config"}, {}, configuration},
-                                  {{"evaluate", recording, "--camera"}, {}, camera()},
+                                  {{"evaluate", recording, "--camera"}, {}, camera},
                                   {{"check", "--as", "recording"}, {}, recording},
                                   {{"check", "--as", "scenario"}, {}, scenario},
                                   {{"check", "--as", "configuration"}, {}, configuration},
-                                  {{"check", "--as", "camera"}, {}, camera()}};
+                                  {{"check", "--as", "camera"}, {}, camera}};
         if (hasPage) {
             all.push_back({{"report"}, {fused}, recording});
             all.push_back({{"report", recording}, {}, fused});
@@ -130,16 +137,6 @@ protected:
         }
     }
 
-    std::string camera() const {
-        const std::string path = directory / "camera";
-        spill(path, R"({"bdc": false, "rotation": {"pitch": 20.0, "yaw": 0.0, "roll": 0.0},
-            "resolution": [1920, 1080], "sensorOffset": [0.0, 0.0],
-            "imageToRadiansPolynomial": [0.0, 0.7853981633974483, 0.0, 0.0],
-            "radiansToImagePolynomial": [0.0, 1.2732395447351628, 0.0, 0.0],
-            "fov": [0.7853981633974483, 0.44], "position": [0.0, 0.0, 5.0]})");
-        return path;
-    }
-
     VeskarTest::TemporaryDirectory directory;
     const bool hasPage = !Workbench::reportPage.empty();
     const std::string scenario = dataFile("tiny.scenario.json");
@@ -151,6 +148,7 @@ protected:
     const std::string groundTruth = dataFile("boats.groundTruth.json");
     const std::string configuration = std::string(VESKAR_SOURCE_DIR) + "/config/fusion.json";
     const std::string explanation = directory / "explained";
+    const std::string camera = directory / "camera";
     std::string out = directory / "out";
     Words files;  ///< of the directory before a command
 };
@@ -224,6 +222,23 @@ TEST_F(Fault, ASignalEndsAPause) {
         files = directory.names();
         interrupt({"replay", directory / "late", "--realtime", "-o", out}, {});
     }
+}
+
+TEST_F(Fault, ATerminalThatClosesTakesNoBarAndLeavesNoOutput) {
+    const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_EQ(::grantpt(terminal), 0);
+    ASSERT_EQ(::unlockpt(terminal), 0);
+    const int program = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    RunningProgram running({"simulate", scenario, "--duration", "1000000", "-o", out},
+                           {-1, -1, program});
+    ::close(program);
+    // The bar is there.
+    std::array<char, 64> drawn{};
+    EXPECT_GT(::read(terminal, drawn.data(), drawn.size()), 0);
+    ::close(terminal);
+    running.send(SIGHUP);
+    EXPECT_EQ(running.finish().status, -SIGHUP);
+    EXPECT_EQ(directory.names(), files);
 }
 
 TEST_F(Fault, ASignalThatComesTwiceIsOne) {
@@ -325,6 +340,7 @@ TEST_F(Fault, WithoutStandardStreamsNoLogLineLandsInTheOutput) {
         many +=
             "]}\n{\"source\":\"video\",\"time\":" + std::to_string(frame) + ".01,\"tracks\":[]}\n";
     }
+    many += "{\"source\":\"radar\",\"time\":3,\"tracks\":[]}\n";
     spill(directory / "many", many);
     const Words command = {"replay", directory / "many", "-o", out};
     const Outcome usual = veskar(command);

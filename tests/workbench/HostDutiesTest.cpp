@@ -157,7 +157,7 @@ TEST(HostDuties, EmptyFramesEndSomeSecondsAfterTheLastReport) {
     duties.saw(frame(Veskar::Radar, 1e6, 1e6));
     EXPECT_TRUE(duties.videoFor(1e6, 1e6));
     EXPECT_FALSE(duties.nextBefore(1e6 + 0.19));
-    EXPECT_EQ(allBefore(duties, 1e6 + 1.0).size(), 4u);
+    EXPECT_EQ(allBefore(duties, 1e6 + 0.9).size(), 4u);
 }
 
 TEST(HostDuties, EmptyFramesGoOnWhileASlowRadarIsPredicted) {
@@ -175,7 +175,7 @@ TEST(HostDuties, EmptyFramesGoOnWhileASlowRadarIsPredicted) {
     // One and a half intervals, and ten seconds more of what stands for video.
     EXPECT_NEAR(predicted, 150, 1);
     EXPECT_NEAR(empty, 200, 2);
-    EXPECT_NEAR(last, 60.0, 0.2001);
+    EXPECT_NEAR(last, 60.0, 0.5);
 }
 
 TEST(HostDuties, ASensorWithFramesMinutesApartIsBelievedForOne) {

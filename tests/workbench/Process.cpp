@@ -131,7 +131,11 @@ RunningProgram::RunningProgram(std::vector<std::string> arguments, const Streams
         }
         const rlimit none{0, 0};
         ::setrlimit(RLIMIT_CORE, &none);
-        redirect(err, O_WRONLY | O_CREAT, STDERR_FILENO);
+        if (streams.errors < 0) {
+            redirect(err, O_WRONLY | O_CREAT, STDERR_FILENO);
+        } else {
+            ::dup2(streams.errors, STDERR_FILENO);
+        }
         if (streams.input < 0) {
             redirect("/dev/null", O_RDONLY, STDIN_FILENO);
         } else {

@@ -73,6 +73,7 @@ public:
     struct Streams {
         int input = -1;
         int output = -1;
+        int errors = -1;
     };
 
     /// @param arguments arguments of the program
