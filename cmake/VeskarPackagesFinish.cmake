@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Run by CPack after packing: packs once more what it cannot be told otherwise. Before 3.31 it has no
-# Multi-Arch field, and it adds scripts that call ldconfig, for which there is a trigger.
+# Multi-Arch field; it adds scripts that call ldconfig, for which there is a trigger; and what may be
+# read hangs on who packs.
 function(dpkg_deb)
   execute_process(COMMAND dpkg-deb ${ARGV} OUTPUT_VARIABLE said COMMAND_ERROR_IS_FATAL ANY
                   OUTPUT_STRIP_TRAILING_WHITESPACE)
@@ -18,5 +19,6 @@ foreach(file IN LISTS CPACK_PACKAGE_FILES)
   file(REMOVE "${directory}/DEBIAN/postinst" "${directory}/DEBIAN/postrm")
   file(READ "${directory}/DEBIAN/control" control)
   file(WRITE "${directory}/DEBIAN/control" "Multi-Arch: ${multi_arch}\n${control}")
+  execute_process(COMMAND chmod -R u=rwX,go=rX "${directory}" COMMAND_ERROR_IS_FATAL ANY)
   dpkg_deb(--root-owner-group --build "${directory}" "${file}")
 endforeach()
