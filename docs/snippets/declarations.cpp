@@ -1,0 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+// Around functions of a host.
+// snippet
+
+int main() {}

@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
+// Around a report of a radar.
+#include <memory>
+
+void locate(const std::shared_ptr<Veskar::Track>& track, double range, double radarAzimuth) {
+    // snippet
+}
+
+int main() {
+    locate(nullptr, 0.0, 0.0);
+}
