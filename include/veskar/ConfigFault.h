@@ -17,7 +17,7 @@ struct VESKAR_EXPORT ConfigFault {
         Ignored    ///< nothing reads it
     };
 
-    Effect effect = Effect::Refused;
+    Effect effect = Effect::Refused;  ///< what comes of it
     int line = 1;        ///< from 1; of a missing key the line where its section begins
     std::string key;     ///< dotted path, as "veskarModule.gainNegative.radar"; empty: the document
     std::string value;   ///< as written, "an object" or "an array"; empty when there is none
