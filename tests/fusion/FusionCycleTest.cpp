@@ -154,7 +154,7 @@ TEST_F(FusionCycle, RunsOnTheSteadyClockByDefault) {
     const double time =
         std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
     FusionModule onSteadyClock(config);
-    onSteadyClock.cycle(Radar, time + 3600.0, {radar(1, time, {-0.9})});
+    onSteadyClock.cycle(Radar, time + 3600.0, {radar(1, time + 3600.0, {-0.9})});
     EXPECT_TRUE(onSteadyClock.systemTracks.empty());
     FusionModule another(config);
     another.cycle(Radar, time - 1.6, {radar(2, time, {0.9})});
