@@ -48,7 +48,7 @@ template <typename Record>
 constexpr auto keysOf = std::tuple{};
 
 template <>
-constexpr auto keysOf<Config::VideoInput> = std::tuple{
+inline constexpr auto keysOf<Config::VideoInput> = std::tuple{
     required("uvCorrelation", &Config::VideoInput::uvCorrelation),
     required("uvVelocityStd", &Config::VideoInput::uvVelocityStd),
     required("minimumPseudoRangeStd", &Config::VideoInput::minimumPseudoRangeStd),
@@ -59,11 +59,11 @@ constexpr auto keysOf<Config::VideoInput> = std::tuple{
 };
 
 template <>
-constexpr auto keysOf<Config::FusionInputs> =
+inline constexpr auto keysOf<Config::FusionInputs> =
     std::tuple{required("video", &Config::FusionInputs::video)};
 
 template <>
-constexpr auto keysOf<Config::GainNegative> = std::tuple{
+inline constexpr auto keysOf<Config::GainNegative> = std::tuple{
     required("radar", &Config::GainNegative::radar),
     required("video", &Config::GainNegative::video),
 };
@@ -71,7 +71,7 @@ constexpr auto keysOf<Config::GainNegative> = std::tuple{
 using ModuleConfig = Config::ModuleConfig;
 
 template <>
-constexpr auto keysOf<ModuleConfig> = std::tuple{
+inline constexpr auto keysOf<ModuleConfig> = std::tuple{
     required("gainNegative", &ModuleConfig::gainNegative),
     required("splitGating", &ModuleConfig::splitGating),
     required("gatingDistance", &ModuleConfig::gatingDistance),
@@ -104,7 +104,7 @@ constexpr auto keysOf<ModuleConfig> = std::tuple{
 using PriorityConfig = Config::PriorityConfig;
 
 template <>
-constexpr auto keysOf<PriorityConfig> = std::tuple{
+inline constexpr auto keysOf<PriorityConfig> = std::tuple{
     required("vuraWidthFractionLimit", &PriorityConfig::vuraWidthFractionLimit),
     required("vuraHeightFractionLimit", &PriorityConfig::vuraHeightFractionLimit),
     required("vodWidthFractionLimit", &PriorityConfig::vodWidthFractionLimit),
@@ -119,7 +119,7 @@ constexpr auto keysOf<PriorityConfig> = std::tuple{
 };
 
 template <>
-constexpr auto keysOf<Config> = std::tuple{
+inline constexpr auto keysOf<Config> = std::tuple{
     required("veskarInputs", &Config::inputs),
     required("veskarModule", &Config::module),
     required("veskarDetectionPriority", &Config::detectionPriority),

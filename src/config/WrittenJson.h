@@ -19,8 +19,8 @@ struct WrittenValue {
 
     /// @return the type that Jansson gives it
     Kind kind() const;
-    /// @return the last member of that key, which is the one that counts; null without one
-    const WrittenValue* find(const std::string& key) const;
+    /// @return the last member of that name, which is the one that counts; null without one
+    const WrittenValue* find(const std::string& name) const;
 };
 
 /// A text that is no JSON.
