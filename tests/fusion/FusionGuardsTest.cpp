@@ -9,6 +9,7 @@
 #include <functional>
 #include <limits>
 #include <optional>
+#include <ostream>
 #include <utility>
 
 #include <syslog.h>
@@ -102,8 +103,8 @@ struct Poison {
     const char* line;
 };
 
-void PrintTo(const Poison& poison, std::ostream* out) {
-    *out << poison.what;
+std::ostream& operator<<(std::ostream& out, const Poison& poison) {
+    return out << poison.what;
 }
 
 StateMatrix rankOne() {

@@ -195,7 +195,7 @@ TEST_F(FusionSoak, LeavesNothingBehind) {
                 bytes = std::max(bytes, liveBytes());
             } else {
                 EXPECT_LE(liveAllocations(), blocks + 16) << "frame " << frame;
-                EXPECT_LE(liveBytes(), bytes + 16 * 1024) << "frame " << frame;
+                EXPECT_LE(liveBytes(), bytes + 16'384) << "frame " << frame;
             }
         }
     }
