@@ -37,7 +37,7 @@ public:
 
 private:
     std::optional<int> ask(sd_bus* bus, const Call& call,
-                           std::chrono::steady_clock::duration limit);
+                           std::chrono::steady_clock::duration available);
 
     SteadyClock clock;
     std::optional<std::chrono::steady_clock::time_point> silentSince;

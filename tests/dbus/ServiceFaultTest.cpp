@@ -26,7 +26,6 @@
 
 using namespace VeskarTest;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using Veskar::Source;
 using Veskar::Dbus::SceneConditions;
 
