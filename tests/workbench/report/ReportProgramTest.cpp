@@ -116,7 +116,7 @@ TEST_F(ReportProgram, ShowsTheConfigurationThatWasUsed) {
     // As written by hand: the fusion takes its default for an integer.
     text.replace(text.find(used), used.size(), "\"stationaryBlockingMinVideoAge\":5");
     spill(fused, text);
-    const Outcome outcome = veskar({"report", recording, fused, "-o", "-"});
+    const Outcome outcome = veskar({"report", "--force", recording, fused, "-o", "-"});
     ASSERT_EQ(outcome.status, 0);
     const auto configuration = dataIn(outcome.output)["runs"][0]["configuration"];
     EXPECT_EQ(configuration["veskarModule"]["stationaryBlockingMinVideoAge"], 3.0);
