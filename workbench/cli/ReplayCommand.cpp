@@ -169,8 +169,7 @@ int replay(const Options& options) {
     Explanations explanations(options.explain);
     run.setObserver(explanations.observer());
     feed(reader, run, options.realtime);
-    const std::string closing =
-        closingLine(digestsOfRun(reader.digest(), header, config.toJson()));
+    const std::string closing = closingLine(digestsOfRun(reader.digest(), header, config.toJson()));
     explanations.finish(closing);
     writer.finish();
     if (!isCsv) {
