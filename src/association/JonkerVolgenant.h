@@ -2,6 +2,7 @@
 // The linear assignment problem by shortest augmenting paths, in the dense form.
 #pragma once
 
+#include "association/IntIndexed.h"
 #include "association/SparseCosts.h"
 
 #include <cstddef>
@@ -74,18 +75,18 @@ private:
     int relax(int scanned);
 
     int n = 0;
-    std::vector<const double*> rows;   ///< costs of each row
+    IntIndexed<const double*> rows;    ///< costs of each row
     std::vector<double> forbiddenRow;  ///< the costs of a row without any
     std::vector<double> ownRows;       ///< rows that the caller does not keep as they are needed
-    std::vector<double> v;             ///< column prices
-    std::vector<int> columnOf;         ///< column of each row
-    std::vector<int> rowOf;            ///< row of each column, -1 while unassigned
-    std::vector<int> matches;          ///< columns in which a row is the cheapest
+    IntIndexed<double> v;              ///< column prices
+    IntIndexed<int> columnOf;          ///< column of each row
+    IntIndexed<int> rowOf;             ///< row of each column, -1 while unassigned
+    IntIndexed<int> matches;           ///< columns in which a row is the cheapest
     std::vector<int> freeRows;         ///< rows without a column
     std::vector<int> displaced;        ///< rows that a pass of the row reduction leaves free
-    std::vector<double> pathCost;      ///< shortest path from the free row to each column
-    std::vector<int> predecessor;      ///< row before each column on that path
-    std::vector<int> columns;          ///< search order: scanned, then nearest, then the rest
+    IntIndexed<double> pathCost;       ///< shortest path from the free row to each column
+    IntIndexed<int> predecessor;       ///< row before each column on that path
+    IntIndexed<int> columns;           ///< search order: scanned, then nearest, then the rest
     int low = 0;                       ///< columns before this position are scanned
     int up = 0;                        ///< columns from low to here are the nearest
     int last = -1;                     ///< last position whose column gets a new price

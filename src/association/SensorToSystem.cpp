@@ -156,7 +156,7 @@ void SensorToSystem::findMismatches(const Row& row, const GateSide& side,
     mismatches.clear();
     for (const SparseCosts::Cell& cell : found) {
         if (!agrees(row, cols[cell.col].traits)) {
-            mismatches.push_back(cell.col);
+            mismatches.push_back(static_cast<std::size_t>(cell.col));
         }
     }
     if (config.removeClassMismatches) {

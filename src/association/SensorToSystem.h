@@ -9,6 +9,7 @@
 #include "association/ClassTraits.h"
 #include "association/FarPairs.h"
 #include "association/Gate.h"
+#include "association/IntIndexed.h"
 #include "association/Occupancy.h"
 #include "association/SparseCosts.h"
 
@@ -104,13 +105,13 @@ private:
     const Config::ModuleConfig& config;
     const Gate& gate;
     std::vector<Row> rows;
-    std::vector<Col> cols;
+    IntIndexed<Col> cols;
     bool hasCandidates = false;  ///< whether some row is open and some column available
     GateCols candidates;         ///< the available columns
     GateCols held;               ///< the others, which still count as matches
     bool heldGathered = false;
     std::vector<std::size_t> mismatches;  ///< columns inside the gate of the row at hand
-    std::vector<std::size_t> groupSizes;  ///< columns of each class group
+    IntIndexed<std::size_t> groupSizes;   ///< columns of each class group
     Occupancy occupancy;
 };
 

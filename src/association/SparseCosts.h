@@ -61,6 +61,7 @@ public:
     Row row(std::size_t i) const {
         return {cells.data() + (i == 0 ? 0 : rowEnds[i - 1]), cells.data() + rowEnds[i]};
     }
+    Row row(int i) const { return row(static_cast<std::size_t>(i)); }
     /// @param i a row that is filled
     /// @param col a column
     /// @return the cell of that pair; null when it is forbidden

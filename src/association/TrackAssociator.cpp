@@ -4,6 +4,7 @@
 #include "association/AssignmentSolver.h"
 #include "association/ClassTraits.h"
 #include "association/Gate.h"
+#include "association/IntIndexed.h"
 #include "association/NearestSensorToSystem.h"
 #include "association/SensorToSystem.h"
 #include "association/SparseCosts.h"
@@ -31,8 +32,9 @@ void appendMatrices(const SparseCosts& pairs, std::size_t cols,
         cost.emplace_back(cols, forbiddenCost);
         allowed.emplace_back(cols, false);
         for (const SparseCosts::Cell& cell : pairs.row(i)) {
-            cost.back()[cell.col] = cell.cost;
-            allowed.back()[cell.col] = true;
+            const auto col = static_cast<std::size_t>(cell.col);
+            cost.back()[col] = cell.cost;
+            allowed.back()[col] = true;
         }
     }
 }
@@ -56,7 +58,7 @@ struct TrackAssociator::Workspace {
     AssignmentSolver solver;
     SparseCosts pairs;                ///< what may be assigned
     std::vector<RankedPair> ranking;  ///< pairs of system tracks, cheapest first
-    std::vector<char> used;           ///< system tracks that a cheaper pair has
+    IntIndexed<char> used;            ///< system tracks that a cheaper pair has
 };
 
 TrackAssociator::TrackAssociator(const Config& config)
@@ -153,8 +155,9 @@ void TrackAssociator::runJVA(int rows, int cols, std::vector<std::vector<double>
     const std::vector<int>& columnOf = workspace->solver.solve(
         cost, allowed, static_cast<std::size_t>(rows), static_cast<std::size_t>(cols));
     for (int i = 0; i < rows; ++i) {
-        const int j = columnOf[i];
-        if (j >= 0 && j < cols && allowed.at(i).at(j)) {
+        const auto row = static_cast<std::size_t>(i);
+        const int j = columnOf[row];
+        if (j >= 0 && j < cols && allowed.at(row).at(static_cast<std::size_t>(j))) {
             associations.emplace_back(i, j);
         }
     }
@@ -238,13 +241,14 @@ void TrackAssociator::keepCheapestPairs() {
     auto& ranking = workspace->ranking;
     ranking.clear();
     for (const auto& pair : associations) {
-        const double cost = workspace->pairs.find(pair.first, pair.second)->cost;
+        const double cost =
+            workspace->pairs.find(static_cast<std::size_t>(pair.first), pair.second)->cost;
         ranking.push_back({std::isfinite(cost) ? cost : forbiddenCost, pair});
     }
     std::sort(ranking.begin(), ranking.end(), [](const auto& a, const auto& b) {
         return a.cost < b.cost || (a.cost == b.cost && a.pair < b.pair);
     });
-    std::vector<char>& used = workspace->used;
+    IntIndexed<char>& used = workspace->used;
     used.assign(workspace->pairs.rowCount(), 0);
     associations.clear();
     for (std::size_t k = 0; k < ranking.size(); ++k) {

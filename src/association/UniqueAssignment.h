@@ -2,6 +2,7 @@
 // Sparse assignment problems whose solution is beyond doubt.
 #pragma once
 
+#include "association/IntIndexed.h"
 #include "association/SparseCosts.h"
 #include "association/UniquenessProof.h"
 
@@ -51,13 +52,13 @@ private:
 
     PricedAssignment solution;
     UniquenessProof proof;
-    std::vector<int> freeRows;       ///< rows whose best column went to another one
-    std::vector<double> pathLength;  ///< shortest path from the free row to each column
-    std::vector<int> predecessor;    ///< row before each column on that path
-    std::vector<char> scanned;       ///< whether the shortest path to a column is final
-    std::vector<int> reached;        ///< columns with a path
-    std::vector<Path> heap;          ///< shortest path first
-    std::size_t effort = 0;          ///< cells that may still be looked at
+    std::vector<int> freeRows;      ///< rows whose best column went to another one
+    IntIndexed<double> pathLength;  ///< shortest path from the free row to each column
+    IntIndexed<int> predecessor;    ///< row before each column on that path
+    IntIndexed<char> scanned;       ///< whether the shortest path to a column is final
+    std::vector<int> reached;       ///< columns with a path
+    std::vector<Path> heap;         ///< shortest path first
+    std::size_t effort = 0;         ///< cells that may still be looked at
 };
 
 }  // namespace Veskar

@@ -2,6 +2,7 @@
 // Proves that an assignment is the only good one.
 #pragma once
 
+#include "association/IntIndexed.h"
 #include "association/SparseCosts.h"
 
 #include <cstddef>
@@ -14,10 +15,10 @@ namespace Veskar {
 struct PricedAssignment {
     static constexpr int none = -1;
 
-    std::vector<double> u;      ///< row prices
-    std::vector<double> v;      ///< column prices
-    std::vector<int> columnOf;  ///< column of each row or none
-    std::vector<int> rowOf;     ///< row of each column or none
+    IntIndexed<double> u;      ///< row prices
+    IntIndexed<double> v;      ///< column prices
+    IntIndexed<int> columnOf;  ///< column of each row or none
+    IntIndexed<int> rowOf;     ///< row of each column or none
 };
 
 /// Proves that every other assignment is clearly worse, so that any solver has to find this one,

@@ -44,7 +44,7 @@ public:
     const char* message() const { return error.message == nullptr ? "" : error.message; }
 
 private:
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error{};
 };
 
 /// Opens the system bus and limits the wait of its calls. Waits for the bus itself as for a call.

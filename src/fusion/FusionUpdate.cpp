@@ -8,10 +8,17 @@
 #include "fusion/Workspace.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 
 namespace Veskar {
 namespace {
+
+/// The element that an association names.
+template <typename T>
+const T& elementAt(const std::vector<T>& elements, int index) {
+    return elements[static_cast<std::size_t>(index)];
+}
 
 /// The gain of a frame that brings nothing for a system track with coasting tracks of its source.
 double gainOfMiss(const Config::GainNegative& gains, Source source) {
@@ -109,16 +116,17 @@ void FusionModule::mergeSystemTracks() {
         return std::find(mergedAway.begin(), mergedAway.end(), &systemTrack) != mergedAway.end();
     };
     // A pair can come in both orientations: then the first one counts.
-    for (const auto& [survivor, other] :
+    for (const auto& [row, col] :
          associator.systemToSystemAssociation(systemTracks, workspace->refusedSystemTracks)) {
-        if (!isMergedAway(*systemTracks[survivor]) && !isMergedAway(*systemTracks[other])) {
+        SystemTrack& survivor = *elementAt(systemTracks, row);
+        SystemTrack& other = *elementAt(systemTracks, col);
+        if (!isMergedAway(survivor) && !isMergedAway(other)) {
             if (observer != nullptr) {
-                observer->onMerge(systemTracks[survivor]->id, systemTracks[other]->id);
-                observer->onDeletion(systemTracks[other]->id,
-                                     FusionObserver::DeletionReason::Merged);
+                observer->onMerge(survivor.id, other.id);
+                observer->onDeletion(other.id, FusionObserver::DeletionReason::Merged);
             }
-            merge(*systemTracks[survivor], *systemTracks[other]);
-            mergedAway.push_back(systemTracks[other].get());
+            merge(survivor, other);
+            mergedAway.push_back(&other);
         }
     }
     eraseIf(systemTracks, isMergedAway);
@@ -134,8 +142,8 @@ void FusionModule::associateTracks(Source source,
     }
     for (const auto& [systemIndex, sensorIndex] :
          associator.sensorToSystemAssociation(tracks, systemTracks, source, excludedTrackIds)) {
-        SystemTrack& systemTrack = *systemTracks[systemIndex];
-        const std::shared_ptr<Track>& track = tracks[sensorIndex];
+        SystemTrack& systemTrack = *elementAt(systemTracks, systemIndex);
+        const std::shared_ptr<Track>& track = elementAt(tracks, sensorIndex);
         if (!systemTrack.hasTracks(track->source)) {
             if (observer != nullptr) {
                 observer->onAssignment({systemTrack.id, track->source, track->id});
