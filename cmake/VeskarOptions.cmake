@@ -11,7 +11,7 @@ set_property(CACHE VESKAR_REPORT PROPERTY STRINGS AUTO ON OFF)
 option(VESKAR_WERROR "Turn warnings in veskar's own code into errors" ${PROJECT_IS_TOP_LEVEL})
 set(VESKAR_SANITIZE "" CACHE STRING "Sanitizers for everything built here, for example address,undefined")
 option(VESKAR_DEBUG_INFO "Compile the library with debug information; its packages are stripped" OFF)
-option(VESKAR_QUICK_TESTS "Compile the tests in less time, for slower tests" OFF)
+option(VESKAR_QUICK_TESTS "Compile several sources of a test program together" OFF)
 set(VESKAR_COVERAGE OFF CACHE BOOL "Instrument for line coverage")
 
 if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)

@@ -23,8 +23,6 @@ build() {
   shift
   if command -v ccache >/dev/null; then
     export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
-    # What ccache asks for before it stores what was compiled with precompiled headers.
-    export CCACHE_SLOPPINESS=pch_defines,time_macros
   fi
   [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" >"/tmp/veskar-configure.$$" 2>&1 ||
     { cat "/tmp/veskar-configure.$$"; rm -f "/tmp/veskar-configure.$$"; return 1; }

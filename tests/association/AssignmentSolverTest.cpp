@@ -2,6 +2,7 @@
 #include "association/AssignmentSolver.h"
 #include "association/LiteralSolver.h"
 #include "association/Problems.h"
+#include "support/Constants.h"
 
 #include <stdexcept>
 
@@ -13,7 +14,7 @@ using Veskar::SparseCosts;
 
 namespace {
 
-constexpr double F = Veskar::forbiddenCost;
+using VeskarTest::F;
 
 Pairs solve(AssignmentSolver& solver, const Costs& cost, const Allowed& allowed) {
     const std::size_t cols = cost[0].size();

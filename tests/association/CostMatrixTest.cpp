@@ -4,9 +4,9 @@
 
 #include "association/LineTracks.h"
 #include "association/LiteralSolver.h"
+#include "support/Constants.h"
 #include "support/TrackFactory.h"
 
-#include <limits>
 #include <stdexcept>
 
 #include <gmock/gmock.h>
@@ -24,7 +24,7 @@ using Veskar::TrackAssociator;
 
 namespace {
 
-constexpr double F = 9999.0;
+using VeskarTest::F;
 
 Config lineConfig() {
     Config config;

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "association/FarPairs.h"
+#include "support/Constants.h"
 #include "support/RandomEstimates.h"
 #include "support/TrackFactory.h"
 
 #include <cmath>
-#include <limits>
 
 #include <gtest/gtest.h>
 
@@ -17,8 +17,8 @@ using Veskar::Track;
 
 namespace {
 
-constexpr double infinite = std::numeric_limits<double>::infinity();
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+using VeskarTest::infinite;
+using VeskarTest::nan;
 
 Track makeTrackAt(const Veskar::StateVector& x, const StateMatrix& P) {
     return *makeTrack(Veskar::Source::Radar, 1, {x, P});

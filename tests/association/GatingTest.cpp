@@ -2,11 +2,11 @@
 // TrackAssociator: the gate and the class predicates.
 #include <veskar/TrackAssociator.h>
 
+#include "support/Constants.h"
 #include "support/SyslogCapture.h"
 #include "support/TrackFactory.h"
 
 #include <cmath>
-#include <limits>
 #include <stdexcept>
 
 #include <gmock/gmock.h>
@@ -23,8 +23,8 @@ using Veskar::TrackAssociator;
 
 namespace {
 
-constexpr double infinite = std::numeric_limits<double>::infinity();
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+using VeskarTest::infinite;
+using VeskarTest::nan;
 
 double justAbove(double x) {
     return std::nextafter(x, infinite);

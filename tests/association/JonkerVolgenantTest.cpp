@@ -3,9 +3,9 @@
 #include "association/LiteralSolver.h"
 #include "association/Problems.h"
 #include "support/AllocationCounter.h"
+#include "support/Constants.h"
 
 #include <algorithm>
-#include <limits>
 #include <numeric>
 
 #include <gtest/gtest.h>
@@ -16,8 +16,9 @@ using Veskar::JonkerVolgenant;
 
 namespace {
 
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double infinite = std::numeric_limits<double>::infinity();
+using VeskarTest::F;
+using VeskarTest::infinite;
+using VeskarTest::nan;
 
 std::vector<int> solve(JonkerVolgenant& solver, const Costs& C) {
     solver.start(C.size());
@@ -110,7 +111,6 @@ TEST(JonkerVolgenant, GivesTheFirstContestedColumnToTheLowerOfTwoIdenticalRows) 
 // After the augmentation the price of a column is (v + d) - least; v + (d - least) may differ in
 // the last digit, and where costs are nearly tied another assignment comes out.
 TEST(JonkerVolgenant, MovesPricesInTheOrderOfTheSum) {
-    constexpr double F = forbiddenCost;
     const Costs C = {{F, F, F, 1.02, 1.0, 1.03, F, F, F, F, 1.02},
                      {F, F, F, F, F, F, F, 1.03, F, F, F},
                      {F, 1.0, F, F, 1.03, F, F, 1.0, 1.03, F, 1.01},

@@ -1,15 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "association/SparseCosts.h"
+#include "support/Constants.h"
 
-#include <limits>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-using Veskar::forbiddenCost;
 using Veskar::SparseCosts;
 
 namespace {
+
+using VeskarTest::F;
+using VeskarTest::infinite;
+using VeskarTest::nan;
 
 std::vector<std::pair<int, double>> contentOf(const SparseCosts::Row& row) {
     std::vector<std::pair<int, double>> content;
@@ -68,9 +71,6 @@ TEST(SparseCosts, DropsFromTheOpenRowAlone) {
 }
 
 TEST(SparseCosts, ReadsOfARowWhatIsNeitherForbiddenNorWithoutValue) {
-    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-    constexpr double infinite = std::numeric_limits<double>::infinity();
-    constexpr double F = forbiddenCost;
     SparseCosts costs;
     for (const std::vector<double>& row : {std::vector<double>{F, F, 1.0, F, F},
                                            {nan, 2.0, infinite, -infinite, 0.0},

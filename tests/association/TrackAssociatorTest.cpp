@@ -6,10 +6,10 @@
 #include "association/LiteralSolver.h"
 #include "association/Scene.h"
 #include "support/AllocationCounter.h"
+#include "support/Constants.h"
 #include "support/SyslogCapture.h"
 #include "support/TrackFactory.h"
 
-#include <limits>
 #include <stdexcept>
 
 #include <gmock/gmock.h>
@@ -26,7 +26,7 @@ using Veskar::TrackAssociator;
 
 namespace {
 
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+using VeskarTest::nan;
 
 class Association : public testing::Test {
 protected:

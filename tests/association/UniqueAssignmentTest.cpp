@@ -3,19 +3,19 @@
 #include "association/Problems.h"
 #include "association/UniqueAssignment.h"
 #include "support/AllocationCounter.h"
+#include "support/Constants.h"
 
 #include <limits>
 
 #include <gtest/gtest.h>
 
 using namespace VeskarTest;
-using Veskar::forbiddenCost;
 using Veskar::SparseCosts;
 using Veskar::UniqueAssignment;
 
 namespace {
 
-constexpr double F = forbiddenCost;
+using VeskarTest::F;
 
 SparseCosts cellsOf(const Costs& C) {
     SparseCosts costs;
@@ -30,7 +30,7 @@ bool isUnique(const Costs& C) {
     return solver.solve(cellsOf(C), C[0].size());
 }
 
-std::vector<int> solve(const Costs& C) {
+std::vector<int> solveUnique(const Costs& C) {
     UniqueAssignment solver;
     EXPECT_TRUE(solver.solve(cellsOf(C), C[0].size()));
     return solver.columns();
@@ -100,17 +100,17 @@ TEST(UniqueAssignment, AgreesOnNearTiesWhereverItAnswers) {
 }
 
 TEST(UniqueAssignment, LeavesOutTheRowThatCostsLeast) {
-    EXPECT_EQ(solve({{1.0, F}, {0.5, F}}), (std::vector<int>{-1, 0}));
-    EXPECT_EQ(solve({{1.0, F}, {3.0, 7.0}, {2.0, F}}), (std::vector<int>{0, 1, -1}));
+    EXPECT_EQ(solveUnique({{1.0, F}, {0.5, F}}), (std::vector<int>{-1, 0}));
+    EXPECT_EQ(solveUnique({{1.0, F}, {3.0, 7.0}, {2.0, F}}), (std::vector<int>{0, 1, -1}));
 }
 
 TEST(UniqueAssignment, PrefersTwoDearPairsToOneCheapPair) {
-    EXPECT_EQ(solve({{0.0, 4999.0}, {4999.0, F}}), (std::vector<int>{1, 0}));
-    EXPECT_EQ(solve({{0.0, 5001.0}, {5001.0, F}}), (std::vector<int>{0, -1}));
+    EXPECT_EQ(solveUnique({{0.0, 4999.0}, {4999.0, F}}), (std::vector<int>{1, 0}));
+    EXPECT_EQ(solveUnique({{0.0, 5001.0}, {5001.0, F}}), (std::vector<int>{0, -1}));
 }
 
 TEST(UniqueAssignment, AnswersProblemsWithoutCells) {
-    EXPECT_EQ(solve({{F, F}, {F, F}, {F, F}}), (std::vector<int>{-1, -1, -1}));
+    EXPECT_EQ(solveUnique({{F, F}, {F, F}, {F, F}}), (std::vector<int>{-1, -1, -1}));
 }
 
 TEST(UniqueAssignment, RefusesTies) {

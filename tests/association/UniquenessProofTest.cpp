@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "association/UniquenessProof.h"
+#include "support/Constants.h"
 
 #include <gtest/gtest.h>
 
-using Veskar::forbiddenCost;
 using Veskar::PricedAssignment;
 using Veskar::SparseCosts;
 using Veskar::UniquenessProof;
 
 namespace {
 
-constexpr double F = forbiddenCost;
+using VeskarTest::F;
 
 bool holds(const SparseCosts& costs, const PricedAssignment& solved) {
     return UniquenessProof().holds(costs, solved);

@@ -2,6 +2,8 @@
 #include <veskar/Camera.h>
 #include <veskar/ImagePlane.h>
 
+#include "support/Constants.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -13,6 +15,8 @@
 
 namespace {
 
+using VeskarTest::nan;
+
 using Veskar::Camera;
 using Veskar::intersectionWithImageBorder;
 using Veskar::isInsideImage;
@@ -20,7 +24,6 @@ using Veskar::isOutsideImage;
 using Veskar::transformCameraToScreen;
 using Veskar::transformScreenToCamera;
 
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 const double justAboveOne = std::nextafter(1.0, 2.0);
 

@@ -2,6 +2,7 @@
 // What Config::findFaults says about documents that are refused or not used as they are written.
 #include <veskar/Config.h>
 
+#include "SourceDirectory.h"
 #include "config/ConfigKeys.h"
 #include "support/JsonDocument.h"
 #include "support/SyslogCapture.h"

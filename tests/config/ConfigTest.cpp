@@ -2,6 +2,7 @@
 #include <veskar/Config.h>
 #include <veskar/JsonNode.h>
 
+#include "SourceDirectory.h"
 #include "config/ConfigKeys.h"
 #include "config/JanssonBlocks.h"
 #include "support/JsonDocument.h"

@@ -2,6 +2,7 @@
 // Config::toJson and Config::defaults.
 #include <veskar/Config.h>
 
+#include "SourceDirectory.h"
 #include "config/ConfigKeys.h"
 #include "config/ConfigText.h"
 #include "support/JsonDocument.h"

@@ -4,6 +4,7 @@
 // the path), the lines after it are those of the system log.
 #include <veskar/Config.h>
 
+#include "SourceDirectory.h"
 #include "support/JsonDocument.h"
 #include "support/SyslogCapture.h"
 

@@ -22,6 +22,8 @@ using Tracks = std::vector<std::shared_ptr<Veskar::Track>>;
 constexpr double usualVariance = 0.01;
 /// The gate of the configuration below, in u, for two tracks of that variance: 3 sqrt(2) sigma.
 constexpr double gateWidth = 0.42426;
+/// Outside of it.
+constexpr double far = 2.0 * gateWidth;
 
 /// @return optimal assignment, a combined gate of 3, confirmation at 0.9 and 0.6
 Veskar::Config fusionConfig();

@@ -19,8 +19,6 @@ using ClassVerdict = FusionObserver::ClassVerdict;
 using DeletionReason = FusionObserver::DeletionReason;
 using GateVerdict = FusionObserver::GateVerdict;
 
-constexpr double far = 2.0 * gateWidth;
-
 /// Remembers everything of the last frame, and the order in which it came.
 class Recorder : public FusionObserver {
 public:

@@ -15,8 +15,6 @@ using testing::IsEmpty;
 using Veskar::Radar;
 using Veskar::VideoObject;
 
-constexpr double far = 2.0 * gateWidth;
-
 /// The rule of one probability step, from the mean of the five posteriors before it.
 double posterior(double mean, double gain) {
     return gain * mean / (1.0 - mean + gain * mean);

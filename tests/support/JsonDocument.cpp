@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/JsonDocument.h"
 
+#include "SourceDirectory.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The matchers themselves: what they must not accept.
+#include "support/Constants.h"
 #include "support/EigenMatchers.h"
 
 #include <limits>
@@ -8,6 +9,8 @@
 
 namespace {
 
+using VeskarTest::nan;
+
 using Eigen::Matrix2d;
 using Eigen::Vector2d;
 using testing::Not;
@@ -15,8 +18,6 @@ using VeskarTest::HasNothingFinite;
 using VeskarTest::IsApprox;
 using VeskarTest::IsCovariance;
 using VeskarTest::IsNearRelative;
-
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 TEST(EigenMatchers, ToleranceIsRelativeToTheLargestElement) {
     EXPECT_THAT(Vector2d(100.0, 1.0), IsApprox(Vector2d(100.0, 1.9), 0.01));

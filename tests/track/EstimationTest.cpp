@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <veskar/Estimation.h>
 
+#include "support/Constants.h"
 #include "support/EigenMatchers.h"
 #include "support/ExtendedAlgebra.h"
 
@@ -11,6 +12,8 @@
 #include <gtest/gtest.h>
 
 namespace {
+
+using VeskarTest::nan;
 
 using Veskar::constantVelocity;
 using Veskar::logPDF;
@@ -24,7 +27,6 @@ using VeskarTest::ExtendedMatrix;
 using VeskarTest::IsNearRelative;
 using VeskarTest::RandomEstimates;
 
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double twoPiToTheSixth = 61528.90838881947;
 
 double distance(const Estimate& a, const Estimate& b) {

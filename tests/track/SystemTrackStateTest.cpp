@@ -2,6 +2,7 @@
 // The fused estimate of a system track.
 #include <veskar/SystemTrack.h>
 
+#include "support/Constants.h"
 #include "support/EigenMatchers.h"
 #include "support/ExtendedAlgebra.h"
 #include "support/TrackFactory.h"
@@ -9,7 +10,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 #include <map>
 #include <stdexcept>
 #include <utility>
@@ -18,6 +18,8 @@
 #include <gtest/gtest.h>
 
 namespace {
+
+using VeskarTest::nan;
 
 using testing::ElementsAre;
 using Veskar::Source;
@@ -36,7 +38,6 @@ using VeskarTest::makeSystemTrack;
 using VeskarTest::makeTrack;
 using VeskarTest::RandomEstimates;
 
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr std::array<Source, 3> sensors = {Source::VideoObject, Source::VideoVura, Source::Radar};
 
 Estimate estimateOf(const Track& track) {

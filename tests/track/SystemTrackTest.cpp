@@ -2,6 +2,7 @@
 // The sensor tracks behind a system track.
 #include <veskar/SystemTrack.h>
 
+#include "support/Constants.h"
 #include "support/EigenMatchers.h"
 #include "support/TrackFactory.h"
 
@@ -13,6 +14,8 @@
 #include <gtest/gtest.h>
 
 namespace {
+
+using VeskarTest::nan;
 
 using testing::ElementsAre;
 using testing::Key;
@@ -28,8 +31,6 @@ static_assert(std::is_base_of_v<Track, SystemTrack>);
 static_assert(alignof(SystemTrack) == 16);
 static_assert(std::is_same_v<decltype(SystemTrack::sensorTracks),
                              std::map<Source, std::map<std::int32_t, std::shared_ptr<Track>>>>);
-
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 std::shared_ptr<Track> randomTrack(RandomEstimates& random, Source source, int id) {
     return makeTrack(source, id, random.estimate());

@@ -2,6 +2,7 @@
 #include <veskar/Track.h>
 #include <veskar/Vocabulary.h>
 
+#include "support/Constants.h"
 #include "support/EigenMatchers.h"
 #include "support/ExtendedAlgebra.h"
 #include "support/TrackFactory.h"
@@ -17,6 +18,8 @@
 
 namespace {
 
+using VeskarTest::nan;
+
 using Veskar::CoordinateSystem;
 using Veskar::Source;
 using Veskar::StateMatrix;
@@ -28,8 +31,6 @@ using VeskarTest::IsCovariance;
 using VeskarTest::IsNearRelative;
 using VeskarTest::makeTrack;
 using VeskarTest::RandomEstimates;
-
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 // What a host compiled elsewhere relies on.
 static_assert(alignof(Track) == 16);

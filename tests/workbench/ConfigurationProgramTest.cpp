@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the program says of configurations, and what it states to have used.
 #include "Process.h"
+#include "SourceDirectory.h"
 
 #include <string>
 #include <utility>

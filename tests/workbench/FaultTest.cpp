@@ -2,6 +2,8 @@
 // Every command when things go wrong around it: signals at any moment, full disks, closed pipes,
 // closed streams and inputs of any bytes.
 #include "Process.h"
+#include "Programs.h"
+#include "SourceDirectory.h"
 #include "report/Page.h"
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The program beside the analytics application, whose path would make it the application.
 #include "Process.h"
+#include "Programs.h"
 #include "support/DatagramReceiver.h"
 
 #include <filesystem>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Bad input and outputs that fail, as users of evaluate, check and replay --explain meet them.
 #include "Process.h"
+#include "Programs.h"
 
 #include <algorithm>
 

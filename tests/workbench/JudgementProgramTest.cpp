@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // evaluate, check and replay --explain as their users run them.
 #include "Process.h"
+#include "SourceDirectory.h"
 
 #include <ostream>
 #include <set>

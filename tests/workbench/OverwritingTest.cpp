@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // No command destroys what it reads, or writes one output over another.
 #include "Process.h"
+#include "Programs.h"
 
 #include <filesystem>
 #include <ostream>

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Process.h"
 
+#include "Programs.h"
+#include "SourceDirectory.h"
+
 #include <algorithm>
 #include <chrono>
 #include <csignal>

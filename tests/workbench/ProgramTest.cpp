@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The program as its users run it.
 #include "Process.h"
+#include "Programs.h"
+#include "SourceDirectory.h"
 
 #include <chrono>
 #include <cmath>

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Process.h"
+#include "SourceDirectory.h"
 #include "io/InputError.h"
 #include "scenario/Scenario.h"
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the program writes keeps the published schemas, judged by an existing validator.
 #include "Process.h"
+#include "Programs.h"
+#include "SourceDirectory.h"
 
 #include <string>
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Configurations, cameras and scenarios: every fault with line, key, value and expectation.
 #include "Process.h"
+#include "SourceDirectory.h"
 #include "check/DocumentCheck.h"
 
 #include <fstream>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Faults put into simulated recordings, and what the check makes of them.
 #include "Process.h"
+#include "SourceDirectory.h"
 #include "check/RecordingCheck.h"
 #include "geometry/Projection.h"
 #include "recording/RecordingWriter.h"

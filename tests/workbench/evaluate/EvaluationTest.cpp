@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What an evaluation makes of fused tracks, sensor tracks and truth, on scenes made by hand.
 #include "Process.h"
+#include "SourceDirectory.h"
 #include "evaluate/Evaluation.h"
 #include "scenario/Scenario.h"
 #include "simulate/Simulation.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // veskar report as its users run it.
 #include "Process.h"
+#include "SourceDirectory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
