@@ -209,7 +209,9 @@ ObjectTraits readObject(const Fields& fields) {
     const auto color = [&](const char* name) {
         return fields.has(name) ? Label{fields.text(name), colorProbability} : Label{};
     };
-    object.labels = {{}, color("color"), color("upperClothingColor"), color("lowerClothingColor")};
+    object.labels.color = color("color");
+    object.labels.upperClothingColor = color("upperClothingColor");
+    object.labels.lowerClothingColor = color("lowerClothingColor");
     if (fields.has("area") == fields.has("path")) {
         fields.refuse("path", "an object has either a path or an area");
     }
