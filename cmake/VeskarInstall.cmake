@@ -8,7 +8,8 @@ set(VESKAR_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/veskar")
 install(
   TARGETS veskar
   EXPORT veskar-targets
-  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT dev)
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT dev
+  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT dev)
 install(
   DIRECTORY "${PROJECT_SOURCE_DIR}/include/veskar" "${PROJECT_BINARY_DIR}/include/veskar"
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
@@ -31,6 +32,13 @@ install(
   DESTINATION "${VESKAR_CMAKE_DIR}"
   COMPONENT dev)
 
+# What users of the archive link beside it, and how they read the headers.
+set(VESKAR_PC_REQUIRES "eigen3")
+set(VESKAR_PC_STATIC_CFLAGS "")
+if(VESKAR_STATIC)
+  string(APPEND VESKAR_PC_REQUIRES "\nRequires.private: jansson libsystemd glib-2.0")
+  set(VESKAR_PC_STATIC_CFLAGS " -DVESKAR_STATIC_DEFINE")
+endif()
 file(RELATIVE_PATH VESKAR_PC_TO_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 string(REGEX REPLACE "/$" "" VESKAR_PC_TO_PREFIX "${VESKAR_PC_TO_PREFIX}")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/veskar.pc.in" "${PROJECT_BINARY_DIR}/veskar.pc" @ONLY)

@@ -8,7 +8,8 @@ option(VESKAR_BUILD_EXAMPLES "Build the example programs" ${PROJECT_IS_TOP_LEVEL
 set(VESKAR_REPORT AUTO CACHE STRING
     "Build the page of `veskar report` with Node.js: ON, OFF, or AUTO where that can be done")
 set_property(CACHE VESKAR_REPORT PROPERTY STRINGS AUTO ON OFF)
-option(VESKAR_WERROR "Turn warnings in veskar's own code into errors" ${PROJECT_IS_TOP_LEVEL})
+option(VESKAR_INSTALL "Install the library and what else is built" ${PROJECT_IS_TOP_LEVEL})
+option(VESKAR_WERROR "Turn warnings in veskar's own code into errors" OFF)
 set(VESKAR_SANITIZE "" CACHE STRING "Sanitizers for everything built here, for example address,undefined")
 option(VESKAR_DEBUG_INFO "Compile the library with debug information; its packages are stripped" OFF)
 option(VESKAR_QUICK_TESTS "Compile several sources of a test program together" OFF)
@@ -25,6 +26,13 @@ set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# Shared unless the builder says BUILD_SHARED_LIBS=OFF. No cache variable of ours: a project that
+# veskar is a part of reads it, too.
+set(VESKAR_STATIC OFF)
+if(DEFINED BUILD_SHARED_LIBS AND NOT BUILD_SHARED_LIBS)
+  set(VESKAR_STATIC ON)
+endif()
 
 # What is shipped does not tell where it was built, and two builds are the same.
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
@@ -45,6 +53,6 @@ endif()
 
 # Where the compiler has a library directory per architecture (Debian), ours go there too, whatever
 # the prefix.
-if(CMAKE_LIBRARY_ARCHITECTURE)
+if(PROJECT_IS_TOP_LEVEL AND CMAKE_LIBRARY_ARCHITECTURE)
   set(CMAKE_INSTALL_LIBDIR "lib/${CMAKE_LIBRARY_ARCHITECTURE}" CACHE PATH "Library directory")
 endif()

@@ -3,10 +3,6 @@
 # shipped. One package per component: libveskar1 (runtime), libveskar-dev (dev), veskar-tools
 # (tools), veskar-doc (doc). A package depends on what dpkg-shlibdeps finds in its programs and
 # libraries.
-if(NOT PROJECT_IS_TOP_LEVEL)
-  return()
-endif()
-
 # The version of the packages is that of the newest entry of their changelog: the project's, with
 # "~..." behind it until that is released (which sorts before it), and a revision that begins with 0, as that of
 # packages which are not Debian's own.

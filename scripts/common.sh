@@ -17,16 +17,25 @@ as_root() {
   fi
 }
 
-# build PRESET [TARGET...]: configures and builds a preset; quick when nothing has changed.
-build() {
+# page_missing PRESET: why its program has no page for the report; empty when it has one.
+page_missing() { sed -n 's/^VESKAR_REPORT_MISSING:INTERNAL=//p' "build/$1/CMakeCache.txt"; }
+
+# configure PRESET: does it once; the build sees to what has changed since.
+configure() {
   local preset=$1
-  shift
   if command -v ccache >/dev/null; then
     export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
   fi
   [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" >"/tmp/veskar-configure.$$" 2>&1 ||
     { cat "/tmp/veskar-configure.$$"; rm -f "/tmp/veskar-configure.$$"; return 1; }
   rm -f "/tmp/veskar-configure.$$"
+}
+
+# build PRESET [TARGET...]: configures and builds a preset; quick when nothing has changed.
+build() {
+  local preset=$1
+  shift
+  configure "$preset"
   if [ $# -gt 0 ]; then
     cmake --build --preset "$preset" --target "$@"
   else
