@@ -2,10 +2,11 @@
 #include "cli/Files.h"
 
 #include "io/InputError.h"
+#include "io/OutputFile.h"
 
+#include <cerrno>
 #include <filesystem>
 #include <optional>
-#include <system_error>
 #include <tuple>
 #include <utility>
 
@@ -15,8 +16,6 @@
 
 namespace Workbench {
 namespace {
-
-using std::filesystem::path;
 
 /// What makes two names those of one file.
 struct Identity {
@@ -37,16 +36,6 @@ struct KnownFile {
     Identity identity;
 };
 
-/// The place where a file would be created: a link that leads nowhere yet is followed.
-path behindLinks(path name) {
-    constexpr int mostLinks = 40;  // as the kernel follows
-    std::error_code none;
-    for (int i = 0; i < mostLinks && is_symlink(symlink_status(name, none)); ++i) {
-        name = name.parent_path() / read_symlink(name, none);
-    }
-    return name;
-}
-
 std::optional<Identity> identityOf(const std::string& name, Direction direction) {
     const bool isInput = direction == Direction::Input;
     struct stat status {};
@@ -57,12 +46,11 @@ std::optional<Identity> identityOf(const std::string& name, Direction direction)
         return keepsWhatIsWritten ? std::optional<Identity>({status.st_dev, status.st_ino, ""})
                                   : std::nullopt;
     }
-    if (isInput) {
+    if (isInput || errno != ENOENT) {
         return std::nullopt;
     }
-    const path place = behindLinks(name);
-    const path directory = place.has_parent_path() ? place.parent_path() : ".";
-    if (::stat(directory.c_str(), &status) != 0) {
+    const std::filesystem::path place = behindLinks(name);
+    if (::stat(directoryOf(place).c_str(), &status) != 0) {
         return std::nullopt;
     }
     return Identity{status.st_dev, status.st_ino, place.filename()};

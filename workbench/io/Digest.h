@@ -23,7 +23,7 @@ public:
 
 private:
     struct Deleter {
-        void operator()(XXH3_state_s* state) const;
+        void operator()(XXH3_state_s* given) const;
     };
 
     std::unique_ptr<XXH3_state_s, Deleter> state;

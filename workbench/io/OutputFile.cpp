@@ -31,9 +31,10 @@ mode_t usualMode() {
     return 0666 & ~mask;
 }
 
+}  // namespace
+
 std::filesystem::path behindLinks(std::filesystem::path path) {
     std::error_code none;
-    // Links that lead in a circle have been told by stat() before.
     while (std::filesystem::is_symlink(path, none)) {
         path = path.parent_path() / std::filesystem::read_symlink(path);
     }
@@ -43,8 +44,6 @@ std::filesystem::path behindLinks(std::filesystem::path path) {
 std::string directoryOf(const std::filesystem::path& path) {
     return path.has_parent_path() ? path.parent_path() : ".";
 }
-
-}  // namespace
 
 OutputFile::OutputFile(const std::string& givenPath)
     : path(givenPath), shownName(givenPath == "-" ? "<stdout>" : givenPath) {
@@ -67,7 +66,7 @@ void OutputFile::open() {
     const bool exists = ::stat(path.c_str(), &status) == 0;
     if (exists && !S_ISREG(status.st_mode)) {
         descriptor = openFile(path, O_WRONLY);
-    } else if (exists || errno == ENOENT) {
+    } else if (exists || errno == ENOENT) {  // and not links in a circle
         openTemporary();
     }
 }

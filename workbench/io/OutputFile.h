@@ -3,10 +3,18 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
 namespace Workbench {
+
+/// @param path a file, or a link that leads to one or to where none is yet; not in a circle
+/// @return the place behind all links, where an output of this name is created
+std::filesystem::path behindLinks(std::filesystem::path path);
+/// @param path a file
+/// @return the directory in which it is
+std::string directoryOf(const std::filesystem::path& path);
 
 /// Writes a file under a temporary name beside its place and moves it there when it is complete, so
 /// that nobody ever sees half of it and an earlier file survives a failure. Symbolic links are
