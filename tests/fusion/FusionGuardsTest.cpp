@@ -2,6 +2,7 @@
 // What would harm the fusion for good stays outside of it, and the host is told.
 #include "fusion/FusionFixture.h"
 #include "support/AllocationCounter.h"
+#include "support/Constants.h"
 #include "support/SyslogCapture.h"
 
 #include <algorithm>
@@ -29,8 +30,6 @@ using Veskar::StateVector;
 using Veskar::Track;
 using Veskar::VideoObject;
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr double unixTime = 1.7e9;
 
 constexpr char areNotFinite[] = "FusionModule: Left out 1 tracks that are not finite\n";
@@ -161,17 +160,17 @@ Poison covariancePoison(const char* what, const StateMatrix& P) {
 INSTANTIATE_TEST_SUITE_P(
     Reports, FusionPoison,
     testing::Values(
-        Poison{"state NaN", [](Track& track) { track.state[3] = notANumber; }, areNotFinite},
-        Poison{"time NaN", [](Track& track) { track.time = notANumber; }, areNotFinite},
-        Poison{"time infinite", [](Track& track) { track.time = -infinity; }, areNotFinite},
+        Poison{"state NaN", [](Track& track) { track.state[3] = nan; }, areNotFinite},
+        Poison{"time NaN", [](Track& track) { track.time = nan; }, areNotFinite},
+        Poison{"time infinite", [](Track& track) { track.time = -infinite; }, areNotFinite},
         Poison{"UNIX time", [](Track& track) { track.time += unixTime; }, cannotBeFused},
         Poison{"time 10.01 s late", [](Track& track) { track.time -= 10.01; }, cannotBeFused},
-        Poison{"coasting NaN", [](Track& track) { track.coastingTime = notANumber; }, areNotFinite},
-        Poison{"coasting -inf", [](Track& track) { track.coastingTime = -infinity; }, areNotFinite},
+        Poison{"coasting NaN", [](Track& track) { track.coastingTime = nan; }, areNotFinite},
+        Poison{"coasting -inf", [](Track& track) { track.coastingTime = -infinite; }, areNotFinite},
         Poison{"coasting -1 s", [](Track& track) { track.coastingTime = -1.0; }, cannotBeFused},
         Poison{"coasting -1e9 s", [](Track& track) { track.coastingTime = -1e9; }, cannotBeFused},
-        Poison{"gain NaN", [](Track& track) { track.probability = notANumber; }, areNotFinite},
-        Poison{"gain infinite", [](Track& track) { track.probability = infinity; }, areNotFinite},
+        Poison{"gain NaN", [](Track& track) { track.probability = nan; }, areNotFinite},
+        Poison{"gain infinite", [](Track& track) { track.probability = infinite; }, areNotFinite},
         Poison{"gain negative", [](Track& track) { track.probability = -2.0; }, cannotBeFused},
         covariancePoison("covariance zero", StateMatrix::Zero()),
         covariancePoison("covariance of rank one", rankOne()),
@@ -201,9 +200,9 @@ TEST_F(FusionGuards, CountEachCauseOncePerCall) {
     for (int id = 1; id <= 5; ++id) {
         frame.push_back(video(id, 10.0));
     }
-    frame[0]->time = notANumber;
+    frame[0]->time = nan;
     frame[0]->covariance.setZero();
-    frame[1]->coastingTime = infinity;
+    frame[1]->coastingTime = infinite;
     frame[2]->covariance.setZero();
     frame[3]->probability = -1.0;
     frame.push_back(video(6, 20.01));
@@ -330,7 +329,7 @@ TEST_F(FusionGuards, DoNotCountFramesThatAreIgnored) {
     const SyslogCapture log;
     showVideo(unixTime, {});
     show(Veskar::VideoVura, 12.0, {});
-    showVideo(notANumber, {});
+    showVideo(nan, {});
     showVideo(unixTime, {});
     EXPECT_THAT(log.errors(), ElementsAre(heldBack, testing::_, restarted));
 }

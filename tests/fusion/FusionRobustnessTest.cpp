@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What no sensor should send: times that jump, numbers that are none, and far too many tracks.
 #include "fusion/FusionFixture.h"
+#include "support/Constants.h"
 #include "support/SyslogCapture.h"
 
 #include <algorithm>
@@ -20,9 +21,7 @@ using Veskar::Radar;
 using Veskar::Source;
 using Veskar::VideoObject;
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
-constexpr double notFinite[] = {notANumber, infinity, -infinity};
+constexpr double notFinite[] = {nan, infinite, -infinite};
 
 // --- Times
 
@@ -47,7 +46,7 @@ TEST_F(FusionTimes, IgnoresFramesWhoseTimeIsNotFinite) {
 
 TEST_F(FusionTimes, DoNotTellAFrameOfAnotherSensorThatItIsIgnored) {
     const SyslogCapture log;
-    module().cycle(Veskar::VideoVura, notANumber, {});
+    module().cycle(Veskar::VideoVura, nan, {});
     EXPECT_THAT(log.errors(), IsEmpty());
 }
 
@@ -55,7 +54,7 @@ TEST_F(FusionTimes, LeaveVideoTimeWhenTheyAreNotFinite) {
     showVideo(10.0, {});
     {
         const SyslogCapture log;
-        showVideo(infinity, {});
+        showVideo(infinite, {});
     }
     showRadar(10.2, {radar(1, 10.2)});
     EXPECT_THAT(systemIds(), IsEmpty());
@@ -89,11 +88,11 @@ TEST_P(FusionOddTimes, PassAway) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Times, FusionOddTimes,
-                         testing::Values(10.0, 9.0, 0.0, -50.0, 1e12, -1e12, notANumber, infinity));
+                         testing::Values(10.0, 9.0, 0.0, -50.0, 1e12, -1e12, nan, infinite));
 
 TEST_F(FusionTimes, MayLeaveNoMarkInTheCalibrationsNanoseconds) {
     // Far outside of 64-bit nanoseconds; the sanitizers watch the conversion.
-    for (const double time : {1e12, -1e12, 1e300, notANumber}) {
+    for (const double time : {1e12, -1e12, 1e300, nan}) {
         module().handleAutocalibration(Radar, time);
     }
     EXPECT_THAT(systemIds(), IsEmpty());
@@ -146,7 +145,7 @@ TEST_F(FusionNumbers, StayOutsideWhereverTheyAreNotFinite) {
 
 TEST_F(FusionNumbers, AreLookedAtWhenAFrameArrivesNotWhenItIsFused) {
     const auto bad = radar(1, 4.5);
-    bad->state[3] = notANumber;
+    bad->state[3] = nan;
     const SyslogCapture log;
     showRadar(4.5, {bad, radar(2, 4.5)});
     EXPECT_THAT(systemIds(), IsEmpty());
@@ -161,7 +160,7 @@ TEST_F(FusionNumbers, AreLookedAtWhenAFrameArrivesNotWhenItIsFused) {
 TEST_F(FusionNumbers, LeaveAnEmptyFrameWhenNoneIsFinite) {
     showVideo(10.0, {video(1, 10.0)});
     const auto bad = video(1, 10.1);
-    bad->covariance(2, 2) = infinity;
+    bad->covariance(2, 2) = infinite;
     const SyslogCapture log;
     showVideo(10.1, {bad});
     EXPECT_NEAR(systemTrack(0).getSensorTracks(VideoObject).at(1)->coastingTime, 0.1, 1e-12);

@@ -2,6 +2,7 @@
 // A device's life in a minute: what goes on for months must leave nothing behind.
 #include "fusion/FusionFixture.h"
 #include "support/AllocationCounter.h"
+#include "support/Constants.h"
 #include "support/RandomEstimates.h"
 #include "support/SyslogCapture.h"
 
@@ -100,10 +101,9 @@ protected:
     }
 
     void spoil(Veskar::Track& track) {
-        constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
         switch (random.integer(0, 5)) {
             case 0:
-                track.state[random.integer(0, 5)] = notANumber;
+                track.state[random.integer(0, 5)] = nan;
                 break;
             case 1:
                 track.time += random.uniform(-1e6, 1e6);
@@ -112,7 +112,7 @@ protected:
                 track.coastingTime = -random.uniform(0.0, 1e6);
                 break;
             case 3:
-                track.probability = chance(0.5) ? notANumber : -1.0;
+                track.probability = chance(0.5) ? nan : -1.0;
                 break;
             case 4:
                 track.covariance.setZero();

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fusion/ReportFault.h"
+#include "support/Constants.h"
 #include "support/RandomEstimates.h"
 #include "support/TrackFactory.h"
 
@@ -19,8 +20,7 @@ using Veskar::StateMatrix;
 using Veskar::StateVector;
 using Veskar::Track;
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double notFinite[] = {std::numeric_limits<double>::quiet_NaN(), infinity, -infinity};
+constexpr double notFinite[] = {nan, infinite, -infinite};
 constexpr double denormal = std::numeric_limits<double>::denorm_min();
 constexpr double frameTime = 100.0;
 
@@ -65,7 +65,7 @@ TEST(ReportFault, IsATimeMoreThanTenSecondsFromTheFrame) {
         Track track = soundReport();
         track.time = frameTime + sign * 10.0;
         EXPECT_EQ(faultOf(track, frameTime), ReportFault::None);
-        track.time = std::nextafter(track.time, sign * infinity);
+        track.time = std::nextafter(track.time, sign * infinite);
         EXPECT_EQ(faultOf(track, frameTime), ReportFault::CannotBeFused);
     }
 }
@@ -100,8 +100,8 @@ TEST(PositiveDefinite, HasVariancesFrom1eMinus30To1e30) {
             P(i, i) = good;
             EXPECT_TRUE(isPositiveDefinite(P)) << i << " " << good;
         }
-        for (const double bad : {std::nextafter(1e-30, 0.0), std::nextafter(1e30, infinity), 0.0,
-                                 denormal, -1.0, infinity, std::nan("")}) {
+        for (const double bad : {std::nextafter(1e-30, 0.0), std::nextafter(1e30, infinite), 0.0,
+                                 denormal, -1.0, infinite, nan}) {
             P(i, i) = bad;
             EXPECT_FALSE(isPositiveDefinite(P)) << i << " " << bad;
         }

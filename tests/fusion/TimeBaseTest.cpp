@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fusion/TimeBase.h"
+#include "support/Constants.h"
 
 #include <cmath>
 
@@ -9,8 +10,6 @@ namespace Veskar {
 namespace {
 
 using Verdict = TimeBase::Verdict;
-
-constexpr double infinity = HUGE_VAL;
 
 TEST(TimeBase, AcceptsTheFirstFrameWhateverItsTime) {
     for (const double time : {0.0, -5.0, 1.7e9}) {
@@ -29,7 +28,7 @@ TEST(TimeBase, AcceptsFramesUpToAnHourFromTheLastAcceptedOne) {
 }
 
 TEST(TimeBase, HoldsBackAFrameFartherAway) {
-    for (const double time : {std::nextafter(3600.0, infinity), 1.7e9}) {
+    for (const double time : {std::nextafter(3600.0, VeskarTest::infinite), 1.7e9}) {
         for (const double sign : {1.0, -1.0}) {
             TimeBase timeBase;
             timeBase.judge(0.0);
@@ -53,7 +52,7 @@ TEST(TimeBase, HoldsBackTheNextFrameInsteadWhenThatIsFarFromBoth) {
     TimeBase timeBase;
     timeBase.judge(0.0);
     timeBase.judge(65536.0);
-    const double farther = std::nextafter(65596.0, infinity);
+    const double farther = std::nextafter(65596.0, VeskarTest::infinite);
     EXPECT_EQ(timeBase.judge(farther), Verdict::HoldBack);
     EXPECT_EQ(timeBase.judge(65536.0), Verdict::HoldBack) << "the first one is forgotten";
     EXPECT_EQ(timeBase.judge(65536.0), Verdict::Restart);

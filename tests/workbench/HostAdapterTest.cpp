@@ -54,14 +54,14 @@ protected:
     }
 };
 
-const Eigen::Vector2d place(18.0, -5.0);
+const Eigen::Vector2d footPoint(18.0, -5.0);
 const Eigen::Vector2d walk(-0.8, 1.1);
 
 }  // namespace
 
 TEST_F(HostAdapterTest, BothSensorsPutAGroundPointAtTheSameState) {
-    const auto radar = convert(Veskar::Radar, radarReport(place, walk));
-    const auto video = convert(Veskar::VideoObject, videoReport(place, walk));
+    const auto radar = convert(Veskar::Radar, radarReport(footPoint, walk));
+    const auto video = convert(Veskar::VideoObject, videoReport(footPoint, walk));
     const Veskar::StateVector difference = radar->state - video->state;
     EXPECT_LT(std::abs(difference[0]), 1e-9);
     EXPECT_LT(std::abs(difference[1]), 1e-9);
@@ -73,9 +73,9 @@ TEST_F(HostAdapterTest, BothSensorsPutAGroundPointAtTheSameState) {
 }
 
 TEST_F(HostAdapterTest, ASmallCalibrationErrorStaysInsideTheGate) {
-    const auto video = convert(Veskar::VideoObject, videoReport(place, walk));
+    const auto video = convert(Veskar::VideoObject, videoReport(footPoint, walk));
     header.camera.mounting.pitch += 0.5;
-    auto report = radarReport(place, walk);
+    auto report = radarReport(footPoint, walk);
     report.azimuth += 1.0;
     const auto radar = convert(Veskar::Radar, report);
     Veskar::TrackAssociator associator(config);
@@ -83,10 +83,10 @@ TEST_F(HostAdapterTest, ASmallCalibrationErrorStaysInsideTheGate) {
 }
 
 TEST_F(HostAdapterTest, RadarCovarianceHasFullRankByItsFloors) {
-    const auto track = convert(Veskar::Radar, radarReport(place, walk));
+    const auto track = convert(Veskar::Radar, radarReport(footPoint, walk));
     const Workbench::Projection camera(header.camera.build());
     const Workbench::RadarModel model(header.radar, parameters);
-    const auto bare = toFusion(camera, model.estimate(radarReport(place, walk)));
+    const auto bare = toFusion(camera, model.estimate(radarReport(footPoint, walk)));
     EXPECT_LT(std::abs(bare.covariance.determinant()), 1e-25);
     const double lag = parameters.rangeStdPerRate * track->state[5];
     Veskar::StateVector added = parameters.radarFloorStd.cwiseAbs2();
@@ -98,16 +98,16 @@ TEST_F(HostAdapterTest, RadarCovarianceHasFullRankByItsFloors) {
 }
 
 TEST_F(HostAdapterTest, FloorsFollowTheLensesAngles) {
-    const auto usual = convert(Veskar::Radar, radarReport(place, walk));
+    const auto usual = convert(Veskar::Radar, radarReport(footPoint, walk));
     // The same lens over half the angle: an image unit is half as wide.
     parameters.radarFloorStd.setZero();
-    const auto bare = convert(Veskar::Radar, radarReport(place, walk));
+    const auto bare = convert(Veskar::Radar, radarReport(footPoint, walk));
     const Veskar::StateMatrix floors = usual->covariance - bare->covariance;
     header.camera.imageToRadians[1] /= 2.0;
     header.camera.radiansToImage[1] *= 2.0;
-    const auto narrowBare = convert(Veskar::Radar, radarReport(place, walk));
+    const auto narrowBare = convert(Veskar::Radar, radarReport(footPoint, walk));
     parameters = {};
-    const auto narrow = convert(Veskar::Radar, radarReport(place, walk));
+    const auto narrow = convert(Veskar::Radar, radarReport(footPoint, walk));
     const Veskar::StateMatrix narrowFloors = narrow->covariance - narrowBare->covariance;
     EXPECT_NEAR(narrowFloors(0, 0), 4.0 * floors(0, 0), 1e-9);
     EXPECT_NEAR(narrowFloors(3, 3), 4.0 * floors(3, 3), 1e-9);
@@ -115,8 +115,8 @@ TEST_F(HostAdapterTest, FloorsFollowTheLensesAngles) {
 }
 
 TEST_F(HostAdapterTest, GainsTellTheStateOfTheReport) {
-    auto radar = radarReport(place, walk);
-    auto video = videoReport(place, walk);
+    auto radar = radarReport(footPoint, walk);
+    auto video = videoReport(footPoint, walk);
     EXPECT_EQ(convert(Veskar::Radar, radar)->probability, 3.0);
     EXPECT_EQ(convert(Veskar::VideoObject, video)->probability, 2.0);
     radar.confirmed = false;
@@ -129,7 +129,7 @@ TEST_F(HostAdapterTest, GainsTellTheStateOfTheReport) {
 }
 
 TEST_F(HostAdapterTest, TrackCarriesIdentityTimesAndLabels) {
-    auto video = videoReport(place, walk);
+    auto video = videoReport(footPoint, walk);
     video.age = 7.0;
     video.labels.color = {"red", 0.6};
     const auto track = convert(Veskar::VideoObject, video);
@@ -150,11 +150,12 @@ TEST_F(HostAdapterTest, TrackCarriesIdentityTimesAndLabels) {
 
 TEST_F(HostAdapterTest, RadarTrackCarriesSpeedDirectionAndPlace) {
     header.site = Workbench::Site{55.0, 13.0, 0.0};
-    const auto track = convert(Veskar::Radar, radarReport(place, walk));
+    const auto track = convert(Veskar::Radar, radarReport(footPoint, walk));
     EXPECT_NEAR(*track->speed, walk.norm(), 1e-9);
     EXPECT_LT((*track->direction - walk.normalized()).norm(), 1e-9);
-    EXPECT_NEAR(track->location->range, place.norm(), 1e-9);
-    // Against the clock from the right-hand side; the place lies to the right of straight ahead.
+    EXPECT_NEAR(track->location->range, footPoint.norm(), 1e-9);
+    // Against the clock from the right-hand side; the footPoint lies to the right of straight
+    // ahead.
     EXPECT_NEAR(track->location->azimuth, 90.0 - std::atan2(5.0, 18.0) * 180.0 / M_PI, 1e-9);
     // 18 m to the north and 5 m to the east; a degree of latitude is 111 km.
     EXPECT_TRUE(track->geoLocation->valid);
@@ -163,7 +164,7 @@ TEST_F(HostAdapterTest, RadarTrackCarriesSpeedDirectionAndPlace) {
 }
 
 TEST_F(HostAdapterTest, RadarClassComesFromTheSpeedUnlessTheRadarNamesOne) {
-    auto report = radarReport(place, walk);
+    auto report = radarReport(footPoint, walk);
     report.speed = 2.999;
     EXPECT_EQ(convert(Veskar::Radar, report)->className, "human");
     report.speed = 3.001;
@@ -175,8 +176,8 @@ TEST_F(HostAdapterTest, RadarClassComesFromTheSpeedUnlessTheRadarNamesOne) {
 }
 
 TEST_F(HostAdapterTest, RadarTrackGetsABoxOfItsClassesSize) {
-    const auto radar = convert(Veskar::Radar, radarReport(place, walk));
-    const auto video = convert(Veskar::VideoObject, videoReport(place, walk));
+    const auto radar = convert(Veskar::Radar, radarReport(footPoint, walk));
+    const auto video = convert(Veskar::VideoObject, videoReport(footPoint, walk));
     EXPECT_NEAR(radar->boundingBox[2], video->boundingBox[2], 1e-9);
     EXPECT_NEAR(radar->boundingBox[3], video->boundingBox[3], 1e-9);
     EXPECT_GT(radar->boundingBox[1], 0.01);
@@ -184,11 +185,11 @@ TEST_F(HostAdapterTest, RadarTrackGetsABoxOfItsClassesSize) {
 }
 
 TEST_F(HostAdapterTest, PredictedRadarReportHasMovedAndIsNotCoasting) {
-    auto report = radarReport(place, walk);
+    auto report = radarReport(footPoint, walk);
     report.coasting = 0.3;
     const auto now = convert(Veskar::Radar, report);
     const auto later = convert(Veskar::Radar, report, 0.8);
-    const auto there = convert(Veskar::Radar, radarReport(place + 0.8 * walk, walk));
+    const auto there = convert(Veskar::Radar, radarReport(footPoint + 0.8 * walk, walk));
     EXPECT_EQ(later->time, 5.8);
     EXPECT_EQ(later->coastingTime, 0.0);
     EXPECT_EQ(later->probability, parameters.predictedGain);
@@ -197,7 +198,7 @@ TEST_F(HostAdapterTest, PredictedRadarReportHasMovedAndIsNotCoasting) {
 }
 
 TEST_F(HostAdapterTest, PredictedVideoReportMovesItsBox) {
-    const auto report = videoReport(place, walk);
+    const auto report = videoReport(footPoint, walk);
     const auto later = convert(Veskar::VideoObject, report, 0.5);
     EXPECT_NEAR(later->state[0],
                 0.5 * (report.box.left + report.box.right) + 0.5 * (*report.velocity)[0], 1e-12);

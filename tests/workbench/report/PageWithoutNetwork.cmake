@@ -21,7 +21,7 @@ function(configure mode npm)
   execute_process(
     COMMAND "${CMAKE_COMMAND}" -S "${SOURCE}" -B "${directory}/${mode}" -G "${GENERATOR}"
             -DVESKAR_BUILD_TESTS=OFF -DVESKAR_BUILD_EXAMPLES=OFF "-DVESKAR_REPORT=${mode}"
-            -DVESKAR_NODE=false "-DVESKAR_NPM=${npm}"
+            -DVESKAR_NODE=/bin/false "-DVESKAR_NPM=${npm}"
     RESULT_VARIABLE status
     OUTPUT_VARIABLE output
     ERROR_VARIABLE output)

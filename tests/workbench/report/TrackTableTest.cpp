@@ -17,16 +17,16 @@ TEST(TrackTable, KeepsRowsTrackByTrack) {
     table.add({-3}, {2.0, 20.0});
     table.beginFrame();
     table.add({7}, {1.5, 11.0});
-    const auto json = table.json();
-    EXPECT_EQ(json["frames"], 2);
-    EXPECT_EQ(json["tracks"], 2);
-    EXPECT_EQ(json["rows"], 3);
-    EXPECT_THAT(numbersOf(json["keys"]["id"]), ElementsAre(-3, 7));
-    EXPECT_THAT(numbersOf(json["counts"]), ElementsAre(1, 2));
+    const auto written = table.json();
+    EXPECT_EQ(written["frames"], 2);
+    EXPECT_EQ(written["tracks"], 2);
+    EXPECT_EQ(written["rows"], 3);
+    EXPECT_THAT(numbersOf(written["keys"]["id"]), ElementsAre(-3, 7));
+    EXPECT_THAT(numbersOf(written["counts"]), ElementsAre(1, 2));
     EXPECT_THAT(
-        numbersOf(json["columns"]["x"]),
+        numbersOf(written["columns"]["x"]),
         ElementsAre(testing::DoubleEq(2.0), testing::DoubleEq(1.0), testing::DoubleEq(1.5)));
-    EXPECT_THAT(numbersOf(json["columns"]["y"]), ElementsAre(20, 10, 11));
+    EXPECT_THAT(numbersOf(written["columns"]["y"]), ElementsAre(20, 10, 11));
 }
 
 TEST(TrackTable, CountsTheFramesThatATrackLeavesOut) {
@@ -46,15 +46,15 @@ TEST(TrackTable, TellsTracksApartByTheWholeKey) {
     table.add({1, 2}, {5.0});
     table.add({2, 1}, {6.0});
     table.add({1, 2}, {7.0});
-    const auto json = table.json();
-    EXPECT_THAT(numbersOf(json["keys"]["a"]), ElementsAre(1, 2));
-    EXPECT_THAT(numbersOf(json["keys"]["b"]), ElementsAre(2, 1));
-    EXPECT_THAT(numbersOf(json["counts"]), ElementsAre(2, 1));
-    EXPECT_THAT(numbersOf(json["skipped"]), ElementsAre(0, -1, 0)) << "twice in the same frame";
+    const auto written = table.json();
+    EXPECT_THAT(numbersOf(written["keys"]["a"]), ElementsAre(1, 2));
+    EXPECT_THAT(numbersOf(written["keys"]["b"]), ElementsAre(2, 1));
+    EXPECT_THAT(numbersOf(written["counts"]), ElementsAre(2, 1));
+    EXPECT_THAT(numbersOf(written["skipped"]), ElementsAre(0, -1, 0)) << "twice in the same frame";
 }
 
 TEST(TrackTable, MayBeEmpty) {
-    const auto json = TrackTable({"id"}, {{"x", 1.0}}).json();
-    EXPECT_EQ(json["rows"], 0);
-    EXPECT_THAT(numbersOf(json["columns"]["x"]), IsEmpty());
+    const auto written = TrackTable({"id"}, {{"x", 1.0}}).json();
+    EXPECT_EQ(written["rows"], 0);
+    EXPECT_THAT(numbersOf(written["columns"]["x"]), IsEmpty());
 }
