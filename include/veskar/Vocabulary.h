@@ -9,7 +9,7 @@
 #include <string>
 
 /// Labels are plain strings, compared byte by byte ("Human" is not "human"). Read-only once the
-/// library is loaded; safe to read from any thread. Colours have no fixed list.
+/// library is loaded; safe to read from any thread.
 namespace Veskar::Vocabulary {
 
 // Kinds of scene.
@@ -48,5 +48,22 @@ VESKAR_EXPORT extern const std::set<std::string> supportedClasses;
 /// On purpose "bike" is supported and has no group, and heads and hats form the group
 /// "missing_hardhat", not "human".
 VESKAR_EXPORT extern const std::map<std::string, std::string> classGroups;
+
+/// Every class above, "unknown" included. Fusion carries any other word along, but a track of
+/// another class takes part in no association that asks for the class.
+VESKAR_EXPORT extern const std::set<std::string> knownClasses;
+
+/// The usual words for colours, "unknown" included: beige, black, blue, brown, gray, green, orange,
+/// pink, purple, red, white, yellow. A convention between producer and consumer: fusion carries any
+/// word along, and words that differ are different colours.
+VESKAR_EXPORT extern const std::set<std::string> knownColors;
+
+/// @param word a class label
+/// @return whether it is one of knownClasses
+VESKAR_EXPORT bool isKnownClass(const std::string& word);
+
+/// @param word a colour label
+/// @return whether it is one of knownColors
+VESKAR_EXPORT bool isKnownColor(const std::string& word);
 
 }  // namespace Veskar::Vocabulary

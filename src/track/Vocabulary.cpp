@@ -45,4 +45,20 @@ const std::map<std::string, std::string> classGroups = {{car, vehicle},
                                                         {animal, animal},
                                                         {unknown, unknown}};
 
+const std::set<std::string> knownClasses = {
+    human, humanHead,         humanFace,    hatOther, missingHardhat, vehicle, car,    truck,
+    bus,   motorcycleBicycle, vehicleOther, bike,     licensePlate,   animal,  unknown};
+
+const std::set<std::string> knownColors = {"beige", "black",  "blue", "brown",  "gray",
+                                           "green", "orange", "pink", "purple", "red",
+                                           "white", "yellow", unknown};
+
+bool isKnownClass(const std::string& word) {
+    return knownClasses.count(word) > 0;
+}
+
+bool isKnownColor(const std::string& word) {
+    return knownColors.count(word) > 0;
+}
+
 }  // namespace Veskar::Vocabulary

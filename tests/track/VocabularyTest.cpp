@@ -73,6 +73,32 @@ TEST(Vocabulary, GroupsPartsOfAPersonWithoutSupportingThem) {
     }
 }
 
+TEST(Vocabulary, KnowsEveryClassThatItSupportsOrGroupsAndNoOther) {
+    std::set<std::string> classes = Vocabulary::supportedClasses;
+    for (const auto& [name, group] : Vocabulary::classGroups) {
+        classes.insert(name);
+    }
+    EXPECT_EQ(Vocabulary::knownClasses, classes);
+    for (const std::string& name : classes) {
+        EXPECT_TRUE(Vocabulary::isKnownClass(name)) << name;
+    }
+    for (const char* other : {"person", "Human", "", "red"}) {
+        EXPECT_FALSE(Vocabulary::isKnownClass(other)) << other;
+    }
+}
+
+TEST(Vocabulary, KnowsTheUsualColours) {
+    EXPECT_THAT(Vocabulary::knownColors,
+                ElementsAre("beige", "black", "blue", "brown", "gray", "green", "orange", "pink",
+                            "purple", "red", "unknown", "white", "yellow"));
+    for (const std::string& name : Vocabulary::knownColors) {
+        EXPECT_TRUE(Vocabulary::isKnownColor(name)) << name;
+    }
+    for (const char* other : {"grey", "Red", "", "car"}) {
+        EXPECT_FALSE(Vocabulary::isKnownColor(other)) << other;
+    }
+}
+
 TEST(Vocabulary, ComparesExactly) {
     for (const char* almost : {"Human", "human ", " human", "HUMAN", "hum", ""}) {
         EXPECT_EQ(Vocabulary::supportedClasses.count(almost), 0U) << almost;
