@@ -4,8 +4,13 @@
 #include <veskar/Vocabulary.h>
 
 #include "check/CameraCheck.h"
+#include "recording/LabelWords.h"
 
 #include <algorithm>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -265,11 +270,25 @@ private:
     }
 
     void className(const LocatedValue& item, const std::string& path) {
+        word(item, path, "class", WordKind::Class);
         const LocatedValue* name = item.find("class");
         if (name != nullptr && name->kind == Kind::Text &&
+            Veskar::Vocabulary::isKnownClass(name->text) &&
             Veskar::Vocabulary::supportedClasses.count(name->text) == 0) {
             add(Severity::Warning, *name, joinPath(path, "class"),
                 "the fusion takes no tracks of this class");
+        }
+    }
+
+    /// A word outside the vocabulary, once however many objects have it.
+    void word(const LocatedValue& item, const std::string& path, const char* key, WordKind kind) {
+        const LocatedValue* name = item.find(key);
+        if (name == nullptr || name->kind != Kind::Text ||
+            !words.insert({kind, name->text}).second) {
+            return;
+        }
+        if (const std::optional<std::string> advice = adviceOn(kind, name->text)) {
+            add(Severity::Warning, *name, joinPath(path, key), *advice);
         }
     }
 
@@ -290,6 +309,9 @@ private:
             return;
         }
         className(item, path);
+        for (const char* color : {"color", "upperClothingColor", "lowerClothingColor"}) {
+            word(item, path, color, WordKind::Color);
+        }
         if ((item.find("path") == nullptr) == (item.find("area") == nullptr)) {
             add(Severity::Fault, item, path, "expected either a path or an area");
         }
@@ -324,6 +346,7 @@ private:
     }
 
     Findings& findings;
+    std::set<std::pair<WordKind, std::string>> words;  ///< that were looked at
 };
 
 }  // namespace

@@ -6,12 +6,15 @@
 #include "import/Autoferry.h"
 #include "import/Kitti.h"
 #include "io/OutputFile.h"
+#include "io/Printable.h"
 
+#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
 namespace Workbench {
 namespace {
@@ -23,6 +26,10 @@ template <typename Import>
 int importTo(const std::string& path, const std::vector<NamedFile>& sources, Import import) {
     refuseOverwriting(sources, {{"recording", path}});
     const ImportedRecording recording = import();
+    for (const std::string& warning : recording.warnings) {
+        fmt::print(stderr, "veskar: warning: {}\n",
+                   printable(fmt::format("{}: {}", sources.front().path, warning)));
+    }
     OutputFile output(path);
     write(recording, output);
     output.commit();

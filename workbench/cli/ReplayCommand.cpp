@@ -7,6 +7,8 @@
 #include "io/InputError.h"
 #include "io/Interruption.h"
 #include "io/OutputFile.h"
+#include "io/Printable.h"
+#include "recording/LabelWords.h"
 #include "recording/ReadAhead.h"
 #include "recording/RecordingReader.h"
 #include "replay/Explainer.h"
@@ -94,9 +96,15 @@ private:
 void feed(RecordingReader& reader, Replay& run, bool inRealTime) {
     Progress progress("replaying");
     Pace pace;
+    UnknownWords words([&](const char* key, const std::string& word, const std::string& advice) {
+        fmt::print(
+            stderr, "veskar: warning: {}\n",
+            printable(fmt::format("{}: {} \"{}\" {}", reader.input().name(), key, word, advice)));
+    });
     ReadAhead lines(reader, throwIfInterrupted);
     while (const auto line = lines.next()) {
         throwIfInterrupted();
+        words.look(*line);
         if (const auto* frame = std::get_if<SensorFrame>(&*line)) {
             if (inRealTime) {
                 pace.waitFor(frame->received);

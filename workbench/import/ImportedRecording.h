@@ -5,6 +5,7 @@
 #include "io/OutputFile.h"
 #include "recording/Recording.h"
 
+#include <string>
 #include <vector>
 
 namespace Workbench {
@@ -14,6 +15,7 @@ struct ImportedRecording {
     RecordingHeader header;
     std::vector<SensorFrame> frames;
     std::vector<TruthFrame> truth;
+    std::vector<std::string> warnings;  ///< what could not be taken over as it is
 };
 
 /// Writes the lines in the order in which a host would receive them.

@@ -9,6 +9,7 @@
 #include "io/InputError.h"
 #include "io/Interruption.h"
 #include "io/LineReader.h"
+#include "recording/LabelWords.h"
 #include "simulate/Motion.h"
 #include "simulate/Random.h"
 #include "tracker/PlanarFilter.h"
@@ -20,6 +21,7 @@
 #include <locale>
 #include <map>
 #include <memory>
+#include <set>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -57,6 +59,54 @@ struct LabelledObject {
 
 using LabelledFrames = std::map<int, std::vector<LabelledObject>>;
 
+// frame id type truncated occluded alpha left top right bottom height width length x y z rotation
+std::pair<int, LabelledObject> parseLabel(std::string_view line, const std::string& place) {
+    std::istringstream words{std::string(line)};
+    words.imbue(std::locale::classic());
+    int frame = 0;
+    double truncated = 0.0;
+    double alpha = 0.0;
+    double height = 0.0;
+    double width = 0.0;
+    double length = 0.0;
+    LabelledObject object;
+    words >> frame >> object.id >> object.type >> truncated >> object.occluded >> alpha;
+    for (int i = 0; i < 4; ++i) {
+        words >> object.box[i];
+    }
+    words >> height >> width >> length;
+    for (int i = 0; i < 3; ++i) {
+        words >> object.location[i];
+    }
+    if (!(words >> object.rotation)) {
+        throw InputError(place + ": expected a frame, an id, a type and 14 numbers");
+    }
+    object.shape.className =
+        meantWord(WordKind::Class, object.type).value_or(Veskar::Vocabulary::unknown);
+    object.shape.size = {length, width, height};
+    // What nobody cares about has no extents and lies nowhere.
+    const bool isPlaced =
+        object.type == "DontCare" ||
+        (object.shape.size.minCoeff() >= 0.0 && object.shape.size.maxCoeff() <= largestObject &&
+         object.location.cwiseAbs().maxCoeff() <= farthestObject);
+    if (frame < 0 || frame > lastFrame || !isPlaced ||
+        !(object.box.cwiseAbs().maxCoeff() <= largestImage) || !std::isfinite(object.rotation)) {
+        throw InputError(place + ": a number is out of range");
+    }
+    return {frame, object};
+}
+
+/// Whether the first line of a file is a label.
+bool hasLabels(const std::string& path) {
+    LineReader lines(path);
+    std::string_view line;
+    try {
+        return lines.next(line) && parseLabel(line, lines.place()).first >= 0;
+    } catch (const InputError&) {
+        return false;
+    }
+}
+
 Calibration readCalibration(const std::string& path) {
     LineReader lines(path);
     std::string_view line;
@@ -85,57 +135,10 @@ Calibration readCalibration(const std::string& path) {
         }
         return calibration;
     }
-    throw InputError(lines.name() + ": no line P2");
-}
-
-std::string classOf(const std::string& type) {
-    static const std::map<std::string, std::string> classes = {
-        {"Car", Veskar::Vocabulary::car},
-        {"Van", Veskar::Vocabulary::vehicleOther},
-        {"Truck", Veskar::Vocabulary::truck},
-        {"Tram", Veskar::Vocabulary::vehicleOther},
-        {"Pedestrian", Veskar::Vocabulary::human},
-        {"Person", Veskar::Vocabulary::human},
-        {"Person_sitting", Veskar::Vocabulary::human},
-        {"Cyclist", Veskar::Vocabulary::motorcycleBicycle}};
-    const auto found = classes.find(type);
-    return found == classes.end() ? Veskar::Vocabulary::unknown : found->second;
-}
-
-// frame id type truncated occluded alpha left top right bottom height width length x y z rotation
-std::pair<int, LabelledObject> parseLabel(std::string_view line, const std::string& place) {
-    std::istringstream words{std::string(line)};
-    words.imbue(std::locale::classic());
-    int frame = 0;
-    double truncated = 0.0;
-    double alpha = 0.0;
-    double height = 0.0;
-    double width = 0.0;
-    double length = 0.0;
-    LabelledObject object;
-    words >> frame >> object.id >> object.type >> truncated >> object.occluded >> alpha;
-    for (int i = 0; i < 4; ++i) {
-        words >> object.box[i];
-    }
-    words >> height >> width >> length;
-    for (int i = 0; i < 3; ++i) {
-        words >> object.location[i];
-    }
-    if (!(words >> object.rotation)) {
-        throw InputError(place + ": expected a frame, an id, a type and 14 numbers");
-    }
-    object.shape.className = classOf(object.type);
-    object.shape.size = {length, width, height};
-    // What nobody cares about has no extents and lies nowhere.
-    const bool isPlaced =
-        object.type == "DontCare" ||
-        (object.shape.size.minCoeff() >= 0.0 && object.shape.size.maxCoeff() <= largestObject &&
-         object.location.cwiseAbs().maxCoeff() <= farthestObject);
-    if (frame < 0 || frame > lastFrame || !isPlaced ||
-        !(object.box.cwiseAbs().maxCoeff() <= largestImage) || !std::isfinite(object.rotation)) {
-        throw InputError(place + ": a number is out of range");
-    }
-    return {frame, object};
+    throw InputError(lines.name() + (hasLabels(path) ? ": these are labels, not a calibration: the "
+                                                       "two files have changed places, the labels "
+                                                       "come first"
+                                                     : ": no line P2"));
 }
 
 LabelledFrames readLabels(const std::string& path) {
@@ -143,6 +146,9 @@ LabelledFrames readLabels(const std::string& path) {
     LabelledFrames frames;
     std::string_view line;
     while (lines.next(line)) {
+        if (frames.empty() && line.substr(0, 3) == "P0:") {
+            throw InputError(lines.name() + ": this is a calibration, not labels");
+        }
         if (line.find_first_not_of(" \t\r") == std::string_view::npos) {
             continue;
         }
@@ -187,6 +193,7 @@ public:
         camera = std::make_unique<Veskar::Camera>(recording.header.camera.build());
         for (const auto& [number, objects] : frames) {
             for (const LabelledObject& object : objects) {
+                look(object.type, recording);
                 ways[object.id].add(number / options.frameRate, stateOf(object).centre);
             }
         }
@@ -206,6 +213,15 @@ private:
         double born;
         double seen;
     };
+
+    /// Says once of every type that it has no class.
+    void look(const std::string& type, ImportedRecording& recording) {
+        if (!types.insert(type).second || meantWord(WordKind::Class, type)) {
+            return;
+        }
+        recording.warnings.push_back(fmt::format("class \"{}\" {}; imported as \"unknown\"", type,
+                                                 adviceOn(WordKind::Class, type).value_or("")));
+    }
 
     RecordingHeader header() const {
         const double halfWidth = 0.5 * options.width;
@@ -331,6 +347,7 @@ private:
     std::unique_ptr<Veskar::Camera> camera;
     std::map<std::int32_t, VideoTrack> tracks;
     std::map<std::int32_t, TimeSeries> ways;
+    std::set<std::string> types;
 };
 
 }  // namespace
