@@ -60,6 +60,47 @@ protected:
     VeskarTest::TemporaryDirectory directory;
 };
 
+TEST_F(Judgement, ReplayNamesAWordOutsideTheVocabularyOnce) {
+    const std::string path = recording();
+    std::string text = slurp(path);
+    std::string::size_type place = 0;
+    while ((place = text.find("\"class\":\"human\"", place)) != std::string::npos) {
+        text.replace(place, 15, "\"class\":\"person\"");
+    }
+    spill(directory / "words.jsonl", text);
+    const Outcome outcome =
+        veskar({"replay", directory / "words.jsonl", "-o", directory / "fused"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.errors, "veskar: warning: " + (directory / "words.jsonl") +
+                                  ": class \"person\" is none of the classes that are known; "
+                                  "write \"human\"\n");
+    EXPECT_THAT(veskar({"replay", path, "-o", directory / "fused"}).errors, IsEmpty());
+}
+
+TEST_F(Judgement, CheckGivesConventionsAndEveryEstimateAsNumbers) {
+    const std::string path = perimeter("radarSensor", {{"timestampError", 0.15}});
+    const auto json = nlohmann::json::parse(veskar({"check", path, "--format", "json"}).output);
+    EXPECT_TRUE(json["conventions"].empty());
+    for (const char* key : {"yawRadians", "pitchRadians", "heightMetres", "lagSeconds"}) {
+        const auto& estimate = json["installation"][key];
+        EXPECT_TRUE(estimate["value"].is_number()) << key;
+        EXPECT_GT(estimate["std"].get<double>(), 0.0) << key;
+    }
+    EXPECT_NEAR(json["installation"]["lagSeconds"]["value"].get<double>(), 0.15, 0.04);
+
+    std::string text = slurp(path);
+    const std::size_t end = text.find('\n');
+    auto header = nlohmann::json::parse(text.substr(0, end));
+    header["camera"]["rotation"]["pitch"] = 0.349;
+    spill(directory / "radians.jsonl", text.replace(0, end, header.dump()));
+    const auto other = nlohmann::json::parse(
+        veskar({"check", directory / "radians.jsonl", "--format", "json"}).output);
+    ASSERT_EQ(other["conventions"].size(), 1U);
+    EXPECT_EQ(other["conventions"][0]["name"], "camera-angles-radians");
+    EXPECT_EQ(other["conventions"][0]["key"], "camera.rotation");
+    EXPECT_FALSE(other.contains("installation"));
+}
+
 TEST_F(Judgement, HelpShowsAnExample) {
     for (const char* command : {"evaluate", "check"}) {
         const Outcome outcome = veskar({command, "--help"});

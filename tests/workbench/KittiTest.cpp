@@ -127,6 +127,31 @@ TEST(Kitti, TheSeedDrawsTheNoise) {
     EXPECT_NE(range(), first);
 }
 
+TEST(Kitti, SaysThatTheFilesHaveChangedPlaces) {
+    EXPECT_EQ(faultOf("P0: 1 2 3\n" + calibrationLine, labelLine),
+              "c: these are labels, not a calibration: the two files have changed places, the "
+              "labels come first");
+    EXPECT_EQ(faultOf("P0: 1 2 3\n" + calibrationLine, calibrationLine),
+              "l: this is a calibration, not labels");
+}
+
+TEST(Kitti, ATypeWithoutClassIsNamedOnce) {
+    const VeskarTest::TemporaryDirectory directory;
+    VeskarTest::spill(directory / "l",
+                      "0 1 Misc 0 0 -1.5 600 180 660 225 1.5 1.6 4 0.6 1.65 25 -1.57\n"
+                      "1 1 Misc 0 0 -1.5 600 180 660 225 1.5 1.6 4 0.6 1.65 25 -1.57\n"
+                      "1 2 Van 0 0 -1.5 400 180 460 225 1.5 1.6 4 -5 1.65 25 -1.57\n");
+    VeskarTest::spill(directory / "c", calibrationLine);
+    Workbench::KittiOptions options;
+    options.labels = directory / "l";
+    options.calibration = directory / "c";
+    const auto recording = importKitti(options);
+    ASSERT_EQ(recording.warnings.size(), 1U);
+    EXPECT_EQ(recording.warnings[0].substr(0, 12), "class \"Misc\"");
+    EXPECT_EQ(recording.truth.at(1).objects.at(0).className, "unknown");
+    EXPECT_EQ(recording.truth.at(1).objects.at(1).className, "vehicle_other");
+}
+
 TEST(Kitti, SaysWhatIsWrong) {
     EXPECT_EQ(faultOf(labelLine, "P0: 1 2 3\n"), "c: no line P2");
     EXPECT_EQ(faultOf(labelLine, "\nP2: 700 0 x\n"), "c:2: expected 12 numbers after P2");

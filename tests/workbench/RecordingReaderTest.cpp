@@ -4,8 +4,11 @@
 #include "io/InputError.h"
 #include "recording/RecordingReader.h"
 #include "recording/RecordingWriter.h"
+#include "recording/RefusedFrame.h"
 
+#include <stdexcept>
 #include <string>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -237,6 +240,22 @@ TEST_F(RecordingReaderTest, RefusesValuesOutOfRange) {
               "2: tracks[0].box.right: is left of left");
     EXPECT_EQ(faultOf(replaced(goodVideo, "\"top\":0.2", "\"top\":-0.6")),
               "2: tracks[0].box.top: is below bottom");
+}
+
+TEST_F(RecordingReaderTest, HandsOutARefusedFrameThatCouldBeRead) {
+    using Workbench::RefusedFrame;
+    const auto refused = [&](const std::string& line) -> std::pair<RefusedFrame::Reason, double> {
+        try {
+            read(line);
+        } catch (const RefusedFrame& error) {
+            return {error.reason, error.frame.time};
+        }
+        throw std::runtime_error("was not refused: " + line);
+    };
+    EXPECT_EQ(refused(replaced(goodVideo, "\"top\":0.2", "\"top\":-0.6")),
+              std::make_pair(RefusedFrame::Reason::Box, 1.5));
+    EXPECT_EQ(refused(R"({"source":"radar","time":5,"received":4,"tracks":[]})"),
+              std::make_pair(RefusedFrame::Reason::Time, 5.0));
 }
 
 TEST_F(RecordingReaderTest, RefusesRepeatedIds) {

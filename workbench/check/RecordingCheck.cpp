@@ -7,12 +7,15 @@
 #include "check/TrackPairs.h"
 #include "geometry/Projection.h"
 #include "io/InputError.h"
+#include "recording/LabelWords.h"
 #include "recording/RecordingReader.h"
+#include "recording/RefusedFrame.h"
 
 #include <algorithm>
 #include <cmath>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -22,6 +25,8 @@ namespace {
 /// Fewer samples of common objects say nothing.
 constexpr std::size_t fewestSamples = 50;
 constexpr std::size_t fewestBlocks = 8;
+/// With so many reports an installation could be judged if objects were apart.
+constexpr std::uint64_t plentyOfReports = 200;
 /// More faults than this are no longer listed one by one.
 constexpr std::size_t mostFaults = 100;
 
@@ -159,6 +164,182 @@ void judgeMounting(const RecordingHeader& header, const MountingEstimate& estima
           findings);
 }
 
+namespace {
+
+/// Faults of single lines: the first of each kind one by one.
+class LineFaults {
+public:
+    void add(Finding finding) {
+        if (++count <= mostFaults) {
+            list.push_back(std::move(finding));
+        }
+    }
+
+    /// @param findings receives the faults
+    /// @param key where a convention explains all of them: of the convention; otherwise empty
+    void tell(const std::string& key, Findings& findings) const {
+        if (!key.empty() && count > 0) {
+            findings.push_back(
+                {Severity::Fault, list.front().line, key, "",
+                 fmt::format("{} frames are refused for it, this is the first", count)});
+            return;
+        }
+        findings.insert(findings.end(), list.begin(), list.end());
+        if (count > mostFaults) {
+            findings.push_back({Severity::Fault, 0, "", "",
+                                fmt::format("{} more faulty lines", count - mostFaults)});
+        }
+    }
+
+private:
+    std::size_t count = 0;
+    Findings list;
+};
+
+/// Everything that is looked for in the lines of a recording.
+class Lines {
+public:
+    explicit Lines(const RecordingReader& opened)
+        : reader(opened),
+          pairs(opened.header()),
+          conventions(opened.header()),
+          words([this](const char* key, const std::string& word, const std::string& advice) {
+              const bool isClass = std::string_view(key) == "class";
+              unknownWords.push_back({isClass ? "class-words" : "color-words",
+                                      false,
+                                      {Severity::Warning, reader.input().lineNumber(), key,
+                                       fmt::format("\"{}\"", word), advice}});
+          }) {}
+
+    void take(const RecordingLine& line) {
+        words.look(line);
+        if (const auto* frame = std::get_if<SensorFrame>(&line)) {
+            statisticsOf(*frame).add(*frame, reader.input().lineNumber());
+            pairs.add(*frame);
+            conventions.add(*frame);
+        }
+    }
+
+    void take(const RefusedFrame& refused) {
+        const bool isTime = refused.reason == RefusedFrame::Reason::Time;
+        (isTime ? refusedTimes : refusedBoxes).add(faultAt(refused));
+        conventions.add(refused);
+        words.look(refused.frame);
+        if (!isTime) {
+            statisticsOf(refused.frame).add(refused.frame, reader.input().lineNumber());
+        }
+    }
+
+    void take(const InputError& error) { otherFaults.add(faultAt(error)); }
+
+    void judge(RecordingCheckResult& result) const {
+        result.conventions = conventions.found();
+        result.conventions.insert(result.conventions.end(), unknownWords.begin(),
+                                  unknownWords.end());
+        Findings faults;
+        otherFaults.tell("", faults);
+        refusedTimes.tell(explaining("time", result), faults);
+        refusedBoxes.tell(explaining("box", result), faults);
+        std::stable_sort(faults.begin(), faults.end(),
+                         [](const Finding& a, const Finding& b) { return a.line < b.line; });
+        Findings& findings = result.findings;
+        findings.insert(findings.end(), faults.begin(), faults.end());
+        judgeFrames("video", video, findings);
+        judgeFrames("radar", radar, findings);
+        for (const Convention& convention : result.conventions) {
+            findings.push_back(convention.finding);
+        }
+        judgeInstallation(result);
+    }
+
+private:
+    FrameStatistics& statisticsOf(const SensorFrame& frame) {
+        return frame.source == Veskar::VideoObject ? video : radar;
+    }
+
+    Finding faultAt(const InputError& error) const {
+        return findingOf(error, reader.input().name(), reader.input().lineNumber());
+    }
+
+    static std::string explaining(const char* key, const RecordingCheckResult& result) {
+        const bool isExplained = std::any_of(
+            result.conventions.begin(), result.conventions.end(),
+            [key](const Convention& convention) { return convention.finding.key == key; });
+        return isExplained ? key : "";
+    }
+
+    void judgeInstallation(RecordingCheckResult& result) const {
+        if (std::any_of(result.conventions.begin(), result.conventions.end(),
+                        [](const Convention& convention) { return convention.misplaces; })) {
+            result.findings.push_back(
+                noteOf("installation", "cannot be judged before that is put right"));
+            return;
+        }
+        if (!sensorsAgree()) {
+            result.findings.push_back(disagreement());
+            return;
+        }
+        if (pairs.samples().size() >= fewestSamples) {
+            result.mounting =
+                estimateMounting(pairs.samples(), reader.header().camera.mounting.position[2]);
+        }
+        if (!result.mounting || result.mounting->blocks < fewestBlocks) {
+            const std::size_t blocks = result.mounting ? result.mounting->blocks : 0;
+            result.mounting.reset();
+            result.findings.push_back(withoutEstimate(blocks));
+            return;
+        }
+        judgeMounting(reader.header(), *result.mounting, result.findings);
+    }
+
+    /// Whether enough reports have a partner where they stand, as far as the recording tells.
+    bool sensorsAgree() const {
+        constexpr double hardlyAny = 0.15;
+        const Agreement& agreement = conventions.agreement();
+        return agreement.asked() < plentyOfReports || pairs.radarTracks() == 0 ||
+               agreement.share({}) > hardlyAny;
+    }
+
+    Finding disagreement() const {
+        const Agreement& agreement = conventions.agreement();
+        return {Severity::Warning, 0, "installation", "",
+                fmt::format("radar and video do not see objects in the same places: of {} reports "
+                            "of {} video tracks {:.0f} % have one of the {} radar tracks where "
+                            "they stand; look at the mounting, the lens and the clocks",
+                            agreement.asked(), pairs.videoTracks(), 100.0 * agreement.share({}),
+                            pairs.radarTracks())};
+    }
+
+    /// Why the installation cannot be judged.
+    Finding withoutEstimate(std::size_t blocks) const {
+        const Agreement& agreement = conventions.agreement();
+        const bool isPlenty = agreement.share({}) * static_cast<double>(agreement.asked()) >
+                              static_cast<double>(plentyOfReports);
+        return noteOf(
+            "installation",
+            fmt::format("{} to judge it: {} samples of {} pairs of tracks in {} stretches of time, "
+                        "{} in {} are needed; video has {} tracks, radar {}",
+                        isPlenty ? "both sensors see the objects, but too rarely one that is alone "
+                                   "and keeps its course,"
+                                 : "too few objects were seen by both sensors",
+                        pairs.samples().size(), pairs.pairs(), blocks, fewestSamples, fewestBlocks,
+                        pairs.videoTracks(), pairs.radarTracks()));
+    }
+
+    const RecordingReader& reader;
+    FrameStatistics video;
+    FrameStatistics radar;
+    TrackPairs pairs;
+    Conventions conventions;
+    std::vector<Convention> unknownWords;
+    UnknownWords words;
+    LineFaults otherFaults;
+    LineFaults refusedTimes;
+    LineFaults refusedBoxes;
+};
+
+}  // namespace
+
 RecordingCheckResult checkRecording(
     const std::string& path, const std::function<void(std::uint64_t, std::uint64_t)>& progress) {
     RecordingCheckResult result;
@@ -167,10 +348,7 @@ RecordingCheckResult checkRecording(
         return result;
     }
     RecordingReader& reader = *opened;
-    FrameStatistics video;
-    FrameStatistics radar;
-    TrackPairs pairs(reader.header());
-    std::size_t faults = 0;
+    Lines lines(reader);
     for (;;) {
         const std::uint64_t lineBefore = reader.input().lineNumber();
         try {
@@ -178,39 +356,18 @@ RecordingCheckResult checkRecording(
             if (!line) {
                 break;
             }
-            if (const auto* frame = std::get_if<SensorFrame>(&*line)) {
-                (frame->source == Veskar::VideoObject ? video : radar)
-                    .add(*frame, reader.input().lineNumber());
-                pairs.add(*frame);
-            }
+            lines.take(*line);
+        } catch (const RefusedFrame& error) {
+            lines.take(error);
         } catch (const InputError& error) {
             if (reader.input().lineNumber() == lineBefore) {
                 throw;  // the reading itself has failed, not a line
             }
-            if (++faults <= mostFaults) {
-                result.findings.push_back(
-                    findingOf(error, reader.input().name(), reader.input().lineNumber()));
-            }
+            lines.take(error);
         }
         progress(reader.input().bytesRead(), reader.input().size());
     }
-    if (faults > mostFaults) {
-        result.findings.push_back(
-            {Severity::Fault, 0, "", "", fmt::format("{} more faulty lines", faults - mostFaults)});
-    }
-    judgeFrames("video", video, result.findings);
-    judgeFrames("radar", radar, result.findings);
-    if (pairs.samples().size() >= fewestSamples) {
-        result.mounting =
-            estimateMounting(pairs.samples(), reader.header().camera.mounting.position[2]);
-    }
-    if (!result.mounting || result.mounting->blocks < fewestBlocks) {
-        result.mounting.reset();
-        result.findings.push_back(
-            noteOf("installation", "too few objects were seen by both sensors to judge it"));
-        return result;
-    }
-    judgeMounting(reader.header(), *result.mounting, result.findings);
+    lines.judge(result);
     return result;
 }
 

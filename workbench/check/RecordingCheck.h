@@ -2,6 +2,7 @@
 // Checks a recording: its lines, its frames in time, and what they say about the installation.
 #pragma once
 
+#include "check/Conventions.h"
 #include "check/Finding.h"
 #include "check/MountingEstimate.h"
 #include "recording/Recording.h"
@@ -15,6 +16,7 @@ namespace Workbench {
 /// What a check of a recording knows beside its findings.
 struct RecordingCheckResult {
     Findings findings;
+    std::vector<Convention> conventions;       ///< of the format that the recording does not follow
     std::optional<MountingEstimate> mounting;  ///< when enough objects were seen by both sensors
 };
 

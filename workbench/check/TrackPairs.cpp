@@ -39,8 +39,18 @@ std::optional<View> interpolate(const Deque& sightings, double time) {
     return View((1.0 - share) * before->view + share * after->view);
 }
 
+/// Counts what it has not counted before.
+template <typename Id>
+void count(std::set<Id>& counted, const Id& id) {
+    constexpr std::size_t most = 10000;
+    if (counted.size() < most) {
+        counted.insert(id);
+    }
+}
+
 /// A track around one time.
 struct Glimpse {
+    std::int32_t id;
     Eigen::Vector3d view;
     Eigen::Vector3d rate;
 };
@@ -65,7 +75,7 @@ std::vector<Glimpse> glimpsesAt(const Sightings& tracks, double time) {
         const auto now = interpolate<Eigen::Vector3d>(sightings, time);
         const auto after = interpolate<Eigen::Vector3d>(sightings, time + halfSpan);
         if (before && now && after && isStraight(*before, *now, *after)) {
-            result.push_back({*now, (*after - *before) / (2.0 * halfSpan)});
+            result.push_back({id, *now, (*after - *before) / (2.0 * halfSpan)});
         }
     }
     return result;
@@ -130,10 +140,13 @@ std::optional<TrackPairs::View> TrackPairs::viewOf(const Report& report) const {
 
 void TrackPairs::add(const SensorFrame& frame) {
     const bool isVideo = frame.source == Veskar::VideoObject;
-    Sightings& tracks = isVideo ? video : radarTracks;
+    Sightings& tracks = isVideo ? videoSightings : radarSightings;
     for (const Report& report : frame.tracks) {
         const std::optional<View> view = viewOf(report);
         auto& sightings = tracks[baseOf(report).id];
+        if (baseOf(report).confirmed) {
+            count(isVideo ? videoIds : radarIds, baseOf(report).id);
+        }
         if (view && (sightings.empty() || sightings.back().time < frame.time)) {
             sightings.push_back({frame.time, *view});
         }
@@ -158,8 +171,8 @@ void TrackPairs::pairAt(double time) {
         return;
     }
     lastSample = time;
-    const std::vector<Glimpse> byVideo = glimpsesAt(video, time);
-    const std::vector<Glimpse> byRadar = glimpsesAt(radarTracks, time);
+    const std::vector<Glimpse> byVideo = glimpsesAt(videoSightings, time);
+    const std::vector<Glimpse> byRadar = glimpsesAt(radarSightings, time);
     for (const Glimpse& seen : byVideo) {
         const auto partner =
             std::find_if(byRadar.begin(), byRadar.end(),
@@ -168,6 +181,7 @@ void TrackPairs::pairAt(double time) {
                              countNear(seen, byRadar, aloneFactor) == 1 &&
                              countNear(*partner, byVideo, aloneFactor) == 1;
         if (isAlone) {
+            count(pairIds, {seen.id, partner->id});
             // Video knows the bearing better, radar the distance.
             keep({time, seen.view[0] - partner->view[0], seen.rate[0],
                   seen.view[1] - partner->view[1], partner->rate[1], partner->view[2]});

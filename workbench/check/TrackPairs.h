@@ -10,6 +10,8 @@
 #include <deque>
 #include <map>
 #include <optional>
+#include <set>
+#include <utility>
 #include <vector>
 
 namespace Workbench {
@@ -29,6 +31,11 @@ public:
 
     /// @return the samples in order of time
     const std::vector<PairSample>& samples() const { return collected; }
+    /// @return how many tracks video and radar have reported, and how many pairs of them were seen;
+    ///         counted no further than 10,000
+    std::size_t videoTracks() const { return videoIds.size(); }
+    std::size_t radarTracks() const { return radarIds.size(); }
+    std::size_t pairs() const { return pairIds.size(); }
 
 private:
     /// A track at one time, seen from the camera: bearing from where it looks, depression
@@ -45,17 +52,22 @@ private:
     void pairAt(double time);
     void keep(const PairSample& sample);
 
+    using Ids = std::pair<std::int32_t, std::int32_t>;
+
     Projection projection;
     Eigen::Matrix2d toCamera;  ///< turns x to where the camera looks, so that no bearing wraps
     RadarModel radar;
-    Sightings video;
-    Sightings radarTracks;
+    Sightings videoSightings;
+    Sightings radarSightings;
     std::deque<double> pending;
     double lastVideo = 0.0;
     double lastRadar = 0.0;
     double lastSample = -1e300;
     double interval = 0.2;
     std::vector<PairSample> collected;
+    std::set<std::int32_t> videoIds;
+    std::set<std::int32_t> radarIds;
+    std::set<Ids> pairIds;
 };
 
 }  // namespace Workbench

@@ -46,7 +46,7 @@ DocumentKind kindFor(const Options& options) {
 
 RecordingCheckResult check(const Options& options, DocumentKind kind) {
     if (kind != DocumentKind::Recording) {
-        return {checkDocument(options.document, kind), std::nullopt};
+        return {checkDocument(options.document, kind), {}, std::nullopt};
     }
     Progress progress("checking");
     return checkRecording(options.document, [&](std::uint64_t read, std::uint64_t size) {
@@ -73,7 +73,9 @@ std::string toText(const Findings& findings, const std::string& name) {
 }
 
 nlohmann::ordered_json toJson(const Estimated& estimated) {
-    return {{"value", estimated.value}, {"std", estimated.std}};
+    return {{"value", estimated.value},
+            {"std", estimated.std},
+            {"significant", estimated.isSignificant}};
 }
 
 std::string toJsonText(const RecordingCheckResult& result, const std::string& name) {
@@ -89,9 +91,16 @@ std::string toJsonText(const RecordingCheckResult& result, const std::string& na
                                     {"value", finding.value},
                                     {"message", finding.message}});
     }
+    json["conventions"] = nlohmann::ordered_json::array();
+    for (const Convention& convention : result.conventions) {
+        json["conventions"].push_back({{"name", convention.name},
+                                       {"key", convention.finding.key},
+                                       {"message", convention.finding.message}});
+    }
     if (result.mounting) {
         // Radians and degrees must not be mixed up by a script: the unit is part of the name.
         json["installation"] = {{"samples", result.mounting->samples},
+                                {"blocks", result.mounting->blocks},
                                 {"yawRadians", toJson(result.mounting->yaw)},
                                 {"pitchRadians", toJson(result.mounting->pitch)},
                                 {"heightMetres", toJson(result.mounting->height)},

@@ -6,11 +6,13 @@
 #include "io/TextFile.h"
 #include "recording/Header.h"
 #include "recording/LabelFields.h"
+#include "recording/RefusedFrame.h"
 #include "recording/RepeatedIds.h"
 
 #include <algorithm>
 #include <limits>
 #include <string_view>
+#include <utility>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -27,9 +29,6 @@ ImageBox readBox(const LineFields& fields) {
                           box.number("top")};
     if (!(result.left <= result.right)) {
         box.refuse("right", "is left of left");
-    }
-    if (!(result.bottom <= result.top)) {
-        box.refuse("top", "is below bottom");
     }
     return result;
 }
@@ -186,6 +185,23 @@ bool startsAsTruth(std::string_view text) {
     return text.substr(0, start.size()) == start;
 }
 
+const ImageBox* boxOf(const Report& report) {
+    if (const auto* video = std::get_if<VideoReport>(&report)) {
+        return &video->box;
+    }
+    const auto* ready = std::get_if<ReadyEstimate>(&report);
+    return ready != nullptr && ready->box ? &*ready->box : nullptr;
+}
+
+void checkBoxes(const SensorFrame& frame) {
+    for (std::size_t i = 0; i < frame.tracks.size(); ++i) {
+        const ImageBox* box = boxOf(frame.tracks[i]);
+        if (box != nullptr && !(box->bottom <= box->top)) {
+            throw InputError(fmt::format("tracks[{}].box.top: is below bottom", i));
+        }
+    }
+}
+
 bool isBlank(std::string_view text) {
     return text.find_first_not_of(" \t\r") == std::string_view::npos;
 }
@@ -241,11 +257,23 @@ void RecordingReader::digestLine(std::string_view text) {
 }
 
 RecordingLine RecordingReader::parse(std::string_view text) {
-    return parser->read(lines, text, [&](const LineFields& fields) {
-        RecordingLine line = readLine(fields);
+    RecordingLine line = parser->read(lines, text, readLine);
+    using Reason = RefusedFrame::Reason;
+    Reason reason = Reason::Time;
+    try {
         std::visit([&](const auto& frame) { checkOrder(frame); }, line);
-        return line;
-    });
+        if (const auto* frame = std::get_if<SensorFrame>(&line)) {
+            reason = Reason::Box;
+            checkBoxes(*frame);
+        }
+    } catch (const InputError& error) {
+        const std::string what = lines.place() + ": " + error.what();
+        if (auto* frame = std::get_if<SensorFrame>(&line)) {
+            throw RefusedFrame(what, reason, std::move(*frame));
+        }
+        throw InputError(what);
+    }
+    return line;
 }
 
 void RecordingReader::checkOrder(const TruthFrame& frame) {

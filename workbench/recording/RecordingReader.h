@@ -22,7 +22,8 @@ enum class TruthLines { Read, Skip };
 
 /// The lines of a recording, checked. Memory does not depend on the length of the recording.
 ///
-/// Every fault is an InputError that starts with "FILE:LINE: ".
+/// Every fault is an InputError that starts with "FILE:LINE: "; that of a sensor frame whose values
+/// could be read is a RefusedFrame.
 class RecordingReader {
 public:
     /// Receives the first line before it is read, empty when there is none.

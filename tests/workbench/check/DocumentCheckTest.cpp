@@ -57,6 +57,23 @@ protected:
     DocumentKind kind = DocumentKind::Configuration;
 };
 
+TEST_F(DocumentCheck, NamesAWordOutsideTheVocabularyOnce) {
+    begin("scenarios/perimeter.json", DocumentKind::Scenario);
+    std::string::size_type place = 0;
+    while ((place = text.find("\"human\"", place)) != std::string::npos) {
+        text.replace(place, 7, "\"person\"");
+    }
+    replace("\"gray\"", "\"grey\"");
+    const Findings findings = check();
+    EXPECT_THAT(findings, SizeIs(2));
+    const Finding word = only(findings, "objects[0].class");
+    EXPECT_EQ(word.severity, Severity::Warning);
+    EXPECT_EQ(word.line, lineOf("\"person\""));
+    EXPECT_THAT(word.message, HasSubstr("write \"human\""));
+    EXPECT_THAT(only(findings, "objects[2].lowerClothingColor").message,
+                HasSubstr("write \"gray\""));
+}
+
 TEST_F(DocumentCheck, FindsNothingWrongWithWhatIsShipped) {
     EXPECT_THAT(checkDocument(source + "/config/fusion.json", DocumentKind::Configuration),
                 IsEmpty());

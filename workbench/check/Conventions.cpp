@@ -1,0 +1,353 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "check/Conventions.h"
+
+#include "geometry/Projection.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace Workbench {
+namespace {
+
+constexpr double pi = 3.14159265358979323846;
+/// Fewer values, ways or partners say nothing.
+constexpr std::uint64_t fewestValues = 50;
+constexpr std::uint64_t fewestWays = 6;
+constexpr double fewestPartners = 20.0;
+/// What a share of the video reports must gain by another reading.
+constexpr double margin = 0.08;
+/// Below this share radar and video say nothing for a reading.
+constexpr double hardlyAny = 0.3;
+
+Convention misplacing(std::string name, std::string key, std::string message) {
+    return {std::move(name), true, {Severity::Warning, 0, std::move(key), "", std::move(message)}};
+}
+
+Convention ofMotion(std::string name, std::string key, std::string message) {
+    return {std::move(name), false, {Severity::Warning, 0, std::move(key), "", std::move(message)}};
+}
+
+int percent(double share) {
+    return static_cast<int>(std::lround(100.0 * share));
+}
+
+bool isWithin(double value, double least, double most) {
+    return value > least && value < most;
+}
+
+}  // namespace
+
+void Conventions::Span::add(double value) {
+    first = std::min(first, value);
+    last = std::max(last, value);
+}
+
+Conventions::Conventions(const RecordingHeader& header)
+    : camera(header.camera.mounting),
+      canBeRadians(readAs(AngleForm::Radians, header.camera).has_value()),
+      places(header),
+      motion(header) {}
+
+void Conventions::add(const SensorFrame& frame) {
+    addTime(frame);
+    addRanges(frame);
+    places.add(frame);
+    if (frame.source == Veskar::Radar) {
+        motion.add(frame);
+    }
+}
+
+void Conventions::add(const RefusedFrame& refused) {
+    if (refused.reason == RefusedFrame::Reason::Box) {
+        add(refused.frame);
+    } else {
+        addTime(refused.frame);
+        addRanges(refused.frame);
+    }
+}
+
+void Conventions::addTime(const SensorFrame& frame) {
+    times[frame.source == Veskar::Radar ? 1 : 0].add(frame.time);
+}
+
+void Conventions::addRanges(const SensorFrame& frame) {
+    for (const Report& report : frame.tracks) {
+        if (const auto* seen = std::get_if<VideoReport>(&report)) {
+            const ImageBox& box = seen->box;
+            const auto [least, most] = std::minmax({box.left, box.bottom, box.right, box.top});
+            ++boxes.count;
+            // Boxes may reach beyond the edge of the image.
+            boxes.inUnit += least > -0.1 && most < 1.1 ? 1 : 0;
+            boxes.farOutside += std::max(-least, most) > 2.0 ? 1 : 0;
+            boxes.upsideDown += box.top < box.bottom ? 1 : 0;
+            boxes.u.add(box.left);
+            boxes.u.add(box.right);
+            boxes.v.add(box.bottom);
+            boxes.v.add(box.top);
+        } else if (const auto* heard = std::get_if<RadarReport>(&report)) {
+            ++azimuths;
+            largestAzimuth = std::max(largestAzimuth, std::abs(heard->azimuth));
+            largestDirection = std::max(largestDirection, std::abs(heard->direction.value_or(0.0)));
+        }
+    }
+}
+
+bool Conventions::isPossible(BoxForm form) const {
+    const bool isPixels = 2 * boxes.farOutside > boxes.count;
+    switch (form) {
+        case BoxForm::Pixels:
+            return isPixels;
+        case BoxForm::Unit:
+        case BoxForm::UnitDownward:
+            return !isPixels && boxes.count >= fewestValues && 10 * boxes.inUnit > 9 * boxes.count;
+        default:
+            return !isPixels;
+    }
+}
+
+bool Conventions::isPossible(AzimuthForm form) const {
+    const bool isRadians = form == AzimuthForm::Radians || form == AzimuthForm::MirroredRadians;
+    return !isRadians || (azimuths >= fewestValues && largestAzimuth < pi + 1e-3);
+}
+
+bool Conventions::isPossible(DirectionForm form) const {
+    return form != DirectionForm::Radians ||
+           (azimuths >= fewestValues && largestDirection < 2.0 * pi + 1e-3);
+}
+
+bool Conventions::explains(double share) const {
+    return share > places.share({}) + margin &&
+           share * static_cast<double>(places.asked()) > fewestPartners;
+}
+
+std::string Conventions::gain(double share) const {
+    return fmt::format(
+        "then {} % of the video's reports have a radar report where they stand, as "
+        "it is {} %",
+        percent(share), percent(places.share({})));
+}
+
+Reading Conventions::bestReading() const {
+    Reading best;
+    double bestScore = places.share(best);
+    for (const BoxForm box : boxForms) {
+        for (const AngleForm angles : angleForms) {
+            for (const AzimuthForm azimuth : azimuthForms) {
+                const bool isCandidate = isPossible(box) && isPossible(azimuth) &&
+                                         (angles == AngleForm::Stated || canBeRadians);
+                const Reading reading{box, angles, azimuth};
+                const double score = places.share(reading) - margin * reading.changes();
+                if (isCandidate && score > bestScore) {
+                    best = reading;
+                    bestScore = score;
+                }
+            }
+        }
+    }
+    return explains(places.share(best)) ? best : Reading{};
+}
+
+std::vector<Convention> Conventions::found() const {
+    std::vector<Convention> list;
+    judgeTime(list);
+    Reading reading = bestReading();
+    if (judgeHeight(reading, list)) {
+        reading = {};
+    }
+    judgeBoxes(reading, list);
+    judgeAngles(reading, list);
+    judgeAzimuth(reading, list);
+    judgeDirection(reading, list);
+    judgeSpeed(reading.azimuth, list);
+    return list;
+}
+
+void Conventions::judgeTime(std::vector<Convention>& list) const {
+    constexpr double hour = 3600.0;
+    constexpr double earliestUnix = 3e8;
+    const auto& [video, radar] = times;
+    if (video.isEmpty() || radar.isEmpty() ||
+        std::max(video.first - radar.last, radar.first - video.last) < hour) {
+        return;
+    }
+    const bool radarIsLater = radar.first > video.last;
+    const bool isUnix = std::max(radar.first, video.first) > earliestUnix;
+    list.push_back(misplacing(
+        "time-bases", "time",
+        fmt::format(
+            "radar frames run from {:.1f} to {:.1f} s, video frames from {:.1f} to {:.1f} "
+            "s: the sensors use different clocks{}; stamp both with one clock, or the "
+            "fusion never sees them together",
+            radar.first, radar.last, video.first, video.last,
+            isUnix ? fmt::format(", the {} UNIX time and the {} the time since a start",
+                                 radarIsLater ? "radar" : "video", radarIsLater ? "video" : "radar")
+                   : "")));
+}
+
+/// Whether a wrong height explains more than any other reading does.
+bool Conventions::judgeHeight(const Reading& best, std::vector<Convention>& list) const {
+    const std::optional<Agreement::Height> height = places.height();
+    if (!height || height->isPitch || isWithin(height->factor, 0.77, 1.3) ||
+        !explains(height->share) || height->share <= places.share(best)) {
+        return false;
+    }
+    list.push_back(misplacing(
+        "camera-height", "camera.position[2]",
+        fmt::format("the camera hangs {:.3g} times as high as stated: set it to {:.2f} instead of "
+                    "{:.2f}; {}",
+                    height->factor, height->factor * camera.position[2], camera.position[2],
+                    gain(height->share))));
+    return true;
+}
+
+void Conventions::judgeBoxes(const Reading& reading, std::vector<Convention>& list) const {
+    const BoxForm form = reading.box;
+    const auto ranges = [&] {
+        return fmt::format(
+            "boxes lie between {:.4g} and {:.4g} across and between {:.4g} and "
+            "{:.4g} upright",
+            boxes.u.first, boxes.u.last, boxes.v.first, boxes.v.last);
+    };
+    const bool isUpsideDown = 2 * boxes.upsideDown > boxes.count;
+    const bool fillsUnit = isPossible(BoxForm::Unit) && boxes.u.last - boxes.u.first > 0.6 &&
+                           boxes.v.last - boxes.v.first > 0.4 && places.share({}) < hardlyAny;
+    if (boxes.count > 0 && isPossible(BoxForm::Pixels)) {
+        list.push_back(misplacing(
+            "box-pixels", "box",
+            ranges() + ": these are pixels; divide by half the resolution and subtract 1, and "
+                       "count v upward, so that the image spans -1..1"));
+    } else if (form == BoxForm::Unit || form == BoxForm::UnitDownward ||
+               (form == BoxForm::Stated && fillsUnit)) {
+        list.push_back(misplacing(
+            "box-unit-range", "box",
+            ranges() +
+                ": these are fractions of the image, 0..1, where -1..1 is expected; double "
+                "them and subtract 1" +
+                (form == BoxForm::UnitDownward || isUpsideDown ? ", and count v upward" : "")));
+    } else if (form == BoxForm::Downward || isUpsideDown) {
+        list.push_back(misplacing(
+            "v-downward", "box",
+            "v counts downward here, but upward in the format, from -1 at the lower edge of the "
+            "image to 1; change the sign of bottom, top and the velocity's v: " +
+                (isUpsideDown ? "the top is below the bottom" : gain(places.share(reading)))));
+    }
+}
+
+void Conventions::judgeAngles(const Reading& reading, std::vector<Convention>& list) const {
+    if (reading.angles == AngleForm::Radians) {
+        list.push_back(misplacing(
+            "camera-angles-radians", "camera.rotation",
+            fmt::format("these are radians, but degrees are expected: set pitch to {:.2f} instead "
+                        "of {:.4g}, yaw to {:.2f}, roll to {:.2f}; {}",
+                        degrees(camera.pitch), camera.pitch, degrees(camera.yaw),
+                        degrees(camera.roll), gain(places.share(reading)))));
+    }
+}
+
+void Conventions::judgeAzimuth(const Reading& reading, std::vector<Convention>& list) const {
+    const std::string why = gain(places.share(reading));
+    if (reading.azimuth == AzimuthForm::Mirrored) {
+        list.push_back(misplacing("azimuth-sign", "azimuth",
+                                  "grows to the left here, but to the right (clockwise) in the "
+                                  "format; change its sign: " +
+                                      why));
+    } else if (reading.azimuth == AzimuthForm::FromTheRight) {
+        list.push_back(misplacing("azimuth-from-right", "azimuth",
+                                  "counts counter-clockwise from the right-hand side here, but "
+                                  "clockwise from forward in the format; write 90 minus it: " +
+                                      why));
+    } else if (reading.azimuth != AzimuthForm::Stated) {
+        list.push_back(misplacing(
+            "azimuth-radians", "azimuth",
+            fmt::format("none exceeds {:.3f}: these are radians, but degrees are expected; "
+                        "multiply by 57.29578{}: {}",
+                        largestAzimuth,
+                        reading.azimuth == AzimuthForm::MirroredRadians
+                            ? " and change the sign, they grow to the left"
+                            : "",
+                        why)));
+    }
+}
+
+void Conventions::judgeDirection(const Reading& reading, std::vector<Convention>& list) const {
+    const AzimuthForm azimuth = reading.azimuth;
+    const double stated = motion.share(azimuth, DirectionForm::Stated);
+    DirectionForm best = DirectionForm::Stated;
+    for (const DirectionForm form : directionForms) {
+        if (isPossible(form) && motion.share(azimuth, form) > motion.share(azimuth, best)) {
+            best = form;
+        }
+    }
+    const double share = motion.share(azimuth, best);
+    // What the range of the values supports needs to gain less.
+    const double needed = stated + (best == DirectionForm::Radians ? 0.15 : 0.3);
+    if (motion.ways(azimuth) < fewestWays || share < 0.6 || share < needed) {
+        return;
+    }
+    const std::string why =
+        fmt::format("then {} % of the radar's tracks move where they say, as it is {} %",
+                    percent(share), percent(stated));
+    if (best == DirectionForm::Turned) {
+        list.push_back(ofMotion("direction-turned", "direction",
+                                "points where objects come from, it must point where they go; add "
+                                "180 degrees: " +
+                                    why));
+    } else if (best == DirectionForm::Radians) {
+        list.push_back(ofMotion(
+            "direction-radians", "direction",
+            fmt::format("none exceeds {:.3f}: these are radians, but degrees are expected; "
+                        "multiply by 57.29578: {}",
+                        largestDirection, why)));
+    } else if (azimuth == AzimuthForm::Stated &&
+               places.share({reading.box, reading.angles, AzimuthForm::Mirrored}) >
+                   places.share(reading) - 2.0 * margin) {
+        // Symmetrical scenes, and those without video, do not tell which of the two it is.
+        list.push_back(misplacing(
+            "azimuth-sign", "azimuth",
+            "azimuth and direction contradict each other: one of them grows to the left, and both "
+            "must grow to the right (clockwise); change the sign of the azimuth, or else of the "
+            "direction: " +
+                why));
+    } else {
+        list.push_back(ofMotion("direction-sign", "direction",
+                                "grows to the left here, but to the right (clockwise) in the "
+                                "format; change its sign: " +
+                                    why));
+    }
+}
+
+void Conventions::judgeSpeed(AzimuthForm azimuth, std::vector<Convention>& list) const {
+    const auto unitOf = [](double factor) {
+        return isWithin(factor, 2.9, 4.4)   ? "; these are km/h, divide by 3.6"
+               : isWithin(factor, 2.1, 2.6) ? "; these may be miles per hour, divide by 2.237"
+                                            : "";
+    };
+    constexpr auto text =
+        "the radar's tracks move at {:.2g} m/s for every 1 that they report, over "
+        "{} ways of a second; m/s are expected{}";
+    const std::optional<double> speed = motion.speedFactor(azimuth);
+    if (speed && motion.ways(azimuth) >= fewestWays && !isWithin(*speed, 0.6, 1.7)) {
+        list.push_back(
+            ofMotion("speed-unit", "speed",
+                     fmt::format(text, 1.0 / *speed, motion.ways(azimuth), unitOf(*speed))));
+    }
+    const std::optional<double> radial = motion.radialSpeedFactor();
+    if (!radial || motion.radialWays() < fewestWays) {
+        return;
+    }
+    if (*radial < -0.3) {
+        list.push_back(ofMotion("radial-speed-sign", "radialSpeed",
+                                "is positive for objects that come nearer, but must be positive "
+                                "away from the radar; change its sign"));
+    }
+    if (!isWithin(std::abs(*radial), 0.6, 1.7)) {
+        list.push_back(ofMotion("speed-unit", "radialSpeed",
+                                fmt::format(text, 1.0 / std::abs(*radial), motion.radialWays(),
+                                            unitOf(std::abs(*radial)))));
+    }
+}
+
+}  // namespace Workbench

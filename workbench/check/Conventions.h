@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: Apache-2.0
+// Finds out whether a recording follows the conventions of the format, and which others it follows.
+#pragma once
+
+#include "check/Agreement.h"
+#include "check/Finding.h"
+#include "check/RadarMotion.h"
+#include "recording/RefusedFrame.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Workbench {
+
+/// A convention of the format that the recording does not follow.
+struct Convention {
+    std::string name;        ///< for scripts, as "azimuth-sign"; docs/judgement.md lists them
+    bool misplaces = false;  ///< objects, so that no mounting can be judged
+    Finding finding;         ///< what is seen, and what to change
+};
+
+/// Follows a recording in bounded memory.
+///
+/// Every other reading of the numbers is a hypothesis: it is named when the recording makes much
+/// better sense under it than as it stands. Evidence is where radar and video see objects at the
+/// same time (Agreement), whether radar tracks move as they say (RadarMotion), and the ranges of
+/// the values.
+class Conventions {
+public:
+    /// @param header the installation as stated
+    explicit Conventions(const RecordingHeader& header);
+
+    /// @param frame the next frame
+    void add(const SensorFrame& frame);
+    /// @param refused a frame that the reader has refused, but could read
+    void add(const RefusedFrame& refused);
+
+    /// @return what the recording does otherwise; empty when it follows the format
+    std::vector<Convention> found() const;
+    /// @return where radar and video agree
+    const Agreement& agreement() const { return places; }
+
+private:
+    struct Span {
+        double first = 1e300;
+        double last = -1e300;
+        void add(double value);
+        bool isEmpty() const { return first > last; }
+    };
+    struct BoxRanges {
+        std::uint64_t count = 0;
+        std::uint64_t inUnit = 0;      ///< all sides within 0..1, or nearly
+        std::uint64_t farOutside = 0;  ///< a side beyond 2
+        std::uint64_t upsideDown = 0;  ///< top below bottom
+        Span u;
+        Span v;
+    };
+
+    void addTime(const SensorFrame& frame);
+    void addRanges(const SensorFrame& frame);
+    bool isPossible(BoxForm form) const;
+    bool isPossible(AzimuthForm form) const;
+    bool isPossible(DirectionForm form) const;
+    Reading bestReading() const;
+    bool explains(double share) const;
+    std::string gain(double share) const;
+    void judgeTime(std::vector<Convention>& list) const;
+    bool judgeHeight(const Reading& best, std::vector<Convention>& list) const;
+    void judgeBoxes(const Reading& reading, std::vector<Convention>& list) const;
+    void judgeAngles(const Reading& reading, std::vector<Convention>& list) const;
+    void judgeAzimuth(const Reading& reading, std::vector<Convention>& list) const;
+    void judgeDirection(const Reading& reading, std::vector<Convention>& list) const;
+    void judgeSpeed(AzimuthForm azimuth, std::vector<Convention>& list) const;
+
+    Mounting camera;
+    bool canBeRadians;  ///< the angles of the camera
+    Agreement places;
+    RadarMotion motion;
+    std::array<Span, 2> times;  ///< video, radar
+    BoxRanges boxes;
+    std::uint64_t azimuths = 0;
+    double largestAzimuth = 0.0;
+    double largestDirection = 0.0;
+};
+
+}  // namespace Workbench
