@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/ConventionErrors.h"
 
+#include "SourceDirectory.h"
 #include "geometry/Projection.h"
 #include "io/OutputFile.h"
 #include "recording/RecordingWriter.h"
