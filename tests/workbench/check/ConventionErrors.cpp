@@ -8,6 +8,7 @@
 #include "scenario/Scenario.h"
 #include "simulate/Simulation.h"
 
+#include <algorithm>
 #include <map>
 #include <stdexcept>
 #include <variant>
@@ -163,13 +164,13 @@ const ConventionError& conventionError(const std::string& what) {
     throw std::invalid_argument(what);
 }
 
-Recorded simulated(const std::string& name, std::uint64_t seed, double duration) {
-    Scenario scenario =
-        readScenario(std::string(VESKAR_SOURCE_DIR) + "/config/scenarios/" + name + ".json");
+Recorded simulated(const std::string& scenario, std::uint64_t seed, double duration) {
+    Scenario scene =
+        readScenario(std::string(VESKAR_SOURCE_DIR) + "/config/scenarios/" + scenario + ".json");
     if (duration > 0.0) {
-        scenario.duration = duration;
+        scene.duration = duration;
     }
-    Simulation simulation(scenario, seed);
+    Simulation simulation(scene, seed);
     Recorded recorded{simulation.header(), {}};
     simulation.run(
         [&](const RecordingLine& line) {

@@ -76,7 +76,6 @@ int main(int count, char** arguments) {
             for (const ConventionError& error : errors) {
                 const std::string path = directory / "recording";
                 VeskarTest::write(recorded, error, path);
-                fmt::print(stderr, "=== {} {} {}\n", scenario, seed, error.what);
                 cells[error.what][scenario].add(
                     error, Workbench::checkRecording(path, [](std::uint64_t, std::uint64_t) {}));
             }
