@@ -369,6 +369,34 @@ TEST_F(Fault, AMessageThatCannotBeWrittenChangesNoStatus) {
     }
 }
 
+TEST_F(Fault, AWarningThatCannotBeWrittenChangesNoStatus) {
+    std::string words = slurp(recording);
+    for (std::size_t place = 0; (place = words.find("\"human\"", place)) != std::string::npos;) {
+        words.replace(place, 7, "\"person\"");
+    }
+    const std::string wordy = directory / "wordy";
+    spill(wordy, words);
+    std::string configuration = slurp(std::string(VESKAR_SOURCE_DIR) + "/config/fusion.json");
+    const std::string key = "\"removeClassMismatches\"";
+    configuration.replace(configuration.find(key), key.size(), "\"removeClassMissmatches\"");
+    const std::string misspelt = directory / "misspelt";
+    spill(misspelt, configuration);
+    const Words command = {"replay", wordy, "--config", misspelt, "--summary"};
+    for (const char* streams : {"2>/dev/full", "2>&-", "<&- 2>&-"}) {
+        for (const std::string& output : {out, std::string("-")}) {
+            SCOPED_TRACE(streams + (" " + output));
+            const Outcome usual = veskar(command + Words{"-o", output});
+            EXPECT_THAT(usual.errors, HasSubstr("veskar: warning: " + misspelt));
+            EXPECT_THAT(usual.errors, HasSubstr("veskar: warning: " + wordy));
+            const Outcome outcome = VeskarTest::run(
+                Words{"bash", "-c", std::string("exec \"$@\" ") + streams, "bash", VESKAR_PROGRAM} +
+                command + Words{"-o", output});
+            EXPECT_EQ(outcome.status, 0);
+            EXPECT_EQ(outcome.output, usual.output);
+        }
+    }
+}
+
 TEST_F(Fault, AHostileInputIsRefusedWithAMessageAndWithoutAnOutput) {
     constexpr int deep = 150000;
     std::string objects;

@@ -77,6 +77,24 @@ TEST_F(Judgement, ReplayNamesAWordOutsideTheVocabularyOnce) {
     EXPECT_THAT(veskar({"replay", path, "-o", directory / "fused"}).errors, IsEmpty());
 }
 
+TEST_F(Judgement, SimulateNamesAWordOutsideTheVocabularyOnce) {
+    const std::string path = directory / "words.json";
+    std::string text = slurp(std::string(VESKAR_SOURCE_DIR) + "/config/scenarios/perimeter.json");
+    for (std::size_t place = 0; (place = text.find("\"human\"", place)) != std::string::npos;) {
+        text.replace(place, 7, "\"humann\"");
+    }
+    spill(path, text);
+    const Outcome outcome =
+        veskar({"simulate", path, "--duration", "1", "-o", directory / "recording"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.errors, "veskar: warning: " + path +
+                                  ": class \"humann\" is none of the classes that are known; is "
+                                  "\"human\" meant?\n");
+    EXPECT_THAT(veskar({"check", path}).output,
+                HasSubstr("class is \"humann\": none of the classes that are known; is \"human\" "
+                          "meant?\n"));
+}
+
 TEST_F(Judgement, CheckGivesConventionsAndEveryEstimateAsNumbers) {
     const std::string path = perimeter("radarSensor", {{"timestampError", 0.15}});
     const auto json = nlohmann::json::parse(veskar({"check", path, "--format", "json"}).output);

@@ -72,6 +72,10 @@ void writeError(const std::string& text) {
     std::fputs(text.c_str(), stderr);
 }
 
+void warn(const std::string& text) {
+    writeError(fmt::format("veskar: warning: {}\n", printable(text)));
+}
+
 int runCommandLine(int count, const char* const* arguments) {
     occupyStandardStreams();
     // A reader that goes away is an error like any other, with a message and exit status 2.

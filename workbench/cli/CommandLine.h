@@ -26,4 +26,8 @@ int runCommandLine(int count, const char* const* arguments);
 /// @param text as it is to appear
 void writeError(const std::string& text);
 
+/// Warns on standard error, as writeError does.
+/// @param text what of, without a line's end; what a terminal would not show as it is, is escaped
+void warn(const std::string& text);
+
 }  // namespace Workbench

@@ -6,9 +6,7 @@
 #include "import/Autoferry.h"
 #include "import/Kitti.h"
 #include "io/OutputFile.h"
-#include "io/Printable.h"
 
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -27,8 +25,7 @@ int importTo(const std::string& path, const std::vector<NamedFile>& sources, Imp
     refuseOverwriting(sources, {{"recording", path}});
     const ImportedRecording recording = import();
     for (const std::string& warning : recording.warnings) {
-        fmt::print(stderr, "veskar: warning: {}\n",
-                   printable(fmt::format("{}: {}", sources.front().path, warning)));
+        warn(fmt::format("{}: {}", sources.front().path, warning));
     }
     OutputFile output(path);
     write(recording, output);

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/Inputs.h"
 
+#include "cli/CommandLine.h"
 #include "io/InputError.h"
-#include "io/Printable.h"
 #include "io/TextFile.h"
 #include "recording/Header.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <exception>
 #include <iterator>
 #include <vector>
@@ -35,13 +34,6 @@ std::string refusal(const std::vector<ConfigFault>& faults, const std::string& n
                        others > 0 ? fmt::format("; veskar check names {} more", others) : "");
 }
 
-void warn(const std::vector<ConfigFault>& faults, const std::string& name) {
-    for (const ConfigFault& fault : faults) {
-        fmt::print(stderr, "veskar: warning: {}\n",
-                   printable(fmt::format("{}: {}", name, fault.text())));
-    }
-}
-
 }  // namespace
 
 Veskar::Config readConfiguration(const std::string& path) {
@@ -50,13 +42,17 @@ Veskar::Config readConfiguration(const std::string& path) {
     }
     const std::string text = readText(path);
     const std::vector<ConfigFault> faults = Veskar::Config::findFaults(text);
-    try {
-        Veskar::Config config = Veskar::Config::parse_json_string(text);
-        warn(faults, path);
-        return config;
-    } catch (const std::exception&) {
-        throw InputError(refusal(faults, path));
+    const Veskar::Config config = [&] {
+        try {
+            return Veskar::Config::parse_json_string(text);
+        } catch (const std::exception&) {
+            throw InputError(refusal(faults, path));
+        }
+    }();
+    for (const ConfigFault& fault : faults) {
+        warn(fmt::format("{}: {}", path, fault.text()));
     }
+    return config;
 }
 
 RecordingHeader withCamera(RecordingHeader header, const std::string& cameraPath) {
@@ -72,15 +68,20 @@ RecordingHeader withCamera(RecordingHeader header, const std::string& cameraPath
     return header;
 }
 
+UnknownWords wordsToWarnOf(const std::string& name) {
+    return UnknownWords(
+        [name](const char* key, const std::string& word, const std::string& advice) {
+            warn(fmt::format("{}: {} \"{}\" is {}", name, key, word, advice));
+        });
+}
+
 CLI::Option* addForceOption(CLI::App& command, bool& force) {
     return command.add_flag("--force", force,
                             "take files together although they were not made from each other");
 }
 
 Provenance provenanceFor(bool force) {
-    return {force ? Mismatch::Forced : Mismatch::Refused, [](const std::string& text) {
-                fmt::print(stderr, "veskar: warning: {}\n", printable(text));
-            }};
+    return {force ? Mismatch::Forced : Mismatch::Refused, warn};
 }
 
 }  // namespace Workbench

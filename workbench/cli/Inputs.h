@@ -4,6 +4,7 @@
 
 #include <veskar/Config.h>
 
+#include "recording/LabelWords.h"
 #include "recording/Recording.h"
 #include "replay/Provenance.h"
 
@@ -28,6 +29,10 @@ Veskar::Config readConfiguration(const std::string& path);
 /// @return the header with that camera
 /// @throw InputError what is wrong with the camera
 RecordingHeader withCamera(RecordingHeader header, const std::string& cameraPath);
+
+/// @param name of the file that the words come from
+/// @return what warns on standard error, once each, of words outside the vocabulary
+UnknownWords wordsToWarnOf(const std::string& name);
 
 /// Adds the option that takes files together which were not made from each other.
 /// @param command the subcommand

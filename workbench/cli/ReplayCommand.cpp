@@ -7,8 +7,6 @@
 #include "io/InputError.h"
 #include "io/Interruption.h"
 #include "io/OutputFile.h"
-#include "io/Printable.h"
-#include "recording/LabelWords.h"
 #include "recording/ReadAhead.h"
 #include "recording/RecordingReader.h"
 #include "replay/Explainer.h"
@@ -21,7 +19,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <utility>
@@ -96,11 +93,7 @@ private:
 void feed(RecordingReader& reader, Replay& run, bool inRealTime) {
     Progress progress("replaying");
     Pace pace;
-    UnknownWords words([&](const char* key, const std::string& word, const std::string& advice) {
-        fmt::print(
-            stderr, "veskar: warning: {}\n",
-            printable(fmt::format("{}: {} \"{}\" {}", reader.input().name(), key, word, advice)));
-    });
+    UnknownWords words = wordsToWarnOf(reader.input().name());
     ReadAhead lines(reader, throwIfInterrupted);
     while (const auto line = lines.next()) {
         throwIfInterrupted();
@@ -123,7 +116,7 @@ int finish(const Options& options, const Replay& replay, const Summary& summary)
             output.write(text);
             output.commit();
         } else {
-            fmt::print(stderr, "{}", text);
+            writeError(text);
         }
     }
     const ReplayCounts& counts = replay.counts();
@@ -142,11 +135,11 @@ void checkFiles(const Options& options) {
         throw InputError("tracks and explanations cannot both go to standard output");
     }
     refuseOverwriting({{"recording", options.recording},
-                       {"configuration", options.config},
-                       {"camera", options.camera}},
-                      {{"tracks", options.output},
-                       {"explanations", options.explain},
-                       {"summary", summaryGoesToStandardOutput(options) ? "-" : ""}});
+                   {"configuration", options.config},
+                   {"camera", options.camera}},
+                  {{"tracks", options.output},
+                   {"explanations", options.explain},
+                   {"summary", summaryGoesToStandardOutput(options) ? "-" : ""}});
 }
 
 int replay(const Options& options) {

@@ -2,6 +2,7 @@
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Files.h"
+#include "cli/Inputs.h"
 #include "cli/OptionChecks.h"
 #include "cli/Progress.h"
 #include "io/InputError.h"
@@ -36,9 +37,11 @@ int simulate(const Options& options) {
     OutputFile output(options.output);
     Progress progress("simulating");
     Simulation simulation(scenario, options.seed);
+    UnknownWords words = wordsToWarnOf(options.scenario == "-" ? "<stdin>" : options.scenario);
     output.write(lineOf(simulation.header()));
     simulation.run(
         [&](const RecordingLine& line) {
+            words.look(line);
             output.write(std::visit([](const auto& frame) { return lineOf(frame); }, line));
         },
         [&](double time) {

@@ -219,7 +219,8 @@ private:
         if (!types.insert(type).second || meantWord(WordKind::Class, type)) {
             return;
         }
-        recording.warnings.push_back(fmt::format("class \"{}\" {}; imported as \"unknown\"", type,
+        recording.warnings.push_back(fmt::format("class \"{}\" is {}; imported as \"unknown\"",
+                                                 type,
                                                  adviceOn(WordKind::Class, type).value_or("")));
     }
 

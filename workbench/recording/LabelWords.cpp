@@ -112,13 +112,13 @@ std::optional<std::string> adviceOn(WordKind kind, const std::string& word) {
     const char* const list = kind == WordKind::Class ? "classes" : "colours";
     const std::optional<std::string> meant = meantWord(kind, word);
     if (meant) {
-        return fmt::format("is none of the {} that are known; write \"{}\"", list, *meant);
+        return fmt::format("none of the {} that are known; write \"{}\"", list, *meant);
     }
     const std::string nearest = Veskar::nearestWord(word, {words.begin(), words.end()});
     if (!nearest.empty()) {
-        return fmt::format("is none of the {} that are known; is \"{}\" meant?", list, nearest);
+        return fmt::format("none of the {} that are known; is \"{}\" meant?", list, nearest);
     }
-    return fmt::format("is none of the {} that are known, nor near one: {}", list,
+    return fmt::format("none of the {} that are known, nor near one: {}", list,
                        fmt::join(words, ", "));
 }
 

@@ -23,8 +23,8 @@ std::optional<std::string> meantWord(WordKind kind, std::string_view word);
 
 /// @param kind of the word
 /// @param word a label
-/// @return nothing when it is in the vocabulary; otherwise the sentence that says so, with the
-///         nearest word of the vocabulary
+/// @return nothing when it is in the vocabulary; otherwise what it is instead, as it goes on after
+///         "the word is", with the nearest word of the vocabulary
 std::optional<std::string> adviceOn(WordKind kind, const std::string& word);
 
 /// Looks for words outside the vocabulary.
