@@ -94,14 +94,6 @@ TEST(ReadAhead, EndsThoughItsPipeIsSilent) {
     EXPECT_TRUE(ahead.next());
 }
 
-TEST(ReadAhead, LetsItsUserGiveUpWaiting) {
-    struct GivenUp {};
-    const SilentPipe pipe(headerLine());
-    RecordingReader reader(pipe.path);
-    ReadAhead ahead(reader, [] { throw GivenUp(); });
-    EXPECT_THROW(ahead.next(), GivenUp);
-}
-
 TEST(ReadAhead, DoesNotKnowHowMuchOfAPipeIsRead) {
     const SilentPipe pipe(headerLine() + "{\"source\":\"video\",\"time\":0.5,\"tracks\":[]}\n");
     RecordingReader reader(pipe.path);

@@ -94,7 +94,7 @@ void feed(RecordingReader& reader, Replay& run, bool inRealTime) {
     Progress progress("replaying");
     Pace pace;
     UnknownWords words = wordsToWarnOf(reader.input().name());
-    ReadAhead lines(reader, throwIfInterrupted);
+    ReadAhead lines(reader);
     while (const auto line = lines.next()) {
         throwIfInterrupted();
         words.look(*line);
@@ -162,8 +162,7 @@ int replay(const Options& options) {
             }
             (isCsv ? appendCsvRows : appendFusedLine)(text, frame);
         },
-        options.realtime ? WriteBehind::Flush::EveryFrame : WriteBehind::Flush::WhenFull,
-        throwIfInterrupted);
+        options.realtime ? WriteBehind::Flush::EveryFrame : WriteBehind::Flush::WhenFull);
     Replay run(
         header, config, [&](FrameReading reading) { writer.write(std::move(reading)); },
         options.tags);

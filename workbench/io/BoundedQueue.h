@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <deque>
 #include <exception>
-#include <functional>
 #include <mutex>
 #include <optional>
 #include <utility>
@@ -18,25 +17,20 @@ namespace Workbench {
 /// close it, with the exception that ended its work: the other side gets it.
 ///
 /// To wake a thread costs as much as several items. So whoever waits is woken when the queue is
-/// half full or half empty, and looks for itself now and then, so that no item waits for long. Both
-/// waits may be given something to do at these times, which may throw to give up waiting.
+/// half full or half empty, and looks for itself now and then, so that no item waits for long.
 template <typename Item>
 class BoundedQueue {
 public:
-    /// What to do while waiting.
-    using Idle = std::function<void()>;
-
     /// @param givenCapacity items that may wait, at least 1
     explicit BoundedQueue(std::size_t givenCapacity) : capacity(givenCapacity) {}
 
     /// Waits while the queue is full.
     /// @param item to append
-    /// @param whileWaiting called now and then while there is no room
     /// @return false when the queue was closed, without reason, and the item is dropped
     /// @throw what the queue was closed with
-    bool push(Item item, const Idle& whileWaiting = nullptr) {
+    bool push(Item item) {
         std::unique_lock<std::mutex> lock(mutex);
-        wait(hasRoom, lock, whileWaiting, [&] { return isClosed || items.size() < capacity; });
+        wait(hasRoom, lock, [&] { return isClosed || items.size() < capacity; });
         if (isClosed) {
             rethrow();
             return false;
@@ -51,13 +45,11 @@ public:
     }
 
     /// Waits while the queue is empty.
-    ///
-    /// @param whileWaiting called now and then while there is no item
     /// @return the first item; nothing when the queue is empty and closed
     /// @throw what the queue was closed with, once it is empty
-    std::optional<Item> pop(const Idle& whileWaiting = nullptr) {
+    std::optional<Item> pop() {
         std::unique_lock<std::mutex> lock(mutex);
-        wait(hasItems, lock, whileWaiting, [&] { return isClosed || !items.empty(); });
+        wait(hasItems, lock, [&] { return isClosed || !items.empty(); });
         if (items.empty()) {
             rethrow();
             return std::nullopt;
@@ -89,14 +81,10 @@ public:
 private:
     template <typename IsOver>
     static void wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
-                     const Idle& whileWaiting, IsOver isOver) {
+                     IsOver isOver) {
         constexpr std::chrono::milliseconds patience(20);
         while (!condition.wait_for(lock, patience, isOver)) {
-            if (whileWaiting) {
-                lock.unlock();
-                whileWaiting();
-                lock.lock();
-            }
+            // Not woken: it looked for itself.
         }
     }
 

@@ -10,11 +10,8 @@ constexpr std::size_t linesInAdvance = 64;
 
 }  // namespace
 
-ReadAhead::ReadAhead(RecordingReader& givenReader, std::function<void()> givenWhileWaiting)
-    : reader(givenReader),
-      whileWaiting(std::move(givenWhileWaiting)),
-      queue(linesInAdvance),
-      thread([this] { read(); }) {}
+ReadAhead::ReadAhead(RecordingReader& givenReader)
+    : reader(givenReader), queue(linesInAdvance), thread([this] { read(); }) {}
 
 ReadAhead::~ReadAhead() {
     queue.close();
@@ -36,7 +33,7 @@ void ReadAhead::read() {
 }
 
 std::optional<RecordingLine> ReadAhead::next() {
-    std::optional<Item> item = queue.pop(whileWaiting);
+    std::optional<Item> item = queue.pop();
     if (!item) {
         return std::nullopt;
     }

@@ -5,7 +5,6 @@
 #include "io/BoundedQueue.h"
 #include "recording/RecordingReader.h"
 
-#include <functional>
 #include <optional>
 #include <thread>
 
@@ -17,8 +16,7 @@ class ReadAhead {
 public:
     /// Begins to read.
     /// @param reader where to read; nobody else may use it before this ends
-    /// @param whileWaiting called now and then while there is no line; may throw
-    explicit ReadAhead(RecordingReader& reader, std::function<void()> whileWaiting = nullptr);
+    explicit ReadAhead(RecordingReader& reader);
     /// Stops reading, even from a pipe that is silent.
     ~ReadAhead();
     ReadAhead(const ReadAhead&) = delete;
@@ -39,7 +37,6 @@ private:
     void read();
 
     RecordingReader& reader;
-    std::function<void()> whileWaiting;
     BoundedQueue<Item> queue;
     double fraction = 0.0;
     std::thread thread;

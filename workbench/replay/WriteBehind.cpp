@@ -10,12 +10,10 @@ constexpr std::size_t framesBehind = 32;
 
 }  // namespace
 
-WriteBehind::WriteBehind(OutputFile& givenOutput, Format givenFormat, Flush givenFlush,
-                         std::function<void()> givenWhileWaiting)
+WriteBehind::WriteBehind(OutputFile& givenOutput, Format givenFormat, Flush givenFlush)
     : output(givenOutput),
       format(std::move(givenFormat)),
       flush(givenFlush),
-      whileWaiting(std::move(givenWhileWaiting)),
       queue(framesBehind),
       thread([this] { run(); }) {}
 
@@ -44,7 +42,7 @@ void WriteBehind::run() {
 }
 
 void WriteBehind::write(FrameReading frame) {
-    queue.push(std::move(frame), whileWaiting);
+    queue.push(std::move(frame));
 }
 
 void WriteBehind::finish() {

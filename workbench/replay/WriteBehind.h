@@ -24,9 +24,7 @@ public:
     /// @param output where to write; nobody else may use it before finish
     /// @param format called on the writing thread
     /// @param flush EveryFrame for those who follow a pipe
-    /// @param whileWaiting called now and then while the output takes nothing; may throw
-    WriteBehind(OutputFile& output, Format format, Flush flush = Flush::WhenFull,
-                std::function<void()> whileWaiting = nullptr);
+    WriteBehind(OutputFile& output, Format format, Flush flush = Flush::WhenFull);
     /// Waits until what was given is written.
     ~WriteBehind();
     WriteBehind(const WriteBehind&) = delete;
@@ -45,7 +43,6 @@ private:
     OutputFile& output;
     Format format;
     Flush flush;
-    std::function<void()> whileWaiting;
     BoundedQueue<FrameReading> queue;
     std::exception_ptr failure;
     std::thread thread;
