@@ -4,6 +4,8 @@
 #include "Programs.h"
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -206,12 +208,43 @@ TEST_F(JudgementInput, ExplanationsAppearCompleteOrNotAtAll) {
 TEST_F(JudgementInput, TracksAndExplanationsDoNotShareAStream) {
     const Outcome outcome = veskar({"replay", dataFile("tiny.jsonl"), "--explain", "-"});
     EXPECT_EQ(outcome.status, 2);
-    EXPECT_THAT(outcome.errors, HasSubstr("standard output"));
+    EXPECT_EQ(outcome.errors,
+              "veskar: tracks and explanations cannot both go to standard output\n");
     EXPECT_THAT(outcome.output, IsEmpty());
     EXPECT_THAT(
         veskar({"replay", dataFile("tiny.jsonl"), "--explain", "-", "-o", directory / "fused"})
             .output,
         StartsWith("{\"source\":"));
+}
+
+TEST_F(JudgementInput, ASummaryDoesNotMixWithTheExplanations) {
+    const std::vector<std::string> command = {
+        "replay", dataFile("tiny.jsonl"), "-o", directory / "fused", "--explain", "-"};
+    std::vector<std::string> summarised = command;
+    summarised.emplace_back("--summary");
+    const Outcome outcome = veskar(summarised);
+    EXPECT_EQ(outcome.output, veskar(command).output);
+    EXPECT_THAT(outcome.errors, HasSubstr("system tracks"));
+}
+
+TEST_F(JudgementInput, StandardInputIsOneInputOnly) {
+    const std::string path = dataFile("tiny.jsonl");
+    const std::string out = directory / "out";
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
+        {{"report", "-", "-", "-o", out}, "recording and fused tracks"},
+        {{"report", "-", path, "-", "-o", out}, "recording and other fused tracks"},
+        {{"report", path, "-", "--explain", "-", "-o", out}, "fused tracks and explanations"},
+        {{"evaluate", "-", "-", "-o", out}, "recording and fused tracks"},
+        {{"replay", "-", "--config", "-", "-o", out}, "recording and configuration"},
+        {{"evaluate", "-", "--camera", "-", "-o", out}, "recording and camera"},
+        {{"import", "kitti", "-", "-", "-o", out}, "labels and calibration"}};
+    for (const auto& [command, roles] : cases) {
+        const Outcome outcome = veskar(command, slurp(path));
+        EXPECT_EQ(outcome.status, 2) << roles;
+        EXPECT_EQ(outcome.errors,
+                  std::string("veskar: ") + roles + " cannot both come from standard input\n");
+    }
+    EXPECT_THAT(directory.names(), IsEmpty());
 }
 
 }  // namespace

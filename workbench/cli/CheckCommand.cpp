@@ -115,7 +115,7 @@ bool isAccepted(const Findings& findings, const Options& options) {
 }
 
 int check(const Options& options) {
-    refuseOverwriting({{"document", options.document}}, {{"report", options.output}});
+    refuseClashes({{"document", options.document}}, {{"report", options.output}});
     const DocumentKind kind = kindFor(options);
     const std::string name = options.document == "-" ? "<stdin>" : options.document;
     OutputFile output(options.output);

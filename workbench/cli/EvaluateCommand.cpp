@@ -126,14 +126,11 @@ int judgeFile(const Options& options, RecordingReader& reader, const EvaluationO
 }
 
 int evaluate(const Options& options) {
-    if (options.recording == "-" && options.fused == "-") {
-        throw InputError("recording and fused tracks cannot both come from standard input");
-    }
-    refuseOverwriting({{"recording", options.recording},
-                       {"fused tracks", options.fused},
-                       {"configuration", options.config},
-                       {"camera", options.camera}},
-                      {{"report", options.output}});
+    refuseClashes({{"recording", options.recording},
+                   {"fused tracks", options.fused},
+                   {"configuration", options.config},
+                   {"camera", options.camera}},
+                  {{"report", options.output}});
     RecordingReader reader(options.recording);
     EvaluationOptions wishes = options.evaluation;
     wishes.commonFieldOfView = !options.wholeScene;

@@ -4,8 +4,10 @@
 #include "io/InputError.h"
 #include "io/OutputFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <iterator>
 #include <optional>
 #include <tuple>
 #include <utility>
@@ -68,10 +70,25 @@ std::vector<KnownFile> known(const std::vector<NamedFile>& files, Direction dire
     return found;
 }
 
+// Of two inputs the second would find the stream empty; two outputs would be mixed.
+void refuseSharedStream(const std::vector<NamedFile>& files, const char* sharing) {
+    const auto isStream = [](const NamedFile& file) { return file.path == "-"; };
+    const auto first = std::find_if(files.begin(), files.end(), isStream);
+    if (first == files.end()) {
+        return;
+    }
+    const auto second = std::find_if(std::next(first), files.end(), isStream);
+    if (second != files.end()) {
+        throw InputError(
+            fmt::format("{} and {} cannot both {}", first->role, second->role, sharing));
+    }
+}
+
 }  // namespace
 
-void refuseOverwriting(const std::vector<NamedFile>& inputs,
-                       const std::vector<NamedFile>& outputs) {
+void refuseClashes(const std::vector<NamedFile>& inputs, const std::vector<NamedFile>& outputs) {
+    refuseSharedStream(inputs, "come from standard input");
+    refuseSharedStream(outputs, "go to standard output");
     const std::vector<KnownFile> read = known(inputs, Direction::Input);
     std::vector<KnownFile> written;
     for (KnownFile& output : known(outputs, Direction::Output)) {

@@ -22,7 +22,7 @@ namespace {
 /// @param import reads the data set
 template <typename Import>
 int importTo(const std::string& path, const std::vector<NamedFile>& sources, Import import) {
-    refuseOverwriting(sources, {{"recording", path}});
+    refuseClashes(sources, {{"recording", path}});
     const ImportedRecording recording = import();
     for (const std::string& warning : recording.warnings) {
         warn(fmt::format("{}: {}", sources.front().path, warning));

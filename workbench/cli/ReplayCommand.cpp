@@ -41,9 +41,9 @@ struct Options {
     bool summary = false;
 };
 
-/// Standard output belongs to the tracks when they go there.
+/// Standard output belongs to the tracks or the explanations when they go there.
 bool summaryGoesToStandardOutput(const Options& options) {
-    return options.summary && options.output != "-";
+    return options.summary && options.output != "-" && options.explain != "-";
 }
 
 // Holds frames back until as much wall time has passed as recorded time.
@@ -131,10 +131,7 @@ int finish(const Options& options, const Replay& replay, const Summary& summary)
 }
 
 void checkFiles(const Options& options) {
-    if (options.explain == "-" && options.output == "-") {
-        throw InputError("tracks and explanations cannot both go to standard output");
-    }
-    refuseOverwriting({{"recording", options.recording},
+    refuseClashes({{"recording", options.recording},
                    {"configuration", options.config},
                    {"camera", options.camera}},
                   {{"tracks", options.output},

@@ -30,12 +30,12 @@ struct Options {
 };
 
 int report(const Options& options) {
-    refuseOverwriting({{"recording", options.recording},
-                       {"fused tracks", options.fused},
-                       {"other fused tracks", options.fused2},
-                       {"explanations", options.explain},
-                       {"other explanations", options.explain2}},
-                      {{"report", options.output}});
+    refuseClashes({{"recording", options.recording},
+                   {"fused tracks", options.fused},
+                   {"other fused tracks", options.fused2},
+                   {"explanations", options.explain},
+                   {"other explanations", options.explain2}},
+                  {{"report", options.output}});
     if (reportPage.empty()) {
         throw InputError(std::string(reportPageMissing));
     }

@@ -29,7 +29,7 @@ struct Options {
 };
 
 int simulate(const Options& options) {
-    refuseOverwriting({{"scenario", options.scenario}}, {{"recording", options.output}});
+    refuseClashes({{"scenario", options.scenario}}, {{"recording", options.output}});
     Scenario scenario = readScenario(options.scenario);
     if (options.duration > 0.0) {
         scenario.duration = options.duration;
