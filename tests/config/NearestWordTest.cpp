@@ -26,6 +26,12 @@ TEST(NearestWord, IsNoneBeyondThreeEdits) {
     EXPECT_EQ(nearestWord(std::string(1000000, 'a'), {"aaaa"}), "");
 }
 
+TEST(NearestWord, CountsAReplacedLetterAsOneEdit) {
+    EXPECT_EQ(nearestWord("abcxyz", {"abcdef"}), "abcdef");
+    EXPECT_EQ(nearestWord("abxyzw", {"abcdef"}), "");
+    EXPECT_EQ(nearestWord("cut", {"coats", "cat"}), "cat");
+}
+
 TEST(NearestWord, IsTheFirstOfEquallyNear) {
     EXPECT_EQ(nearestWord("cat", {"cart", "hat", "bat"}), "cart");
 }

@@ -143,6 +143,18 @@ TEST_F(Autocalibration, KeepsAwayFromTheEdges) {
     EXPECT_FALSE(isTakenWithBox({0.0, width, edge - height + beyond, height}));
 }
 
+TEST_F(Autocalibration, TakesABoxThatEndsExactlyAtTheEdge) {
+    // Binary fractions keep the sums exact.
+    Veskar::Config config = makeCalibrationConfig();
+    config.module.autocalibrationEdgeLimit = 0.75;
+    config.module.autocalibrationAspectLimits = {{"human", {0.0, 10.0}}};
+    handler = AutocalibrationHandler(config);
+    EXPECT_TRUE(isTakenWithBox({-0.75, 0.25, 0.0, 0.25}));
+    EXPECT_TRUE(isTakenWithBox({0.5, 0.25, 0.0, 0.25}));
+    EXPECT_TRUE(isTakenWithBox({0.0, 0.25, -0.75, 0.25}));
+    EXPECT_TRUE(isTakenWithBox({0.0, 0.25, 0.5, 0.25}));
+}
+
 TEST_F(Autocalibration, JudgesTheVideoTracksBoxAndNotTheSystemTracks) {
     EXPECT_TRUE(isTaken(
         [](SystemTrack& track) { track.boundingBox = Eigen::Vector4d(-1.0, 2.0, -1.0, 2.0); }));
