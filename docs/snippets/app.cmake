@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 # A host's project.
-cmake_minimum_required(VERSION 3.25)
+cmake_minimum_required(VERSION 3.21)
 project(app LANGUAGES CXX)
 file(WRITE "${CMAKE_BINARY_DIR}/app.cpp"
      "#include <veskar/veskar.h>\nint main() { return Veskar::Config{}.module.trackKillTime > 0.0; }\n")
