@@ -1,0 +1,159 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Runs clang-tidy over all sources: scripts/lint.py UNITY_TREE SINGLE_TREE
+
+UNITY_TREE compiles several sources together, so that each header is walked once for all of them.
+The checks that look at main files only run on the sources that concern them, one by one, with the
+compile commands of SINGLE_TREE. What passed is remembered, like in a compiler cache, in
+~/.cache/veskar-lint by the contents of all files read, command, configuration and version.
+"""
+
+import concurrent.futures
+import hashlib
+import json
+import os
+import pathlib
+import re
+import shlex
+import subprocess
+import sys
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+CACHE = pathlib.Path(os.environ.get("XDG_CACHE_HOME", pathlib.Path.home() / ".cache"), "veskar-lint")
+DAYS_KEPT = 30
+FOLDERS = ("src", "workbench", "examples", "tests", "bench")
+
+INCLUDED_SOURCE = re.compile(r'^#include "([^"]*\.(?:c|cc|cpp|cxx))"', re.MULTILINE)
+# The first two look at the declarations of the main file, the last at what it includes: a batch
+# consists of nothing else.
+MAIN_FILE_CHECKS = "misc-unused-using-decls,misc-unused-alias-decls,bugprone-suspicious-include"
+CONCERNS_MAIN_FILE = re.compile(r"\busing [\w:]*::\w+;|\bnamespace \w+ =|" + INCLUDED_SOURCE.pattern,
+                                re.MULTILINE)
+
+
+def sources():
+    listed = subprocess.run(["git", "ls-files", *(f"{folder}/*.cpp" for folder in FOLDERS),
+                             ":!tests/consumer"], cwd=ROOT, check=True, capture_output=True, text=True)
+    return [ROOT / name for name in listed.stdout.splitlines()]
+
+
+def commands(tree):
+    return {pathlib.Path(entry["file"]): entry
+            for entry in json.loads((tree / "compile_commands.json").read_text())}
+
+
+class Job:
+    """One run of clang-tidy over a file, which is one source or includes several."""
+
+    def __init__(self, entry, file, contents, checks):
+        arguments = shlex.split(entry["command"])
+        self.compiler = arguments[:arguments.index("-o")]
+        self.directory = entry["directory"]
+        self.file = file
+        self.contents = contents
+        folder = next(f for f in contents[0].parents if (f / ".clang-tidy").exists())
+        self.command = ["clang-tidy", "--quiet", f"--config-file={folder / '.clang-tidy'}",
+                        f"--checks={checks}", str(file), "--", *self.compiler[1:]]
+
+    def name(self):
+        return " ".join(str(source.relative_to(ROOT)) for source in self.contents)
+
+
+def unity_jobs(tree, wanted):
+    """Jobs that cover all wanted sources, each once if possible."""
+    missing = set(wanted)
+    for file, entry in commands(tree).items():
+        batch = file.is_relative_to(tree)
+        compiled = map(pathlib.Path, INCLUDED_SOURCE.findall(file.read_text())) if batch else [file]
+        # What is generated, or was in the batch of another target, stays out.
+        contents = [source for source in compiled if source in missing]
+        if not contents:
+            continue
+        missing.difference_update(contents)
+        if batch:
+            # The path-sensitive analysis takes what a file of this name includes for sources; in all
+            # others it leaves out what is included.
+            file = file.with_name("UnifiedSource_" + file.name)
+            file.write_text("".join(f'#include "{source}"\n' for source in contents))
+        yield Job(entry, file, contents, "-bugprone-suspicious-include" if batch else "")
+    if missing:
+        sys.exit("compiled by no target: " + " ".join(sorted(map(str, missing))))
+
+
+def single_jobs(tree, wanted):
+    entries = commands(tree)
+    for source in wanted:
+        if CONCERNS_MAIN_FILE.search(source.read_text()):
+            yield Job(entries[source], source, [source], "-*," + MAIN_FILE_CHECKS)
+
+
+class Cache:
+    def __init__(self):
+        CACHE.mkdir(parents=True, exist_ok=True)
+        self.digests = {}
+        self.version = subprocess.run(["clang-tidy", "--version"], check=True, capture_output=True).stdout
+        for entry in CACHE.iterdir():
+            if time.time() - entry.stat().st_mtime > DAYS_KEPT * 86400:
+                entry.unlink(missing_ok=True)
+
+    def digest(self, path):
+        """Of a file's text, the same wherever the tree stands."""
+        if path not in self.digests:
+            text = pathlib.Path(path).read_bytes().replace(os.fsencode(ROOT), b".")
+            self.digests[path] = hashlib.sha256(text).digest()
+        return self.digests[path]
+
+    def place(self, job):
+        """The file that says that the job passed; none for one that does not compile."""
+        # What the source includes, system headers too, as a rule of make.
+        rule = subprocess.run([*job.compiler, "-M", str(job.file)], cwd=job.directory,
+                              capture_output=True, text=True)
+        if rule.returncode != 0:
+            return None  # The linter will say what is wrong.
+        read = shlex.split(rule.stdout.replace("\\\n", " "))[1:]
+        configuration = [str(folder / ".clang-tidy") for folder in job.contents[0].parents
+                         if folder.is_relative_to(ROOT) and (folder / ".clang-tidy").exists()]
+        key = hashlib.sha256(self.version)
+        for argument in job.command:
+            key.update(argument.replace(str(ROOT), ".").encode() + b"\0")
+        for path in configuration + read:
+            path = os.path.normpath(os.path.join(job.directory, path))
+            key.update(path.replace(str(ROOT), ".").encode() + b"\0" + self.digest(path))
+        return CACHE / key.hexdigest()
+
+
+def run(job, cache):
+    """What the linter says, and whether it was asked at all."""
+    place = cache.place(job)
+    if place and place.exists():
+        place.touch()
+        return "", False
+    result = subprocess.run(job.command, cwd=job.directory, capture_output=True, text=True)
+    if place and result.returncode == 0 and not result.stdout.strip():
+        place.touch()
+        return "", True
+    return f"{job.name()}\n{result.stdout}{result.stderr}", True
+
+
+def main(unity_tree, single_tree):
+    unity_tree, single_tree = (pathlib.Path(tree).resolve() for tree in (unity_tree, single_tree))
+    wanted = sources()
+    jobs = list(unity_jobs(unity_tree, wanted)) + list(single_jobs(single_tree, wanted))
+    # The longest first, so that no core waits for one at the end.
+    jobs.sort(key=lambda job: -len(job.contents))
+    cache = Cache()
+    asked = failed = 0
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        for said, new in pool.map(lambda job: run(job, cache), jobs):
+            asked += new
+            failed += bool(said)
+            if said:
+                print(said, flush=True)
+    print(f"{len(wanted)} sources in {len(jobs)} runs of the linter, {len(jobs) - asked} remembered, "
+          f"{failed} failed")
+    return failed > 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
