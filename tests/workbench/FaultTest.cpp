@@ -376,11 +376,11 @@ TEST_F(Fault, AWarningThatCannotBeWrittenChangesNoStatus) {
     }
     const std::string wordy = directory / "wordy";
     spill(wordy, words);
-    std::string configuration = slurp(std::string(VESKAR_SOURCE_DIR) + "/config/fusion.json");
+    std::string settings = slurp(std::string(VESKAR_SOURCE_DIR) + "/config/fusion.json");
     const std::string key = "\"removeClassMismatches\"";
-    configuration.replace(configuration.find(key), key.size(), "\"removeClassMissmatches\"");
+    settings.replace(settings.find(key), key.size(), "\"removeClassMissmatches\"");
     const std::string misspelt = directory / "misspelt";
-    spill(misspelt, configuration);
+    spill(misspelt, settings);
     const Words command = {"replay", wordy, "--config", misspelt, "--summary"};
     for (const char* streams : {"2>/dev/full", "2>&-", "<&- 2>&-"}) {
         for (const std::string& output : {out, std::string("-")}) {
