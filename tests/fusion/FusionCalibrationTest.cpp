@@ -78,6 +78,15 @@ TEST_F(FusionCalibration, TruncatesTheTimeToNanoseconds) {
                 ElementsAre(testing::StartsWith(R"({"radarTimestamp_ns":9223372036854775807,)")));
 }
 
+TEST_F(FusionCalibration, SaturatesFromTheFirstTimeThatDoesNotFit) {
+    const double seconds = 9223372036.854775808;
+    ASSERT_EQ(seconds * 1e9, 0x1p63);
+    watchPerson();
+    module().handleAutocalibration(Veskar::Radar, seconds);
+    EXPECT_THAT(receiver.receive(),
+                ElementsAre(testing::StartsWith(R"({"radarTimestamp_ns":9223372036854775807,)")));
+}
+
 TEST_F(FusionCalibration, ComesAfterTracksAreManaged) {
     config.module.autocalibrationVideoCoastingLimit = 5.0;
     watchPerson();

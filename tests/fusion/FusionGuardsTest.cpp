@@ -500,6 +500,16 @@ TEST_F(FusionWarnings, TellOfAFrameOlderThanTheOneBeforeIt) {
     EXPECT_THAT(log.texts(LOG_WARNING), ElementsAre(olderVideo, olderRadar));
 }
 
+TEST_F(FusionWarnings, CompareAFrameWithTheOneJustBeforeItAndNotWithTheLatest) {
+    showVideo(10.0, {});
+    const SyslogCapture log;
+    showVideo(9.0, {});
+    EXPECT_THAT(log.texts(LOG_WARNING), ElementsAre(olderVideo));
+    setClock(60.0);
+    showVideo(9.5, {});
+    EXPECT_THAT(log.lines(), SizeIs(1));
+}
+
 TEST_F(FusionWarnings, CompareAFrameWithThoseOfItsSourceAndTimeBaseOnly) {
     showVideo(unixTime, {});
     const SyslogCapture log;

@@ -235,6 +235,31 @@ TEST_F(FusionObserverTest, HearsOfMergeCandidatesAndMerges) {
     EXPECT_THAT(heard.deletions, ElementsAre(std::pair(2, DeletionReason::Merged)));
 }
 
+TEST_F(FusionObserverTest, HearsOfNoMergeCandidatesOfTheSameAge) {
+    showVideo(10.0, {video(1, 10.0)});
+    fuseRadar(10.0, {radar(1, 10.0, {far})});
+    ASSERT_THAT(systemIds(), ElementsAre(1, 2));
+    watch();
+    fuseRadar(10.1, {radar(1, 10.1)});
+    EXPECT_THAT(heard.mergeCandidates, IsEmpty());
+    EXPECT_THAT(heard.merges, IsEmpty());
+}
+
+TEST_F(FusionObserverTest, HearsThatACandidateExactlyAtTheLimitIsTooFar) {
+    const auto gateAt = [this](double limit) {
+        config.module.gatingDistance = limit;
+        restart();
+        heard = {};
+        showVideo(10.0, {video(1, 10.0)});
+        watch();
+        fuseRadar(10.0, {radar(1, 10.0, {0.1})});
+        return heard.candidates.at(0).gate;
+    };
+    const double distance = gateAt(3.0).distance;
+    EXPECT_EQ(gateAt(distance).verdict, GateVerdict::TooFar);
+    EXPECT_EQ(gateAt(std::nextafter(distance, 3.0)).verdict, GateVerdict::Passed);
+}
+
 TEST_F(FusionObserverTest, HearsOfAConfirmationOnceAndOfTheLimitPassed) {
     watch();
     showVideo(10.0, {video(1, 10.0, {0.0, 0.0, 1000.0})});
