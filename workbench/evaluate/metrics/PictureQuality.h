@@ -11,8 +11,8 @@ namespace Workbench {
 /// the nearest true object within a radius, so that two tracks on one object show as duplicates.
 class PictureQuality {
 public:
-    /// @param metres how near a track must be to belong to an object
-    explicit PictureQuality(double metres) : radius(metres) {}
+    /// @param reach m, how near a track must be to belong to an object
+    explicit PictureQuality(double reach) : radius(reach) {}
 
     void add(const Instant& instant);
 
