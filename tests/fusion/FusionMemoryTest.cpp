@@ -12,9 +12,9 @@ using Veskar::Radar;
 using Veskar::VideoObject;
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int frames = 100'000;  // instrumented code is some ten times slower
+constexpr int longRun = 100'000;  // instrumented code is some ten times slower
 #else
-constexpr int frames = 1'000'000;
+constexpr int longRun = 1'000'000;
 #endif
 
 class FusionMemory : public FusionTest {};
@@ -22,7 +22,7 @@ class FusionMemory : public FusionTest {};
 TEST_F(FusionMemory, StaysBoundedOverAMillionFramesWithChurningIds) {
     constexpr int warmUp = 20'000;
     std::int64_t bound = 0;
-    for (int frame = 0; frame < frames; ++frame) {
+    for (int frame = 0; frame < longRun; ++frame) {
         const double time = 10.0 + 0.05 * frame;
         const bool isVideo = frame % 2 == 0;
         setClock(time);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/Agreement.h"
 
+#include "check/TrackGap.h"
+
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -9,8 +11,6 @@ namespace Workbench {
 namespace {
 
 constexpr double sampleInterval = 0.2;  // seconds
-/// Radar frames farther apart are not interpolated, seconds.
-constexpr double longestGap = 0.6;
 /// How long a frame waits for the other sensor, seconds.
 constexpr double memory = 4.0;
 /// More pairs of reports in one frame are thinned out.
@@ -106,7 +106,7 @@ std::vector<Agreement::RadarPoint> Agreement::radarAt(double time) const {
         std::lower_bound(radarFrames.begin(), radarFrames.end(), time,
                          [](const RadarPoints& frame, double t) { return frame.time < t; });
     if (after == radarFrames.begin() || after == radarFrames.end() ||
-        after->time - std::prev(after)->time > longestGap) {
+        after->time - std::prev(after)->time > longestTrackGap) {
         return {};
     }
     const RadarPoints& before = *std::prev(after);

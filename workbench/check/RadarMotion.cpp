@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/RadarMotion.h"
 
+#include "check/TrackGap.h"
 #include "geometry/Projection.h"
 
 #include <algorithm>
@@ -10,7 +11,6 @@ namespace Workbench {
 namespace {
 
 constexpr double span = 1.0;        // seconds
-constexpr double longestGap = 0.6;  // seconds
 constexpr double leastSpeed = 0.5;  // m/s; slower ones are noise
 constexpr std::size_t mostWays = 20000;
 const double agreement = std::cos(radians(30.0));
@@ -35,7 +35,7 @@ void RadarMotion::add(const SensorFrame& frame) {
             continue;
         }
         std::deque<Point>& track = tracks[seen->id];
-        if (!track.empty() && frame.time - track.back().time > longestGap) {
+        if (!track.empty() && frame.time - track.back().time > longestTrackGap) {
             track.clear();
         }
         if (seen->confirmed && !(seen->coasting > 0.0)) {
@@ -48,7 +48,7 @@ void RadarMotion::add(const SensorFrame& frame) {
     }
     for (auto track = tracks.begin(); track != tracks.end();) {
         const bool isOver =
-            track->second.empty() || frame.time - track->second.back().time > longestGap;
+            track->second.empty() || frame.time - track->second.back().time > longestTrackGap;
         track = isOver ? tracks.erase(track) : std::next(track);
     }
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/TrackPairs.h"
 
+#include "check/TrackGap.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -12,8 +14,6 @@ namespace {
 /// Half the span over which rates are taken, and how long sightings are kept, seconds.
 constexpr double halfSpan = 0.5;
 constexpr double memory = 4.0;
-/// Sightings farther apart are not interpolated, seconds.
-constexpr double longestGap = 0.6;
 constexpr std::size_t mostSamples = 40000;
 
 /// Errors of the installation of up to this much must not part an object's tracks, and no second
@@ -32,7 +32,7 @@ std::optional<View> interpolate(const Deque& sightings, double time) {
     }
     const auto before = std::prev(after);
     const double span = after->time - before->time;
-    if (span > longestGap) {
+    if (span > longestTrackGap) {
         return std::nullopt;
     }
     const double share = (time - before->time) / span;

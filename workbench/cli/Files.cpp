@@ -20,12 +20,12 @@ namespace Workbench {
 namespace {
 
 /// What makes two names those of one file.
-struct Identity {
+struct FileIdentity {
     dev_t device;      ///< of the file, or of the directory in which it would be created
     ino_t inode;       ///< as `device`
     std::string name;  ///< of a file that does not exist yet, in its directory
 
-    bool operator==(const Identity& other) const {
+    bool operator==(const FileIdentity& other) const {
         return std::tie(device, inode, name) == std::tie(other.device, other.inode, other.name);
     }
 };
@@ -35,17 +35,17 @@ enum class Direction { Input, Output };
 struct KnownFile {
     std::string role;
     std::string shownName;
-    Identity identity;
+    FileIdentity identity;
 };
 
-std::optional<Identity> identityOf(const std::string& name, Direction direction) {
+std::optional<FileIdentity> identityOf(const std::string& name, Direction direction) {
     const bool isInput = direction == Direction::Input;
     struct stat status {};
     const int failure = name == "-" ? ::fstat(isInput ? STDIN_FILENO : STDOUT_FILENO, &status)
                                     : ::stat(name.c_str(), &status);
     if (failure == 0) {
         const bool keepsWhatIsWritten = S_ISREG(status.st_mode) || S_ISBLK(status.st_mode);
-        return keepsWhatIsWritten ? std::optional<Identity>({status.st_dev, status.st_ino, ""})
+        return keepsWhatIsWritten ? std::optional<FileIdentity>({status.st_dev, status.st_ino, ""})
                                   : std::nullopt;
     }
     if (isInput || errno != ENOENT) {
@@ -55,7 +55,7 @@ std::optional<Identity> identityOf(const std::string& name, Direction direction)
     if (::stat(directoryOf(place).c_str(), &status) != 0) {
         return std::nullopt;
     }
-    return Identity{status.st_dev, status.st_ino, place.filename()};
+    return FileIdentity{status.st_dev, status.st_ino, place.filename()};
 }
 
 std::vector<KnownFile> known(const std::vector<NamedFile>& files, Direction direction) {

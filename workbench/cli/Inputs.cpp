@@ -42,7 +42,7 @@ Veskar::Config readConfiguration(const std::string& path) {
     }
     const std::string text = readText(path);
     const std::vector<ConfigFault> faults = Veskar::Config::findFaults(text);
-    const Veskar::Config config = [&] {
+    Veskar::Config config = [&] {
         try {
             return Veskar::Config::parse_json_string(text);
         } catch (const std::exception&) {

@@ -22,7 +22,7 @@ using testing::IsEmpty;
 using VeskarTest::spill;
 
 /// The shipped perimeter with its walkers, five minutes long.
-Scenario perimeter() {
+Scenario shippedPerimeter() {
     Scenario scenario =
         readScenario(std::string(VESKAR_SOURCE_DIR) + "/config/scenarios/perimeter.json");
     scenario.duration = 300.0;
@@ -65,7 +65,7 @@ protected:
 
 TEST_F(RecordingCheck, RaisesNoAlarmOnACleanInstallation) {
     for (const std::uint64_t seed : {21U, 22U}) {
-        const RecordingCheckResult result = checkSimulated(perimeter(), seed);
+        const RecordingCheckResult result = checkSimulated(shippedPerimeter(), seed);
         ASSERT_TRUE(result.mounting.has_value());
         EXPECT_THAT(warnedOf(result), IsEmpty()) << seed;
         EXPECT_FALSE(hasFault(result.findings));
@@ -73,7 +73,7 @@ TEST_F(RecordingCheck, RaisesNoAlarmOnACleanInstallation) {
 }
 
 TEST_F(RecordingCheck, FindsAYawErrorOfTwoDegrees) {
-    Scenario scenario = perimeter();
+    Scenario scenario = shippedPerimeter();
     scenario.video.mountingError.yaw = 2.0;
     const RecordingCheckResult result = checkSimulated(scenario, 21);
     EXPECT_THAT(warnedOf(result), testing::ElementsAre("yaw"));
@@ -81,7 +81,7 @@ TEST_F(RecordingCheck, FindsAYawErrorOfTwoDegrees) {
 }
 
 TEST_F(RecordingCheck, FindsAHeightErrorOfHalfAMetre) {
-    Scenario scenario = perimeter();
+    Scenario scenario = shippedPerimeter();
     scenario.video.mountingError.position[2] = 0.5;
     const RecordingCheckResult result = checkSimulated(scenario, 21);
     EXPECT_THAT(warnedOf(result), testing::ElementsAre("height"));
@@ -92,7 +92,7 @@ TEST_F(RecordingCheck, FindsAHeightErrorOfHalfAMetre) {
 }
 
 TEST_F(RecordingCheck, FindsARadarLagOf150Milliseconds) {
-    Scenario scenario = perimeter();
+    Scenario scenario = shippedPerimeter();
     scenario.radarSensor.timestampError = 0.15;
     const RecordingCheckResult result = checkSimulated(scenario, 21);
     EXPECT_THAT(warnedOf(result), testing::ElementsAre("lag"));
@@ -100,7 +100,7 @@ TEST_F(RecordingCheck, FindsARadarLagOf150Milliseconds) {
 }
 
 TEST_F(RecordingCheck, SaysNothingOfAnInstallationThatTooFewObjectsShow) {
-    Scenario scenario = perimeter();
+    Scenario scenario = shippedPerimeter();
     scenario.duration = 20.0;
     const RecordingCheckResult result = checkSimulated(scenario, 21);
     EXPECT_FALSE(result.mounting.has_value());
@@ -110,7 +110,7 @@ TEST_F(RecordingCheck, SaysNothingOfAnInstallationThatTooFewObjectsShow) {
 }
 
 TEST_F(RecordingCheck, ListsEveryFaultOfTheHeader) {
-    std::string header = lineOf(Simulation(perimeter(), 1).header());
+    std::string header = lineOf(Simulation(shippedPerimeter(), 1).header());
     const auto spoil = [&](const std::string& from, const std::string& to) {
         const std::size_t place = header.find(from);
         ASSERT_NE(place, std::string::npos) << from;
@@ -143,7 +143,7 @@ TEST_F(RecordingCheck, SaysThatSomethingIsNoRecording) {
 }
 
 TEST_F(RecordingCheck, ListsTheFaultsOfEveryLineAndGoesOn) {
-    Scenario scenario = perimeter();
+    Scenario scenario = shippedPerimeter();
     scenario.duration = 1.0;
     const Simulation simulation(scenario, 1);
     std::string text = lineOf(simulation.header());
