@@ -14,7 +14,6 @@
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-using testing::StartsWith;
 using VeskarTest::dataFile;
 using VeskarTest::Outcome;
 using VeskarTest::slurp;
