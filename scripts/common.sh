@@ -20,12 +20,17 @@ as_root() {
 # page_missing PRESET: why its program has no page for the report; empty when it has one.
 page_missing() { sed -n 's/^VESKAR_REPORT_MISSING:INTERNAL=//p' "build/$1/CMakeCache.txt"; }
 
-# configure PRESET: does it once; the build sees to what has changed since.
-configure() {
-  local preset=$1
+# Lets what is configured and built after it compile through a compiler cache, where there is one.
+use_compiler_cache() {
   if command -v ccache >/dev/null; then
     export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
   fi
+}
+
+# configure PRESET: does it once; the build sees to what has changed since.
+configure() {
+  local preset=$1
+  use_compiler_cache
   [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" >"/tmp/veskar-configure.$$" 2>&1 ||
     { cat "/tmp/veskar-configure.$$"; rm -f "/tmp/veskar-configure.$$"; return 1; }
   rm -f "/tmp/veskar-configure.$$"
