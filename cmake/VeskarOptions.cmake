@@ -12,7 +12,7 @@ option(VESKAR_INSTALL "Install the library and what else is built" ${PROJECT_IS_
 option(VESKAR_WERROR "Turn warnings in veskar's own code into errors" OFF)
 set(VESKAR_SANITIZE "" CACHE STRING "Sanitizers for everything built here, for example address,undefined")
 option(VESKAR_DEBUG_INFO "Compile the library with debug information; its packages are stripped" OFF)
-option(VESKAR_QUICK_TESTS "Compile several sources of a test program together" OFF)
+option(VESKAR_QUICK_BUILD "Compile several sources of the workbench and the tests together" OFF)
 set(VESKAR_COVERAGE OFF CACHE BOOL "Instrument for line coverage")
 
 if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)

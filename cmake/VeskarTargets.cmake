@@ -18,6 +18,14 @@ function(veskar_compile_alone target)
                               PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 endfunction()
 
+# Sources share most of what they include and instantiate: together they compile in a fraction of the
+# time that they take one by one.
+function(veskar_compile_quickly target)
+  if(VESKAR_QUICK_BUILD)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+  endif()
+endfunction()
+
 # Installs a program that finds the library wherever the prefix is moved to.
 function(veskar_install_program target)
   file(RELATIVE_PATH libraries "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")

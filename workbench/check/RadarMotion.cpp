@@ -13,7 +13,7 @@ namespace {
 constexpr double span = 1.0;        // seconds
 constexpr double leastSpeed = 0.5;  // m/s; slower ones are noise
 constexpr std::size_t mostWays = 20000;
-const double agreement = std::cos(radians(30.0));
+const double leastCosine = std::cos(radians(30.0));
 
 std::optional<double> medianOf(std::vector<float> numbers) {
     if (numbers.empty()) {
@@ -81,7 +81,7 @@ void RadarMotion::compare(const std::deque<Point>& track) {
             const Eigen::Vector2d there =
                 radar.groundDirection(readAs(direction, *middle.direction));
             ways.agreeing[static_cast<std::size_t>(direction)] +=
-                there.dot(velocity.normalized()) > agreement ? 1 : 0;
+                there.dot(velocity.normalized()) > leastCosine ? 1 : 0;
         }
     }
 }
