@@ -295,25 +295,25 @@ private:
     /// Whether enough reports have a partner where they stand, as far as the recording tells.
     bool sensorsAgree() const {
         constexpr double hardlyAny = 0.15;
-        const Agreement& agreement = conventions.agreement();
-        return agreement.asked() < plentyOfReports || pairs.radarTracks() == 0 ||
-               agreement.share({}) > hardlyAny;
+        const Agreement& tally = conventions.agreement();
+        return tally.asked() < plentyOfReports || pairs.radarTracks() == 0 ||
+               tally.share({}) > hardlyAny;
     }
 
     Finding disagreement() const {
-        const Agreement& agreement = conventions.agreement();
+        const Agreement& tally = conventions.agreement();
         return {Severity::Warning, 0, "installation", "",
                 fmt::format("radar and video do not see objects in the same places: of {} reports "
                             "of {} video tracks {:.0f} % have one of the {} radar tracks where "
                             "they stand; look at the mounting, the lens and the clocks",
-                            agreement.asked(), pairs.videoTracks(), 100.0 * agreement.share({}),
+                            tally.asked(), pairs.videoTracks(), 100.0 * tally.share({}),
                             pairs.radarTracks())};
     }
 
     /// Why the installation cannot be judged.
     Finding withoutEstimate(std::size_t blocks) const {
-        const Agreement& agreement = conventions.agreement();
-        const bool isPlenty = agreement.share({}) * static_cast<double>(agreement.asked()) >
+        const Agreement& tally = conventions.agreement();
+        const bool isPlenty = tally.share({}) * static_cast<double>(tally.asked()) >
                               static_cast<double>(plentyOfReports);
         return noteOf(
             "installation",
