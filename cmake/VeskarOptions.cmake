@@ -3,6 +3,7 @@
 
 option(VESKAR_BUILD_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
 option(VESKAR_BUILD_BENCHMARKS "Build the benchmarks (needs Google Benchmark)" OFF)
+option(VESKAR_BUILD_FUZZERS "Build the fuzz targets (needs clang with libFuzzer)" OFF)
 option(VESKAR_BUILD_WORKBENCH "Build the veskar command-line program" ${PROJECT_IS_TOP_LEVEL})
 option(VESKAR_BUILD_EXAMPLES "Build the example programs" ${PROJECT_IS_TOP_LEVEL})
 set(VESKAR_REPORT AUTO CACHE STRING

@@ -22,7 +22,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 CACHE = pathlib.Path(os.environ.get("XDG_CACHE_HOME", pathlib.Path.home() / ".cache"), "veskar-lint")
 DAYS_KEPT = 30
-FOLDERS = ("src", "workbench", "examples", "tests", "bench")
+FOLDERS = ("src", "workbench", "examples", "tests", "bench", "fuzz")
 
 INCLUDED_SOURCE = re.compile(r'^#include "([^"]*\.(?:c|cc|cpp|cxx))"', re.MULTILINE)
 # The first two look at the declarations of the main file, the last at what it includes: a batch

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+// `veskar check` on any text: it ends with findings, whatever it takes the text for, and what it
+// calls a good recording is one.
+#include "check/DocumentCheck.h"
+#include "check/RecordingCheck.h"
+#include "io/InputError.h"
+#include "recording/RecordingReader.h"
+#include "support/InputFile.h"
+#include "support/Require.h"
+
+#include <string>
+
+#include <syslog.h>
+
+using namespace VeskarFuzz;
+
+namespace {
+
+bool isReadable(const std::string& path) {
+    try {
+        Workbench::RecordingReader reader(path);
+        while (reader.next()) {
+        }
+        return true;
+    } catch (const Workbench::InputError&) {
+        return false;
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    setlogmask(0);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const InputFile file(asText(data, size));
+    const auto kind = Workbench::kindOfDocument(file.path());
+    if (kind != Workbench::DocumentKind::Recording) {
+        Workbench::checkDocument(file.path(), kind);
+        return 0;
+    }
+    const auto result = Workbench::checkRecording(file.path(), [](auto, auto) {});
+    require(isReadable(file.path()) || hasFault(result.findings), "what is refused has a fault");
+    return 0;
+}

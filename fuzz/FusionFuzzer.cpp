@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: Apache-2.0
+// The fusion, driven by any sequence of frames with any tracks in them. It must hold that
+// - ids are unique, and there are no more system tracks than reports;
+// - what is plausible and finite goes in, what is finite comes out;
+// - an observer changes nothing;
+// - three seconds of empty frames leave no system track, whatever was before;
+// - ten seconds after one spoiled report, whichever field it was, the scene is what it is without.
+#include "fusion/ReportFault.h"
+#include "support/FusionScript.h"
+#include "support/Require.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <set>
+#include <utility>
+
+#include <Eigen/Eigenvalues>
+#include <syslog.h>
+
+using namespace VeskarFuzz;
+using Veskar::FusionModule;
+using Veskar::Track;
+
+namespace {
+
+/// Takes what it is told and does nothing with it.
+class Onlooker : public Veskar::FusionObserver {};
+
+/// What can be seen of a system track from outside.
+struct Seen {
+    int id;
+    bool isConfirmed;
+    Veskar::StateVector state;
+    Veskar::StateMatrix covariance;
+
+    /// Bit for bit: NaN is the same as NaN.
+    bool operator==(const Seen& other) const {
+        return id == other.id && isConfirmed == other.isConfirmed &&
+               std::memcmp(state.data(), other.state.data(), sizeof state) == 0 &&
+               std::memcmp(covariance.data(), other.covariance.data(), sizeof covariance) == 0;
+    }
+};
+
+std::vector<Seen> look(FusionModule& fusion) {
+    std::vector<Seen> seen;
+    for (const auto& track : fusion.systemTracks) {
+        seen.push_back({track->id, track->isConfirmed, track->state, track->covariance});
+    }
+    return seen;
+}
+
+void requireOrder(FusionModule& fusion, std::size_t reports, bool mustBeFinite) {
+    std::set<int> ids;
+    for (const auto& track : fusion.systemTracks) {
+        require(ids.insert(track->id).second, "ids of system tracks are unique");
+        require(!mustBeFinite || (track->state.allFinite() && track->covariance.allFinite()),
+                "what is finite stays finite");
+    }
+    require(fusion.systemTracks.size() <= reports, "no more system tracks than reports");
+}
+
+std::vector<std::vector<Seen>> run(const FusionScript& script, Veskar::FusionObserver* observer) {
+    ScriptedModule module(script.config);
+    module.fusion().setObserver(observer);
+    std::vector<std::vector<Seen>> pictures;
+    std::size_t reports = 0;
+    for (const Call& call : script.calls) {
+        reports += call.tracks.size();
+        module.cycle(call);
+        requireOrder(module.fusion(), reports, script.isPlausible);
+        pictures.push_back(look(module.fusion()));
+    }
+    return pictures;
+}
+
+Call frame(Veskar::Source source, double time, int objects) {
+    Call call;
+    call.source = source;
+    call.timestamp = time;
+    call.now = std::chrono::nanoseconds(static_cast<std::int64_t>(time * 1e9));
+    for (int id = 0; id < objects; ++id) {
+        call.tracks.push_back(usualReport(source, id, time));
+    }
+    return call;
+}
+
+/// Both sensors, or radar alone, five frames a second each.
+void show(ScriptedModule& module, double from, double seconds, int objects, bool hasVideo = true) {
+    const int frames = static_cast<int>(std::lround(5.0 * seconds));
+    for (int i = 0; i < frames; ++i) {
+        const double time = from + 0.2 * i;
+        if (hasVideo) {
+            module.cycle(frame(Veskar::VideoObject, time, objects));
+        }
+        module.cycle(frame(Veskar::Radar, time + 0.02, objects));
+    }
+}
+
+void requireSilenceEndsAll(const FusionScript& script) {
+    ScriptedModule module(script.config);
+    for (const Call& call : script.calls) {
+        module.cycle(call);
+    }
+    // A report may be stamped 10 s ahead of its frame, and what it starts lives as much longer. For
+    // the same reason silence begins after the latest frame: a clock that is set back by less than
+    // an hour keeps system tracks that nobody reports for that time.
+    show(module, script.latest + 10.0, 3.0, 0);
+    require(module.fusion().systemTracks.empty(), "three seconds of silence end every track");
+}
+
+/// Where the confirmed system tracks are after a scene with a frame of reports, spoiled or not.
+std::vector<double> placesAfter(const Veskar::Config& config, const Call& reports) {
+    constexpr int objects = 3;
+    ScriptedModule module(config);
+    // A report that is torn off its system track keeps the time when its sensor saw the object
+    // first, and two system tracks that start at one time are never merged: the other sensor must
+    // have been first.
+    show(module, 98.0, 2.0, objects, reports.source != Veskar::VideoObject);
+    show(module, 100.0, 1.0, objects);
+    module.cycle(reports);
+    show(module, 101.1, 10.0, objects);
+    std::vector<double> places;
+    for (const auto& track : module.fusion().systemTracks) {
+        if (track->isConfirmed) {
+            places.push_back(track->state[0]);
+        }
+    }
+    std::sort(places.begin(), places.end());
+    return places;
+}
+
+/// Whether the fusion can take a report out of an estimate again. A position of 1e12 or a variance
+/// of 1e-12 passes FusionModule::cycle, but beside it the other reports of the system track lose
+/// their digits, and these do not come back while its sensors go on to report.
+bool leavesDigits(const Track& report) {
+    if (Veskar::faultOf(report, report.time) != Veskar::ReportFault::None) {
+        return true;  // left out
+    }
+    const Eigen::SelfAdjointEigenSolver<Veskar::StateMatrix> solver(report.covariance,
+                                                                    Eigen::EigenvaluesOnly);
+    return report.state.cwiseAbs().maxCoeff() < 1e6 && solver.eigenvalues().minCoeff() > 1e-6 &&
+           solver.eigenvalues().maxCoeff() < 1e6;
+}
+
+void requireRecovery(FuzzedDataProvider& bytes) {
+    Veskar::Config config = readConfig(bytes);
+    // The greedy association only merges a radar track into one that video has started before: a
+    // video track that a bad report tears off stays on its own there.
+    config.module.useJVA = true;
+    const Veskar::Source source = bytes.ConsumeBool() ? Veskar::Radar : Veskar::VideoObject;
+    const Call sound = frame(source, 101.05, 3);
+    Call spoiled = sound;
+    spoil(spoiled.tracks[1], bytes);
+    if (!leavesDigits(spoiled.tracks[1])) {
+        return;
+    }
+    const std::vector<double> expected = placesAfter(config, sound);
+    const std::vector<double> places = placesAfter(config, spoiled);
+    const auto isSame = [](double a, double b) { return std::abs(a - b) < 1e-3; };
+    require(std::equal(places.begin(), places.end(), expected.begin(), expected.end(), isSame),
+            "one spoiled report is forgotten after ten seconds");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    setlogmask(0);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    FuzzedDataProvider bytes(data, size);
+    if (bytes.ConsumeIntegral<std::uint8_t>() < 32) {
+        requireRecovery(bytes);
+        return 0;
+    }
+    const FusionScript script = readScript(bytes);
+    Onlooker onlooker;
+    require(run(script, nullptr) == run(script, &onlooker), "an observer changes nothing");
+    requireSilenceEndsAll(script);
+    return 0;
+}

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+// `veskar replay` on any text: what can be read goes through the fusion, and the fused tracks that
+// come out are ones that a reader takes.
+#include <veskar/Config.h>
+
+#include "io/InputError.h"
+#include "recording/RecordingReader.h"
+#include "replay/FusedJson.h"
+#include "replay/FusedReader.h"
+#include "replay/Replay.h"
+#include "support/InputFile.h"
+#include "support/Require.h"
+
+#include <string>
+#include <utility>
+#include <variant>
+
+#include <syslog.h>
+
+using namespace VeskarFuzz;
+using Workbench::RecordingReader;
+
+namespace {
+
+const Veskar::Config& config() {
+    static const Veskar::Config shipped = Veskar::Config::defaults();
+    return shipped;
+}
+
+/// Replays up to the end or to the first fault of the text.
+std::string replay(RecordingReader& reader) {
+    const Workbench::HostAdapter adapter(reader.header(), config());
+    std::string fused = fusedHeaderLine(reader.header(), config().toJson());
+    Workbench::Replay run(reader.header(), config(), [&](Workbench::FrameReading&& reading) {
+        Workbench::LineText text;
+        appendFusedLine(text, placed(std::move(reading), adapter));
+        fused += text.view();
+    });
+    try {
+        while (const auto line = reader.next()) {
+            if (const auto* frame = std::get_if<Workbench::SensorFrame>(&*line)) {
+                run.feed(*frame);
+            }
+        }
+    } catch (const Workbench::InputError& error) {
+        require(*error.what() != '\0', "a refusal has a reason");
+    }
+    return fused;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    setlogmask(0);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const InputFile file(asText(data, size));
+    std::string fused;
+    try {
+        RecordingReader reader(file.path(), Workbench::TruthLines::Skip);
+        fused = replay(reader);
+    } catch (const Workbench::InputError&) {
+        return 0;  // of the header
+    }
+    const InputFile output(fused);
+    Workbench::FusedReader reader(output.path());
+    while (reader.next()) {
+    }
+    return 0;
+}

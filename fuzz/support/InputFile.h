@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+// Bytes of the fuzzer as a file that a reader can open by its name.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace VeskarFuzz {
+
+/// A file in memory that lives as long as this.
+class InputFile {
+public:
+    explicit InputFile(std::string_view text);
+    ~InputFile();
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+
+    /// @return a path under which this process can open it, any number of times
+    const std::string& path() const { return name; }
+
+private:
+    int descriptor;
+    std::string name;
+};
+
+/// @param data bytes
+/// @param size how many
+/// @return the bytes as text
+inline std::string_view asText(const std::uint8_t* data, std::size_t size) {
+    return {reinterpret_cast<const char*>(data), size};
+}
+
+}  // namespace VeskarFuzz
