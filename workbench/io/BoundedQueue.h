@@ -8,7 +8,6 @@
 #include <deque>
 #include <exception>
 #include <mutex>
-#include <optional>
 #include <utility>
 
 namespace Workbench {
@@ -45,23 +44,24 @@ public:
     }
 
     /// Waits while the queue is empty.
-    /// @return the first item; nothing when the queue is empty and closed
+    /// @param item receives the first item
+    /// @return false when the queue is empty and closed
     /// @throw what the queue was closed with, once it is empty
-    std::optional<Item> pop() {
+    bool pop(Item& item) {
         std::unique_lock<std::mutex> lock(mutex);
         wait(hasItems, lock, [&] { return isClosed || !items.empty(); });
         if (items.empty()) {
             rethrow();
-            return std::nullopt;
+            return false;
         }
-        std::optional<Item> item(std::move(items.front()));
+        item = std::move(items.front());
         items.pop_front();
         const bool isHalfEmpty = items.size() == capacity / 2;
         lock.unlock();
         if (isHalfEmpty) {
             hasRoom.notify_one();
         }
-        return item;
+        return true;
     }
 
     /// Ends the traffic. What waits can still be popped. The first reason stays.

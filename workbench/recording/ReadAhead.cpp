@@ -33,12 +33,12 @@ void ReadAhead::read() {
 }
 
 std::optional<RecordingLine> ReadAhead::next() {
-    std::optional<Item> item = queue.pop();
-    if (!item) {
+    Item item;
+    if (!queue.pop(item)) {
         return std::nullopt;
     }
-    fraction = item->fraction;
-    return std::move(item->line);
+    fraction = item.fraction;
+    return std::move(item.line);
 }
 
 }  // namespace Workbench

@@ -32,7 +32,7 @@ public:
 private:
     struct Item {
         RecordingLine line;
-        double fraction;
+        double fraction = 0.0;
     };
     void read();
 

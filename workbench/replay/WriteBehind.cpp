@@ -27,9 +27,10 @@ WriteBehind::~WriteBehind() {
 void WriteBehind::run() {
     try {
         LineText text;
-        while (std::optional<FrameReading> frame = queue.pop()) {
+        FrameReading frame;
+        while (queue.pop(frame)) {
             text.clear();
-            format(text, std::move(*frame));
+            format(text, std::move(frame));
             output.write(text.view());
             if (flush == Flush::EveryFrame) {
                 output.flush();
