@@ -10,6 +10,7 @@
 #include <array>
 #include <csignal>
 #include <cstdlib>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -122,14 +123,14 @@ protected:
         return errors.substr(0, errors.find("qemu: uncaught target signal"));
     }
 
-    using Await = void (RunningProgram::*)() const;
+    using Await = std::function<void(const RunningProgram&)>;
 
     /// Sends a signal to a command at one moment.
     void interrupt(const Words& arguments, const RunningProgram::Streams& streams, int signal,
-                   Await await = &RunningProgram::awaitIdle) {
+                   const Await& await = &RunningProgram::awaitIdle) {
         SCOPED_TRACE(inOneLine(arguments) + ", signal " + std::to_string(signal));
         RunningProgram program(arguments, streams);
-        (program.*await)();
+        await(program);
         program.send(signal);
         const Outcome outcome = program.finish();
         EXPECT_EQ(outcome.status, -signal);
@@ -138,7 +139,7 @@ protected:
     }
     /// Sends every signal, each to a new run.
     void interrupt(const Words& arguments, const RunningProgram::Streams& streams,
-                   Await await = &RunningProgram::awaitIdle) {
+                   const Await& await = &RunningProgram::awaitIdle) {
         for (const int signal : signals) {
             interrupt(arguments, streams, signal, await);
         }
@@ -216,8 +217,10 @@ TEST_F(Fault, ASignalEndsACommandWhosePipeHasNoOtherEnd) {
 
 TEST_F(Fault, ASignalEndsACommandAtWork) {
     const Words endless = {"simulate", scenario, "--duration", "1000000", "-o"};
-    interrupt(endless + Words{out}, {}, &RunningProgram::awaitListening);
-    interrupt(endless + Words{"-"}, {}, &RunningProgram::awaitListening);
+    interrupt(endless + Words{out}, {}, [this](const RunningProgram& program) {
+        program.await([this] { return directory.names() != files; });
+    });
+    interrupt(endless + Words{"-"}, {}, &RunningProgram::awaitOutput);
 }
 
 TEST_F(Fault, ASignalEndsAPause) {

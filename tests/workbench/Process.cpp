@@ -176,23 +176,25 @@ bool RunningProgram::listens() const {
     return (signals >> (SIGTERM - 1) & 1) != 0;
 }
 
-void RunningProgram::awaitListening() const {
-    if (!becomesTrue([this] { return listens(); }, std::chrono::seconds(60))) {
-        throw std::runtime_error("the program does not listen for signals");
+void RunningProgram::await(const std::function<bool()>& condition) const {
+    if (!becomesTrue(condition, std::chrono::seconds(60))) {
+        throw std::runtime_error("the program does not get there");
     }
 }
 
+void RunningProgram::awaitOutput() const {
+    await([this] { return !slurp(directory / "out").empty(); });
+}
+
 void RunningProgram::awaitIdle() const {
-    awaitListening();
+    await([this] { return listens(); });
     const std::string path = "/proc/" + std::to_string(child) + "/stat";
     const auto isIdle = [&] {
         const std::string text = slurp(path);
         const std::size_t place = text.rfind(')');
         return place != std::string::npos && text.substr(place + 2, 1) == "S";
     };
-    if (!becomesTrue(isIdle, std::chrono::seconds(60))) {
-        throw std::runtime_error("the program does not wait");
-    }
+    await(isIdle);
 }
 
 void RunningProgram::send(int signal) const {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -87,8 +88,11 @@ public:
 
     /// Waits until it listens for signals and waits for something itself.
     void awaitIdle() const;
-    /// Waits until it listens for signals.
-    void awaitListening() const;
+    /// Waits until something holds, for a minute at most.
+    /// @param condition asked again and again
+    void await(const std::function<bool()>& condition) const;
+    /// Waits until it has written to its standard output, which is a file.
+    void awaitOutput() const;
     /// @param signal sent to it
     void send(int signal) const;
     /// @return what came of it; status -SIGKILL when it did not end within a minute
