@@ -34,7 +34,7 @@ struct Problem {
 double readCost(FuzzedDataProvider& bytes) {
     const auto choice = bytes.ConsumeIntegral<std::uint8_t>();
     if (choice < 160) {
-        return choice / 16;
+        return choice % 10;
     }
     if (choice < 250) {
         return bytes.ConsumeFloatingPointInRange(0.0, 20.0);

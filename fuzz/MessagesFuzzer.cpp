@@ -84,10 +84,9 @@ Body radarEntry(FuzzedDataProvider& bytes) {
 }
 
 std::vector<Body> several(FuzzedDataProvider& bytes, Body (*entry)(FuzzedDataProvider&)) {
-    std::vector<Body> content;
-    const int count = bytes.ConsumeIntegralInRange(0, 12);
-    for (int i = 0; i < count; ++i) {
-        content.push_back(entry(bytes));
+    std::vector<Body> content(bytes.ConsumeIntegralInRange<std::size_t>(0, 12));
+    for (Body& body : content) {
+        body = entry(bytes);
     }
     return content;
 }
