@@ -31,18 +31,25 @@ class Walk {
 public:
     explicit Walk(std::string_view json) : rest(json) {}
 
-    WrittenValue value() {
+    /// @param depth objects around the value
+    WrittenValue value(int depth = 0) {
+        // Deeper than any setting stands; a text may go on for thousands of levels.
+        constexpr int deepestMembers = 8;
         skipSpace();
         WrittenValue value;
         value.line = line;
         switch (rest.front()) {
             case '{':
                 value.text = take(1);
-                readMembers(value);
+                if (depth < deepestMembers) {
+                    readMembers(value, depth + 1);
+                } else {
+                    skipToClosing();
+                }
                 break;
             case '[':
                 value.text = take(1);
-                skipElements();
+                skipToClosing();
                 break;
             case '"':
                 value.text = quoted();
@@ -54,32 +61,44 @@ public:
     }
 
 private:
-    void readMembers(WrittenValue& object) {
-        while (!ends('}')) {
+    void readMembers(WrittenValue& object, int depth) {
+        while (!endsObject()) {
             const int lineOfKey = line;
             std::string key = content(quoted());
             skipSpace();
             take(1);  // the colon
-            object.members.push_back(value());
+            object.members.push_back(value(depth));
             object.members.back().key = std::move(key);
             object.members.back().line = lineOfKey;
         }
     }
 
-    void skipElements() {
-        while (!ends(']')) {
-            value();
+    /// Passes over what is left of an object or array, whatever is nested in it.
+    void skipToClosing() {
+        for (int open = 1; open > 0;) {
+            skipSpace();
+            const char next = rest.front();
+            if (next == '"') {
+                quoted();
+                continue;
+            }
+            if (next == '{' || next == '[') {
+                ++open;
+            } else if (next == '}' || next == ']') {
+                --open;
+            }
+            take(1);
         }
     }
 
-    /// Passes over the comma before the next item, or over what closes the list.
-    bool ends(char closing) {
+    /// Passes over the comma before the next member, or over what closes the object.
+    bool endsObject() {
         skipSpace();
         if (rest.front() == ',') {
             take(1);
             skipSpace();
         }
-        const bool isEnd = rest.front() == closing;
+        const bool isEnd = rest.front() == '}';
         if (isEnd) {
             take(1);
         }

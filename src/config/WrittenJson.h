@@ -15,7 +15,8 @@ struct WrittenValue {
     int line = 1;                       ///< from 1; of a member the line of its key
     std::string key;                    ///< of a member
     std::string text;                   ///< a scalar as it is written; "{" or "["
-    std::vector<WrittenValue> members;  ///< of an object, in order, repeated keys included
+    std::vector<WrittenValue> members;  ///< of an object, in order, repeated keys included; none
+                                        ///< of objects that lie deeper than any setting
 
     /// @return the type that Jansson gives it
     Kind kind() const;
