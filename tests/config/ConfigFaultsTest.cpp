@@ -236,6 +236,18 @@ TEST_F(ConfigFaults, CallACommentWhatItIs) {
     }
 }
 
+TEST_F(ConfigFaults, PassOverWhatIsNestedInAnUnknownKey) {
+    std::string deep = "[\"]\\\"}\", {\"a\": [1,\n2]}]";
+    for (int level = 0; level < 20; ++level) {
+        deep = "{\"b\":\n" + deep + ", \"useJVA\": {}}";
+    }
+    replace("\"useJVA\": true", "\"nested\": " + deep + ",\n\"useJVA\": 1");
+    const std::vector<std::string> found = texts();
+    ASSERT_THAT(found, SizeIs(2));
+    EXPECT_EQ(found[0], "veskarModule.nested (line 30): the key is not known");
+    EXPECT_THAT(found[1], testing::StartsWith("veskarModule.useJVA (line 52): 1 is an integer"));
+}
+
 TEST_F(ConfigFaults, ReadStringsAndLinesAsJansson) {
     replace("\"useJVA\": true", "\"a\\\"}\\\\\": \"{ \\\" \\\\\",\r\n\t\"useJVA\" \n : \n 1");
     const std::vector<std::string> found = texts();
