@@ -239,7 +239,7 @@ TEST_F(ConfigFaults, CallACommentWhatItIs) {
 TEST_F(ConfigFaults, PassOverWhatIsNestedInAnUnknownKey) {
     std::string deep = "[\"]\\\"}\", {\"a\": [1,\n2]}]";
     for (int level = 0; level < 20; ++level) {
-        deep = "{\"b\":\n" + deep + ", \"useJVA\": {}}";
+        deep.insert(0, "{\"b\":\n").append(", \"useJVA\": {}}");
     }
     replace("\"useJVA\": true", "\"nested\": " + deep + ",\n\"useJVA\": 1");
     const std::vector<std::string> found = texts();
