@@ -3,9 +3,10 @@
 """Runs clang-tidy over all sources: scripts/lint.py UNITY_TREE SINGLE_TREE
 
 UNITY_TREE compiles several sources together, so that each header is walked once for all of them.
-The checks that look at main files only run on the sources that concern them, one by one, with the
-compile commands of SINGLE_TREE. What passed is remembered, like in a compiler cache, in
-~/.cache/veskar-lint by the contents of all files read, command, configuration and version.
+A batch with findings is taken apart, with the compile commands of SINGLE_TREE. What clang-tidy looks
+for in main files only, and so not in a batch, is looked for in the text. What passed is remembered,
+like in a compiler cache, in ~/.cache/veskar-lint by the contents of all files read, command,
+configuration and version.
 """
 
 import concurrent.futures
@@ -25,11 +26,9 @@ DAYS_KEPT = 30
 FOLDERS = ("src", "workbench", "examples", "tests", "bench", "fuzz")
 
 INCLUDED_SOURCE = re.compile(r'^#include "([^"]*\.(?:c|cc|cpp|cxx))"', re.MULTILINE)
-# The first two look at the declarations of the main file, the last at what it includes: a batch
-# consists of nothing else.
-MAIN_FILE_CHECKS = "misc-unused-using-decls,misc-unused-alias-decls,bugprone-suspicious-include"
-CONCERNS_MAIN_FILE = re.compile(r"\busing [\w:]*::\w+;|\bnamespace \w+ =|" + INCLUDED_SOURCE.pattern,
-                                re.MULTILINE)
+# These look at what the main file declares and includes: a batch consists of nothing else.
+MAIN_FILE_CHECKS = "-misc-unused-using-decls,-misc-unused-alias-decls,-bugprone-suspicious-include"
+DECLARED_NAME = re.compile(r"^[ ]*(?:using [\w:]*\b\w+::(\w+);|namespace (\w+) = .*;)", re.MULTILINE)
 
 
 def sources():
@@ -78,20 +77,22 @@ def unity_jobs(tree, single_tree, wanted):
             # others it leaves out what is included.
             file = file.with_name("UnifiedSource_" + file.name)
             file.write_text("".join(f'#include "{source}"\n' for source in contents))
-        if not batch:
-            yield Job(entry, file, contents, "")
-            continue
-        parts = [Job(single[source], source, [source], "") for source in contents]
-        yield Job(entry, file, contents, "-bugprone-suspicious-include", parts)
+        parts = [Job(single[source], source, [source], MAIN_FILE_CHECKS) for source in contents]
+        yield Job(entry, file, contents, MAIN_FILE_CHECKS, parts if batch else ())
     if missing:
         sys.exit("compiled by no target: " + " ".join(sorted(map(str, missing))))
 
 
-def single_jobs(tree, wanted):
-    entries = commands(tree)
-    for source in wanted:
-        if CONCERNS_MAIN_FILE.search(source.read_text()):
-            yield Job(entries[source], source, [source], "-*," + MAIN_FILE_CHECKS)
+def main_file_faults(source):
+    """What MAIN_FILE_CHECKS would find: names that are declared for nobody, sources as headers."""
+    text = re.sub(r"//.*", "", source.read_text())
+    faults = [f"{included} is a source" for included in INCLUDED_SOURCE.findall(text)]
+    for declaration in DECLARED_NAME.finditer(text):
+        name = declaration[1] or declaration[2]
+        others = text[:declaration.start()] + text[declaration.end():]
+        if not re.search(rf"\b{name}\b", others):
+            faults.append(f"{name} is declared and not used")
+    return "".join(f"{source.relative_to(ROOT)}: {fault}\n" for fault in faults)
 
 
 class Cache:
@@ -148,11 +149,15 @@ def run(job, cache):
 def main(unity_tree, single_tree):
     unity_tree, single_tree = (pathlib.Path(tree).resolve() for tree in (unity_tree, single_tree))
     wanted = sources()
-    jobs = list(unity_jobs(unity_tree, single_tree, wanted)) + list(single_jobs(single_tree, wanted))
+    jobs = list(unity_jobs(unity_tree, single_tree, wanted))
     # The longest first, so that no core waits for one at the end.
     jobs.sort(key=lambda job: -len(job.contents))
     cache = Cache()
     asked = failed = 0
+    for source in wanted:
+        if faults := main_file_faults(source):
+            failed += 1
+            print(faults, end="", flush=True)
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         for said, new in pool.map(lambda job: run(job, cache), jobs):
             asked += new
