@@ -4,7 +4,7 @@
 // them.
 #include <veskar/TrackAssociator.h>
 
-#include "association/AssignmentSolver.h"
+#include "assignment/AssignmentSolver.h"
 #include "support/Require.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "association/NearestSensorToSystem.h"
 
-#include "association/ClassTraits.h"
+#include "gating/ClassTraits.h"
 
 #include <limits>
 

@@ -6,9 +6,9 @@
 #include <veskar/SystemTrack.h>
 #include <veskar/Track.h>
 
-#include "association/FarPairs.h"
-#include "association/Gate.h"
 #include "association/Occupancy.h"
+#include "gating/FarPairs.h"
+#include "gating/Gate.h"
 
 #include <memory>
 #include <utility>

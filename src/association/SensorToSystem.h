@@ -6,12 +6,12 @@
 #include <veskar/SystemTrack.h>
 #include <veskar/Track.h>
 
-#include "association/ClassTraits.h"
-#include "association/FarPairs.h"
-#include "association/Gate.h"
-#include "association/IntIndexed.h"
+#include "assignment/IntIndexed.h"
+#include "assignment/SparseCosts.h"
 #include "association/Occupancy.h"
-#include "association/SparseCosts.h"
+#include "gating/ClassTraits.h"
+#include "gating/FarPairs.h"
+#include "gating/Gate.h"
 
 #include <memory>
 #include <unordered_set>

@@ -4,9 +4,9 @@
 
 #include <veskar/SystemTrack.h>
 
-#include "association/FarPairs.h"
-#include "association/Gate.h"
-#include "association/SparseCosts.h"
+#include "assignment/SparseCosts.h"
+#include "gating/FarPairs.h"
+#include "gating/Gate.h"
 
 #include <memory>
 #include <unordered_set>

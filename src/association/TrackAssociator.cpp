@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <veskar/TrackAssociator.h>
 
-#include "association/AssignmentSolver.h"
-#include "association/ClassTraits.h"
-#include "association/Gate.h"
-#include "association/IntIndexed.h"
+#include "assignment/AssignmentSolver.h"
+#include "assignment/IntIndexed.h"
+#include "assignment/SparseCosts.h"
 #include "association/NearestSensorToSystem.h"
 #include "association/SensorToSystem.h"
-#include "association/SparseCosts.h"
 #include "association/SystemToSystem.h"
+#include "gating/ClassTraits.h"
+#include "gating/Gate.h"
 #include "track/FirstTrack.h"
 
 #include <algorithm>

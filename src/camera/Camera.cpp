@@ -2,9 +2,9 @@
 #include <veskar/Camera.h>
 #include <veskar/JsonNode.h>
 
+#include "camera/Angle.h"
 #include "config/ParseFailure.h"
 #include "config/ReadValue.h"
-#include "track/Angle.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,8 +2,7 @@
 // What every fused frame does.
 #include <veskar/FusionModule.h>
 
-#include "fusion/Arrivals.h"
-#include "fusion/Workspace.h"
+#include "fusion/FusionModuleState.h"
 
 #include <exception>
 #include <limits>

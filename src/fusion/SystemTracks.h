@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What several steps of the fusion ask of system tracks and their list.
+// What several steps of the fusion do with system tracks and their list.
 #pragma once
 
 #include <veskar/SystemTrack.h>
@@ -14,6 +14,12 @@ namespace Veskar {
 inline bool isFused(const SystemTrack& systemTrack) {
     return systemTrack.hasTracks(Radar) && systemTrack.hasTracks(VideoObject);
 }
+
+/// Takes over the class and the colours of a report.
+void takeLabels(SystemTrack& systemTrack, const Track& report);
+
+/// Fuses a report into the estimate, weighs it in the track probability and takes its labels.
+void fuseReport(SystemTrack& systemTrack, const std::shared_ptr<Track>& report);
 
 /// Deletes system tracks; the others keep their order.
 template <typename Predicate>

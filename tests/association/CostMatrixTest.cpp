@@ -2,8 +2,8 @@
 // TrackAssociator: cost matrices, the class rule on them and their solution.
 #include <veskar/TrackAssociator.h>
 
+#include "assignment/LiteralSolver.h"
 #include "association/LineTracks.h"
-#include "association/LiteralSolver.h"
 #include "support/Constants.h"
 #include "support/TrackFactory.h"
 

@@ -6,7 +6,7 @@
 #include <veskar/SystemTrack.h>
 #include <veskar/Track.h>
 
-#include "association/LiteralSolver.h"
+#include "assignment/LiteralSolver.h"
 
 #include <memory>
 #include <unordered_set>

@@ -2,8 +2,8 @@
 // TrackAssociator: whole associations, case by case.
 #include <veskar/TrackAssociator.h>
 
+#include "assignment/LiteralSolver.h"
 #include "association/LineTracks.h"
-#include "association/LiteralSolver.h"
 #include "association/Scene.h"
 #include "support/AllocationCounter.h"
 #include "support/Constants.h"

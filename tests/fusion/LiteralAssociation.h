@@ -4,7 +4,7 @@
 
 #include <veskar/Config.h>
 
-#include "association/LiteralSolver.h"
+#include "assignment/LiteralSolver.h"
 #include "fusion/LiteralTrack.h"
 
 #include <unordered_set>

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "assignment/AssignmentSolver.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace Veskar {
+namespace {
+
+constexpr std::size_t maxSize = 512;
+
+/// Up to how many cells the sparse way is tried: beyond that it seldom pays.
+std::size_t sparseLimit(std::size_t rowCount, std::size_t colCount) {
+    constexpr std::size_t smallSize = 8;
+    constexpr std::size_t cellsPerLine = 8;
+    const std::size_t size = std::max(rowCount, colCount);
+    return size <= smallSize ? 0 : std::min(cellsPerLine * size, size * size / 8);
+}
+
+/// @return the first costs of a row; asking for more than it has stops the process
+const double* firstCosts(const std::vector<double>& row, std::size_t count) {
+    return &row[count - 1] - (count - 1);
+}
+
+}  // namespace
+
+void AssignmentSolver::refuseTooBig(std::size_t size) {
+    if (size > maxSize) {
+        throw std::runtime_error("One of the JVA costMatrix dimensions was too big (>512)");
+    }
+}
+
+const std::vector<int>& AssignmentSolver::solve(const SparseCosts& costs, std::size_t colCount) {
+    const std::size_t rowCount = costs.rowCount();
+    if (costs.cellCount() <= sparseLimit(rowCount, colCount) && unique.solve(costs, colCount)) {
+        return unique.columns();
+    }
+    dense.start(std::max(rowCount, colCount));
+    for (std::size_t i = 0; i < rowCount; ++i) {
+        dense.setRow(i, costs.row(i));
+    }
+    return dense.solve();
+}
+
+const std::vector<int>& AssignmentSolver::solve(const CostMatrix& cost,
+                                                const AllowedMatrix& allowed, std::size_t rowCount,
+                                                std::size_t colCount) {
+    if (gatherCells(cost, rowCount, colCount) && unique.solve(cells, colCount) &&
+        !leavesAllowedPair(allowed)) {
+        return unique.columns();
+    }
+    dense.start(std::max(cost.size(), cost[0].size()));
+    for (std::size_t i = 0; i < rowCount; ++i) {
+        dense.setRow(i, firstCosts(cost[i], colCount), colCount);
+    }
+    return dense.solve();
+}
+
+/// @return whether they are few
+bool AssignmentSolver::gatherCells(const CostMatrix& cost, std::size_t rowCount,
+                                   std::size_t colCount) {
+    const std::size_t limit = sparseLimit(rowCount, colCount);
+    cells.clear();
+    for (std::size_t i = 0; i < rowCount; ++i) {
+        cells.addRow(firstCosts(cost[i], colCount), colCount);
+        if (cells.cellCount() > limit) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Whether an allowed pair could be among those that fill up the unique assignment at the forbidden
+/// cost. Which ones do is not unique.
+bool AssignmentSolver::leavesAllowedPair(const AllowedMatrix& allowed) const {
+    const std::vector<int>& columnOf = unique.columns();
+    const std::size_t colCount = unique.colCount();
+    for (std::size_t i = 0; i < columnOf.size(); ++i) {
+        if (columnOf[i] >= 0) {
+            continue;
+        }
+        if (i >= allowed.size() || allowed[i].size() < colCount) {
+            return true;
+        }
+        for (std::size_t j = 0; j < colCount; ++j) {
+            if (allowed[i][j] && !unique.usesColumn(j)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+}  // namespace Veskar

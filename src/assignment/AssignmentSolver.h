@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+// Solves an assignment problem the fast way where that is safe.
+#pragma once
+
+#include "assignment/JonkerVolgenant.h"
+#include "assignment/SparseCosts.h"
+#include "assignment/UniqueAssignment.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace Veskar {
+
+/// Answers as JonkerVolgenant does on the matrix padded to a square with forbidden pairs. Sparse
+/// problems whose optimum is unique beyond doubt are solved on their cells alone.
+class AssignmentSolver {
+public:
+    using CostMatrix = std::vector<std::vector<double>>;
+    using AllowedMatrix = std::vector<std::vector<bool>>;
+
+    /// @param size number of rows or columns of a problem
+    /// @throw std::runtime_error when it is above 512
+    static void refuseTooBig(std::size_t size);
+
+    /// Solves a problem in which exactly the cells are allowed.
+    ///
+    /// @param costs the problem
+    /// @param colCount number of columns
+    /// @return a column for each row; what is no cell of the row does not count
+    const std::vector<int>& solve(const SparseCosts& costs, std::size_t colCount);
+
+    /// Solves a problem given as a matrix.
+    ///
+    /// @param cost pair costs; the rows and columns that do not count make the problem bigger
+    /// @param allowed pairs whose choice matters
+    /// @param rowCount how many rows of @p cost count
+    /// @param colCount how many columns of @p cost count
+    /// @return a column for each row that counts; what is not allowed does not count
+    const std::vector<int>& solve(const CostMatrix& cost, const AllowedMatrix& allowed,
+                                  std::size_t rowCount, std::size_t colCount);
+
+private:
+    bool gatherCells(const CostMatrix& cost, std::size_t rowCount, std::size_t colCount);
+    bool leavesAllowedPair(const AllowedMatrix& allowed) const;
+
+    SparseCosts cells;
+    UniqueAssignment unique;
+    JonkerVolgenant dense;
+};
+
+}  // namespace Veskar

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+// Sparse assignment problems whose solution is beyond doubt.
+#pragma once
+
+#include "assignment/IntIndexed.h"
+#include "assignment/SparseCosts.h"
+#include "assignment/UniquenessProof.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace Veskar {
+
+/// Finds the cheapest assignment of a sparse cost matrix, when it can prove that every other one is
+/// clearly worse.
+///
+/// Any exact solver then gives the same pairs, and this one looks at the cells alone instead of the
+/// whole matrix: shortest augmenting paths with a heap, in which a row may also stay without a cell
+/// at the forbidden cost.
+///
+/// Memory is kept from problem to problem.
+class UniqueAssignment {
+public:
+    /// @param costs the problem
+    /// @param colCount number of columns
+    /// @return whether the solution is proven; otherwise nothing is known
+    bool solve(const SparseCosts& costs, std::size_t colCount);
+
+    /// @return after a success: the column of each row, -1 for a row that gets no cell
+    const std::vector<int>& columns() const { return solution.columnOf; }
+    /// @return after a success: number of columns
+    std::size_t colCount() const { return solution.rowOf.size(); }
+    /// @param col a column
+    /// @return after a success: whether some row has it
+    bool usesColumn(std::size_t col) const { return solution.rowOf[col] >= 0; }
+
+private:
+    /// A path to a column and its length.
+    struct Path {
+        double length;
+        int col;
+        bool operator>(const Path& other) const { return length > other.length; }
+    };
+    void start(std::size_t rowCount, std::size_t colCount, std::size_t cellCount);
+    bool takeFreeMinima(const SparseCosts& costs);
+    int displace(const SparseCosts& costs, int freeRow);
+    bool augment(const SparseCosts& costs, int freeRow);
+    void relax(const SparseCosts& costs, int row, double length);
+    int popNearest();
+    void changePrices(int freeRow, double length);
+    void flip(int col);
+
+    PricedAssignment solution;
+    UniquenessProof proof;
+    std::vector<int> freeRows;      ///< rows whose best column went to another one
+    IntIndexed<double> pathLength;  ///< shortest path from the free row to each column
+    IntIndexed<int> predecessor;    ///< row before each column on that path
+    IntIndexed<char> scanned;       ///< whether the shortest path to a column is final
+    std::vector<int> reached;       ///< columns with a path
+    std::vector<Path> heap;         ///< shortest path first
+    std::size_t effort = 0;         ///< cells that may still be looked at
+};
+
+}  // namespace Veskar

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "assignment/UniquenessProof.h"
+
+namespace Veskar {
+namespace {
+
+constexpr int none = PricedAssignment::none;
+
+/// How far rounding may move prices off the relations.
+constexpr double tolerance = 1e-10;
+
+}  // namespace
+
+bool UniquenessProof::holds(const SparseCosts& costs, const PricedAssignment& solved) {
+    moves.clear();
+    firstMove.clear();
+    bool optimal = columnPricesAreOptimal(solved);
+    for (std::size_t i = 0; i < solved.u.size() && optimal; ++i) {
+        firstMove.push_back(moves.size());
+        optimal = inspectRow(costs.row(i), solved, i);
+    }
+    return optimal && !hasTightCycle(solved);
+}
+
+bool UniquenessProof::columnPricesAreOptimal(const PricedAssignment& solved) {
+    bool optimal = true;
+    for (std::size_t j = 0; j < solved.v.size(); ++j) {
+        const bool leftOver = solved.rowOf[j] == none;
+        optimal = optimal && solved.v[j] <= tolerance && (!leftOver || solved.v[j] >= -tolerance);
+    }
+    return optimal;
+}
+
+/// Gathers the moves of a row that leave nearly nothing.
+/// @return whether price and pairs of the row are as the relations demand
+bool UniquenessProof::inspectRow(const SparseCosts::Row& cells, const PricedAssignment& solved,
+                                 std::size_t row) {
+    const std::size_t leftOver = solved.u.size();
+    const int own = solved.columnOf[row];
+    const double price = solved.u[row];
+    const double* prices = solved.v.data();
+    const double slackOut = forbiddenCost - price;
+    bool optimal = slackOut >= -tolerance && (own != none || slackOut <= tolerance);
+    if (own != none && slackOut <= clearMargin) {
+        moves.push_back(leftOver);
+    }
+    for (const SparseCosts::Cell& cell : cells) {
+        const double slack = cell.cost - price - prices[cell.col];
+        optimal = optimal && admits(cell.cost) && slack >= -tolerance;
+        if (cell.col == own) {
+            optimal = optimal && slack <= tolerance;
+        } else if (slack <= clearMargin) {
+            const int holder = solved.rowOf[cell.col];
+            moves.push_back(holder == none ? leftOver : static_cast<std::size_t>(holder));
+        }
+    }
+    return optimal;
+}
+
+/// Whether some closed chain consists of moves that leave nearly nothing: strikes out all rows that
+/// no move leads to, until none is left or only chains are.
+bool UniquenessProof::hasTightCycle(const PricedAssignment& solved) {
+    if (moves.empty()) {
+        return false;
+    }
+    const std::size_t leftOver = solved.u.size();
+    firstMove.push_back(moves.size());
+    for (std::size_t i = 0; i < leftOver; ++i) {
+        const int col = solved.columnOf[i];
+        if (col == none || solved.v[col] >= -clearMargin) {
+            moves.push_back(i);
+        }
+    }
+    firstMove.push_back(moves.size());
+    movesInto.assign(leftOver + 1, 0);
+    for (const std::size_t to : moves) {
+        ++movesInto[to];
+    }
+    settled.clear();
+    for (std::size_t i = 0; i <= leftOver; ++i) {
+        if (movesInto[i] == 0) {
+            settled.push_back(i);
+        }
+    }
+    for (std::size_t k = 0; k < settled.size(); ++k) {
+        for (std::size_t m = firstMove[settled[k]]; m < firstMove[settled[k] + 1]; ++m) {
+            if (--movesInto[moves[m]] == 0) {
+                settled.push_back(moves[m]);
+            }
+        }
+    }
+    return settled.size() <= leftOver;
+}
+
+}  // namespace Veskar

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+// Proves that an assignment is the only good one.
+#pragma once
+
+#include "assignment/IntIndexed.h"
+#include "assignment/SparseCosts.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace Veskar {
+
+/// A solved assignment problem, of which only the pairs that are not forbidden are told: all other
+/// rows and columns are left over and share forbidden pairs.
+struct PricedAssignment {
+    static constexpr int none = -1;
+
+    IntIndexed<double> u;      ///< row prices
+    IntIndexed<double> v;      ///< column prices
+    IntIndexed<int> columnOf;  ///< column of each row or none
+    IntIndexed<int> rowOf;     ///< row of each column or none
+};
+
+/// Proves that every other assignment is clearly worse, so that any solver has to find this one,
+/// whatever it does with ties.
+///
+/// With prices u <= forbidden and v <= 0 such that u[i] + v[j] <= c[i][j], with equality on the
+/// assignment, u = forbidden for rows and v = 0 for columns that are left over, the cost of any
+/// other assignment exceeds that of this one by the sum of what it leaves between both sides of
+/// these relations (complementary slackness). Another assignment is a closed chain of moves; if
+/// none of the chains consists of moves that leave nearly nothing, all others are clearly worse.
+/// The proof does not depend on how prices and assignment were found.
+class UniquenessProof {
+public:
+    /// How much worse every other assignment has to be. Half a million times the rounding unit of
+    /// the forbidden cost, so that no order of additions in a solver can hide the difference.
+    static constexpr double clearMargin = 1e-6;
+
+    /// @param cost cost of a pair that is not forbidden
+    /// @return whether the proof can cope with it: clearly better than forbidden, and of a size at
+    ///         which the margin stands above the rounding
+    static bool admits(double cost) {
+        return cost >= -forbiddenCost && cost <= forbiddenCost - clearMargin;
+    }
+
+    /// @param costs the problem
+    /// @param solved its assignment and prices
+    /// @return whether the proof holds
+    bool holds(const SparseCosts& costs, const PricedAssignment& solved);
+
+private:
+    static bool columnPricesAreOptimal(const PricedAssignment& solved);
+    bool inspectRow(const SparseCosts::Row& cells, const PricedAssignment& solved, std::size_t row);
+    bool hasTightCycle(const PricedAssignment& solved);
+
+    /// Moves that leave nearly nothing, row after row: a row goes to the column of the named row,
+    /// which has to move on. What is left over counts as one more row: rows leave the assignment,
+    /// and columns become free, through it.
+    std::vector<std::size_t> moves;
+    std::vector<std::size_t> firstMove;  ///< of each row in `moves`
+    std::vector<int> movesInto;          ///< how many of `moves` lead to each row
+    std::vector<std::size_t> settled;    ///< rows that no chain of moves leads back to
+};
+
+}  // namespace Veskar

@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: Apache-2.0
+// Which frames are fused and when, and what of them stays outside.
+#include <veskar/FusionModule.h>
+
+#include "fusion/FusionModuleState.h"
+#include "fusion/ReportFault.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <utility>
+
+#include <syslog.h>
+
+namespace Veskar {
+namespace {
+
+using Tracks = std::vector<std::shared_ptr<Track>>;
+
+/// How far radar may run ahead of video, seconds.
+constexpr double radarLead = 0.1;
+/// How many radar frames may wait.
+constexpr std::size_t longestQueue = 1000;
+/// How long a radar frame waits before the host is asked about its clocks, seconds.
+constexpr double suspiciousWait = 60.0;
+
+double toSeconds(std::chrono::nanoseconds time) {
+    const auto whole = std::chrono::duration_cast<std::chrono::microseconds>(time);
+    return static_cast<double>(whole.count()) / 1e6;
+}
+
+/// What a frame's reports are like.
+struct Inspection {
+    int notFinite = 0;
+    int cannotBeFused = 0;
+    bool hasZeroGain = false;  ///< of a report without a fault
+};
+
+Inspection inspect(const Tracks& tracks, double timestamp) {
+    Inspection found;
+    for (const std::shared_ptr<Track>& pointer : tracks) {
+        const Track& report = *pointer;
+        switch (faultOf(report, timestamp)) {
+            case ReportFault::None:
+                found.hasZeroGain |= report.probability == 0.0;
+                break;
+            case ReportFault::NotFinite:
+                ++found.notFinite;
+                break;
+            case ReportFault::CannotBeFused:
+                ++found.cannotBeFused;
+                break;
+        }
+    }
+    return found;
+}
+
+Tracks withoutFaults(const Tracks& tracks, double timestamp) {
+    Tracks sound;
+    std::copy_if(tracks.begin(), tracks.end(), std::back_inserter(sound),
+                 [timestamp](const std::shared_ptr<Track>& report) {
+                     return faultOf(*report, timestamp) == ReportFault::None;
+                 });
+    return sound;
+}
+
+}  // namespace
+
+void FusionModule::cycle(Source source, double timestamp, const Tracks& tracks) {
+    const double now = toSeconds(clock());
+    if (source != VideoObject && source != Radar) {
+        return;
+    }
+    if (!std::isfinite(timestamp)) {
+        syslog(LOG_ERR, "FusionModule: Ignored a frame with a time stamp that is not finite\n");
+        return;
+    }
+    const Inspection found = inspect(tracks, timestamp);
+    if (found.notFinite > 0) {
+        syslog(LOG_ERR, "FusionModule: Left out %d tracks that are not finite\n", found.notFinite);
+    }
+    if (found.cannotBeFused > 0) {
+        syslog(LOG_ERR, "FusionModule: Left out %d tracks that cannot be fused\n",
+               found.cannotBeFused);
+    }
+    if (found.hasZeroGain && arrivals->zeroGain.allows(now)) {
+        syslog(LOG_WARNING,
+               "FusionModule: A track with probability 0 makes that of its system track NaN for "
+               "good; set Track::probability to the gain of the report\n");
+    }
+    if (found.notFinite + found.cannotBeFused == 0) {
+        admit(source, timestamp, tracks, now);
+    } else {
+        admit(source, timestamp, withoutFaults(tracks, timestamp), now);
+    }
+}
+
+/// Keeps a frame far from the others in time until the next one tells what it is worth.
+void FusionModule::admit(Source source, double timestamp, const Tracks& tracks, double now) {
+    const auto previous = std::exchange(arrivals->heldBack, std::nullopt);
+    const TimeBase::Verdict verdict = arrivals->timeBase.judge(timestamp);
+    if (verdict == TimeBase::Verdict::HoldBack) {
+        syslog(LOG_ERR, "FusionModule: Held back a frame far from the others in time\n");
+        arrivals->heldBack = {source, timestamp, tracks};
+        return;
+    }
+    if (verdict == TimeBase::Verdict::Restart && previous) {
+        syslog(LOG_ERR, "FusionModule: Restarted on a new time base\n");
+        clear();
+        radarFrameQueue.clear();
+        lastVideoTimestamp = 0.0;
+        arrivals->lastTimestamps.clear();
+        deliver(previous->source, previous->timestamp, previous->tracks, now);
+    }
+    deliver(source, timestamp, tracks, now);
+}
+
+void FusionModule::deliver(Source source, double timestamp, const Tracks& tracks, double now) {
+    const auto [last, isFirst] = arrivals->lastTimestamps.try_emplace(source, timestamp);
+    if (timestamp < last->second && arrivals->olderFrame.allows(now)) {
+        syslog(LOG_WARNING, "FusionModule: A %s frame is older than the one before it\n",
+               source == VideoObject ? "video" : "radar");
+    }
+    last->second = timestamp;
+
+    if (source == VideoObject) {
+        // No step of the frame reads it, and video time goes on when the frame fails.
+        lastVideoTimestamp = timestamp;
+        cycleFrame(VideoObject, timestamp, tracks);
+    } else {
+        radarFrameQueue.push_back({timestamp, tracks, now});
+        drainRadarQueue(now);
+        watchRadarQueue(now);
+    }
+}
+
+/// Strictly first in, first out: a frame that must wait holds up those behind it.
+void FusionModule::drainRadarQueue(double now) {
+    while (!radarFrameQueue.empty() && now - radarFrameQueue.front().timestamp > radarMaxWait) {
+        fuseOldestRadarFrame();
+    }
+    while (!radarFrameQueue.empty() &&
+           radarFrameQueue.front().timestamp < lastVideoTimestamp + radarLead) {
+        fuseOldestRadarFrame();
+    }
+}
+
+/// Takes the frame off the queue first: one that fails is never tried again.
+void FusionModule::fuseOldestRadarFrame() {
+    const CycleFrame frame = std::move(radarFrameQueue.front());
+    radarFrameQueue.pop_front();
+    cycleFrame(Radar, frame.timestamp, frame.tracks);
+}
+
+/// Looks at what the drain has left: those frames wait for a time that may never come.
+void FusionModule::watchRadarQueue(double now) {
+    if (radarFrameQueue.size() > longestQueue) {
+        radarFrameQueue.pop_front();
+        if (arrivals->radarDropped.allows(now)) {
+            syslog(LOG_ERR, "FusionModule: Dropped radar frames that waited too long\n");
+        }
+    }
+    if (!radarFrameQueue.empty() && now - radarFrameQueue.front().arrival > suspiciousWait &&
+        arrivals->radarWaits.allows(now)) {
+        syslog(LOG_WARNING,
+               "FusionModule: Radar frames have waited for video time for more than a minute; is "
+               "radar stamped in UNIX time and video in uptime?\n");
+    }
+}
+
+}  // namespace Veskar

@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: Apache-2.0
+// How system tracks are born, confirmed, merged and deleted.
+#include <veskar/FusionModule.h>
+
+#include "fusion/Explanation.h"
+#include "fusion/FusionModuleState.h"
+#include "fusion/SystemTracks.h"
+
+#include <utility>
+
+namespace Veskar {
+namespace {
+
+/// Two sensors that agree need less probability than one alone.
+bool deservesConfirmation(const SystemTrack& systemTrack, const Config::ModuleConfig& limits) {
+    const double probability = systemTrack.getTrackProbability();
+    return limits.systemTrackConfirmationLimitUpper < probability ||
+           (isFused(systemTrack) && limits.systemTrackConfirmationLimitLower < probability);
+}
+
+bool isEmpty(const SystemTrack& systemTrack) {
+    return !systemTrack.hasTracks(VideoObject) && !systemTrack.hasTracks(Radar);
+}
+
+bool hasSingleRadarTrackOnly(const SystemTrack& systemTrack) {
+    return systemTrack.hasTracks(Radar) && !systemTrack.hasTracks(VideoObject) &&
+           systemTrack.getSensorTracks(Radar).size() == 1;
+}
+
+void tellConfirmation(FusionObserver& observer, const SystemTrack& systemTrack,
+                      const Config::ModuleConfig& limits) {
+    const double probability = systemTrack.getTrackProbability();
+    const double upper = limits.systemTrackConfirmationLimitUpper;
+    observer.onConfirmation(systemTrack.id, probability,
+                            upper < probability ? upper : limits.systemTrackConfirmationLimitLower);
+}
+
+template <typename Predicate>
+void tellDeletions(FusionObserver& observer,
+                   const std::vector<std::shared_ptr<SystemTrack>>& systemTracks,
+                   Predicate isDeleted, FusionObserver::DeletionReason reason) {
+    for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
+        if (isDeleted(*systemTrack)) {
+            observer.onDeletion(systemTrack->id, reason);
+        }
+    }
+}
+
+}  // namespace
+
+/// Does what initialize would do for each track, but looks once for all at what is held.
+void FusionModule::startSystemTracks(const std::vector<std::shared_ptr<Track>>& tracks) {
+    Occupancy& occupancy = workspace->occupancy;
+    occupancy.start(systemTracks);
+    IdSet& startedIds = workspace->startedIds;
+    startedIds.clear();
+    for (const std::shared_ptr<Track>& track : tracks) {
+        if (occupancy.holds(*track)) {
+            continue;
+        }
+        if (startedIds.contains(track->id)) {
+            initialize(track);  // a second report: this frame may have started its system track
+        } else {
+            startedIds.insert(track->id);
+            startSystemTrack(track);
+        }
+    }
+}
+
+void FusionModule::initialize(std::shared_ptr<Track> track) {
+    if (!associator.isOccupied(*track, systemTracks)) {
+        startSystemTrack(std::move(track));
+    }
+}
+
+void FusionModule::startSystemTrack(std::shared_ptr<Track> track) {
+    if (config.module.removeClassMismatches && excludedTrackIds.count(track->id) > 0) {
+        return;
+    }
+    const Track& report = *track;
+    systemTracks.push_back(
+        std::make_shared<SystemTrack>(std::move(track), ObjectIdGenerator::instance->next()));
+    takeLabels(*systemTracks.back(), report);
+    if (observer != nullptr) {
+        observer->onStart({systemTracks.back()->id, report.source, report.id});
+    }
+}
+
+void FusionModule::management() {
+    for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
+        if (deservesConfirmation(*systemTrack, config.module)) {
+            if (observer != nullptr && !systemTrack->isConfirmed) {
+                tellConfirmation(*observer, *systemTrack, config.module);
+            }
+            systemTrack->isConfirmed = true;
+        }
+        if (observer != nullptr) {
+            Explanation(config.module, associator, *observer).prune(*systemTrack);
+        } else {
+            systemTrack->prune();
+        }
+        systemTrack->updateIsConfident();
+    }
+    if (observer != nullptr) {
+        tellDeletions(*observer, systemTracks, isEmpty,
+                      FusionObserver::DeletionReason::NoSensorTracks);
+    }
+    eraseIf(systemTracks, isEmpty);
+    if (config.module.allowRadarToMultiple) {
+        eraseRadarCopies();
+    }
+    excludedTrackIds.clear();
+}
+
+/// A radar track that may feed several system tracks leaves a radar-only one beside the fused ones.
+void FusionModule::eraseRadarCopies() {
+    IdSet& sharedRadarIds = workspace->sharedRadarIds;
+    sharedRadarIds.clear();
+    for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
+        if (isFused(*systemTrack)) {
+            for (const auto& [id, radarTrack] : systemTrack->getSensorTracks(Radar)) {
+                sharedRadarIds.insert(id);
+            }
+        }
+    }
+
+    IdSet& copies = workspace->copies;
+    copies.clear();
+    for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
+        if (hasSingleRadarTrackOnly(*systemTrack) &&
+            sharedRadarIds.contains(systemTrack->getSensorTracks(Radar).begin()->first)) {
+            copies.insert(systemTrack->id);
+        }
+    }
+    const auto isCopy = [&copies](const SystemTrack& systemTrack) {
+        return copies.contains(systemTrack.id);
+    };
+    if (observer != nullptr) {
+        tellDeletions(*observer, systemTracks, isCopy, FusionObserver::DeletionReason::RadarCopy);
+    }
+    eraseIf(systemTracks, isCopy);
+}
+
+/// Only one sensor track moves over, preferably the video one, which carries the labels.
+void FusionModule::merge(SystemTrack& target, SystemTrack& other) {
+    const Source source = other.hasTracks(VideoObject) ? VideoObject : Radar;
+    fuseReport(target, other.getSensorTracks(source).begin()->second);
+}
+
+}  // namespace Veskar

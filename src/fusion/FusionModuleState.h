@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the fusion module keeps from frame to frame beside its tracks.
+#pragma once
+
+#include <veskar/FusionModule.h>
+
+#include "association/Occupancy.h"
+#include "fusion/IdSet.h"
+#include "fusion/LogLimit.h"
+#include "fusion/ReportIndex.h"
+#include "fusion/TimeBase.h"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <unordered_set>
+#include <vector>
+
+namespace Veskar {
+
+/// What FusionModule::cycle remembers of the frames that have arrived.
+struct FusionModule::Arrivals {
+    /// A frame that waits for the next one to tell what it is worth.
+    struct Frame {
+        Source source;
+        double timestamp;  ///< seconds
+        std::vector<std::shared_ptr<Track>> tracks;
+    };
+
+    TimeBase timeBase;
+    std::optional<Frame> heldBack;
+    std::map<Source, double> lastTimestamps;  ///< of the last accepted frame of each source
+
+    LogLimit zeroGain;
+    LogLimit olderFrame;
+    LogLimit radarWaits;
+    LogLimit radarDropped;
+};
+
+/// Working memory of a frame, kept so that a warm module allocates little.
+struct FusionModule::Workspace {
+    ReportIndex reports;                          ///< the frame's sensor tracks
+    std::vector<int> refusedSensorTracks;         ///< ids that one system track shall let go
+    std::unordered_set<int> refusedSystemTracks;  ///< ids of those with a report outside the gate
+    std::vector<const SystemTrack*> mergedAway;   ///< what this frame has folded into others
+    std::vector<const SystemTrack*> marked;       ///< what this frame has supported
+    Occupancy occupancy;                          ///< sensor tracks that system tracks hold
+    IdSet startedIds;                             ///< sensor tracks that may have started one
+    IdSet sharedRadarIds;                         ///< radar tracks of the fused system tracks
+    IdSet copies;                                 ///< system tracks that repeat one of those
+};
+
+}  // namespace Veskar

@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: Apache-2.0
+// How a frame's sensor tracks come into the system tracks.
+#include <veskar/FusionModule.h>
+
+#include "fusion/Explanation.h"
+#include "fusion/FusionModuleState.h"
+#include "fusion/SystemTracks.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <functional>
+
+namespace Veskar {
+namespace {
+
+/// The element that an association names.
+template <typename T>
+const T& elementAt(const std::vector<T>& elements, int index) {
+    return elements[static_cast<std::size_t>(index)];
+}
+
+/// The gain of a frame that brings nothing for a system track with coasting tracks of its source.
+double gainOfMiss(const Config::GainNegative& gains, Source source) {
+    switch (source) {
+        case VideoObject:
+            return gains.video;
+        case Radar:
+            return gains.radar;
+        default:
+            return 1.0;
+    }
+}
+
+}  // namespace
+
+void FusionModule::update(Source source, const std::vector<std::shared_ptr<Track>>& tracks) {
+    workspace->refusedSystemTracks.clear();
+    workspace->marked.clear();
+
+    continueTracks(source, tracks);
+    if (source == Radar) {
+        mergeSystemTracks();
+    }
+    associateTracks(source, tracks);
+    stepUnmarked(source);
+}
+
+/// Marks also the system tracks whose sensor track has no report in this frame.
+void FusionModule::continueTracks(Source source,
+                                  const std::vector<std::shared_ptr<Track>>& tracks) {
+    workspace->reports.assign(tracks);
+    for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
+        SystemTrack& systemTrack = *pointer;
+        if (!systemTrack.hasTracks(source)) {
+            continue;
+        }
+        continueSystemTrack(systemTrack, source);
+        if (systemTrack.hasTracks(source)) {
+            workspace->marked.push_back(&systemTrack);
+        }
+    }
+}
+
+/// Only a system track backed by radar and video can do without one of them, so only there does the
+/// gate cut. A refused report still counts before its sensor track leaves.
+void FusionModule::continueSystemTrack(SystemTrack& systemTrack, Source source) {
+    const bool mayRefuse = isFused(systemTrack);
+    std::vector<int>& refused = workspace->refusedSensorTracks;
+    refused.clear();
+    for (const auto& [id, previous] : systemTrack.getSensorTracks(source)) {
+        const std::shared_ptr<Track>* report = workspace->reports.find(id);
+        if (report == nullptr) {
+            continue;
+        }
+        const bool isRefused = mayRefuse && refusesReport(systemTrack, **report, source);
+        if (isRefused) {
+            refused.push_back(id);
+        }
+        if (observer != nullptr) {
+            Explanation(config.module, associator, *observer)
+                .continuation(systemTrack, **report, isRefused);
+        }
+        fuseReport(systemTrack, *report);
+    }
+    for (const int id : refused) {
+        if (observer != nullptr) {
+            const double coasting = systemTrack.getSensorTracks(source).at(id)->coastingTime;
+            observer->onPruning({systemTrack.id, source, id, coasting});
+        }
+        systemTrack.pruneSensorTracksByIdx(source, id);
+    }
+}
+
+bool FusionModule::refusesReport(const SystemTrack& systemTrack, const Track& report,
+                                 Source source) {
+    if (!associator.checkGating(systemTrack, report).passed) {
+        workspace->refusedSystemTracks.insert(systemTrack.id);
+        return true;
+    }
+    return config.module.removeClassMismatches &&
+           !associator.haveMatchingClasses(systemTrack, report, source);
+}
+
+void FusionModule::mergeSystemTracks() {
+    if (systemTracks.size() < 2) {
+        return;
+    }
+    if (observer != nullptr) {
+        Explanation(config.module, associator, *observer)
+            .mergeCandidates(systemTracks, workspace->refusedSystemTracks);
+    }
+    std::vector<const SystemTrack*>& mergedAway = workspace->mergedAway;
+    mergedAway.clear();
+    const auto isMergedAway = [&mergedAway](const SystemTrack& systemTrack) {
+        return std::find(mergedAway.begin(), mergedAway.end(), &systemTrack) != mergedAway.end();
+    };
+    // A pair can come in both orientations: then the first one counts.
+    for (const auto& [row, col] :
+         associator.systemToSystemAssociation(systemTracks, workspace->refusedSystemTracks)) {
+        SystemTrack& survivor = *elementAt(systemTracks, row);
+        SystemTrack& other = *elementAt(systemTracks, col);
+        if (!isMergedAway(survivor) && !isMergedAway(other)) {
+            if (observer != nullptr) {
+                observer->onMerge(survivor.id, other.id);
+                observer->onDeletion(other.id, FusionObserver::DeletionReason::Merged);
+            }
+            merge(survivor, other);
+            mergedAway.push_back(&other);
+        }
+    }
+    eraseIf(systemTracks, isMergedAway);
+}
+
+void FusionModule::associateTracks(Source source,
+                                   const std::vector<std::shared_ptr<Track>>& tracks) {
+    if (systemTracks.empty() || tracks.empty()) {
+        return;
+    }
+    if (observer != nullptr) {
+        Explanation(config.module, associator, *observer).candidates(tracks, systemTracks, source);
+    }
+    for (const auto& [systemIndex, sensorIndex] :
+         associator.sensorToSystemAssociation(tracks, systemTracks, source, excludedTrackIds)) {
+        SystemTrack& systemTrack = *elementAt(systemTracks, systemIndex);
+        const std::shared_ptr<Track>& track = elementAt(tracks, sensorIndex);
+        if (!systemTrack.hasTracks(track->source)) {
+            if (observer != nullptr) {
+                observer->onAssignment({systemTrack.id, track->source, track->id});
+            }
+            fuseReport(systemTrack, track);
+            workspace->marked.push_back(&systemTrack);
+        }
+    }
+}
+
+/// A gain of 1 changes nothing but lets the last posteriors run through the probability's history.
+void FusionModule::stepUnmarked(Source source) {
+    std::vector<const SystemTrack*>& marked = workspace->marked;
+    std::sort(marked.begin(), marked.end(), std::less<>());
+    for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
+        SystemTrack& systemTrack = *pointer;
+        if (std::binary_search(marked.begin(), marked.end(), &systemTrack, std::less<>())) {
+            continue;
+        }
+        systemTrack.updateTrackProbability(systemTrack.hasCoastingTracks(source)
+                                               ? gainOfMiss(config.module.gainNegative, source)
+                                               : 1.0);
+    }
+}
+
+}  // namespace Veskar
