@@ -47,16 +47,16 @@ public:
 
     /// A frame is about to be fused; everything up to the next one belongs to it.
     struct Frame {
-        Source source = VideoObject;   ///< the sensor
-        double timestamp = 0.0;        ///< of the frame, seconds
-        std::size_t sensorTracks = 0;  ///< tracks in the frame
-        std::size_t systemTracks = 0;  ///< system tracks before it
+        Source source = Source::VideoObject;  ///< the sensor
+        double timestamp = 0.0;               ///< of the frame, seconds
+        std::size_t sensorTracks = 0;         ///< tracks in the frame
+        std::size_t systemTracks = 0;         ///< system tracks before it
     };
 
     /// A sensor track that a system track holds has reported again.
     struct Continuation {
         int systemTrackId = 0;                                  ///< the system track
-        Source source = VideoObject;                            ///< source of the sensor track
+        Source source = Source::VideoObject;                    ///< source of the sensor track
         int sensorTrackId = 0;                                  ///< the sensor track
         Gate gate;                                              ///< of the new report
         ClassVerdict classVerdict = ClassVerdict::NotCompared;  ///< of the new report
@@ -69,7 +69,7 @@ public:
     /// of its source.
     struct Candidate {
         int systemTrackId = 0;                                  ///< the system track
-        Source source = VideoObject;                            ///< source of the sensor track
+        Source source = Source::VideoObject;                    ///< source of the sensor track
         int sensorTrackId = 0;                                  ///< the sensor track
         Gate gate;                                              ///< of the pair
         ClassVerdict classVerdict = ClassVerdict::NotCompared;  ///< of the pair
@@ -89,17 +89,17 @@ public:
 
     /// A sensor track and a system track belong together from now on.
     struct Link {
-        int systemTrackId = 0;        ///< the system track
-        Source source = VideoObject;  ///< source of the sensor track
-        int sensorTrackId = 0;        ///< the sensor track
+        int systemTrackId = 0;                ///< the system track
+        Source source = Source::VideoObject;  ///< source of the sensor track
+        int sensorTrackId = 0;                ///< the sensor track
     };
 
     /// A sensor track has left a system track.
     struct Pruning {
-        int systemTrackId = 0;        ///< the system track
-        Source source = VideoObject;  ///< source of the sensor track
-        int sensorTrackId = 0;        ///< the sensor track
-        double coastingTime = 0.0;    ///< seconds without a report; 0 when its report was refused
+        int systemTrackId = 0;                ///< the system track
+        Source source = Source::VideoObject;  ///< source of the sensor track
+        int sensorTrackId = 0;                ///< the sensor track
+        double coastingTime = 0.0;  ///< seconds without a report; 0 when its report was refused
     };
 
     /// Why a system track has ended.

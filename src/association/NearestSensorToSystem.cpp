@@ -13,10 +13,10 @@ void NearestSensorToSystem::associate(const SensorTracks& sensors, const SystemT
     // On purpose only video is given to the nearest while radar may be shared.
     const bool givesToNearest = !config.allowRadarToMultiple || source == Source::VideoObject;
     bool gathered = false;
-    occupancy.start(systems);
+    heldTracks.start(systems);
     for (std::size_t j = 0; j < sensors.size(); ++j) {
         const Track& sensor = *sensors[j];
-        const bool held = occupancy.holds(sensor);
+        const bool held = heldTracks.holds(sensor);
         if (!shares && (held || !givesToNearest)) {
             continue;
         }

@@ -6,8 +6,8 @@
 #include <veskar/SystemTrack.h>
 #include <veskar/Track.h>
 
-#include "association/Occupancy.h"
-#include "gating/FarPairs.h"
+#include "association/HeldTracks.h"
+#include "gating/CoarseGate.h"
 #include "gating/Gate.h"
 
 #include <memory>
@@ -55,7 +55,7 @@ private:
     const Gate& gate;
     std::vector<Place> places;
     NearSearch search;  ///< over `places`
-    Occupancy occupancy;
+    HeldTracks heldTracks;
 };
 
 }  // namespace Veskar

@@ -21,7 +21,7 @@ void SensorToSystem::start(const SystemTracks& systems, const SensorTracks& sens
     hasCandidates = false;
     heldGathered = false;
     if (std::any_of(rows.begin(), rows.end(), [](const Row& row) { return row.open; })) {
-        occupancy.start(systems);
+        heldTracks.start(systems);
         findAvailable(source);
     }
 }
@@ -36,7 +36,7 @@ SensorToSystem::Row SensorToSystem::makeRow(const SystemTrack& track, Source sou
 void SensorToSystem::findAvailable(Source source) {
     const bool shared = source == Source::Radar && config.allowRadarToMultiple;
     for (Col& col : cols) {
-        col.available = !occupancy.holds(*col.track) || shared;
+        col.available = !heldTracks.holds(*col.track) || shared;
         hasCandidates = hasCandidates || col.available;
     }
 }
@@ -61,7 +61,7 @@ void SensorToSystem::findAllowedPairs(SparseCosts& pairs, std::unordered_set<int
     }
     for (const Row& row : rows) {
         const bool takes = row.open && hasCandidates;
-        if (takes || (config.removeClassMismatches && mayGiveUp(row))) {
+        if (takes || (config.removeClassMismatches && mayFindMismatches(row))) {
             const GateSide side = gate.sideOf(*row.track);
             if (takes) {
                 fillRow(side, pairs);
@@ -71,7 +71,7 @@ void SensorToSystem::findAllowedPairs(SparseCosts& pairs, std::unordered_set<int
         pairs.endRows(1);
     }
     for (const Col& col : cols) {
-        if (col.givenUp) {
+        if (col.mismatched) {
             removedIds.insert(col.track->id);
         }
     }
@@ -93,7 +93,7 @@ void SensorToSystem::inspectClasses() {
 }
 
 /// Whether a row meets both, columns of its class group and others.
-bool SensorToSystem::mayGiveUp(const Row& row) const {
+bool SensorToSystem::mayFindMismatches(const Row& row) const {
     if (row.other == nullptr || row.otherClass.group == ClassTraits::noGroup) {
         return false;
     }
@@ -145,7 +145,7 @@ void SensorToSystem::enforceClasses(const Row& row, const GateSide& side, Sparse
     pairs.dropIf([&](int col) { return !agrees(row, cols[col].traits); });
     if (config.removeClassMismatches) {
         for (const std::size_t col : mismatches) {
-            cols[col].givenUp = true;
+            cols[col].mismatched = true;
         }
     }
 }

@@ -8,9 +8,9 @@
 
 #include "assignment/IntIndexed.h"
 #include "assignment/SparseCosts.h"
-#include "association/Occupancy.h"
+#include "association/HeldTracks.h"
 #include "gating/ClassTraits.h"
-#include "gating/FarPairs.h"
+#include "gating/CoarseGate.h"
 #include "gating/Gate.h"
 
 #include <memory>
@@ -47,7 +47,7 @@ public:
     /// @throw std::out_of_range as TrackAssociator::isOccupied
     void start(const SystemTracks& systems, const SensorTracks& sensors, const Source& source);
 
-    /// Finds the pairs that may be assigned as far as sources, occupancy and gate have a say.
+    /// Finds the pairs that may be assigned as far as sources, held tracks and gate have a say.
     /// @param pairs receives them
     void findCandidates(SparseCosts& pairs);
     /// Finds the pairs that may be assigned.
@@ -71,8 +71,8 @@ private:
     };
     struct Col {
         const Track* track;
-        bool available;  ///< may go to an open row
-        bool givenUp;    ///< was given up inside a gate
+        bool available;   ///< may go to an open row
+        bool mismatched;  ///< of another class than a system track that has it inside its gate
         ClassTraits traits;
     };
     /// Some of the columns, as the gate sees them.
@@ -91,7 +91,7 @@ private:
     }
     void findAvailable(Source source);
     void inspectClasses();
-    bool mayGiveUp(const Row& row) const;
+    bool mayFindMismatches(const Row& row) const;
     void gather(bool available, GateCols& list);
     template <typename Visit>
     void visitInGate(const GateSide& side, const GateCols& list, Visit visit) const;
@@ -112,7 +112,7 @@ private:
     bool heldGathered = false;
     std::vector<std::size_t> mismatches;  ///< columns inside the gate of the row at hand
     IntIndexed<std::size_t> groupSizes;   ///< columns of each class group
-    Occupancy occupancy;
+    HeldTracks heldTracks;
 };
 
 }  // namespace Veskar

@@ -5,7 +5,7 @@
 #include <veskar/SystemTrack.h>
 
 #include "assignment/SparseCosts.h"
-#include "gating/FarPairs.h"
+#include "gating/CoarseGate.h"
 #include "gating/Gate.h"
 
 #include <memory>

@@ -62,19 +62,19 @@ void AutocalibrationHandler::handleSystemTrack(
     const SystemTrack& systemTrack, const std::vector<std::shared_ptr<Track>>& videoTracks,
     CalibrationPayload& payload) const {
     const Config::ModuleConfig& limits = config.module;
-    if (!systemTrack.hasTracks(VideoObject) || !systemTrack.hasTracks(Radar)) {
+    if (!systemTrack.hasTracks(Source::VideoObject) || !systemTrack.hasTracks(Source::Radar)) {
         return;
     }
     const double age = systemTrack.time - systemTrack.systemStartTime;
     if (!(age >= limits.autocalibrationAgeLimit)) {  // nor when it is not a number
         return;
     }
-    if (systemTrack.hasCoastingTracks(Radar) ||
-        systemTrack.hasCoastingTracksTooLong(VideoObject,
+    if (systemTrack.hasCoastingTracks(Source::Radar) ||
+        systemTrack.hasCoastingTracksTooLong(Source::VideoObject,
                                              limits.autocalibrationVideoCoastingLimit)) {
         return;
     }
-    const Track& video = *firstTrack(systemTrack, VideoObject);
+    const Track& video = *firstTrack(systemTrack, Source::VideoObject);
     const Eigen::Vector4d& box = video.boundingBox;
     if (touchesEdge(box, limits.autocalibrationEdgeLimit)) {
         return;
@@ -91,7 +91,7 @@ void AutocalibrationHandler::handleSystemTrack(
     if (std::any_of(videoTracks.begin(), videoTracks.end(), isNear)) {
         return;
     }
-    const Track& radar = *firstTrack(systemTrack, Radar);
+    const Track& radar = *firstTrack(systemTrack, Source::Radar);
     payload.data.push_back({video.state(0), video.state(2), radar.id, radar.state(4)});
 }
 

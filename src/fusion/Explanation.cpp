@@ -29,8 +29,8 @@ std::vector<std::vector<bool>> allowedPairs(TrackAssociator& associator,
 
 /// Whether two system tracks can be one object at all: each has one sensor, and not the same.
 bool complement(const SystemTrack& a, const SystemTrack& b) {
-    return !isFused(a) && !isFused(b) && a.hasTracks(Radar) != b.hasTracks(Radar) &&
-           a.hasTracks(VideoObject) != b.hasTracks(VideoObject);
+    return !isFused(a) && !isFused(b) && a.hasTracks(Source::Radar) != b.hasTracks(Source::Radar) &&
+           a.hasTracks(Source::VideoObject) != b.hasTracks(Source::VideoObject);
 }
 
 }  // namespace
@@ -66,7 +66,8 @@ FusionObserver::Gate Explanation::gateOf(const Track& a, const Track& b) {
 
 FusionObserver::ClassVerdict Explanation::classesOf(const SystemTrack& systemTrack,
                                                     const Track& track) {
-    if (!systemTrack.hasTracks(track.source == Radar ? VideoObject : Radar)) {
+    if (!systemTrack.hasTracks(track.source == Source::Radar ? Source::VideoObject
+                                                             : Source::Radar)) {
         return ClassVerdict::NotCompared;
     }
     return associator.haveMatchingClasses(systemTrack, track, track.source)
@@ -83,7 +84,7 @@ void Explanation::candidates(const Tracks& tracks, const SystemTracks& systemTra
                              Source source) {
     // The greedy assignment knows no classes.
     const auto allowed = allowedPairs(associator, tracks, systemTracks, source, config.useJVA);
-    const bool mayShare = source == Radar && config.allowRadarToMultiple;
+    const bool mayShare = source == Source::Radar && config.allowRadarToMultiple;
     std::vector<bool> isOpen;
     for (const std::shared_ptr<Track>& track : tracks) {
         isOpen.push_back(mayShare || !associator.isOccupied(*track, systemTracks));

@@ -81,7 +81,7 @@ void FusionModule::predictTracks(double timestamp) {
         SystemTrack& systemTrack = *pointer;
         systemTrack.predict(timestamp);
     }
-    for (const Source source : {Radar, VideoObject}) {
+    for (const Source source : {Source::Radar, Source::VideoObject}) {
         for (const std::shared_ptr<Track>& track : lastSensorTracks[source]) {
             if (track->time < timestamp) {
                 track->predict(timestamp);
@@ -106,8 +106,8 @@ bool FusionModule::trackedOdHasMotion(int id, double u, double v) {
 }
 
 void FusionModule::handleAutocalibration(const Source& source, double timestamp) {
-    if (source == Radar) {
-        autocalibrationHandler.handleUpdate(systemTracks, lastSensorTracks[VideoObject],
+    if (source == Source::Radar) {
+        autocalibrationHandler.handleUpdate(systemTracks, lastSensorTracks[Source::VideoObject],
                                             toNanoseconds(timestamp));
     }
 }

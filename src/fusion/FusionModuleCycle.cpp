@@ -68,7 +68,7 @@ Tracks withoutFaults(const Tracks& tracks, double timestamp) {
 
 void FusionModule::cycle(Source source, double timestamp, const Tracks& tracks) {
     const double now = toSeconds(clock());
-    if (source != VideoObject && source != Radar) {
+    if (source != Source::VideoObject && source != Source::Radar) {
         return;
     }
     if (!std::isfinite(timestamp)) {
@@ -119,14 +119,14 @@ void FusionModule::deliver(Source source, double timestamp, const Tracks& tracks
     const auto [last, isFirst] = arrivals->lastTimestamps.try_emplace(source, timestamp);
     if (timestamp < last->second && arrivals->olderFrame.allows(now)) {
         syslog(LOG_WARNING, "FusionModule: A %s frame is older than the one before it\n",
-               source == VideoObject ? "video" : "radar");
+               source == Source::VideoObject ? "video" : "radar");
     }
     last->second = timestamp;
 
-    if (source == VideoObject) {
+    if (source == Source::VideoObject) {
         // No step of the frame reads it, and video time goes on when the frame fails.
         lastVideoTimestamp = timestamp;
-        cycleFrame(VideoObject, timestamp, tracks);
+        cycleFrame(Source::VideoObject, timestamp, tracks);
     } else {
         radarFrameQueue.push_back({timestamp, tracks, now});
         drainRadarQueue(now);
@@ -149,7 +149,7 @@ void FusionModule::drainRadarQueue(double now) {
 void FusionModule::fuseOldestRadarFrame() {
     const CycleFrame frame = std::move(radarFrameQueue.front());
     radarFrameQueue.pop_front();
-    cycleFrame(Radar, frame.timestamp, frame.tracks);
+    cycleFrame(Source::Radar, frame.timestamp, frame.tracks);
 }
 
 /// Looks at what the drain has left: those frames wait for a time that may never come.

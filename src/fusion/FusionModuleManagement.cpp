@@ -19,12 +19,12 @@ bool deservesConfirmation(const SystemTrack& systemTrack, const Config::ModuleCo
 }
 
 bool isEmpty(const SystemTrack& systemTrack) {
-    return !systemTrack.hasTracks(VideoObject) && !systemTrack.hasTracks(Radar);
+    return !systemTrack.hasTracks(Source::VideoObject) && !systemTrack.hasTracks(Source::Radar);
 }
 
 bool hasSingleRadarTrackOnly(const SystemTrack& systemTrack) {
-    return systemTrack.hasTracks(Radar) && !systemTrack.hasTracks(VideoObject) &&
-           systemTrack.getSensorTracks(Radar).size() == 1;
+    return systemTrack.hasTracks(Source::Radar) && !systemTrack.hasTracks(Source::VideoObject) &&
+           systemTrack.getSensorTracks(Source::Radar).size() == 1;
 }
 
 void tellConfirmation(FusionObserver& observer, const SystemTrack& systemTrack,
@@ -50,12 +50,12 @@ void tellDeletions(FusionObserver& observer,
 
 /// Does what initialize would do for each track, but looks once for all at what is held.
 void FusionModule::startSystemTracks(const std::vector<std::shared_ptr<Track>>& tracks) {
-    Occupancy& occupancy = workspace->occupancy;
-    occupancy.start(systemTracks);
+    HeldTracks& heldTracks = workspace->heldTracks;
+    heldTracks.start(systemTracks);
     IdSet& startedIds = workspace->startedIds;
     startedIds.clear();
     for (const std::shared_ptr<Track>& track : tracks) {
-        if (occupancy.holds(*track)) {
+        if (heldTracks.holds(*track)) {
             continue;
         }
         if (startedIds.contains(track->id)) {
@@ -118,7 +118,7 @@ void FusionModule::eraseRadarCopies() {
     sharedRadarIds.clear();
     for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
         if (isFused(*systemTrack)) {
-            for (const auto& [id, radarTrack] : systemTrack->getSensorTracks(Radar)) {
+            for (const auto& [id, radarTrack] : systemTrack->getSensorTracks(Source::Radar)) {
                 sharedRadarIds.insert(id);
             }
         }
@@ -128,7 +128,7 @@ void FusionModule::eraseRadarCopies() {
     copies.clear();
     for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
         if (hasSingleRadarTrackOnly(*systemTrack) &&
-            sharedRadarIds.contains(systemTrack->getSensorTracks(Radar).begin()->first)) {
+            sharedRadarIds.contains(systemTrack->getSensorTracks(Source::Radar).begin()->first)) {
             copies.insert(systemTrack->id);
         }
     }
@@ -143,7 +143,8 @@ void FusionModule::eraseRadarCopies() {
 
 /// Only one sensor track moves over, preferably the video one, which carries the labels.
 void FusionModule::merge(SystemTrack& target, SystemTrack& other) {
-    const Source source = other.hasTracks(VideoObject) ? VideoObject : Radar;
+    const Source source =
+        other.hasTracks(Source::VideoObject) ? Source::VideoObject : Source::Radar;
     fuseReport(target, other.getSensorTracks(source).begin()->second);
 }
 

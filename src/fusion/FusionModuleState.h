@@ -4,7 +4,7 @@
 
 #include <veskar/FusionModule.h>
 
-#include "association/Occupancy.h"
+#include "association/HeldTracks.h"
 #include "fusion/IdSet.h"
 #include "fusion/LogLimit.h"
 #include "fusion/ReportIndex.h"
@@ -44,7 +44,7 @@ struct FusionModule::Workspace {
     std::unordered_set<int> refusedSystemTracks;  ///< ids of those with a report outside the gate
     std::vector<const SystemTrack*> mergedAway;   ///< what this frame has folded into others
     std::vector<const SystemTrack*> marked;       ///< what this frame has supported
-    Occupancy occupancy;                          ///< sensor tracks that system tracks hold
+    HeldTracks heldTracks;                        ///< sensor tracks that system tracks hold
     IdSet startedIds;                             ///< sensor tracks that may have started one
     IdSet sharedRadarIds;                         ///< radar tracks of the fused system tracks
     IdSet copies;                                 ///< system tracks that repeat one of those

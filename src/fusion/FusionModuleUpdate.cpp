@@ -22,9 +22,9 @@ const T& elementAt(const std::vector<T>& elements, int index) {
 /// The gain of a frame that brings nothing for a system track with coasting tracks of its source.
 double gainOfMiss(const Config::GainNegative& gains, Source source) {
     switch (source) {
-        case VideoObject:
+        case Source::VideoObject:
             return gains.video;
-        case Radar:
+        case Source::Radar:
             return gains.radar;
         default:
             return 1.0;
@@ -38,7 +38,7 @@ void FusionModule::update(Source source, const std::vector<std::shared_ptr<Track
     workspace->marked.clear();
 
     continueTracks(source, tracks);
-    if (source == Radar) {
+    if (source == Source::Radar) {
         mergeSystemTracks();
     }
     associateTracks(source, tracks);

@@ -12,7 +12,7 @@ namespace Veskar {
 
 /// Whether radar and video both back a system track.
 inline bool isFused(const SystemTrack& systemTrack) {
-    return systemTrack.hasTracks(Radar) && systemTrack.hasTracks(VideoObject);
+    return systemTrack.hasTracks(Source::Radar) && systemTrack.hasTracks(Source::VideoObject);
 }
 
 /// Takes over the class and the colours of a report.

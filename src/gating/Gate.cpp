@@ -6,8 +6,8 @@
 namespace Veskar {
 
 Gate::Gate(const Config::ModuleConfig& config, double stationaryBlockingMinBoxHeight)
-    : farPairs(config.splitGating,
-               config.splitGating ? config.positionGatingDistance : config.gatingDistance),
+    : coarseGate(config.splitGating,
+                 config.splitGating ? config.positionGatingDistance : config.gatingDistance),
       split(config.splitGating),
       gatingDistance(config.gatingDistance),
       positionGatingDistance(config.positionGatingDistance),
@@ -27,7 +27,7 @@ GateSide Gate::sideOf(const Track& track) const {
 }
 
 GateSide Gate::sideOf(const Track& track, const ClassTraits& traits) const {
-    return {factsOf(track, traits), farPairs.marginalsOf(track)};
+    return {factsOf(track, traits), coarseGate.marginalsOf(track)};
 }
 
 GateFacts Gate::factsOf(const Track& track, const ClassTraits& traits) const {

@@ -8,7 +8,7 @@
 
 #include "assignment/SparseCosts.h"
 #include "gating/ClassTraits.h"
-#include "gating/FarPairs.h"
+#include "gating/CoarseGate.h"
 
 #include <optional>
 
@@ -60,7 +60,7 @@ public:
     /// @param sensor the candidate
     /// @return verdict, and the distance of a pair that passes
     GatingResult screen(const GateSide& system, const GateSide& sensor) const {
-        return FarPairs::areFar(system.marginals, sensor.marginals)
+        return CoarseGate::areFar(system.marginals, sensor.marginals)
                    ? GatingResult{forbiddenCost, false}
                    : evaluate(system, sensor);
     }
@@ -70,7 +70,7 @@ private:
     GatingResult evaluateSplit(const GateFacts& system, const GateFacts& sensor) const;
     bool isBlockedAsStationary(const GateFacts& system, const GateFacts& sensor) const;
 
-    FarPairs farPairs;
+    CoarseGate coarseGate;
     bool split;
     double gatingDistance;
     double positionGatingDistance;

@@ -37,12 +37,12 @@ DetectionPriority::DetectionPriority(const Config& newConfig)
     : blockingEnabled(true), config(newConfig) {}
 
 std::set<std::string> DetectionPriority::evaluateTrack(SystemTrack& track) {
-    const bool seenByVideo = track.hasTracks(VideoObject);
-    const bool seenByRadar = track.hasTracks(Radar);
+    const bool seenByVideo = track.hasTracks(Source::VideoObject);
+    const bool seenByRadar = track.hasTracks(Source::Radar);
     std::set<std::string> tags;
     if (seenByVideo && seenByRadar) {
         tags.insert(Vocabulary::minimizeFalseAlarms);
-        sendAnnotation(track, firstTrack(track, VideoObject)->className);
+        sendAnnotation(track, firstTrack(track, Source::VideoObject)->className);
     }
     if (seenByVideo || seenByRadar) {
         tags.insert(Vocabulary::maximizeDetections);
@@ -63,8 +63,8 @@ std::set<std::string> DetectionPriority::evaluateTrack(SystemTrack& track) {
 
 void DetectionPriority::findReasons(SystemTrack& track) {
     const Config::PriorityConfig& limits = config.detectionPriority;
-    const bool seenByVideo = track.hasTracks(VideoObject);
-    const bool seenByRadar = track.hasTracks(Radar);
+    const bool seenByVideo = track.hasTracks(Source::VideoObject);
+    const bool seenByRadar = track.hasTracks(Source::Radar);
     if (seenByVideo && seenByRadar) {
         track.reasonLatches[BothSensors] = true;
         return;
@@ -102,10 +102,10 @@ bool DetectionPriority::outsideVideoDetectionRange(const SystemTrack& track) con
 }
 
 bool DetectionPriority::outsideRadarDetectionRange(const SystemTrack& track) const {
-    if (track.hasTracks(Radar)) {
+    if (track.hasTracks(Source::Radar)) {
         return false;
     }
-    const Track* video = firstTrack(track, VideoObject);
+    const Track* video = firstTrack(track, Source::VideoObject);
     return video != nullptr && farLimit(video->className) < video->state(4);
 }
 
@@ -130,7 +130,7 @@ bool DetectionPriority::blockedByNoVideoDetection(const SystemTrack& track, int 
 }
 
 void DetectionPriority::sendAnnotation(SystemTrack& track, const std::string& label) {
-    const Track* radar = firstTrack(track, Radar);
+    const Track* radar = firstTrack(track, Source::Radar);
     if (!config.detectionPriority.autoAnnotationEnabled || radar == nullptr) {
         return;
     }

@@ -10,13 +10,13 @@ namespace Veskar {
 namespace {
 
 /// How two independent estimates differ: d = x1 - x2 with covariance S = P1 + P2.
-struct Innovation {
+struct Separation {
     double distance;     ///< sqrt(d' S^-1 d)
     double determinant;  ///< det S
 };
 
-Innovation innovation(const StateVector& x1, const StateMatrix& P1, const StateVector& x2,
-                      const StateMatrix& P2) {
+Separation separationOf(const StateVector& x1, const StateMatrix& P1, const StateVector& x2,
+                        const StateMatrix& P2) {
     const StateVector d = x1 - x2;
     StateMatrix S = P1 + P2;
     Eigen::Matrix<double, 1, 6> y = d.transpose();  // becomes d' S^-1
@@ -35,13 +35,13 @@ StateMatrix constantVelocity(double dt) {
 
 double statisticalDistance(const StateVector& x1, const StateMatrix& P1, const StateVector& x2,
                            const StateMatrix& P2) {
-    return innovation(x1, P1, x2, P2).distance;
+    return separationOf(x1, P1, x2, P2).distance;
 }
 
 double logPDF(const StateVector& x1, const StateMatrix& P1, const StateVector& x2,
               const StateMatrix& P2) {
     constexpr double twoPiToTheSixth = 61528.90838881947;
-    const Innovation between = innovation(x1, P1, x2, P2);
+    const Separation between = separationOf(x1, P1, x2, P2);
     return -0.5 * std::log(twoPiToTheSixth * between.determinant) - between.distance;
 }
 

@@ -123,7 +123,7 @@ int check(const Options& options) {
     output.write(options.format == "json" ? toJsonText(result, name)
                                           : toText(result.findings, name));
     output.commit();
-    return isAccepted(result.findings, options) ? success : negativeAnswer;
+    return isAccepted(result.findings, options) ? Success : NegativeAnswer;
 }
 
 }  // namespace

@@ -61,9 +61,9 @@ int run(CLI::App& program, const Action& action, int count, const char* const* a
         OutputFile output("-");
         output.write(answer.str());
         output.commit();
-        return isFault ? badInput : success;
+        return isFault ? BadInput : Success;
     }
-    return action ? action() : success;
+    return action ? action() : Success;
 }
 
 }  // namespace
@@ -103,7 +103,7 @@ int runCommandLine(int count, const char* const* arguments) {
         endBy(interruption.signal());
     } catch (const std::exception& error) {
         writeError(fmt::format("veskar: {}\n", printable(error.what())));
-        return badInput;
+        return BadInput;
     }
 }
 

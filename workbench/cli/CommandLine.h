@@ -8,9 +8,9 @@ namespace Workbench {
 
 /// What the program's exit status says.
 enum ExitStatus {
-    success = 0,         ///< it ran
-    negativeAnswer = 1,  ///< it ran, and the answer is no: not everything could be fused
-    badInput = 2         ///< wrong usage, wrong input, or an output that cannot be written
+    Success = 0,         ///< it ran
+    NegativeAnswer = 1,  ///< it ran, and the answer is no: not everything could be fused
+    BadInput = 2         ///< wrong usage, wrong input, or an output that cannot be written
 };
 
 /// Parses the arguments and runs the subcommand they name. Messages go to standard error. A signal

@@ -98,9 +98,9 @@ int judgeRun(const Options& options, RecordingReader& reader, const EvaluationOp
         writeError(fmt::format(
             "veskar: {}: the fusion could not associate {} frames; the first: {}\n",
             options.recording, replay.counts().failedFrames, replay.counts().firstFailure));
-        return negativeAnswer;
+        return NegativeAnswer;
     }
-    return success;
+    return Success;
 }
 
 /// The fusion has run before, with the installation and the configuration that its output states.
@@ -122,7 +122,7 @@ int judgeFile(const Options& options, RecordingReader& reader, const EvaluationO
     provenance.compareRun(fused, reader);
     output.write(report);
     output.commit();
-    return success;
+    return Success;
 }
 
 int evaluate(const Options& options) {

@@ -30,7 +30,7 @@ int importTo(const std::string& path, const std::vector<NamedFile>& sources, Imp
     OutputFile output(path);
     write(recording, output);
     output.commit();
-    return success;
+    return Success;
 }
 
 void addOutput(CLI::App& command, std::string& output) {

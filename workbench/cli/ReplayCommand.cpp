@@ -125,9 +125,9 @@ int finish(const Options& options, const Replay& replay, const Summary& summary)
             "veskar: {}: the fusion could not associate {} of {} frames; the first: {}\n",
             options.recording, counts.failedFrames,
             counts.videoFrames + counts.radarFrames + counts.addedFrames, counts.firstFailure));
-        return negativeAnswer;
+        return NegativeAnswer;
     }
-    return success;
+    return Success;
 }
 
 void checkFiles(const Options& options) {

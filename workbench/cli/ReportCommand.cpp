@@ -58,7 +58,7 @@ int report(const Options& options) {
     output.write(embeddable(data));
     output.write(reportPage.substr(mark + reportPageMark.size()));
     output.commit();
-    return success;
+    return Success;
 }
 
 }  // namespace

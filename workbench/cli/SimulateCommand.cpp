@@ -49,7 +49,7 @@ int simulate(const Options& options) {
             progress.update(time / scenario.duration);
         });
     output.commit();
-    return success;
+    return Success;
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ namespace Veskar {
 
 /// TrackAssociator::isOccupied for many sensor tracks: one walk over the system tracks for all
 /// sensor tracks of one source, then one binary search each.
-class Occupancy {
+class HeldTracks {
 public:
     /// Forgets what is known.
     /// @param systemTracks the system tracks; must outlive the questions and stay as they are

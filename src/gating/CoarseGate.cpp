@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "gating/FarPairs.h"
+#include "gating/CoarseGate.h"
 
 #include <cmath>
 #include <limits>
@@ -52,7 +52,7 @@ bool isSymmetric(const Square<n>& P) {
     return symmetric;
 }
 
-/// Whether the rounding error of a distance with this covariance is small, see FarPairs.
+/// Whether the rounding error of a distance with this covariance is small, see CoarseGate.
 template <int n>
 bool isWellConditioned(const Square<n>& P) {
     constexpr double variances = 1e50;  // no product of them overflows or vanishes
@@ -80,7 +80,7 @@ bool isModerate(double x) {
 
 }  // namespace
 
-FarPairs::FarPairs(bool positionsOnly, double gatingDistance)
+CoarseGate::CoarseGate(bool positionsOnly, double gatingDistance)
     : components(positionsOnly ? Marginals::positionCount : Marginals::count),
       scale(2.0 * gatingDistance * gatingDistance) {
     if (!(scale >= 1e-50)) {
@@ -88,7 +88,7 @@ FarPairs::FarPairs(bool positionsOnly, double gatingDistance)
     }
 }
 
-Marginals FarPairs::marginalsOf(const Track& track) const {
+Marginals CoarseGate::marginalsOf(const Track& track) const {
     Marginals marginals;
     marginals.mean.fill(0.0);
     marginals.reach.fill(infinite);
@@ -108,7 +108,7 @@ Marginals FarPairs::marginalsOf(const Track& track) const {
     return marginals;
 }
 
-bool FarPairs::areFar(const Marginals& a, const Marginals& b) {
+bool CoarseGate::areFar(const Marginals& a, const Marginals& b) {
     bool far = false;
     for (std::size_t k = 0; k < Marginals::count; ++k) {
         const double d = a.mean[k] - b.mean[k];

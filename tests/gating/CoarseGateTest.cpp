@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "gating/FarPairs.h"
+#include "gating/CoarseGate.h"
 #include "support/Constants.h"
 #include "support/RandomEstimates.h"
 #include "support/TrackFactory.h"
@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 
 using namespace VeskarTest;
-using Veskar::FarPairs;
+using Veskar::CoarseGate;
 using Veskar::Marginals;
 using Veskar::NearSearch;
 using Veskar::StateMatrix;
@@ -24,8 +24,8 @@ Track makeTrackAt(const Veskar::StateVector& x, const StateMatrix& P) {
     return *makeTrack(Veskar::Source::Radar, 1, {x, P});
 }
 
-bool areFar(const FarPairs& farPairs, const Track& a, const Track& b) {
-    return FarPairs::areFar(farPairs.marginalsOf(a), farPairs.marginalsOf(b));
+bool areFar(const CoarseGate& coarseGate, const Track& a, const Track& b) {
+    return CoarseGate::areFar(coarseGate.marginalsOf(a), coarseGate.marginalsOf(b));
 }
 
 /// @return a covariance with standard deviations from 10^-spread to 10^spread and correlations up
@@ -57,10 +57,10 @@ Track drawNeighbour(RandomEstimates& random, const Track& track, const StateMatr
     return neighbour;
 }
 
-class FarPairsModes : public testing::TestWithParam<bool> {};
+class CoarseGateModes : public testing::TestWithParam<bool> {};
 
 // What counts is the distance that the gate computes, with all its rounding.
-TEST_P(FarPairsModes, NeverCallAPairFarThatIsInsideTheGate) {
+TEST_P(CoarseGateModes, NeverCallAPairFarThatIsInsideTheGate) {
     const bool positionsOnly = GetParam();
     RandomEstimates random(41);
     int far = 0;
@@ -68,13 +68,13 @@ TEST_P(FarPairsModes, NeverCallAPairFarThatIsInsideTheGate) {
     for (int k = 0; k < 20000; ++k) {
         const double gate = std::pow(10.0, random.uniform(-2.0, 2.0));
         const double spread = random.uniform(0.0, 4.0);
-        const FarPairs farPairs(positionsOnly, gate);
+        const CoarseGate coarseGate(positionsOnly, gate);
         const Track a = makeTrackAt(random.state(), drawCovariance(random, spread));
         const Track b = drawNeighbour(random, a, drawCovariance(random, spread), gate);
         const double distance =
             positionsOnly ? a.positionStatisticalDistance(b) : a.statisticalDistance(b);
         inside += distance < gate ? 1 : 0;
-        if (areFar(farPairs, a, b)) {
+        if (areFar(coarseGate, a, b)) {
             ++far;
             ASSERT_FALSE(distance < gate) << "pair " << k;
         }
@@ -84,14 +84,14 @@ TEST_P(FarPairsModes, NeverCallAPairFarThatIsInsideTheGate) {
 }
 
 // Covariances on which the bound does not hold, or on which rounding has its own way.
-TEST_P(FarPairsModes, DoNotTrustCovariancesThatAreNotClearlyPositiveDefinite) {
-    const FarPairs farPairs(GetParam(), 1.0);
+TEST_P(CoarseGateModes, DoNotTrustCovariancesThatAreNotClearlyPositiveDefinite) {
+    const CoarseGate coarseGate(GetParam(), 1.0);
     const StateMatrix identity = StateMatrix::Identity();
     Veskar::StateVector x = Veskar::StateVector::Zero();
     const Track origin = makeTrackAt(x, identity);
     x[2] = 1e6;
     const auto isFar = [&](const StateMatrix& P) {
-        return areFar(farPairs, origin, makeTrackAt(x, P));
+        return areFar(coarseGate, origin, makeTrackAt(x, P));
     };
     EXPECT_TRUE(isFar(identity));
     EXPECT_FALSE(isFar(-identity));
@@ -120,77 +120,77 @@ TEST_P(FarPairsModes, DoNotTrustCovariancesThatAreNotClearlyPositiveDefinite) {
     EXPECT_FALSE(isFar(correlated));
 }
 
-TEST_P(FarPairsModes, TrustRoundingAsymmetry) {
-    const FarPairs farPairs(GetParam(), 1.0);
+TEST_P(CoarseGateModes, TrustRoundingAsymmetry) {
+    const CoarseGate coarseGate(GetParam(), 1.0);
     StateMatrix P = StateMatrix::Identity();
     P(0, 2) = 0.5;
     P(2, 0) = 0.5 + 1e-15;
     Veskar::StateVector x = Veskar::StateVector::Zero();
     const Track origin = makeTrackAt(x, P);
     x[0] = 100.0;
-    EXPECT_TRUE(areFar(farPairs, origin, makeTrackAt(x, P)));
+    EXPECT_TRUE(areFar(coarseGate, origin, makeTrackAt(x, P)));
 }
 
-TEST_P(FarPairsModes, IgnoreStatesWithoutValue) {
-    const FarPairs farPairs(GetParam(), 1.0);
+TEST_P(CoarseGateModes, IgnoreStatesWithoutValue) {
+    const CoarseGate coarseGate(GetParam(), 1.0);
     const StateMatrix identity = StateMatrix::Identity();
     const Track origin = makeTrackAt(Veskar::StateVector::Zero(), identity);
     for (const double value : {nan, infinite, -infinite, 1e200}) {
         Veskar::StateVector x = Veskar::StateVector::Zero();
         x[0] = value;
-        EXPECT_FALSE(areFar(farPairs, origin, makeTrackAt(x, identity))) << value;
+        EXPECT_FALSE(areFar(coarseGate, origin, makeTrackAt(x, identity))) << value;
         x[4] = 100.0;
-        EXPECT_TRUE(areFar(farPairs, origin, makeTrackAt(x, identity))) << value;
+        EXPECT_TRUE(areFar(coarseGate, origin, makeTrackAt(x, identity))) << value;
     }
 }
 
-TEST_P(FarPairsModes, LeaveGatesOutsideTheRangeOfNumbersAlone) {
+TEST_P(CoarseGateModes, LeaveGatesOutsideTheRangeOfNumbersAlone) {
     const StateMatrix identity = StateMatrix::Identity();
     const Track origin = makeTrackAt(Veskar::StateVector::Zero(), identity);
     const Track other = makeTrackAt(Veskar::StateVector::Constant(1e3), identity);
     for (const double gate : {nan, infinite, 0.0, 1e-30, 1e200}) {
-        EXPECT_FALSE(areFar(FarPairs(GetParam(), gate), origin, other)) << gate;
+        EXPECT_FALSE(areFar(CoarseGate(GetParam(), gate), origin, other)) << gate;
     }
-    EXPECT_TRUE(areFar(FarPairs(GetParam(), 5.0), origin, other));
+    EXPECT_TRUE(areFar(CoarseGate(GetParam(), 5.0), origin, other));
 }
 
-TEST_P(FarPairsModes, AskForTwiceTheSquaredGate) {
-    const FarPairs farPairs(GetParam(), 3.0);
+TEST_P(CoarseGateModes, AskForTwiceTheSquaredGate) {
+    const CoarseGate coarseGate(GetParam(), 3.0);
     const StateMatrix identity = StateMatrix::Identity();
     const Track origin = makeTrackAt(Veskar::StateVector::Zero(), identity);
     Veskar::StateVector x = Veskar::StateVector::Zero();
     x[2] = 5.99;  // 2 * 3^2 * (1 + 1) = 6^2
-    EXPECT_FALSE(areFar(farPairs, origin, makeTrackAt(x, identity)));
+    EXPECT_FALSE(areFar(coarseGate, origin, makeTrackAt(x, identity)));
     x[2] = 6.01;
-    EXPECT_TRUE(areFar(farPairs, origin, makeTrackAt(x, identity)));
+    EXPECT_TRUE(areFar(coarseGate, origin, makeTrackAt(x, identity)));
 }
 
-INSTANTIATE_TEST_SUITE_P(WholeStatesAndPositions, FarPairsModes, testing::Bool());
+INSTANTIATE_TEST_SUITE_P(WholeStatesAndPositions, CoarseGateModes, testing::Bool());
 
-TEST(FarPairs, ComparesRatesOnlyInWholeStates) {
+TEST(CoarseGate, ComparesRatesOnlyInWholeStates) {
     const StateMatrix identity = StateMatrix::Identity();
     const Track origin = makeTrackAt(Veskar::StateVector::Zero(), identity);
     for (const int rate : {1, 3, 5}) {
         Veskar::StateVector x = Veskar::StateVector::Zero();
         x[rate] = 100.0;
-        EXPECT_TRUE(areFar(FarPairs(false, 1.0), origin, makeTrackAt(x, identity)));
-        EXPECT_FALSE(areFar(FarPairs(true, 1.0), origin, makeTrackAt(x, identity)));
+        EXPECT_TRUE(areFar(CoarseGate(false, 1.0), origin, makeTrackAt(x, identity)));
+        EXPECT_FALSE(areFar(CoarseGate(true, 1.0), origin, makeTrackAt(x, identity)));
     }
 }
 
-TEST(FarPairs, JudgesPositionsByTheirOwnCovariance) {
+TEST(CoarseGate, JudgesPositionsByTheirOwnCovariance) {
     StateMatrix P = StateMatrix::Identity();
     P(1, 1) = -1.0;
     Veskar::StateVector x = Veskar::StateVector::Zero();
     const Track origin = makeTrackAt(x, P);
     x[0] = 100.0;
-    EXPECT_TRUE(areFar(FarPairs(true, 1.0), origin, makeTrackAt(x, P)));
-    EXPECT_FALSE(areFar(FarPairs(false, 1.0), origin, makeTrackAt(x, P)));
+    EXPECT_TRUE(areFar(CoarseGate(true, 1.0), origin, makeTrackAt(x, P)));
+    EXPECT_FALSE(areFar(CoarseGate(false, 1.0), origin, makeTrackAt(x, P)));
 }
 
 TEST(NearSearch, FindsInOrderWhatIsNotFarByPosition) {
     RandomEstimates random(42);
-    const FarPairs farPairs(true, 2.0);
+    const CoarseGate coarseGate(true, 2.0);
     NearSearch search;
     for (const int count : {0, 1, 3, 4, 5, 17, 64}) {
         search.clear();
@@ -200,7 +200,7 @@ TEST(NearSearch, FindsInOrderWhatIsNotFarByPosition) {
             if (k % 7 == 3) {
                 track.covariance *= -1.0;  // never far
             }
-            tracks.push_back(farPairs.marginalsOf(track));
+            tracks.push_back(coarseGate.marginalsOf(track));
             search.add(tracks.back());
         }
         for (int k = 0; k < 20; ++k) {
@@ -208,10 +208,10 @@ TEST(NearSearch, FindsInOrderWhatIsNotFarByPosition) {
             if (k % 5 == 4) {
                 track.covariance *= -1.0;
             }
-            const Marginals marginals = farPairs.marginalsOf(track);
+            const Marginals marginals = coarseGate.marginalsOf(track);
             std::vector<std::size_t> expected;
             for (std::size_t number = 0; number < tracks.size(); ++number) {
-                if (!FarPairs::areFar(marginals, tracks[number])) {
+                if (!CoarseGate::areFar(marginals, tracks[number])) {
                     expected.push_back(number);
                 }
             }

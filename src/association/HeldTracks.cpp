@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "association/Occupancy.h"
+#include "association/HeldTracks.h"
 
 #include <algorithm>
 
 namespace Veskar {
 
-void Occupancy::start(const std::vector<std::shared_ptr<SystemTrack>>& systemTracks) {
+void HeldTracks::start(const std::vector<std::shared_ptr<SystemTrack>>& systemTracks) {
     systems = &systemTracks;
     collected = false;
 }
 
-bool Occupancy::holds(const Track& track) {
+bool HeldTracks::holds(const Track& track) {
     if (!collected || track.source != source) {
         collect(track.source);
     }
@@ -23,7 +23,7 @@ bool Occupancy::holds(const Track& track) {
     return false;
 }
 
-void Occupancy::collect(Source newSource) {
+void HeldTracks::collect(Source newSource) {
     collected = true;
     source = newSource;
     unknowing = nullptr;

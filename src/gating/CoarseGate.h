@@ -12,7 +12,7 @@
 
 namespace Veskar {
 
-/// One track as FarPairs sees it, component by component. The positions stand first.
+/// One track as CoarseGate sees it, component by component. The positions stand first.
 struct Marginals {
     static constexpr std::size_t positionCount = 3;
     static constexpr std::size_t count = 6;
@@ -36,11 +36,11 @@ struct Marginals {
 /// lambda with the smallest eigenvalue lambda >= det(A) (5 / 6)^5 of A: here eta < 0.13. Neither
 /// max D / min D nor lambda is worse in a sum of covariances than in the worse one of the two. The
 /// closed inverse of the positions' covariance is better still.
-class FarPairs {
+class CoarseGate {
 public:
     /// @param positionsOnly whether the gate compares the positions alone or the whole states
     /// @param gatingDistance Mahalanobis distance from which on a pair is outside
-    FarPairs(bool positionsOnly, double gatingDistance);
+    CoarseGate(bool positionsOnly, double gatingDistance);
 
     /// @param track any track
     /// @return its marginals
