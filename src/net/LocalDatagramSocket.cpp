@@ -12,7 +12,6 @@
 #include <sys/time.h>
 #include <sys/un.h>
 #include <syslog.h>
-#include <unistd.h>
 
 namespace Veskar {
 namespace {
@@ -28,41 +27,31 @@ std::string textOf(int errorNumber) {
 
 LocalDatagramSocket::LocalDatagramSocket(const std::string& path)
     : descriptor(::socket(AF_UNIX, SOCK_DGRAM, 0)) {
-    if (descriptor < 0) {
+    if (!descriptor) {
         syslog(LOG_ERR, "Failed to create socket: %s\n", textOf(errno).c_str());
         return;
     }
-    fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+    fcntl(descriptor.get(), F_SETFD, FD_CLOEXEC);
     const timeval timeout{0, std::chrono::microseconds(longestWait).count()};
-    setsockopt(descriptor, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof(timeout));
+    setsockopt(descriptor.get(), SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof(timeout));
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     path.copy(address.sun_path, sizeof(address.sun_path) - 1);
-    if (connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) < 0) {
-        close();
+    if (connect(descriptor.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) <
+        0) {
+        descriptor.reset();
     }
-}
-
-LocalDatagramSocket::~LocalDatagramSocket() {
-    close();
 }
 
 void LocalDatagramSocket::send(const std::string& text) const {
     WaitBudget& budget = WaitBudget::ofThisThread();
     const auto begin = WaitBudget::Clock::now();
     const bool mayWait = budget.left(begin) >= longestWait;
-    if (::send(descriptor, text.data(), text.size(), MSG_NOSIGNAL | (mayWait ? 0 : MSG_DONTWAIT)) <
-        0) {
+    if (::send(descriptor.get(), text.data(), text.size(),
+               MSG_NOSIGNAL | (mayWait ? 0 : MSG_DONTWAIT)) < 0) {
         syslog(LOG_ERR, "Failed to send message: %s\n", textOf(errno).c_str());
     }
     budget.spend(begin, WaitBudget::Clock::now());
-}
-
-void LocalDatagramSocket::close() {
-    if (descriptor >= 0) {
-        ::close(descriptor);
-        descriptor = -1;
-    }
 }
 
 }  // namespace Veskar

@@ -2,6 +2,8 @@
 // Sends a datagram to a Unix socket on this device.
 #pragma once
 
+#include "net/FileDescriptor.h"
+
 #include <string>
 
 namespace Veskar {
@@ -13,21 +15,16 @@ class LocalDatagramSocket {
 public:
     /// @param path where the receiver is bound; what goes beyond 107 bytes is cut off
     explicit LocalDatagramSocket(const std::string& path);
-    ~LocalDatagramSocket();
-    LocalDatagramSocket(const LocalDatagramSocket&) = delete;
-    LocalDatagramSocket& operator=(const LocalDatagramSocket&) = delete;
 
     /// @return whether there is a receiver
-    bool isConnected() const { return descriptor >= 0; }
+    bool isConnected() const { return static_cast<bool>(descriptor); }
     /// Waits a short while for a receiver that does not keep up, then gives up; not at all when the
     /// thread's WaitBudget is used up.
     /// @param text the datagram
     void send(const std::string& text) const;
 
 private:
-    void close();
-
-    int descriptor;
+    FileDescriptor descriptor;
 };
 
 }  // namespace Veskar
