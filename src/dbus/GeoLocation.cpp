@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <veskar/GeoLocation.h>
 
+#include "dbus/CallbackGuard.h"
 #include "dbus/PropertyClient.h"
 #include "dbus/SdBus.h"
 
@@ -222,12 +223,9 @@ void GeoLocation::validatePosition(::Dbus::GeoLocation::Position& position) {
 namespace Dbus::GeoLocation {
 
 Position getPosition(double range, double azimuth) {
-    try {
-        return Impl::GeoLocation::instance().getPosition(range, azimuth);
-    } catch (...) {
-        // Out of memory or of locks: as without a service.
-        return {};
-    }
+    // Out of memory or of locks: as without a service.
+    return Veskar::guarded(
+        Position{}, [&] { return Impl::GeoLocation::instance().getPosition(range, azimuth); });
 }
 
 }  // namespace Dbus::GeoLocation

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "dbus/PropertyClient.h"
 
+#include "dbus/CallbackGuard.h"
+
 #include <cerrno>
 #include <string>
 #include <system_error>
@@ -97,12 +99,8 @@ int PropertyClient::readInterface(sd_bus_message* message) const {
 
 int PropertyClient::onSignal(sd_bus_message* message, void* client,
                              sd_bus_error* /*error*/) noexcept {
-    try {
-        return static_cast<PropertyClient*>(client)->changed(message);
-    } catch (...) {
-        // No exception may cross libsystemd; what could not be stored is left out.
-        return -ENOMEM;
-    }
+    return Veskar::guarded(-ENOMEM,
+                           [&] { return static_cast<PropertyClient*>(client)->changed(message); });
 }
 
 }  // namespace Impl

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <veskar/SDEventGSource.h>
 
+#include "dbus/CallbackGuard.h"
+
 #include <new>
 
 #include <glib.h>
@@ -30,17 +32,15 @@ Record::Loop& loopOf(GSource* source) {
     return reinterpret_cast<Record*>(source)->loop;
 }
 
-/// Runs one step of the loop under the owner's mutex; no exception may cross GLib.
+/// Runs one step of the loop under the owner's mutex.
 /// @return the step's code, negative when there is no loop any more
 template <class Step>
 int run(GSource* source, Step step) noexcept {
-    try {
+    return Veskar::guarded(-1, [&] {
         Record::Loop& loop = loopOf(source);
         const std::lock_guard<std::mutex> lock(*loop.mutex);
         return loop.event == nullptr ? -1 : step(loop.event);
-    } catch (...) {
-        return -1;
-    }
+    });
 }
 
 gboolean prepare(GSource* source, gint* timeout) {
