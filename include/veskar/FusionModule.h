@@ -162,7 +162,8 @@ private:
     void watchRadarQueue(double now);
     void continueTracks(Source source, const std::vector<std::shared_ptr<Track>>& tracks);
     void continueSystemTrack(SystemTrack& systemTrack, Source source);
-    bool refusesReport(const SystemTrack& systemTrack, const Track& report, Source source);
+    bool refusesReport(const SystemTrack& systemTrack, const Track& report, Source source,
+                       bool isInsideGate);
     void mergeSystemTracks();
     void associateTracks(Source source, const std::vector<std::shared_ptr<Track>>& tracks);
     void stepUnmarked(Source source);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "association/HeldTracks.h"
 
+#include "track/Dereference.h"
+
 #include <algorithm>
 
 namespace Veskar {
@@ -29,7 +31,7 @@ void HeldTracks::collect(Source newSource) {
     unknowing = nullptr;
     heldIds.clear();
     for (const auto& pointer : *systems) {
-        const SystemTrack& system = *pointer;
+        const SystemTrack& system = dereference(pointer);
         const auto tracks = system.sensorTracks.find(source);
         if (tracks == system.sensorTracks.end()) {
             unknowing = &system;

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "association/NearestSensorToSystem.h"
 
-#include "gating/ClassTraits.h"
+#include "track/Dereference.h"
 
 #include <limits>
+#include <optional>
 
 namespace Veskar {
 
@@ -15,7 +16,7 @@ void NearestSensorToSystem::associate(const SensorTracks& sensors, const SystemT
     bool gathered = false;
     heldTracks.start(systems);
     for (std::size_t j = 0; j < sensors.size(); ++j) {
-        const Track& sensor = *sensors[j];
+        const Track& sensor = dereference(sensors[j]);
         const bool held = heldTracks.holds(sensor);
         if (!shares && (held || !givesToNearest)) {
             continue;
@@ -36,7 +37,7 @@ void NearestSensorToSystem::gatherPlaces(const SystemTracks& systems, const Sour
     places.clear();
     search.clear();
     for (std::size_t i = 0; i < systems.size(); ++i) {
-        const SystemTrack& system = *systems[i];
+        const SystemTrack& system = dereference(systems[i]);
         if (!system.hasTracks(source)) {
             places.push_back({static_cast<int>(i), false, gate.sideOf(system)});
             search.add(places.back().side.marginals);
@@ -52,26 +53,25 @@ void NearestSensorToSystem::visitFreeInGate(const Track& sensor, Visit visit) {
         if (place.taken) {
             return;
         }
-        const GatingResult result = gate.screen(place.side, side);
-        if (result.passed) {
-            visit(place, result.distance);
+        if (const std::optional<double> cost = gate.costInside(place.side, side)) {
+            visit(place, *cost);
         }
     });
 }
 
 void NearestSensorToSystem::giveToAll(const Track& sensor, int index, Pairs& pairs) {
-    visitFreeInGate(sensor, [&pairs, index](Place& place, double /*distance*/) {
+    visitFreeInGate(sensor, [&pairs, index](Place& place, double /*cost*/) {
         place.taken = true;
         pairs.emplace_back(place.index, index);
     });
 }
 
 void NearestSensorToSystem::giveToNearest(const Track& sensor, int index, Pairs& pairs) {
-    double nearest = std::numeric_limits<double>::max();
+    double least = std::numeric_limits<double>::max();
     Place* best = nullptr;
-    visitFreeInGate(sensor, [&nearest, &best](Place& place, double distance) {
-        if (distance < nearest) {
-            nearest = distance;
+    visitFreeInGate(sensor, [&least, &best](Place& place, double cost) {
+        if (cost < least) {
+            least = cost;
             best = &place;
         }
     });

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "association/SensorToSystem.h"
 
-#include "track/FirstTrack.h"
+#include "association/ClassRule.h"
+#include "track/Support.h"
 
 #include <algorithm>
 
@@ -11,12 +12,11 @@ void SensorToSystem::start(const SystemTracks& systems, const SensorTracks& sens
                            const Source& source) {
     rows.clear();
     for (const auto& system : systems) {
-        rows.push_back(makeRow(*system, source));
+        rows.push_back(makeRow(dereference(system), source));
     }
     cols.clear();
     for (const auto& sensor : sensors) {
-        const Track& track = *sensor;
-        cols.push_back({&track, false, false, {}});
+        cols.push_back({&dereference(sensor), false, false, {}});
     }
     hasCandidates = false;
     heldGathered = false;
@@ -120,37 +120,36 @@ void SensorToSystem::visitInGate(const GateSide& side, const GateCols& list, Vis
         return;
     }
     list.search.forEachNear(side.marginals, [&](std::size_t k) {
-        const GatingResult result = gate.screen(side, list.entries[k].side);
-        if (result.passed) {
-            visit(list.entries[k].col, result.distance);
+        if (const auto cost = gate.costInside(side, list.entries[k].side)) {
+            visit(list.entries[k].col, *cost);
         }
     });
 }
 
 void SensorToSystem::fillRow(const GateSide& side, SparseCosts& pairs) const {
-    visitInGate(side, candidates,
-                [&pairs](std::size_t col, double distance) { pairs.add(col, distance); });
+    visitInGate(side, candidates, [&pairs](std::size_t col, double cost) { pairs.add(col, cost); });
 }
 
-/// A system track that has a sensor track of its class inside its gate gives up all those of other
-/// classes.
 void SensorToSystem::enforceClasses(const Row& row, const GateSide& side, SparseCosts& pairs) {
     if (row.other == nullptr) {
         return;
     }
     findMismatches(row, side, pairs.openRow());
-    if (mismatches.empty() || !hasMatch(row, side, pairs.openRow())) {
-        return;
+    if (mismatches.empty()) {
+        return;  // whether there is a match does not matter
     }
-    pairs.dropIf([&](int col) { return !agrees(row, cols[col].traits); });
-    if (config.removeClassMismatches) {
-        for (const std::size_t col : mismatches) {
-            cols[col].mismatched = true;
-        }
-    }
+    applyClassRule(
+        config.removeClassMismatches, [&] { return hasMatch(row, side, pairs.openRow()); },
+        [&] { pairs.dropIf([&](int col) { return !agrees(row, cols[col].traits); }); },
+        [&] {
+            for (const std::size_t col : mismatches) {
+                cols[col].mismatched = true;
+            }
+        });
 }
 
-/// Gathers the columns of other classes inside the gate, as far as anybody wants to know of them.
+/// Gathers the columns of other classes inside the gate: those that the row may take, and with
+/// "removeClassMismatches" all others too.
 void SensorToSystem::findMismatches(const Row& row, const GateSide& side,
                                     const SparseCosts::Row& found) {
     mismatches.clear();
@@ -178,7 +177,7 @@ bool SensorToSystem::hasMatch(const Row& row, const GateSide& side, const Sparse
 template <typename Visit>
 void SensorToSystem::visitOthersInGate(const Row& row, const GateSide& side, bool agreeing,
                                        Visit visit) {
-    const auto visitAgreeing = [&](std::size_t col, double /*distance*/) {
+    const auto visitAgreeing = [&](std::size_t col, double /*cost*/) {
         if (agrees(row, cols[col].traits) == agreeing) {
             visit(col);
         }

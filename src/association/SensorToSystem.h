@@ -19,12 +19,6 @@
 
 namespace Veskar {
 
-/// @param source the source of a sensor track
-/// @return the source whose side of a system track its class is compared with
-inline Source comparedSource(Source source) {
-    return source == Source::Radar ? Source::VideoObject : Source::Radar;
-}
-
 /// One association problem: which pairs may be assigned, and at what cost.
 ///
 /// What belongs to a track alone is found once, and only where a pair asks for it: in most frames

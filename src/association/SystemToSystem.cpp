@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "association/SystemToSystem.h"
 
+#include "track/Support.h"
+
 #include <algorithm>
 #include <limits>
+#include <optional>
 
 namespace Veskar {
 
@@ -10,12 +13,14 @@ void SystemToSystem::start(const SystemTracks& systems,
                            const std::unordered_set<int>& excludedIds) {
     sides.clear();
     for (std::size_t i = 0; i < systems.size(); ++i) {
-        const SystemTrack& track = *systems[i];
-        const bool hasVideo = track.hasTracks(Source::VideoObject);
-        const bool hasRadar = track.hasTracks(Source::Radar);
-        if (!(hasVideo && hasRadar)) {
-            const bool excluded = excludedIds.count(track.id) != 0;
-            sides.push_back({i, &track, hasVideo, hasRadar, excluded, {}});
+        const SystemTrack& track = dereference(systems[i]);
+        if (!isFused(track)) {
+            sides.push_back({i,
+                             &track,
+                             track.hasTracks(Source::VideoObject),
+                             track.hasTracks(Source::Radar),
+                             excludedIds.count(track.id) != 0,
+                             {}});
         }
     }
 }
@@ -46,9 +51,8 @@ void SystemToSystem::findAllowedPairs(const SystemTracks& systems,
                     !(younger.track->startTime > older.track->startTime)) {
                     return;
                 }
-                const GatingResult result = gate.screen(older.gateSide, younger.gateSide);
-                if (result.passed) {
-                    pairs.add(younger.index, result.distance);
+                if (const auto cost = gate.costInside(older.gateSide, younger.gateSide)) {
+                    pairs.add(younger.index, *cost);
                 }
             });
             pairs.endRows(1);
@@ -81,16 +85,16 @@ void SystemToSystem::pairNearest(const SystemTracks& systems,
 }
 
 const SystemToSystem::Side* SystemToSystem::findNearestWithoutRadar(const Side& radar) const {
-    double nearest = std::numeric_limits<double>::max();
+    double least = std::numeric_limits<double>::max();
     const Side* found = nullptr;
     search.forEachNear(radar.gateSide.marginals, [&](std::size_t k) {
         const Side& side = sides[k];
         if (side.hasRadar || isTaken(side)) {
             return;
         }
-        const GatingResult result = gate.screen(radar.gateSide, side.gateSide);
-        if (result.passed && result.distance < nearest) {
-            nearest = result.distance;
+        const std::optional<double> cost = gate.costInside(radar.gateSide, side.gateSide);
+        if (cost && *cost < least) {
+            least = *cost;
             found = &side;
         }
     });

@@ -4,22 +4,25 @@
 #include "assignment/AssignmentSolver.h"
 #include "assignment/IntIndexed.h"
 #include "assignment/SparseCosts.h"
+#include "association/ClassRule.h"
 #include "association/NearestSensorToSystem.h"
 #include "association/SensorToSystem.h"
 #include "association/SystemToSystem.h"
 #include "gating/ClassTraits.h"
 #include "gating/Gate.h"
-#include "track/FirstTrack.h"
+#include "track/Dereference.h"
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include <syslog.h>
 
 namespace Veskar {
 namespace {
 
-/// A problem without rows is answered like a look at its first row.
+/// Throws std::out_of_range when there is no system track, as reading the first row of a cost
+/// matrix without rows would.
 void refuseEmpty(const std::vector<std::shared_ptr<SystemTrack>>& systemTracks) {
     (void)systemTracks.at(0);
 }
@@ -47,8 +50,7 @@ struct TrackAssociator::Workspace {
         std::pair<int, int> pair;
     };
 
-    explicit Workspace(const Config& config)
-        : module(config.module), gate(module, config.detectionPriority.vodHeightFractionLimit) {}
+    explicit Workspace(const Config& config) : module(config.module), gate(config) {}
 
     Config::ModuleConfig module;
     Gate gate;
@@ -70,7 +72,10 @@ TrackAssociator& TrackAssociator::operator=(TrackAssociator&&) noexcept = defaul
 
 GatingResult TrackAssociator::checkGating(const Track& systemTrack, const Track& sensorTrack) {
     const Gate& gate = workspace->gate;
-    return gate.evaluate(gate.factsOf(systemTrack), gate.factsOf(sensorTrack));
+    const Gate::Outcome outcome =
+        gate.evaluate(gate.factsOf(systemTrack), gate.factsOf(sensorTrack));
+    const bool measured = outcome.verdict != Gate::Verdict::ClassNotSupported;
+    return {measured ? gate.costOf(outcome) : forbiddenCost, outcome.passed()};
 }
 
 bool TrackAssociator::isSupportedClass(const Track& track) const {
@@ -79,19 +84,17 @@ bool TrackAssociator::isSupportedClass(const Track& track) const {
 
 bool TrackAssociator::haveMatchingClasses(const SystemTrack& systemTrack, const Track& track,
                                           const Source& source) const {
-    const Track* other = firstTrack(systemTrack, comparedSource(source));
-    if (other == nullptr) {
+    const std::optional<bool> agree = classesAgree(systemTrack, track, source);
+    if (!agree) {
         syslog(LOG_ERR, "System track did not have sensor track from sensor %d\n", source);
-        return false;
     }
-    return classTraitsOf(*other).agreesWith(classTraitsOf(track));
+    return agree.value_or(false);
 }
 
 bool TrackAssociator::isOccupied(
     const Track& track, const std::vector<std::shared_ptr<SystemTrack>>& systemTracks) const {
     return std::any_of(systemTracks.begin(), systemTracks.end(), [&track](const auto& pointer) {
-        const SystemTrack& system = *pointer;
-        return system.getSensorTracks(track.source).count(track.id) != 0;
+        return dereference(pointer).getSensorTracks(track.source).count(track.id) != 0;
     });
 }
 
@@ -128,21 +131,35 @@ void TrackAssociator::handleClassMatching(
     for (std::size_t i = 0; i < cost.size(); ++i) {
         const std::size_t cols = cost[i].size();
         const auto inGate = [&, i](std::size_t j) {
-            return checkGating(*systemTracks.at(i), *sensorTracks.at(j)).passed;
+            return checkGating(dereference(systemTracks.at(i)), dereference(sensorTracks.at(j)))
+                .passed;
         };
-        std::size_t match = 0;
-        while (match < cols && !(classMatch.at(i).at(match) == 1 && inGate(match))) {
-            ++match;
-        }
-        for (std::size_t j = 0; match < cols && j < cols; ++j) {
-            if (classMatch.at(i).at(j) == 0) {
-                allowed.at(i).at(j) = false;
-                cost[i][j] = forbiddenCost;
-                if (workspace->module.removeClassMismatches && inGate(j)) {
-                    mismatches.insert(static_cast<int>(j));
+        const auto hasMatch = [&] {
+            std::size_t match = 0;
+            while (match < cols && !(classMatch.at(i).at(match) == 1 && inGate(match))) {
+                ++match;
+            }
+            return match < cols;
+        };
+        const auto forEachOther = [&](auto visit) {
+            for (std::size_t j = 0; j < cols; ++j) {
+                if (classMatch.at(i).at(j) == 0) {
+                    visit(j);
                 }
             }
-        }
+        };
+        const auto forbid = [&](std::size_t j) {
+            allowed.at(i).at(j) = false;
+            cost[i][j] = forbiddenCost;
+        };
+        const auto reportInGate = [&](std::size_t j) {
+            if (inGate(j)) {
+                mismatches.insert(static_cast<int>(j));
+            }
+        };
+        applyClassRule(
+            workspace->module.removeClassMismatches, hasMatch, [&] { forEachOther(forbid); },
+            [&] { forEachOther(reportInGate); });
     }
 }
 

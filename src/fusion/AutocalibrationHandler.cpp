@@ -3,7 +3,7 @@
 #include <veskar/HostApplication.h>
 
 #include "net/LocalDatagramSocket.h"
-#include "track/FirstTrack.h"
+#include "track/Support.h"
 
 #include <algorithm>
 #include <locale>
@@ -48,7 +48,7 @@ void AutocalibrationHandler::handleUpdate(
     }
     CalibrationPayload payload{{}, nanoseconds};
     for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
-        handleSystemTrack(*systemTrack, videoTracks, payload);
+        handleSystemTrack(dereference(systemTrack), videoTracks, payload);
         if (payload.data.size() > sampleLimit) {
             break;
         }
@@ -62,7 +62,7 @@ void AutocalibrationHandler::handleSystemTrack(
     const SystemTrack& systemTrack, const std::vector<std::shared_ptr<Track>>& videoTracks,
     CalibrationPayload& payload) const {
     const Config::ModuleConfig& limits = config.module;
-    if (!systemTrack.hasTracks(Source::VideoObject) || !systemTrack.hasTracks(Source::Radar)) {
+    if (!isFused(systemTrack)) {
         return;
     }
     const double age = systemTrack.time - systemTrack.systemStartTime;
@@ -84,9 +84,10 @@ void AutocalibrationHandler::handleSystemTrack(
         !isWithin(box(1) / box(3) / pictureHeightToWidth, aspectLimits->second)) {
         return;
     }
-    const auto isNear = [&](const std::shared_ptr<Track>& other) {
-        return other->id != video.id && (imagePosition(*other) - imagePosition(video)).norm() <
-                                            limits.autocalibrationVideoNearLimit;
+    const auto isNear = [&](const std::shared_ptr<Track>& pointer) {
+        const Track& other = dereference(pointer);
+        return other.id != video.id && (imagePosition(other) - imagePosition(video)).norm() <
+                                           limits.autocalibrationVideoNearLimit;
     };
     if (std::any_of(videoTracks.begin(), videoTracks.end(), isNear)) {
         return;

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fusion/Explanation.h"
 
-#include "fusion/SystemTracks.h"
+#include "association/ClassRule.h"
+#include "track/Support.h"
 
-#include <utility>
+#include <algorithm>
+#include <optional>
 
 namespace Veskar {
 namespace {
@@ -11,118 +13,144 @@ namespace {
 using GateVerdict = FusionObserver::GateVerdict;
 using ClassVerdict = FusionObserver::ClassVerdict;
 
-/// Which pairs the assignment may choose, as the association finds them.
-std::vector<std::vector<bool>> allowedPairs(TrackAssociator& associator,
-                                            const Explanation::Tracks& tracks,
-                                            const Explanation::SystemTracks& systemTracks,
-                                            Source source, bool classesForbid) {
-    std::vector<std::vector<double>> cost;
-    std::vector<std::vector<bool>> allowed;
-    std::vector<std::vector<int>> classMatch;
-    associator.sensorToSystemCostMatrix(tracks, systemTracks, cost, allowed, classMatch, source);
-    if (classesForbid) {
-        std::unordered_set<int> mismatches;
-        associator.handleClassMatching(tracks, systemTracks, cost, allowed, classMatch, mismatches);
+GateVerdict told(Gate::Verdict verdict) {
+    switch (verdict) {
+        case Gate::Verdict::Passed:
+            return GateVerdict::Passed;
+        case Gate::Verdict::TooFar:
+            return GateVerdict::TooFar;
+        case Gate::Verdict::VelocityDiffers:
+            return GateVerdict::VelocityDiffers;
+        case Gate::Verdict::StandsStill:
+            return GateVerdict::StandsStill;
+        case Gate::Verdict::ClassNotSupported:
+            break;
     }
-    return allowed;
+    return GateVerdict::ClassNotSupported;
 }
 
-/// Whether two system tracks can be one object at all: each has one sensor, and not the same.
-bool complement(const SystemTrack& a, const SystemTrack& b) {
-    return !isFused(a) && !isFused(b) && a.hasTracks(Source::Radar) != b.hasTracks(Source::Radar) &&
-           a.hasTracks(Source::VideoObject) != b.hasTracks(Source::VideoObject);
+ClassVerdict classesOf(const SystemTrack& systemTrack, const Track& track) {
+    const std::optional<bool> agree = classesAgree(systemTrack, track, track.source);
+    if (!agree) {
+        return ClassVerdict::NotCompared;
+    }
+    return *agree ? ClassVerdict::Match : ClassVerdict::Mismatch;
 }
 
 }  // namespace
 
-FusionObserver::Gate Explanation::gateOf(const Track& a, const Track& b) {
-    FusionObserver::Gate gate;
-    const bool passed = associator.checkGating(a, b).passed;
-    bool velocityPasses = true;
+/// The gate measures nothing where a class is not supported; what the figures would have been is
+/// told all the same.
+FusionObserver::Gate Explanation::told(const Gate::Outcome& outcome, const Track& a,
+                                       const Track& b) const {
+    const bool isMeasured = outcome.verdict != Gate::Verdict::ClassNotSupported;
+    const Gate::Outcome figures = isMeasured ? outcome : gate.measure(a, b);
+    FusionObserver::Gate result;
+    result.distance = figures.distance;
+    result.limit = config.gatingDistance;
     if (config.splitGating) {
-        gate.distance = a.positionStatisticalDistance(b);
-        gate.limit = config.positionGatingDistance;
-        gate.similarityLimit = config.velocityGatingSimilarity;
-        const auto [counts, similarity] = a.velocitySimilarity(b, config.velocityMinGatingLimit);
-        if (counts) {
-            gate.velocitySimilarity = similarity;
-            velocityPasses = similarity > config.velocityGatingSimilarity;
+        result.limit = config.positionGatingDistance;
+        result.similarityLimit = config.velocityGatingSimilarity;
+    }
+    if (figures.moving) {
+        result.velocitySimilarity = figures.similarity;
+    }
+    result.verdict = Veskar::told(outcome.verdict);
+    return result;
+}
+
+void Explanation::continuation(FusionObserver& observer, const SystemTrack& systemTrack,
+                               const Track& report, const Gate::Outcome& outcome,
+                               bool refused) const {
+    observer.onContinuation({systemTrack.id, report.source, report.id,
+                             told(outcome, systemTrack, report), classesOf(systemTrack, report),
+                             refused});
+}
+
+void Explanation::findOpenTracks(const Tracks& tracks, const SystemTracks& systemTracks,
+                                 bool mayShare) {
+    heldTracks.start(systemTracks);
+    openTracks.clear();
+    for (std::size_t j = 0; j < tracks.size(); ++j) {
+        const Track& track = dereference(tracks[j]);
+        if (mayShare || !heldTracks.holds(track)) {
+            openTracks.push_back({static_cast<int>(j), gate.factsOf(track)});
         }
-    } else {
-        gate.distance = a.statisticalDistance(b);
-        gate.limit = config.gatingDistance;
     }
-    if (passed) {
-        gate.verdict = GateVerdict::Passed;
-    } else if (!associator.isSupportedClass(a) || !associator.isSupportedClass(b)) {
-        gate.verdict = GateVerdict::ClassNotSupported;
-    } else if (!(gate.distance < gate.limit)) {
-        gate.verdict = GateVerdict::TooFar;
-    } else {
-        gate.verdict = velocityPasses ? GateVerdict::StandsStill : GateVerdict::VelocityDiffers;
-    }
-    return gate;
 }
 
-FusionObserver::ClassVerdict Explanation::classesOf(const SystemTrack& systemTrack,
-                                                    const Track& track) {
-    if (!systemTrack.hasTracks(track.source == Source::Radar ? Source::VideoObject
-                                                             : Source::Radar)) {
-        return ClassVerdict::NotCompared;
+void Explanation::candidates(FusionObserver& observer, const Tracks& tracks,
+                             const SystemTracks& systemTracks, Source source) {
+    const auto isOpen = [source](const auto& pointer) {
+        return !dereference(pointer).hasTracks(source);
+    };
+    if (std::none_of(systemTracks.begin(), systemTracks.end(), isOpen)) {
+        return;
     }
-    return associator.haveMatchingClasses(systemTrack, track, track.source)
-               ? ClassVerdict::Match
-               : ClassVerdict::Mismatch;
-}
-
-void Explanation::continuation(const SystemTrack& systemTrack, const Track& report, bool refused) {
-    observer.onContinuation({systemTrack.id, report.source, report.id, gateOf(systemTrack, report),
-                             classesOf(systemTrack, report), refused});
-}
-
-void Explanation::candidates(const Tracks& tracks, const SystemTracks& systemTracks,
-                             Source source) {
-    // The greedy assignment knows no classes.
-    const auto allowed = allowedPairs(associator, tracks, systemTracks, source, config.useJVA);
-    const bool mayShare = source == Source::Radar && config.allowRadarToMultiple;
-    std::vector<bool> isOpen;
-    for (const std::shared_ptr<Track>& track : tracks) {
-        isOpen.push_back(mayShare || !associator.isOccupied(*track, systemTracks));
+    findOpenTracks(tracks, systemTracks, source == Source::Radar && config.allowRadarToMultiple);
+    if (openTracks.empty()) {
+        return;
+    }
+    // The greedy assignment knows no classes and may choose whatever passes the gate.
+    if (config.useJVA) {
+        problem.start(systemTracks, tracks, source);
+        mismatches.clear();
+        problem.findAllowedPairs(allowedPairs, mismatches);
     }
     for (std::size_t i = 0; i < systemTracks.size(); ++i) {
+        if (!isOpen(systemTracks[i])) {
+            continue;
+        }
         const SystemTrack& systemTrack = *systemTracks[i];
-        for (std::size_t j = 0; j < tracks.size(); ++j) {
-            if (isOpen[j] && !systemTrack.hasTracks(source)) {
-                observer.onCandidate({systemTrack.id, source, tracks[j]->id,
-                                      gateOf(systemTrack, *tracks[j]),
-                                      classesOf(systemTrack, *tracks[j]), allowed[i][j]});
-            }
+        const GateFacts facts = gate.factsOf(systemTrack);
+        for (const OpenTrack& open : openTracks) {
+            const Track& track = *open.facts.track;
+            const Gate::Outcome outcome = gate.evaluate(facts, open.facts);
+            const bool allowed =
+                config.useJVA ? allowedPairs.find(i, open.index) != nullptr : outcome.passed();
+            observer.onCandidate({systemTrack.id, source, track.id,
+                                  told(outcome, systemTrack, track), classesOf(systemTrack, track),
+                                  allowed});
         }
     }
 }
 
-void Explanation::mergeCandidates(const SystemTracks& systemTracks,
+void Explanation::mergeCandidates(FusionObserver& observer, const SystemTracks& systemTracks,
                                   const std::unordered_set<int>& excludedIds) {
-    for (const std::shared_ptr<SystemTrack>& older : systemTracks) {
-        for (const std::shared_ptr<SystemTrack>& younger : systemTracks) {
-            if (complement(*older, *younger) && younger->startTime > older->startTime) {
+    singles.clear();
+    for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
+        const SystemTrack& systemTrack = dereference(pointer);
+        if (!isFused(systemTrack) && !isUnsupported(systemTrack)) {
+            singles.push_back(
+                {&systemTrack, systemTrack.hasTracks(Source::Radar), gate.factsOf(systemTrack)});
+        }
+    }
+    for (const SingleSensor& older : singles) {
+        for (const SingleSensor& younger : singles) {
+            if (older.hasRadar != younger.hasRadar &&
+                younger.track->startTime > older.track->startTime) {
+                const Gate::Outcome outcome = gate.evaluate(older.facts, younger.facts);
                 observer.onMergeCandidate(
-                    {older->id, younger->id, gateOf(*older, *younger),
-                     excludedIds.count(older->id) + excludedIds.count(younger->id) > 0});
+                    {older.track->id, younger.track->id,
+                     told(outcome, *older.track, *younger.track),
+                     excludedIds.count(older.track->id) + excludedIds.count(younger.track->id) >
+                         0});
             }
         }
     }
 }
 
-void Explanation::prune(SystemTrack& systemTrack) {
-    const std::map<Source, SystemTrack::SensorTracks> before = systemTrack.sensorTracks;
-    systemTrack.prune();
-    for (const auto& [source, tracks] : before) {
-        const SystemTrack::SensorTracks& left = systemTrack.sensorTracks.at(source);
+void Explanation::prune(FusionObserver& observer, SystemTrack& systemTrack) {
+    held.clear();
+    for (const auto& [source, tracks] : systemTrack.sensorTracks) {
         for (const auto& [id, track] : tracks) {
-            if (left.count(id) == 0) {
-                observer.onPruning({systemTrack.id, source, id, track->coastingTime});
-            }
+            held.push_back({systemTrack.id, source, id, dereference(track).coastingTime});
+        }
+    }
+    systemTrack.prune();
+    for (const FusionObserver::Pruning& before : held) {
+        if (systemTrack.getSensorTracks(before.source).count(before.sensorTrackId) == 0) {
+            observer.onPruning(before);
         }
     }
 }

@@ -5,7 +5,11 @@
 #include <veskar/Config.h>
 #include <veskar/FusionObserver.h>
 #include <veskar/SystemTrack.h>
-#include <veskar/TrackAssociator.h>
+
+#include "assignment/SparseCosts.h"
+#include "association/HeldTracks.h"
+#include "association/SensorToSystem.h"
+#include "gating/Gate.h"
 
 #include <memory>
 #include <unordered_set>
@@ -13,47 +17,74 @@
 
 namespace Veskar {
 
-/// Repeats the comparisons of the association in words: the association itself knows only costs,
-/// and its loops stay free of telling.
+/// Puts the outcomes of the gate and of the class rule into words. The association keeps only the
+/// costs of the pairs that may be assigned, so an observer costs it nothing; what it compares is
+/// told here.
 class Explanation {
 public:
     using Tracks = std::vector<std::shared_ptr<Track>>;
     using SystemTracks = std::vector<std::shared_ptr<SystemTrack>>;
 
-    /// @param module the limits
-    /// @param gates asked for every verdict
-    /// @param listener told everything
-    Explanation(const Config::ModuleConfig& module, TrackAssociator& gates,
-                FusionObserver& listener)
-        : config(module), associator(gates), observer(listener) {}
+    /// @param moduleConfig the limits; must outlive this
+    /// @param trackGate the gate; must outlive this
+    Explanation(const Config::ModuleConfig& moduleConfig, const Gate& trackGate)
+        : config(moduleConfig), gate(trackGate), problem(moduleConfig, trackGate) {}
 
+    /// @param observer is told
     /// @param systemTrack before the report is fused
     /// @param report the new report of a sensor track that it holds
+    /// @param outcome the gate's, of the two
     /// @param refused whether the report costs the sensor track its place
-    void continuation(const SystemTrack& systemTrack, const Track& report, bool refused);
+    void continuation(FusionObserver& observer, const SystemTrack& systemTrack, const Track& report,
+                      const Gate::Outcome& outcome, bool refused) const;
 
     /// Tells of every pair that the assignment may choose from, and of those that it may not.
+    ///
+    /// @param observer is told
     /// @param tracks the frame's sensor tracks
     /// @param systemTracks the system tracks
     /// @param source source of the sensor tracks
-    void candidates(const Tracks& tracks, const SystemTracks& systemTracks, Source source);
+    void candidates(FusionObserver& observer, const Tracks& tracks,
+                    const SystemTracks& systemTracks, Source source);
 
+    /// @param observer is told
     /// @param systemTracks the system tracks
     /// @param excludedIds ids of those that are not merged in this frame
-    void mergeCandidates(const SystemTracks& systemTracks,
+    void mergeCandidates(FusionObserver& observer, const SystemTracks& systemTracks,
                          const std::unordered_set<int>& excludedIds);
 
     /// Prunes a system track and tells what has left it.
+    ///
+    /// @param observer is told
     /// @param systemTrack pruned
-    void prune(SystemTrack& systemTrack);
+    void prune(FusionObserver& observer, SystemTrack& systemTrack);
 
 private:
-    FusionObserver::Gate gateOf(const Track& a, const Track& b);
-    FusionObserver::ClassVerdict classesOf(const SystemTrack& systemTrack, const Track& track);
+    /// A system track that may be merged with another one.
+    struct SingleSensor {
+        const SystemTrack* track;
+        bool hasRadar;
+        GateFacts facts;
+    };
+    /// A sensor track that may be assigned.
+    struct OpenTrack {
+        int index;
+        GateFacts facts;
+    };
+
+    void findOpenTracks(const Tracks& tracks, const SystemTracks& systemTracks, bool mayShare);
+    FusionObserver::Gate told(const Gate::Outcome& outcome, const Track& a, const Track& b) const;
 
     const Config::ModuleConfig& config;
-    TrackAssociator& associator;
-    FusionObserver& observer;
+    const Gate& gate;
+    // Working memory, kept from frame to frame.
+    HeldTracks heldTracks;
+    std::vector<OpenTrack> openTracks;
+    SensorToSystem problem;
+    SparseCosts allowedPairs;
+    std::unordered_set<int> mismatches;  ///< a by-product of the problem, which tells itself later
+    std::vector<SingleSensor> singles;
+    std::vector<FusionObserver::Pruning> held;
 };
 
 }  // namespace Veskar

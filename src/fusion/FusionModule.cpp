@@ -3,6 +3,7 @@
 #include <veskar/FusionModule.h>
 
 #include "fusion/FusionModuleState.h"
+#include "track/Dereference.h"
 
 #include <exception>
 #include <limits>
@@ -50,7 +51,7 @@ FusionModule::FusionModule(const Config& configuration, SteadyClock steadyClock)
       idGenerator(publish(std::make_shared<ObjectIdGenerator>())),
       clock(std::move(steadyClock)),
       arrivals(std::make_unique<Arrivals>()),
-      workspace(std::make_unique<Workspace>()) {}
+      workspace(std::make_unique<Workspace>(config)) {}
 
 FusionModule::~FusionModule() = default;
 
@@ -76,15 +77,14 @@ void FusionModule::cycleFrame(Source source, double timestamp, const Tracks& tra
 }
 
 void FusionModule::predictTracks(double timestamp) {
-    for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
-        // The standard library asserts that what * takes is there; of -> it only hopes so.
-        SystemTrack& systemTrack = *pointer;
-        systemTrack.predict(timestamp);
+    for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
+        dereference(systemTrack).predict(timestamp);
     }
     for (const Source source : {Source::Radar, Source::VideoObject}) {
-        for (const std::shared_ptr<Track>& track : lastSensorTracks[source]) {
-            if (track->time < timestamp) {
-                track->predict(timestamp);
+        for (const std::shared_ptr<Track>& pointer : lastSensorTracks[source]) {
+            Track& track = dereference(pointer);
+            if (track.time < timestamp) {
+                track.predict(timestamp);
             }
         }
     }

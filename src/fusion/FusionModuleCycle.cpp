@@ -4,6 +4,7 @@
 
 #include "fusion/FusionModuleState.h"
 #include "fusion/ReportFault.h"
+#include "track/Dereference.h"
 
 #include <algorithm>
 #include <cmath>
@@ -39,7 +40,7 @@ struct Inspection {
 Inspection inspect(const Tracks& tracks, double timestamp) {
     Inspection found;
     for (const std::shared_ptr<Track>& pointer : tracks) {
-        const Track& report = *pointer;
+        const Track& report = dereference(pointer);
         switch (faultOf(report, timestamp)) {
             case ReportFault::None:
                 found.hasZeroGain |= report.probability == 0.0;
@@ -59,7 +60,7 @@ Tracks withoutFaults(const Tracks& tracks, double timestamp) {
     Tracks sound;
     std::copy_if(tracks.begin(), tracks.end(), std::back_inserter(sound),
                  [timestamp](const std::shared_ptr<Track>& report) {
-                     return faultOf(*report, timestamp) == ReportFault::None;
+                     return faultOf(dereference(report), timestamp) == ReportFault::None;
                  });
     return sound;
 }

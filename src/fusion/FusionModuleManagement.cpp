@@ -2,9 +2,9 @@
 // How system tracks are born, confirmed, merged and deleted.
 #include <veskar/FusionModule.h>
 
-#include "fusion/Explanation.h"
 #include "fusion/FusionModuleState.h"
 #include "fusion/SystemTracks.h"
+#include "track/Support.h"
 
 #include <utility>
 
@@ -18,12 +18,8 @@ bool deservesConfirmation(const SystemTrack& systemTrack, const Config::ModuleCo
            (isFused(systemTrack) && limits.systemTrackConfirmationLimitLower < probability);
 }
 
-bool isEmpty(const SystemTrack& systemTrack) {
-    return !systemTrack.hasTracks(Source::VideoObject) && !systemTrack.hasTracks(Source::Radar);
-}
-
 bool hasSingleRadarTrackOnly(const SystemTrack& systemTrack) {
-    return systemTrack.hasTracks(Source::Radar) && !systemTrack.hasTracks(Source::VideoObject) &&
+    return systemTrack.hasTracks(Source::Radar) && !isFused(systemTrack) &&
            systemTrack.getSensorTracks(Source::Radar).size() == 1;
 }
 
@@ -39,9 +35,10 @@ template <typename Predicate>
 void tellDeletions(FusionObserver& observer,
                    const std::vector<std::shared_ptr<SystemTrack>>& systemTracks,
                    Predicate isDeleted, FusionObserver::DeletionReason reason) {
-    for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
-        if (isDeleted(*systemTrack)) {
-            observer.onDeletion(systemTrack->id, reason);
+    for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
+        const SystemTrack& systemTrack = dereference(pointer);
+        if (isDeleted(systemTrack)) {
+            observer.onDeletion(systemTrack.id, reason);
         }
     }
 }
@@ -54,58 +51,61 @@ void FusionModule::startSystemTracks(const std::vector<std::shared_ptr<Track>>& 
     heldTracks.start(systemTracks);
     IdSet& startedIds = workspace->startedIds;
     startedIds.clear();
-    for (const std::shared_ptr<Track>& track : tracks) {
-        if (heldTracks.holds(*track)) {
+    for (const std::shared_ptr<Track>& pointer : tracks) {
+        const Track& track = dereference(pointer);
+        if (heldTracks.holds(track)) {
             continue;
         }
-        if (startedIds.contains(track->id)) {
-            initialize(track);  // a second report: this frame may have started its system track
+        if (startedIds.contains(track.id)) {
+            initialize(pointer);  // a second report: this frame may have started its system track
         } else {
-            startedIds.insert(track->id);
-            startSystemTrack(track);
+            startedIds.insert(track.id);
+            startSystemTrack(pointer);
         }
     }
 }
 
 void FusionModule::initialize(std::shared_ptr<Track> track) {
-    if (!associator.isOccupied(*track, systemTracks)) {
+    if (!associator.isOccupied(dereference(track), systemTracks)) {
         startSystemTrack(std::move(track));
     }
 }
 
 void FusionModule::startSystemTrack(std::shared_ptr<Track> track) {
-    if (config.module.removeClassMismatches && excludedTrackIds.count(track->id) > 0) {
+    const Track& report = dereference(track);
+    if (config.module.removeClassMismatches && excludedTrackIds.count(report.id) > 0) {
         return;
     }
-    const Track& report = *track;
     systemTracks.push_back(
         std::make_shared<SystemTrack>(std::move(track), ObjectIdGenerator::instance->next()));
-    takeLabels(*systemTracks.back(), report);
+    SystemTrack& started = *systemTracks.back();
+    takeLabels(started, report);
     if (observer != nullptr) {
-        observer->onStart({systemTracks.back()->id, report.source, report.id});
+        observer->onStart({started.id, report.source, report.id});
     }
 }
 
 void FusionModule::management() {
-    for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
-        if (deservesConfirmation(*systemTrack, config.module)) {
-            if (observer != nullptr && !systemTrack->isConfirmed) {
-                tellConfirmation(*observer, *systemTrack, config.module);
+    for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
+        SystemTrack& systemTrack = dereference(pointer);
+        if (deservesConfirmation(systemTrack, config.module)) {
+            if (observer != nullptr && !systemTrack.isConfirmed) {
+                tellConfirmation(*observer, systemTrack, config.module);
             }
-            systemTrack->isConfirmed = true;
+            systemTrack.isConfirmed = true;
         }
         if (observer != nullptr) {
-            Explanation(config.module, associator, *observer).prune(*systemTrack);
+            workspace->explanation.prune(*observer, systemTrack);
         } else {
-            systemTrack->prune();
+            systemTrack.prune();
         }
-        systemTrack->updateIsConfident();
+        systemTrack.updateIsConfident();
     }
     if (observer != nullptr) {
-        tellDeletions(*observer, systemTracks, isEmpty,
+        tellDeletions(*observer, systemTracks, isUnsupported,
                       FusionObserver::DeletionReason::NoSensorTracks);
     }
-    eraseIf(systemTracks, isEmpty);
+    eraseIf(systemTracks, isUnsupported);
     if (config.module.allowRadarToMultiple) {
         eraseRadarCopies();
     }
@@ -116,9 +116,10 @@ void FusionModule::management() {
 void FusionModule::eraseRadarCopies() {
     IdSet& sharedRadarIds = workspace->sharedRadarIds;
     sharedRadarIds.clear();
-    for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
-        if (isFused(*systemTrack)) {
-            for (const auto& [id, radarTrack] : systemTrack->getSensorTracks(Source::Radar)) {
+    for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
+        const SystemTrack& systemTrack = dereference(pointer);
+        if (isFused(systemTrack)) {
+            for (const auto& [id, radarTrack] : systemTrack.getSensorTracks(Source::Radar)) {
                 sharedRadarIds.insert(id);
             }
         }
@@ -126,10 +127,11 @@ void FusionModule::eraseRadarCopies() {
 
     IdSet& copies = workspace->copies;
     copies.clear();
-    for (const std::shared_ptr<SystemTrack>& systemTrack : systemTracks) {
-        if (hasSingleRadarTrackOnly(*systemTrack) &&
-            sharedRadarIds.contains(systemTrack->getSensorTracks(Source::Radar).begin()->first)) {
-            copies.insert(systemTrack->id);
+    for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
+        const SystemTrack& systemTrack = dereference(pointer);
+        if (hasSingleRadarTrackOnly(systemTrack) &&
+            sharedRadarIds.contains(systemTrack.getSensorTracks(Source::Radar).begin()->first)) {
+            copies.insert(systemTrack.id);
         }
     }
     const auto isCopy = [&copies](const SystemTrack& systemTrack) {

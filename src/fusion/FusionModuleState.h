@@ -5,10 +5,12 @@
 #include <veskar/FusionModule.h>
 
 #include "association/HeldTracks.h"
+#include "fusion/Explanation.h"
 #include "fusion/IdSet.h"
 #include "fusion/LogLimit.h"
 #include "fusion/ReportIndex.h"
 #include "fusion/TimeBase.h"
+#include "gating/Gate.h"
 
 #include <map>
 #include <memory>
@@ -37,8 +39,13 @@ struct FusionModule::Arrivals {
     LogLimit radarDropped;
 };
 
-/// Working memory of a frame, kept so that a warm module allocates little.
+/// The parts that a frame works with, and its memory, kept so that a warm module allocates little.
 struct FusionModule::Workspace {
+    /// @param config must outlive this
+    explicit Workspace(const Config& config) : gate(config), explanation(config.module, gate) {}
+
+    Gate gate;
+    Explanation explanation;
     ReportIndex reports;                          ///< the frame's sensor tracks
     std::vector<int> refusedSensorTracks;         ///< ids that one system track shall let go
     std::unordered_set<int> refusedSystemTracks;  ///< ids of those with a report outside the gate

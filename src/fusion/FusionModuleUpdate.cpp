@@ -2,9 +2,9 @@
 // How a frame's sensor tracks come into the system tracks.
 #include <veskar/FusionModule.h>
 
-#include "fusion/Explanation.h"
 #include "fusion/FusionModuleState.h"
 #include "fusion/SystemTracks.h"
+#include "track/Support.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -50,7 +50,7 @@ void FusionModule::continueTracks(Source source,
                                   const std::vector<std::shared_ptr<Track>>& tracks) {
     workspace->reports.assign(tracks);
     for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
-        SystemTrack& systemTrack = *pointer;
+        SystemTrack& systemTrack = dereference(pointer);
         if (!systemTrack.hasTracks(source)) {
             continue;
         }
@@ -68,32 +68,39 @@ void FusionModule::continueSystemTrack(SystemTrack& systemTrack, Source source) 
     std::vector<int>& refused = workspace->refusedSensorTracks;
     refused.clear();
     for (const auto& [id, previous] : systemTrack.getSensorTracks(source)) {
-        const std::shared_ptr<Track>* report = workspace->reports.find(id);
-        if (report == nullptr) {
+        const std::shared_ptr<Track>* found = workspace->reports.find(id);
+        if (found == nullptr) {
             continue;
         }
-        const bool isRefused = mayRefuse && refusesReport(systemTrack, **report, source);
-        if (isRefused) {
-            refused.push_back(id);
+        const Track& report = dereference(*found);
+        if (mayRefuse || observer != nullptr) {
+            const Gate& gate = workspace->gate;
+            const Gate::Outcome outcome =
+                gate.evaluate(gate.factsOf(systemTrack), gate.factsOf(report));
+            const bool isRefused =
+                mayRefuse && refusesReport(systemTrack, report, source, outcome.passed());
+            if (isRefused) {
+                refused.push_back(id);
+            }
+            if (observer != nullptr) {
+                workspace->explanation.continuation(*observer, systemTrack, report, outcome,
+                                                    isRefused);
+            }
         }
-        if (observer != nullptr) {
-            Explanation(config.module, associator, *observer)
-                .continuation(systemTrack, **report, isRefused);
-        }
-        fuseReport(systemTrack, *report);
+        fuseReport(systemTrack, *found);
     }
     for (const int id : refused) {
         if (observer != nullptr) {
-            const double coasting = systemTrack.getSensorTracks(source).at(id)->coastingTime;
-            observer->onPruning({systemTrack.id, source, id, coasting});
+            const Track& leaving = dereference(systemTrack.getSensorTracks(source).at(id));
+            observer->onPruning({systemTrack.id, source, id, leaving.coastingTime});
         }
         systemTrack.pruneSensorTracksByIdx(source, id);
     }
 }
 
-bool FusionModule::refusesReport(const SystemTrack& systemTrack, const Track& report,
-                                 Source source) {
-    if (!associator.checkGating(systemTrack, report).passed) {
+bool FusionModule::refusesReport(const SystemTrack& systemTrack, const Track& report, Source source,
+                                 bool isInsideGate) {
+    if (!isInsideGate) {
         workspace->refusedSystemTracks.insert(systemTrack.id);
         return true;
     }
@@ -106,8 +113,8 @@ void FusionModule::mergeSystemTracks() {
         return;
     }
     if (observer != nullptr) {
-        Explanation(config.module, associator, *observer)
-            .mergeCandidates(systemTracks, workspace->refusedSystemTracks);
+        workspace->explanation.mergeCandidates(*observer, systemTracks,
+                                               workspace->refusedSystemTracks);
     }
     std::vector<const SystemTrack*>& mergedAway = workspace->mergedAway;
     mergedAway.clear();
@@ -117,8 +124,8 @@ void FusionModule::mergeSystemTracks() {
     // A pair can come in both orientations: then the first one counts.
     for (const auto& [row, col] :
          associator.systemToSystemAssociation(systemTracks, workspace->refusedSystemTracks)) {
-        SystemTrack& survivor = *elementAt(systemTracks, row);
-        SystemTrack& other = *elementAt(systemTracks, col);
+        SystemTrack& survivor = dereference(elementAt(systemTracks, row));
+        SystemTrack& other = dereference(elementAt(systemTracks, col));
         if (!isMergedAway(survivor) && !isMergedAway(other)) {
             if (observer != nullptr) {
                 observer->onMerge(survivor.id, other.id);
@@ -137,17 +144,18 @@ void FusionModule::associateTracks(Source source,
         return;
     }
     if (observer != nullptr) {
-        Explanation(config.module, associator, *observer).candidates(tracks, systemTracks, source);
+        workspace->explanation.candidates(*observer, tracks, systemTracks, source);
     }
     for (const auto& [systemIndex, sensorIndex] :
          associator.sensorToSystemAssociation(tracks, systemTracks, source, excludedTrackIds)) {
-        SystemTrack& systemTrack = *elementAt(systemTracks, systemIndex);
-        const std::shared_ptr<Track>& track = elementAt(tracks, sensorIndex);
-        if (!systemTrack.hasTracks(track->source)) {
+        SystemTrack& systemTrack = dereference(elementAt(systemTracks, systemIndex));
+        const std::shared_ptr<Track>& pointer = elementAt(tracks, sensorIndex);
+        const Track& track = dereference(pointer);
+        if (!systemTrack.hasTracks(track.source)) {
             if (observer != nullptr) {
-                observer->onAssignment({systemTrack.id, track->source, track->id});
+                observer->onAssignment({systemTrack.id, track.source, track.id});
             }
-            fuseReport(systemTrack, track);
+            fuseReport(systemTrack, pointer);
             workspace->marked.push_back(&systemTrack);
         }
     }
@@ -158,7 +166,7 @@ void FusionModule::stepUnmarked(Source source) {
     std::vector<const SystemTrack*>& marked = workspace->marked;
     std::sort(marked.begin(), marked.end(), std::less<>());
     for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
-        SystemTrack& systemTrack = *pointer;
+        SystemTrack& systemTrack = dereference(pointer);
         if (std::binary_search(marked.begin(), marked.end(), &systemTrack, std::less<>())) {
             continue;
         }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fusion/ReportIndex.h"
 
+#include "track/Dereference.h"
+
 #include <algorithm>
 
 namespace Veskar {
@@ -8,7 +10,7 @@ namespace Veskar {
 void ReportIndex::assign(const std::vector<std::shared_ptr<Track>>& tracks) {
     entries.clear();
     for (const std::shared_ptr<Track>& track : tracks) {
-        entries.push_back({track->id, &track});
+        entries.push_back({dereference(track).id, &track});
     }
     // All pointers lead into one vector, so they order equal ids as the frame does; unlike a stable
     // sort this needs no memory.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fusion/SystemTracks.h"
 
+#include "track/Dereference.h"
+
 namespace Veskar {
 
 void takeLabels(SystemTrack& systemTrack, const Track& report) {
@@ -12,8 +14,8 @@ void takeLabels(SystemTrack& systemTrack, const Track& report) {
 
 void fuseReport(SystemTrack& systemTrack, const std::shared_ptr<Track>& report) {
     systemTrack.updateState(report);
-    systemTrack.updateTrackProbability(report->probability);
-    takeLabels(systemTrack, *report);
+    systemTrack.updateTrackProbability(dereference(report).probability);
+    takeLabels(systemTrack, dereference(report));
 }
 
 }  // namespace Veskar

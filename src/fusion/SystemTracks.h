@@ -4,16 +4,13 @@
 
 #include <veskar/SystemTrack.h>
 
+#include "track/Dereference.h"
+
 #include <algorithm>
 #include <memory>
 #include <vector>
 
 namespace Veskar {
-
-/// Whether radar and video both back a system track.
-inline bool isFused(const SystemTrack& systemTrack) {
-    return systemTrack.hasTracks(Source::Radar) && systemTrack.hasTracks(Source::VideoObject);
-}
 
 /// Takes over the class and the colours of a report.
 void takeLabels(SystemTrack& systemTrack, const Track& report);
@@ -25,7 +22,7 @@ void fuseReport(SystemTrack& systemTrack, const std::shared_ptr<Track>& report);
 template <typename Predicate>
 void eraseIf(std::vector<std::shared_ptr<SystemTrack>>& systemTracks, Predicate isDeleted) {
     const auto isDeletedTrack = [&isDeleted](const std::shared_ptr<SystemTrack>& systemTrack) {
-        return isDeleted(*systemTrack);
+        return isDeleted(dereference(systemTrack));
     };
     systemTracks.erase(std::remove_if(systemTracks.begin(), systemTracks.end(), isDeletedTrack),
                        systemTracks.end());

@@ -6,11 +6,9 @@
 namespace Veskar {
 
 Gate::Gate(const Config::ModuleConfig& config, double stationaryBlockingMinBoxHeight)
-    : coarseGate(config.splitGating,
-                 config.splitGating ? config.positionGatingDistance : config.gatingDistance),
-      split(config.splitGating),
-      gatingDistance(config.gatingDistance),
-      positionGatingDistance(config.positionGatingDistance),
+    : split(config.splitGating),
+      distanceLimit(split ? config.positionGatingDistance : config.gatingDistance),
+      coarseGate(split, distanceLimit),
       velocityGatingSimilarity(config.velocityGatingSimilarity),
       velocityMinGatingLimit(config.velocityMinGatingLimit),
       blockingMinSpeed(config.stationaryBlockingMinSpeed),
@@ -46,26 +44,46 @@ GateFacts Gate::factsOf(const Track& track, const ClassTraits& traits) const {
     return facts;
 }
 
-GatingResult Gate::evaluate(const GateFacts& system, const GateFacts& sensor) const {
-    if (!system.supported || !sensor.supported) {
-        return {forbiddenCost, false};
+Gate::Outcome Gate::evaluate(const GateFacts& system, const GateFacts& sensor) const {
+    Outcome outcome;
+    if (system.supported && sensor.supported) {
+        outcome = measure(*system.track, *sensor.track);
+        outcome.verdict = judge(outcome, system, sensor);
     }
-    if (split) {
-        return evaluateSplit(system, sensor);
-    }
-    const double distance = system.track->statisticalDistance(*sensor.track);
-    return {distance, distance < gatingDistance};
+    return outcome;
 }
 
-GatingResult Gate::evaluateSplit(const GateFacts& system, const GateFacts& sensor) const {
-    const double position = system.track->positionStatisticalDistance(*sensor.track);
-    const auto [moving, similarity] =
-        system.track->velocitySimilarity(*sensor.track, velocityMinGatingLimit);
-    const bool inside =
-        position < positionGatingDistance && (!moving || similarity > velocityGatingSimilarity);
-    const double distance =
-        position / positionGatingDistance + (1.0 - similarity) / (1.0 - velocityGatingSimilarity);
-    return {distance, inside && !isBlockedAsStationary(system, sensor)};
+Gate::Outcome Gate::measure(const Track& system, const Track& sensor) const {
+    Outcome outcome;
+    if (split) {
+        outcome.distance = system.positionStatisticalDistance(sensor);
+        const auto [moving, similarity] = system.velocitySimilarity(sensor, velocityMinGatingLimit);
+        outcome.moving = moving;
+        outcome.similarity = similarity;
+    } else {
+        outcome.distance = system.statisticalDistance(sensor);
+    }
+    return outcome;
+}
+
+/// Written so that a distance or similarity that is not a number passes nowhere.
+Gate::Verdict Gate::judge(const Outcome& measured, const GateFacts& system,
+                          const GateFacts& sensor) const {
+    if (!(measured.distance < distanceLimit)) {
+        return Verdict::TooFar;
+    }
+    if (measured.moving && !(measured.similarity > velocityGatingSimilarity)) {
+        return Verdict::VelocityDiffers;
+    }
+    return isBlockedAsStationary(system, sensor) ? Verdict::StandsStill : Verdict::Passed;
+}
+
+std::optional<double> Gate::costInside(const GateSide& system, const GateSide& sensor) const {
+    if (CoarseGate::areFar(system.marginals, sensor.marginals)) {
+        return std::nullopt;
+    }
+    const Outcome outcome = evaluate(system, sensor);
+    return outcome.passed() ? std::optional<double>(costOf(outcome)) : std::nullopt;
 }
 
 /// Whether radar sees speed where video sees a large object that has stood still for long.

@@ -4,9 +4,7 @@
 
 #include <veskar/Config.h>
 #include <veskar/Track.h>
-#include <veskar/TrackAssociator.h>
 
-#include "assignment/SparseCosts.h"
 #include "gating/ClassTraits.h"
 #include "gating/CoarseGate.h"
 
@@ -29,51 +27,82 @@ struct GateSide : GateFacts {
     Marginals marginals;
 };
 
-/// Decides whether a sensor track may belong to a system track, and at what distance.
+/// Decides whether a sensor track may belong to a system track, at what cost, and why.
 class Gate {
 public:
+    /// Why a pair passes or not.
+    enum class Verdict {
+        Passed,
+        TooFar,             ///< the distance is not below its limit
+        VelocityDiffers,    ///< the velocities count and do not point the same way
+        StandsStill,        ///< radar sees speed where video sees a large object standing still
+        ClassNotSupported,  ///< one of the classes takes no part in association
+    };
+
+    /// How a pair compares.
+    struct Outcome {
+        double distance = 0.0;  ///< Mahalanobis distance; with "splitGating" of the positions alone
+        double similarity =
+            0.0;              ///< cosine of the angle between the velocities; "splitGating" only
+        bool moving = false;  ///< whether the similarity counts
+        Verdict verdict = Verdict::ClassNotSupported;
+
+        bool passed() const { return verdict == Verdict::Passed; }
+    };
+
     /// @param config the limits
     /// @param stationaryBlockingMinBoxHeight box height above which a standing object blocks,
     ///                                       fraction of the image height
     Gate(const Config::ModuleConfig& config, double stationaryBlockingMinBoxHeight);
+    /// @param config the limits
+    explicit Gate(const Config& config)
+        : Gate(config.module, config.detectionPriority.vodHeightFractionLimit) {}
 
     /// @param track any track; must outlive the facts
     /// @return what evaluate needs to know of it
     GateFacts factsOf(const Track& track) const;
 
     /// @param track any track; must outlive the answer
-    /// @return what screen needs to know of it
+    /// @return what costInside needs to know of it
     GateSide sideOf(const Track& track) const;
     /// @param track any track; must outlive the answer
     /// @param traits its class
-    /// @return what screen needs to know of it
+    /// @return what costInside needs to know of it
     GateSide sideOf(const Track& track, const ClassTraits& traits) const;
 
     /// @param system the fused track
     /// @param sensor the candidate
-    /// @return distance and verdict
-    GatingResult evaluate(const GateFacts& system, const GateFacts& sensor) const;
+    /// @return the outcome; nothing is measured where a class is not supported
+    Outcome evaluate(const GateFacts& system, const GateFacts& sensor) const;
 
-    /// The same without the distance of a pair that is certainly outside.
+    /// @param system the fused track
+    /// @param sensor the candidate
+    /// @return an outcome without a verdict
+    Outcome measure(const Track& system, const Track& sensor) const;
+
+    /// @param outcome of a pair that was measured
+    /// @return what the pair costs an assignment
+    double costOf(const Outcome& outcome) const {
+        return split ? outcome.distance / distanceLimit +
+                           (1.0 - outcome.similarity) / (1.0 - velocityGatingSimilarity)
+                     : outcome.distance;
+    }
+
+    /// evaluate and costOf in one, without measuring a pair that the coarse gate keeps outside.
     ///
     /// @param system the fused track
     /// @param sensor the candidate
-    /// @return verdict, and the distance of a pair that passes
-    GatingResult screen(const GateSide& system, const GateSide& sensor) const {
-        return CoarseGate::areFar(system.marginals, sensor.marginals)
-                   ? GatingResult{forbiddenCost, false}
-                   : evaluate(system, sensor);
-    }
+    /// @return the cost of a pair that passes
+    std::optional<double> costInside(const GateSide& system, const GateSide& sensor) const;
 
 private:
     GateFacts factsOf(const Track& track, const ClassTraits& traits) const;
-    GatingResult evaluateSplit(const GateFacts& system, const GateFacts& sensor) const;
+    Verdict judge(const Outcome& measured, const GateFacts& system, const GateFacts& sensor) const;
     bool isBlockedAsStationary(const GateFacts& system, const GateFacts& sensor) const;
 
-    CoarseGate coarseGate;
     bool split;
-    double gatingDistance;
-    double positionGatingDistance;
+    double distanceLimit;
+    CoarseGate coarseGate;
     double velocityGatingSimilarity;
     double velocityMinGatingLimit;
     double blockingMinSpeed;

@@ -3,7 +3,7 @@
 #include <veskar/VODAnnotationClient.h>
 #include <veskar/Vocabulary.h>
 
-#include "track/FirstTrack.h"
+#include "track/Support.h"
 
 #include <algorithm>
 #include <chrono>
@@ -37,14 +37,12 @@ DetectionPriority::DetectionPriority(const Config& newConfig)
     : blockingEnabled(true), config(newConfig) {}
 
 std::set<std::string> DetectionPriority::evaluateTrack(SystemTrack& track) {
-    const bool seenByVideo = track.hasTracks(Source::VideoObject);
-    const bool seenByRadar = track.hasTracks(Source::Radar);
     std::set<std::string> tags;
-    if (seenByVideo && seenByRadar) {
+    if (isFused(track)) {
         tags.insert(Vocabulary::minimizeFalseAlarms);
         sendAnnotation(track, firstTrack(track, Source::VideoObject)->className);
     }
-    if (seenByVideo || seenByRadar) {
+    if (!isUnsupported(track)) {
         tags.insert(Vocabulary::maximizeDetections);
     }
     const auto latched = [&] {
@@ -63,16 +61,14 @@ std::set<std::string> DetectionPriority::evaluateTrack(SystemTrack& track) {
 
 void DetectionPriority::findReasons(SystemTrack& track) {
     const Config::PriorityConfig& limits = config.detectionPriority;
-    const bool seenByVideo = track.hasTracks(Source::VideoObject);
-    const bool seenByRadar = track.hasTracks(Source::Radar);
-    if (seenByVideo && seenByRadar) {
+    if (isFused(track)) {
         track.reasonLatches[BothSensors] = true;
         return;
     }
     const bool longLived = track.time - track.systemStartTime > limits.longlivedLimit;
     const bool travelledFar =
         track.getTravelledDistanceInImagePlane() > limits.travelledDistanceLimit;
-    if (seenByRadar) {
+    if (track.hasTracks(Source::Radar)) {
         if (sceneConditions.hasGoodVideoConditions(track)) {
             ++track.framesWithoutVideo;
         }
@@ -88,7 +84,7 @@ void DetectionPriority::findReasons(SystemTrack& track) {
         if (longLived || travelledFar) {
             sendAnnotation(track, Vocabulary::unknown);
         }
-    } else if (seenByVideo) {
+    } else if (track.hasTracks(Source::VideoObject)) {
         track.reasonLatches[OutsideRadarRange] = outsideRadarDetectionRange(track);
         track.reasonLatches[LongLived] = longLived;
         track.reasonLatches[TravelledFar] = travelledFar;

@@ -1,11 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
-// The sensor track that speaks for its source in a system track.
+// Which sensor tracks support a system track.
 #pragma once
 
 #include <veskar/SystemTrack.h>
 
+#include "track/Dereference.h"
+
 namespace Veskar {
 
+/// @param system a system track
+/// @return whether radar and video both support it
+inline bool isFused(const SystemTrack& system) {
+    return system.hasTracks(Source::Radar) && system.hasTracks(Source::VideoObject);
+}
+
+/// @param system a system track
+/// @return whether neither radar nor video supports it
+inline bool isUnsupported(const SystemTrack& system) {
+    return !system.hasTracks(Source::VideoObject) && !system.hasTracks(Source::Radar);
+}
+
+/// The sensor track that speaks for its source.
+///
 /// @param system a system track
 /// @param s a source
 /// @return the track of @p s with the smallest id; null without one
@@ -14,8 +30,7 @@ inline const Track* firstTrack(const SystemTrack& system, Source s) {
     if (tracks == system.sensorTracks.end() || tracks->second.empty()) {
         return nullptr;
     }
-    const Track& first = *tracks->second.begin()->second;
-    return &first;
+    return &dereference(tracks->second.begin()->second);
 }
 
 /// @param system a system track

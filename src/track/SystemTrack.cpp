@@ -2,7 +2,7 @@
 // The sensor tracks behind a system track: who is held, who coasts, who has to leave.
 #include <veskar/SystemTrack.h>
 
-#include "track/FirstTrack.h"
+#include "track/Support.h"
 
 #include <algorithm>
 #include <iterator>
@@ -19,7 +19,7 @@ constexpr double coastingLimit = 0.5;
 SystemTrack::SensorTracks::iterator release(SystemTrack& system, Source source,
                                             SystemTrack::SensorTracks& tracks,
                                             SystemTrack::SensorTracks::iterator leaving) {
-    system.applyDefusion(*leaving->second);
+    system.applyDefusion(dereference(leaving->second));
     const auto next = tracks.erase(leaving);
     if (source == Source::VideoObject) {
         if (const Track* radar = firstTrack(system, Source::Radar)) {
@@ -42,7 +42,7 @@ SystemTrack::SystemTrack(std::shared_ptr<Track> track, int systemId)
       reasonLatches{},
       framesWithoutVideo(0),
       isConfirmed(false) {
-    const Track& first = *track;
+    const Track& first = dereference(track);
     state = first.state;
     covariance = first.covariance;
     time = first.time;
@@ -99,8 +99,7 @@ const SystemTrack::SensorTracks& SystemTrack::getSensorTracks(const Source& s) c
 void SystemTrack::setCoastingTimeTracks(double dt) {
     for (const auto& tracks : sensorTracks) {
         for (const auto& entry : tracks.second) {
-            Track& track = *entry.second;
-            track.coastingTime += dt;
+            dereference(entry.second).coastingTime += dt;
         }
     }
 }
@@ -113,8 +112,7 @@ bool SystemTrack::hasCoastingTracksTooLong(const Source& s, double limit) const 
     const auto tracks = sensorTracks.find(s);
     return tracks != sensorTracks.end() &&
            std::any_of(tracks->second.begin(), tracks->second.end(), [limit](const auto& entry) {
-               const Track& track = *entry.second;
-               return track.coastingTime > limit;
+               return dereference(entry.second).coastingTime > limit;
            });
 }
 
@@ -133,8 +131,7 @@ void SystemTrack::pruneSensorTracksByCoastingTime(const Source& s) {
     const Source pruned = s;  // s may be a member of a track that leaves
     SensorTracks& tracks = sensorTracks[pruned];
     for (auto entry = tracks.begin(); entry != tracks.end();) {
-        const Track& track = *entry->second;
-        const bool leaves = track.coastingTime >= coastingLimit;
+        const bool leaves = dereference(entry->second).coastingTime >= coastingLimit;
         entry = leaves ? release(*this, pruned, tracks, entry) : std::next(entry);
     }
 }

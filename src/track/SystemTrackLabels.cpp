@@ -3,7 +3,7 @@
 #include <veskar/SystemTrack.h>
 #include <veskar/Vocabulary.h>
 
-#include "track/FirstTrack.h"
+#include "track/Support.h"
 
 #include <algorithm>
 #include <numeric>

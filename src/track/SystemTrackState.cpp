@@ -3,6 +3,7 @@
 #include <veskar/ImagePlane.h>
 #include <veskar/SystemTrack.h>
 
+#include "track/Dereference.h"
 #include "track/Information.h"
 
 #include <utility>
@@ -17,13 +18,13 @@ Information informationOf(const Track& track) {
 }  // namespace
 
 void SystemTrack::updateState(std::shared_ptr<Track> track) {
-    Track& report = *track;
+    Track& report = dereference(track);
     const auto [entry, isNew] =
         sensorTracks[report.source].try_emplace(report.id, std::move(track));
 
     Information fused = informationOf(*this);
     if (!isNew) {
-        const Track& previous = *entry->second;
+        const Track& previous = dereference(entry->second);
         fused -= informationOf(previous);
         report.startTime = previous.startTime;
         entry->second = std::move(track);
@@ -55,8 +56,7 @@ void SystemTrack::predict(double t) {
     Track::predict(t);
     for (const Source moved : {Source::Radar, Source::VideoObject}) {
         for (const auto& entry : sensorTracks[moved]) {
-            Track& track = *entry.second;
-            track.predict(t);
+            dereference(entry.second).predict(t);
         }
     }
 }

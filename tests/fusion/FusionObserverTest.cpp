@@ -137,6 +137,44 @@ TEST_F(FusionObserverTest, HearsWhyACandidateWasNotTaken) {
     EXPECT_EQ(heard.assignments[0].sensorTrackId, 4);
 }
 
+TEST_F(FusionObserverTest, HearsHowFarATrackIsWhoseClassIsNotSupported) {
+    config.module.splitGating = true;
+    config.module.velocityMinGatingLimit = 0.05;
+    showVideo(10.0, {video(1, 10.0, {0.0, 0.3})});
+    watch();
+    fuseRadar(10.0, {radar(2, 10.0, {0.1, -0.3, 2.0, "no such class"})});
+    ASSERT_THAT(heard.candidates, SizeIs(1));
+    const FusionObserver::Gate& gate = heard.candidates[0].gate;
+    EXPECT_EQ(gate.verdict, GateVerdict::ClassNotSupported);
+    EXPECT_NEAR(gate.distance, 0.1 / std::sqrt(2.0 * usualVariance), 1e-9);
+    ASSERT_TRUE(gate.velocitySimilarity.has_value());
+    EXPECT_NEAR(*gate.velocitySimilarity, -1.0, 1e-12);
+}
+
+TEST_F(FusionObserverTest, HearsThatATrackOfTheRightClassForbidsOthersAlsoWhileItIsHeld) {
+    config.module.useJVA = true;
+    showVideo(10.0, {video(1, 10.0), video(2, 10.0, {far})});
+    fuseRadar(10.0, {radar(1, 10.0)});
+    showVideo(10.1, {video(2, 10.1, {0.1})});
+    watch();
+    // Radar track 1 belongs to the first system track and stands inside the gate of the second.
+    fuseRadar(10.1, {radar(1, 10.1), radar(3, 10.1, {0.2, 0.0, 2.0, "car"})});
+    ASSERT_THAT(heard.candidates, SizeIs(1));
+    EXPECT_EQ(heard.candidates[0].sensorTrackId, 3);
+    EXPECT_EQ(heard.candidates[0].gate.verdict, GateVerdict::Passed);
+    EXPECT_FALSE(heard.candidates[0].allowed);
+}
+
+TEST_F(FusionObserverTest, HearsThatTheGreedyAssignmentKnowsNoClasses) {
+    config.module.useJVA = false;
+    showVideo(10.0, {video(1, 10.0)});
+    watch();
+    fuseRadar(10.0, {radar(3, 10.0, {0.2, 0.0, 2.0, "car"}), radar(4, 10.0, {0.1})});
+    ASSERT_THAT(heard.candidates, SizeIs(2));
+    EXPECT_TRUE(heard.candidates[0].allowed);
+    EXPECT_TRUE(heard.candidates[1].allowed);
+}
+
 TEST_F(FusionObserverTest, HearsThatAnOtherClassIsAllowedWithoutABetterCandidate) {
     showVideo(10.0, {video(1, 10.0)});
     watch();
