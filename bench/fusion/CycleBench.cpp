@@ -65,18 +65,18 @@ struct Row {
 class Walkers {
 public:
     Walkers(Source sensor, int count, const Row& place = {})
-        : source(sensor), objects(count), row(place) {}
+        : source_(sensor), objects_(count), row_(place) {}
 
     Tracks at(double time) {
         Tracks tracks;
-        for (int id = 1; id <= objects; ++id) {
+        for (int id = 1; id <= objects_; ++id) {
             VeskarTest::Report report;
-            report.source = source;
+            report.source = source_;
             report.id = id;
             report.time = time;
-            report.state << row.spread * (1.8 * id / objects - 0.9) + row.shift, 0.02, -0.2, 0.0,
-                10.0 + row.spread * 3.0 * id, 0.0;
-            report.covariance = 1e-4 * pool.next().P;
+            report.state << row_.spread * (1.8 * id / objects_ - 0.9) + row_.shift, 0.02, -0.2, 0.0,
+                10.0 + row_.spread * 3.0 * id, 0.0;
+            report.covariance = 1e-4 * pool_.next().P;
             report.className = "human";
             tracks.push_back(VeskarTest::makeTrack(report));
             tracks.back()->probability = 2.0;
@@ -86,10 +86,10 @@ public:
     }
 
 private:
-    Source source;
-    int objects;
-    Row row;
-    VeskarBench::EstimatePool pool;
+    Source source_;
+    int objects_;
+    Row row_;
+    VeskarBench::EstimatePool pool_;
 };
 
 /// Sums up what calls of `cycle` cost.
@@ -99,19 +99,19 @@ public:
         const VeskarTest::AllocationScope scope;
         const double start = processorSeconds();
         module.cycle(source, time, tracks);
-        seconds += processorSeconds() - start;
-        allocations += static_cast<double>(scope.count());
-        ++frames;
+        seconds_ += processorSeconds() - start;
+        allocations_ += static_cast<double>(scope.count());
+        ++frames_;
     }
 
-    double getSeconds() const { return seconds; }
-    double perFrame() const { return seconds / frames; }
-    double allocationsPerFrame() const { return allocations / frames; }
+    double getSeconds() const { return seconds_; }
+    double perFrame() const { return seconds_ / frames_; }
+    double allocationsPerFrame() const { return allocations_ / frames_; }
 
 private:
-    double seconds = 0.0;
-    double allocations = 0.0;
-    double frames = 0.0;
+    double seconds_ = 0.0;
+    double allocations_ = 0.0;
+    double frames_ = 0.0;
 };
 
 void require(benchmark::State& state, bool condition, const char* what) {

@@ -15,17 +15,17 @@ public:
     EstimatePool() {
         VeskarTest::RandomEstimates random(2024);
         for (std::size_t i = 0; i < size; ++i) {
-            estimates.push_back(random.estimate());
+            estimates_.push_back(random.estimate());
         }
     }
 
     /// @return the next estimate of the ring
-    const VeskarTest::Estimate& next() { return estimates[position++ % size]; }
+    const VeskarTest::Estimate& next() { return estimates_[position_++ % size]; }
 
 private:
     static constexpr std::size_t size = 509;
-    std::vector<VeskarTest::Estimate> estimates;
-    std::size_t position = 0;
+    std::vector<VeskarTest::Estimate> estimates_;
+    std::size_t position_ = 0;
 };
 
 }  // namespace VeskarBench

@@ -21,15 +21,15 @@ public:
     TrackPool() {
         EstimatePool pool;
         for (int i = 0; i < 509; ++i) {
-            tracks.push_back(VeskarTest::makeTrack(Veskar::Source::Radar, i, pool.next()));
+            tracks_.push_back(VeskarTest::makeTrack(Veskar::Source::Radar, i, pool.next()));
         }
     }
 
-    const Track& next() { return *tracks[position++ % tracks.size()]; }
+    const Track& next() { return *tracks_[position_++ % tracks_.size()]; }
 
 private:
-    std::vector<std::shared_ptr<Track>> tracks;
-    std::size_t position = 0;
+    std::vector<std::shared_ptr<Track>> tracks_;
+    std::size_t position_ = 0;
 };
 
 template <typename Comparison>

@@ -74,21 +74,21 @@ public:
 class Tally {
 public:
     void add(const Workbench::ReplayCounts& counts) {
-        frames += static_cast<double>(counts.videoFrames + counts.radarFrames);
-        inLibrary += counts.librarySeconds;
+        frames_ += static_cast<double>(counts.videoFrames + counts.radarFrames);
+        inLibrary_ += counts.librarySeconds;
     }
     void report(benchmark::State& state) const {
-        const double all = std::chrono::duration<double>(Clock::now() - start).count();
-        state.counters["frames"] = benchmark::Counter(frames, benchmark::Counter::kIsRate);
-        state.counters["libraryShare"] = inLibrary / all;
+        const double all = std::chrono::duration<double>(Clock::now() - start_).count();
+        state.counters["frames"] = benchmark::Counter(frames_, benchmark::Counter::kIsRate);
+        state.counters["libraryShare"] = inLibrary_ / all;
     }
 
 private:
     using Clock = std::chrono::steady_clock;
 
-    Clock::time_point start = Clock::now();
-    double frames = 0.0;
-    double inLibrary = 0.0;
+    Clock::time_point start_ = Clock::now();
+    double frames_ = 0.0;
+    double inLibrary_ = 0.0;
 };
 
 const Veskar::Config& configuration() {

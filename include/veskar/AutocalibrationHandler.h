@@ -65,9 +65,9 @@ public:
     void sendCalibrationData(const CalibrationPayload& payload) const;
 
 private:
-    std::string socketPath;
-    bool enabled;
-    Config config;
+    std::string socketPath_;
+    bool enabled_;
+    Config config_;
 };
 
 }  // namespace Veskar

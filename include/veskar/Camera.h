@@ -120,13 +120,13 @@ public:
     RangeToTarget getRangeToTargetUncertainty(double y, double minimumAngle, double yStd) const;
 
 private:
-    Eigen::Vector2i resolution;
-    Eigen::Vector2d sensorOffset;
-    Eigen::Vector4d lensPolynomRadiansToImage;
-    Eigen::Vector4d lensPolynomImageToRadians;
-    Eigen::Vector2d fieldOfView;
-    bool bdc;
-    double aspectRatio;
+    Eigen::Vector2i resolution_;
+    Eigen::Vector2d sensorOffset_;
+    Eigen::Vector4d lensPolynomRadiansToImage_;
+    Eigen::Vector4d lensPolynomImageToRadians_;
+    Eigen::Vector2d fieldOfView_;
+    bool bdc_;
+    double aspectRatio_;
 };
 
 }  // namespace Veskar

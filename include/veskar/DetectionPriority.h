@@ -57,9 +57,9 @@ private:
     void findReasons(SystemTrack& track);
     double farLimit(const std::string& className) const;
 
-    Dbus::SceneConditions sceneConditions;
-    bool blockingEnabled;
-    Config config;
+    Dbus::SceneConditions sceneConditions_;
+    bool blockingEnabled_;
+    Config config_;
 };
 
 }  // namespace Veskar

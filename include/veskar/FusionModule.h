@@ -122,9 +122,9 @@ public:
     /// Lets someone watch the decisions. Costs nothing but a comparison of a pointer per decision
     /// while there is no observer; with one, every comparison of tracks is made a second time.
     ///
-    /// @param watcher told from the next frame on; stays the caller's, and must outlive the module
+    /// @param observer told from the next frame on; stays the caller's, and must outlive the module
     ///                or be replaced before it ends; null: nobody
-    void setObserver(FusionObserver* watcher);
+    void setObserver(FusionObserver* observer);
 
     /// Forgets all system tracks and the last sensor tracks. Ids go on, waiting radar frames stay.
     /// An observer is told of no deletions.
@@ -171,8 +171,8 @@ private:
     void startSystemTrack(std::shared_ptr<Track> track);
     void eraseRadarCopies();
 
-    Config config;
-    TrackAssociator associator;
+    Config config_;
+    TrackAssociator associator_;
 
 public:
     /// All live system tracks, oldest first. Read it between calls; a track that is kept after it
@@ -180,18 +180,18 @@ public:
     std::vector<std::shared_ptr<SystemTrack>> systemTracks;
 
 private:
-    std::map<Source, std::vector<std::shared_ptr<Track>>> lastSensorTracks;
-    std::unordered_set<int> excludedTrackIds;
-    AutocalibrationHandler autocalibrationHandler;
-    TrackedOdMotionAnalyzer motionAnalyzer;
-    std::shared_ptr<ObjectIdGenerator> idGenerator;
-    std::deque<CycleFrame> radarFrameQueue;
-    double radarMaxWait = 1.5;
-    double lastVideoTimestamp = 0.0;
-    SteadyClock clock;
-    std::unique_ptr<Arrivals> arrivals;
-    std::unique_ptr<Workspace> workspace;
-    FusionObserver* observer = nullptr;
+    std::map<Source, std::vector<std::shared_ptr<Track>>> lastSensorTracks_;
+    std::unordered_set<int> excludedTrackIds_;
+    AutocalibrationHandler autocalibrationHandler_;
+    TrackedOdMotionAnalyzer motionAnalyzer_;
+    std::shared_ptr<ObjectIdGenerator> idGenerator_;
+    std::deque<CycleFrame> radarFrameQueue_;
+    double radarMaxWait_ = 1.5;
+    double lastVideoTimestamp_ = 0.0;
+    SteadyClock clock_;
+    std::unique_ptr<Arrivals> arrivals_;
+    std::unique_ptr<Workspace> workspace_;
+    FusionObserver* observer_ = nullptr;
 };
 
 }  // namespace Veskar

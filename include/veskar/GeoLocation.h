@@ -79,20 +79,20 @@ public:
 
 private:
     int requestSettings();
-    void scaleTo(double newLatitude);
+    void scaleTo(double latitude);
 
-    bool serviceAvailable = true;
-    double heading = 0.0;
-    double latitude = 0.0;
-    double longitude = 0.0;
-    double altitude = 0.0;
-    bool validPosition = false;
-    double degreesPerMeterLongitude = 0.0;
-    double degreesPerMeterLatitude = 0.0;
-    std::mutex mutex;  // guards the values from heading on
+    bool serviceAvailable_ = true;
+    double heading_ = 0.0;
+    double latitude_ = 0.0;
+    double longitude_ = 0.0;
+    double altitude_ = 0.0;
+    bool validPosition_ = false;
+    double degreesPerMeterLongitude_ = 0.0;
+    double degreesPerMeterLatitude_ = 0.0;
+    std::mutex mutex_;  // guards the values from heading on
     // Loop, bus and the bridge between loop and GLib. Last, so that it ends first: a change may
     // still be on its way on the main loop's thread.
-    std::unique_ptr<PropertyClient> client;
+    std::unique_ptr<PropertyClient> client_;
 };
 
 }  // namespace Impl

@@ -72,8 +72,8 @@ private:
 
     JsonNode(json_t* value, Ownership ownership);
 
-    json_t* json = nullptr;
-    bool borrowed = false;
+    json_t* json_ = nullptr;
+    bool borrowed_ = false;
 };
 
 }  // namespace Veskar

@@ -67,13 +67,13 @@ public:
 private:
     int requestStatus();
 
-    bool isEnabled = true;
-    Failures failure;
-    std::string radarProfile = "area";
-    mutable std::mutex mutex;  // guards the values
+    bool isEnabled_ = true;
+    Failures failure_;
+    std::string radarProfile_ = "area";
+    mutable std::mutex mutex_;  // guards the values
     // Loop, bus and the bridge between loop and GLib. Last, so that it ends first: a change may
     // still be on its way on the main loop's thread.
-    std::unique_ptr<PropertyClient> client;
+    std::unique_ptr<PropertyClient> client_;
 };
 
 }  // namespace Impl

@@ -31,8 +31,8 @@ public:
     SDEventGSource& operator=(const SDEventGSource&) = delete;
 
 private:
-    _GSource* source;
+    _GSource* source_;
     // Shared with the source's callbacks, which may still be on their way on the context's thread
     // when this object ends.
-    std::shared_ptr<std::mutex> mutex;
+    std::shared_ptr<std::mutex> mutex_;
 };

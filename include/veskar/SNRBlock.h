@@ -56,15 +56,15 @@ public:
     double bboxSNR(const SystemTrack& track) const;
 
 private:
-    int blockCount = 0;
-    int rows = 0;
-    int columns = 0;
-    std::vector<int> blockX;
-    std::vector<int> blockY;
-    std::shared_ptr<Camera> camera;
-    std::vector<double> snr;
-    sd_bus* bus = nullptr;
-    std::shared_ptr<SdBus::ServiceCaller> service;  // copies share the connection too
+    int blockCount_ = 0;
+    int rows_ = 0;
+    int columns_ = 0;
+    std::vector<int> blockX_;
+    std::vector<int> blockY_;
+    std::shared_ptr<Camera> camera_;
+    std::vector<double> snr_;
+    sd_bus* bus_ = nullptr;
+    std::shared_ptr<SdBus::ServiceCaller> service_;  // copies share the connection too
 };
 
 }  // namespace Veskar::Dbus

@@ -78,15 +78,15 @@ private:
         void operator()(sd_bus* connection) const noexcept;
     };
 
-    std::unique_ptr<sd_bus, CloseBus> bus;
-    std::string dayNightMode = "day";
-    int updateInterval = 10;  // s
-    std::chrono::steady_clock::time_point lastUpdate;
-    std::unique_ptr<SdBus::ServiceCaller> optics;
-    SNRBlock snrBlock;  // on the bus above
-    std::vector<Point> dayCurve;
-    std::vector<Point> nightCurve;
-    SteadyClock steadyClock;
+    std::unique_ptr<sd_bus, CloseBus> bus_;
+    std::string dayNightMode_ = "day";
+    int updateInterval_ = 10;  // s
+    std::chrono::steady_clock::time_point lastUpdate_;
+    std::unique_ptr<SdBus::ServiceCaller> optics_;
+    SNRBlock snrBlock_;  // on the bus above
+    std::vector<Point> dayCurve_;
+    std::vector<Point> nightCurve_;
+    SteadyClock steadyClock_;
 };
 
 }  // namespace Veskar::Dbus

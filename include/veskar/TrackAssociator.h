@@ -188,8 +188,8 @@ private:
     void shareRadarTracks();
     void keepCheapestPairs();
 
-    Associations associations;
-    std::unique_ptr<Workspace> workspace;
+    Associations associations_;
+    std::unique_ptr<Workspace> workspace_;
 };
 
 }  // namespace Veskar

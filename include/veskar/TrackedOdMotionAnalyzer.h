@@ -30,9 +30,9 @@ public:
 private:
     using History = std::deque<std::pair<double, double>>;
 
-    Config config;
-    std::map<int, History> histories;
-    int maxHistories = 1000;
+    Config config_;
+    std::map<int, History> histories_;
+    int maxHistories_ = 1000;
 };
 
 }  // namespace Veskar

@@ -34,8 +34,8 @@ public:
 private:
     VODAnnotationClient();
 
-    std::string socketPath;
-    bool enabled;
+    std::string socketPath_;
+    bool enabled_;
 };
 
 }  // namespace Veskar::VODAnnotation

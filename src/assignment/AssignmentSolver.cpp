@@ -32,38 +32,38 @@ void AssignmentSolver::refuseTooBig(std::size_t size) {
 
 const std::vector<int>& AssignmentSolver::solve(const SparseCosts& costs, std::size_t colCount) {
     const std::size_t rowCount = costs.rowCount();
-    if (costs.cellCount() <= sparseLimit(rowCount, colCount) && unique.solve(costs, colCount)) {
-        return unique.columns();
+    if (costs.cellCount() <= sparseLimit(rowCount, colCount) && unique_.solve(costs, colCount)) {
+        return unique_.columns();
     }
-    dense.start(std::max(rowCount, colCount));
+    dense_.start(std::max(rowCount, colCount));
     for (std::size_t i = 0; i < rowCount; ++i) {
-        dense.setRow(i, costs.row(i));
+        dense_.setRow(i, costs.row(i));
     }
-    return dense.solve();
+    return dense_.solve();
 }
 
 const std::vector<int>& AssignmentSolver::solve(const CostMatrix& cost,
                                                 const AllowedMatrix& allowed, std::size_t rowCount,
                                                 std::size_t colCount) {
-    if (gatherCells(cost, rowCount, colCount) && unique.solve(cells, colCount) &&
+    if (gatherCells(cost, rowCount, colCount) && unique_.solve(cells_, colCount) &&
         !leavesAllowedPair(allowed)) {
-        return unique.columns();
+        return unique_.columns();
     }
-    dense.start(std::max(cost.size(), cost[0].size()));
+    dense_.start(std::max(cost.size(), cost[0].size()));
     for (std::size_t i = 0; i < rowCount; ++i) {
-        dense.setRow(i, firstCosts(cost[i], colCount), colCount);
+        dense_.setRow(i, firstCosts(cost[i], colCount), colCount);
     }
-    return dense.solve();
+    return dense_.solve();
 }
 
 /// @return whether they are few
 bool AssignmentSolver::gatherCells(const CostMatrix& cost, std::size_t rowCount,
                                    std::size_t colCount) {
     const std::size_t limit = sparseLimit(rowCount, colCount);
-    cells.clear();
+    cells_.clear();
     for (std::size_t i = 0; i < rowCount; ++i) {
-        cells.addRow(firstCosts(cost[i], colCount), colCount);
-        if (cells.cellCount() > limit) {
+        cells_.addRow(firstCosts(cost[i], colCount), colCount);
+        if (cells_.cellCount() > limit) {
             return false;
         }
     }
@@ -73,8 +73,8 @@ bool AssignmentSolver::gatherCells(const CostMatrix& cost, std::size_t rowCount,
 /// Whether an allowed pair could be among those that fill up the unique assignment at the forbidden
 /// cost. Which ones do is not unique.
 bool AssignmentSolver::leavesAllowedPair(const AllowedMatrix& allowed) const {
-    const std::vector<int>& columnOf = unique.columns();
-    const std::size_t colCount = unique.colCount();
+    const std::vector<int>& columnOf = unique_.columns();
+    const std::size_t colCount = unique_.colCount();
     for (std::size_t i = 0; i < columnOf.size(); ++i) {
         if (columnOf[i] >= 0) {
             continue;
@@ -83,7 +83,7 @@ bool AssignmentSolver::leavesAllowedPair(const AllowedMatrix& allowed) const {
             return true;
         }
         for (std::size_t j = 0; j < colCount; ++j) {
-            if (allowed[i][j] && !unique.usesColumn(j)) {
+            if (allowed[i][j] && !unique_.usesColumn(j)) {
                 return true;
             }
         }

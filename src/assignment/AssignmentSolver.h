@@ -43,9 +43,9 @@ private:
     bool gatherCells(const CostMatrix& cost, std::size_t rowCount, std::size_t colCount);
     bool leavesAllowedPair(const AllowedMatrix& allowed) const;
 
-    SparseCosts cells;
-    UniqueAssignment unique;
-    JonkerVolgenant dense;
+    SparseCosts cells_;
+    UniqueAssignment unique_;
+    JonkerVolgenant dense_;
 };
 
 }  // namespace Veskar

@@ -90,38 +90,38 @@ SmallestTwo smallestTwoReducedCosts(const double* costs, const double* prices, i
 }  // namespace
 
 void JonkerVolgenant::start(std::size_t size) {
-    n = static_cast<int>(size);
-    if (forbiddenRow.size() < size) {
-        forbiddenRow.resize(size, forbiddenCost);
+    n_ = static_cast<int>(size);
+    if (forbiddenRow_.size() < size) {
+        forbiddenRow_.resize(size, forbiddenCost);
     }
-    rows.assign(size, forbiddenRow.data());
-    v.resize(size);
-    columnOf.assign(size, none);
-    rowOf.assign(size, none);
-    matches.assign(size, 0);
-    freeRows.clear();
-    freeRows.reserve(size);
-    displaced.reserve(size);
-    pathCost.resize(size);
-    predecessor.resize(size);
-    columns.resize(size);
+    rows_.assign(size, forbiddenRow_.data());
+    v_.resize(size);
+    columnOf_.assign(size, none);
+    rowOf_.assign(size, none);
+    matches_.assign(size, 0);
+    freeRows_.clear();
+    freeRows_.reserve(size);
+    displaced_.reserve(size);
+    pathCost_.resize(size);
+    predecessor_.resize(size);
+    columns_.resize(size);
 }
 
 /// @return memory for a row of its own, all forbidden
 double* JonkerVolgenant::makeRow(std::size_t row) {
-    const std::size_t size = rows.size();
-    if (ownRows.size() < size * size) {
-        ownRows.resize(size * size);
+    const std::size_t size = rows_.size();
+    if (ownRows_.size() < size * size) {
+        ownRows_.resize(size * size);
     }
-    double* costs = ownRows.data() + row * size;
+    double* costs = ownRows_.data() + row * size;
     std::fill_n(costs, size, forbiddenCost);
-    rows[row] = costs;
+    rows_[row] = costs;
     return costs;
 }
 
 void JonkerVolgenant::setRow(std::size_t row, const double* costs, std::size_t count) {
-    if (count == rows.size() && areFinite(costs, count)) {
-        rows[row] = costs;
+    if (count == rows_.size() && areFinite(costs, count)) {
+        rows_[row] = costs;
     } else {
         std::transform(costs, costs + count, makeRow(row), finiteCost);
     }
@@ -138,8 +138,8 @@ void JonkerVolgenant::setRow(std::size_t row, const SparseCosts::Row& cells) {
 }
 
 void JonkerVolgenant::assign(int row, int col) {
-    columnOf[row] = col;
-    rowOf[col] = row;
+    columnOf_[row] = col;
+    rowOf_[col] = row;
 }
 
 const std::vector<int>& JonkerVolgenant::solve() {
@@ -147,30 +147,30 @@ const std::vector<int>& JonkerVolgenant::solve() {
     transferReductions();
     reduceRows();
     reduceRows();
-    for (const int row : freeRows) {
+    for (const int row : freeRows_) {
         augment(row);
     }
-    return columnOf;
+    return columnOf_;
 }
 
 /// Prices every column at its least cost and gives it to the row of that cost.
 void JonkerVolgenant::reduceColumns() {
-    double* prices = v.data();
-    int* cheapestRow = predecessor.data();
-    std::copy_n(rows[0], n, prices);
-    std::fill_n(cheapestRow, n, 0);
-    for (int i = 1; i < n; ++i) {
-        const double* costs = rows[i];
-        for (int j = 0; j < n; ++j) {
+    double* prices = v_.data();
+    int* cheapestRow = predecessor_.data();
+    std::copy_n(rows_[0], n_, prices);
+    std::fill_n(cheapestRow, n_, 0);
+    for (int i = 1; i < n_; ++i) {
+        const double* costs = rows_[i];
+        for (int j = 0; j < n_; ++j) {
             if (costs[j] < prices[j]) {
                 prices[j] = costs[j];
                 cheapestRow[j] = i;
             }
         }
     }
-    for (int j = n - 1; j >= 0; --j) {
+    for (int j = n_ - 1; j >= 0; --j) {
         const int i = cheapestRow[j];
-        if (++matches[i] == 1) {
+        if (++matches_[i] == 1) {
             assign(i, j);
         }
     }
@@ -179,24 +179,24 @@ void JonkerVolgenant::reduceColumns() {
 /// Lowers the price of every column whose row has no other column, as far as that row stays
 /// content with it, and lists the rows without a column.
 void JonkerVolgenant::transferReductions() {
-    const double* prices = v.data();
-    for (int i = 0; i < n; ++i) {
-        if (matches[i] == 0) {
-            freeRows.push_back(i);
-        } else if (matches[i] == 1) {
-            const int own = columnOf[i];
+    const double* prices = v_.data();
+    for (int i = 0; i < n_; ++i) {
+        if (matches_[i] == 0) {
+            freeRows_.push_back(i);
+        } else if (matches_[i] == 1) {
+            const int own = columnOf_[i];
             const int after = own + 1;
-            v[own] -= std::min(leastReducedCost(rows[i], prices, own),
-                               leastReducedCost(rows[i] + after, prices + after, n - after));
+            v_[own] -= std::min(leastReducedCost(rows_[i], prices, own),
+                                leastReducedCost(rows_[i] + after, prices + after, n_ - after));
         }
     }
 }
 
 JonkerVolgenant::BestTwo JonkerVolgenant::scanBestTwo(int row) const {
-    const double* costs = rows[row];
-    const double* prices = v.data();
+    const double* costs = rows_[row];
+    const double* prices = v_.data();
     BestTwo best = {costs[0] - prices[0], 0, largest};
-    for (int j = 1; j < n; ++j) {
+    for (int j = 1; j < n_; ++j) {
         const double h = costs[j] - prices[j];
         if (h < best.second) {
             if (h >= best.least) {
@@ -211,25 +211,25 @@ JonkerVolgenant::BestTwo JonkerVolgenant::scanBestTwo(int row) const {
 
 JonkerVolgenant::BestTwo JonkerVolgenant::findBestTwo(int row) const {
     constexpr int worthLanes = 16;
-    if (n < worthLanes) {
+    if (n_ < worthLanes) {
         return scanBestTwo(row);
     }
-    const double* costs = rows[row];
-    const double* prices = v.data();
-    const SmallestTwo two = smallestTwoReducedCosts(costs, prices, n);
+    const double* costs = rows_[row];
+    const double* prices = v_.data();
+    const SmallestTwo two = smallestTwoReducedCosts(costs, prices, n_);
     int j = 0;
-    while (j < n && costs[j] - prices[j] != two.least) {
+    while (j < n_ && costs[j] - prices[j] != two.least) {
         ++j;
     }
-    const bool overflow = j == n || !(two.second < largest);
+    const bool overflow = j == n_ || !(two.second < largest);
     return overflow ? scanBestTwo(row) : BestTwo{two.least, j, two.second};
 }
 
 /// @return the first column with the second best reduced cost; -1 when there is none
 int JonkerVolgenant::findSecondCol(int row, const BestTwo& best) const {
-    const double* costs = rows[row];
-    const double* prices = v.data();
-    for (int j = 0; j < n; ++j) {
+    const double* costs = rows_[row];
+    const double* prices = v_.data();
+    for (int j = 0; j < n_; ++j) {
         if (costs[j] - prices[j] == best.second && j != best.leastCol) {
             return j;
         }
@@ -240,59 +240,59 @@ int JonkerVolgenant::findSecondCol(int row, const BestTwo& best) const {
 /// One pass over the free rows: each takes its best column, at a price at which its second best is
 /// as good, and whoever held that column looks for another one.
 void JonkerVolgenant::reduceRows() {
-    const int stepLimit = 4 * n + 100;
+    const int stepLimit = 4 * n_ + 100;
     int steps = 0;
-    displaced.clear();
-    for (std::size_t k = 0; k < freeRows.size();) {
-        const int row = freeRows[k];
+    displaced_.clear();
+    for (std::size_t k = 0; k < freeRows_.size();) {
+        const int row = freeRows_[k];
         ++k;
         ++steps;
         const BestTwo best = findBestTwo(row);
         int col = best.leastCol;
-        const double price = v[col] - (best.second - best.least);
-        const bool held = rowOf[col] != none;
-        const bool priceMoves = best.least < best.second && (!held || price != v[col]);
+        const double price = v_[col] - (best.second - best.least);
+        const bool held = rowOf_[col] != none;
+        const bool priceMoves = best.least < best.second && (!held || price != v_[col]);
         if (priceMoves) {
-            v[col] = price;
+            v_[col] = price;
         } else if (held) {
             const int secondCol = findSecondCol(row, best);
             col = secondCol == none ? col : secondCol;
         }
-        const int loser = rowOf[col];
+        const int loser = rowOf_[col];
         assign(row, col);
         if (loser != none) {
             if (priceMoves && steps < stepLimit) {
-                freeRows[--k] = loser;
+                freeRows_[--k] = loser;
             } else {
-                displaced.push_back(loser);
+                displaced_.push_back(loser);
             }
         }
     }
-    freeRows.swap(displaced);
+    freeRows_.swap(displaced_);
 }
 
 /// Gives a free row a column by moving the rows along a shortest alternating path.
 void JonkerVolgenant::augment(int freeRow) {
     int col = findShortestPath(freeRow);
-    for (int k = 0; k <= last; ++k) {
-        const int j = columns[k];
-        v[j] = v[j] + pathCost[j] - nearest;
+    for (int k = 0; k <= last_; ++k) {
+        const int j = columns_[k];
+        v_[j] = v_[j] + pathCost_[j] - nearest_;
     }
     int row = none;
     while (row != freeRow) {
-        row = predecessor[col];
-        rowOf[col] = row;
-        std::swap(columnOf[row], col);
+        row = predecessor_[col];
+        rowOf_[col] = row;
+        std::swap(columnOf_[row], col);
     }
 }
 
 /// @return the first unassigned one of the row's best columns, or -1
 int JonkerVolgenant::findNearestUnassigned(int row) const {
-    const double* costs = rows[row];
-    const double* prices = v.data();
-    const int* holders = rowOf.data();
-    const double least = leastReducedCost(costs, prices, n);
-    for (int j = 0; j < n; ++j) {
+    const double* costs = rows_[row];
+    const double* prices = v_.data();
+    const int* holders = rowOf_.data();
+    const double least = leastReducedCost(costs, prices, n_);
+    for (int j = 0; j < n_; ++j) {
         if (holders[j] == none && costs[j] - prices[j] == least) {
             return j;
         }
@@ -305,26 +305,26 @@ int JonkerVolgenant::findNearestUnassigned(int row) const {
 int JonkerVolgenant::findShortestPath(int freeRow) {
     const int direct = findNearestUnassigned(freeRow);
     if (direct != none) {
-        last = none;
-        predecessor[direct] = freeRow;
+        last_ = none;
+        predecessor_[direct] = freeRow;
         return direct;
     }
-    const double* costs = rows[freeRow];
-    const double* prices = v.data();
-    double* path = pathCost.data();
-    for (int j = 0; j < n; ++j) {
+    const double* costs = rows_[freeRow];
+    const double* prices = v_.data();
+    double* path = pathCost_.data();
+    for (int j = 0; j < n_; ++j) {
         path[j] = costs[j] - prices[j];
     }
-    std::fill_n(predecessor.data(), n, freeRow);
-    std::iota(columns.begin(), columns.end(), 0);
-    low = 0;
-    up = 0;
+    std::fill_n(predecessor_.data(), n_, freeRow);
+    std::iota(columns_.begin(), columns_.end(), 0);
+    low_ = 0;
+    up_ = 0;
     int end = none;
     while (end == none) {
-        if (low == up) {
+        if (low_ == up_) {
             end = collectNearest();
         } else {
-            end = relax(columns[low++]);
+            end = relax(columns_[low_++]);
         }
     }
     return end;
@@ -333,49 +333,49 @@ int JonkerVolgenant::findShortestPath(int freeRow) {
 /// Brings the nearest columns that are not scanned to the positions from low to up.
 /// @return the first unassigned one of them, or -1
 int JonkerVolgenant::collectNearest() {
-    const double* path = pathCost.data();
-    int* column = columns.data();
-    last = low - 1;
-    double least = path[column[low]];
-    int end = low + 1;
-    for (int k = end; k < n; ++k) {
+    const double* path = pathCost_.data();
+    int* column = columns_.data();
+    last_ = low_ - 1;
+    double least = path[column[low_]];
+    int end = low_ + 1;
+    for (int k = end; k < n_; ++k) {
         const double d = path[column[k]];
         if (d <= least) {
             if (d < least) {
-                end = low;
+                end = low_;
                 least = d;
             }
             std::swap(column[k], column[end]);
             ++end;
         }
     }
-    nearest = least;
-    up = end;
+    nearest_ = least;
+    up_ = end;
     const int* found =
-        std::find_if(column + low, column + up, [this](int j) { return rowOf[j] == none; });
-    return found == column + up ? none : *found;
+        std::find_if(column + low_, column + up_, [this](int j) { return rowOf_[j] == none; });
+    return found == column + up_ ? none : *found;
 }
 
 /// Shortens paths by going through the row that holds a nearest column.
 /// @return an unassigned column that became a nearest one, or -1
 int JonkerVolgenant::relax(int scanned) {
-    const int row = rowOf[scanned];
-    const double* costs = rows[row];
-    const double* prices = v.data();
-    double* path = pathCost.data();
-    int* column = columns.data();
-    const double h = costs[scanned] - prices[scanned] - nearest;
-    for (int k = up; k < n; ++k) {
+    const int row = rowOf_[scanned];
+    const double* costs = rows_[row];
+    const double* prices = v_.data();
+    double* path = pathCost_.data();
+    int* column = columns_.data();
+    const double h = costs[scanned] - prices[scanned] - nearest_;
+    for (int k = up_; k < n_; ++k) {
         const int j = column[k];
         const double d = costs[j] - prices[j] - h;
         if (d < path[j]) {
-            predecessor[j] = row;
-            if (d == nearest) {
-                if (rowOf[j] == none) {
+            predecessor_[j] = row;
+            if (d == nearest_) {
+                if (rowOf_[j] == none) {
                     return j;
                 }
-                std::swap(column[k], column[up]);
-                ++up;
+                std::swap(column[k], column[up_]);
+                ++up_;
             }
             path[j] = d;
         }

@@ -49,7 +49,7 @@ public:
 
     /// @return the columns' prices v of the last solution: with u[i] = c[i][j] - v[j] on the
     ///         assigned pairs, u[i] + v[j] <= c[i][j] on all pairs
-    const std::vector<double>& columnPrices() const { return v; }
+    const std::vector<double>& columnPrices() const { return v_; }
 
 private:
     /// The smallest reduced cost of a row, the first column that has it, and the smallest of all
@@ -74,23 +74,23 @@ private:
     int collectNearest();
     int relax(int scanned);
 
-    int n = 0;
-    IntIndexed<const double*> rows;    ///< costs of each row
-    std::vector<double> forbiddenRow;  ///< the costs of a row without any
-    std::vector<double> ownRows;       ///< rows that the caller does not keep as they are needed
-    IntIndexed<double> v;              ///< column prices
-    IntIndexed<int> columnOf;          ///< column of each row
-    IntIndexed<int> rowOf;             ///< row of each column, -1 while unassigned
-    IntIndexed<int> matches;           ///< columns in which a row is the cheapest
-    std::vector<int> freeRows;         ///< rows without a column
-    std::vector<int> displaced;        ///< rows that a pass of the row reduction leaves free
-    IntIndexed<double> pathCost;       ///< shortest path from the free row to each column
-    IntIndexed<int> predecessor;       ///< row before each column on that path
-    IntIndexed<int> columns;           ///< search order: scanned, then nearest, then the rest
-    int low = 0;                       ///< columns before this position are scanned
-    int up = 0;                        ///< columns from low to here are the nearest
-    int last = -1;                     ///< last position whose column gets a new price
-    double nearest = 0.0;              ///< path cost of the nearest columns
+    int n_ = 0;
+    IntIndexed<const double*> rows_;    ///< costs of each row
+    std::vector<double> forbiddenRow_;  ///< the costs of a row without any
+    std::vector<double> ownRows_;       ///< rows that the caller does not keep as they are needed
+    IntIndexed<double> v_;              ///< column prices
+    IntIndexed<int> columnOf_;          ///< column of each row
+    IntIndexed<int> rowOf_;             ///< row of each column, -1 while unassigned
+    IntIndexed<int> matches_;           ///< columns in which a row is the cheapest
+    std::vector<int> freeRows_;         ///< rows without a column
+    std::vector<int> displaced_;        ///< rows that a pass of the row reduction leaves free
+    IntIndexed<double> pathCost_;       ///< shortest path from the free row to each column
+    IntIndexed<int> predecessor_;       ///< row before each column on that path
+    IntIndexed<int> columns_;           ///< search order: scanned, then nearest, then the rest
+    int low_ = 0;                       ///< columns before this position are scanned
+    int up_ = 0;                        ///< columns from low to here are the nearest
+    int last_ = -1;                     ///< last position whose column gets a new price
+    double nearest_ = 0.0;              ///< path cost of the nearest columns
 };
 
 }  // namespace Veskar

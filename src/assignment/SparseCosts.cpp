@@ -27,11 +27,11 @@ void appendCell(const double* costs, std::size_t col, SparseCosts::Cell*& out) {
 }  // namespace
 
 void SparseCosts::addRow(const double* costs, std::size_t count) {
-    if (scratch.size() <= count) {
-        scratch.resize(count + 1);  // one place is written beyond the last cell
+    if (scratch_.size() <= count) {
+        scratch_.resize(count + 1);  // one place is written beyond the last cell
     }
     const std::uint64_t forbidden = bitsOf(forbiddenCost);
-    Cell* out = scratch.data();
+    Cell* out = scratch_.data();
     std::size_t j = 0;
     for (; j + 2 <= count; j += 2) {
         // Most pairs of columns are forbidden.
@@ -43,7 +43,7 @@ void SparseCosts::addRow(const double* costs, std::size_t count) {
     if (j < count) {
         appendCell(costs, j, out);
     }
-    cells.insert(cells.end(), scratch.data(), out);
+    cells_.insert(cells_.end(), scratch_.data(), out);
     endRows(1);
 }
 

@@ -31,8 +31,8 @@ public:
     };
 
     void clear() {
-        cells.clear();
-        rowEnds.clear();
+        cells_.clear();
+        rowEnds_.clear();
     }
     /// Adds a whole row: the costs that are neither forbidden nor without a finite value.
     ///
@@ -40,26 +40,26 @@ public:
     /// @param count number of columns
     void addRow(const double* costs, std::size_t count);
     /// Adds a pair to the row that is being filled.
-    void add(std::size_t col, double cost) { cells.push_back({static_cast<int>(col), cost}); }
+    void add(std::size_t col, double cost) { cells_.push_back({static_cast<int>(col), cost}); }
     /// Drops pairs from the row that is being filled.
     /// @param drop which, by column
     template <typename Drop>
     void dropIf(Drop drop) {
-        const auto begin = cells.begin() + static_cast<std::ptrdiff_t>(openRowBegin());
-        cells.erase(
-            std::remove_if(begin, cells.end(), [&drop](const Cell& c) { return drop(c.col); }),
-            cells.end());
+        const auto begin = cells_.begin() + static_cast<std::ptrdiff_t>(openRowBegin());
+        cells_.erase(
+            std::remove_if(begin, cells_.end(), [&drop](const Cell& c) { return drop(c.col); }),
+            cells_.end());
     }
     /// Ends the row that is being filled.
     /// @param count how many rows end here; all but the first are empty
-    void endRows(std::size_t count) { rowEnds.insert(rowEnds.end(), count, cells.size()); }
+    void endRows(std::size_t count) { rowEnds_.insert(rowEnds_.end(), count, cells_.size()); }
 
     /// @return the row that is being filled
-    Row openRow() const { return {cells.data() + openRowBegin(), cells.data() + cells.size()}; }
+    Row openRow() const { return {cells_.data() + openRowBegin(), cells_.data() + cells_.size()}; }
     /// @param i a row that is filled
     /// @return its pairs
     Row row(std::size_t i) const {
-        return {cells.data() + (i == 0 ? 0 : rowEnds[i - 1]), cells.data() + rowEnds[i]};
+        return {cells_.data() + (i == 0 ? 0 : rowEnds_[i - 1]), cells_.data() + rowEnds_[i]};
     }
     Row row(int i) const { return row(static_cast<std::size_t>(i)); }
     /// @param i a row that is filled
@@ -72,15 +72,15 @@ public:
                              [](const Cell& cell, int wanted) { return cell.col < wanted; });
         return found != cellsOfRow.end() && found->col == col ? found : nullptr;
     }
-    std::size_t rowCount() const { return rowEnds.size(); }
-    std::size_t cellCount() const { return cells.size(); }
+    std::size_t rowCount() const { return rowEnds_.size(); }
+    std::size_t cellCount() const { return cells_.size(); }
 
 private:
-    std::size_t openRowBegin() const { return rowEnds.empty() ? 0 : rowEnds.back(); }
+    std::size_t openRowBegin() const { return rowEnds_.empty() ? 0 : rowEnds_.back(); }
 
-    std::vector<Cell> cells;
-    std::vector<std::size_t> rowEnds;
-    std::vector<Cell> scratch;
+    std::vector<Cell> cells_;
+    std::vector<std::size_t> rowEnds_;
+    std::vector<Cell> scratch_;
 };
 
 }  // namespace Veskar

@@ -19,46 +19,46 @@ bool UniqueAssignment::solve(const SparseCosts& costs, std::size_t colCount) {
     if (!takeFreeMinima(costs)) {
         return false;
     }
-    for (const int freeRow : freeRows) {
+    for (const int freeRow : freeRows_) {
         const int row = displace(costs, freeRow);
         if (row != none && !augment(costs, row)) {
             return false;
         }
     }
-    return proof.holds(costs, solution);
+    return proof_.holds(costs, solution_);
 }
 
 void UniqueAssignment::start(std::size_t rowCount, std::size_t colCount, std::size_t cellCount) {
-    solution.u.assign(rowCount, forbiddenCost);
-    solution.v.assign(colCount, 0.0);
-    solution.columnOf.assign(rowCount, none);
-    solution.rowOf.assign(colCount, none);
-    pathLength.assign(colCount, infinite);
-    predecessor.resize(colCount);
-    scanned.assign(colCount, 0);
-    freeRows.clear();
-    effort = 16 * (rowCount + colCount + cellCount);
+    solution_.u.assign(rowCount, forbiddenCost);
+    solution_.v.assign(colCount, 0.0);
+    solution_.columnOf.assign(rowCount, none);
+    solution_.rowOf.assign(colCount, none);
+    pathLength_.assign(colCount, infinite);
+    predecessor_.resize(colCount);
+    scanned_.assign(colCount, 0);
+    freeRows_.clear();
+    effort_ = 16 * (rowCount + colCount + cellCount);
 }
 
 /// Gives every row its cheapest column, first come, first served.
 /// @return whether a proof is possible at all
 bool UniqueAssignment::takeFreeMinima(const SparseCosts& costs) {
-    for (std::size_t i = 0; i < solution.columnOf.size(); ++i) {
+    for (std::size_t i = 0; i < solution_.columnOf.size(); ++i) {
         int col = none;
         for (const SparseCosts::Cell& cell : costs.row(i)) {
             if (!UniquenessProof::admits(cell.cost)) {
                 return false;
             }
-            if (cell.cost < solution.u[i]) {
-                solution.u[i] = cell.cost;
+            if (cell.cost < solution_.u[i]) {
+                solution_.u[i] = cell.cost;
                 col = cell.col;
             }
         }
-        if (col != none && solution.rowOf[col] == none) {
-            solution.rowOf[col] = static_cast<int>(i);
-            solution.columnOf[i] = col;
+        if (col != none && solution_.rowOf[col] == none) {
+            solution_.rowOf[col] = static_cast<int>(i);
+            solution_.columnOf[i] = col;
         } else if (col != none) {
-            freeRows.push_back(static_cast<int>(i));
+            freeRows_.push_back(static_cast<int>(i));
         }
     }
     return true;
@@ -75,7 +75,7 @@ int UniqueAssignment::displace(const SparseCosts& costs, int freeRow) {
         double second = forbiddenCost;
         int col = none;
         for (const SparseCosts::Cell& cell : costs.row(row)) {
-            const double reduced = cell.cost - solution.v[cell.col];
+            const double reduced = cell.cost - solution_.v[cell.col];
             if (reduced < least) {
                 second = least;
                 least = reduced;
@@ -84,16 +84,16 @@ int UniqueAssignment::displace(const SparseCosts& costs, int freeRow) {
                 second = std::min(second, reduced);
             }
         }
-        solution.u[row] = second;
+        solution_.u[row] = second;
         if (col == none) {
             return none;  // better left out
         }
-        solution.v[col] -= second - least;
-        const int loser = solution.rowOf[col];
-        solution.rowOf[col] = row;
-        solution.columnOf[row] = col;
+        solution_.v[col] -= second - least;
+        const int loser = solution_.rowOf[col];
+        solution_.rowOf[col] = row;
+        solution_.columnOf[row] = col;
         if (loser != none) {
-            solution.columnOf[loser] = none;
+            solution_.columnOf[loser] = none;
         }
         row = loser;
     }
@@ -104,31 +104,31 @@ int UniqueAssignment::displace(const SparseCosts& costs, int freeRow) {
 /// along a shortest alternating path.
 /// @return whether that was possible at bearable effort
 bool UniqueAssignment::augment(const SparseCosts& costs, int freeRow) {
-    heap.clear();
-    reached.clear();
-    double length = forbiddenCost - solution.u[freeRow];
+    heap_.clear();
+    reached_.clear();
+    double length = forbiddenCost - solution_.u[freeRow];
     int leftOut = freeRow;
     relax(costs, freeRow, 0.0);
     int end = popNearest();
-    while (end != none && pathLength[end] < length && solution.rowOf[end] != none) {
-        const int row = solution.rowOf[end];
-        const double lengthOut = pathLength[end] + (forbiddenCost - solution.u[row]);
+    while (end != none && pathLength_[end] < length && solution_.rowOf[end] != none) {
+        const int row = solution_.rowOf[end];
+        const double lengthOut = pathLength_[end] + (forbiddenCost - solution_.u[row]);
         if (lengthOut < length) {
             length = lengthOut;
             leftOut = row;
         }
-        scanned[end] = 1;
-        relax(costs, row, pathLength[end]);
+        scanned_[end] = 1;
+        relax(costs, row, pathLength_[end]);
         end = popNearest();
     }
-    if (effort == 0) {
+    if (effort_ == 0) {
         return false;
     }
-    if (end != none && pathLength[end] < length) {
-        length = pathLength[end];
+    if (end != none && pathLength_[end] < length) {
+        length = pathLength_[end];
     } else {
-        end = solution.columnOf[leftOut];
-        solution.columnOf[leftOut] = none;
+        end = solution_.columnOf[leftOut];
+        solution_.columnOf[leftOut] = none;
     }
     changePrices(freeRow, length);
     flip(end);
@@ -138,32 +138,32 @@ bool UniqueAssignment::augment(const SparseCosts& costs, int freeRow) {
 /// Shortens the paths to a row's columns by going through that row.
 void UniqueAssignment::relax(const SparseCosts& costs, int row, double length) {
     const SparseCosts::Row cells = costs.row(row);
-    const double* prices = solution.v.data();
-    double* lengths = pathLength.data();
-    const double base = length - solution.u[row];
+    const double* prices = solution_.v.data();
+    double* lengths = pathLength_.data();
+    const double base = length - solution_.u[row];
     for (const SparseCosts::Cell& cell : cells) {
         const int col = cell.col;
         const double newLength = base + (cell.cost - prices[col]);
-        if (newLength < lengths[col] && scanned[col] == 0) {
+        if (newLength < lengths[col] && scanned_[col] == 0) {
             if (lengths[col] == infinite) {
-                reached.push_back(col);
+                reached_.push_back(col);
             }
             lengths[col] = newLength;
-            predecessor[col] = row;
-            heap.push_back({newLength, col});
-            std::push_heap(heap.begin(), heap.end(), std::greater<>());
+            predecessor_[col] = row;
+            heap_.push_back({newLength, col});
+            std::push_heap(heap_.begin(), heap_.end(), std::greater<>());
         }
     }
-    effort -= std::min(effort, static_cast<std::size_t>(cells.end() - cells.begin()));
+    effort_ -= std::min(effort_, static_cast<std::size_t>(cells.end() - cells.begin()));
 }
 
 /// @return the nearest column that is not scanned; -1 when there is none or the effort is too much
 int UniqueAssignment::popNearest() {
-    while (!heap.empty() && effort > 0) {
-        std::pop_heap(heap.begin(), heap.end(), std::greater<>());
-        const Path nearest = heap.back();
-        heap.pop_back();
-        if (scanned[nearest.col] == 0 && nearest.length == pathLength[nearest.col]) {
+    while (!heap_.empty() && effort_ > 0) {
+        std::pop_heap(heap_.begin(), heap_.end(), std::greater<>());
+        const Path nearest = heap_.back();
+        heap_.pop_back();
+        if (scanned_[nearest.col] == 0 && nearest.length == pathLength_[nearest.col]) {
             return nearest.col;
         }
     }
@@ -172,23 +172,23 @@ int UniqueAssignment::popNearest() {
 
 /// Makes the moves along the shortest path free.
 void UniqueAssignment::changePrices(int freeRow, double length) {
-    solution.u[freeRow] += length;
-    for (const int col : reached) {
-        if (scanned[col] != 0) {
-            solution.u[solution.rowOf[col]] += length - pathLength[col];
-            solution.v[col] -= length - pathLength[col];
-            scanned[col] = 0;
+    solution_.u[freeRow] += length;
+    for (const int col : reached_) {
+        if (scanned_[col] != 0) {
+            solution_.u[solution_.rowOf[col]] += length - pathLength_[col];
+            solution_.v[col] -= length - pathLength_[col];
+            scanned_[col] = 0;
         }
-        pathLength[col] = infinite;
+        pathLength_[col] = infinite;
     }
 }
 
 /// Moves the rows along the path that ends in a column, back to the row that had none.
 void UniqueAssignment::flip(int col) {
     while (col != none) {
-        const int row = predecessor[col];
-        solution.rowOf[col] = row;
-        std::swap(solution.columnOf[row], col);
+        const int row = predecessor_[col];
+        solution_.rowOf[col] = row;
+        std::swap(solution_.columnOf[row], col);
     }
 }
 

@@ -27,12 +27,12 @@ public:
     bool solve(const SparseCosts& costs, std::size_t colCount);
 
     /// @return after a success: the column of each row, -1 for a row that gets no cell
-    const std::vector<int>& columns() const { return solution.columnOf; }
+    const std::vector<int>& columns() const { return solution_.columnOf; }
     /// @return after a success: number of columns
-    std::size_t colCount() const { return solution.rowOf.size(); }
+    std::size_t colCount() const { return solution_.rowOf.size(); }
     /// @param col a column
     /// @return after a success: whether some row has it
-    bool usesColumn(std::size_t col) const { return solution.rowOf[col] >= 0; }
+    bool usesColumn(std::size_t col) const { return solution_.rowOf[col] >= 0; }
 
 private:
     /// A path to a column and its length.
@@ -50,15 +50,15 @@ private:
     void changePrices(int freeRow, double length);
     void flip(int col);
 
-    PricedAssignment solution;
-    UniquenessProof proof;
-    std::vector<int> freeRows;      ///< rows whose best column went to another one
-    IntIndexed<double> pathLength;  ///< shortest path from the free row to each column
-    IntIndexed<int> predecessor;    ///< row before each column on that path
-    IntIndexed<char> scanned;       ///< whether the shortest path to a column is final
-    std::vector<int> reached;       ///< columns with a path
-    std::vector<Path> heap;         ///< shortest path first
-    std::size_t effort = 0;         ///< cells that may still be looked at
+    PricedAssignment solution_;
+    UniquenessProof proof_;
+    std::vector<int> freeRows_;      ///< rows whose best column went to another one
+    IntIndexed<double> pathLength_;  ///< shortest path from the free row to each column
+    IntIndexed<int> predecessor_;    ///< row before each column on that path
+    IntIndexed<char> scanned_;       ///< whether the shortest path to a column is final
+    std::vector<int> reached_;       ///< columns with a path
+    std::vector<Path> heap_;         ///< shortest path first
+    std::size_t effort_ = 0;         ///< cells that may still be looked at
 };
 
 }  // namespace Veskar

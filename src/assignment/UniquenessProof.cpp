@@ -12,11 +12,11 @@ constexpr double tolerance = 1e-10;
 }  // namespace
 
 bool UniquenessProof::holds(const SparseCosts& costs, const PricedAssignment& solved) {
-    moves.clear();
-    firstMove.clear();
+    moves_.clear();
+    firstMove_.clear();
     bool optimal = columnPricesAreOptimal(solved);
     for (std::size_t i = 0; i < solved.u.size() && optimal; ++i) {
-        firstMove.push_back(moves.size());
+        firstMove_.push_back(moves_.size());
         optimal = inspectRow(costs.row(i), solved, i);
     }
     return optimal && !hasTightCycle(solved);
@@ -42,7 +42,7 @@ bool UniquenessProof::inspectRow(const SparseCosts::Row& cells, const PricedAssi
     const double slackOut = forbiddenCost - price;
     bool optimal = slackOut >= -tolerance && (own != none || slackOut <= tolerance);
     if (own != none && slackOut <= clearMargin) {
-        moves.push_back(leftOver);
+        moves_.push_back(leftOver);
     }
     for (const SparseCosts::Cell& cell : cells) {
         const double slack = cell.cost - price - prices[cell.col];
@@ -51,7 +51,7 @@ bool UniquenessProof::inspectRow(const SparseCosts::Row& cells, const PricedAssi
             optimal = optimal && slack <= tolerance;
         } else if (slack <= clearMargin) {
             const int holder = solved.rowOf[cell.col];
-            moves.push_back(holder == none ? leftOver : static_cast<std::size_t>(holder));
+            moves_.push_back(holder == none ? leftOver : static_cast<std::size_t>(holder));
         }
     }
     return optimal;
@@ -60,36 +60,36 @@ bool UniquenessProof::inspectRow(const SparseCosts::Row& cells, const PricedAssi
 /// Whether some closed chain consists of moves that leave nearly nothing: strikes out all rows that
 /// no move leads to, until none is left or only chains are.
 bool UniquenessProof::hasTightCycle(const PricedAssignment& solved) {
-    if (moves.empty()) {
+    if (moves_.empty()) {
         return false;
     }
     const std::size_t leftOver = solved.u.size();
-    firstMove.push_back(moves.size());
+    firstMove_.push_back(moves_.size());
     for (std::size_t i = 0; i < leftOver; ++i) {
         const int col = solved.columnOf[i];
         if (col == none || solved.v[col] >= -clearMargin) {
-            moves.push_back(i);
+            moves_.push_back(i);
         }
     }
-    firstMove.push_back(moves.size());
-    movesInto.assign(leftOver + 1, 0);
-    for (const std::size_t to : moves) {
-        ++movesInto[to];
+    firstMove_.push_back(moves_.size());
+    movesInto_.assign(leftOver + 1, 0);
+    for (const std::size_t to : moves_) {
+        ++movesInto_[to];
     }
-    settled.clear();
+    settled_.clear();
     for (std::size_t i = 0; i <= leftOver; ++i) {
-        if (movesInto[i] == 0) {
-            settled.push_back(i);
+        if (movesInto_[i] == 0) {
+            settled_.push_back(i);
         }
     }
-    for (std::size_t k = 0; k < settled.size(); ++k) {
-        for (std::size_t m = firstMove[settled[k]]; m < firstMove[settled[k] + 1]; ++m) {
-            if (--movesInto[moves[m]] == 0) {
-                settled.push_back(moves[m]);
+    for (std::size_t k = 0; k < settled_.size(); ++k) {
+        for (std::size_t m = firstMove_[settled_[k]]; m < firstMove_[settled_[k] + 1]; ++m) {
+            if (--movesInto_[moves_[m]] == 0) {
+                settled_.push_back(moves_[m]);
             }
         }
     }
-    return settled.size() <= leftOver;
+    return settled_.size() <= leftOver;
 }
 
 }  // namespace Veskar

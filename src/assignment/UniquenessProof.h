@@ -56,10 +56,10 @@ private:
     /// Moves that leave nearly nothing, row after row: a row goes to the column of the named row,
     /// which has to move on. What is left over counts as one more row: rows leave the assignment,
     /// and columns become free, through it.
-    std::vector<std::size_t> moves;
-    std::vector<std::size_t> firstMove;  ///< of each row in `moves`
-    std::vector<int> movesInto;          ///< how many of `moves` lead to each row
-    std::vector<std::size_t> settled;    ///< rows that no chain of moves leads back to
+    std::vector<std::size_t> moves_;
+    std::vector<std::size_t> firstMove_;  ///< of each row in `moves_`
+    std::vector<int> movesInto_;          ///< how many of `moves_` lead to each row
+    std::vector<std::size_t> settled_;    ///< rows that no chain of moves leads back to
 };
 
 }  // namespace Veskar

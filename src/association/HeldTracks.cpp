@@ -8,40 +8,40 @@
 namespace Veskar {
 
 void HeldTracks::start(const std::vector<std::shared_ptr<SystemTrack>>& systemTracks) {
-    systems = &systemTracks;
-    collected = false;
+    systems_ = &systemTracks;
+    collected_ = false;
 }
 
 bool HeldTracks::holds(const Track& track) {
-    if (!collected || track.source != source) {
+    if (!collected_ || track.source != source_) {
         collect(track.source);
     }
-    if (std::binary_search(heldIds.begin(), heldIds.end(), track.id)) {
+    if (std::binary_search(heldIds_.begin(), heldIds_.end(), track.id)) {
         return true;
     }
-    if (unknowing != nullptr) {
-        unknowing->getSensorTracks(source);  // throws
+    if (unknowing_ != nullptr) {
+        unknowing_->getSensorTracks(source_);  // throws
     }
     return false;
 }
 
-void HeldTracks::collect(Source newSource) {
-    collected = true;
-    source = newSource;
-    unknowing = nullptr;
-    heldIds.clear();
-    for (const auto& pointer : *systems) {
+void HeldTracks::collect(Source source) {
+    collected_ = true;
+    source_ = source;
+    unknowing_ = nullptr;
+    heldIds_.clear();
+    for (const auto& pointer : *systems_) {
         const SystemTrack& system = dereference(pointer);
-        const auto tracks = system.sensorTracks.find(source);
+        const auto tracks = system.sensorTracks.find(source_);
         if (tracks == system.sensorTracks.end()) {
-            unknowing = &system;
+            unknowing_ = &system;
             break;
         }
         for (const auto& entry : tracks->second) {
-            heldIds.push_back(entry.first);
+            heldIds_.push_back(entry.first);
         }
     }
-    std::sort(heldIds.begin(), heldIds.end());
+    std::sort(heldIds_.begin(), heldIds_.end());
 }
 
 }  // namespace Veskar

@@ -24,13 +24,14 @@ public:
     bool holds(const Track& track);
 
 private:
-    void collect(Source newSource);
+    void collect(Source source);
 
-    const std::vector<std::shared_ptr<SystemTrack>>* systems = nullptr;
-    bool collected = false;
-    Source source = Source::System;          ///< the source of `heldIds`
-    std::vector<int> heldIds;                ///< ascending; of the system tracks before `unknowing`
-    const SystemTrack* unknowing = nullptr;  ///< the first system track without a map for `source`
+    const std::vector<std::shared_ptr<SystemTrack>>* systems_ = nullptr;
+    bool collected_ = false;
+    Source source_ = Source::System;  ///< the source of `heldIds_`
+    std::vector<int> heldIds_;        ///< ascending; of the system tracks before `unknowing_`
+    const SystemTrack* unknowing_ =
+        nullptr;  ///< the first system track without a map for `source_`
 };
 
 }  // namespace Veskar

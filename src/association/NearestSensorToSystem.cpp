@@ -10,14 +10,14 @@ namespace Veskar {
 
 void NearestSensorToSystem::associate(const SensorTracks& sensors, const SystemTracks& systems,
                                       const Source& source, Pairs& pairs) {
-    const bool shares = config.allowRadarToMultiple && source == Source::Radar;
+    const bool shares = config_.allowRadarToMultiple && source == Source::Radar;
     // On purpose only video is given to the nearest while radar may be shared.
-    const bool givesToNearest = !config.allowRadarToMultiple || source == Source::VideoObject;
+    const bool givesToNearest = !config_.allowRadarToMultiple || source == Source::VideoObject;
     bool gathered = false;
-    heldTracks.start(systems);
+    heldTracks_.start(systems);
     for (std::size_t j = 0; j < sensors.size(); ++j) {
         const Track& sensor = dereference(sensors[j]);
-        const bool held = heldTracks.holds(sensor);
+        const bool held = heldTracks_.holds(sensor);
         if (!shares && (held || !givesToNearest)) {
             continue;
         }
@@ -34,26 +34,26 @@ void NearestSensorToSystem::associate(const SensorTracks& sensors, const SystemT
 }
 
 void NearestSensorToSystem::gatherPlaces(const SystemTracks& systems, const Source& source) {
-    places.clear();
-    search.clear();
+    places_.clear();
+    search_.clear();
     for (std::size_t i = 0; i < systems.size(); ++i) {
         const SystemTrack& system = dereference(systems[i]);
         if (!system.hasTracks(source)) {
-            places.push_back({static_cast<int>(i), false, gate.sideOf(system)});
-            search.add(places.back().side.marginals);
+            places_.push_back({static_cast<int>(i), false, gate_.sideOf(system)});
+            search_.add(places_.back().side.marginals);
         }
     }
 }
 
 template <typename Visit>
 void NearestSensorToSystem::visitFreeInGate(const Track& sensor, Visit visit) {
-    const GateSide side = gate.sideOf(sensor);
-    search.forEachNear(side.marginals, [&](std::size_t k) {
-        Place& place = places[k];
+    const GateSide side = gate_.sideOf(sensor);
+    search_.forEachNear(side.marginals, [&](std::size_t k) {
+        Place& place = places_[k];
         if (place.taken) {
             return;
         }
-        if (const std::optional<double> cost = gate.costInside(place.side, side)) {
+        if (const std::optional<double> cost = gate_.costInside(place.side, side)) {
             visit(place, *cost);
         }
     });

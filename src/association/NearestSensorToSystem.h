@@ -24,10 +24,10 @@ public:
     using SensorTracks = std::vector<std::shared_ptr<Track>>;
     using Pairs = std::vector<std::pair<int, int>>;
 
-    /// @param moduleConfig says what may be shared; must outlive this
-    /// @param trackGate the gate; must outlive this
-    NearestSensorToSystem(const Config::ModuleConfig& moduleConfig, const Gate& trackGate)
-        : config(moduleConfig), gate(trackGate) {}
+    /// @param config says what may be shared; must outlive this
+    /// @param gate the gate; must outlive this
+    NearestSensorToSystem(const Config::ModuleConfig& config, const Gate& gate)
+        : config_(config), gate_(gate) {}
 
     /// @param sensors tracks of one source
     /// @param systems system tracks
@@ -51,11 +51,11 @@ private:
     void giveToAll(const Track& sensor, int index, Pairs& pairs);
     void giveToNearest(const Track& sensor, int index, Pairs& pairs);
 
-    const Config::ModuleConfig& config;
-    const Gate& gate;
-    std::vector<Place> places;
-    NearSearch search;  ///< over `places`
-    HeldTracks heldTracks;
+    const Config::ModuleConfig& config_;
+    const Gate& gate_;
+    std::vector<Place> places_;
+    NearSearch search_;  ///< over `places_`
+    HeldTracks heldTracks_;
 };
 
 }  // namespace Veskar

@@ -10,18 +10,18 @@ namespace Veskar {
 
 void SensorToSystem::start(const SystemTracks& systems, const SensorTracks& sensors,
                            const Source& source) {
-    rows.clear();
+    rows_.clear();
     for (const auto& system : systems) {
-        rows.push_back(makeRow(dereference(system), source));
+        rows_.push_back(makeRow(dereference(system), source));
     }
-    cols.clear();
+    cols_.clear();
     for (const auto& sensor : sensors) {
-        cols.push_back({&dereference(sensor), false, false, {}});
+        cols_.push_back({&dereference(sensor), false, false, {}});
     }
-    hasCandidates = false;
-    heldGathered = false;
-    if (std::any_of(rows.begin(), rows.end(), [](const Row& row) { return row.open; })) {
-        heldTracks.start(systems);
+    hasCandidates_ = false;
+    heldGathered_ = false;
+    if (std::any_of(rows_.begin(), rows_.end(), [](const Row& row) { return row.open; })) {
+        heldTracks_.start(systems);
         findAvailable(source);
     }
 }
@@ -34,20 +34,20 @@ SensorToSystem::Row SensorToSystem::makeRow(const SystemTrack& track, Source sou
 }
 
 void SensorToSystem::findAvailable(Source source) {
-    const bool shared = source == Source::Radar && config.allowRadarToMultiple;
-    for (Col& col : cols) {
-        col.available = !heldTracks.holds(*col.track) || shared;
-        hasCandidates = hasCandidates || col.available;
+    const bool shared = source == Source::Radar && config_.allowRadarToMultiple;
+    for (Col& col : cols_) {
+        col.available = !heldTracks_.holds(*col.track) || shared;
+        hasCandidates_ = hasCandidates_ || col.available;
     }
 }
 
 void SensorToSystem::findCandidates(SparseCosts& pairs) {
     pairs.clear();
     inspectClasses();
-    gather(true, candidates);
-    for (const Row& row : rows) {
+    gather(true, candidates_);
+    for (const Row& row : rows_) {
         if (row.open) {
-            fillRow(gate.sideOf(*row.track), pairs);
+            fillRow(gate_.sideOf(*row.track), pairs);
         }
         pairs.endRows(1);
     }
@@ -55,14 +55,14 @@ void SensorToSystem::findCandidates(SparseCosts& pairs) {
 
 void SensorToSystem::findAllowedPairs(SparseCosts& pairs, std::unordered_set<int>& removedIds) {
     pairs.clear();
-    if (hasCandidates || config.removeClassMismatches) {
+    if (hasCandidates_ || config_.removeClassMismatches) {
         inspectClasses();
-        gather(true, candidates);
+        gather(true, candidates_);
     }
-    for (const Row& row : rows) {
-        const bool takes = row.open && hasCandidates;
-        if (takes || (config.removeClassMismatches && mayFindMismatches(row))) {
-            const GateSide side = gate.sideOf(*row.track);
+    for (const Row& row : rows_) {
+        const bool takes = row.open && hasCandidates_;
+        if (takes || (config_.removeClassMismatches && mayFindMismatches(row))) {
+            const GateSide side = gate_.sideOf(*row.track);
             if (takes) {
                 fillRow(side, pairs);
             }
@@ -70,7 +70,7 @@ void SensorToSystem::findAllowedPairs(SparseCosts& pairs, std::unordered_set<int
         }
         pairs.endRows(1);
     }
-    for (const Col& col : cols) {
+    for (const Col& col : cols_) {
         if (col.mismatched) {
             removedIds.insert(col.track->id);
         }
@@ -78,16 +78,16 @@ void SensorToSystem::findAllowedPairs(SparseCosts& pairs, std::unordered_set<int
 }
 
 void SensorToSystem::inspectClasses() {
-    for (Row& row : rows) {
+    for (Row& row : rows_) {
         if (row.other != nullptr) {
             row.otherClass = classTraitsOf(*row.other);
         }
     }
-    groupSizes.assign(ClassTraits::groupCount(), 0);
-    for (Col& col : cols) {
+    groupSizes_.assign(ClassTraits::groupCount(), 0);
+    for (Col& col : cols_) {
         col.traits = classTraitsOf(*col.track);
         if (col.traits.group != ClassTraits::noGroup) {
-            ++groupSizes[col.traits.group];
+            ++groupSizes_[col.traits.group];
         }
     }
 }
@@ -97,18 +97,18 @@ bool SensorToSystem::mayFindMismatches(const Row& row) const {
     if (row.other == nullptr || row.otherClass.group == ClassTraits::noGroup) {
         return false;
     }
-    const std::size_t matches = groupSizes[row.otherClass.group];
-    return matches > 0 && matches < cols.size();
+    const std::size_t matches = groupSizes_[row.otherClass.group];
+    return matches > 0 && matches < cols_.size();
 }
 
 /// Lists the columns that can lie inside a gate.
 void SensorToSystem::gather(bool available, GateCols& list) {
     list.entries.clear();
     list.search.clear();
-    for (std::size_t j = 0; j < cols.size(); ++j) {
-        const Col& col = cols[j];
+    for (std::size_t j = 0; j < cols_.size(); ++j) {
+        const Col& col = cols_[j];
         if (col.available == available && col.traits.supported) {
-            list.entries.push_back({j, gate.sideOf(*col.track, col.traits)});
+            list.entries.push_back({j, gate_.sideOf(*col.track, col.traits)});
             list.search.add(list.entries.back().side.marginals);
         }
     }
@@ -120,14 +120,15 @@ void SensorToSystem::visitInGate(const GateSide& side, const GateCols& list, Vis
         return;
     }
     list.search.forEachNear(side.marginals, [&](std::size_t k) {
-        if (const auto cost = gate.costInside(side, list.entries[k].side)) {
+        if (const auto cost = gate_.costInside(side, list.entries[k].side)) {
             visit(list.entries[k].col, *cost);
         }
     });
 }
 
 void SensorToSystem::fillRow(const GateSide& side, SparseCosts& pairs) const {
-    visitInGate(side, candidates, [&pairs](std::size_t col, double cost) { pairs.add(col, cost); });
+    visitInGate(side, candidates_,
+                [&pairs](std::size_t col, double cost) { pairs.add(col, cost); });
 }
 
 void SensorToSystem::enforceClasses(const Row& row, const GateSide& side, SparseCosts& pairs) {
@@ -135,15 +136,15 @@ void SensorToSystem::enforceClasses(const Row& row, const GateSide& side, Sparse
         return;
     }
     findMismatches(row, side, pairs.openRow());
-    if (mismatches.empty()) {
+    if (mismatches_.empty()) {
         return;  // whether there is a match does not matter
     }
     applyClassRule(
-        config.removeClassMismatches, [&] { return hasMatch(row, side, pairs.openRow()); },
-        [&] { pairs.dropIf([&](int col) { return !agrees(row, cols[col].traits); }); },
+        config_.removeClassMismatches, [&] { return hasMatch(row, side, pairs.openRow()); },
+        [&] { pairs.dropIf([&](int col) { return !agrees(row, cols_[col].traits); }); },
         [&] {
-            for (const std::size_t col : mismatches) {
-                cols[col].mismatched = true;
+            for (const std::size_t col : mismatches_) {
+                cols_[col].mismatched = true;
             }
         });
 }
@@ -152,20 +153,21 @@ void SensorToSystem::enforceClasses(const Row& row, const GateSide& side, Sparse
 /// "removeClassMismatches" all others too.
 void SensorToSystem::findMismatches(const Row& row, const GateSide& side,
                                     const SparseCosts::Row& found) {
-    mismatches.clear();
+    mismatches_.clear();
     for (const SparseCosts::Cell& cell : found) {
-        if (!agrees(row, cols[cell.col].traits)) {
-            mismatches.push_back(static_cast<std::size_t>(cell.col));
+        if (!agrees(row, cols_[cell.col].traits)) {
+            mismatches_.push_back(static_cast<std::size_t>(cell.col));
         }
     }
-    if (config.removeClassMismatches) {
-        visitOthersInGate(row, side, false, [this](std::size_t col) { mismatches.push_back(col); });
+    if (config_.removeClassMismatches) {
+        visitOthersInGate(row, side, false,
+                          [this](std::size_t col) { mismatches_.push_back(col); });
     }
 }
 
 bool SensorToSystem::hasMatch(const Row& row, const GateSide& side, const SparseCosts::Row& found) {
     bool match = std::any_of(found.begin(), found.end(), [&](const SparseCosts::Cell& cell) {
-        return agrees(row, cols[cell.col].traits);
+        return agrees(row, cols_[cell.col].traits);
     });
     if (!match) {
         visitOthersInGate(row, side, true, [&match](std::size_t /*col*/) { match = true; });
@@ -178,17 +180,17 @@ template <typename Visit>
 void SensorToSystem::visitOthersInGate(const Row& row, const GateSide& side, bool agreeing,
                                        Visit visit) {
     const auto visitAgreeing = [&](std::size_t col, double /*cost*/) {
-        if (agrees(row, cols[col].traits) == agreeing) {
+        if (agrees(row, cols_[col].traits) == agreeing) {
             visit(col);
         }
     };
-    if (!heldGathered) {
-        heldGathered = true;
-        gather(false, held);
+    if (!heldGathered_) {
+        heldGathered_ = true;
+        gather(false, held_);
     }
-    visitInGate(side, held, visitAgreeing);
+    visitInGate(side, held_, visitAgreeing);
     if (!row.open) {
-        visitInGate(side, candidates, visitAgreeing);
+        visitInGate(side, candidates_, visitAgreeing);
     }
 }
 

@@ -28,10 +28,10 @@ public:
     using SystemTracks = std::vector<std::shared_ptr<SystemTrack>>;
     using SensorTracks = std::vector<std::shared_ptr<Track>>;
 
-    /// @param moduleConfig says what may be shared and given up; must outlive this
-    /// @param trackGate the gate; must outlive this
-    SensorToSystem(const Config::ModuleConfig& moduleConfig, const Gate& trackGate)
-        : config(moduleConfig), gate(trackGate) {}
+    /// @param config says what may be shared and given up; must outlive this
+    /// @param gate the gate; must outlive this
+    SensorToSystem(const Config::ModuleConfig& config, const Gate& gate)
+        : config_(config), gate_(gate) {}
 
     /// Starts a problem. The tracks must outlive it.
     ///
@@ -53,7 +53,7 @@ public:
 
     /// @return whether the classes agree or are not compared; known after findCandidates
     bool classesAgree(std::size_t row, std::size_t col) const {
-        return agrees(rows[row], cols[col].traits);
+        return agrees(rows_[row], cols_[col].traits);
     }
 
 private:
@@ -96,17 +96,17 @@ private:
     void findMismatches(const Row& row, const GateSide& side, const SparseCosts::Row& found);
     bool hasMatch(const Row& row, const GateSide& side, const SparseCosts::Row& found);
 
-    const Config::ModuleConfig& config;
-    const Gate& gate;
-    std::vector<Row> rows;
-    IntIndexed<Col> cols;
-    bool hasCandidates = false;  ///< whether some row is open and some column available
-    GateCols candidates;         ///< the available columns
-    GateCols held;               ///< the others, which still count as matches
-    bool heldGathered = false;
-    std::vector<std::size_t> mismatches;  ///< columns inside the gate of the row at hand
-    IntIndexed<std::size_t> groupSizes;   ///< columns of each class group
-    HeldTracks heldTracks;
+    const Config::ModuleConfig& config_;
+    const Gate& gate_;
+    std::vector<Row> rows_;
+    IntIndexed<Col> cols_;
+    bool hasCandidates_ = false;  ///< whether some row is open and some column available
+    GateCols candidates_;         ///< the available columns
+    GateCols held_;               ///< the others, which still count as matches
+    bool heldGathered_ = false;
+    std::vector<std::size_t> mismatches_;  ///< columns inside the gate of the row at hand
+    IntIndexed<std::size_t> groupSizes_;   ///< columns of each class group
+    HeldTracks heldTracks_;
 };
 
 }  // namespace Veskar

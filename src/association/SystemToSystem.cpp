@@ -11,25 +11,25 @@ namespace Veskar {
 
 void SystemToSystem::start(const SystemTracks& systems,
                            const std::unordered_set<int>& excludedIds) {
-    sides.clear();
+    sides_.clear();
     for (std::size_t i = 0; i < systems.size(); ++i) {
         const SystemTrack& track = dereference(systems[i]);
         if (!isFused(track)) {
-            sides.push_back({i,
-                             &track,
-                             track.hasTracks(Source::VideoObject),
-                             track.hasTracks(Source::Radar),
-                             excludedIds.count(track.id) != 0,
-                             {}});
+            sides_.push_back({i,
+                              &track,
+                              track.hasTracks(Source::VideoObject),
+                              track.hasTracks(Source::Radar),
+                              excludedIds.count(track.id) != 0,
+                              {}});
         }
     }
 }
 
 void SystemToSystem::inspectTracks() {
-    search.clear();
-    for (Side& side : sides) {
-        side.gateSide = gate.sideOf(*side.track);
-        search.add(side.gateSide.marginals);
+    search_.clear();
+    for (Side& side : sides_) {
+        side.gateSide = gate_.sideOf(*side.track);
+        search_.add(side.gateSide.marginals);
     }
 }
 
@@ -38,20 +38,20 @@ void SystemToSystem::findAllowedPairs(const SystemTracks& systems,
                                       SparseCosts& pairs) {
     pairs.clear();
     start(systems, excludedIds);
-    sides.erase(
-        std::remove_if(sides.begin(), sides.end(), [](const Side& side) { return side.excluded; }),
-        sides.end());
-    if (sides.size() > 1) {
+    sides_.erase(std::remove_if(sides_.begin(), sides_.end(),
+                                [](const Side& side) { return side.excluded; }),
+                 sides_.end());
+    if (sides_.size() > 1) {
         inspectTracks();
-        for (const Side& older : sides) {
+        for (const Side& older : sides_) {
             pairs.endRows(older.index - pairs.rowCount());
-            search.forEachNear(older.gateSide.marginals, [&](std::size_t k) {
-                const Side& younger = sides[k];
+            search_.forEachNear(older.gateSide.marginals, [&](std::size_t k) {
+                const Side& younger = sides_[k];
                 if ((older.hasVideo && younger.hasVideo) || (older.hasRadar && younger.hasRadar) ||
                     !(younger.track->startTime > older.track->startTime)) {
                     return;
                 }
-                if (const auto cost = gate.costInside(older.gateSide, younger.gateSide)) {
+                if (const auto cost = gate_.costInside(older.gateSide, younger.gateSide)) {
                     pairs.add(younger.index, *cost);
                 }
             });
@@ -64,12 +64,12 @@ void SystemToSystem::findAllowedPairs(const SystemTracks& systems,
 void SystemToSystem::pairNearest(const SystemTracks& systems,
                                  const std::unordered_set<int>& excludedIds, Pairs& pairs) {
     start(systems, excludedIds);
-    if (sides.size() < 2) {
+    if (sides_.size() < 2) {
         return;
     }
     inspectTracks();
-    takenIds.clear();
-    for (const Side& radar : sides) {
+    takenIds_.clear();
+    for (const Side& radar : sides_) {
         if (!radar.hasRadar || radar.excluded) {
             continue;
         }
@@ -87,12 +87,12 @@ void SystemToSystem::pairNearest(const SystemTracks& systems,
 const SystemToSystem::Side* SystemToSystem::findNearestWithoutRadar(const Side& radar) const {
     double least = std::numeric_limits<double>::max();
     const Side* found = nullptr;
-    search.forEachNear(radar.gateSide.marginals, [&](std::size_t k) {
-        const Side& side = sides[k];
+    search_.forEachNear(radar.gateSide.marginals, [&](std::size_t k) {
+        const Side& side = sides_[k];
         if (side.hasRadar || isTaken(side)) {
             return;
         }
-        const std::optional<double> cost = gate.costInside(radar.gateSide, side.gateSide);
+        const std::optional<double> cost = gate_.costInside(radar.gateSide, side.gateSide);
         if (cost && *cost < least) {
             least = *cost;
             found = &side;
@@ -103,11 +103,11 @@ const SystemToSystem::Side* SystemToSystem::findNearestWithoutRadar(const Side& 
 
 void SystemToSystem::take(const Side& side) {
     const int id = side.track->id;
-    takenIds.insert(std::lower_bound(takenIds.begin(), takenIds.end(), id), id);
+    takenIds_.insert(std::lower_bound(takenIds_.begin(), takenIds_.end(), id), id);
 }
 
 bool SystemToSystem::isTaken(const Side& side) const {
-    return std::binary_search(takenIds.begin(), takenIds.end(), side.track->id);
+    return std::binary_search(takenIds_.begin(), takenIds_.end(), side.track->id);
 }
 
 }  // namespace Veskar

@@ -22,8 +22,8 @@ public:
     using SystemTracks = std::vector<std::shared_ptr<SystemTrack>>;
     using Pairs = std::vector<std::pair<int, int>>;
 
-    /// @param trackGate the gate; must outlive this
-    explicit SystemToSystem(const Gate& trackGate) : gate(trackGate) {}
+    /// @param gate the gate; must outlive this
+    explicit SystemToSystem(const Gate& gate) : gate_(gate) {}
 
     /// Finds the pairs that may be assigned: the row is the older track, the column the younger,
     /// and no source stands on both sides.
@@ -60,10 +60,10 @@ private:
     void take(const Side& side);
     bool isTaken(const Side& side) const;
 
-    const Gate& gate;
-    std::vector<Side> sides;
-    NearSearch search;          ///< over `sides`
-    std::vector<int> takenIds;  ///< ascending
+    const Gate& gate_;
+    std::vector<Side> sides_;
+    NearSearch search_;          ///< over `sides_`
+    std::vector<int> takenIds_;  ///< ascending
 };
 
 }  // namespace Veskar

@@ -64,14 +64,14 @@ struct TrackAssociator::Workspace {
 };
 
 TrackAssociator::TrackAssociator(const Config& config)
-    : workspace(std::make_unique<Workspace>(config)) {}
+    : workspace_(std::make_unique<Workspace>(config)) {}
 
 TrackAssociator::~TrackAssociator() = default;
 TrackAssociator::TrackAssociator(TrackAssociator&&) noexcept = default;
 TrackAssociator& TrackAssociator::operator=(TrackAssociator&&) noexcept = default;
 
 GatingResult TrackAssociator::checkGating(const Track& systemTrack, const Track& sensorTrack) {
-    const Gate& gate = workspace->gate;
+    const Gate& gate = workspace_->gate;
     const Gate::Outcome outcome =
         gate.evaluate(gate.factsOf(systemTrack), gate.factsOf(sensorTrack));
     const bool measured = outcome.verdict != Gate::Verdict::ClassNotSupported;
@@ -103,10 +103,10 @@ void TrackAssociator::sensorToSystemCostMatrix(
     const std::vector<std::shared_ptr<SystemTrack>>& systemTracks,
     std::vector<std::vector<double>>& cost, std::vector<std::vector<bool>>& allowed,
     std::vector<std::vector<int>>& classMatch, const Source& source) {
-    SensorToSystem& problem = workspace->sensorToSystem;
+    SensorToSystem& problem = workspace_->sensorToSystem;
     problem.start(systemTracks, sensorTracks, source);
-    problem.findCandidates(workspace->pairs);
-    appendMatrices(workspace->pairs, sensorTracks.size(), cost, allowed);
+    problem.findCandidates(workspace_->pairs);
+    appendMatrices(workspace_->pairs, sensorTracks.size(), cost, allowed);
     for (std::size_t i = 0; i < systemTracks.size(); ++i) {
         classMatch.emplace_back(sensorTracks.size());
         for (std::size_t j = 0; j < sensorTracks.size(); ++j) {
@@ -119,8 +119,8 @@ void TrackAssociator::systemToSystemCostMatrix(
     const std::vector<std::shared_ptr<SystemTrack>>& systemTracks,
     std::vector<std::vector<double>>& cost, std::vector<std::vector<bool>>& allowed,
     const std::unordered_set<int>& excludedIds) {
-    workspace->systemToSystem.findAllowedPairs(systemTracks, excludedIds, workspace->pairs);
-    appendMatrices(workspace->pairs, systemTracks.size(), cost, allowed);
+    workspace_->systemToSystem.findAllowedPairs(systemTracks, excludedIds, workspace_->pairs);
+    appendMatrices(workspace_->pairs, systemTracks.size(), cost, allowed);
 }
 
 void TrackAssociator::handleClassMatching(
@@ -158,7 +158,7 @@ void TrackAssociator::handleClassMatching(
             }
         };
         applyClassRule(
-            workspace->module.removeClassMismatches, hasMatch, [&] { forEachOther(forbid); },
+            workspace_->module.removeClassMismatches, hasMatch, [&] { forEachOther(forbid); },
             [&] { forEachOther(reportInGate); });
     }
 }
@@ -169,13 +169,13 @@ void TrackAssociator::runJVA(int rows, int cols, std::vector<std::vector<double>
     if (rows <= 0 || cols <= 0) {
         return;
     }
-    const std::vector<int>& columnOf = workspace->solver.solve(
+    const std::vector<int>& columnOf = workspace_->solver.solve(
         cost, allowed, static_cast<std::size_t>(rows), static_cast<std::size_t>(cols));
     for (int i = 0; i < rows; ++i) {
         const auto row = static_cast<std::size_t>(i);
         const int j = columnOf[row];
         if (j >= 0 && j < cols && allowed.at(row).at(static_cast<std::size_t>(j))) {
-            associations.emplace_back(i, j);
+            associations_.emplace_back(i, j);
         }
     }
 }
@@ -184,97 +184,97 @@ const TrackAssociator::Associations& TrackAssociator::sensorToSystemAssociation(
     const std::vector<std::shared_ptr<Track>>& sensorTracks,
     const std::vector<std::shared_ptr<SystemTrack>>& systemTracks, const Source& source,
     std::unordered_set<int>& removedIds) {
-    associations.clear();
-    if (!workspace->module.useJVA) {
+    associations_.clear();
+    if (!workspace_->module.useJVA) {
         runBasicSensorToSystem(sensorTracks, systemTracks, source);
-        return associations;
+        return associations_;
     }
     refuseEmpty(systemTracks);
-    workspace->sensorToSystem.start(systemTracks, sensorTracks, source);
-    workspace->sensorToSystem.findAllowedPairs(workspace->pairs, removedIds);
+    workspace_->sensorToSystem.start(systemTracks, sensorTracks, source);
+    workspace_->sensorToSystem.findAllowedPairs(workspace_->pairs, removedIds);
     assignAllowedPairs(sensorTracks.size());
-    if (workspace->module.allowRadarToMultiple && source == Source::Radar) {
+    if (workspace_->module.allowRadarToMultiple && source == Source::Radar) {
         shareRadarTracks();
     }
-    return associations;
+    return associations_;
 }
 
 /// Appends the allowed pairs of the cheapest assignment, in ascending row order.
 void TrackAssociator::assignAllowedPairs(std::size_t cols) {
-    const SparseCosts& pairs = workspace->pairs;
+    const SparseCosts& pairs = workspace_->pairs;
     AssignmentSolver::refuseTooBig(std::max(pairs.rowCount(), cols));
     if (pairs.cellCount() == 0) {
         return;
     }
-    const std::vector<int>& columnOf = workspace->solver.solve(pairs, cols);
+    const std::vector<int>& columnOf = workspace_->solver.solve(pairs, cols);
     for (std::size_t i = 0; i < pairs.rowCount(); ++i) {
         if (pairs.find(i, columnOf[i]) != nullptr) {
-            associations.emplace_back(i, columnOf[i]);
+            associations_.emplace_back(i, columnOf[i]);
         }
     }
 }
 
 /// Lets every system track that got no radar track take the first one that is allowed, too.
 void TrackAssociator::shareRadarTracks() {
-    const SparseCosts& pairs = workspace->pairs;
-    const std::size_t solved = associations.size();
+    const SparseCosts& pairs = workspace_->pairs;
+    const std::size_t solved = associations_.size();
     std::size_t next = 0;
     for (std::size_t i = 0; i < pairs.rowCount(); ++i) {
         const int row = static_cast<int>(i);
-        if (next < solved && associations[next].first == row) {
+        if (next < solved && associations_[next].first == row) {
             ++next;
         } else if (!pairs.row(i).empty()) {
-            associations.emplace_back(row, pairs.row(i).begin()->col);
+            associations_.emplace_back(row, pairs.row(i).begin()->col);
         }
     }
-    std::sort(associations.begin(), associations.end());
+    std::sort(associations_.begin(), associations_.end());
 }
 
 void TrackAssociator::runBasicSensorToSystem(
     const std::vector<std::shared_ptr<Track>>& sensorTracks,
     const std::vector<std::shared_ptr<SystemTrack>>& systemTracks, const Source& source) {
-    workspace->nearestSensorToSystem.associate(sensorTracks, systemTracks, source, associations);
+    workspace_->nearestSensorToSystem.associate(sensorTracks, systemTracks, source, associations_);
 }
 
 const TrackAssociator::Associations& TrackAssociator::systemToSystemAssociation(
     const std::vector<std::shared_ptr<SystemTrack>>& systemTracks,
     const std::unordered_set<int>& excludedIds) {
-    associations.clear();
-    if (!workspace->module.useJVA) {
+    associations_.clear();
+    if (!workspace_->module.useJVA) {
         runBasicSystemToSystem(systemTracks, excludedIds);
-        return associations;
+        return associations_;
     }
     refuseEmpty(systemTracks);
     AssignmentSolver::refuseTooBig(systemTracks.size());
-    workspace->systemToSystem.findAllowedPairs(systemTracks, excludedIds, workspace->pairs);
+    workspace_->systemToSystem.findAllowedPairs(systemTracks, excludedIds, workspace_->pairs);
     assignAllowedPairs(systemTracks.size());
     keepCheapestPairs();
-    return associations;
+    return associations_;
 }
 
 /// Orders the pairs by cost and keeps those whose tracks no cheaper pair has. Of pairs with exactly
 /// the same cost only the last one counts.
 void TrackAssociator::keepCheapestPairs() {
-    auto& ranking = workspace->ranking;
+    auto& ranking = workspace_->ranking;
     ranking.clear();
-    for (const auto& pair : associations) {
+    for (const auto& pair : associations_) {
         const double cost =
-            workspace->pairs.find(static_cast<std::size_t>(pair.first), pair.second)->cost;
+            workspace_->pairs.find(static_cast<std::size_t>(pair.first), pair.second)->cost;
         ranking.push_back({std::isfinite(cost) ? cost : forbiddenCost, pair});
     }
     std::sort(ranking.begin(), ranking.end(), [](const auto& a, const auto& b) {
         return a.cost < b.cost || (a.cost == b.cost && a.pair < b.pair);
     });
-    IntIndexed<char>& used = workspace->used;
-    used.assign(workspace->pairs.rowCount(), 0);
-    associations.clear();
+    IntIndexed<char>& used = workspace_->used;
+    used.assign(workspace_->pairs.rowCount(), 0);
+    associations_.clear();
     for (std::size_t k = 0; k < ranking.size(); ++k) {
         const auto [row, col] = ranking[k].pair;
         const bool replaced = k + 1 < ranking.size() && ranking[k + 1].cost == ranking[k].cost;
         if (!replaced && used[row] == 0 && used[col] == 0) {
             used[row] = 1;
             used[col] = 1;
-            associations.emplace_back(row, col);
+            associations_.emplace_back(row, col);
         }
     }
 }
@@ -282,11 +282,11 @@ void TrackAssociator::keepCheapestPairs() {
 void TrackAssociator::runBasicSystemToSystem(
     const std::vector<std::shared_ptr<SystemTrack>>& systemTracks,
     const std::unordered_set<int>& excludedIds) {
-    workspace->systemToSystem.pairNearest(systemTracks, excludedIds, associations);
+    workspace_->systemToSystem.pairNearest(systemTracks, excludedIds, associations_);
 }
 
 const TrackAssociator::Associations& TrackAssociator::getAssociations() const {
-    return associations;
+    return associations_;
 }
 
 }  // namespace Veskar

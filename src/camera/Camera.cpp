@@ -66,16 +66,16 @@ Camera readCamera(const JsonNode& node) {
 Camera::Camera(const Eigen::Vector2i& imageSize, const Eigen::Vector2d& opticalCentre,
                const Eigen::Vector4d& imageToRadians, const Eigen::Vector4d& radiansToImage,
                const Eigen::Vector2d& halfAngles, bool isPinhole)
-    : sensorOffset(opticalCentre),
-      lensPolynomRadiansToImage(radiansToImage),
-      lensPolynomImageToRadians(imageToRadians),
-      fieldOfView(halfAngles),
-      bdc(isPinhole) {
+    : sensorOffset_(opticalCentre),
+      lensPolynomRadiansToImage_(radiansToImage),
+      lensPolynomImageToRadians_(imageToRadians),
+      fieldOfView_(halfAngles),
+      bdc_(isPinhole) {
     setResolution(imageSize[0], imageSize[1]);
-    if (!bdc) {
+    if (!bdc_) {
         const double atRightEdge =
             imageToRadians[0] + imageToRadians[1] + imageToRadians[2] + imageToRadians[3];
-        fieldOfView = {atRightEdge, evaluatePolynomImageToRadians(1.0 / aspectRatio)};
+        fieldOfView_ = {atRightEdge, evaluatePolynomImageToRadians(1.0 / aspectRatio_)};
     }
 }
 
@@ -95,65 +95,65 @@ Camera Camera::parse(const std::string& json) {
 }
 
 Eigen::Vector2i Camera::getResolution() const {
-    return resolution;
+    return resolution_;
 }
 
 void Camera::setResolution(int width, int height) {
-    resolution = {width, height};
-    aspectRatio = static_cast<double>(width) / static_cast<double>(height);
+    resolution_ = {width, height};
+    aspectRatio_ = static_cast<double>(width) / static_cast<double>(height);
 }
 
 Eigen::Vector2d Camera::getSensorOffset() const {
-    return sensorOffset;
+    return sensorOffset_;
 }
 
 void Camera::setSensorOffset(double x, double y) {
-    sensorOffset = {x, y};
+    sensorOffset_ = {x, y};
 }
 
 Eigen::Vector4d Camera::getLensPolynomImageToRadians() const {
-    return lensPolynomImageToRadians;
+    return lensPolynomImageToRadians_;
 }
 
 void Camera::setLensPolynomImageToRadians(double c0, double c1, double c2, double c3) {
-    lensPolynomImageToRadians = {c0, c1, c2, c3};
+    lensPolynomImageToRadians_ = {c0, c1, c2, c3};
 }
 
 Eigen::Vector2d Camera::getFieldOfView() const {
-    return fieldOfView;
+    return fieldOfView_;
 }
 
 double Camera::getAspectRatio() const {
-    return aspectRatio;
+    return aspectRatio_;
 }
 
 bool Camera::hasBDCEnabled() const {
-    return bdc;
+    return bdc_;
 }
 
 double Camera::evaluatePolynomImageToRadians(double r) const {
-    return evaluate(lensPolynomImageToRadians, r);
+    return evaluate(lensPolynomImageToRadians_, r);
 }
 
 double Camera::evaluatePolynomDerivativeImageToRadians(double r) const {
-    return evaluateDerivative(lensPolynomImageToRadians, r);
+    return evaluateDerivative(lensPolynomImageToRadians_, r);
 }
 
 double Camera::evaluatePolynomRadiansToImage(double a) const {
-    return evaluate(lensPolynomRadiansToImage, a);
+    return evaluate(lensPolynomRadiansToImage_, a);
 }
 
 double Camera::evaluatePolynomDerivativeRadiansToImage(double a) const {
-    return evaluateDerivative(lensPolynomRadiansToImage, a);
+    return evaluateDerivative(lensPolynomRadiansToImage_, a);
 }
 
 Camera::RangeToTarget Camera::getRangeToTarget(double x, double y, double minimumAngle) const {
-    const double dx = x - sensorOffset[0];
-    const double dy = (y - sensorOffset[1]) / aspectRatio;
+    const double dx = x - sensorOffset_[0];
+    const double dy = (y - sensorOffset_[1]) / aspectRatio_;
     // Not zero, so that the optical centre has a direction too.
     const double r = std::max(std::sqrt(dx * dx + dy * dy), std::numeric_limits<double>::epsilon());
     const double theta =
-        bdc ? std::atan2(r, 1.0 / std::tan(fieldOfView[0])) : evaluatePolynomImageToRadians(r);
+        bdc_ ? std::atan2(r, 1.0 / std::tan(fieldOfView_[0])) : evaluatePolynomImageToRadians(r);
 
     // The viewing ray forward, left and up, and its climb in the world.
     const double forward = std::cos(theta);
@@ -168,7 +168,7 @@ Camera::RangeToTarget Camera::getRangeToTarget(double x, double y, double minimu
 
 Camera::RangeToTarget Camera::getRangeToTargetUncertainty(double y, double minimumAngle,
                                                           double yStd) const {
-    const RangeToTarget moved = getRangeToTarget(0.0, y + yStd * aspectRatio, minimumAngle);
+    const RangeToTarget moved = getRangeToTarget(0.0, y + yStd * aspectRatio_, minimumAngle);
     const RangeToTarget here = getRangeToTarget(0.0, y, minimumAngle);
     return {moved.clamped, moved.range - here.range};
 }

@@ -105,13 +105,13 @@ std::string misfit(const WrittenValue& value) {
 /// Compares a section, as it is written, with its table of keys.
 class SectionCheck {
 public:
-    SectionCheck(const WrittenValue& written, std::string place, std::vector<ConfigFault>& list)
-        : section(written), path(std::move(place)), faults(list) {}
+    SectionCheck(const WrittenValue& section, std::string path, std::vector<ConfigFault>& faults)
+        : section_(section), path_(std::move(path)), faults_(faults) {}
 
     template <typename Record>
     void run() {
-        if (const std::string reason = misfit<Record>(section); !reason.empty()) {
-            faults.push_back({Effect::Refused, section.line, path, shown(section), reason});
+        if (const std::string reason = misfit<Record>(section_); !reason.empty()) {
+            faults_.push_back({Effect::Refused, section_.line, path_, shown(section_), reason});
             return;
         }
         std::apply([&](const auto&... key) { (check(key), ...); }, keysOf<Record>);
@@ -123,10 +123,10 @@ private:
     void check(const RequiredKey<Record, Value>& key) {
         const WrittenValue* value = member(key.name);
         if (value == nullptr) {
-            faults.push_back({Effect::Refused, section.line, placeOf(key.name), "",
-                              std::string("missing; ") + wantedFor<Value>() + " is needed"});
+            faults_.push_back({Effect::Refused, section_.line, placeOf(key.name), "",
+                               std::string("missing; ") + wantedFor<Value>() + " is needed"});
         } else if constexpr (std::is_class_v<Value>) {
-            SectionCheck(*value, placeOf(key.name), faults).template run<Value>();
+            SectionCheck(*value, placeOf(key.name), faults_).template run<Value>();
         } else if (const std::string reason = misfit<Value>(*value); !reason.empty()) {
             add(Effect::Refused, *value, reason);
         } else {
@@ -183,9 +183,9 @@ private:
     /// Looks for keys that nobody reads and for those that stand more than once.
     void checkNames() {
         std::set<std::string> seen;
-        for (const WrittenValue& value : section.members) {
-            if (std::find(known.begin(), known.end(), value.key) == known.end()) {
-                const std::string meant = nearestWord(value.key, known);
+        for (const WrittenValue& value : section_.members) {
+            if (std::find(known_.begin(), known_.end(), value.key) == known_.end()) {
+                const std::string meant = nearestWord(value.key, known_);
                 add(Effect::Ignored, value,
                     "the key is not known" + (meant.empty() ? "" : "; is " + meant + " meant?"));
             }
@@ -197,22 +197,23 @@ private:
     }
 
     const WrittenValue* member(const char* name) {
-        known.emplace_back(name);
-        return section.find(name);
+        known_.emplace_back(name);
+        return section_.find(name);
     }
 
     void add(Effect effect, const WrittenValue& value, std::string reason) {
-        faults.push_back({effect, value.line, placeOf(value.key), shown(value), std::move(reason)});
+        faults_.push_back(
+            {effect, value.line, placeOf(value.key), shown(value), std::move(reason)});
     }
 
     std::string placeOf(const std::string& name) const {
-        return path.empty() ? name : path + "." + name;
+        return path_.empty() ? name : path_ + "." + name;
     }
 
-    const WrittenValue& section;
-    std::string path;
-    std::vector<ConfigFault>& faults;
-    std::vector<std::string> known;  ///< the keys of the table, once they are checked
+    const WrittenValue& section_;
+    std::string path_;
+    std::vector<ConfigFault>& faults_;
+    std::vector<std::string> known_;  ///< the keys of the table, once they are checked
 };
 
 }  // namespace

@@ -39,12 +39,12 @@ public:
     template <typename Record>
     void section(const Record& record) {
         text += "{";
-        indentation += "    ";
-        separator = "\n";
+        indentation_ += "    ";
+        separator_ = "\n";
         std::apply([&](const auto&... key) { (write(key, record), ...); }, keysOf<Record>);
-        indentation.resize(indentation.size() - 4);
-        separator = ",\n";
-        text += "\n" + indentation + "}";
+        indentation_.resize(indentation_.size() - 4);
+        separator_ = ",\n";
+        text += "\n" + indentation_ + "}";
     }
 
     std::string text;
@@ -70,8 +70,8 @@ private:
 
     template <typename Value>
     void member(const char* name, const Value& value) {
-        text += separator + indentation + "\"" + name + "\": ";
-        separator = ",\n";
+        text += separator_ + indentation_ + "\"" + name + "\": ";
+        separator_ = ",\n";
         if constexpr (std::is_arithmetic_v<Value>) {
             text += jsonOf(value);
         } else {
@@ -79,8 +79,8 @@ private:
         }
     }
 
-    std::string indentation;
-    std::string separator;
+    std::string indentation_;
+    std::string separator_;
 };
 
 }  // namespace

@@ -9,16 +9,17 @@
 namespace Veskar {
 
 JsonNode::JsonNode(json_t* value, Ownership ownership)
-    : json(value), borrowed(ownership == Ownership::Borrowed) {}
+    : json_(value), borrowed_(ownership == Ownership::Borrowed) {}
 
-JsonNode::JsonNode(const JsonNode& other) : json(other.json), borrowed(other.borrowed) {
-    if (!borrowed) {
-        json_incref(json);
+JsonNode::JsonNode(const JsonNode& other) : json_(other.json_), borrowed_(other.borrowed_) {
+    if (!borrowed_) {
+        json_incref(json_);
     }
 }
 
 JsonNode::JsonNode(JsonNode&& other) noexcept
-    : json(std::exchange(other.json, nullptr)), borrowed(std::exchange(other.borrowed, false)) {}
+    : json_(std::exchange(other.json_, nullptr)),
+      borrowed_(std::exchange(other.borrowed_, false)) {}
 
 JsonNode& JsonNode::operator=(const JsonNode& other) {
     return *this = JsonNode(other);
@@ -27,14 +28,14 @@ JsonNode& JsonNode::operator=(const JsonNode& other) {
 JsonNode& JsonNode::operator=(JsonNode&& other) noexcept {
     // The old value leaves with the temporary, so that assigning a node to itself keeps it.
     JsonNode taken(std::move(other));
-    std::swap(json, taken.json);
-    std::swap(borrowed, taken.borrowed);
+    std::swap(json_, taken.json_);
+    std::swap(borrowed_, taken.borrowed_);
     return *this;
 }
 
 JsonNode::~JsonNode() {
-    if (!borrowed) {
-        json_decref(json);
+    if (!borrowed_) {
+        json_decref(json_);
     }
 }
 
@@ -59,7 +60,7 @@ JsonNode JsonNode::fromString(const std::string& text) {
 }
 
 JsonNode JsonNode::get(const std::string& key) const {
-    json_t* member = json_object_get(json, key.c_str());
+    json_t* member = json_object_get(json_, key.c_str());
     if (member == nullptr) {
         throw std::runtime_error("No such key: " + key);
     }
@@ -67,35 +68,35 @@ JsonNode JsonNode::get(const std::string& key) const {
 }
 
 double JsonNode::asReal() const {
-    if (!json_is_real(json)) {
+    if (!json_is_real(json_)) {
         throw std::runtime_error("JsonNode is not a real number.");
     }
-    return json_real_value(json);
+    return json_real_value(json_);
 }
 
 int JsonNode::asInteger() const {
-    if (!json_is_integer(json)) {
+    if (!json_is_integer(json_)) {
         throw std::runtime_error("JsonNode is not an integer.");
     }
-    return static_cast<int>(json_integer_value(json));
+    return static_cast<int>(json_integer_value(json_));
 }
 
 bool JsonNode::asBoolean() const {
-    if (!json_is_boolean(json)) {
+    if (!json_is_boolean(json_)) {
         throw std::runtime_error("JsonNode is not a boolean.");
     }
-    return json_is_true(json);
+    return json_is_true(json_);
 }
 
 std::vector<JsonNode> JsonNode::asArray() const {
-    if (!json_is_array(json)) {
+    if (!json_is_array(json_)) {
         throw std::runtime_error("JsonNode is not an array");
     }
-    const std::size_t size = json_array_size(json);
+    const std::size_t size = json_array_size(json_);
     std::vector<JsonNode> elements;
     elements.reserve(size);
     for (std::size_t i = 0; i < size; ++i) {
-        elements.push_back({json_array_get(json, i), Ownership::Borrowed});
+        elements.push_back({json_array_get(json_, i), Ownership::Borrowed});
     }
     return elements;
 }

@@ -29,7 +29,7 @@ std::string reasonOf(const json_error_t& error) {
 /// Walks over a text that Jansson has accepted: what it expects stands there.
 class Walk {
 public:
-    explicit Walk(std::string_view json) : rest(json) {}
+    explicit Walk(std::string_view json) : rest_(json) {}
 
     /// @param depth objects around the value
     WrittenValue value(int depth = 0) {
@@ -37,8 +37,8 @@ public:
         constexpr int deepestMembers = 8;
         skipSpace();
         WrittenValue value;
-        value.line = line;
-        switch (rest.front()) {
+        value.line = line_;
+        switch (rest_.front()) {
             case '{':
                 value.text = take(1);
                 if (depth < deepestMembers) {
@@ -55,7 +55,7 @@ public:
                 value.text = quoted();
                 break;
             default:
-                value.text = take(std::min(rest.find_first_of(" \t\r\n,]}"), rest.size()));
+                value.text = take(std::min(rest_.find_first_of(" \t\r\n,]}"), rest_.size()));
         }
         return value;
     }
@@ -63,7 +63,7 @@ public:
 private:
     void readMembers(WrittenValue& object, int depth) {
         while (!endsObject()) {
-            const int lineOfKey = line;
+            const int lineOfKey = line_;
             std::string key = content(quoted());
             skipSpace();
             take(1);  // the colon
@@ -77,7 +77,7 @@ private:
     void skipToClosing() {
         for (int open = 1; open > 0;) {
             skipSpace();
-            const char next = rest.front();
+            const char next = rest_.front();
             if (next == '"') {
                 quoted();
                 continue;
@@ -94,11 +94,11 @@ private:
     /// Passes over the comma before the next member, or over what closes the object.
     bool endsObject() {
         skipSpace();
-        if (rest.front() == ',') {
+        if (rest_.front() == ',') {
             take(1);
             skipSpace();
         }
-        const bool isEnd = rest.front() == '}';
+        const bool isEnd = rest_.front() == '}';
         if (isEnd) {
             take(1);
         }
@@ -107,8 +107,8 @@ private:
 
     std::string quoted() {
         std::size_t end = 1;
-        while (rest[end] != '"') {
-            end += rest[end] == '\\' ? 2 : 1;
+        while (rest_[end] != '"') {
+            end += rest_[end] == '\\' ? 2 : 1;
         }
         return take(end + 1);
     }
@@ -119,20 +119,20 @@ private:
     }
 
     void skipSpace() {
-        while (!rest.empty() && std::string_view(" \t\r\n").find(rest.front()) != rest.npos) {
-            line += rest.front() == '\n' ? 1 : 0;
+        while (!rest_.empty() && std::string_view(" \t\r\n").find(rest_.front()) != rest_.npos) {
+            line_ += rest_.front() == '\n' ? 1 : 0;
             take(1);
         }
     }
 
     std::string take(std::size_t count) {
-        std::string taken(rest.substr(0, count));
-        rest.remove_prefix(count);
+        std::string taken(rest_.substr(0, count));
+        rest_.remove_prefix(count);
         return taken;
     }
 
-    std::string_view rest;
-    int line = 1;
+    std::string_view rest_;
+    int line_ = 1;
 };
 
 }  // namespace

@@ -105,14 +105,14 @@ bool isFinite(const Dbus::GeoLocation::Position& position) {
 
 namespace Impl {
 
-GeoLocation::GeoLocation() : client(std::make_unique<PropertyClient>(service)) {
-    client->setUp([this] {
+GeoLocation::GeoLocation() : client_(std::make_unique<PropertyClient>(service)) {
+    client_->setUp([this] {
         PropertyClient::requireSettings(requestSettings());
-        if (!serviceAvailable) {
+        if (!serviceAvailable_) {
             return;
         }
-        client->follow([this](sd_bus_message* message) {
-            const int r = client->readInterface(message);
+        client_->follow([this](sd_bus_message* message) {
+            const int r = client_->readInterface(message);
             if (r < 0) {
                 syslog(LOG_ERR, "GeoLocation: Failed to read interface. Error code: %d\n", r);
             }
@@ -135,7 +135,7 @@ bool GeoLocation::initSettings() {
 int GeoLocation::requestSettings() {
     Veskar::SdBus::Error error;
     Veskar::SdBus::Message reply;
-    const std::optional<int> asked = client->getAll(error, reply);
+    const std::optional<int> asked = client_->getAll(error, reply);
     if (!asked) {
         return -ETIMEDOUT;
     }
@@ -143,7 +143,7 @@ int GeoLocation::requestSettings() {
         return parse(reply.get());
     }
     if (error.hasName(SD_BUS_ERROR_SERVICE_UNKNOWN)) {
-        serviceAvailable = false;
+        serviceAvailable_ = false;
         return 0;
     }
     syslog(LOG_ERR, "GeoLocation: get configuration error: %s\n", error.message());
@@ -163,26 +163,26 @@ int GeoLocation::parse(sd_bus_message* message) {
         [&](const char* key) { return readEntry(message, key, named); });
     // All at once, so that no reader sees half of a change, and only now, so that none waits while
     // a long message is read.
-    const std::lock_guard<std::mutex> lock(mutex);
-    latitude = named.latitude.value_or(latitude);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    latitude_ = named.latitude.value_or(latitude_);
     if (named.latitude) {
-        scaleTo(latitude);
+        scaleTo(latitude_);
     }
-    longitude = named.longitude.value_or(longitude);
-    heading = named.heading.value_or(heading);
-    validPosition = named.validPosition.value_or(validPosition);
+    longitude_ = named.longitude.value_or(longitude_);
+    heading_ = named.heading.value_or(heading_);
+    validPosition_ = named.validPosition.value_or(validPosition_);
     return result;
 }
 
-void GeoLocation::calculateDegreePerMeter(double newLatitude) {
-    const std::lock_guard<std::mutex> lock(mutex);
-    scaleTo(newLatitude);
+void GeoLocation::calculateDegreePerMeter(double latitude) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    scaleTo(latitude);
 }
 
-void GeoLocation::scaleTo(double newLatitude) {
-    const DegreesPerMeter scale = degreesPerMeter(newLatitude);
-    degreesPerMeterLongitude = scale.longitude;
-    degreesPerMeterLatitude = scale.latitude;
+void GeoLocation::scaleTo(double latitude) {
+    const DegreesPerMeter scale = degreesPerMeter(latitude);
+    degreesPerMeterLongitude_ = scale.longitude;
+    degreesPerMeterLatitude_ = scale.latitude;
 }
 
 void GeoLocation::validatePosition(::Dbus::GeoLocation::Position& position) {
@@ -203,16 +203,16 @@ void GeoLocation::validatePosition(::Dbus::GeoLocation::Position& position) {
 ::Dbus::GeoLocation::Position GeoLocation::getPosition(double range, double azimuth) {
     ::Dbus::GeoLocation::Position position;
     {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const std::lock_guard<std::mutex> lock(mutex_);
         // The bearing, clockwise from north, is heading + 90 - azimuth; theta is the same direction
         // counter-clockwise from east.
         const double theta =
-            std::fmod(450.0 - ((heading + 90.0) - azimuth), 360.0) * radiansPerDegree;
-        position.longitude = longitude + std::cos(theta) * range * degreesPerMeterLongitude;
-        position.latitude = latitude + std::sin(theta) * range * degreesPerMeterLatitude;
-        position.altitude = altitude;
+            std::fmod(450.0 - ((heading_ + 90.0) - azimuth), 360.0) * radiansPerDegree;
+        position.longitude = longitude_ + std::cos(theta) * range * degreesPerMeterLongitude_;
+        position.latitude = latitude_ + std::sin(theta) * range * degreesPerMeterLatitude_;
+        position.altitude = altitude_;
         // Before it is brought into range, which makes an infinite longitude 0.
-        position.valid = validPosition && isFinite(position);
+        position.valid = validPosition_ && isFinite(position);
     }
     validatePosition(position);
     return position;

@@ -20,11 +20,11 @@ constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
 class SetUpError : public std::system_error {
 public:
     SetUpError(int code, const char* message)
-        : std::system_error(code, std::generic_category(), message), text(message) {}
-    const char* what() const noexcept override { return text; }
+        : std::system_error(code, std::generic_category(), message), text_(message) {}
+    const char* what() const noexcept override { return text_; }
 
 private:
-    const char* text;
+    const char* text_;
 };
 
 void require(int code, const char* text) {
@@ -42,23 +42,23 @@ int newEvent(Veskar::SdBus::Event& event) {
 
 }  // namespace
 
-PropertyClient::PropertyClient(const Service& newService) : service(newService) {}
+PropertyClient::PropertyClient(const Service& service) : service_(service) {}
 
 PropertyClient::~PropertyClient() = default;
 
 void PropertyClient::setUp(const std::function<void()>& steps) {
     try {
-        require(Veskar::SdBus::openSystem(bus), "Failed to open sd bus");
-        require(newEvent(event), "Failed to create sd event");
+        require(Veskar::SdBus::openSystem(bus_), "Failed to open sd bus");
+        require(newEvent(event_), "Failed to create sd event");
         steps();
     } catch (const std::system_error& error) {
         // All clients share this prefix; who watches the log searches for it.
         syslog(LOG_ERR, "GeoLocation: %s. Error code: %d\n", error.what(), error.code().value());
-        eventSource.reset();
-        bus.reset();
-        event.reset();
+        eventSource_.reset();
+        bus_.reset();
+        event_.reset();
     }
-    isSetUp = true;
+    isSetUp_ = true;
 }
 
 void PropertyClient::requireSettings(int code) {
@@ -66,13 +66,13 @@ void PropertyClient::requireSettings(int code) {
 }
 
 void PropertyClient::follow(Changed onChanged) {
-    changed = std::move(onChanged);
-    const std::string rule = std::string("type='signal',sender='") + service.name + "',path='" +
-                             service.path + "',interface='" + propertiesInterface +
+    changed_ = std::move(onChanged);
+    const std::string rule = std::string("type='signal',sender='") + service_.name + "',path='" +
+                             service_.path + "',interface='" + propertiesInterface +
                              "',member='PropertiesChanged'";
-    require(sd_bus_add_match(bus.get(), nullptr, rule.c_str(), onSignal, this),
+    require(sd_bus_add_match(bus_.get(), nullptr, rule.c_str(), onSignal, this),
             "Failed to setup listen to changed settings");
-    eventSource = std::make_unique<SDEventGSource>(bus.get(), event.get());
+    eventSource_ = std::make_unique<SDEventGSource>(bus_.get(), event_.get());
 }
 
 std::optional<int> PropertyClient::getAll(Veskar::SdBus::Error& error,
@@ -80,12 +80,13 @@ std::optional<int> PropertyClient::getAll(Veskar::SdBus::Error& error,
     // Without a connection the call fails by itself, as an invalid argument.
     const auto call = [&] {
         sd_bus_message* received = nullptr;
-        const int r = sd_bus_call_method(bus.get(), service.name, service.path, propertiesInterface,
-                                         "GetAll", error.out(), &received, "s", service.name);
+        const int r =
+            sd_bus_call_method(bus_.get(), service_.name, service_.path, propertiesInterface,
+                               "GetAll", error.out(), &received, "s", service_.name);
         reply.reset(received);
         return r;
     };
-    return isSetUp ? caller.ask(bus.get(), call) : caller.askPatiently(bus.get(), call);
+    return isSetUp_ ? caller_.ask(bus_.get(), call) : caller_.askPatiently(bus_.get(), call);
 }
 
 int PropertyClient::readInterface(sd_bus_message* message) const {
@@ -94,13 +95,13 @@ int PropertyClient::readInterface(sd_bus_message* message) const {
     if (r < 0) {
         return r;
     }
-    return std::string(interface) == service.name ? 1 : 0;
+    return std::string(interface) == service_.name ? 1 : 0;
 }
 
 int PropertyClient::onSignal(sd_bus_message* message, void* client,
                              sd_bus_error* /*error*/) noexcept {
     return Veskar::guarded(-ENOMEM,
-                           [&] { return static_cast<PropertyClient*>(client)->changed(message); });
+                           [&] { return static_cast<PropertyClient*>(client)->changed_(message); });
 }
 
 }  // namespace Impl

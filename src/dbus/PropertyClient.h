@@ -56,15 +56,15 @@ public:
 private:
     static int onSignal(sd_bus_message* message, void* client, sd_bus_error* error) noexcept;
 
-    Service service;
-    Veskar::SdBus::ServiceCaller caller;
-    bool isSetUp = false;
-    Changed changed;
+    Service service_;
+    Veskar::SdBus::ServiceCaller caller_;
+    bool isSetUp_ = false;
+    Changed changed_;
     // In this order and last: the bridge ends first, so that no signal finds anything gone, and
     // lets go of the loop before bus and loop end.
-    Veskar::SdBus::Event event;
-    Veskar::SdBus::Bus bus;
-    std::unique_ptr<SDEventGSource> eventSource;
+    Veskar::SdBus::Event event_;
+    Veskar::SdBus::Bus bus_;
+    std::unique_ptr<SDEventGSource> eventSource_;
 };
 
 }  // namespace Impl

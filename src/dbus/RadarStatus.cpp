@@ -45,11 +45,11 @@ int readFailureStatus(sd_bus_message* message, std::pair<int, bool>& status) {
 
 namespace Impl {
 
-RadarStatus::RadarStatus() : client(std::make_unique<PropertyClient>(service)) {
-    client->setUp([this] {
+RadarStatus::RadarStatus() : client_(std::make_unique<PropertyClient>(service)) {
+    client_->setUp([this] {
         PropertyClient::requireSettings(requestStatus());
-        client->follow([this](sd_bus_message* message) {
-            const int r = client->readInterface(message);
+        client_->follow([this](sd_bus_message* message) {
+            const int r = client_->readInterface(message);
             if (r < 0) {
                 syslog(LOG_ERR, "RadarStatus: Failed to get property interface. Error code: %d\n",
                        r);
@@ -73,7 +73,7 @@ bool RadarStatus::initStatus() {
 int RadarStatus::requestStatus() {
     Veskar::SdBus::Error error;
     Veskar::SdBus::Message reply;
-    const std::optional<int> asked = client->getAll(error, reply);
+    const std::optional<int> asked = client_->getAll(error, reply);
     if (!asked) {
         return -ETIMEDOUT;
     }
@@ -116,8 +116,8 @@ int RadarStatus::parseIsEnabled(sd_bus_message* message) {
         return r;
     }
     {
-        const std::lock_guard<std::mutex> lock(mutex);
-        isEnabled = enabled != 0;
+        const std::lock_guard<std::mutex> lock(mutex_);
+        isEnabled_ = enabled != 0;
     }
     return sd_bus_message_exit_container(message);
 }
@@ -142,17 +142,17 @@ int RadarStatus::parseFailure(sd_bus_message* message) {
                 return r;
             }
             // Without the lock: getters read too, and nobody else writes.
-            const bool isKnown = failure.count(name) > 0 || reported.count(name) > 0;
-            if (isKnown || failure.size() + added < mostFailures) {
+            const bool isKnown = failure_.count(name) > 0 || reported.count(name) > 0;
+            if (isKnown || failure_.size() + added < mostFailures) {
                 added += isKnown ? 0 : 1;
                 reported[name] = status;
             }
             return r;
         });
     {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const std::lock_guard<std::mutex> lock(mutex_);
         for (const auto& [name, status] : reported) {
-            failure[name] = status;
+            failure_[name] = status;
         }
     }
     return result < 0 ? result : sd_bus_message_exit_container(message);
@@ -167,25 +167,25 @@ int RadarStatus::parseRadarProfile(sd_bus_message* message) {
         return r;
     }
     {
-        const std::lock_guard<std::mutex> lock(mutex);
-        radarProfile = profile;
+        const std::lock_guard<std::mutex> lock(mutex_);
+        radarProfile_ = profile;
     }
     return sd_bus_message_exit_container(message);
 }
 
 bool RadarStatus::getIsEnabled() const {
-    const std::lock_guard<std::mutex> lock(mutex);
-    return isEnabled;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return isEnabled_;
 }
 
 RadarStatus::Failures RadarStatus::getFailure() const {
-    const std::lock_guard<std::mutex> lock(mutex);
-    return failure;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return failure_;
 }
 
 std::string RadarStatus::getRadarProfile() const {
-    const std::lock_guard<std::mutex> lock(mutex);
-    return radarProfile;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return radarProfile_;
 }
 
 }  // namespace Impl

@@ -68,19 +68,19 @@ GSourceFuncs callbacks = {prepare, check, dispatch, finalize, nullptr, nullptr};
 }  // namespace
 
 SDEventGSource::SDEventGSource(sd_bus* bus, sd_event* event)
-    : mutex(std::make_shared<std::mutex>()) {
+    : mutex_(std::make_shared<std::mutex>()) {
     // Held to the end: the context may run on another thread, and must not see the loop before the
     // bus is on it.
-    const std::lock_guard<std::mutex> lock(*mutex);
-    source = g_source_new(&callbacks, sizeof(Record));
-    g_source_set_name(source, "sd-event");
-    Record::Loop& loop = *new (&loopOf(source)) Record::Loop{
+    const std::lock_guard<std::mutex> lock(*mutex_);
+    source_ = g_source_new(&callbacks, sizeof(Record));
+    g_source_set_name(source_, "sd-event");
+    Record::Loop& loop = *new (&loopOf(source_)) Record::Loop{
         sd_event_ref(event),
         {sd_event_get_fd(event), G_IO_IN | G_IO_ERR | G_IO_HUP, 0},
         g_main_context_ref_thread_default(),
-        mutex};
-    g_source_add_poll(source, &loop.poll);
-    g_source_attach(source, loop.context);
+        mutex_};
+    g_source_add_poll(source_, &loop.poll);
+    g_source_attach(source_, loop.context);
 
     if (bus != nullptr) {
         const int r = sd_bus_attach_event(bus, event, SD_EVENT_PRIORITY_NORMAL);
@@ -93,15 +93,15 @@ SDEventGSource::SDEventGSource(sd_bus* bus, sd_event* event)
 SDEventGSource::~SDEventGSource() {
     // The source may hold the last reference to its context, and GLib still needs the context after
     // it has finalized the source.
-    GMainContext* context = g_main_context_ref(loopOf(source).context);
+    GMainContext* context = g_main_context_ref(loopOf(source_).context);
     {
-        const std::lock_guard<std::mutex> lock(*mutex);
-        g_source_destroy(source);
+        const std::lock_guard<std::mutex> lock(*mutex_);
+        g_source_destroy(source_);
         // Here and not in finalize, which may run later on the context's thread: the reference
         // count of a loop is not atomic.
-        Record::Loop& loop = loopOf(source);
+        Record::Loop& loop = loopOf(source_);
         loop.event = sd_event_unref(loop.event);
     }
-    g_source_unref(source);
+    g_source_unref(source_);
     g_main_context_unref(context);
 }

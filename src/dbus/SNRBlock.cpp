@@ -43,38 +43,37 @@ std::int64_t truncate(double value) {
 
 }  // namespace
 
-SNRBlock::SNRBlock(sd_bus* newBus)
-    : SNRBlock(newBus, [] { return std::chrono::steady_clock::now(); }) {}
+SNRBlock::SNRBlock(sd_bus* bus) : SNRBlock(bus, [] { return std::chrono::steady_clock::now(); }) {}
 
-SNRBlock::SNRBlock(sd_bus* newBus, SteadyClock steadyClock)
-    : bus(newBus), service(std::make_shared<SdBus::ServiceCaller>(std::move(steadyClock))) {}
+SNRBlock::SNRBlock(sd_bus* bus, SteadyClock steadyClock)
+    : bus_(bus), service_(std::make_shared<SdBus::ServiceCaller>(std::move(steadyClock))) {}
 
-void SNRBlock::setupCamera(const std::shared_ptr<Camera>& newCamera) {
-    camera = newCamera;
-    const Eigen::Vector2i resolution = camera->getResolution();
-    rows = static_cast<int>(std::ceil(resolution(1) / static_cast<double>(blockSize)));
-    columns = static_cast<int>(std::ceil(resolution(0) / static_cast<double>(blockSize)));
-    blockCount = rows * columns;
-    snr.assign(static_cast<std::size_t>(blockCount), unreadSNR);
-    blockX.clear();
-    blockY.clear();
-    for (int row = 0; row < rows; ++row) {
-        for (int column = 0; column < columns; ++column) {
-            blockX.push_back(blockSize * column);
-            blockY.push_back(blockSize * row);
+void SNRBlock::setupCamera(const std::shared_ptr<Camera>& camera) {
+    camera_ = camera;
+    const Eigen::Vector2i resolution = camera_->getResolution();
+    rows_ = static_cast<int>(std::ceil(resolution(1) / static_cast<double>(blockSize)));
+    columns_ = static_cast<int>(std::ceil(resolution(0) / static_cast<double>(blockSize)));
+    blockCount_ = rows_ * columns_;
+    snr_.assign(static_cast<std::size_t>(blockCount_), unreadSNR);
+    blockX_.clear();
+    blockY_.clear();
+    for (int row = 0; row < rows_; ++row) {
+        for (int column = 0; column < columns_; ++column) {
+            blockX_.push_back(blockSize * column);
+            blockY_.push_back(blockSize * row);
         }
     }
 }
 
 void SNRBlock::updateSNRBlock() {
-    if (bus == nullptr) {
+    if (bus_ == nullptr) {
         return;
     }
-    SdBus::discardPending(bus);
+    SdBus::discardPending(bus_);
     SdBus::Error error;
     sd_bus_message* received = nullptr;
-    const std::optional<int> asked = service->ask(bus, [&] {
-        return sd_bus_get_property(bus, "com.nolt.Lumd.ch0", "/com/nolt/Lumd/SNRBlock",
+    const std::optional<int> asked = service_->ask(bus_, [&] {
+        return sd_bus_get_property(bus_, "com.nolt.Lumd.ch0", "/com/nolt/Lumd/SNRBlock",
                                    "com.nolt.Lumd.SNRBlock", "SNRBlock", error.out(), &received,
                                    "ad");
     });
@@ -101,7 +100,7 @@ void SNRBlock::updateSNRBlock() {
         syslog(LOG_ERR, "SNRBlock: Failed to read values. Error code = %d\n", r);
         return;
     }
-    snr = std::move(values);
+    snr_ = std::move(values);
 }
 
 double SNRBlock::computeBboxSNR(const Eigen::Vector4d& box) const {
@@ -110,25 +109,25 @@ double SNRBlock::computeBboxSNR(const Eigen::Vector4d& box) const {
     const Extent vertical(top + truncate(-box(3)), top);
     double area = 0.0;
     double weighted = 0.0;
-    const std::size_t count = std::min(snr.size(), blockX.size());
+    const std::size_t count = std::min(snr_.size(), blockX_.size());
     for (std::size_t i = 0; i < count; ++i) {
         const auto overlap =
-            static_cast<double>(horizontal.overlap(blockX[i]) * vertical.overlap(blockY[i]));
+            static_cast<double>(horizontal.overlap(blockX_[i]) * vertical.overlap(blockY_[i]));
         if (overlap == 0.0) {
             continue;  // what is not finite elsewhere does not matter
         }
         area += overlap;
-        weighted += overlap * snr[i];
+        weighted += overlap * snr_[i];
     }
     return area < 1e-6 ? unreadSNR : weighted / area;
 }
 
 double SNRBlock::bboxSNR(const SystemTrack& track) const {
-    if (camera == nullptr) {
+    if (camera_ == nullptr) {
         return unreadSNR;
     }
     Eigen::Vector4d box = track.boundingBox;
-    transformCameraToScreen(box, *camera);
+    transformCameraToScreen(box, *camera_);
     return computeBboxSNR(box);
 }
 

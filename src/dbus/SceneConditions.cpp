@@ -32,34 +32,34 @@ SceneConditions::SceneConditions()
     : SceneConditions([] { return std::chrono::steady_clock::now(); }) {}
 
 SceneConditions::SceneConditions(SteadyClock clock)
-    : bus(openBus()),
-      optics(std::make_unique<SdBus::ServiceCaller>(clock)),
-      snrBlock(bus.get(), clock),
-      steadyClock(std::move(clock)) {
+    : bus_(openBus()),
+      optics_(std::make_unique<SdBus::ServiceCaller>(clock)),
+      snrBlock_(bus_.get(), clock),
+      steadyClock_(std::move(clock)) {
     // Old enough for the first question to be asked at once.
-    lastUpdate = steadyClock() - std::chrono::seconds(updateInterval);
-    if (bus != nullptr) {
-        sd_bus_flush(bus.get());
+    lastUpdate_ = steadyClock_() - std::chrono::seconds(updateInterval_);
+    if (bus_ != nullptr) {
+        sd_bus_flush(bus_.get());
         updateDayNight();
     }
-    dayCurve = {{0.255, 1.15}, {0.183, 3.2}, {0.1, 6.28}, {0.072, 15.5}};
-    nightCurve = {{0.255, 4.0}, {0.183, 6.0}, {0.1, 20.0}, {0.072, 25.0}};
+    dayCurve_ = {{0.255, 1.15}, {0.183, 3.2}, {0.1, 6.28}, {0.072, 15.5}};
+    nightCurve_ = {{0.255, 4.0}, {0.183, 6.0}, {0.1, 20.0}, {0.072, 25.0}};
 }
 
 SceneConditions::~SceneConditions() = default;
 
 bool SceneConditions::updateDayNight() {
-    if (bus == nullptr) {
+    if (bus_ == nullptr) {
         return false;
     }
-    if (steadyClock() - lastUpdate < std::chrono::seconds(updateInterval)) {
+    if (steadyClock_() - lastUpdate_ < std::chrono::seconds(updateInterval_)) {
         return true;
     }
-    SdBus::discardPending(bus.get());
+    SdBus::discardPending(bus_.get());
     SdBus::Error error;
     sd_bus_message* received = nullptr;
-    const std::optional<int> asked = optics->ask(bus.get(), [&] {
-        return sd_bus_call_method(bus.get(), "com.nolt.Optics2", "/com/nolt/Optics0",
+    const std::optional<int> asked = optics_->ask(bus_.get(), [&] {
+        return sd_bus_call_method(bus_.get(), "com.nolt.Optics2", "/com/nolt/Optics0",
                                   "com.nolt.DayNight1", "GetDayNight", error.out(), &received, "");
     });
     if (!asked) {
@@ -77,21 +77,21 @@ bool SceneConditions::updateDayNight() {
         syslog(LOG_ERR, "SceneConditions: Failed to read message. Error code = %d\n", r);
         return false;
     }
-    dayNightMode = mode;
-    lastUpdate = steadyClock();
+    dayNightMode_ = mode;
+    lastUpdate_ = steadyClock_();
     return true;
 }
 
 bool SceneConditions::isDay() {
     if (!updateDayNight()) {
-        dayNightMode = "day";
+        dayNightMode_ = "day";
     }
-    return dayNightMode == "day";
+    return dayNightMode_ == "day";
 }
 
 bool SceneConditions::hasGoodVideoConditions(const SystemTrack& track) {
     const Point p{0.5 * track.boundingBox(3), bboxSNR(track)};
-    const std::vector<Point>& curve = isDay() ? dayCurve : nightCurve;
+    const std::vector<Point>& curve = isDay() ? dayCurve_ : nightCurve_;
     if (curve.empty()) {
         return false;
     }
@@ -112,15 +112,15 @@ bool SceneConditions::isAboveLineSegment(const Point& p, const Point& a, const P
 }
 
 void SceneConditions::setupCamera(const std::shared_ptr<Camera>& camera) {
-    snrBlock.setupCamera(camera);
+    snrBlock_.setupCamera(camera);
 }
 
 void SceneConditions::updateSNRBlock() {
-    snrBlock.updateSNRBlock();
+    snrBlock_.updateSNRBlock();
 }
 
 double SceneConditions::bboxSNR(const SystemTrack& track) const {
-    return snrBlock.bboxSNR(track);
+    return snrBlock_.bboxSNR(track);
 }
 
 }  // namespace Veskar::Dbus

@@ -33,18 +33,18 @@ using Message = std::unique_ptr<sd_bus_message, UnrefMessage>;
 class Error {
 public:
     Error() = default;
-    ~Error() { sd_bus_error_free(&error); }
+    ~Error() { sd_bus_error_free(&error_); }
     Error(const Error&) = delete;
     Error& operator=(const Error&) = delete;
 
     /// @return where a call may put its error
-    sd_bus_error* out() { return &error; }
-    bool hasName(const char* name) const { return sd_bus_error_has_name(&error, name) > 0; }
+    sd_bus_error* out() { return &error_; }
+    bool hasName(const char* name) const { return sd_bus_error_has_name(&error_, name) > 0; }
     /// @return the error's own text, never null
-    const char* message() const { return error.message == nullptr ? "" : error.message; }
+    const char* message() const { return error_.message == nullptr ? "" : error_.message; }
 
 private:
-    sd_bus_error error{};
+    sd_bus_error error_{};
 };
 
 /// Opens the system bus and limits the wait of its calls. Waits for the bus itself as for a call.

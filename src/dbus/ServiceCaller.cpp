@@ -19,7 +19,7 @@ constexpr std::chrono::milliseconds fairLimit(100);
 
 }  // namespace
 
-ServiceCaller::ServiceCaller(SteadyClock steadyClock) : clock(std::move(steadyClock)) {}
+ServiceCaller::ServiceCaller(SteadyClock steadyClock) : clock_(std::move(steadyClock)) {}
 
 std::optional<int> ServiceCaller::ask(sd_bus* bus, const Call& call) {
     return ask(bus, call, WaitBudget::ofThisThread().left(WaitBudget::Clock::now()));
@@ -31,10 +31,10 @@ std::optional<int> ServiceCaller::askPatiently(sd_bus* bus, const Call& call) {
 
 std::optional<int> ServiceCaller::ask(sd_bus* bus, const Call& call,
                                       std::chrono::steady_clock::duration available) {
-    if (available < leastLimit || (silentSince && clock() - *silentSince < rest)) {
+    if (available < leastLimit || (silentSince_ && clock_() - *silentSince_ < rest)) {
         return std::nullopt;
     }
-    silentSince.reset();
+    silentSince_.reset();
     const auto limit = std::min<std::chrono::steady_clock::duration>(available, callTimeout);
     limitCalls(bus, limit);
     const auto begin = WaitBudget::Clock::now();
@@ -43,7 +43,7 @@ std::optional<int> ServiceCaller::ask(sd_bus* bus, const Call& call,
     WaitBudget::ofThisThread().spend(begin, end);
     // The bus itself reports a service that leaves without an answer with the same code, at once.
     if (r == -ETIMEDOUT && limit >= fairLimit && end - begin >= limit) {
-        silentSince = clock();
+        silentSince_ = clock_();
     }
     return r;
 }

@@ -39,8 +39,8 @@ private:
     std::optional<int> ask(sd_bus* bus, const Call& call,
                            std::chrono::steady_clock::duration available);
 
-    SteadyClock clock;
-    std::optional<std::chrono::steady_clock::time_point> silentSince;
+    SteadyClock clock_;
+    std::optional<std::chrono::steady_clock::time_point> silentSince_;
 };
 
 }  // namespace Veskar::SdBus

@@ -37,13 +37,13 @@ bool isWithin(double value, const std::pair<double, double>& range) {
 
 }  // namespace
 
-AutocalibrationHandler::AutocalibrationHandler(const Config& newConfig)
-    : socketPath("/tmp/autocalibration.sock"), enabled(calledFromQWR()), config(newConfig) {}
+AutocalibrationHandler::AutocalibrationHandler(const Config& config)
+    : socketPath_("/tmp/autocalibration.sock"), enabled_(calledFromQWR()), config_(config) {}
 
 void AutocalibrationHandler::handleUpdate(
     const std::vector<std::shared_ptr<SystemTrack>>& systemTracks,
     const std::vector<std::shared_ptr<Track>>& videoTracks, std::int64_t nanoseconds) {
-    if (!enabled) {
+    if (!enabled_) {
         return;
     }
     CalibrationPayload payload{{}, nanoseconds};
@@ -61,7 +61,7 @@ void AutocalibrationHandler::handleUpdate(
 void AutocalibrationHandler::handleSystemTrack(
     const SystemTrack& systemTrack, const std::vector<std::shared_ptr<Track>>& videoTracks,
     CalibrationPayload& payload) const {
-    const Config::ModuleConfig& limits = config.module;
+    const Config::ModuleConfig& limits = config_.module;
     if (!isFused(systemTrack)) {
         return;
     }
@@ -111,7 +111,7 @@ std::string AutocalibrationHandler::formatPayload(const CalibrationPayload& payl
 }
 
 void AutocalibrationHandler::sendCalibrationData(const CalibrationPayload& payload) const {
-    const LocalDatagramSocket socket(socketPath);
+    const LocalDatagramSocket socket(socketPath_);
     if (socket.isConnected()) {
         socket.send(formatPayload(payload));
     }

@@ -44,13 +44,13 @@ ClassVerdict classesOf(const SystemTrack& systemTrack, const Track& track) {
 FusionObserver::Gate Explanation::told(const Gate::Outcome& outcome, const Track& a,
                                        const Track& b) const {
     const bool isMeasured = outcome.verdict != Gate::Verdict::ClassNotSupported;
-    const Gate::Outcome figures = isMeasured ? outcome : gate.measure(a, b);
+    const Gate::Outcome figures = isMeasured ? outcome : gate_.measure(a, b);
     FusionObserver::Gate result;
     result.distance = figures.distance;
-    result.limit = config.gatingDistance;
-    if (config.splitGating) {
-        result.limit = config.positionGatingDistance;
-        result.similarityLimit = config.velocityGatingSimilarity;
+    result.limit = config_.gatingDistance;
+    if (config_.splitGating) {
+        result.limit = config_.positionGatingDistance;
+        result.similarityLimit = config_.velocityGatingSimilarity;
     }
     if (figures.moving) {
         result.velocitySimilarity = figures.similarity;
@@ -69,12 +69,12 @@ void Explanation::continuation(FusionObserver& observer, const SystemTrack& syst
 
 void Explanation::findOpenTracks(const Tracks& tracks, const SystemTracks& systemTracks,
                                  bool mayShare) {
-    heldTracks.start(systemTracks);
-    openTracks.clear();
+    heldTracks_.start(systemTracks);
+    openTracks_.clear();
     for (std::size_t j = 0; j < tracks.size(); ++j) {
         const Track& track = dereference(tracks[j]);
-        if (mayShare || !heldTracks.holds(track)) {
-            openTracks.push_back({static_cast<int>(j), gate.factsOf(track)});
+        if (mayShare || !heldTracks_.holds(track)) {
+            openTracks_.push_back({static_cast<int>(j), gate_.factsOf(track)});
         }
     }
 }
@@ -87,27 +87,27 @@ void Explanation::candidates(FusionObserver& observer, const Tracks& tracks,
     if (std::none_of(systemTracks.begin(), systemTracks.end(), isOpen)) {
         return;
     }
-    findOpenTracks(tracks, systemTracks, source == Source::Radar && config.allowRadarToMultiple);
-    if (openTracks.empty()) {
+    findOpenTracks(tracks, systemTracks, source == Source::Radar && config_.allowRadarToMultiple);
+    if (openTracks_.empty()) {
         return;
     }
     // The greedy assignment knows no classes and may choose whatever passes the gate.
-    if (config.useJVA) {
-        problem.start(systemTracks, tracks, source);
-        mismatches.clear();
-        problem.findAllowedPairs(allowedPairs, mismatches);
+    if (config_.useJVA) {
+        problem_.start(systemTracks, tracks, source);
+        mismatches_.clear();
+        problem_.findAllowedPairs(allowedPairs_, mismatches_);
     }
     for (std::size_t i = 0; i < systemTracks.size(); ++i) {
         if (!isOpen(systemTracks[i])) {
             continue;
         }
         const SystemTrack& systemTrack = *systemTracks[i];
-        const GateFacts facts = gate.factsOf(systemTrack);
-        for (const OpenTrack& open : openTracks) {
+        const GateFacts facts = gate_.factsOf(systemTrack);
+        for (const OpenTrack& open : openTracks_) {
             const Track& track = *open.facts.track;
-            const Gate::Outcome outcome = gate.evaluate(facts, open.facts);
+            const Gate::Outcome outcome = gate_.evaluate(facts, open.facts);
             const bool allowed =
-                config.useJVA ? allowedPairs.find(i, open.index) != nullptr : outcome.passed();
+                config_.useJVA ? allowedPairs_.find(i, open.index) != nullptr : outcome.passed();
             observer.onCandidate({systemTrack.id, source, track.id,
                                   told(outcome, systemTrack, track), classesOf(systemTrack, track),
                                   allowed});
@@ -117,19 +117,19 @@ void Explanation::candidates(FusionObserver& observer, const Tracks& tracks,
 
 void Explanation::mergeCandidates(FusionObserver& observer, const SystemTracks& systemTracks,
                                   const std::unordered_set<int>& excludedIds) {
-    singles.clear();
+    singles_.clear();
     for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
         const SystemTrack& systemTrack = dereference(pointer);
         if (!isFused(systemTrack) && !isUnsupported(systemTrack)) {
-            singles.push_back(
-                {&systemTrack, systemTrack.hasTracks(Source::Radar), gate.factsOf(systemTrack)});
+            singles_.push_back(
+                {&systemTrack, systemTrack.hasTracks(Source::Radar), gate_.factsOf(systemTrack)});
         }
     }
-    for (const SingleSensor& older : singles) {
-        for (const SingleSensor& younger : singles) {
+    for (const SingleSensor& older : singles_) {
+        for (const SingleSensor& younger : singles_) {
             if (older.hasRadar != younger.hasRadar &&
                 younger.track->startTime > older.track->startTime) {
-                const Gate::Outcome outcome = gate.evaluate(older.facts, younger.facts);
+                const Gate::Outcome outcome = gate_.evaluate(older.facts, younger.facts);
                 observer.onMergeCandidate(
                     {older.track->id, younger.track->id,
                      told(outcome, *older.track, *younger.track),
@@ -141,14 +141,14 @@ void Explanation::mergeCandidates(FusionObserver& observer, const SystemTracks& 
 }
 
 void Explanation::prune(FusionObserver& observer, SystemTrack& systemTrack) {
-    held.clear();
+    held_.clear();
     for (const auto& [source, tracks] : systemTrack.sensorTracks) {
         for (const auto& [id, track] : tracks) {
-            held.push_back({systemTrack.id, source, id, dereference(track).coastingTime});
+            held_.push_back({systemTrack.id, source, id, dereference(track).coastingTime});
         }
     }
     systemTrack.prune();
-    for (const FusionObserver::Pruning& before : held) {
+    for (const FusionObserver::Pruning& before : held_) {
         if (systemTrack.getSensorTracks(before.source).count(before.sensorTrackId) == 0) {
             observer.onPruning(before);
         }

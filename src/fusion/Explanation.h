@@ -25,10 +25,10 @@ public:
     using Tracks = std::vector<std::shared_ptr<Track>>;
     using SystemTracks = std::vector<std::shared_ptr<SystemTrack>>;
 
-    /// @param moduleConfig the limits; must outlive this
-    /// @param trackGate the gate; must outlive this
-    Explanation(const Config::ModuleConfig& moduleConfig, const Gate& trackGate)
-        : config(moduleConfig), gate(trackGate), problem(moduleConfig, trackGate) {}
+    /// @param config the limits; must outlive this
+    /// @param gate the gate; must outlive this
+    Explanation(const Config::ModuleConfig& config, const Gate& gate)
+        : config_(config), gate_(gate), problem_(config, gate) {}
 
     /// @param observer is told
     /// @param systemTrack before the report is fused
@@ -75,16 +75,16 @@ private:
     void findOpenTracks(const Tracks& tracks, const SystemTracks& systemTracks, bool mayShare);
     FusionObserver::Gate told(const Gate::Outcome& outcome, const Track& a, const Track& b) const;
 
-    const Config::ModuleConfig& config;
-    const Gate& gate;
+    const Config::ModuleConfig& config_;
+    const Gate& gate_;
     // Working memory, kept from frame to frame.
-    HeldTracks heldTracks;
-    std::vector<OpenTrack> openTracks;
-    SensorToSystem problem;
-    SparseCosts allowedPairs;
-    std::unordered_set<int> mismatches;  ///< a by-product of the problem, which tells itself later
-    std::vector<SingleSensor> singles;
-    std::vector<FusionObserver::Pruning> held;
+    HeldTracks heldTracks_;
+    std::vector<OpenTrack> openTracks_;
+    SensorToSystem problem_;
+    SparseCosts allowedPairs_;
+    std::unordered_set<int> mismatches_;  ///< a by-product of the problem, which tells itself later
+    std::vector<SingleSensor> singles_;
+    std::vector<FusionObserver::Pruning> held_;
 };
 
 }  // namespace Veskar

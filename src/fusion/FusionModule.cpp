@@ -40,24 +40,23 @@ std::int64_t toNanoseconds(double seconds) {
 
 }  // namespace
 
-FusionModule::FusionModule(const Config& configuration)
-    : FusionModule(configuration, monotonicTime) {}
+FusionModule::FusionModule(const Config& config) : FusionModule(config, monotonicTime) {}
 
-FusionModule::FusionModule(const Config& configuration, SteadyClock steadyClock)
-    : config(configuration),
-      associator(configuration),
-      autocalibrationHandler(configuration),
-      motionAnalyzer(configuration),
-      idGenerator(publish(std::make_shared<ObjectIdGenerator>())),
-      clock(std::move(steadyClock)),
-      arrivals(std::make_unique<Arrivals>()),
-      workspace(std::make_unique<Workspace>(config)) {}
+FusionModule::FusionModule(const Config& config, SteadyClock steadyClock)
+    : config_(config),
+      associator_(config),
+      autocalibrationHandler_(config),
+      motionAnalyzer_(config),
+      idGenerator_(publish(std::make_shared<ObjectIdGenerator>())),
+      clock_(std::move(steadyClock)),
+      arrivals_(std::make_unique<Arrivals>()),
+      workspace_(std::make_unique<Workspace>(config_)) {}
 
 FusionModule::~FusionModule() = default;
 
 void FusionModule::cycleFrame(Source source, double timestamp, const Tracks& tracks) {
-    if (observer != nullptr) {
-        observer->onFrame({source, timestamp, tracks.size(), systemTracks.size()});
+    if (observer_ != nullptr) {
+        observer_->onFrame({source, timestamp, tracks.size(), systemTracks.size()});
     }
     predictTracks(timestamp);
     std::exception_ptr unsolved;
@@ -68,7 +67,7 @@ void FusionModule::cycleFrame(Source source, double timestamp, const Tracks& tra
         // Too many tracks to assign. Coasting tracks must still die, so that the load can fall.
         unsolved = std::current_exception();
     }
-    lastSensorTracks[source] = tracks;
+    lastSensorTracks_[source] = tracks;
     management();
     if (unsolved) {
         std::rethrow_exception(unsolved);
@@ -81,7 +80,7 @@ void FusionModule::predictTracks(double timestamp) {
         dereference(systemTrack).predict(timestamp);
     }
     for (const Source source : {Source::Radar, Source::VideoObject}) {
-        for (const std::shared_ptr<Track>& pointer : lastSensorTracks[source]) {
+        for (const std::shared_ptr<Track>& pointer : lastSensorTracks_[source]) {
             Track& track = dereference(pointer);
             if (track.time < timestamp) {
                 track.predict(timestamp);
@@ -90,25 +89,25 @@ void FusionModule::predictTracks(double timestamp) {
     }
 }
 
-void FusionModule::setObserver(FusionObserver* watcher) {
-    observer = watcher;
+void FusionModule::setObserver(FusionObserver* observer) {
+    observer_ = observer;
 }
 
 void FusionModule::clear() {
     systemTracks.clear();
-    for (auto& [source, tracks] : lastSensorTracks) {
+    for (auto& [source, tracks] : lastSensorTracks_) {
         tracks.clear();
     }
 }
 
 bool FusionModule::trackedOdHasMotion(int id, double u, double v) {
-    return motionAnalyzer.updateAndCheckMotion(id, u, v);
+    return motionAnalyzer_.updateAndCheckMotion(id, u, v);
 }
 
 void FusionModule::handleAutocalibration(const Source& source, double timestamp) {
     if (source == Source::Radar) {
-        autocalibrationHandler.handleUpdate(systemTracks, lastSensorTracks[Source::VideoObject],
-                                            toNanoseconds(timestamp));
+        autocalibrationHandler_.handleUpdate(systemTracks, lastSensorTracks_[Source::VideoObject],
+                                             toNanoseconds(timestamp));
     }
 }
 

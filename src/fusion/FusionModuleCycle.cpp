@@ -68,7 +68,7 @@ Tracks withoutFaults(const Tracks& tracks, double timestamp) {
 }  // namespace
 
 void FusionModule::cycle(Source source, double timestamp, const Tracks& tracks) {
-    const double now = toSeconds(clock());
+    const double now = toSeconds(clock_());
     if (source != Source::VideoObject && source != Source::Radar) {
         return;
     }
@@ -84,7 +84,7 @@ void FusionModule::cycle(Source source, double timestamp, const Tracks& tracks) 
         syslog(LOG_ERR, "FusionModule: Left out %d tracks that cannot be fused\n",
                found.cannotBeFused);
     }
-    if (found.hasZeroGain && arrivals->zeroGain.allows(now)) {
+    if (found.hasZeroGain && arrivals_->zeroGain.allows(now)) {
         syslog(LOG_WARNING,
                "FusionModule: A track with probability 0 makes that of its system track NaN for "
                "good; set Track::probability to the gain of the report\n");
@@ -98,27 +98,27 @@ void FusionModule::cycle(Source source, double timestamp, const Tracks& tracks) 
 
 /// Keeps a frame far from the others in time until the next one tells what it is worth.
 void FusionModule::admit(Source source, double timestamp, const Tracks& tracks, double now) {
-    const auto previous = std::exchange(arrivals->heldBack, std::nullopt);
-    const TimeBase::Verdict verdict = arrivals->timeBase.judge(timestamp);
+    const auto previous = std::exchange(arrivals_->heldBack, std::nullopt);
+    const TimeBase::Verdict verdict = arrivals_->timeBase.judge(timestamp);
     if (verdict == TimeBase::Verdict::HoldBack) {
         syslog(LOG_ERR, "FusionModule: Held back a frame far from the others in time\n");
-        arrivals->heldBack = {source, timestamp, tracks};
+        arrivals_->heldBack = {source, timestamp, tracks};
         return;
     }
     if (verdict == TimeBase::Verdict::Restart && previous) {
         syslog(LOG_ERR, "FusionModule: Restarted on a new time base\n");
         clear();
-        radarFrameQueue.clear();
-        lastVideoTimestamp = 0.0;
-        arrivals->lastTimestamps.clear();
+        radarFrameQueue_.clear();
+        lastVideoTimestamp_ = 0.0;
+        arrivals_->lastTimestamps.clear();
         deliver(previous->source, previous->timestamp, previous->tracks, now);
     }
     deliver(source, timestamp, tracks, now);
 }
 
 void FusionModule::deliver(Source source, double timestamp, const Tracks& tracks, double now) {
-    const auto [last, isFirst] = arrivals->lastTimestamps.try_emplace(source, timestamp);
-    if (timestamp < last->second && arrivals->olderFrame.allows(now)) {
+    const auto [last, isFirst] = arrivals_->lastTimestamps.try_emplace(source, timestamp);
+    if (timestamp < last->second && arrivals_->olderFrame.allows(now)) {
         syslog(LOG_WARNING, "FusionModule: A %s frame is older than the one before it\n",
                source == Source::VideoObject ? "video" : "radar");
     }
@@ -126,10 +126,10 @@ void FusionModule::deliver(Source source, double timestamp, const Tracks& tracks
 
     if (source == Source::VideoObject) {
         // No step of the frame reads it, and video time goes on when the frame fails.
-        lastVideoTimestamp = timestamp;
+        lastVideoTimestamp_ = timestamp;
         cycleFrame(Source::VideoObject, timestamp, tracks);
     } else {
-        radarFrameQueue.push_back({timestamp, tracks, now});
+        radarFrameQueue_.push_back({timestamp, tracks, now});
         drainRadarQueue(now);
         watchRadarQueue(now);
     }
@@ -137,32 +137,32 @@ void FusionModule::deliver(Source source, double timestamp, const Tracks& tracks
 
 /// Strictly first in, first out: a frame that must wait holds up those behind it.
 void FusionModule::drainRadarQueue(double now) {
-    while (!radarFrameQueue.empty() && now - radarFrameQueue.front().timestamp > radarMaxWait) {
+    while (!radarFrameQueue_.empty() && now - radarFrameQueue_.front().timestamp > radarMaxWait_) {
         fuseOldestRadarFrame();
     }
-    while (!radarFrameQueue.empty() &&
-           radarFrameQueue.front().timestamp < lastVideoTimestamp + radarLead) {
+    while (!radarFrameQueue_.empty() &&
+           radarFrameQueue_.front().timestamp < lastVideoTimestamp_ + radarLead) {
         fuseOldestRadarFrame();
     }
 }
 
 /// Takes the frame off the queue first: one that fails is never tried again.
 void FusionModule::fuseOldestRadarFrame() {
-    const CycleFrame frame = std::move(radarFrameQueue.front());
-    radarFrameQueue.pop_front();
+    const CycleFrame frame = std::move(radarFrameQueue_.front());
+    radarFrameQueue_.pop_front();
     cycleFrame(Source::Radar, frame.timestamp, frame.tracks);
 }
 
 /// Looks at what the drain has left: those frames wait for a time that may never come.
 void FusionModule::watchRadarQueue(double now) {
-    if (radarFrameQueue.size() > longestQueue) {
-        radarFrameQueue.pop_front();
-        if (arrivals->radarDropped.allows(now)) {
+    if (radarFrameQueue_.size() > longestQueue) {
+        radarFrameQueue_.pop_front();
+        if (arrivals_->radarDropped.allows(now)) {
             syslog(LOG_ERR, "FusionModule: Dropped radar frames that waited too long\n");
         }
     }
-    if (!radarFrameQueue.empty() && now - radarFrameQueue.front().arrival > suspiciousWait &&
-        arrivals->radarWaits.allows(now)) {
+    if (!radarFrameQueue_.empty() && now - radarFrameQueue_.front().arrival > suspiciousWait &&
+        arrivals_->radarWaits.allows(now)) {
         syslog(LOG_WARNING,
                "FusionModule: Radar frames have waited for video time for more than a minute; is "
                "radar stamped in UNIX time and video in uptime?\n");

@@ -47,9 +47,9 @@ void tellDeletions(FusionObserver& observer,
 
 /// Does what initialize would do for each track, but looks once for all at what is held.
 void FusionModule::startSystemTracks(const std::vector<std::shared_ptr<Track>>& tracks) {
-    HeldTracks& heldTracks = workspace->heldTracks;
+    HeldTracks& heldTracks = workspace_->heldTracks;
     heldTracks.start(systemTracks);
-    IdSet& startedIds = workspace->startedIds;
+    IdSet& startedIds = workspace_->startedIds;
     startedIds.clear();
     for (const std::shared_ptr<Track>& pointer : tracks) {
         const Track& track = dereference(pointer);
@@ -66,55 +66,55 @@ void FusionModule::startSystemTracks(const std::vector<std::shared_ptr<Track>>& 
 }
 
 void FusionModule::initialize(std::shared_ptr<Track> track) {
-    if (!associator.isOccupied(dereference(track), systemTracks)) {
+    if (!associator_.isOccupied(dereference(track), systemTracks)) {
         startSystemTrack(std::move(track));
     }
 }
 
 void FusionModule::startSystemTrack(std::shared_ptr<Track> track) {
     const Track& report = dereference(track);
-    if (config.module.removeClassMismatches && excludedTrackIds.count(report.id) > 0) {
+    if (config_.module.removeClassMismatches && excludedTrackIds_.count(report.id) > 0) {
         return;
     }
     systemTracks.push_back(
         std::make_shared<SystemTrack>(std::move(track), ObjectIdGenerator::instance->next()));
     SystemTrack& started = *systemTracks.back();
     takeLabels(started, report);
-    if (observer != nullptr) {
-        observer->onStart({started.id, report.source, report.id});
+    if (observer_ != nullptr) {
+        observer_->onStart({started.id, report.source, report.id});
     }
 }
 
 void FusionModule::management() {
     for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
         SystemTrack& systemTrack = dereference(pointer);
-        if (deservesConfirmation(systemTrack, config.module)) {
-            if (observer != nullptr && !systemTrack.isConfirmed) {
-                tellConfirmation(*observer, systemTrack, config.module);
+        if (deservesConfirmation(systemTrack, config_.module)) {
+            if (observer_ != nullptr && !systemTrack.isConfirmed) {
+                tellConfirmation(*observer_, systemTrack, config_.module);
             }
             systemTrack.isConfirmed = true;
         }
-        if (observer != nullptr) {
-            workspace->explanation.prune(*observer, systemTrack);
+        if (observer_ != nullptr) {
+            workspace_->explanation.prune(*observer_, systemTrack);
         } else {
             systemTrack.prune();
         }
         systemTrack.updateIsConfident();
     }
-    if (observer != nullptr) {
-        tellDeletions(*observer, systemTracks, isUnsupported,
+    if (observer_ != nullptr) {
+        tellDeletions(*observer_, systemTracks, isUnsupported,
                       FusionObserver::DeletionReason::NoSensorTracks);
     }
     eraseIf(systemTracks, isUnsupported);
-    if (config.module.allowRadarToMultiple) {
+    if (config_.module.allowRadarToMultiple) {
         eraseRadarCopies();
     }
-    excludedTrackIds.clear();
+    excludedTrackIds_.clear();
 }
 
 /// A radar track that may feed several system tracks leaves a radar-only one beside the fused ones.
 void FusionModule::eraseRadarCopies() {
-    IdSet& sharedRadarIds = workspace->sharedRadarIds;
+    IdSet& sharedRadarIds = workspace_->sharedRadarIds;
     sharedRadarIds.clear();
     for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
         const SystemTrack& systemTrack = dereference(pointer);
@@ -125,7 +125,7 @@ void FusionModule::eraseRadarCopies() {
         }
     }
 
-    IdSet& copies = workspace->copies;
+    IdSet& copies = workspace_->copies;
     copies.clear();
     for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
         const SystemTrack& systemTrack = dereference(pointer);
@@ -137,8 +137,8 @@ void FusionModule::eraseRadarCopies() {
     const auto isCopy = [&copies](const SystemTrack& systemTrack) {
         return copies.contains(systemTrack.id);
     };
-    if (observer != nullptr) {
-        tellDeletions(*observer, systemTracks, isCopy, FusionObserver::DeletionReason::RadarCopy);
+    if (observer_ != nullptr) {
+        tellDeletions(*observer_, systemTracks, isCopy, FusionObserver::DeletionReason::RadarCopy);
     }
     eraseIf(systemTracks, isCopy);
 }

@@ -34,8 +34,8 @@ double gainOfMiss(const Config::GainNegative& gains, Source source) {
 }  // namespace
 
 void FusionModule::update(Source source, const std::vector<std::shared_ptr<Track>>& tracks) {
-    workspace->refusedSystemTracks.clear();
-    workspace->marked.clear();
+    workspace_->refusedSystemTracks.clear();
+    workspace_->marked.clear();
 
     continueTracks(source, tracks);
     if (source == Source::Radar) {
@@ -48,7 +48,7 @@ void FusionModule::update(Source source, const std::vector<std::shared_ptr<Track
 /// Marks also the system tracks whose sensor track has no report in this frame.
 void FusionModule::continueTracks(Source source,
                                   const std::vector<std::shared_ptr<Track>>& tracks) {
-    workspace->reports.assign(tracks);
+    workspace_->reports.assign(tracks);
     for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
         SystemTrack& systemTrack = dereference(pointer);
         if (!systemTrack.hasTracks(source)) {
@@ -56,7 +56,7 @@ void FusionModule::continueTracks(Source source,
         }
         continueSystemTrack(systemTrack, source);
         if (systemTrack.hasTracks(source)) {
-            workspace->marked.push_back(&systemTrack);
+            workspace_->marked.push_back(&systemTrack);
         }
     }
 }
@@ -65,16 +65,16 @@ void FusionModule::continueTracks(Source source,
 /// gate cut. A refused report still counts before its sensor track leaves.
 void FusionModule::continueSystemTrack(SystemTrack& systemTrack, Source source) {
     const bool mayRefuse = isFused(systemTrack);
-    std::vector<int>& refused = workspace->refusedSensorTracks;
+    std::vector<int>& refused = workspace_->refusedSensorTracks;
     refused.clear();
     for (const auto& [id, previous] : systemTrack.getSensorTracks(source)) {
-        const std::shared_ptr<Track>* found = workspace->reports.find(id);
+        const std::shared_ptr<Track>* found = workspace_->reports.find(id);
         if (found == nullptr) {
             continue;
         }
         const Track& report = dereference(*found);
-        if (mayRefuse || observer != nullptr) {
-            const Gate& gate = workspace->gate;
+        if (mayRefuse || observer_ != nullptr) {
+            const Gate& gate = workspace_->gate;
             const Gate::Outcome outcome =
                 gate.evaluate(gate.factsOf(systemTrack), gate.factsOf(report));
             const bool isRefused =
@@ -82,17 +82,17 @@ void FusionModule::continueSystemTrack(SystemTrack& systemTrack, Source source) 
             if (isRefused) {
                 refused.push_back(id);
             }
-            if (observer != nullptr) {
-                workspace->explanation.continuation(*observer, systemTrack, report, outcome,
-                                                    isRefused);
+            if (observer_ != nullptr) {
+                workspace_->explanation.continuation(*observer_, systemTrack, report, outcome,
+                                                     isRefused);
             }
         }
         fuseReport(systemTrack, *found);
     }
     for (const int id : refused) {
-        if (observer != nullptr) {
+        if (observer_ != nullptr) {
             const Track& leaving = dereference(systemTrack.getSensorTracks(source).at(id));
-            observer->onPruning({systemTrack.id, source, id, leaving.coastingTime});
+            observer_->onPruning({systemTrack.id, source, id, leaving.coastingTime});
         }
         systemTrack.pruneSensorTracksByIdx(source, id);
     }
@@ -101,35 +101,35 @@ void FusionModule::continueSystemTrack(SystemTrack& systemTrack, Source source) 
 bool FusionModule::refusesReport(const SystemTrack& systemTrack, const Track& report, Source source,
                                  bool isInsideGate) {
     if (!isInsideGate) {
-        workspace->refusedSystemTracks.insert(systemTrack.id);
+        workspace_->refusedSystemTracks.insert(systemTrack.id);
         return true;
     }
-    return config.module.removeClassMismatches &&
-           !associator.haveMatchingClasses(systemTrack, report, source);
+    return config_.module.removeClassMismatches &&
+           !associator_.haveMatchingClasses(systemTrack, report, source);
 }
 
 void FusionModule::mergeSystemTracks() {
     if (systemTracks.size() < 2) {
         return;
     }
-    if (observer != nullptr) {
-        workspace->explanation.mergeCandidates(*observer, systemTracks,
-                                               workspace->refusedSystemTracks);
+    if (observer_ != nullptr) {
+        workspace_->explanation.mergeCandidates(*observer_, systemTracks,
+                                                workspace_->refusedSystemTracks);
     }
-    std::vector<const SystemTrack*>& mergedAway = workspace->mergedAway;
+    std::vector<const SystemTrack*>& mergedAway = workspace_->mergedAway;
     mergedAway.clear();
     const auto isMergedAway = [&mergedAway](const SystemTrack& systemTrack) {
         return std::find(mergedAway.begin(), mergedAway.end(), &systemTrack) != mergedAway.end();
     };
     // A pair can come in both orientations: then the first one counts.
     for (const auto& [row, col] :
-         associator.systemToSystemAssociation(systemTracks, workspace->refusedSystemTracks)) {
+         associator_.systemToSystemAssociation(systemTracks, workspace_->refusedSystemTracks)) {
         SystemTrack& survivor = dereference(elementAt(systemTracks, row));
         SystemTrack& other = dereference(elementAt(systemTracks, col));
         if (!isMergedAway(survivor) && !isMergedAway(other)) {
-            if (observer != nullptr) {
-                observer->onMerge(survivor.id, other.id);
-                observer->onDeletion(other.id, FusionObserver::DeletionReason::Merged);
+            if (observer_ != nullptr) {
+                observer_->onMerge(survivor.id, other.id);
+                observer_->onDeletion(other.id, FusionObserver::DeletionReason::Merged);
             }
             merge(survivor, other);
             mergedAway.push_back(&other);
@@ -143,27 +143,27 @@ void FusionModule::associateTracks(Source source,
     if (systemTracks.empty() || tracks.empty()) {
         return;
     }
-    if (observer != nullptr) {
-        workspace->explanation.candidates(*observer, tracks, systemTracks, source);
+    if (observer_ != nullptr) {
+        workspace_->explanation.candidates(*observer_, tracks, systemTracks, source);
     }
     for (const auto& [systemIndex, sensorIndex] :
-         associator.sensorToSystemAssociation(tracks, systemTracks, source, excludedTrackIds)) {
+         associator_.sensorToSystemAssociation(tracks, systemTracks, source, excludedTrackIds_)) {
         SystemTrack& systemTrack = dereference(elementAt(systemTracks, systemIndex));
         const std::shared_ptr<Track>& pointer = elementAt(tracks, sensorIndex);
         const Track& track = dereference(pointer);
         if (!systemTrack.hasTracks(track.source)) {
-            if (observer != nullptr) {
-                observer->onAssignment({systemTrack.id, track.source, track.id});
+            if (observer_ != nullptr) {
+                observer_->onAssignment({systemTrack.id, track.source, track.id});
             }
             fuseReport(systemTrack, pointer);
-            workspace->marked.push_back(&systemTrack);
+            workspace_->marked.push_back(&systemTrack);
         }
     }
 }
 
 /// A gain of 1 changes nothing but lets the last posteriors run through the probability's history.
 void FusionModule::stepUnmarked(Source source) {
-    std::vector<const SystemTrack*>& marked = workspace->marked;
+    std::vector<const SystemTrack*>& marked = workspace_->marked;
     std::sort(marked.begin(), marked.end(), std::less<>());
     for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
         SystemTrack& systemTrack = dereference(pointer);
@@ -171,7 +171,7 @@ void FusionModule::stepUnmarked(Source source) {
             continue;
         }
         systemTrack.updateTrackProbability(systemTrack.hasCoastingTracks(source)
-                                               ? gainOfMiss(config.module.gainNegative, source)
+                                               ? gainOfMiss(config_.module.gainNegative, source)
                                                : 1.0);
     }
 }

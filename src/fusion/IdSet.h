@@ -10,19 +10,19 @@ namespace Veskar {
 /// Ids in a sorted vector. Unlike a node-based set it keeps its memory from frame to frame.
 class IdSet {
 public:
-    void clear() { ids.clear(); }
+    void clear() { ids_.clear(); }
 
     void insert(int id) {
-        const auto place = std::lower_bound(ids.begin(), ids.end(), id);
-        if (place == ids.end() || *place != id) {
-            ids.insert(place, id);
+        const auto place = std::lower_bound(ids_.begin(), ids_.end(), id);
+        if (place == ids_.end() || *place != id) {
+            ids_.insert(place, id);
         }
     }
 
-    bool contains(int id) const { return std::binary_search(ids.begin(), ids.end(), id); }
+    bool contains(int id) const { return std::binary_search(ids_.begin(), ids_.end(), id); }
 
 private:
-    std::vector<int> ids;
+    std::vector<int> ids_;
 };
 
 }  // namespace Veskar

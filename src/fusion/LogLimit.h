@@ -13,15 +13,15 @@ public:
     /// @return whether the cause may be logged now; the caller does so then
     bool allows(double now) {
         constexpr double pause = 60.0;
-        if (last && now - *last < pause) {
+        if (last_ && now - *last_ < pause) {
             return false;
         }
-        last = now;
+        last_ = now;
         return true;
     }
 
 private:
-    std::optional<double> last;  ///< when it was logged
+    std::optional<double> last_;  ///< when it was logged
 };
 
 }  // namespace Veskar

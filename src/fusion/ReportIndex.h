@@ -23,7 +23,7 @@ private:
         int id;
         const std::shared_ptr<Track>* track;
     };
-    std::vector<Entry> entries;  ///< by id, equal ids in the order of the frame
+    std::vector<Entry> entries_;  ///< by id, equal ids in the order of the frame
 };
 
 }  // namespace Veskar

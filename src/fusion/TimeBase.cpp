@@ -15,16 +15,16 @@ constexpr double agreement = 60.0;
 }  // namespace
 
 TimeBase::Verdict TimeBase::judge(double timestamp) {
-    const std::optional<double> previous = std::exchange(heldBack, std::nullopt);
+    const std::optional<double> previous = std::exchange(heldBack_, std::nullopt);
     if (previous && std::abs(timestamp - *previous) <= agreement) {
-        accepted = timestamp;
+        accepted_ = timestamp;
         return Verdict::Restart;
     }
-    if (accepted && std::abs(timestamp - *accepted) > farthest) {
-        heldBack = timestamp;
+    if (accepted_ && std::abs(timestamp - *accepted_) > farthest) {
+        heldBack_ = timestamp;
         return Verdict::HoldBack;
     }
-    accepted = timestamp;
+    accepted_ = timestamp;
     return Verdict::Accept;
 }
 

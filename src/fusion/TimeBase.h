@@ -24,8 +24,8 @@ public:
     Verdict judge(double timestamp);
 
 private:
-    std::optional<double> accepted;  ///< stamp of the last accepted frame
-    std::optional<double> heldBack;  ///< stamp of the frame held back, if there is one
+    std::optional<double> accepted_;  ///< stamp of the last accepted frame
+    std::optional<double> heldBack_;  ///< stamp of the frame held back, if there is one
 };
 
 }  // namespace Veskar

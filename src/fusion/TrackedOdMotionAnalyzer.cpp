@@ -5,21 +5,20 @@
 
 namespace Veskar {
 
-TrackedOdMotionAnalyzer::TrackedOdMotionAnalyzer(const Config& configuration)
-    : config(configuration) {}
+TrackedOdMotionAnalyzer::TrackedOdMotionAnalyzer(const Config& config) : config_(config) {}
 
 bool TrackedOdMotionAnalyzer::updateAndCheckMotion(int id, double u, double v) {
-    const auto [entry, isNew] = histories.try_emplace(id);
+    const auto [entry, isNew] = histories_.try_emplace(id);
     History& history = entry->second;
     history.emplace_back(u, v);
     if (isNew) {
-        if (histories.size() > static_cast<std::size_t>(maxHistories)) {
-            histories.erase(histories.begin());
+        if (histories_.size() > static_cast<std::size_t>(maxHistories_)) {
+            histories_.erase(histories_.begin());
         }
         return false;
     }
 
-    const Config::ModuleConfig& limits = config.module;
+    const Config::ModuleConfig& limits = config_.module;
     int length = static_cast<int>(history.size());
     if (length > limits.trackedOdMotionAnalyzerMaxHistoryLength) {
         history.pop_front();

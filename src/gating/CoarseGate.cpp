@@ -81,10 +81,10 @@ bool isModerate(double x) {
 }  // namespace
 
 CoarseGate::CoarseGate(bool positionsOnly, double gatingDistance)
-    : components(positionsOnly ? Marginals::positionCount : Marginals::count),
-      scale(2.0 * gatingDistance * gatingDistance) {
-    if (!(scale >= 1e-50)) {
-        components = 0;
+    : components_(positionsOnly ? Marginals::positionCount : Marginals::count),
+      scale_(2.0 * gatingDistance * gatingDistance) {
+    if (!(scale_ >= 1e-50)) {
+        components_ = 0;
     }
 }
 
@@ -93,16 +93,16 @@ Marginals CoarseGate::marginalsOf(const Track& track) const {
     marginals.mean.fill(0.0);
     marginals.reach.fill(infinite);
     const StateMatrix& P = track.covariance;
-    const bool trusted = components == Marginals::count ? isWellConditioned<6>(P)
-                                                        : isWellConditioned<3>(positions(P));
+    const bool trusted = components_ == Marginals::count ? isWellConditioned<6>(P)
+                                                         : isWellConditioned<3>(positions(P));
     if (!trusted) {
         return marginals;
     }
-    for (std::size_t k = 0; k < components; ++k) {
+    for (std::size_t k = 0; k < components_; ++k) {
         const double mean = track.state[stateIndex[k]];
         if (isModerate(mean)) {
             marginals.mean[k] = mean;
-            marginals.reach[k] = scale * P(stateIndex[k], stateIndex[k]);
+            marginals.reach[k] = scale_ * P(stateIndex[k], stateIndex[k]);
         }
     }
     return marginals;
@@ -118,18 +118,18 @@ bool CoarseGate::areFar(const Marginals& a, const Marginals& b) {
 }
 
 void NearSearch::add(const Marginals& marginals) {
-    const auto lane = static_cast<Eigen::Index>(size % laneCount);
+    const auto lane = static_cast<Eigen::Index>(size_ % laneCount);
     if (lane == 0) {
         Block block;
         block.mean.fill(Lanes::Zero());
         block.reach.fill(Lanes::Zero());
-        blocks.push_back(block);
+        blocks_.push_back(block);
     }
     for (std::size_t c = 0; c < Marginals::positionCount; ++c) {
-        blocks.back().mean[c][lane] = marginals.mean[c];
-        blocks.back().reach[c][lane] = marginals.reach[c];
+        blocks_.back().mean[c][lane] = marginals.mean[c];
+        blocks_.back().reach[c][lane] = marginals.reach[c];
     }
-    ++size;
+    ++size_;
 }
 
 }  // namespace Veskar

@@ -52,16 +52,16 @@ public:
     static bool areFar(const Marginals& a, const Marginals& b);
 
 private:
-    std::size_t components;
-    double scale;  ///< factor from variances to reaches
+    std::size_t components_;
+    double scale_;  ///< factor from variances to reaches
 };
 
 /// Tracks that many others are compared with, by their positions.
 class NearSearch {
 public:
     void clear() {
-        blocks.clear();
-        size = 0;
+        blocks_.clear();
+        size_ = 0;
     }
     /// @param marginals the next track
     void add(const Marginals& marginals);
@@ -70,14 +70,14 @@ public:
     /// @param visit called in ascending order with the number of every track that may be near
     template <typename Visit>
     void forEachNear(const Marginals& marginals, Visit visit) const {
-        for (std::size_t k = 0; k < blocks.size(); ++k) {
-            const Lanes excess = blocks[k].excessOver(marginals);
+        for (std::size_t k = 0; k < blocks_.size(); ++k) {
+            const Lanes excess = blocks_[k].excessOver(marginals);
             if (excess.minCoeff() > 0.0) {
                 continue;
             }
             for (std::size_t lane = 0; lane < laneCount; ++lane) {
                 const std::size_t number = k * laneCount + lane;
-                if (!(excess[static_cast<Eigen::Index>(lane)] > 0.0) && number < size) {
+                if (!(excess[static_cast<Eigen::Index>(lane)] > 0.0) && number < size_) {
                     visit(number);
                 }
             }
@@ -104,8 +104,8 @@ private:
         }
     };
 
-    std::vector<Block> blocks;
-    std::size_t size = 0;
+    std::vector<Block> blocks_;
+    std::size_t size_ = 0;
 };
 
 }  // namespace Veskar

@@ -6,15 +6,15 @@
 namespace Veskar {
 
 Gate::Gate(const Config::ModuleConfig& config, double stationaryBlockingMinBoxHeight)
-    : split(config.splitGating),
-      distanceLimit(split ? config.positionGatingDistance : config.gatingDistance),
-      coarseGate(split, distanceLimit),
-      velocityGatingSimilarity(config.velocityGatingSimilarity),
-      velocityMinGatingLimit(config.velocityMinGatingLimit),
-      blockingMinSpeed(config.stationaryBlockingMinSpeed),
-      blockingMaxPlanarSpeed(config.stationaryBlockingMaxUVSpeed),
-      blockingMinAge(config.stationaryBlockingMinVideoAge),
-      blockingMinBoxHeight(stationaryBlockingMinBoxHeight) {}
+    : split_(config.splitGating),
+      distanceLimit_(split_ ? config.positionGatingDistance : config.gatingDistance),
+      coarseGate_(split_, distanceLimit_),
+      velocityGatingSimilarity_(config.velocityGatingSimilarity),
+      velocityMinGatingLimit_(config.velocityMinGatingLimit),
+      blockingMinSpeed_(config.stationaryBlockingMinSpeed),
+      blockingMaxPlanarSpeed_(config.stationaryBlockingMaxUVSpeed),
+      blockingMinAge_(config.stationaryBlockingMinVideoAge),
+      blockingMinBoxHeight_(stationaryBlockingMinBoxHeight) {}
 
 GateFacts Gate::factsOf(const Track& track) const {
     return factsOf(track, classTraitsOf(track));
@@ -25,14 +25,14 @@ GateSide Gate::sideOf(const Track& track) const {
 }
 
 GateSide Gate::sideOf(const Track& track, const ClassTraits& traits) const {
-    return {factsOf(track, traits), coarseGate.marginalsOf(track)};
+    return {factsOf(track, traits), coarseGate_.marginalsOf(track)};
 }
 
 GateFacts Gate::factsOf(const Track& track, const ClassTraits& traits) const {
     GateFacts facts;
     facts.track = &track;
     facts.supported = traits.supported;
-    if (facts.supported && split) {
+    if (facts.supported && split_) {
         const double vx = track.state[1];
         const double vy = track.state[3];
         facts.speed = track.getSpeed();
@@ -55,9 +55,10 @@ Gate::Outcome Gate::evaluate(const GateFacts& system, const GateFacts& sensor) c
 
 Gate::Outcome Gate::measure(const Track& system, const Track& sensor) const {
     Outcome outcome;
-    if (split) {
+    if (split_) {
         outcome.distance = system.positionStatisticalDistance(sensor);
-        const auto [moving, similarity] = system.velocitySimilarity(sensor, velocityMinGatingLimit);
+        const auto [moving, similarity] =
+            system.velocitySimilarity(sensor, velocityMinGatingLimit_);
         outcome.moving = moving;
         outcome.similarity = similarity;
     } else {
@@ -69,10 +70,10 @@ Gate::Outcome Gate::measure(const Track& system, const Track& sensor) const {
 /// Written so that a distance or similarity that is not a number passes nowhere.
 Gate::Verdict Gate::judge(const Outcome& measured, const GateFacts& system,
                           const GateFacts& sensor) const {
-    if (!(measured.distance < distanceLimit)) {
+    if (!(measured.distance < distanceLimit_)) {
         return Verdict::TooFar;
     }
-    if (measured.moving && !(measured.similarity > velocityGatingSimilarity)) {
+    if (measured.moving && !(measured.similarity > velocityGatingSimilarity_)) {
         return Verdict::VelocityDiffers;
     }
     return isBlockedAsStationary(system, sensor) ? Verdict::StandsStill : Verdict::Passed;
@@ -90,9 +91,9 @@ std::optional<double> Gate::costInside(const GateSide& system, const GateSide& s
 bool Gate::isBlockedAsStationary(const GateFacts& system, const GateFacts& sensor) const {
     const GateFacts& measured = system.speed ? system : sensor;
     const GateFacts& standing = system.speed ? sensor : system;
-    return measured.speed && *measured.speed > blockingMinSpeed && standing.age > blockingMinAge &&
-           standing.planarSpeed < blockingMaxPlanarSpeed &&
-           standing.boxHeight > blockingMinBoxHeight;
+    return measured.speed && *measured.speed > blockingMinSpeed_ &&
+           standing.age > blockingMinAge_ && standing.planarSpeed < blockingMaxPlanarSpeed_ &&
+           standing.boxHeight > blockingMinBoxHeight_;
 }
 
 }  // namespace Veskar

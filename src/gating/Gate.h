@@ -83,9 +83,9 @@ public:
     /// @param outcome of a pair that was measured
     /// @return what the pair costs an assignment
     double costOf(const Outcome& outcome) const {
-        return split ? outcome.distance / distanceLimit +
-                           (1.0 - outcome.similarity) / (1.0 - velocityGatingSimilarity)
-                     : outcome.distance;
+        return split_ ? outcome.distance / distanceLimit_ +
+                            (1.0 - outcome.similarity) / (1.0 - velocityGatingSimilarity_)
+                      : outcome.distance;
     }
 
     /// evaluate and costOf in one, without measuring a pair that the coarse gate keeps outside.
@@ -100,15 +100,15 @@ private:
     Verdict judge(const Outcome& measured, const GateFacts& system, const GateFacts& sensor) const;
     bool isBlockedAsStationary(const GateFacts& system, const GateFacts& sensor) const;
 
-    bool split;
-    double distanceLimit;
-    CoarseGate coarseGate;
-    double velocityGatingSimilarity;
-    double velocityMinGatingLimit;
-    double blockingMinSpeed;
-    double blockingMaxPlanarSpeed;
-    double blockingMinAge;
-    double blockingMinBoxHeight;
+    bool split_;
+    double distanceLimit_;
+    CoarseGate coarseGate_;
+    double velocityGatingSimilarity_;
+    double velocityMinGatingLimit_;
+    double blockingMinSpeed_;
+    double blockingMaxPlanarSpeed_;
+    double blockingMinAge_;
+    double blockingMinBoxHeight_;
 };
 
 }  // namespace Veskar

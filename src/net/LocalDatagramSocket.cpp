@@ -26,20 +26,20 @@ std::string textOf(int errorNumber) {
 }  // namespace
 
 LocalDatagramSocket::LocalDatagramSocket(const std::string& path)
-    : descriptor(::socket(AF_UNIX, SOCK_DGRAM, 0)) {
-    if (!descriptor) {
+    : descriptor_(::socket(AF_UNIX, SOCK_DGRAM, 0)) {
+    if (!descriptor_) {
         syslog(LOG_ERR, "Failed to create socket: %s\n", textOf(errno).c_str());
         return;
     }
-    fcntl(descriptor.get(), F_SETFD, FD_CLOEXEC);
+    fcntl(descriptor_.get(), F_SETFD, FD_CLOEXEC);
     const timeval timeout{0, std::chrono::microseconds(longestWait).count()};
-    setsockopt(descriptor.get(), SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof(timeout));
+    setsockopt(descriptor_.get(), SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof(timeout));
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     path.copy(address.sun_path, sizeof(address.sun_path) - 1);
-    if (connect(descriptor.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) <
+    if (connect(descriptor_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) <
         0) {
-        descriptor.reset();
+        descriptor_.reset();
     }
 }
 
@@ -47,7 +47,7 @@ void LocalDatagramSocket::send(const std::string& text) const {
     WaitBudget& budget = WaitBudget::ofThisThread();
     const auto begin = WaitBudget::Clock::now();
     const bool mayWait = budget.left(begin) >= longestWait;
-    if (::send(descriptor.get(), text.data(), text.size(),
+    if (::send(descriptor_.get(), text.data(), text.size(),
                MSG_NOSIGNAL | (mayWait ? 0 : MSG_DONTWAIT)) < 0) {
         syslog(LOG_ERR, "Failed to send message: %s\n", textOf(errno).c_str());
     }

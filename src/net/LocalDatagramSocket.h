@@ -17,14 +17,14 @@ public:
     explicit LocalDatagramSocket(const std::string& path);
 
     /// @return whether there is a receiver
-    bool isConnected() const { return static_cast<bool>(descriptor); }
+    bool isConnected() const { return static_cast<bool>(descriptor_); }
     /// Waits a short while for a receiver that does not keep up, then gives up; not at all when the
     /// thread's WaitBudget is used up.
     /// @param text the datagram
     void send(const std::string& text) const;
 
 private:
-    FileDescriptor descriptor;
+    FileDescriptor descriptor_;
 };
 
 }  // namespace Veskar

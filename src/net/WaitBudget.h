@@ -31,8 +31,8 @@ private:
 
     void forget(Clock::time_point now);
 
-    std::array<Clock::duration, static_cast<std::size_t>(slots)> waited{};
-    std::int64_t newest = 0;
+    std::array<Clock::duration, static_cast<std::size_t>(slots)> waited_{};
+    std::int64_t newest_ = 0;
 };
 
 }  // namespace Veskar

@@ -33,8 +33,8 @@ std::string reasonCode(const Latches& latches) {
 
 }  // namespace
 
-DetectionPriority::DetectionPriority(const Config& newConfig)
-    : blockingEnabled(true), config(newConfig) {}
+DetectionPriority::DetectionPriority(const Config& config)
+    : blockingEnabled_(true), config_(config) {}
 
 std::set<std::string> DetectionPriority::evaluateTrack(SystemTrack& track) {
     std::set<std::string> tags;
@@ -60,7 +60,7 @@ std::set<std::string> DetectionPriority::evaluateTrack(SystemTrack& track) {
 }
 
 void DetectionPriority::findReasons(SystemTrack& track) {
-    const Config::PriorityConfig& limits = config.detectionPriority;
+    const Config::PriorityConfig& limits = config_.detectionPriority;
     if (isFused(track)) {
         track.reasonLatches[BothSensors] = true;
         return;
@@ -69,7 +69,7 @@ void DetectionPriority::findReasons(SystemTrack& track) {
     const bool travelledFar =
         track.getTravelledDistanceInImagePlane() > limits.travelledDistanceLimit;
     if (track.hasTracks(Source::Radar)) {
-        if (sceneConditions.hasGoodVideoConditions(track)) {
+        if (sceneConditions_.hasGoodVideoConditions(track)) {
             ++track.framesWithoutVideo;
         }
         const bool blockedHigh =
@@ -92,7 +92,7 @@ void DetectionPriority::findReasons(SystemTrack& track) {
 }
 
 bool DetectionPriority::outsideVideoDetectionRange(const SystemTrack& track) const {
-    const Config::PriorityConfig& limits = config.detectionPriority;
+    const Config::PriorityConfig& limits = config_.detectionPriority;
     return std::max(limits.vuraHeightFractionLimit, limits.vodHeightFractionLimit) >
            0.5 * track.boundingBox(3);
 }
@@ -113,21 +113,21 @@ double DetectionPriority::farLimit(const std::string& className) const {
                                                    Vocabulary::motorcycleBicycle,
                                                    Vocabulary::bike};
     if (vehicles.count(className) > 0) {
-        return config.detectionPriority.radarFarLimitVehicle;
+        return config_.detectionPriority.radarFarLimitVehicle;
     }
     if (className == Vocabulary::human) {
-        return config.detectionPriority.radarFarLimitHuman;
+        return config_.detectionPriority.radarFarLimitHuman;
     }
     return std::numeric_limits<double>::max();
 }
 
 bool DetectionPriority::blockedByNoVideoDetection(const SystemTrack& track, int limit) const {
-    return blockingEnabled && track.framesWithoutVideo > limit;
+    return blockingEnabled_ && track.framesWithoutVideo > limit;
 }
 
 void DetectionPriority::sendAnnotation(SystemTrack& track, const std::string& label) {
     const Track* radar = firstTrack(track, Source::Radar);
-    if (!config.detectionPriority.autoAnnotationEnabled || radar == nullptr) {
+    if (!config_.detectionPriority.autoAnnotationEnabled || radar == nullptr) {
         return;
     }
     std::vector<int>& annotated = track.annotatedRadarIds;

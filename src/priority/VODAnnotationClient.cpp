@@ -23,7 +23,7 @@ std::string format(const Annotation& annotation) {
 }  // namespace
 
 VODAnnotationClient::VODAnnotationClient()
-    : socketPath("/tmp/vod_annotation"), enabled(calledFromQWR()) {}
+    : socketPath_("/tmp/vod_annotation"), enabled_(calledFromQWR()) {}
 
 VODAnnotationClient& VODAnnotationClient::getInstance() {
     static VODAnnotationClient client;
@@ -31,10 +31,10 @@ VODAnnotationClient& VODAnnotationClient::getInstance() {
 }
 
 void VODAnnotationClient::send(const Annotation& annotation) const {
-    if (!enabled) {
+    if (!enabled_) {
         return;
     }
-    const LocalDatagramSocket socket(socketPath);
+    const LocalDatagramSocket socket(socketPath_);
     if (socket.isConnected()) {
         socket.send(format(annotation));
     }

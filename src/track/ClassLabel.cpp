@@ -26,12 +26,12 @@ bool answersFromMember(const Track& track) {
 
 }  // namespace
 
-ClassLabel::ClassLabel(const Track& track) : label(&answer) {
+ClassLabel::ClassLabel(const Track& track) : label_(&answer_) {
     const Track& answering = answeringTrack(track);
     if (answersFromMember(answering)) {
-        label = &answering.className;
+        label_ = &answering.className;
     } else {
-        answer = answering.getClassName();
+        answer_ = answering.getClassName();
     }
 }
 

@@ -21,11 +21,11 @@ public:
     ClassLabel& operator=(const ClassLabel&) = delete;
 
     /// @return the class
-    const std::string& text() const { return *label; }
+    const std::string& text() const { return *label_; }
 
 private:
-    std::string answer;        ///< a subclass's answer; otherwise empty
-    const std::string* label;  ///< into the track, or to `answer`
+    std::string answer_;        ///< a subclass's answer; otherwise empty
+    const std::string* label_;  ///< into the track, or to `answer_`
 };
 
 }  // namespace Veskar

@@ -19,7 +19,7 @@ using Veskar::SystemTrack;
 using Veskar::Track;
 namespace Vocabulary = Veskar::Vocabulary;
 
-LiteralAssociator::LiteralAssociator(const Veskar::Config& c) : config(c) {}
+LiteralAssociator::LiteralAssociator(const Veskar::Config& c) : config_(c) {}
 
 bool LiteralAssociator::isSupportedClass(const Track& track) const {
     return Vocabulary::supportedClasses.count(track.getClassName()) == 1;
@@ -33,20 +33,20 @@ LiteralAssociator::Gating LiteralAssociator::checkGating(const Track& systemTrac
     if (!isSupportedClass(sensorTrack)) {
         return {9999.0, false};
     }
-    if (!config.module.splitGating) {
+    if (!config_.module.splitGating) {
         const double distance = systemTrack.statisticalDistance(sensorTrack);
-        return {distance, distance < config.module.gatingDistance};
+        return {distance, distance < config_.module.gatingDistance};
     }
     const double p = systemTrack.positionStatisticalDistance(sensorTrack);
     const auto similarity =
-        systemTrack.velocitySimilarity(sensorTrack, config.module.velocityMinGatingLimit);
+        systemTrack.velocitySimilarity(sensorTrack, config_.module.velocityMinGatingLimit);
     const double s = similarity.second;
     bool passed = false;
     if (similarity.first) {
-        passed =
-            p < config.module.positionGatingDistance && s > config.module.velocityGatingSimilarity;
+        passed = p < config_.module.positionGatingDistance &&
+                 s > config_.module.velocityGatingSimilarity;
     } else {
-        passed = p < config.module.positionGatingDistance;
+        passed = p < config_.module.positionGatingDistance;
     }
     std::optional<double> m = systemTrack.getSpeed();
     const Track* T = &sensorTrack;
@@ -55,22 +55,22 @@ LiteralAssociator::Gating LiteralAssociator::checkGating(const Track& systemTrac
         T = &systemTrack;
     }
     if (m.has_value()) {
-        const bool a = m.value() > config.module.stationaryBlockingMinSpeed;
-        const bool b = T->getAge() > config.module.stationaryBlockingMinVideoAge;
+        const bool a = m.value() > config_.module.stationaryBlockingMinSpeed;
+        const bool b = T->getAge() > config_.module.stationaryBlockingMinVideoAge;
         if (a && b) {
             const double vx = T->state(1);
             const double vy = T->state(3);
             const bool c =
-                std::sqrt(vx * vx + vy * vy) < config.module.stationaryBlockingMaxUVSpeed;
+                std::sqrt(vx * vx + vy * vy) < config_.module.stationaryBlockingMaxUVSpeed;
             const bool d =
-                T->boundingBox(3) * 0.5 > config.detectionPriority.vodHeightFractionLimit;
+                T->boundingBox(3) * 0.5 > config_.detectionPriority.vodHeightFractionLimit;
             if (c && d) {
                 passed = false;
             }
         }
     }
-    const double distance = p / config.module.positionGatingDistance +
-                            (1 - s) / (1 - config.module.velocityGatingSimilarity);
+    const double distance = p / config_.module.positionGatingDistance +
+                            (1 - s) / (1 - config_.module.velocityGatingSimilarity);
     return {distance, passed};
 }
 
@@ -125,7 +125,7 @@ void LiteralAssociator::sensorToSystemCostMatrix(const SensorTracks& sensorTrack
             bool ok = false;
             const bool sameSource = (hasVideo && video) || (hasRadar && radar);
             if (!sameSource && !(isOccupied(*sensorTrack, systemTracks) &&
-                                 !(radar && config.module.allowRadarToMultiple))) {
+                                 !(radar && config_.module.allowRadarToMultiple))) {
                 const Gating g = checkGating(*systemTrack, *sensorTrack);
                 if (g.passed) {
                     c = g.distance;
@@ -197,7 +197,7 @@ void LiteralAssociator::handleClassMatching(const SensorTracks& sensorTracks,
             if (classMatch.at(i).at(j) == 0) {
                 allowed.at(i).at(j) = false;
                 cost.at(i).at(j) = 9999.0;
-                if (config.module.removeClassMismatches &&
+                if (config_.module.removeClassMismatches &&
                     checkGating(*systemTracks.at(i), *sensorTracks.at(j)).passed) {
                     mismatches.insert(static_cast<int>(j));
                 }
@@ -209,7 +209,7 @@ void LiteralAssociator::handleClassMatching(const SensorTracks& sensorTracks,
 Pairs LiteralAssociator::sensorToSystemAssociation(const SensorTracks& sensorTracks,
                                                    const SystemTracks& systemTracks, Source source,
                                                    std::unordered_set<int>& removedIds) const {
-    if (!config.module.useJVA) {
+    if (!config_.module.useJVA) {
         return nearestSensorToSystem(sensorTracks, systemTracks, source);
     }
     Costs cost;
@@ -223,7 +223,7 @@ Pairs LiteralAssociator::sensorToSystemAssociation(const SensorTracks& sensorTra
     }
     Pairs solved = runLiterally(static_cast<int>(systemTracks.size()),
                                 static_cast<int>(sensorTracks.size()), cost, allowed);
-    if (!config.module.allowRadarToMultiple) {
+    if (!config_.module.allowRadarToMultiple) {
         return solved;
     }
     std::set<std::pair<int, int>> all(solved.begin(), solved.end());
@@ -251,7 +251,7 @@ Pairs LiteralAssociator::sensorToSystemAssociation(const SensorTracks& sensorTra
 Pairs LiteralAssociator::nearestSensorToSystem(const SensorTracks& sensorTracks,
                                                const SystemTracks& systemTracks,
                                                Source source) const {
-    const bool multiple = config.module.allowRadarToMultiple;
+    const bool multiple = config_.module.allowRadarToMultiple;
     Pairs result;
     std::set<int> taken;
     for (int j = 0; j < static_cast<int>(sensorTracks.size()); j++) {
@@ -292,7 +292,7 @@ Pairs LiteralAssociator::nearestSensorToSystem(const SensorTracks& sensorTracks,
 
 Pairs LiteralAssociator::systemToSystemAssociation(
     const SystemTracks& systemTracks, const std::unordered_set<int>& excludedIds) const {
-    if (!config.module.useJVA) {
+    if (!config_.module.useJVA) {
         return nearestSystemToSystem(systemTracks, excludedIds);
     }
     Costs cost;

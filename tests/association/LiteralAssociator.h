@@ -55,7 +55,7 @@ private:
     Pairs nearestSystemToSystem(const SystemTracks& systemTracks,
                                 const std::unordered_set<int>& excludedIds) const;
 
-    Veskar::Config config;
+    Veskar::Config config_;
 };
 
 }  // namespace VeskarTest

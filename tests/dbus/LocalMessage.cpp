@@ -14,20 +14,20 @@ LocalMessage::LocalMessage(const Body& body) {
     std::array<int, 2> ends{};
     must(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends.data()),
          "socketpair");
-    peer = ends[1];
-    must(sd_bus_new(&bus), "new bus");
-    must(sd_bus_set_fd(bus, ends[0], ends[0]), "set fd");
-    must(sd_bus_start(bus), "start");
-    must(sd_bus_message_new_signal(bus, &message, "/test", "test.Test", "Test"), "new signal");
-    body(message);
-    must(sd_bus_message_seal(message, 1, 0), "seal");
-    must(sd_bus_message_rewind(message, 1), "rewind");
+    peer_ = ends[1];
+    must(sd_bus_new(&bus_), "new bus");
+    must(sd_bus_set_fd(bus_, ends[0], ends[0]), "set fd");
+    must(sd_bus_start(bus_), "start");
+    must(sd_bus_message_new_signal(bus_, &message_, "/test", "test.Test", "Test"), "new signal");
+    body(message_);
+    must(sd_bus_message_seal(message_, 1, 0), "seal");
+    must(sd_bus_message_rewind(message_, 1), "rewind");
 }
 
 LocalMessage::~LocalMessage() {
-    sd_bus_message_unref(message);
-    sd_bus_close_unref(bus);
-    close(peer);
+    sd_bus_message_unref(message_);
+    sd_bus_close_unref(bus_);
+    close(peer_);
 }
 
 }  // namespace VeskarTest

@@ -17,12 +17,12 @@ public:
     LocalMessage(const LocalMessage&) = delete;
     LocalMessage& operator=(const LocalMessage&) = delete;
 
-    sd_bus_message* get() const { return message; }
+    sd_bus_message* get() const { return message_; }
 
 private:
-    sd_bus* bus = nullptr;
-    sd_bus_message* message = nullptr;
-    int peer = -1;
+    sd_bus* bus_ = nullptr;
+    sd_bus_message* message_ = nullptr;
+    int peer_ = -1;
 };
 
 }  // namespace VeskarTest

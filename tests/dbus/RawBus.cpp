@@ -82,12 +82,12 @@ std::string marshal(std::uint32_t replySerial, const RawReply& reply) {
 }  // namespace
 
 Bytes& Bytes::align(std::size_t boundary) {
-    bytes.resize((bytes.size() + boundary - 1) / boundary * boundary, '\0');
+    bytes_.resize((bytes_.size() + boundary - 1) / boundary * boundary, '\0');
     return *this;
 }
 
 Bytes& Bytes::byte(std::uint8_t value) {
-    bytes += static_cast<char>(value);
+    bytes_ += static_cast<char>(value);
     return *this;
 }
 
@@ -110,39 +110,39 @@ Bytes& Bytes::signature(const std::string& value) {
 }
 
 Bytes& Bytes::append(const std::string& value) {
-    bytes += value;
+    bytes_ += value;
     return *this;
 }
 
-RawBus::RawBus(std::vector<RawReply> newReplies)
-    : replies(std::move(newReplies)),
-      listener(must(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0), "socket")) {
+RawBus::RawBus(std::vector<RawReply> replies)
+    : replies_(std::move(replies)),
+      listener_(must(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0), "socket")) {
     std::string pattern = "/tmp/veskar-raw-bus-XXXXXX";
     must(mkdtemp(pattern.data()) == nullptr ? -1 : 0, "mkdtemp");
-    directory = pattern;
-    const std::string path = directory + "/bus";
+    directory_ = pattern;
+    const std::string path = directory_ + "/bus";
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     path.copy(address.sun_path, sizeof(address.sun_path) - 1);
-    must(bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), "bind");
-    must(listen(listener, 1), "listen");
+    must(bind(listener_, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), "bind");
+    must(listen(listener_, 1), "listen");
     must(setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + path).c_str(), 1), "setenv");
-    thread = std::thread([this] { serve(); });
+    thread_ = std::thread([this] { serve(); });
 }
 
 RawBus::~RawBus() {
-    thread.join();
-    close(listener);
-    unlink((directory + "/bus").c_str());
-    rmdir(directory.c_str());
+    thread_.join();
+    close(listener_);
+    unlink((directory_ + "/bus").c_str());
+    rmdir(directory_.c_str());
 }
 
 void RawBus::serve() const {
-    const int peer = must(accept(listener, nullptr, nullptr), "accept");
+    const int peer = must(accept(listener_, nullptr, nullptr), "accept");
     if (authenticate(peer)) {
         writeAll(peer, marshal(readCall(peer), {"s", Bytes().string(":1.1").get()}));
         std::uint32_t serial = 0;
-        for (const RawReply& reply : replies) {
+        for (const RawReply& reply : replies_) {
             if ((serial = readCall(peer)) == 0) {
                 break;
             }

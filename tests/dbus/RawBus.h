@@ -21,10 +21,10 @@ public:
     /// A signature with length and terminator.
     Bytes& signature(const std::string& value);
     Bytes& append(const std::string& value);
-    const std::string& get() const { return bytes; }
+    const std::string& get() const { return bytes_; }
 
 private:
-    std::string bytes;
+    std::string bytes_;
 };
 
 /// What a RawBus answers to a call.
@@ -46,10 +46,10 @@ public:
 private:
     void serve() const;
 
-    std::string directory;
-    std::vector<RawReply> replies;
-    int listener;
-    std::thread thread;
+    std::string directory_;
+    std::vector<RawReply> replies_;
+    int listener_;
+    std::thread thread_;
 };
 
 }  // namespace VeskarTest

@@ -35,27 +35,27 @@ Veskar::StateMatrix covariance(const Veskar::StateVector& std) {
 
 }  // namespace
 
-Scene::Scene(const SceneSettings& view, unsigned seed) : settings(view), random(seed) {
-    for (int i = 0; i < settings.objects; ++i) {
-        objects.push_back(newObject());
+Scene::Scene(const SceneSettings& view, unsigned seed) : settings_(view), random_(seed) {
+    for (int i = 0; i < settings_.objects; ++i) {
+        objects_.push_back(newObject());
     }
 }
 
 Scene::Object Scene::newObject() {
     const std::array<const char*, 4> classes = {"human", "car", "truck", "unknown"};
     Object object{};
-    object.state << random.uniform(-0.95, 0.95), random.uniform(-0.08, 0.08),
-        random.uniform(-0.9, 0.2), random.uniform(-0.04, 0.04), random.uniform(10.0, 120.0), 0.0;
-    object.className = classes[static_cast<std::size_t>(random.integer(0, 3))];
-    object.videoId = nextId++;
-    object.radarId = nextId++;
+    object.state << random_.uniform(-0.95, 0.95), random_.uniform(-0.08, 0.08),
+        random_.uniform(-0.9, 0.2), random_.uniform(-0.04, 0.04), random_.uniform(10.0, 120.0), 0.0;
+    object.className = classes[static_cast<std::size_t>(random_.integer(0, 3))];
+    object.videoId = nextId_++;
+    object.radarId = nextId_++;
     return object;
 }
 
 void Scene::moveTo(double time) {
-    const double dt = time - now;
-    now = time;
-    for (Object& object : objects) {
+    const double dt = time - now_;
+    now_ = time;
+    for (Object& object : objects_) {
         for (const int position : {0, 2}) {
             double& rate = object.state[position + 1];
             const double next = object.state[position] + dt * rate;
@@ -70,17 +70,17 @@ void Scene::moveTo(double time) {
 
 std::vector<std::shared_ptr<Veskar::Track>> Scene::report(Veskar::Source source) {
     std::vector<std::shared_ptr<Veskar::Track>> tracks;
-    tracks.reserve(objects.size() + 1);
-    for (Object& object : objects) {
+    tracks.reserve(objects_.size() + 1);
+    for (Object& object : objects_) {
         int& id = source == Veskar::Radar ? object.radarId : object.videoId;
-        if (random.uniform(0.0, 1.0) < settings.idChange) {
-            id = nextId++;
+        if (random_.uniform(0.0, 1.0) < settings_.idChange) {
+            id = nextId_++;
         }
-        if (random.uniform(0.0, 1.0) >= settings.dropout) {
+        if (random_.uniform(0.0, 1.0) >= settings_.dropout) {
             tracks.push_back(measure(object, source, id));
         }
     }
-    if (random.uniform(0.0, 1.0) < settings.falseAlarms) {
+    if (random_.uniform(0.0, 1.0) < settings_.falseAlarms) {
         const Object ghost = newObject();
         tracks.push_back(measure(ghost, source, ghost.videoId));
     }
@@ -91,10 +91,10 @@ std::shared_ptr<Veskar::Track> Scene::measure(const Object& object, Veskar::Sour
     const Veskar::StateVector std = deviations(source);
     Veskar::StateVector state = object.state;
     for (int i = 0; i < state.size(); ++i) {
-        state[i] += std[i] * random.uniform(-1.0, 1.0);
+        state[i] += std[i] * random_.uniform(-1.0, 1.0);
     }
     const std::string unknown = Veskar::Vocabulary::unknown;
-    auto track = std::make_shared<Veskar::Track>(state, covariance(std), now, id, source,
+    auto track = std::make_shared<Veskar::Track>(state, covariance(std), now_, id, source,
                                                  Veskar::ImagePlaneRange, object.className, 0.8,
                                                  unknown, 0.0, unknown, 0.0, unknown, 0.0);
     const double width = 1.0 / object.state[4];

@@ -45,11 +45,11 @@ private:
     std::shared_ptr<Veskar::Track> measure(const Object& object, Veskar::Source source, int id);
     Object newObject();
 
-    SceneSettings settings;
-    VeskarTest::RandomEstimates random;
-    std::vector<Object> objects;
-    double now = 0.0;
-    int nextId = 1;
+    SceneSettings settings_;
+    VeskarTest::RandomEstimates random_;
+    std::vector<Object> objects_;
+    double now_ = 0.0;
+    int nextId_ = 1;
 };
 
 }  // namespace VeskarDevice

@@ -13,7 +13,7 @@ constexpr double tolerance = 1e-9;
 /// Keeps the first difference and where it was found.
 class Comparison {
 public:
-    void setPlace(std::string track) { place = std::move(track); }
+    void setPlace(std::string track) { place_ = std::move(track); }
 
     void near(const char* what, double actual, double expected, double scale) {
         const bool areBothNaN = std::isnan(actual) && std::isnan(expected);
@@ -29,21 +29,21 @@ public:
         }
     }
 
-    const std::string& first() const { return text; }
+    const std::string& first() const { return text_; }
 
 private:
     template <typename A, typename E>
     void note(const char* what, const A& actual, const E& expected) {
-        if (text.empty()) {
+        if (text_.empty()) {
             std::ostringstream difference;
-            difference << place << ", " << what << ": " << std::setprecision(17) << actual
+            difference << place_ << ", " << what << ": " << std::setprecision(17) << actual
                        << " instead of " << expected;
-            text = difference.str();
+            text_ = difference.str();
         }
     }
 
-    std::string place;
-    std::string text;
+    std::string place_;
+    std::string text_;
 };
 
 void compareTrack(Comparison& comparison, const Veskar::Track& actual,

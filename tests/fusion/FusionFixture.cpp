@@ -49,13 +49,13 @@ std::shared_ptr<Veskar::Track> radar(int id, double time, const Seen& seen) {
 }
 
 Veskar::FusionModule& FusionTest::module() {
-    if (!made) {
-        made = std::make_unique<Veskar::FusionModule>(config, [this] {
+    if (!made_) {
+        made_ = std::make_unique<Veskar::FusionModule>(config, [this] {
             ++clockReadings;
             return now;
         });
     }
-    return *made;
+    return *made_;
 }
 
 void FusionTest::makeFusedTrack(const Seen& seen) {

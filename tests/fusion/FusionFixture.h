@@ -57,7 +57,7 @@ protected:
     /// The module, made from `config` by the first use.
     Veskar::FusionModule& module();
     /// Lets the next use make another module.
-    void restart() { made.reset(); }
+    void restart() { made_.reset(); }
 
     /// One video frame.
     void showVideo(double time, const Tracks& tracks) {
@@ -89,7 +89,7 @@ protected:
     int clockReadings = 0;
 
 private:
-    std::unique_ptr<Veskar::FusionModule> made;
+    std::unique_ptr<Veskar::FusionModule> made_;
 };
 
 }  // namespace VeskarTest

@@ -208,16 +208,16 @@ template <typename Base>
 class NamedTrack : public Base {
 public:
     template <typename... Arguments>
-    NamedTrack(std::vector<std::string>& givenLog, std::string givenName, Arguments&&... arguments)
-        : Base(std::forward<Arguments>(arguments)...), log(givenLog), name(std::move(givenName)) {}
+    NamedTrack(std::vector<std::string>& log, std::string name, Arguments&&... arguments)
+        : Base(std::forward<Arguments>(arguments)...), log_(log), name_(std::move(name)) {}
     void predict(double t) override {
-        log.push_back(name);
+        log_.push_back(name_);
         Base::predict(t);
     }
 
 private:
-    std::vector<std::string>& log;
-    std::string name;
+    std::vector<std::string>& log_;
+    std::string name_;
 };
 
 TEST_F(FusionCycle, PredictsSystemTracksBeforeRadarBeforeVideo) {

@@ -37,30 +37,30 @@ Switches switchesOf(int combination) {
 class Pair {
 public:
     explicit Pair(const Veskar::Config& config)
-        : module(config, [this] { return now; }), oracle(config) {}
+        : module_(config, [this] { return now_; }), oracle_(config) {}
 
     void cycle(const Step& step) {
         const Literal::Tracks tracks = literal(step);
-        now = step.now;
-        module.cycle(step.source, step.timestamp, step.tracks);
-        oracle.cycle(step.source, step.timestamp, tracks, step.now.count());
+        now_ = step.now;
+        module_.cycle(step.source, step.timestamp, step.tracks);
+        oracle_.cycle(step.source, step.timestamp, tracks, step.now.count());
     }
 
     void clear() {
-        module.clear();
-        oracle.clear();
-        Veskar::ObjectIdGenerator::instance->lastId = oracle.lastId;
+        module_.clear();
+        oracle_.clear();
+        Veskar::ObjectIdGenerator::instance->lastId = oracle_.lastId;
     }
 
-    bool takeDoubt() { return oracle.takeDoubt(); }
+    bool takeDoubt() { return oracle_.takeDoubt(); }
     std::string firstDifference() const {
-        return VeskarTest::firstDifference(module.systemTracks, oracle.systemTracks);
+        return VeskarTest::firstDifference(module_.systemTracks, oracle_.systemTracks);
     }
 
 private:
-    std::chrono::nanoseconds now{};
-    Veskar::FusionModule module;
-    Literal::Fusion oracle;
+    std::chrono::nanoseconds now_{};
+    Veskar::FusionModule module_;
+    Literal::Fusion oracle_;
 };
 
 /// @return number of frames after which both were compared

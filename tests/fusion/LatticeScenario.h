@@ -15,15 +15,15 @@ class LatticeScenario {
 public:
     LatticeScenario(unsigned seed, const Switches& switches);
 
-    const Veskar::Config& getConfig() const { return config; }
+    const Veskar::Config& getConfig() const { return config_; }
     Step next();
 
 private:
     std::shared_ptr<Veskar::Track> makeReport(const Step& step);
 
-    RandomEstimates random;
-    Veskar::Config config;
-    double time = 100.0;  ///< seconds
+    RandomEstimates random_;
+    Veskar::Config config_;
+    double time_ = 100.0;  ///< seconds
 };
 
 }  // namespace VeskarTest

@@ -52,10 +52,10 @@ Gate Associator::checkGating(const Track& systemTrack, const Track& sensorTrack)
     }
     const Vector6 d = sum(systemTrack.x, -1.0, sensorTrack.x);
     const Matrix6 S = sum(systemTrack.P, 1.0, sensorTrack.P);
-    if (!config.splitGating) {
+    if (!config_.splitGating) {
         const double distance = mahalanobis(d, S);
-        isDoubtful = isDoubtful || isClose(distance, config.gatingDistance);
-        return {distance, distance < config.gatingDistance};
+        isDoubtful_ = isDoubtful_ || isClose(distance, config_.gatingDistance);
+        return {distance, distance < config_.gatingDistance};
     }
     const Matrix<3> S3 = {
         {{S[0][0], S[0][2], S[0][4]}, {S[2][0], S[2][2], S[2][4]}, {S[4][0], S[4][2], S[4][4]}}};
@@ -67,32 +67,33 @@ Gate Associator::checkGating(const Track& systemTrack, const Track& sensorTrack)
     const double a = std::sqrt(ax * ax + ay * ay);
     const double b = std::sqrt(bx * bx + by * by);
     const double s = (ax * bx + ay * by) / (a * b + 2.220446049250313e-16);
-    bool passed = p < config.positionGatingDistance;
-    if (a + b > config.velocityMinGatingLimit) {
-        passed = passed && s > config.velocityGatingSimilarity;
+    bool passed = p < config_.positionGatingDistance;
+    if (a + b > config_.velocityMinGatingLimit) {
+        passed = passed && s > config_.velocityGatingSimilarity;
     }
-    isDoubtful = isDoubtful || isClose(p, config.positionGatingDistance) ||
-                 isClose(s, config.velocityGatingSimilarity) ||
-                 isClose(a + b, config.velocityMinGatingLimit);
+    isDoubtful_ = isDoubtful_ || isClose(p, config_.positionGatingDistance) ||
+                  isClose(s, config_.velocityGatingSimilarity) ||
+                  isClose(a + b, config_.velocityMinGatingLimit);
     if (isVetoed(systemTrack, sensorTrack)) {
         passed = false;
     }
-    return {p / config.positionGatingDistance + (1.0 - s) / (1.0 - config.velocityGatingSimilarity),
-            passed};
+    return {
+        p / config_.positionGatingDistance + (1.0 - s) / (1.0 - config_.velocityGatingSimilarity),
+        passed};
 }
 
 double Associator::weighed(double distance) const {
-    for (const double other : distances) {
-        isDoubtful = isDoubtful || isClose(distance, other);
+    for (const double other : distances_) {
+        isDoubtful_ = isDoubtful_ || isClose(distance, other);
     }
-    distances.push_back(distance);
+    distances_.push_back(distance);
     return distance;
 }
 
 bool Associator::takeDoubt() {
-    const bool result = isDoubtful;
-    isDoubtful = false;
-    distances.clear();
+    const bool result = isDoubtful_;
+    isDoubtful_ = false;
+    distances_.clear();
     return result;
 }
 
@@ -109,9 +110,9 @@ bool Associator::isVetoed(const Track& systemTrack, const Track& sensorTrack) co
         return false;
     }
     const double speed = std::sqrt(still->x[1] * still->x[1] + still->x[3] * still->x[3]);
-    return m > config.stationaryBlockingMinSpeed &&
-           still->getAge() > config.stationaryBlockingMinVideoAge &&
-           speed < config.stationaryBlockingMaxUVSpeed && 0.5 * still->box[3] > boxLimit;
+    return m > config_.stationaryBlockingMinSpeed &&
+           still->getAge() > config_.stationaryBlockingMinVideoAge &&
+           speed < config_.stationaryBlockingMaxUVSpeed && 0.5 * still->box[3] > boxLimit_;
 }
 
 bool Associator::haveMatchingClasses(const SystemTrack& systemTrack, const Track& track,
@@ -128,7 +129,7 @@ bool Associator::haveMatchingClasses(const SystemTrack& systemTrack, const Track
 
 /// Whether a sensor track is held already and must not be shared.
 bool Associator::isBarred(const Track& track, const SystemTracks& systemTracks, int source) const {
-    if (source == 2 && config.allowRadarToMultiple) {
+    if (source == 2 && config_.allowRadarToMultiple) {
         return false;
     }
     for (const auto& systemTrack : systemTracks) {
@@ -141,7 +142,7 @@ bool Associator::isBarred(const Track& track, const SystemTracks& systemTracks, 
 
 Pairs Associator::sensorToSystemAssociation(const Tracks& tracks, const SystemTracks& systemTracks,
                                             int source, std::unordered_set<int>& removedIds) const {
-    if (!config.useJVA) {
+    if (!config_.useJVA) {
         return greedySensorToSystem(tracks, systemTracks, source);
     }
     Costs cost;
@@ -171,7 +172,7 @@ Pairs Associator::sensorToSystemAssociation(const Tracks& tracks, const SystemTr
     forbidMismatches(tracks, systemTracks, cost, allowed, match, removedIds);
     Pairs solved = runLiterally(static_cast<int>(systemTracks.size()),
                                 static_cast<int>(tracks.size()), cost, allowed);
-    if (!config.allowRadarToMultiple) {
+    if (!config_.allowRadarToMultiple) {
         return solved;
     }
     std::set<std::pair<int, int>> pairs(solved.begin(), solved.end());
@@ -210,7 +211,7 @@ void Associator::forbidMismatches(const Tracks& tracks, const SystemTracks& syst
             }
             cost[i][j] = forbidden;
             allowed[i][j] = false;
-            if (config.removeClassMismatches && checkGating(*systemTracks[i], *tracks[j]).passed) {
+            if (config_.removeClassMismatches && checkGating(*systemTracks[i], *tracks[j]).passed) {
                 removedIds.insert(tracks[j]->id);
             }
         }
@@ -219,7 +220,7 @@ void Associator::forbidMismatches(const Tracks& tracks, const SystemTracks& syst
 
 Pairs Associator::greedySensorToSystem(const Tracks& tracks, const SystemTracks& systemTracks,
                                        int source) const {
-    const bool isShared = config.allowRadarToMultiple && source == 2;
+    const bool isShared = config_.allowRadarToMultiple && source == 2;
     Pairs pairs;
     std::set<std::size_t> taken;
     for (std::size_t j = 0; j < tracks.size(); ++j) {
@@ -245,7 +246,7 @@ Pairs Associator::greedySensorToSystem(const Tracks& tracks, const SystemTracks&
                 taken.insert(i);
             }
         }
-        if (config.allowRadarToMultiple && source != 0) {
+        if (config_.allowRadarToMultiple && source != 0) {
             continue;
         }
         if (bestIndex) {
@@ -258,7 +259,7 @@ Pairs Associator::greedySensorToSystem(const Tracks& tracks, const SystemTracks&
 
 Pairs Associator::systemToSystemAssociation(const SystemTracks& systemTracks,
                                             const std::unordered_set<int>& excludedIds) const {
-    if (!config.useJVA) {
+    if (!config_.useJVA) {
         return greedySystemToSystem(systemTracks, excludedIds);
     }
     const std::size_t n = systemTracks.size();

@@ -24,7 +24,7 @@ struct Gate {
 class Associator {
 public:
     explicit Associator(const Veskar::Config& all)
-        : config(all.module), boxLimit(all.detectionPriority.vodHeightFractionLimit) {}
+        : config_(all.module), boxLimit_(all.detectionPriority.vodHeightFractionLimit) {}
 
     Gate checkGating(const Track& systemTrack, const Track& sensorTrack) const;
     bool haveMatchingClasses(const SystemTrack& systemTrack, const Track& track, int source) const;
@@ -50,10 +50,10 @@ private:
     bool isVetoed(const Track& systemTrack, const Track& sensorTrack) const;
     bool isBarred(const Track& track, const SystemTracks& systemTracks, int source) const;
 
-    Veskar::Config::ModuleConfig config;
-    double boxLimit;
-    mutable bool isDoubtful = false;
-    mutable std::vector<double> distances;
+    Veskar::Config::ModuleConfig config_;
+    double boxLimit_;
+    mutable bool isDoubtful_ = false;
+    mutable std::vector<double> distances_;
 };
 
 }  // namespace VeskarTest::Literal

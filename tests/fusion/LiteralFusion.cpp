@@ -8,31 +8,31 @@ namespace VeskarTest::Literal {
 void Fusion::cycle(int source, double timestamp, const Tracks& tracks, std::int64_t now) {
     if (source == 0) {
         cycleFrame(0, timestamp, tracks);
-        lastVideoTimestamp = timestamp;
+        lastVideoTimestamp_ = timestamp;
         return;
     }
     if (source != 2) {
         return;
     }
-    radarFrameQueue.push_back({timestamp, tracks});
+    radarFrameQueue_.push_back({timestamp, tracks});
     const std::int64_t microseconds = now / 1000;
     const double seconds = static_cast<double>(microseconds) / 1e6;
-    while (!radarFrameQueue.empty()) {
-        const Frame front = radarFrameQueue.front();
+    while (!radarFrameQueue_.empty()) {
+        const Frame front = radarFrameQueue_.front();
         if (seconds - front.timestamp <= 1.5) {
             break;
         }
         cycleFrame(2, front.timestamp, front.tracks);
-        radarFrameQueue.pop_front();
+        radarFrameQueue_.pop_front();
         ++events["radar frame fused because it was old"];
     }
-    while (!radarFrameQueue.empty()) {
-        const Frame front = radarFrameQueue.front();
-        if (!(front.timestamp < lastVideoTimestamp + 0.1)) {
+    while (!radarFrameQueue_.empty()) {
+        const Frame front = radarFrameQueue_.front();
+        if (!(front.timestamp < lastVideoTimestamp_ + 0.1)) {
             break;
         }
         cycleFrame(2, front.timestamp, front.tracks);
-        radarFrameQueue.pop_front();
+        radarFrameQueue_.pop_front();
     }
 }
 
@@ -42,7 +42,7 @@ void Fusion::cycleFrame(int source, double timestamp, const Tracks& tracks) {
     for (const auto& track : tracks) {
         initialize(track);
     }
-    lastSensorTracks[source] = tracks;
+    lastSensorTracks_[source] = tracks;
     management();
 }
 
@@ -51,7 +51,7 @@ void Fusion::predictTracks(double timestamp) {
         systemTrack->predict(timestamp);
     }
     for (const int source : {2, 0}) {
-        for (const auto& track : lastSensorTracks[source]) {
+        for (const auto& track : lastSensorTracks_[source]) {
             if (track->time < timestamp) {
                 track->predict(timestamp);
             }
@@ -60,8 +60,8 @@ void Fusion::predictTracks(double timestamp) {
 }
 
 void Fusion::update(int source, const Tracks& tracks) {
-    refusedSet.clear();
-    marked.clear();
+    refusedSet_.clear();
+    marked_.clear();
     continuation(source, tracks);
     association(source, tracks);
     unmarked(source);
@@ -87,13 +87,13 @@ void Fusion::continuation(int source, const Tracks& tracks) {
                 continue;
             }
             const std::shared_ptr<Track> report = reports[id];
-            const Gate gate = associator.checkGating(*systemTrack, *report);
+            const Gate gate = associator_.checkGating(*systemTrack, *report);
             if (fused && !gate.passed) {
                 refused.push_back(id);
-                refusedSet.insert(systemTrack->id);
+                refusedSet_.insert(systemTrack->id);
                 ++events["report refused by the gate"];
-            } else if (config.removeClassMismatches && fused && gate.passed) {
-                if (!associator.haveMatchingClasses(*systemTrack, *report, source)) {
+            } else if (config_.removeClassMismatches && fused && gate.passed) {
+                if (!associator_.haveMatchingClasses(*systemTrack, *report, source)) {
                     refused.push_back(id);
                     ++events["report refused by its class"];
                 }
@@ -104,14 +104,14 @@ void Fusion::continuation(int source, const Tracks& tracks) {
             systemTrack->pruneSensorTracksByIdx(source, id);
         }
         if (systemTrack->hasTracks(source)) {
-            marked.insert(systemTrack);
+            marked_.insert(systemTrack);
         }
     }
 }
 
 void Fusion::association(int source, const Tracks& tracks) {
     if (source == 2 && systemTracks.size() > 1) {
-        const Pairs pairs = associator.systemToSystemAssociation(systemTracks, refusedSet);
+        const Pairs pairs = associator_.systemToSystemAssociation(systemTracks, refusedSet_);
         const SystemTracks before = systemTracks;
         std::set<int> gone;
         for (const auto& [a, b] : pairs) {
@@ -134,7 +134,7 @@ void Fusion::association(int source, const Tracks& tracks) {
         return;
     }
     const Pairs pairs =
-        associator.sensorToSystemAssociation(tracks, systemTracks, source, excludedTrackIds);
+        associator_.sensorToSystemAssociation(tracks, systemTracks, source, excludedTrackIds_);
     for (const auto& [i, j] : pairs) {
         const auto& systemTrack = systemTracks.at(static_cast<std::size_t>(i));
         const auto& track = tracks.at(static_cast<std::size_t>(j));
@@ -142,24 +142,24 @@ void Fusion::association(int source, const Tracks& tracks) {
             continue;
         }
         fuse(*systemTrack, track);
-        marked.insert(systemTrack);
+        marked_.insert(systemTrack);
         ++events["sensor track associated"];
     }
 }
 
 void Fusion::unmarked(int source) {
     for (const auto& systemTrack : systemTracks) {
-        if (marked.count(systemTrack) > 0) {
+        if (marked_.count(systemTrack) > 0) {
             continue;
         }
         double gain = 1.0;
         if (systemTrack->hasCoastingTracks(source)) {
             ++events["coasting track weighed down"];
             if (source == 0) {
-                gain = config.gainNegative.video;
+                gain = config_.gainNegative.video;
             }
             if (source == 2) {
-                gain = config.gainNegative.radar;
+                gain = config_.gainNegative.radar;
             }
         }
         systemTrack->updateTrackProbability(gain);
@@ -172,7 +172,7 @@ void Fusion::initialize(const std::shared_ptr<Track>& track) {
             return;
         }
     }
-    if (config.removeClassMismatches && excludedTrackIds.count(track->id) > 0) {
+    if (config_.removeClassMismatches && excludedTrackIds_.count(track->id) > 0) {
         ++events["sensor track kept from starting"];
         return;
     }
@@ -183,9 +183,9 @@ void Fusion::initialize(const std::shared_ptr<Track>& track) {
 void Fusion::management() {
     for (const auto& systemTrack : systemTracks) {
         const double p = systemTrack->getTrackProbability();
-        bool confirms = config.systemTrackConfirmationLimitUpper < p;
+        bool confirms = config_.systemTrackConfirmationLimitUpper < p;
         if (!confirms && systemTrack->hasTracks(0) && systemTrack->hasTracks(2)) {
-            confirms = config.systemTrackConfirmationLimitLower < p;
+            confirms = config_.systemTrackConfirmationLimitLower < p;
         }
         if (confirms) {
             systemTrack->isConfirmed = true;
@@ -203,10 +203,10 @@ void Fusion::management() {
     }
     events["system track died"] += static_cast<int>(systemTracks.size() - alive.size());
     systemTracks = alive;
-    if (config.allowRadarToMultiple) {
+    if (config_.allowRadarToMultiple) {
         deleteCopies();
     }
-    excludedTrackIds.clear();
+    excludedTrackIds_.clear();
 }
 
 void Fusion::deleteCopies() {
@@ -244,7 +244,7 @@ void Fusion::fuse(SystemTrack& systemTrack, const std::shared_ptr<Track>& track)
 
 void Fusion::clear() {
     systemTracks.clear();
-    for (auto& [source, tracks] : lastSensorTracks) {
+    for (auto& [source, tracks] : lastSensorTracks_) {
         tracks.clear();
     }
 }

@@ -15,13 +15,13 @@ namespace VeskarTest::Literal {
 
 class Fusion {
 public:
-    explicit Fusion(const Veskar::Config& all) : config(all.module), associator(all) {}
+    explicit Fusion(const Veskar::Config& all) : config_(all.module), associator_(all) {}
 
     /// @param now the steady clock, nanoseconds
     void cycle(int source, double timestamp, const Tracks& tracks, std::int64_t now);
     void clear();
     /// @return whether rounding may have decided something since the last call
-    bool takeDoubt() { return associator.takeDoubt(); }
+    bool takeDoubt() { return associator_.takeDoubt(); }
 
     SystemTracks systemTracks;
     int lastId = 0;
@@ -45,14 +45,14 @@ private:
     static void merge(SystemTrack& target, const SystemTrack& other);
     static void fuse(SystemTrack& systemTrack, const std::shared_ptr<Track>& track);
 
-    Veskar::Config::ModuleConfig config;
-    Associator associator;
-    std::map<int, Tracks> lastSensorTracks;
-    std::unordered_set<int> excludedTrackIds;
-    std::unordered_set<int> refusedSet;
-    std::set<std::shared_ptr<SystemTrack>> marked;
-    std::deque<Frame> radarFrameQueue;
-    double lastVideoTimestamp = 0.0;
+    Veskar::Config::ModuleConfig config_;
+    Associator associator_;
+    std::map<int, Tracks> lastSensorTracks_;
+    std::unordered_set<int> excludedTrackIds_;
+    std::unordered_set<int> refusedSet_;
+    std::set<std::shared_ptr<SystemTrack>> marked_;
+    std::deque<Frame> radarFrameQueue_;
+    double lastVideoTimestamp_ = 0.0;
 };
 
 }  // namespace VeskarTest::Literal

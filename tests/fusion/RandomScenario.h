@@ -19,7 +19,7 @@ class RandomScenario {
 public:
     RandomScenario(unsigned seed, const Switches& switches);
 
-    const Veskar::Config& getConfig() const { return config; }
+    const Veskar::Config& getConfig() const { return config_; }
     Step next();
 
 private:
@@ -34,7 +34,7 @@ private:
         std::map<Veskar::Source, View> views;
     };
 
-    bool chance(double probability) { return random.uniform(0.0, 1.0) < probability; }
+    bool chance(double probability) { return random_.uniform(0.0, 1.0) < probability; }
     template <typename T>
     T oneOf(const std::vector<T>& values);
 
@@ -45,10 +45,10 @@ private:
     std::shared_ptr<Veskar::Track> makeReport(const Step& step, int id, const Object& object);
     void disturb(Step& step);
 
-    RandomEstimates random;
-    Veskar::Config config;
-    std::vector<Object> objects;
-    double time = 100.0;  ///< seconds
+    RandomEstimates random_;
+    Veskar::Config config_;
+    std::vector<Object> objects_;
+    double time_ = 100.0;  ///< seconds
 };
 
 }  // namespace VeskarTest

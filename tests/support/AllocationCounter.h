@@ -16,10 +16,10 @@ std::int64_t liveBytes();
 /// Counts the allocations since it was made.
 class AllocationScope {
 public:
-    std::uint64_t count() const { return allocationCount() - start; }
+    std::uint64_t count() const { return allocationCount() - start_; }
 
 private:
-    std::uint64_t start = allocationCount();
+    std::uint64_t start_ = allocationCount();
 };
 
 }  // namespace VeskarTest

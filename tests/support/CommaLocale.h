@@ -10,8 +10,8 @@ namespace VeskarTest {
 /// While one lives, the global locale writes 1234.5 as 1.234,5.
 class CommaLocale {
 public:
-    CommaLocale() : before(std::locale::global(std::locale(std::locale(), new Punctuation))) {}
-    ~CommaLocale() { std::locale::global(before); }
+    CommaLocale() : before_(std::locale::global(std::locale(std::locale(), new Punctuation))) {}
+    ~CommaLocale() { std::locale::global(before_); }
     CommaLocale(const CommaLocale&) = delete;
     CommaLocale& operator=(const CommaLocale&) = delete;
 
@@ -22,7 +22,7 @@ private:
         std::string do_grouping() const override { return "\3"; }
     };
 
-    std::locale before;
+    std::locale before_;
 };
 
 }  // namespace VeskarTest

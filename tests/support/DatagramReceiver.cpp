@@ -12,36 +12,38 @@
 #include <unistd.h>
 
 namespace VeskarTest {
-SocketPath::SocketPath(const std::string& newPath)
-    : path(newPath),
-      lock(checked(open((path + ".veskar-test-lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666),
-                   "open lock")) {
-    checked(flock(lock, LOCK_EX), "flock");
-    unlink(path.c_str());
+SocketPath::SocketPath(const std::string& path)
+    : path_(path),
+      lock_(checked(open((path_ + ".veskar-test-lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666),
+                    "open lock")) {
+    checked(flock(lock_, LOCK_EX), "flock");
+    unlink(path_.c_str());
 }
 
 SocketPath::~SocketPath() {
-    unlink(path.c_str());
-    close(lock);
+    unlink(path_.c_str());
+    close(lock_);
 }
 
 DatagramReceiver::DatagramReceiver(const std::string& path)
-    : descriptor(checked(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0), "socket")) {
+    : descriptor_(
+          checked(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0), "socket")) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     path.copy(address.sun_path, sizeof(address.sun_path) - 1);
-    checked(bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), "bind");
+    checked(bind(descriptor_, reinterpret_cast<const sockaddr*>(&address), sizeof(address)),
+            "bind");
 }
 
 DatagramReceiver::~DatagramReceiver() {
-    close(descriptor);
+    close(descriptor_);
 }
 
 std::vector<std::string> DatagramReceiver::receive() {
     std::vector<std::string> datagrams;
     std::array<char, 65536> buffer{};
     ssize_t length = 0;
-    while ((length = recv(descriptor, buffer.data(), buffer.size(), 0)) >= 0) {
+    while ((length = recv(descriptor_, buffer.data(), buffer.size(), 0)) >= 0) {
         datagrams.emplace_back(buffer.data(), static_cast<std::size_t>(length));
     }
     return datagrams;

@@ -16,11 +16,11 @@ public:
     SocketPath(const SocketPath&) = delete;
     SocketPath& operator=(const SocketPath&) = delete;
 
-    const std::string& get() const { return path; }
+    const std::string& get() const { return path_; }
 
 private:
-    std::string path;
-    int lock;
+    std::string path_;
+    int lock_;
 };
 
 /// A Unix datagram socket bound to a path.
@@ -35,7 +35,7 @@ public:
     std::vector<std::string> receive();
 
 private:
-    int descriptor;
+    int descriptor_;
 };
 
 }  // namespace VeskarTest

@@ -14,17 +14,17 @@ public:
     explicit DescriptorLimit(unsigned count) {
         const int lowest = open("/dev/null", O_RDONLY | O_CLOEXEC);
         close(lowest);
-        getrlimit(RLIMIT_NOFILE, &before);
-        rlimit limited = before;
+        getrlimit(RLIMIT_NOFILE, &before_);
+        rlimit limited = before_;
         limited.rlim_cur = static_cast<rlim_t>(lowest) + count;
         setrlimit(RLIMIT_NOFILE, &limited);
     }
-    ~DescriptorLimit() { setrlimit(RLIMIT_NOFILE, &before); }
+    ~DescriptorLimit() { setrlimit(RLIMIT_NOFILE, &before_); }
     DescriptorLimit(const DescriptorLimit&) = delete;
     DescriptorLimit& operator=(const DescriptorLimit&) = delete;
 
 private:
-    rlimit before{};
+    rlimit before_{};
 };
 
 }  // namespace VeskarTest

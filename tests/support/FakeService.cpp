@@ -113,39 +113,39 @@ void reply(sd_bus_message* call, const Body& body) {
 }  // namespace
 
 FakeService::FakeService(const std::string& name)
-    : busName(name), wakeUp(must(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {
-    thread = std::thread([this] { serve(); });
+    : busName_(name), wakeUp_(must(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {
+    thread_ = std::thread([this] { serve(); });
     run([] {});
 }
 
 FakeService::~FakeService() {
-    run([this] { must(sd_event_exit(event, 0), "exit"); });
-    thread.join();
-    close(wakeUp);
+    run([this] { must(sd_event_exit(event_, 0), "exit"); });
+    thread_.join();
+    close(wakeUp_);
 }
 
 void FakeService::serve() {
-    must(sd_bus_open_system(&bus), "open system bus");
-    must(sd_event_new(&event), "new event");
-    must(sd_bus_attach_event(bus, event, 0), "attach");
+    must(sd_bus_open_system(&bus_), "open system bus");
+    must(sd_event_new(&event_), "new event");
+    must(sd_bus_attach_event(bus_, event_, 0), "attach");
     must(sd_bus_add_filter(
-             bus, nullptr,
+             bus_, nullptr,
              [](sd_bus_message* m, void* data, sd_bus_error*) {
                  return static_cast<FakeService*>(data)->onCall(m);
              },
              this),
          "add filter");
-    must(sd_bus_request_name(bus, busName.c_str(), 0), "request name");
+    must(sd_bus_request_name(bus_, busName_.c_str(), 0), "request name");
     must(sd_event_add_io(
-             event, nullptr, wakeUp, EPOLLIN,
+             event_, nullptr, wakeUp_, EPOLLIN,
              [](sd_event_source*, int descriptor, std::uint32_t, void* data) {
                  std::uint64_t count = 0;
                  must(static_cast<int>(read(descriptor, &count, sizeof(count))), "read");
                  auto* service = static_cast<FakeService*>(data);
                  std::vector<std::function<void()>> due;
                  {
-                     const std::lock_guard<std::mutex> lock(service->mutex);
-                     due.swap(service->tasks);
+                     const std::lock_guard<std::mutex> lock(service->mutex_);
+                     due.swap(service->tasks_);
                  }
                  for (const std::function<void()>& task : due) {
                      task();
@@ -154,26 +154,26 @@ void FakeService::serve() {
              },
              this),
          "add io");
-    must(sd_event_loop(event), "loop");
-    for (sd_bus_message* call : held) {
+    must(sd_event_loop(event_), "loop");
+    for (sd_bus_message* call : held_) {
         sd_bus_message_unref(call);
     }
-    sd_bus_flush_close_unref(bus);
-    sd_event_unref(event);
+    sd_bus_flush_close_unref(bus_);
+    sd_event_unref(event_);
 }
 
 void FakeService::run(std::function<void()> task) {
     // Shared with the task, which may still be on its way out of set_value.
     const auto done = std::make_shared<std::promise<void>>();
     {
-        const std::lock_guard<std::mutex> lock(mutex);
-        tasks.emplace_back([done, work = std::move(task)] {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        tasks_.emplace_back([done, work = std::move(task)] {
             work();
             done->set_value();
         });
     }
     const std::uint64_t one = 1;
-    must(static_cast<int>(write(wakeUp, &one, sizeof(one))), "write");
+    must(static_cast<int>(write(wakeUp_, &one, sizeof(one))), "write");
     done->get_future().wait();
 }
 
@@ -183,17 +183,17 @@ int FakeService::onCall(sd_bus_message* call) {
     }
     const Member member{sd_bus_message_get_path(call), sd_bus_message_get_interface(call),
                         sd_bus_message_get_member(call)};
-    const auto handler = handlers.find(member);
-    if (handler == handlers.end()) {
+    const auto handler = handlers_.find(member);
+    if (handler == handlers_.end()) {
         return 0;
     }
-    ++counts[member];
+    ++counts_[member];
     handler->second(call);
     return 1;
 }
 
 void FakeService::handle(const Member& method, Handler handler) {
-    run([&] { handlers[method] = std::move(handler); });
+    run([&] { handlers_[method] = std::move(handler); });
 }
 
 void FakeService::answer(const Member& method, const Body& body) {
@@ -209,7 +209,8 @@ void FakeService::refuse(const Member& method, const std::string& error,
 
 void FakeService::inspect(const Member& method, std::function<void(sd_bus_message*)> look) {
     run([&] {
-        handlers[method] = [look = std::move(look), answer = handlers[method]](sd_bus_message* m) {
+        handlers_[method] = [look = std::move(look),
+                             answer = handlers_[method]](sd_bus_message* m) {
             look(m);
             answer(m);
         };
@@ -217,39 +218,39 @@ void FakeService::inspect(const Member& method, std::function<void(sd_bus_messag
 }
 
 void FakeService::hold(const Member& method) {
-    handle(method, [this](sd_bus_message* call) { held.push_back(sd_bus_message_ref(call)); });
+    handle(method, [this](sd_bus_message* call) { held_.push_back(sd_bus_message_ref(call)); });
 }
 
 void FakeService::leaveAt(const Member& method) {
-    handle(method, [this](sd_bus_message*) { sd_bus_close(bus); });
+    handle(method, [this](sd_bus_message*) { sd_bus_close(bus_); });
 }
 
 void FakeService::release(const Body& body) {
     run([&] {
-        for (sd_bus_message* call : held) {
+        for (sd_bus_message* call : held_) {
             reply(call, body);
             sd_bus_message_unref(call);
         }
-        held.clear();
-        must(sd_bus_flush(bus), "flush");
+        held_.clear();
+        must(sd_bus_flush(bus_), "flush");
     });
 }
 
 int FakeService::calls(const Member& method) {
     int count = 0;
-    run([&] { count = counts[method]; });
+    run([&] { count = counts_[method]; });
     return count;
 }
 
 void FakeService::emit(const Member& signal, const Body& body) {
     run([&] {
         sd_bus_message* message = nullptr;
-        must(sd_bus_message_new_signal(bus, &message, signal.path.c_str(), signal.interface.c_str(),
-                                       signal.name.c_str()),
+        must(sd_bus_message_new_signal(bus_, &message, signal.path.c_str(),
+                                       signal.interface.c_str(), signal.name.c_str()),
              "new signal");
         body(message);
-        must(sd_bus_send(bus, message, nullptr), "send");
-        must(sd_bus_flush(bus), "flush");
+        must(sd_bus_send(bus_, message, nullptr), "send");
+        must(sd_bus_flush(bus_), "flush");
         sd_bus_message_unref(message);
     });
 }

@@ -89,17 +89,17 @@ private:
     void handle(const Member& method, Handler handler);
     int onCall(sd_bus_message* call);
 
-    std::string busName;
-    sd_bus* bus = nullptr;
-    sd_event* event = nullptr;
-    std::map<Member, Handler> handlers;
-    std::map<Member, int> counts;
-    std::vector<sd_bus_message*> held;
+    std::string busName_;
+    sd_bus* bus_ = nullptr;
+    sd_event* event_ = nullptr;
+    std::map<Member, Handler> handlers_;
+    std::map<Member, int> counts_;
+    std::vector<sd_bus_message*> held_;
 
-    int wakeUp;
-    std::mutex mutex;
-    std::vector<std::function<void()>> tasks;
-    std::thread thread;
+    int wakeUp_;
+    std::mutex mutex_;
+    std::vector<std::function<void()>> tasks_;
+    std::thread thread_;
 };
 
 }  // namespace VeskarTest

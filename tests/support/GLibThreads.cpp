@@ -30,13 +30,13 @@ const GSourceFuncs& originalOf(GSource* source) {
 /// While one lives, a thread has the source that others have released.
 class Handover {
 public:
-    explicit Handover(GSource* newSource) : source(newSource) { __tsan_acquire(source); }
-    ~Handover() { __tsan_release(source); }
+    explicit Handover(GSource* source) : source_(source) { __tsan_acquire(source_); }
+    ~Handover() { __tsan_release(source_); }
     Handover(const Handover&) = delete;
     Handover& operator=(const Handover&) = delete;
 
 private:
-    GSource* source;
+    GSource* source_;
 };
 
 gboolean prepare(GSource* source, gint* timeout) {

@@ -70,23 +70,23 @@ std::string readFile(const std::string& path) {
     return content.str();
 }
 
-JsonDocument::JsonDocument(const std::string& path) : root(parseAnything(readFile(path))) {}
+JsonDocument::JsonDocument(const std::string& path) : root_(parseAnything(readFile(path))) {}
 
-JsonDocument::JsonDocument(const JsonDocument& other) : root(json_deep_copy(other.root)) {}
+JsonDocument::JsonDocument(const JsonDocument& other) : root_(json_deep_copy(other.root_)) {}
 
 JsonDocument::~JsonDocument() {
-    json_decref(root);
+    json_decref(root_);
 }
 
 JsonDocument& JsonDocument::set(const std::string& path, const std::string& value) {
     const auto [parent, name] = split(path);
-    json_object_set_new(find(root, parent), name.c_str(), parseAnything(value));
+    json_object_set_new(find(root_, parent), name.c_str(), parseAnything(value));
     return *this;
 }
 
 JsonDocument& JsonDocument::erase(const std::string& path) {
     const auto [parent, name] = split(path);
-    if (json_object_del(find(root, parent), name.c_str()) != 0) {
+    if (json_object_del(find(root_, parent), name.c_str()) != 0) {
         throw std::invalid_argument("no member " + path);
     }
     return *this;
@@ -94,13 +94,13 @@ JsonDocument& JsonDocument::erase(const std::string& path) {
 
 std::vector<std::string> JsonDocument::leaves() const {
     std::vector<std::string> paths;
-    collectLeaves(root, "", paths);
+    collectLeaves(root_, "", paths);
     return paths;
 }
 
 std::string JsonDocument::text(const std::string& path) const {
     const std::unique_ptr<char, decltype(&std::free)> dumped(
-        json_dumps(find(root, path), JSON_ENCODE_ANY), &std::free);
+        json_dumps(find(root_, path), JSON_ENCODE_ANY), &std::free);
     return dumped.get();
 }
 

@@ -28,7 +28,7 @@ public:
     std::string text(const std::string& path = {}) const;
 
 private:
-    json_t* root;
+    json_t* root_;
 };
 
 /// @return the bytes of a file; a relative path is taken from the root of the source tree

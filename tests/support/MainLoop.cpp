@@ -12,8 +12,8 @@ constexpr std::chrono::seconds deadline{60};
 }  // namespace
 
 MainLoop::MainLoop(Context which)
-    : context(which == Context::Own ? g_main_context_new()
-                                    : g_main_context_ref(g_main_context_default())) {
+    : context_(which == Context::Own ? g_main_context_new()
+                                     : g_main_context_ref(g_main_context_default())) {
     // Otherwise made by the first use of a context, and its descriptor with it: in the middle of a
     // test that counts descriptors.
     g_main_context_default();
@@ -21,65 +21,65 @@ MainLoop::MainLoop(Context which)
 
 MainLoop::~MainLoop() {
     stop();
-    g_main_context_unref(context);
+    g_main_context_unref(context_);
 }
 
 void MainLoop::asThreadDefault(const std::function<void()>& function) {
-    g_main_context_push_thread_default(context);
+    g_main_context_push_thread_default(context_);
     function();
-    g_main_context_pop_thread_default(context);
+    g_main_context_pop_thread_default(context_);
 }
 
 void MainLoop::start() {
-    running = true;
-    thread = std::thread([this] {
-        g_main_context_push_thread_default(context);
-        while (running) {
+    running_ = true;
+    thread_ = std::thread([this] {
+        g_main_context_push_thread_default(context_);
+        while (running_) {
             runCalls();
-            g_main_context_iteration(context, TRUE);
-            const std::lock_guard<std::mutex> lock(mutex);
-            iterated.notify_all();
+            g_main_context_iteration(context_, TRUE);
+            const std::lock_guard<std::mutex> lock(mutex_);
+            iterated_.notify_all();
         }
-        g_main_context_pop_thread_default(context);
+        g_main_context_pop_thread_default(context_);
     });
 }
 
 void MainLoop::stop() {
-    if (thread.joinable()) {
-        running = false;
-        g_main_context_wakeup(context);
-        thread.join();
+    if (thread_.joinable()) {
+        running_ = false;
+        g_main_context_wakeup(context_);
+        thread_.join();
     }
 }
 
 void MainLoop::call(const std::function<void()>& function) {
-    std::unique_lock<std::mutex> lock(mutex);
+    std::unique_lock<std::mutex> lock(mutex_);
     bool done = false;
-    calls.emplace_back([&] {
+    calls_.emplace_back([&] {
         function();
-        const std::lock_guard<std::mutex> doneLock(mutex);
+        const std::lock_guard<std::mutex> doneLock(mutex_);
         done = true;
     });
-    g_main_context_wakeup(context);
-    iterated.wait(lock, [&] { return done; });
+    g_main_context_wakeup(context_);
+    iterated_.wait(lock, [&] { return done; });
 }
 
 void MainLoop::runCalls() {
     std::vector<std::function<void()>> due;
     {
-        const std::lock_guard<std::mutex> lock(mutex);
-        due.swap(calls);
+        const std::lock_guard<std::mutex> lock(mutex_);
+        due.swap(calls_);
     }
     for (const std::function<void()>& call : due) {
         call();
         // Ends the wait of who has called.
-        g_main_context_wakeup(context);
+        g_main_context_wakeup(context_);
     }
 }
 
 bool MainLoop::waitUntil(const std::function<bool()>& condition) {
-    std::unique_lock<std::mutex> lock(mutex);
-    return iterated.wait_for(lock, deadline, condition);
+    std::unique_lock<std::mutex> lock(mutex_);
+    return iterated_.wait_for(lock, deadline, condition);
 }
 
 bool MainLoop::iterateUntil(const std::function<bool()>& condition) {
@@ -92,9 +92,9 @@ bool MainLoop::iterateUntil(const std::function<bool()>& condition) {
             return G_SOURCE_REMOVE;
         },
         &expired, nullptr);
-    g_source_attach(alarm, context);
+    g_source_attach(alarm, context_);
     while (!expired && !condition()) {
-        g_main_context_iteration(context, TRUE);
+        g_main_context_iteration(context_, TRUE);
     }
     g_source_destroy(alarm);
     g_source_unref(alarm);
@@ -103,7 +103,7 @@ bool MainLoop::iterateUntil(const std::function<bool()>& condition) {
 
 bool MainLoop::iterateUntilIdle() {
     for (int i = 0; i < 10000; ++i) {
-        if (g_main_context_iteration(context, FALSE) == FALSE) {
+        if (g_main_context_iteration(context_, FALSE) == FALSE) {
             return true;
         }
     }

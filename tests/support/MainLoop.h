@@ -25,7 +25,7 @@ public:
     MainLoop(const MainLoop&) = delete;
     MainLoop& operator=(const MainLoop&) = delete;
 
-    GMainContext* get() const { return context; }
+    GMainContext* get() const { return context_; }
 
     /// Runs a function with the context as the calling thread's default; not while it is started.
     void asThreadDefault(const std::function<void()>& function);
@@ -48,12 +48,12 @@ public:
 private:
     void runCalls();
 
-    GMainContext* context;
-    std::atomic<bool> running{false};
-    std::mutex mutex;
-    std::condition_variable iterated;
-    std::vector<std::function<void()>> calls;
-    std::thread thread;
+    GMainContext* context_;
+    std::atomic<bool> running_{false};
+    std::mutex mutex_;
+    std::condition_variable iterated_;
+    std::vector<std::function<void()>> calls_;
+    std::thread thread_;
 };
 
 }  // namespace VeskarTest

@@ -37,9 +37,9 @@ void awaitAddress(int descriptor) {
 PrivateBus::PrivateBus(const std::string& extraConfiguration) {
     std::string pattern = "/tmp/veskar-bus-XXXXXX";
     checked(mkdtemp(pattern.data()) == nullptr ? -1 : 0, "mkdtemp");
-    directory = pattern;
-    const std::string address = "unix:path=" + directory + "/bus";
-    const std::string configuration = directory + "/bus.conf";
+    directory_ = pattern;
+    const std::string address = "unix:path=" + directory_ + "/bus";
+    const std::string configuration = directory_ + "/bus.conf";
     std::ofstream(configuration)
         << R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN")"
            R"( "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd"><busconfig><listen>)"
@@ -51,8 +51,8 @@ PrivateBus::PrivateBus(const std::string& extraConfiguration) {
     std::array<int, 2> ready{};
     checked(pipe2(ready.data(), O_CLOEXEC), "pipe2");
     const std::string fileOption = "--config-file=" + configuration;
-    daemon = checked(fork(), "fork");
-    if (daemon == 0) {
+    daemon_ = checked(fork(), "fork");
+    if (daemon_ == 0) {
         // Not to outlive a test that crashes.
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         dup2(ready[1], STDOUT_FILENO);
@@ -69,19 +69,19 @@ PrivateBus::PrivateBus(const std::string& extraConfiguration) {
 PrivateBus::~PrivateBus() {
     kill();
     std::error_code ignored;
-    std::filesystem::remove_all(directory, ignored);
+    std::filesystem::remove_all(directory_, ignored);
 }
 
 void PrivateBus::stop() {
-    checked(::kill(daemon, SIGSTOP), "kill");
-    checked(waitpid(daemon, nullptr, WUNTRACED), "waitpid");
+    checked(::kill(daemon_, SIGSTOP), "kill");
+    checked(waitpid(daemon_, nullptr, WUNTRACED), "waitpid");
 }
 
 void PrivateBus::kill() {
-    if (daemon > 0) {
-        ::kill(daemon, SIGKILL);
-        waitpid(daemon, nullptr, 0);
-        daemon = -1;
+    if (daemon_ > 0) {
+        ::kill(daemon_, SIGKILL);
+        waitpid(daemon_, nullptr, 0);
+        daemon_ = -1;
     }
 }
 

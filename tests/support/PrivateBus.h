@@ -25,8 +25,8 @@ public:
     void stop();
 
 private:
-    std::string directory;
-    pid_t daemon = -1;
+    std::string directory_;
+    pid_t daemon_ = -1;
 };
 
 /// Makes an address where nobody listens the system bus of this process.

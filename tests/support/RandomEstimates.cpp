@@ -6,7 +6,7 @@ namespace VeskarTest {
 double RandomEstimates::uniform(double low, double high) {
     // The standard distributions differ between libraries; the engine does not.
     constexpr double toUnit = 1.0 / 9007199254740992.0;  // 2^-53
-    return low + (high - low) * (static_cast<double>(engine() >> 11U) * toUnit);
+    return low + (high - low) * (static_cast<double>(engine_() >> 11U) * toUnit);
 }
 
 int RandomEstimates::integer(int low, int high) {

@@ -17,7 +17,7 @@ struct Estimate {
 /// Draws estimates; the same seed draws the same ones on every machine.
 class RandomEstimates {
 public:
-    explicit RandomEstimates(unsigned seed) : engine(seed) {}
+    explicit RandomEstimates(unsigned seed) : engine_(seed) {}
 
     /// @return a number in [low, high)
     double uniform(double low, double high);
@@ -32,7 +32,7 @@ public:
     Estimate estimate();
 
 private:
-    std::mt19937_64 engine;
+    std::mt19937_64 engine_;
 };
 
 }  // namespace VeskarTest

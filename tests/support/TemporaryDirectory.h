@@ -14,23 +14,23 @@ namespace VeskarTest {
 /// Made with it, removed with it and all that it holds.
 class TemporaryDirectory {
 public:
-    TemporaryDirectory() : path(testing::TempDir() + "veskar-XXXXXX") {
-        if (mkdtemp(path.data()) == nullptr) {
-            throw std::runtime_error("cannot make " + path);
+    TemporaryDirectory() : path_(testing::TempDir() + "veskar-XXXXXX") {
+        if (mkdtemp(path_.data()) == nullptr) {
+            throw std::runtime_error("cannot make " + path_);
         }
     }
     ~TemporaryDirectory() {
         std::error_code ignored;
-        std::filesystem::remove_all(path, ignored);
+        std::filesystem::remove_all(path_, ignored);
     }
     TemporaryDirectory(const TemporaryDirectory&) = delete;
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
     /// @return the path of a file in it
-    std::string file(const std::string& name) const { return path + "/" + name; }
+    std::string file(const std::string& name) const { return path_ + "/" + name; }
 
 private:
-    std::string path;
+    std::string path_;
 };
 
 }  // namespace VeskarTest

@@ -309,11 +309,11 @@ TEST(SystemTrackDefusion, MakesTheMapsThatItCounts) {
 class Witness : public Track {
 public:
     Witness(const Track& track, std::vector<std::pair<int, double>>& calls)
-        : Track(track), log(calls) {}
-    void predict(double t) override { log.emplace_back(id, t); }
+        : Track(track), log_(calls) {}
+    void predict(double t) override { log_.emplace_back(id, t); }
 
 private:
-    std::vector<std::pair<int, double>>& log;
+    std::vector<std::pair<int, double>>& log_;
 };
 
 TEST(SystemTrackPrediction, MovesRadarThenVideoObjectsInOrderOfTheirIds) {
@@ -468,46 +468,46 @@ TEST(SystemTrackOrigin, OfNotANumberIsOutside) {
 /// The bookkeeping of a system track as its description says it, slow and in extended precision.
 class SlowSystemTrack {
 public:
-    explicit SlowSystemTrack(const Track& first) : fused(estimateOf(first)) {
-        tracks.emplace(Key{first.source, first.id}, estimateOf(first));
+    explicit SlowSystemTrack(const Track& first) : fused_(estimateOf(first)) {
+        tracks_.emplace(Key{first.source, first.id}, estimateOf(first));
     }
 
     void update(const Track& report) {
         const Key key = {report.source, report.id};
-        const auto old = tracks.find(key);
-        if (old != tracks.end()) {
-            fused = addInformation(fused, -1, old->second);
-            tracks.erase(old);
+        const auto old = tracks_.find(key);
+        if (old != tracks_.end()) {
+            fused_ = addInformation(fused_, -1, old->second);
+            tracks_.erase(old);
         }
-        tracks.emplace(key, estimateOf(report));
-        fused = addInformation(fused, 1, tracks.at(key));
+        tracks_.emplace(key, estimateOf(report));
+        fused_ = addInformation(fused_, 1, tracks_.at(key));
     }
 
     void prune(Source source, int id) {
-        const auto leaving = tracks.find({source, id});
-        if (leaving == tracks.end()) {
+        const auto leaving = tracks_.find({source, id});
+        if (leaving == tracks_.end()) {
             return;
         }
-        const auto supports = std::count_if(tracks.begin(), tracks.end(), [](const auto& entry) {
+        const auto supports = std::count_if(tracks_.begin(), tracks_.end(), [](const auto& entry) {
             return entry.first.first == Source::VideoObject || entry.first.first == Source::Radar;
         });
         if (supports >= 2) {
-            fused = addInformation(fused, -1, leaving->second);
+            fused_ = addInformation(fused_, -1, leaving->second);
         }
-        tracks.erase(leaving);
+        tracks_.erase(leaving);
     }
 
     void predict(double dt) {
         const ExtendedMatrix F = Veskar::constantVelocity(dt).cast<long double>();
-        move(fused, F);
-        for (auto& [key, estimate] : tracks) {
+        move(fused_, F);
+        for (auto& [key, estimate] : tracks_) {
             if (key.first != Source::VideoVura) {
                 move(estimate, F);
             }
         }
     }
 
-    const ExtendedEstimate& estimate() const { return fused; }
+    const ExtendedEstimate& estimate() const { return fused_; }
 
 private:
     using Key = std::pair<Source, int>;
@@ -516,8 +516,8 @@ private:
         estimate = {F * estimate.x, F * estimate.P * F.transpose()};
     }
 
-    ExtendedEstimate fused;
-    std::map<Key, ExtendedEstimate> tracks;
+    ExtendedEstimate fused_;
+    std::map<Key, ExtendedEstimate> tracks_;
 };
 
 TEST(SystemTrackState, FollowsTheSlowModelThroughRandomLives) {
