@@ -65,7 +65,7 @@ struct VESKAR_EXPORT Config {
         static GainNegative parse(const JsonNode& node);
     };
 
-    /// Gating, association, track management and what hangs on them ("veskarModule").
+    /// Gating, association, track management and what depends on them ("veskarModule").
     struct VESKAR_EXPORT ModuleConfig {
         GainNegative gainNegative;                   ///< required
         bool splitGating = false;                    ///< gate position and velocity apart; required
@@ -126,9 +126,9 @@ struct VESKAR_EXPORT Config {
     /// @return the shipped configuration, config/fusion.json
     static Config defaults();
 
-    /// Says everything at once that is wrong with a document, without a line in the log.
+    /// Lists everything that is wrong with a document, and logs nothing.
     ///
-    /// Limits of values are no matter of the schema and not looked at.
+    /// Numbers are not checked against limits.
     ///
     /// @param json the JSON text
     /// @return the faults in the order of their lines; parse_json_string throws exactly when one of

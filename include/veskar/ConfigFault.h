@@ -10,14 +10,14 @@ namespace Veskar {
 
 /// One thing in a configuration's text that the fusion refuses, or does not use as it is written.
 struct VESKAR_EXPORT ConfigFault {
-    /// What comes of it.
+    /// What the fusion does about it.
     enum class Effect {
         Refused,   ///< Config::parse throws
         Replaced,  ///< another value is used, which the reason names
         Ignored    ///< nothing reads it
     };
 
-    Effect effect = Effect::Refused;  ///< what comes of it
+    Effect effect = Effect::Refused;  ///< what the fusion does about it
     int line = 1;        ///< from 1; of a missing key the line where its section begins
     std::string key;     ///< dotted path, as "veskarModule.gainNegative.radar"; empty: the document
     std::string value;   ///< as written, "an object" or "an array"; empty when there is none

@@ -53,7 +53,7 @@ public:
     /// stamp from the far future stops radar until video gets there. At most 1000 wait; beyond that
     /// the oldest leaves unfused. Frames of other sources are ignored.
     ///
-    /// What would harm the fusion for good stays outside, as if the sensor had not reported it:
+    /// What would damage the fusion permanently is left out, as if the sensor had not reported it:
     /// - a frame with a time stamp that is not finite;
     /// - a track with a state, covariance, time, coasting time or probability that is not finite;
     /// - a track whose time is more than 10 s from the frame's, whose coasting time or probability
@@ -119,8 +119,8 @@ public:
     /// @param other the system track to fold in; must hold a video-object or radar track
     void merge(SystemTrack& target, SystemTrack& other);
 
-    /// Lets someone watch the decisions. Costs nothing but a comparison of a pointer per decision
-    /// while there is no observer; with one, every comparison of tracks is made a second time.
+    /// Sets an observer of the decisions. Without one each decision costs the comparison of a
+    /// pointer; with one, pairs are also compared that association rejects without a distance.
     ///
     /// @param observer told from the next frame on; stays the caller's, and must outlive the module
     ///                or be replaced before it ends; null: nobody

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a misspelt word was meant to be.
+// Suggests a word for a misspelt one.
 #pragma once
 
 #include <veskar/Export.h>

@@ -25,7 +25,7 @@ namespace Veskar::Dbus {
 /// Every block is 100.0 until it is first read. Not thread-safe.
 class VESKAR_EXPORT SNRBlock {
 public:
-    /// A clock for the rest after a call that was not answered.
+    /// A clock for the pause after a call that was not answered.
     using SteadyClock = std::function<std::chrono::steady_clock::time_point()>;
 
     /// A grid without camera, blocks or connection.

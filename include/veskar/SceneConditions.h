@@ -52,7 +52,7 @@ public:
     /// Asks the camera for its mode unless the last answer is younger than 10 s.
     /// @return false without a bus, when the call failed or the camera was not asked
     bool updateDayNight();
-    /// @return whether it is day; true when the mode is not to be had
+    /// @return whether it is day; true when the mode is not available
     bool isDay();
     /// @param track its box counts
     /// @return whether the SNR under the box lies above the curve for its height, by day or night;

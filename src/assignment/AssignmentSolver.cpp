@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t maxSize = 512;
 
-/// Up to how many cells the sparse way is tried: beyond that it seldom pays.
+/// The largest number of cells for which the sparse solver is tried; beyond it is seldom faster.
 std::size_t sparseLimit(std::size_t rowCount, std::size_t colCount) {
     constexpr std::size_t smallSize = 8;
     constexpr std::size_t cellsPerLine = 8;
@@ -17,7 +17,7 @@ std::size_t sparseLimit(std::size_t rowCount, std::size_t colCount) {
     return size <= smallSize ? 0 : std::min(cellsPerLine * size, size * size / 8);
 }
 
-/// @return the first costs of a row; asking for more than it has stops the process
+/// @return the first costs of a row; a row that has fewer stops the process
 const double* firstCosts(const std::vector<double>& row, std::size_t count) {
     return &row[count - 1] - (count - 1);
 }
@@ -56,7 +56,7 @@ const std::vector<int>& AssignmentSolver::solve(const CostMatrix& cost,
     return dense_.solve();
 }
 
-/// @return whether they are few
+/// @return whether they are few enough for the sparse solver
 bool AssignmentSolver::gatherCells(const CostMatrix& cost, std::size_t rowCount,
                                    std::size_t colCount) {
     const std::size_t limit = sparseLimit(rowCount, colCount);
@@ -70,8 +70,8 @@ bool AssignmentSolver::gatherCells(const CostMatrix& cost, std::size_t rowCount,
     return true;
 }
 
-/// Whether an allowed pair could be among those that fill up the unique assignment at the forbidden
-/// cost. Which ones do is not unique.
+/// Whether an allowed pair could be one of those at the forbidden cost with which the dense solver
+/// completes the unique assignment. Those are not unique.
 bool AssignmentSolver::leavesAllowedPair(const AllowedMatrix& allowed) const {
     const std::vector<int>& columnOf = unique_.columns();
     const std::size_t colCount = unique_.colCount();

@@ -26,16 +26,16 @@ public:
     ///
     /// @param costs the problem
     /// @param colCount number of columns
-    /// @return a column for each row; what is no cell of the row does not count
+    /// @return a column for each row; one without a cell in that row means unassigned
     const std::vector<int>& solve(const SparseCosts& costs, std::size_t colCount);
 
     /// Solves a problem given as a matrix.
     ///
-    /// @param cost pair costs; the rows and columns that do not count make the problem bigger
-    /// @param allowed pairs whose choice matters
-    /// @param rowCount how many rows of @p cost count
-    /// @param colCount how many columns of @p cost count
-    /// @return a column for each row that counts; what is not allowed does not count
+    /// @param cost pair costs; further rows and columns enlarge the problem by forbidden pairs
+    /// @param allowed pairs that may be assigned
+    /// @param rowCount number of leading rows of @p cost to assign
+    /// @param colCount number of leading columns of @p cost to assign
+    /// @return a column for each of these rows; one that is not allowed means unassigned
     const std::vector<int>& solve(const CostMatrix& cost, const AllowedMatrix& allowed,
                                   std::size_t rowCount, std::size_t colCount);
 

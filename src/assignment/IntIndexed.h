@@ -8,7 +8,7 @@
 namespace Veskar {
 
 /// A vector that also takes int indices: rows and columns of an assignment are ints, because -1
-/// stands for none. It must not be asked for -1.
+/// stands for none. An index must not be negative.
 template <typename T>
 class IntIndexed : public std::vector<T> {
 public:

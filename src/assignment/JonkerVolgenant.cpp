@@ -176,8 +176,8 @@ void JonkerVolgenant::reduceColumns() {
     }
 }
 
-/// Lowers the price of every column whose row has no other column, as far as that row stays
-/// content with it, and lists the rows without a column.
+/// Lowers the price of every column whose row has no other column, as far as it remains the
+/// cheapest for that row, and lists the rows without a column.
 void JonkerVolgenant::transferReductions() {
     const double* prices = v_.data();
     for (int i = 0; i < n_; ++i) {

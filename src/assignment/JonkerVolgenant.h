@@ -77,7 +77,7 @@ private:
     int n_ = 0;
     IntIndexed<const double*> rows_;    ///< costs of each row
     std::vector<double> forbiddenRow_;  ///< the costs of a row without any
-    std::vector<double> ownRows_;       ///< rows that the caller does not keep as they are needed
+    std::vector<double> ownRows_;       ///< rows that are built or copied here
     IntIndexed<double> v_;              ///< column prices
     IntIndexed<int> columnOf_;          ///< column of each row
     IntIndexed<int> rowOf_;             ///< row of each column, -1 while unassigned

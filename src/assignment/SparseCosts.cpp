@@ -15,8 +15,8 @@ std::uint64_t bitsOf(double x) {
     return bits;
 }
 
-/// Writes a cell and steps over it unless it is forbidden: without a branch, since which one is a
-/// cell is as good as random.
+/// Writes a cell and advances past it unless it is forbidden. Free of branches, because which pairs
+/// are cells cannot be predicted.
 void appendCell(const double* costs, std::size_t col, SparseCosts::Cell*& out) {
     const double cost = costs[col];
     *out = {static_cast<int>(col), cost};

@@ -34,7 +34,7 @@ public:
         cells_.clear();
         rowEnds_.clear();
     }
-    /// Adds a whole row: the costs that are neither forbidden nor without a finite value.
+    /// Adds a whole row: the costs that are finite and not forbidden.
     ///
     /// @param costs the costs
     /// @param count number of columns

@@ -86,7 +86,7 @@ int UniqueAssignment::displace(const SparseCosts& costs, int freeRow) {
         }
         solution_.u[row] = second;
         if (col == none) {
-            return none;  // better left out
+            return none;  // cheaper without a column
         }
         solution_.v[col] -= second - least;
         const int loser = solution_.rowOf[col];
@@ -102,7 +102,7 @@ int UniqueAssignment::displace(const SparseCosts& costs, int freeRow) {
 
 /// Gives a free row a column, or leaves out the row for which that is cheapest, by moving rows
 /// along a shortest alternating path.
-/// @return whether that was possible at bearable effort
+/// @return false when the limit of the effort was reached
 bool UniqueAssignment::augment(const SparseCosts& costs, int freeRow) {
     heap_.clear();
     reached_.clear();
@@ -157,7 +157,7 @@ void UniqueAssignment::relax(const SparseCosts& costs, int row, double length) {
     effort_ -= std::min(effort_, static_cast<std::size_t>(cells.end() - cells.begin()));
 }
 
-/// @return the nearest column that is not scanned; -1 when there is none or the effort is too much
+/// @return the nearest column that is not scanned; -1 without one or at the limit of the effort
 int UniqueAssignment::popNearest() {
     while (!heap_.empty() && effort_ > 0) {
         std::pop_heap(heap_.begin(), heap_.end(), std::greater<>());
@@ -170,7 +170,7 @@ int UniqueAssignment::popNearest() {
     return none;
 }
 
-/// Makes the moves along the shortest path free.
+/// Changes the prices so that the reduced costs along the shortest path become 0.
 void UniqueAssignment::changePrices(int freeRow, double length) {
     solution_.u[freeRow] += length;
     for (const int col : reached_) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Sparse assignment problems whose solution is beyond doubt.
+// Solves sparse assignment problems whose optimum is provably unique.
 #pragma once
 
 #include "assignment/IntIndexed.h"
@@ -23,7 +23,7 @@ class UniqueAssignment {
 public:
     /// @param costs the problem
     /// @param colCount number of columns
-    /// @return whether the solution is proven; otherwise nothing is known
+    /// @return whether the solution is proven; otherwise there is none
     bool solve(const SparseCosts& costs, std::size_t colCount);
 
     /// @return after a success: the column of each row, -1 for a row that gets no cell

@@ -6,7 +6,7 @@ namespace {
 
 constexpr int none = PricedAssignment::none;
 
-/// How far rounding may move prices off the relations.
+/// Rounding error that the optimality conditions tolerate.
 constexpr double tolerance = 1e-10;
 
 }  // namespace
@@ -31,8 +31,8 @@ bool UniquenessProof::columnPricesAreOptimal(const PricedAssignment& solved) {
     return optimal;
 }
 
-/// Gathers the moves of a row that leave nearly nothing.
-/// @return whether price and pairs of the row are as the relations demand
+/// Collects the moves of a row whose slack is within the margin.
+/// @return whether price and pairs of the row meet the optimality conditions
 bool UniquenessProof::inspectRow(const SparseCosts::Row& cells, const PricedAssignment& solved,
                                  std::size_t row) {
     const std::size_t leftOver = solved.u.size();
@@ -57,8 +57,8 @@ bool UniquenessProof::inspectRow(const SparseCosts::Row& cells, const PricedAssi
     return optimal;
 }
 
-/// Whether some closed chain consists of moves that leave nearly nothing: strikes out all rows that
-/// no move leads to, until none is left or only chains are.
+/// Whether the moves with a slack within the margin form a cycle: removes the rows that no move
+/// leads to (topological sorting) until none is left or only cycles are.
 bool UniquenessProof::hasTightCycle(const PricedAssignment& solved) {
     if (moves_.empty()) {
         return false;

@@ -10,8 +10,8 @@
 
 namespace Veskar {
 
-/// A solved assignment problem, of which only the pairs that are not forbidden are told: all other
-/// rows and columns are left over and share forbidden pairs.
+/// A solved assignment problem. Only pairs that are not forbidden are listed; all other rows and
+/// columns are left over, and forbidden pairs complete the assignment.
 struct PricedAssignment {
     static constexpr int none = -1;
 
@@ -22,13 +22,13 @@ struct PricedAssignment {
 };
 
 /// Proves that every other assignment is clearly worse, so that any solver has to find this one,
-/// whatever it does with ties.
+/// however it breaks ties.
 ///
 /// With prices u <= forbidden and v <= 0 such that u[i] + v[j] <= c[i][j], with equality on the
 /// assignment, u = forbidden for rows and v = 0 for columns that are left over, the cost of any
-/// other assignment exceeds that of this one by the sum of what it leaves between both sides of
-/// these relations (complementary slackness). Another assignment is a closed chain of moves; if
-/// none of the chains consists of moves that leave nearly nothing, all others are clearly worse.
+/// other assignment exceeds that of this one by the sum of its slacks, c[i][j] - u[i] - v[j]
+/// (complementary slackness). It differs from this one by cycles of moves; if each cycle has a move
+/// whose slack exceeds the margin below, all others are clearly worse.
 /// The proof does not depend on how prices and assignment were found.
 class UniquenessProof {
 public:
@@ -37,8 +37,8 @@ public:
     static constexpr double clearMargin = 1e-6;
 
     /// @param cost cost of a pair that is not forbidden
-    /// @return whether the proof can cope with it: clearly better than forbidden, and of a size at
-    ///         which the margin stands above the rounding
+    /// @return whether the proof covers it: clearly better than forbidden, and of a size at which
+    ///         the margin exceeds the rounding error
     static bool admits(double cost) {
         return cost >= -forbiddenCost && cost <= forbiddenCost - clearMargin;
     }
@@ -53,9 +53,9 @@ private:
     bool inspectRow(const SparseCosts::Row& cells, const PricedAssignment& solved, std::size_t row);
     bool hasTightCycle(const PricedAssignment& solved);
 
-    /// Moves that leave nearly nothing, row after row: a row goes to the column of the named row,
-    /// which has to move on. What is left over counts as one more row: rows leave the assignment,
-    /// and columns become free, through it.
+    /// Moves with a slack within the margin, row after row: a row takes the column of the named
+    /// row, which has to move in turn. All that is left over is one more node: through it rows
+    /// leave the assignment and columns become free.
     std::vector<std::size_t> moves_;
     std::vector<std::size_t> firstMove_;  ///< of each row in `moves_`
     std::vector<int> movesInto_;          ///< how many of `moves_` lead to each row

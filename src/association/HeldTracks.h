@@ -15,12 +15,12 @@ namespace Veskar {
 class HeldTracks {
 public:
     /// Forgets what is known.
-    /// @param systemTracks the system tracks; must outlive the questions and stay as they are
+    /// @param systemTracks the system tracks; must stay as they are until the last call of holds
     void start(const std::vector<std::shared_ptr<SystemTrack>>& systemTracks);
 
     /// @param track a sensor track
     /// @return whether a system track holds a track of that source and id
-    /// @throw std::out_of_range when, before one does, a system track has no map for the source
+    /// @throw std::out_of_range when a system track before that one has no map for the source
     bool holds(const Track& track);
 
 private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Greedy association: earlier sensor tracks choose first.
+// Greedy association, in the order of the sensor tracks.
 #pragma once
 
 #include <veskar/Config.h>

@@ -92,7 +92,7 @@ void SensorToSystem::inspectClasses() {
     }
 }
 
-/// Whether a row meets both, columns of its class group and others.
+/// Whether there are columns of a row's class group and others: without both none mismatches.
 bool SensorToSystem::mayFindMismatches(const Row& row) const {
     if (row.other == nullptr || row.otherClass.group == ClassTraits::noGroup) {
         return false;
@@ -175,7 +175,7 @@ bool SensorToSystem::hasMatch(const Row& row, const GateSide& side, const Sparse
     return match;
 }
 
-/// Visits the columns inside the gate that the row may not take: who is held still counts.
+/// Visits the columns inside the gate that the row may not take; the class rule asks for them too.
 template <typename Visit>
 void SensorToSystem::visitOthersInGate(const Row& row, const GateSide& side, bool agreeing,
                                        Visit visit) {

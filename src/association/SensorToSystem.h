@@ -28,7 +28,7 @@ public:
     using SystemTracks = std::vector<std::shared_ptr<SystemTrack>>;
     using SensorTracks = std::vector<std::shared_ptr<Track>>;
 
-    /// @param config says what may be shared and given up; must outlive this
+    /// @param config says what may be shared and what mismatches do; must outlive this
     /// @param gate the gate; must outlive this
     SensorToSystem(const Config::ModuleConfig& config, const Gate& gate)
         : config_(config), gate_(gate) {}
@@ -41,14 +41,14 @@ public:
     /// @throw std::out_of_range as TrackAssociator::isOccupied
     void start(const SystemTracks& systems, const SensorTracks& sensors, const Source& source);
 
-    /// Finds the pairs that may be assigned as far as sources, held tracks and gate have a say.
+    /// Finds the pairs that sources, held tracks and gate allow, whatever the classes.
     /// @param pairs receives them
     void findCandidates(SparseCosts& pairs);
     /// Finds the pairs that may be assigned.
     ///
     /// @param pairs receives them
     /// @param removedIds receives, with "removeClassMismatches", the ids of the sensor tracks that
-    ///                   were given up inside a gate
+    ///                   are mismatches
     void findAllowedPairs(SparseCosts& pairs, std::unordered_set<int>& removedIds);
 
     /// @return whether the classes agree or are not compared; known after findCandidates

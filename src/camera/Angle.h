@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Angles as people mount sensors, in degrees, for functions that take radians.
+// Mounting angles are given in degrees, functions take radians.
 #pragma once
 
 namespace Veskar {

@@ -73,7 +73,7 @@ std::string described(const WrittenValue& value) {
     }
 }
 
-/// @return how the same value is written with the wanted type; empty where nothing is the same
+/// @return how the same value is written with the wanted type; empty where that is not possible
 template <typename Value>
 std::string rewritten(const WrittenValue& value) {
     const Kind kind = value.kind();
@@ -180,7 +180,7 @@ private:
         }
     }
 
-    /// Looks for keys that nobody reads and for those that stand more than once.
+    /// Reports keys that are not known and keys that are repeated.
     void checkNames() {
         std::set<std::string> seen;
         for (const WrittenValue& value : section_.members) {

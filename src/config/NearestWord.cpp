@@ -31,7 +31,7 @@ std::string nearestWord(const std::string& word, const std::vector<std::string>&
     std::size_t least = mostEdits + 1;
     for (const std::string& candidate : words) {
         if (word.size() > candidate.size() + mostEdits) {
-            continue;  // no use to look through a text of any length
+            continue;  // certainly too far; spares comparing a long text
         }
         const std::size_t edits = editDistance(word, candidate);
         if (edits < least) {

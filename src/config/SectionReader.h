@@ -38,7 +38,7 @@ inline void readKey(const HumanAspectKeys& keys, const JsonNode& section, Module
     }
 }
 
-/// Reads the keys of a section in their order into a record that is zero before.
+/// Reads the keys of a section in their order into a zero-initialised record.
 ///
 /// @throw std::exception a plain one, when a key refuses its value; the reason is in the log. The
 ///        section around this one logs the plain exception in turn.

@@ -26,7 +26,7 @@ std::string reasonOf(const json_error_t& error) {
     return isComment ? "JSON has no comments: " + reason : reason;
 }
 
-/// Walks over a text that Jansson has accepted: what it expects stands there.
+/// Walks over a text that Jansson has accepted, so that its syntax needs no checks.
 class Walk {
 public:
     explicit Walk(std::string_view json) : rest_(json) {}

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A JSON text as it is written: lines, repeated keys and all, which Jansson's values do not tell.
+// A JSON text as it is written, with lines and repeated keys, which Jansson does not keep.
 #pragma once
 
 #include <stdexcept>
@@ -24,7 +24,7 @@ struct WrittenValue {
     const WrittenValue* find(const std::string& name) const;
 };
 
-/// A text that is no JSON.
+/// A text that is not valid JSON.
 class JsonSyntaxError : public std::runtime_error {
 public:
     JsonSyntaxError(int where, const std::string& reason)

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// Keeps exceptions away from frames that were not made for them.
+// Keeps exceptions from crossing C code.
 #pragma once
 
 namespace Veskar {
 
-/// Runs what a C library, or a host that expects no exception, calls.
+/// Runs the body of a function that must not throw, such as a callback of a C library.
 ///
-/// @param failed the answer when the call throws
-/// @param call without parameters; what it could not do is left out
+/// @param failed the answer when the body throws
+/// @param call the body
 /// @return its answer
 template <typename Answer, typename Call>
 Answer guarded(Answer failed, Call call) noexcept {

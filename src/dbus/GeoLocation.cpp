@@ -223,7 +223,7 @@ void GeoLocation::validatePosition(::Dbus::GeoLocation::Position& position) {
 namespace Dbus::GeoLocation {
 
 Position getPosition(double range, double azimuth) {
-    // Out of memory or of locks: as without a service.
+    // Without memory or locks the answer is that of a missing service.
     return Veskar::guarded(
         Position{}, [&] { return Impl::GeoLocation::instance().getPosition(range, azimuth); });
 }

@@ -14,8 +14,8 @@ namespace {
 
 constexpr Impl::PropertyClient::Service service{"com.nolt.Radar1", "/com/nolt/Radar1"};
 
-/// Names beyond these are left out: a radar has a few, and one that makes up ever new ones must not
-/// fill the memory.
+/// The most names that are kept: a radar has a few, and one that invents new ones without end must
+/// not fill the memory.
 constexpr std::size_t mostFailures = 1000;
 
 /// Enters a property's variant. A radar that publishes another type breaks the contract, and going
@@ -141,7 +141,7 @@ int RadarStatus::parseFailure(sd_bus_message* message) {
             if (r < 0) {
                 return r;
             }
-            // Without the lock: getters read too, and nobody else writes.
+            // Read without the lock: only this thread writes.
             const bool isKnown = failure_.count(name) > 0 || reported.count(name) > 0;
             if (isKnown || failure_.size() + added < mostFailures) {
                 added += isKnown ? 0 : 1;

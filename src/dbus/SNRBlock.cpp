@@ -114,7 +114,7 @@ double SNRBlock::computeBboxSNR(const Eigen::Vector4d& box) const {
         const auto overlap =
             static_cast<double>(horizontal.overlap(blockX_[i]) * vertical.overlap(blockY_[i]));
         if (overlap == 0.0) {
-            continue;  // what is not finite elsewhere does not matter
+            continue;  // its value need not even be finite
         }
         area += overlap;
         weighted += overlap * snr_[i];

@@ -14,8 +14,8 @@ std::uint64_t microseconds(std::chrono::steady_clock::duration duration) {
         std::chrono::duration_cast<std::chrono::microseconds>(duration).count());
 }
 
-/// Waits until the bus has let a new connection in. The first call would do the same, for as long
-/// as a bus that hangs takes.
+/// Waits until the bus has accepted a new connection. The first call would do the same, but without
+/// a limit when the bus hangs.
 int awaitReady(sd_bus* bus) {
     const auto begin = WaitBudget::Clock::now();
     auto now = begin;
@@ -55,7 +55,7 @@ int limitCalls(sd_bus* bus, std::chrono::steady_clock::duration limit) {
 }
 
 void discardPending(sd_bus* bus) {
-    // Not without end: somebody might send faster than this can read.
+    // Bounded, because a peer might send faster than this reads.
     constexpr int most = 1000;
     for (int i = 0; i < most && sd_bus_process(bus, nullptr) > 0; ++i) {
     }

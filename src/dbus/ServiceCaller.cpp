@@ -14,7 +14,7 @@ namespace {
 constexpr std::chrono::seconds rest(10);
 /// With less time left no answer can be expected, and no call is made.
 constexpr std::chrono::milliseconds leastLimit(10);
-/// Only a service that had as much time is called silent.
+/// A service that had less time does not count as silent.
 constexpr std::chrono::milliseconds fairLimit(100);
 
 }  // namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Keeps a service that does not answer from holding its callers again and again.
+// Keeps a service that does not answer from blocking its callers again and again.
 #pragma once
 
 #include <chrono>
@@ -13,9 +13,9 @@ namespace Veskar::SdBus {
 /// Makes the synchronous calls of one client to one service.
 ///
 /// A circuit breaker: after a call that ran into its limit the service is not asked for 10 s.
-/// Errors that come at once hold nobody, and the next call is made as ever. The limit is
-/// callTimeout, or what is left of the thread's WaitBudget; below 100 ms it says nothing about the
-/// service. Not thread-safe.
+/// Errors that come at once block nobody, and the next call is made as usual. The limit is
+/// callTimeout, or what is left of the thread's WaitBudget; running into one below 100 ms says
+/// nothing about the service. Not thread-safe.
 class ServiceCaller {
 public:
     using SteadyClock = std::function<std::chrono::steady_clock::time_point()>;
@@ -29,8 +29,8 @@ public:
     /// @param bus the connection of the call; without one the call fails by itself
     /// @return the call's code; nothing when it was not made
     std::optional<int> ask(sd_bus* bus, const Call& call);
-    /// Makes a call of a client's set-up: on the budget too, but with the whole limit whatever else
-    /// the thread has waited for, because a client that could not be set up is lost for good.
+    /// Makes a call of a client's set-up. It counts in the budget too, but always has the whole
+    /// limit, because a client that could not be set up is never set up again.
     /// @param bus as above
     /// @return as above
     std::optional<int> askPatiently(sd_bus* bus, const Call& call);

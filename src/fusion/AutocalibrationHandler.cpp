@@ -66,7 +66,7 @@ void AutocalibrationHandler::handleSystemTrack(
         return;
     }
     const double age = systemTrack.time - systemTrack.systemStartTime;
-    if (!(age >= limits.autocalibrationAgeLimit)) {  // nor when it is not a number
+    if (!(age >= limits.autocalibrationAgeLimit)) {  // also refuses NaN
         return;
     }
     if (systemTrack.hasCoastingTracks(Source::Radar) ||

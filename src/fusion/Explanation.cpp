@@ -39,8 +39,8 @@ ClassVerdict classesOf(const SystemTrack& systemTrack, const Track& track) {
 
 }  // namespace
 
-/// The gate measures nothing where a class is not supported; what the figures would have been is
-/// told all the same.
+/// The gate measures nothing where a class is not supported; an observer gets the figures all the
+/// same.
 FusionObserver::Gate Explanation::told(const Gate::Outcome& outcome, const Track& a,
                                        const Track& b) const {
     const bool isMeasured = outcome.verdict != Gate::Verdict::ClassNotSupported;

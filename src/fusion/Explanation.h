@@ -17,9 +17,9 @@
 
 namespace Veskar {
 
-/// Puts the outcomes of the gate and of the class rule into words. The association keeps only the
-/// costs of the pairs that may be assigned, so an observer costs it nothing; what it compares is
-/// told here.
+/// Reports the outcomes of the gate and of the class rule. The association keeps only the costs of
+/// the pairs that may be assigned and spends nothing on observers; which pairs it has compared, and
+/// how they came out, is found here.
 class Explanation {
 public:
     using Tracks = std::vector<std::shared_ptr<Track>>;
@@ -38,7 +38,7 @@ public:
     void continuation(FusionObserver& observer, const SystemTrack& systemTrack, const Track& report,
                       const Gate::Outcome& outcome, bool refused) const;
 
-    /// Tells of every pair that the assignment may choose from, and of those that it may not.
+    /// Reports every pair that the assignment may choose, and those that it may not.
     ///
     /// @param observer is told
     /// @param tracks the frame's sensor tracks
@@ -53,7 +53,7 @@ public:
     void mergeCandidates(FusionObserver& observer, const SystemTracks& systemTracks,
                          const std::unordered_set<int>& excludedIds);
 
-    /// Prunes a system track and tells what has left it.
+    /// Prunes a system track and reports what has left it.
     ///
     /// @param observer is told
     /// @param systemTrack pruned
@@ -82,7 +82,7 @@ private:
     std::vector<OpenTrack> openTracks_;
     SensorToSystem problem_;
     SparseCosts allowedPairs_;
-    std::unordered_set<int> mismatches_;  ///< a by-product of the problem, which tells itself later
+    std::unordered_set<int> mismatches_;  ///< found along with the pairs, not told
     std::vector<SingleSensor> singles_;
     std::vector<FusionObserver::Pruning> held_;
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Which frames are fused and when, and what of them stays outside.
+// Which frames are fused and when, and which reports are left out.
 #include <veskar/FusionModule.h>
 
 #include "fusion/FusionModuleState.h"
@@ -30,7 +30,7 @@ double toSeconds(std::chrono::nanoseconds time) {
     return static_cast<double>(whole.count()) / 1e6;
 }
 
-/// What a frame's reports are like.
+/// The faults of a frame's reports.
 struct Inspection {
     int notFinite = 0;
     int cannotBeFused = 0;
@@ -96,7 +96,7 @@ void FusionModule::cycle(Source source, double timestamp, const Tracks& tracks) 
     }
 }
 
-/// Keeps a frame far from the others in time until the next one tells what it is worth.
+/// Holds back a frame far from the others in time until the next one confirms or contradicts it.
 void FusionModule::admit(Source source, double timestamp, const Tracks& tracks, double now) {
     const auto previous = std::exchange(arrivals_->heldBack, std::nullopt);
     const TimeBase::Verdict verdict = arrivals_->timeBase.judge(timestamp);
@@ -125,7 +125,7 @@ void FusionModule::deliver(Source source, double timestamp, const Tracks& tracks
     last->second = timestamp;
 
     if (source == Source::VideoObject) {
-        // No step of the frame reads it, and video time goes on when the frame fails.
+        // First, so that video time also advances when the frame fails; no step of it reads this.
         lastVideoTimestamp_ = timestamp;
         cycleFrame(Source::VideoObject, timestamp, tracks);
     } else {
@@ -153,7 +153,7 @@ void FusionModule::fuseOldestRadarFrame() {
     cycleFrame(Source::Radar, frame.timestamp, frame.tracks);
 }
 
-/// Looks at what the drain has left: those frames wait for a time that may never come.
+/// Looks at the frames that still wait: video time may never reach them.
 void FusionModule::watchRadarQueue(double now) {
     if (radarFrameQueue_.size() > longestQueue) {
         radarFrameQueue_.pop_front();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How system tracks are born, confirmed, merged and deleted.
+// How system tracks are started, confirmed, merged and deleted.
 #include <veskar/FusionModule.h>
 
 #include "fusion/FusionModuleState.h"
@@ -45,7 +45,7 @@ void tellDeletions(FusionObserver& observer,
 
 }  // namespace
 
-/// Does what initialize would do for each track, but looks once for all at what is held.
+/// Does what initialize would do for each track, but walks over the held tracks once only.
 void FusionModule::startSystemTracks(const std::vector<std::shared_ptr<Track>>& tracks) {
     HeldTracks& heldTracks = workspace_->heldTracks;
     heldTracks.start(systemTracks);

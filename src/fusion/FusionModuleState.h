@@ -22,7 +22,7 @@ namespace Veskar {
 
 /// What FusionModule::cycle remembers of the frames that have arrived.
 struct FusionModule::Arrivals {
-    /// A frame that waits for the next one to tell what it is worth.
+    /// A frame that is held back until the next one confirms or contradicts its time stamp.
     struct Frame {
         Source source;
         double timestamp;  ///< seconds
@@ -47,10 +47,10 @@ struct FusionModule::Workspace {
     Gate gate;
     Explanation explanation;
     ReportIndex reports;                          ///< the frame's sensor tracks
-    std::vector<int> refusedSensorTracks;         ///< ids that one system track shall let go
+    std::vector<int> refusedSensorTracks;         ///< ids that leave the system track at hand
     std::unordered_set<int> refusedSystemTracks;  ///< ids of those with a report outside the gate
-    std::vector<const SystemTrack*> mergedAway;   ///< what this frame has folded into others
-    std::vector<const SystemTrack*> marked;       ///< what this frame has supported
+    std::vector<const SystemTrack*> mergedAway;   ///< system tracks merged into others
+    std::vector<const SystemTrack*> marked;       ///< system tracks that the frame supports
     HeldTracks heldTracks;                        ///< sensor tracks that system tracks hold
     IdSet startedIds;                             ///< sensor tracks that may have started one
     IdSet sharedRadarIds;                         ///< radar tracks of the fused system tracks

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How a frame's sensor tracks come into the system tracks.
+// How a frame's sensor tracks update the system tracks.
 #include <veskar/FusionModule.h>
 
 #include "fusion/FusionModuleState.h"
@@ -19,7 +19,7 @@ const T& elementAt(const std::vector<T>& elements, int index) {
     return elements[static_cast<std::size_t>(index)];
 }
 
-/// The gain of a frame that brings nothing for a system track with coasting tracks of its source.
+/// The gain of a frame without a report for a system track with coasting tracks of its source.
 double gainOfMiss(const Config::GainNegative& gains, Source source) {
     switch (source) {
         case Source::VideoObject:
@@ -61,8 +61,8 @@ void FusionModule::continueTracks(Source source,
     }
 }
 
-/// Only a system track backed by radar and video can do without one of them, so only there does the
-/// gate cut. A refused report still counts before its sensor track leaves.
+/// Only a system track that radar and video support can do without one of them, so only there does
+/// the gate refuse reports. A refused report is still fused before its sensor track leaves.
 void FusionModule::continueSystemTrack(SystemTrack& systemTrack, Source source) {
     const bool mayRefuse = isFused(systemTrack);
     std::vector<int>& refused = workspace_->refusedSensorTracks;
@@ -161,7 +161,7 @@ void FusionModule::associateTracks(Source source,
     }
 }
 
-/// A gain of 1 changes nothing but lets the last posteriors run through the probability's history.
+/// A gain of 1 keeps the mean and adds it to the probability's history.
 void FusionModule::stepUnmarked(Source source) {
     std::vector<const SystemTrack*>& marked = workspace_->marked;
     std::sort(marked.begin(), marked.end(), std::less<>());

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Keeps a cause from filling the system log.
+// Limits how often one cause is logged.
 #pragma once
 
 #include <optional>

@@ -34,7 +34,7 @@ bool isSymmetric(const StateMatrix& P, const StateVector& variances) {
     for (int j = 1; j < size; ++j) {
         for (int i = 0; i < j; ++i) {
             const double difference = P(i, j) - P(j, i);
-            // Squared, or it would take a root. Nearly always there is no difference at all.
+            // Squared to spare the root. Nearly always there is no difference at all.
             if (difference != 0.0 &&
                 !(difference * difference <= asymmetry * asymmetry * variances[i] * variances[j])) {
                 return false;
@@ -82,7 +82,7 @@ bool isPositiveDefinite(const StateMatrix& P) {
            allPivotsAbove(P, smallestPivot * variances, std::make_integer_sequence<int, size>());
 }
 
-/// Only a report that fails is asked what is not finite: no sane covariance has such an element.
+/// Looks for values that are not finite only after the cheaper checks of validity have failed.
 ReportFault faultOf(const Track& report, double timestamp) {
     const bool isFit = std::abs(report.time - timestamp) <= farthestTime &&
                        report.coastingTime >= 0.0 && report.probability >= 0.0 &&

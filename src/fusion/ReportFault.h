@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a report may have that would harm the fusion for good.
+// Faults of a report that would damage the fusion permanently.
 #pragma once
 
 #include <veskar/Track.h>
 
 namespace Veskar {
 
-/// Why a report must stay outside.
+/// Why a report is left out.
 enum class ReportFault {
     None,
     NotFinite,     ///< a number that the fusion computes with is not finite
-    CannotBeFused  ///< they are finite but no estimate: time, gain, coasting time or covariance
+    CannotBeFused  ///< time, gain, coasting time or covariance is finite but not valid
 };
 
 /// @param P a covariance

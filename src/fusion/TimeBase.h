@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Tells a frame that is stamped wrongly from clocks that count anew.
+// Tells a wrong time stamp from a new time base.
 #pragma once
 
 #include <optional>
@@ -8,8 +8,8 @@ namespace Veskar {
 
 /// Judges the time stamps of arriving frames, all sources alike.
 ///
-/// One stamp far from the others is a fault: predicting to it and back would cost every estimate
-/// its digits. Two in a row that agree with each other are a new time base.
+/// One stamp far from the others is a fault: predicting to it and back would lose the precision of
+/// every estimate. Two in a row that agree with each other are a new time base.
 class TimeBase {
 public:
     /// What to do with a frame.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What association needs to know of a track's class, found with one look-up.
+// What association needs to know of a track's class, in one look-up.
 #pragma once
 
 #include <veskar/Track.h>
@@ -8,7 +8,7 @@
 
 namespace Veskar {
 
-/// A class as association sees it. Comparing group numbers is comparing group names.
+/// What association knows of a class. Groups are numbered, so that comparing them is cheap.
 struct ClassTraits {
     static constexpr int noGroup = -1;
 

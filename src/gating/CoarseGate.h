@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Tells pairs that certainly lie outside a statistical gate, at the price of a few products.
+// Rejects pairs that certainly lie outside a statistical gate with a few multiplications.
 #pragma once
 
 #include <veskar/Track.h>

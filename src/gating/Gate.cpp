@@ -67,7 +67,7 @@ Gate::Outcome Gate::measure(const Track& system, const Track& sensor) const {
     return outcome;
 }
 
-/// Written so that a distance or similarity that is not a number passes nowhere.
+/// Every comparison is written so that NaN does not pass.
 Gate::Verdict Gate::judge(const Outcome& measured, const GateFacts& system,
                           const GateFacts& sensor) const {
     if (!(measured.distance < distanceLimit_)) {

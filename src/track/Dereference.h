@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What happens to a null track.
+// Null tracks stop the process.
 #pragma once
 
 #include <memory>
@@ -13,8 +13,8 @@ namespace Veskar {
 /// The object behind a pointer that must not be null. A null one, handed in by the host, stops the
 /// process.
 ///
-/// That is the doing of the standard library's assertions, which operator* has and operator-> has
-/// not: what a shared pointer of the library's interface leads to is reached through here only.
+/// The standard library asserts that for operator*, but not for operator->. Code that follows a
+/// shared pointer of the interface uses this function, never operator->.
 template <typename T>
 T& dereference(const std::shared_ptr<T>& pointer) {
     return *pointer;

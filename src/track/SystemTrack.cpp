@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The sensor tracks behind a system track: who is held, who coasts, who has to leave.
+// The sensor tracks behind a system track: which are held, coast and leave.
 #include <veskar/SystemTrack.h>
 
 #include "track/Support.h"
@@ -11,7 +11,7 @@
 namespace Veskar {
 namespace {
 
-/// Seconds after which a sensor track that its sensor no longer updates is let go.
+/// Seconds after which a sensor track without a report leaves.
 constexpr double coastingLimit = 0.5;
 
 /// Takes a sensor track out of the estimate and erases it.

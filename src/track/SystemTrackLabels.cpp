@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a system track believes: its existence, its confidence and its labels.
+// A system track's probability of existence, its confidence and its labels.
 #include <veskar/SystemTrack.h>
 #include <veskar/Vocabulary.h>
 

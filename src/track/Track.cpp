@@ -103,7 +103,7 @@ void Track::predict(double t) {
     if (std::isfinite(state.sum() + covariance.sum())) {
         predictFinite(state, covariance, dt);
     } else {
-        // What is not finite spreads through the zeros of F, too.
+        // Zero times NaN or infinity is NaN: here the zeros of F count.
         const StateMatrix F = constantVelocity(dt);
         state = F * state;
         covariance = F * covariance * F.transpose();
