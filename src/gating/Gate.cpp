@@ -44,41 +44,6 @@ GateFacts Gate::factsOf(const Track& track, const ClassTraits& traits) const {
     return facts;
 }
 
-Gate::Outcome Gate::evaluate(const GateFacts& system, const GateFacts& sensor) const {
-    Outcome outcome;
-    if (system.supported && sensor.supported) {
-        outcome = measure(*system.track, *sensor.track);
-        outcome.verdict = judge(outcome, system, sensor);
-    }
-    return outcome;
-}
-
-Gate::Outcome Gate::measure(const Track& system, const Track& sensor) const {
-    Outcome outcome;
-    if (split_) {
-        outcome.distance = system.positionStatisticalDistance(sensor);
-        const auto [moving, similarity] =
-            system.velocitySimilarity(sensor, velocityMinGatingLimit_);
-        outcome.moving = moving;
-        outcome.similarity = similarity;
-    } else {
-        outcome.distance = system.statisticalDistance(sensor);
-    }
-    return outcome;
-}
-
-/// Every comparison is written so that NaN does not pass.
-Gate::Verdict Gate::judge(const Outcome& measured, const GateFacts& system,
-                          const GateFacts& sensor) const {
-    if (!(measured.distance < distanceLimit_)) {
-        return Verdict::TooFar;
-    }
-    if (measured.moving && !(measured.similarity > velocityGatingSimilarity_)) {
-        return Verdict::VelocityDiffers;
-    }
-    return isBlockedAsStationary(system, sensor) ? Verdict::StandsStill : Verdict::Passed;
-}
-
 std::optional<double> Gate::costInside(const GateSide& system, const GateSide& sensor) const {
     if (CoarseGate::areFar(system.marginals, sensor.marginals)) {
         return std::nullopt;
