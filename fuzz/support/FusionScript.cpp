@@ -191,13 +191,13 @@ Track usualReport(Veskar::Source source, int id, double time) {
 }
 
 void ScriptedModule::cycle(const Call& call) {
-    now = call.now;
+    now_ = call.now;
     std::vector<std::shared_ptr<Track>> tracks;
     tracks.reserve(call.tracks.size());
     for (const Track& track : call.tracks) {
         tracks.push_back(std::make_shared<Track>(track));
     }
-    module.cycle(call.source, call.timestamp, tracks);
+    module_.cycle(call.source, call.timestamp, tracks);
 }
 
 }  // namespace VeskarFuzz

@@ -54,15 +54,15 @@ void spoil(Veskar::Track& track, FuzzedDataProvider& bytes);
 class ScriptedModule {
 public:
     explicit ScriptedModule(const Veskar::Config& config)
-        : module(config, [this] { return now; }) {}
+        : module_(config, [this] { return now_; }) {}
 
     /// Makes a call with copies of its tracks, which the fusion moves later on.
     void cycle(const Call& call);
-    Veskar::FusionModule& fusion() { return module; }
+    Veskar::FusionModule& fusion() { return module_; }
 
 private:
-    std::chrono::nanoseconds now{};
-    Veskar::FusionModule module;
+    std::chrono::nanoseconds now_{};
+    Veskar::FusionModule module_;
 };
 
 }  // namespace VeskarFuzz

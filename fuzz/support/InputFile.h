@@ -18,11 +18,11 @@ public:
     InputFile& operator=(const InputFile&) = delete;
 
     /// @return a path under which this process can open it, any number of times
-    const std::string& path() const { return name; }
+    const std::string& path() const { return name_; }
 
 private:
-    int descriptor;
-    std::string name;
+    int descriptor_;
+    std::string name_;
 };
 
 /// @param data bytes

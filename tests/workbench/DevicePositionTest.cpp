@@ -28,26 +28,26 @@ const FakeService::Member propertiesChanged{"/com/nolt/GeoLocation1",
 /// process, so one test alone may make it.
 class Device {
 public:
-    Device() : service("com.nolt.GeoLocation1") {
-        service.answer(getAll, dictionary({truth("valid_pos", true)}));
-        loop.asThreadDefault([] { Dbus::GeoLocation::getPosition(0.0, 0.0); });
+    Device() : service_("com.nolt.GeoLocation1") {
+        service_.answer(getAll, dictionary({truth("valid_pos", true)}));
+        loop_.asThreadDefault([] { Dbus::GeoLocation::getPosition(0.0, 0.0); });
     }
 
     void place(const Site& site) {
-        service.emit(propertiesChanged,
-                     changed("com.nolt.GeoLocation1", {number("latitude", site.latitude),
-                                                       number("longitude", site.longitude),
-                                                       number("heading", site.heading)}));
-        ASSERT_TRUE(loop.iterateUntil([&] {
+        service_.emit(propertiesChanged,
+                      changed("com.nolt.GeoLocation1", {number("latitude", site.latitude),
+                                                        number("longitude", site.longitude),
+                                                        number("heading", site.heading)}));
+        ASSERT_TRUE(loop_.iterateUntil([&] {
             const Position here = Dbus::GeoLocation::getPosition(0.0, 0.0);
             return here.latitude == site.latitude && here.longitude == site.longitude;
         }));
     }
 
 private:
-    PrivateBus bus;
-    FakeService service;
-    MainLoop loop;
+    PrivateBus bus_;
+    FakeService service_;
+    MainLoop loop_;
 };
 
 /// A radar's target as the adapter hands it to the fusion, from a report in the radar's own frame.

@@ -88,46 +88,46 @@ Outcome veskar(std::vector<std::string> arguments, const std::string& input) {
 }
 
 Pipe::Pipe() {
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+    if (::pipe2(ends_.data(), O_CLOEXEC) != 0) {
         throw std::runtime_error("cannot make a pipe");
     }
 }
 
 Pipe::~Pipe() {
-    ::close(ends[0]);
+    ::close(ends_[0]);
     end();
 }
 
 void Pipe::end() {
-    if (ends[1] >= 0) {
-        ::close(ends[1]);
-        ends[1] = -1;
+    if (ends_[1] >= 0) {
+        ::close(ends_[1]);
+        ends_[1] = -1;
     }
 }
 
 void Pipe::put(const std::string& text) const {
-    if (::write(ends[1], text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+    if (::write(ends_[1], text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
         throw std::runtime_error("cannot fill a pipe");
     }
 }
 
 void Pipe::fill() const {
     const std::string page(4096, 'x');
-    ::fcntl(ends[1], F_SETPIPE_SZ, page.size());
-    ::fcntl(ends[1], F_SETFL, O_NONBLOCK);
-    while (::write(ends[1], page.data(), page.size()) > 0) {
+    ::fcntl(ends_[1], F_SETPIPE_SZ, page.size());
+    ::fcntl(ends_[1], F_SETFL, O_NONBLOCK);
+    while (::write(ends_[1], page.data(), page.size()) > 0) {
     }
-    ::fcntl(ends[1], F_SETFL, 0);
+    ::fcntl(ends_[1], F_SETFL, 0);
 }
 
 RunningProgram::RunningProgram(std::vector<std::string> arguments, const Streams& streams,
                                int ignored) {
     arguments.insert(arguments.begin(), VESKAR_PROGRAM);
-    const std::string out = directory / "out";
-    const std::string err = directory / "err";
+    const std::string out = directory_ / "out";
+    const std::string err = directory_ / "err";
     const std::vector<char*> pointers = pointersTo(arguments);
-    child = ::fork();
-    if (child == 0) {
+    child_ = ::fork();
+    if (child_ == 0) {
         // Whoever runs the tests may ignore signals itself, and wants no core dumps.
         for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
             ::signal(signal, signal == ignored ? SIG_IGN : SIG_DFL);
@@ -152,20 +152,20 @@ RunningProgram::RunningProgram(std::vector<std::string> arguments, const Streams
         ::execvp(pointers[0], pointers.data());
         ::_exit(127);
     }
-    if (child < 0) {
+    if (child_ < 0) {
         throw std::runtime_error("cannot run " + arguments.front());
     }
 }
 
 RunningProgram::~RunningProgram() {
-    if (child > 0) {
-        ::kill(child, SIGKILL);
-        ::waitpid(child, nullptr, 0);
+    if (child_ > 0) {
+        ::kill(child_, SIGKILL);
+        ::waitpid(child_, nullptr, 0);
     }
 }
 
 bool RunningProgram::listens() const {
-    const std::string status = slurp("/proc/" + std::to_string(child) + "/status");
+    const std::string status = slurp("/proc/" + std::to_string(child_) + "/status");
     const std::string caught = "SigCgt:\t";
     const std::size_t place = status.find(caught);
     if (place == std::string::npos) {
@@ -183,12 +183,12 @@ void RunningProgram::await(const std::function<bool()>& condition) const {
 }
 
 void RunningProgram::awaitOutput() const {
-    await([this] { return !slurp(directory / "out").empty(); });
+    await([this] { return !slurp(directory_ / "out").empty(); });
 }
 
 void RunningProgram::awaitIdle() const {
     await([this] { return listens(); });
-    const std::string path = "/proc/" + std::to_string(child) + "/stat";
+    const std::string path = "/proc/" + std::to_string(child_) + "/stat";
     const auto isIdle = [&] {
         const std::string text = slurp(path);
         const std::size_t place = text.rfind(')');
@@ -198,18 +198,18 @@ void RunningProgram::awaitIdle() const {
 }
 
 void RunningProgram::send(int signal) const {
-    ::kill(child, signal);
+    ::kill(child_, signal);
 }
 
 Outcome RunningProgram::finish() {
     int status = 0;
-    const auto hasEnded = [&] { return ::waitpid(child, &status, WNOHANG) == child; };
+    const auto hasEnded = [&] { return ::waitpid(child_, &status, WNOHANG) == child_; };
     if (!becomesTrue(hasEnded, std::chrono::seconds(60))) {
-        ::kill(child, SIGKILL);
-        ::waitpid(child, &status, 0);
+        ::kill(child_, SIGKILL);
+        ::waitpid(child_, &status, 0);
     }
-    child = -1;
-    return {exitStatus(status), slurp(directory / "out"), slurp(directory / "err")};
+    child_ = -1;
+    return {exitStatus(status), slurp(directory_ / "out"), slurp(directory_ / "err")};
 }
 
 std::string dataFile(const std::string& name) {
@@ -229,19 +229,19 @@ void spill(const std::string& path, const std::string& text) {
 
 TemporaryDirectory::TemporaryDirectory() {
     const char* base = std::getenv("TMPDIR");
-    path = std::string(base != nullptr ? base : "/tmp") + "/veskar-test-XXXXXX";
-    if (::mkdtemp(path.data()) == nullptr) {
+    path_ = std::string(base != nullptr ? base : "/tmp") + "/veskar-test-XXXXXX";
+    if (::mkdtemp(path_.data()) == nullptr) {
         throw std::runtime_error("cannot create a directory");
     }
 }
 
 TemporaryDirectory::~TemporaryDirectory() {
-    std::filesystem::remove_all(path);
+    std::filesystem::remove_all(path_);
 }
 
 std::vector<std::string> TemporaryDirectory::names() const {
     std::vector<std::string> found;
-    for (const auto& entry : std::filesystem::directory_iterator(path)) {
+    for (const auto& entry : std::filesystem::directory_iterator(path_)) {
         found.push_back(entry.path().filename());
     }
     std::sort(found.begin(), found.end());

@@ -38,12 +38,12 @@ public:
 
     /// @param name a file name
     /// @return its path in the directory
-    std::string operator/(const std::string& name) const { return path + "/" + name; }
+    std::string operator/(const std::string& name) const { return path_ + "/" + name; }
     /// @return names of all files in it, sorted
     std::vector<std::string> names() const;
 
 private:
-    std::string path;
+    std::string path_;
 };
 
 /// A pipe with both ends in the hands of the test. Its ends are not inherited by accident.
@@ -54,8 +54,8 @@ public:
     Pipe(const Pipe&) = delete;
     Pipe& operator=(const Pipe&) = delete;
 
-    int readingEnd() const { return ends[0]; }
-    int writingEnd() const { return ends[1]; }
+    int readingEnd() const { return ends_[0]; }
+    int writingEnd() const { return ends_[1]; }
     /// @param text what a reader finds, at most what a pipe holds
     void put(const std::string& text) const;
     /// Leaves no room for a single byte more.
@@ -64,7 +64,7 @@ public:
     void end();
 
 private:
-    std::array<int, 2> ends{-1, -1};
+    std::array<int, 2> ends_{-1, -1};
 };
 
 /// The veskar program, running beside the test.
@@ -101,8 +101,8 @@ public:
 private:
     bool listens() const;
 
-    TemporaryDirectory directory;
-    pid_t child = -1;
+    TemporaryDirectory directory_;
+    pid_t child_ = -1;
 };
 
 /// @param name a file in tests/workbench/data

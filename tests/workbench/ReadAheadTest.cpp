@@ -23,22 +23,22 @@ std::string textOf(const Workbench::RecordingLine& line) {
 // A pipe with a name that never ends, since its writer stays.
 class SilentPipe {
 public:
-    explicit SilentPipe(const std::string& text) : path(directory / "pipe") {
+    explicit SilentPipe(const std::string& text) : path(directory_ / "pipe") {
         if (::mkfifo(path.c_str(), 0600) != 0) {
             throw std::runtime_error("cannot make a pipe");
         }
-        descriptor = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
-        if (::write(descriptor, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+        descriptor_ = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+        if (::write(descriptor_, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
             throw std::runtime_error("cannot fill the pipe");
         }
     }
-    ~SilentPipe() { ::close(descriptor); }
+    ~SilentPipe() { ::close(descriptor_); }
     SilentPipe(const SilentPipe&) = delete;
     SilentPipe& operator=(const SilentPipe&) = delete;
 
 private:
-    VeskarTest::TemporaryDirectory directory;
-    int descriptor = -1;
+    VeskarTest::TemporaryDirectory directory_;
+    int descriptor_ = -1;
 
 public:
     const std::string path;

@@ -42,13 +42,13 @@ Veskar::StateVector floorFor(const Veskar::Camera& camera, const AdapterParamete
 }  // namespace
 
 HostAdapter::HostAdapter(const RecordingHeader& header, const Veskar::Config& config,
-                         const AdapterParameters& givenParameters)
-    : parameters(givenParameters),
-      camera(header.camera.build()),
-      video(camera.camera(), config.inputs.video, givenParameters),
-      radar(header.radar, givenParameters),
-      place(header.site),
-      radarFloor(floorFor(camera.camera(), givenParameters)) {}
+                         const AdapterParameters& parameters)
+    : parameters_(parameters),
+      camera_(header.camera.build()),
+      video_(camera_.camera(), config.inputs.video, parameters),
+      radar_(header.radar, parameters),
+      place_(header.site),
+      radarFloor_(floorFor(camera_.camera(), parameters)) {}
 
 std::vector<std::shared_ptr<Veskar::Track>> HostAdapter::convert(const SensorFrame& frame,
                                                                  double uptime,
@@ -60,7 +60,7 @@ std::vector<std::shared_ptr<Veskar::Track>> HostAdapter::convert(const SensorFra
         auto track = std::visit([&](const auto& form) { return convert(form, when); }, report);
         const ReportBase& base = baseOf(report);
         const bool isPredicted = ahead > 0.0;
-        track->probability = isPredicted ? parameters.predictedGain : gainOf(base, frame.source);
+        track->probability = isPredicted ? parameters_.predictedGain : gainOf(base, frame.source);
         track->coastingTime = isPredicted ? 0.0 : base.coasting;
         tracks.push_back(std::move(track));
     }
@@ -69,12 +69,12 @@ std::vector<std::shared_ptr<Veskar::Track>> HostAdapter::convert(const SensorFra
 
 double HostAdapter::gainOf(const ReportBase& report, Veskar::Source source) const {
     if (report.coasting > 0.0) {
-        return parameters.coastingGain;
+        return parameters_.coastingGain;
     }
     if (!report.confirmed) {
-        return parameters.tentativeGain;
+        return parameters_.tentativeGain;
     }
-    return source == Veskar::Radar ? parameters.radarGain : parameters.videoGain;
+    return source == Veskar::Radar ? parameters_.radarGain : parameters_.videoGain;
 }
 
 std::shared_ptr<Veskar::Track> HostAdapter::convert(const VideoReport& report,
@@ -85,7 +85,7 @@ std::shared_ptr<Veskar::Track> HostAdapter::convert(const VideoReport& report,
         box = {box.left + shift[0], box.bottom + shift[1], box.right + shift[0],
                box.top + shift[1]};
     }
-    auto track = makeTrack(video.estimate(box, report.velocity), when.time, report, when.source,
+    auto track = makeTrack(video_.estimate(box, report.velocity), when.time, report, when.source,
                            report.labels);
     track->boundingBox = libraryBox(box);
     return track;
@@ -93,13 +93,13 @@ std::shared_ptr<Veskar::Track> HostAdapter::convert(const VideoReport& report,
 
 std::shared_ptr<Veskar::Track> HostAdapter::convert(const RadarReport& report,
                                                     const Moment& when) const {
-    GroundEstimate ground = radar.estimate(report);
+    GroundEstimate ground = radar_.estimate(report);
     if (when.ahead > 0.0) {
-        ground = ground.predicted(when.ahead, parameters.predictedAccelerationStd);
+        ground = ground.predicted(when.ahead, parameters_.predictedAccelerationStd);
     }
-    FusionEstimate estimate = toFusion(camera, ground);
-    const double lag = parameters.rangeStdPerRate * estimate.state[5];
-    estimate.covariance.diagonal() += radarFloor;
+    FusionEstimate estimate = toFusion(camera_, ground);
+    const double lag = parameters_.rangeStdPerRate * estimate.state[5];
+    estimate.covariance.diagonal() += radarFloor_;
     estimate.covariance(4, 4) += lag * lag;
 
     const Eigen::Vector2d velocity = ground.state.tail<2>();
@@ -133,7 +133,7 @@ std::shared_ptr<Veskar::Track> HostAdapter::convert(const ReadyEstimate& report,
     }
     if (when.source == Veskar::Radar) {
         const auto ground =
-            camera.groundPoint(estimate.state[0], estimate.state[2], estimate.state[4]);
+            camera_.groundPoint(estimate.state[0], estimate.state[2], estimate.state[4]);
         if (ground) {
             locate(*track, ground->position);
         }
@@ -145,9 +145,9 @@ Label HostAdapter::radarClass(const RadarReport& report, double speed) const {
     if (report.objectClass.name != Veskar::Vocabulary::unknown) {
         return report.objectClass;
     }
-    const bool isSlow = speed < parameters.humanSpeedLimit;
+    const bool isSlow = speed < parameters_.humanSpeedLimit;
     return {isSlow ? Veskar::Vocabulary::human : Veskar::Vocabulary::vehicle,
-            parameters.classFromSpeedProbability};
+            parameters_.classFromSpeedProbability};
 }
 
 ImageBox HostAdapter::expectedBox(const Eigen::Vector2d& ground, const FusionEstimate& estimate,
@@ -157,8 +157,8 @@ ImageBox HostAdapter::expectedBox(const Eigen::Vector2d& ground, const FusionEst
     const Eigen::Vector2d side =
         ground + 0.5 * size[1] * Eigen::Vector2d(ground[1], -ground[0]).normalized();
     const double u = estimate.state[0];
-    const double halfWidth = std::abs(camera.position({side[0], side[1], 0.0})[0] - u);
-    const double top = camera.position({ground[0], ground[1], size[2]})[1];
+    const double halfWidth = std::abs(camera_.position({side[0], side[1], 0.0})[0] - u);
+    const double top = camera_.position({ground[0], ground[1], size[2]})[1];
     return {u - halfWidth, estimate.state[2], u + halfWidth, top};
 }
 
@@ -168,8 +168,8 @@ void HostAdapter::locate(Veskar::Track& track, const Eigen::Vector2d& ground) co
     // degrees.
     track.location =
         SphericalCoordinate{ground.norm(), degrees(std::atan2(ground[0], -ground[1])), 0.0};
-    if (place) {
-        track.geoLocation = geographicPosition(*place, ground);
+    if (place_) {
+        track.geoLocation = geographicPosition(*place_, ground);
     }
 }
 

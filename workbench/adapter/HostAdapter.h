@@ -45,9 +45,9 @@ public:
                                                         double ahead = 0.0) const;
 
     /// @return the camera's geometry
-    const Projection& projection() const { return camera; }
+    const Projection& projection() const { return camera_; }
     /// @return where the device stands, when known
-    const std::optional<Site>& site() const { return place; }
+    const std::optional<Site>& site() const { return place_; }
 
 private:
     struct Moment {
@@ -64,12 +64,12 @@ private:
                          const std::string& className) const;
     void locate(Veskar::Track& track, const Eigen::Vector2d& ground) const;
 
-    AdapterParameters parameters;
-    Projection camera;
-    VideoModel video;
-    RadarModel radar;
-    std::optional<Site> place;
-    Veskar::StateVector radarFloor;  ///< variances added to a projected radar track
+    AdapterParameters parameters_;
+    Projection camera_;
+    VideoModel video_;
+    RadarModel radar_;
+    std::optional<Site> place_;
+    Veskar::StateVector radarFloor_;  ///< variances added to a projected radar track
 };
 
 }  // namespace Workbench

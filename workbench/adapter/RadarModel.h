@@ -39,9 +39,9 @@ public:
     Eigen::Vector2d groundDirection(double direction) const;
 
 private:
-    RadarSetup setup;
-    double unknownTangentialSpeedStd;
-    Eigen::Matrix3d rotation;
+    RadarSetup setup_;
+    double unknownTangentialSpeedStd_;
+    Eigen::Matrix3d rotation_;
 };
 
 }  // namespace Workbench

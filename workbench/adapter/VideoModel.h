@@ -40,9 +40,9 @@ private:
     double pseudoRangeStd(const Veskar::Camera::RangeToTarget& pseudo, double v) const;
     double pseudoRangeRate(double u, double v, const Eigen::Vector2d& velocity) const;
 
-    Veskar::Camera camera;
-    Veskar::Config::VideoInput noise;
-    AdapterParameters parameters;
+    Veskar::Camera camera_;
+    Veskar::Config::VideoInput noise_;
+    AdapterParameters parameters_;
 };
 
 }  // namespace Workbench

@@ -43,14 +43,14 @@ int Reading::changes() const {
 }
 
 Agreement::Agreement(const RecordingHeader& header)
-    : resolution(header.camera.resolution),
-      origin(header.camera.mounting.position.head<2>()),
-      cameraHeight(header.camera.mounting.position[2]),
-      radar(header.radar, {}),
-      votes(boxForms.size() * angleForms.size() * azimuthForms.size(), VoteGrid(ratioReach)) {
+    : resolution_(header.camera.resolution),
+      origin_(header.camera.mounting.position.head<2>()),
+      cameraHeight_(header.camera.mounting.position[2]),
+      radar_(header.radar, {}),
+      votes_(boxForms.size() * angleForms.size() * azimuthForms.size(), VoteGrid(ratioReach)) {
     for (const AngleForm form : angleForms) {
         const std::optional<CameraSetup> camera = readAs(form, header.camera);
-        projections.push_back(camera ? std::optional<Projection>(camera->build()) : std::nullopt);
+        projections_.push_back(camera ? std::optional<Projection>(camera->build()) : std::nullopt);
     }
 }
 
@@ -70,9 +70,9 @@ void Agreement::add(const SensorFrame& frame) {
                 points.points.push_back({seen->id, seen->range, seen->azimuth});
             }
         }
-        radarFrames.push_back(std::move(points));
-    } else if (frame.time >= lastSample + sampleInterval) {
-        lastSample = frame.time;
+        radarFrames_.push_back(std::move(points));
+    } else if (frame.time >= lastSample_ + sampleInterval) {
+        lastSample_ = frame.time;
         VideoBoxes boxes{frame.time, {}};
         for (const Report& report : frame.tracks) {
             const auto* seen = std::get_if<VideoReport>(&report);
@@ -80,32 +80,32 @@ void Agreement::add(const SensorFrame& frame) {
                 boxes.boxes.push_back(seen->box);
             }
         }
-        pending.push_back(std::move(boxes));
+        pending_.push_back(std::move(boxes));
     }
     work();
 }
 
 void Agreement::work() {
-    while (!pending.empty() && !radarFrames.empty() &&
-           pending.front().time <= radarFrames.back().time) {
-        compare(pending.front(), radarAt(pending.front().time));
-        pending.pop_front();
+    while (!pending_.empty() && !radarFrames_.empty() &&
+           pending_.front().time <= radarFrames_.back().time) {
+        compare(pending_.front(), radarAt(pending_.front().time));
+        pending_.pop_front();
     }
-    const double latest = std::max(radarFrames.empty() ? -1e300 : radarFrames.back().time,
-                                   pending.empty() ? -1e300 : pending.back().time);
-    while (!radarFrames.empty() && radarFrames.front().time < latest - memory) {
-        radarFrames.pop_front();
+    const double latest = std::max(radarFrames_.empty() ? -1e300 : radarFrames_.back().time,
+                                   pending_.empty() ? -1e300 : pending_.back().time);
+    while (!radarFrames_.empty() && radarFrames_.front().time < latest - memory) {
+        radarFrames_.pop_front();
     }
-    while (!pending.empty() && pending.front().time < latest - memory) {
-        pending.pop_front();
+    while (!pending_.empty() && pending_.front().time < latest - memory) {
+        pending_.pop_front();
     }
 }
 
 std::vector<Agreement::RadarPoint> Agreement::radarAt(double time) const {
     const auto after =
-        std::lower_bound(radarFrames.begin(), radarFrames.end(), time,
+        std::lower_bound(radarFrames_.begin(), radarFrames_.end(), time,
                          [](const RadarPoints& frame, double t) { return frame.time < t; });
-    if (after == radarFrames.begin() || after == radarFrames.end() ||
+    if (after == radarFrames_.begin() || after == radarFrames_.end() ||
         after->time - std::prev(after)->time > longestTrackGap) {
         return {};
     }
@@ -129,7 +129,7 @@ Agreement::Places Agreement::placesOf(const std::vector<ImageBox>& boxes, BoxFor
     Places places;
     places.reserve(boxes.size());
     for (const ImageBox& asReported : boxes) {
-        const ImageBox box = readAs(form, asReported, resolution);
+        const ImageBox box = readAs(form, asReported, resolution_);
         // A foot at the edge of the image may lie outside it.
         const bool isWhole =
             box.bottom > -0.97 && box.left > -0.97 && box.right < 0.97 && box.bottom < 0.97;
@@ -156,9 +156,9 @@ Agreement::Places Agreement::placesOf(const std::vector<RadarPoint>& points,
     places.reserve(points.size());
     for (const RadarPoint& point : points) {
         const Eigen::Vector2d offset =
-            radar.groundPoint(point.range, readAs(form, point.azimuth)).position - origin;
+            radar_.groundPoint(point.range, readAs(form, point.azimuth)).position - origin_;
         places.push_back(Place{std::atan2(offset[1], offset[0]),
-                               std::log(std::max(offset.norm(), 0.1) / cameraHeight)});
+                               std::log(std::max(offset.norm(), 0.1) / cameraHeight_)});
     }
     return places;
 }
@@ -174,7 +174,7 @@ void Agreement::compare(const VideoBoxes& video, const std::vector<RadarPoint>& 
         }
         boxes = std::move(some);
     }
-    videoReports += boxes.size();
+    videoReports_ += boxes.size();
     if (boxes.empty() || points.empty()) {
         return;
     }
@@ -184,14 +184,14 @@ void Agreement::compare(const VideoBoxes& video, const std::vector<RadarPoint>& 
         byRadar.push_back(placesOf(points, azimuth));
     }
     for (const AngleForm angles : angleForms) {
-        const auto& projection = projections[static_cast<std::size_t>(angles)];
+        const auto& projection = projections_[static_cast<std::size_t>(angles)];
         if (!projection) {
             continue;
         }
         for (const BoxForm box : boxForms) {
             const Places byVideo = placesOf(boxes, box, *projection);
             for (const AzimuthForm azimuth : azimuthForms) {
-                vote(votes[indexOf({box, angles, azimuth})], byVideo,
+                vote(votes_[indexOf({box, angles, azimuth})], byVideo,
                      byRadar[static_cast<std::size_t>(azimuth)]);
             }
             if (indexOf({box, angles, AzimuthForm::Stated}) == 0) {
@@ -202,7 +202,7 @@ void Agreement::compare(const VideoBoxes& video, const std::vector<RadarPoint>& 
 }
 
 void Agreement::vote(VoteGrid& grid, const Places& videoPlaces, const Places& radarPlaces) const {
-    std::uint64_t voter = videoReports - videoPlaces.size();
+    std::uint64_t voter = videoReports_ - videoPlaces.size();
     for (const std::optional<Place>& seen : videoPlaces) {
         ++voter;
         for (const std::optional<Place>& heard : radarPlaces) {
@@ -215,37 +215,37 @@ void Agreement::vote(VoteGrid& grid, const Places& videoPlaces, const Places& ra
 }
 
 void Agreement::keepPairs(const Places& videoPlaces, const Places& radarPlaces) {
-    std::uint64_t video = videoReports - videoPlaces.size();
+    std::uint64_t video = videoReports_ - videoPlaces.size();
     for (const std::optional<Place>& seen : videoPlaces) {
         ++video;
-        if (!seen || video % keptOneOf != 0) {
+        if (!seen || video % keptOneOf_ != 0) {
             continue;
         }
         for (const std::optional<Place>& heard : radarPlaces) {
             const double error = differenceOf(seen->bearing, heard->bearing);
             if (std::abs(error) < VoteGrid::bearingLimit()) {
-                pairs.push_back(
+                pairs_.push_back(
                     {video, error, heard->logDistance - seen->logDistance, heard->logDistance});
             }
         }
     }
-    if (pairs.size() > mostPairs) {
-        keptOneOf *= 2;
-        pairs.erase(std::remove_if(pairs.begin(), pairs.end(),
-                                   [&](const Pair& pair) { return pair.video % keptOneOf != 0; }),
-                    pairs.end());
+    if (pairs_.size() > mostPairs) {
+        keptOneOf_ *= 2;
+        pairs_.erase(std::remove_if(pairs_.begin(), pairs_.end(),
+                                    [&](const Pair& pair) { return pair.video % keptOneOf_ != 0; }),
+                     pairs_.end());
     }
 }
 
 double Agreement::share(const Reading& reading) const {
-    return videoReports == 0 ? 0.0
-                             : static_cast<double>(votes[indexOf(reading)].most()) /
-                                   static_cast<double>(videoReports);
+    return videoReports_ == 0 ? 0.0
+                              : static_cast<double>(votes_[indexOf(reading)].most()) /
+                                    static_cast<double>(videoReports_);
 }
 
 std::optional<Agreement::Height> Agreement::height() const {
     VoteGrid grid(heightReach);
-    for (const Pair& pair : pairs) {
+    for (const Pair& pair : pairs_) {
         grid.vote(pair.video, pair.bearingError, pair.logRatio);
     }
     if (grid.most() == 0) {
@@ -253,7 +253,7 @@ std::optional<Agreement::Height> Agreement::height() const {
     }
     const VoteGrid::Window best = grid.best();
     std::vector<Pair> chosen;
-    std::copy_if(pairs.begin(), pairs.end(), std::back_inserter(chosen),
+    std::copy_if(pairs_.begin(), pairs_.end(), std::back_inserter(chosen),
                  [&](const Pair& pair) { return best.holds(pair.bearingError, pair.logRatio); });
     std::vector<double> ratios;
     ratios.reserve(chosen.size());
@@ -276,8 +276,8 @@ std::optional<Agreement::Height> Agreement::height() const {
         error = std::abs(error - pitch);
     }
     return Height{std::exp(logFactor),
-                  static_cast<double>(grid.most() * keptOneOf) /
-                      static_cast<double>(std::max<std::uint64_t>(videoReports, 1)),
+                  static_cast<double>(grid.most() * keptOneOf_) /
+                      static_cast<double>(std::max<std::uint64_t>(videoReports_, 1)),
                   medianOf(byPitch) <= medianOf(byHeight)};
 }
 

@@ -41,7 +41,7 @@ public:
     void add(const SensorFrame& frame);
 
     /// @return how many video reports were asked for a partner
-    std::uint64_t asked() const { return videoReports; }
+    std::uint64_t asked() const { return videoReports_; }
     /// @param reading how the numbers are read
     /// @return the share of video reports with a partner in the best window, 0..1
     double share(const Reading& reading) const;
@@ -93,18 +93,18 @@ private:
     void keepPairs(const Places& video, const Places& radar);
     std::size_t indexOf(const Reading& reading) const;
 
-    std::array<int, 2> resolution;
-    Eigen::Vector2d origin;
-    double cameraHeight;
-    RadarModel radar;
-    std::vector<std::optional<Projection>> projections;  ///< by AngleForm
-    std::deque<RadarPoints> radarFrames;
-    std::deque<VideoBoxes> pending;
-    double lastSample = -1e300;
-    std::uint64_t videoReports = 0;
-    std::vector<VoteGrid> votes;  ///< by reading
-    std::vector<Pair> pairs;
-    std::uint64_t keptOneOf = 1;
+    std::array<int, 2> resolution_;
+    Eigen::Vector2d origin_;
+    double cameraHeight_;
+    RadarModel radar_;
+    std::vector<std::optional<Projection>> projections_;  ///< by AngleForm
+    std::deque<RadarPoints> radarFrames_;
+    std::deque<VideoBoxes> pending_;
+    double lastSample_ = -1e300;
+    std::uint64_t videoReports_ = 0;
+    std::vector<VoteGrid> votes_;  ///< by reading
+    std::vector<Pair> pairs_;
+    std::uint64_t keptOneOf_ = 1;
 };
 
 }  // namespace Workbench

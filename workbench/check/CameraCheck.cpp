@@ -112,14 +112,14 @@ double evaluate(const Numbers& c, double t) {
 
 class GeometryCheck {
 public:
-    GeometryCheck(const LocatedValue& object, const std::string& place, Findings& list)
-        : camera(object), path(place), findings(list) {}
+    GeometryCheck(const LocatedValue& camera, const std::string& path, Findings& findings)
+        : camera_(camera), path_(path), findings_(findings) {}
 
     void run() {
         checkHeight();
-        const auto toRadians = numbersAt(camera, "imageToRadiansPolynomial", 4);
-        const auto toImage = numbersAt(camera, "radiansToImagePolynomial", 4);
-        const LocatedValue* bdc = camera.find("bdc");
+        const auto toRadians = numbersAt(camera_, "imageToRadiansPolynomial", 4);
+        const auto toImage = numbersAt(camera_, "radiansToImagePolynomial", 4);
+        const LocatedValue* bdc = camera_.find("bdc");
         if (bdc == nullptr || bdc->text != "false" || !toRadians) {
             return;
         }
@@ -132,17 +132,17 @@ public:
 
 private:
     void add(Severity severity, std::string_view key, std::string message, std::string value = {}) {
-        findings.push_back({severity, static_cast<std::uint64_t>(camera.find(key)->line),
-                            joinPath(path, key), std::move(value), std::move(message)});
+        findings_.push_back({severity, static_cast<std::uint64_t>(camera_.find(key)->line),
+                             joinPath(path_, key), std::move(value), std::move(message)});
     }
 
     void checkHeight() {
-        const auto position = numbersAt(camera, "position", 3);
+        const auto position = numbersAt(camera_, "position", 3);
         if (!position) {
             return;
         }
         const double height = (*position)[2];
-        const std::string shown = camera.find("position")->elements[2].text;
+        const std::string shown = camera_.find("position")->elements[2].text;
         if (!(height > 0.0)) {
             add(Severity::Fault, "position",
                 "expected a height above 0, m: without it no image point has a range", shown);
@@ -194,21 +194,21 @@ private:
     }
 
     void checkFieldOfView(const Numbers& toRadians) {
-        const auto halfAngles = numbersAt(camera, "fov", 2);
+        const auto halfAngles = numbersAt(camera_, "fov", 2);
         const double fromLens = evaluate(toRadians, 1.0);
         if (halfAngles && std::abs((*halfAngles)[0] - fromLens) > 0.05) {
             add(Severity::Warning, "fov",
                 fmt::format("the lens polynomial says {:.4f} radians to the right edge, and that "
                             "is what counts",
                             fromLens),
-                camera.find("fov")->elements[0].text);
+                camera_.find("fov")->elements[0].text);
         }
     }
 
     /// The lower edge of the image must look at the ground.
     void checkGroundInView(const Numbers& toRadians) {
-        const auto resolution = numbersAt(camera, "resolution", 2);
-        const LocatedValue* rotation = objectAt(camera, "rotation");
+        const auto resolution = numbersAt(camera_, "resolution", 2);
+        const LocatedValue* rotation = objectAt(camera_, "rotation");
         const LocatedValue* pitch = rotation ? numberAt(*rotation, "pitch") : nullptr;
         if (!resolution || pitch == nullptr ||
             !((*resolution)[0] > 0.0 && (*resolution)[1] > 0.0)) {
@@ -217,17 +217,18 @@ private:
         const double lowerHalf =
             degreesPerRadian * evaluate(toRadians, (*resolution)[1] / (*resolution)[0]);
         if (pitch->number + lowerHalf <= 0.0) {
-            findings.push_back({Severity::Fault, static_cast<std::uint64_t>(pitch->line),
-                                joinPath(joinPath(path, "rotation"), "pitch"), pitch->text,
-                                fmt::format("the whole image lies above the horizon; expected more "
-                                            "than {:.1f} degrees downward",
-                                            -lowerHalf)});
+            findings_.push_back(
+                {Severity::Fault, static_cast<std::uint64_t>(pitch->line),
+                 joinPath(joinPath(path_, "rotation"), "pitch"), pitch->text,
+                 fmt::format("the whole image lies above the horizon; expected more "
+                             "than {:.1f} degrees downward",
+                             -lowerHalf)});
         }
     }
 
-    const LocatedValue& camera;
-    const std::string& path;
-    Findings& findings;
+    const LocatedValue& camera_;
+    const std::string& path_;
+    Findings& findings_;
 };
 
 }  // namespace

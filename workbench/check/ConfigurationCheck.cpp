@@ -114,8 +114,8 @@ Finding findingOf(const Veskar::ConfigFault& fault) {
 /// Checks the values of a document whose keys and types the library has looked at.
 class ValueCheck {
 public:
-    ValueCheck(const std::vector<Veskar::ConfigFault>& known, Findings& list)
-        : faults(known), findings(list) {}
+    ValueCheck(const std::vector<Veskar::ConfigFault>& faults, Findings& findings)
+        : faults_(faults), findings_(findings) {}
 
     void run(const LocatedValue& document) {
         const LocatedValue* inputs = objectAt(document, "veskarInputs");
@@ -147,9 +147,10 @@ private:
         order(module, path, "autocalibrationHumanMinAspect", "autocalibrationHumanMaxAspect");
         const LocatedValue* killTime = numberAt(module, "trackKillTime");
         if (killTime != nullptr && killTime->number != 0.5) {
-            findings.push_back({Severity::Warning, static_cast<std::uint64_t>(killTime->line),
-                                path + ".trackKillTime", killTime->text,
-                                "sensor tracks leave after 0.5 s of coasting, whatever this says"});
+            findings_.push_back(
+                {Severity::Warning, static_cast<std::uint64_t>(killTime->line),
+                 path + ".trackKillTime", killTime->text,
+                 "sensor tracks leave after 0.5 s of coasting, whatever this says"});
         }
     }
 
@@ -163,14 +164,14 @@ private:
                     value->kind == LocatedValue::Kind::Real ? Wanted::Real : Wanted::Integer;
                 checkNumber(*value, place,
                             {limit.key, wanted, limit.meaning, true, limit.allowed, limit.usual},
-                            findings);
+                            findings_);
             }
         }
     }
 
     bool isFaulty(const std::string& place) const {
         return std::any_of(
-            faults.begin(), faults.end(),
+            faults_.begin(), faults_.end(),
             [&place](const Veskar::ConfigFault& fault) { return fault.key == place; });
     }
 
@@ -180,15 +181,15 @@ private:
         const LocatedValue* small = numberAt(object, lower);
         const LocatedValue* large = numberAt(object, upper);
         if (small != nullptr && large != nullptr && small->number > large->number) {
-            findings.push_back({Severity::Fault, static_cast<std::uint64_t>(small->line),
-                                joinPath(path, lower), small->text,
-                                fmt::format("expected at most {}, the value of {} (line {})",
-                                            large->text, upper, large->line)});
+            findings_.push_back({Severity::Fault, static_cast<std::uint64_t>(small->line),
+                                 joinPath(path, lower), small->text,
+                                 fmt::format("expected at most {}, the value of {} (line {})",
+                                             large->text, upper, large->line)});
         }
     }
 
-    const std::vector<Veskar::ConfigFault>& faults;
-    Findings& findings;
+    const std::vector<Veskar::ConfigFault>& faults_;
+    Findings& findings_;
 };
 
 }  // namespace

@@ -46,17 +46,17 @@ void Conventions::Span::add(double value) {
 }
 
 Conventions::Conventions(const RecordingHeader& header)
-    : camera(header.camera.mounting),
-      canBeRadians(readAs(AngleForm::Radians, header.camera).has_value()),
-      places(header),
-      motion(header) {}
+    : camera_(header.camera.mounting),
+      canBeRadians_(readAs(AngleForm::Radians, header.camera).has_value()),
+      places_(header),
+      motion_(header) {}
 
 void Conventions::add(const SensorFrame& frame) {
     addTime(frame);
     addRanges(frame);
-    places.add(frame);
+    places_.add(frame);
     if (frame.source == Veskar::Radar) {
-        motion.add(frame);
+        motion_.add(frame);
     }
 }
 
@@ -70,7 +70,7 @@ void Conventions::add(const RefusedFrame& refused) {
 }
 
 void Conventions::addTime(const SensorFrame& frame) {
-    times[frame.source == Veskar::Radar ? 1 : 0].add(frame.time);
+    times_[frame.source == Veskar::Radar ? 1 : 0].add(frame.time);
 }
 
 void Conventions::addRanges(const SensorFrame& frame) {
@@ -78,31 +78,33 @@ void Conventions::addRanges(const SensorFrame& frame) {
         if (const auto* seen = std::get_if<VideoReport>(&report)) {
             const ImageBox& box = seen->box;
             const auto [least, most] = std::minmax({box.left, box.bottom, box.right, box.top});
-            ++boxes.count;
+            ++boxes_.count;
             // Boxes may reach beyond the edge of the image.
-            boxes.inUnit += least > -0.1 && most < 1.1 ? 1 : 0;
-            boxes.farOutside += std::max(-least, most) > 2.0 ? 1 : 0;
-            boxes.upsideDown += box.top < box.bottom ? 1 : 0;
-            boxes.u.add(box.left);
-            boxes.u.add(box.right);
-            boxes.v.add(box.bottom);
-            boxes.v.add(box.top);
+            boxes_.inUnit += least > -0.1 && most < 1.1 ? 1 : 0;
+            boxes_.farOutside += std::max(-least, most) > 2.0 ? 1 : 0;
+            boxes_.upsideDown += box.top < box.bottom ? 1 : 0;
+            boxes_.u.add(box.left);
+            boxes_.u.add(box.right);
+            boxes_.v.add(box.bottom);
+            boxes_.v.add(box.top);
         } else if (const auto* heard = std::get_if<RadarReport>(&report)) {
-            ++azimuths;
-            largestAzimuth = std::max(largestAzimuth, std::abs(heard->azimuth));
-            largestDirection = std::max(largestDirection, std::abs(heard->direction.value_or(0.0)));
+            ++azimuths_;
+            largestAzimuth_ = std::max(largestAzimuth_, std::abs(heard->azimuth));
+            largestDirection_ =
+                std::max(largestDirection_, std::abs(heard->direction.value_or(0.0)));
         }
     }
 }
 
 bool Conventions::isPossible(BoxForm form) const {
-    const bool isPixels = 2 * boxes.farOutside > boxes.count;
+    const bool isPixels = 2 * boxes_.farOutside > boxes_.count;
     switch (form) {
         case BoxForm::Pixels:
             return isPixels;
         case BoxForm::Unit:
         case BoxForm::UnitDownward:
-            return !isPixels && boxes.count >= fewestValues && 10 * boxes.inUnit > 9 * boxes.count;
+            return !isPixels && boxes_.count >= fewestValues &&
+                   10 * boxes_.inUnit > 9 * boxes_.count;
         default:
             return !isPixels;
     }
@@ -110,36 +112,36 @@ bool Conventions::isPossible(BoxForm form) const {
 
 bool Conventions::isPossible(AzimuthForm form) const {
     const bool isRadians = form == AzimuthForm::Radians || form == AzimuthForm::MirroredRadians;
-    return !isRadians || (azimuths >= fewestValues && largestAzimuth < pi + 1e-3);
+    return !isRadians || (azimuths_ >= fewestValues && largestAzimuth_ < pi + 1e-3);
 }
 
 bool Conventions::isPossible(DirectionForm form) const {
     return form != DirectionForm::Radians ||
-           (azimuths >= fewestValues && largestDirection < 2.0 * pi + 1e-3);
+           (azimuths_ >= fewestValues && largestDirection_ < 2.0 * pi + 1e-3);
 }
 
 bool Conventions::explains(double share) const {
-    return share > places.share({}) + margin &&
-           share * static_cast<double>(places.asked()) > fewestPartners;
+    return share > places_.share({}) + margin &&
+           share * static_cast<double>(places_.asked()) > fewestPartners;
 }
 
 std::string Conventions::gain(double share) const {
     return fmt::format(
         "then {} % of the video's reports have a radar report where they stand, as "
         "it is {} %",
-        percent(share), percent(places.share({})));
+        percent(share), percent(places_.share({})));
 }
 
 Reading Conventions::bestReading() const {
     Reading best;
-    double bestScore = places.share(best);
+    double bestScore = places_.share(best);
     for (const BoxForm box : boxForms) {
         for (const AngleForm angles : angleForms) {
             for (const AzimuthForm azimuth : azimuthForms) {
                 const bool isCandidate = isPossible(box) && isPossible(azimuth) &&
-                                         (angles == AngleForm::Stated || canBeRadians);
+                                         (angles == AngleForm::Stated || canBeRadians_);
                 const Reading reading{box, angles, azimuth};
-                const double score = places.share(reading) - margin * reading.changes();
+                const double score = places_.share(reading) - margin * reading.changes();
                 if (isCandidate && score > bestScore) {
                     best = reading;
                     bestScore = score;
@@ -147,7 +149,7 @@ Reading Conventions::bestReading() const {
             }
         }
     }
-    return explains(places.share(best)) ? best : Reading{};
+    return explains(places_.share(best)) ? best : Reading{};
 }
 
 std::vector<Convention> Conventions::found() const {
@@ -168,7 +170,7 @@ std::vector<Convention> Conventions::found() const {
 void Conventions::judgeTime(std::vector<Convention>& list) const {
     constexpr double hour = 3600.0;
     constexpr double earliestUnix = 3e8;
-    const auto& [video, radar] = times;
+    const auto& [video, radar] = times_;
     if (video.isEmpty() || radar.isEmpty() ||
         std::max(video.first - radar.last, radar.first - video.last) < hour) {
         return;
@@ -189,16 +191,16 @@ void Conventions::judgeTime(std::vector<Convention>& list) const {
 
 /// Whether a wrong height explains more than any other reading does.
 bool Conventions::judgeHeight(const Reading& best, std::vector<Convention>& list) const {
-    const std::optional<Agreement::Height> height = places.height();
+    const std::optional<Agreement::Height> height = places_.height();
     if (!height || height->isPitch || isWithin(height->factor, 0.77, 1.3) ||
-        !explains(height->share) || height->share <= places.share(best)) {
+        !explains(height->share) || height->share <= places_.share(best)) {
         return false;
     }
     list.push_back(misplacing(
         "camera-height", "camera.position[2]",
         fmt::format("the camera hangs {:.3g} times as high as stated: set it to {:.2f} instead of "
                     "{:.2f}; {}",
-                    height->factor, height->factor * camera.position[2], camera.position[2],
+                    height->factor, height->factor * camera_.position[2], camera_.position[2],
                     gain(height->share))));
     return true;
 }
@@ -209,12 +211,12 @@ void Conventions::judgeBoxes(const Reading& reading, std::vector<Convention>& li
         return fmt::format(
             "boxes lie between {:.4g} and {:.4g} across and between {:.4g} and "
             "{:.4g} upright",
-            boxes.u.first, boxes.u.last, boxes.v.first, boxes.v.last);
+            boxes_.u.first, boxes_.u.last, boxes_.v.first, boxes_.v.last);
     };
-    const bool isUpsideDown = 2 * boxes.upsideDown > boxes.count;
-    const bool fillsUnit = isPossible(BoxForm::Unit) && boxes.u.last - boxes.u.first > 0.6 &&
-                           boxes.v.last - boxes.v.first > 0.4 && places.share({}) < hardlyAny;
-    if (boxes.count > 0 && isPossible(BoxForm::Pixels)) {
+    const bool isUpsideDown = 2 * boxes_.upsideDown > boxes_.count;
+    const bool fillsUnit = isPossible(BoxForm::Unit) && boxes_.u.last - boxes_.u.first > 0.6 &&
+                           boxes_.v.last - boxes_.v.first > 0.4 && places_.share({}) < hardlyAny;
+    if (boxes_.count > 0 && isPossible(BoxForm::Pixels)) {
         list.push_back(misplacing(
             "box-pixels", "box",
             ranges() + ": these are pixels; divide by half the resolution and subtract 1, and "
@@ -232,7 +234,7 @@ void Conventions::judgeBoxes(const Reading& reading, std::vector<Convention>& li
             "v-downward", "box",
             "v counts downward here, but upward in the format, from -1 at the lower edge of the "
             "image to 1; change the sign of bottom, top and the velocity's v: " +
-                (isUpsideDown ? "the top is below the bottom" : gain(places.share(reading)))));
+                (isUpsideDown ? "the top is below the bottom" : gain(places_.share(reading)))));
     }
 }
 
@@ -242,13 +244,13 @@ void Conventions::judgeAngles(const Reading& reading, std::vector<Convention>& l
             "camera-angles-radians", "camera.rotation",
             fmt::format("these are radians, but degrees are expected: set pitch to {:.2f} instead "
                         "of {:.4g}, yaw to {:.2f}, roll to {:.2f}; {}",
-                        degrees(camera.pitch), camera.pitch, degrees(camera.yaw),
-                        degrees(camera.roll), gain(places.share(reading)))));
+                        degrees(camera_.pitch), camera_.pitch, degrees(camera_.yaw),
+                        degrees(camera_.roll), gain(places_.share(reading)))));
     }
 }
 
 void Conventions::judgeAzimuth(const Reading& reading, std::vector<Convention>& list) const {
-    const std::string why = gain(places.share(reading));
+    const std::string why = gain(places_.share(reading));
     if (reading.azimuth == AzimuthForm::Mirrored) {
         list.push_back(misplacing("azimuth-sign", "azimuth",
                                   "grows to the left here, but to the right (clockwise) in the "
@@ -264,7 +266,7 @@ void Conventions::judgeAzimuth(const Reading& reading, std::vector<Convention>& 
             "azimuth-radians", "azimuth",
             fmt::format("none exceeds {:.3f}: these are radians, but degrees are expected; "
                         "multiply by 57.29578{}: {}",
-                        largestAzimuth,
+                        largestAzimuth_,
                         reading.azimuth == AzimuthForm::MirroredRadians
                             ? " and change the sign, they grow to the left"
                             : "",
@@ -274,17 +276,17 @@ void Conventions::judgeAzimuth(const Reading& reading, std::vector<Convention>& 
 
 void Conventions::judgeDirection(const Reading& reading, std::vector<Convention>& list) const {
     const AzimuthForm azimuth = reading.azimuth;
-    const double stated = motion.share(azimuth, DirectionForm::Stated);
+    const double stated = motion_.share(azimuth, DirectionForm::Stated);
     DirectionForm best = DirectionForm::Stated;
     for (const DirectionForm form : directionForms) {
-        if (isPossible(form) && motion.share(azimuth, form) > motion.share(azimuth, best)) {
+        if (isPossible(form) && motion_.share(azimuth, form) > motion_.share(azimuth, best)) {
             best = form;
         }
     }
-    const double share = motion.share(azimuth, best);
+    const double share = motion_.share(azimuth, best);
     // What the range of the values supports needs to gain less.
     const double needed = stated + (best == DirectionForm::Radians ? 0.15 : 0.3);
-    if (motion.ways(azimuth) < fewestWays || share < 0.6 || share < needed) {
+    if (motion_.ways(azimuth) < fewestWays || share < 0.6 || share < needed) {
         return;
     }
     const std::string why =
@@ -300,10 +302,10 @@ void Conventions::judgeDirection(const Reading& reading, std::vector<Convention>
             "direction-radians", "direction",
             fmt::format("none exceeds {:.3f}: these are radians, but degrees are expected; "
                         "multiply by 57.29578: {}",
-                        largestDirection, why)));
+                        largestDirection_, why)));
     } else if (azimuth == AzimuthForm::Stated &&
-               places.share({reading.box, reading.angles, AzimuthForm::Mirrored}) >
-                   places.share(reading) - 2.0 * margin) {
+               places_.share({reading.box, reading.angles, AzimuthForm::Mirrored}) >
+                   places_.share(reading) - 2.0 * margin) {
         // Symmetrical scenes, and those without video, do not tell which of the two it is.
         list.push_back(misplacing(
             "azimuth-sign", "azimuth",
@@ -328,14 +330,14 @@ void Conventions::judgeSpeed(AzimuthForm azimuth, std::vector<Convention>& list)
     constexpr auto text =
         "the radar's tracks move at {:.2g} m/s for every 1 that they report, over "
         "{} ways of a second; m/s are expected{}";
-    const std::optional<double> speed = motion.speedFactor(azimuth);
-    if (speed && motion.ways(azimuth) >= fewestWays && !isWithin(*speed, 0.6, 1.7)) {
+    const std::optional<double> speed = motion_.speedFactor(azimuth);
+    if (speed && motion_.ways(azimuth) >= fewestWays && !isWithin(*speed, 0.6, 1.7)) {
         list.push_back(
             ofMotion("speed-unit", "speed",
-                     fmt::format(text, 1.0 / *speed, motion.ways(azimuth), unitOf(*speed))));
+                     fmt::format(text, 1.0 / *speed, motion_.ways(azimuth), unitOf(*speed))));
     }
-    const std::optional<double> radial = motion.radialSpeedFactor();
-    if (!radial || motion.radialWays() < fewestWays) {
+    const std::optional<double> radial = motion_.radialSpeedFactor();
+    if (!radial || motion_.radialWays() < fewestWays) {
         return;
     }
     if (*radial < -0.3) {
@@ -345,7 +347,7 @@ void Conventions::judgeSpeed(AzimuthForm azimuth, std::vector<Convention>& list)
     }
     if (!isWithin(std::abs(*radial), 0.6, 1.7)) {
         list.push_back(ofMotion("speed-unit", "radialSpeed",
-                                fmt::format(text, 1.0 / std::abs(*radial), motion.radialWays(),
+                                fmt::format(text, 1.0 / std::abs(*radial), motion_.radialWays(),
                                             unitOf(std::abs(*radial)))));
     }
 }

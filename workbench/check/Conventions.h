@@ -40,7 +40,7 @@ public:
     /// @return what the recording does otherwise; empty when it follows the format
     std::vector<Convention> found() const;
     /// @return where radar and video agree
-    const Agreement& agreement() const { return places; }
+    const Agreement& agreement() const { return places_; }
 
 private:
     struct Span {
@@ -74,15 +74,15 @@ private:
     void judgeDirection(const Reading& reading, std::vector<Convention>& list) const;
     void judgeSpeed(AzimuthForm azimuth, std::vector<Convention>& list) const;
 
-    Mounting camera;
-    bool canBeRadians;  ///< the angles of the camera
-    Agreement places;
-    RadarMotion motion;
-    std::array<Span, 2> times;  ///< video, radar
-    BoxRanges boxes;
-    std::uint64_t azimuths = 0;
-    double largestAzimuth = 0.0;
-    double largestDirection = 0.0;
+    Mounting camera_;
+    bool canBeRadians_;  ///< the angles of the camera
+    Agreement places_;
+    RadarMotion motion_;
+    std::array<Span, 2> times_;  ///< video, radar
+    BoxRanges boxes_;
+    std::uint64_t azimuths_ = 0;
+    double largestAzimuth_ = 0.0;
+    double largestDirection_ = 0.0;
 };
 
 }  // namespace Workbench

@@ -13,27 +13,27 @@ constexpr double longestCounted = 60000.0;
 }  // namespace
 
 void FrameStatistics::add(const SensorFrame& frame, std::uint64_t line) {
-    if (count > 0) {
-        const double interval = frame.time - last;
-        ++intervals[std::llround(std::clamp(1000.0 * interval, 0.0, longestCounted))];
-        if (!longest || interval > longest->length) {
-            longest = Gap{line, last, interval};
+    if (count_ > 0) {
+        const double interval = frame.time - last_;
+        ++intervals_[std::llround(std::clamp(1000.0 * interval, 0.0, longestCounted))];
+        if (!longest_ || interval > longest_->length) {
+            longest_ = Gap{line, last_, interval};
         }
     }
-    last = frame.time;
-    ++count;
-    empty += frame.tracks.empty() ? 1 : 0;
-    trackCount += frame.tracks.size();
+    last_ = frame.time;
+    ++count_;
+    empty_ += frame.tracks.empty() ? 1 : 0;
+    trackCount_ += frame.tracks.size();
     const double delay = frame.received - frame.time;
-    delaySum += delay;
-    mostDelay = std::max(mostDelay, delay);
+    delaySum_ += delay;
+    mostDelay_ = std::max(mostDelay_, delay);
 }
 
 double FrameStatistics::medianInterval() const {
     std::uint64_t seen = 0;
-    for (const auto& [milliseconds, frames] : intervals) {
+    for (const auto& [milliseconds, frames] : intervals_) {
         seen += frames;
-        if (2 * seen >= count - 1) {
+        if (2 * seen >= count_ - 1) {
             return static_cast<double>(milliseconds) / 1000.0;
         }
     }
@@ -42,8 +42,8 @@ double FrameStatistics::medianInterval() const {
 
 std::uint64_t FrameStatistics::gapsLongerThan(double limit) const {
     std::uint64_t sum = 0;
-    for (auto interval = intervals.upper_bound(std::llround(1000.0 * limit));
-         interval != intervals.end(); ++interval) {
+    for (auto interval = intervals_.upper_bound(std::llround(1000.0 * limit));
+         interval != intervals_.end(); ++interval) {
         sum += interval->second;
     }
     return sum;

@@ -24,28 +24,28 @@ public:
     /// @param line its line in the recording
     void add(const SensorFrame& frame, std::uint64_t line);
 
-    std::uint64_t frames() const { return count; }
-    std::uint64_t emptyFrames() const { return empty; }
-    std::uint64_t tracks() const { return trackCount; }
+    std::uint64_t frames() const { return count_; }
+    std::uint64_t emptyFrames() const { return empty_; }
+    std::uint64_t tracks() const { return trackCount_; }
     /// @return median time between frames, s, to a millisecond
     double medianInterval() const;
     /// @return mean time from measurement to arrival, s
-    double meanDelay() const { return count > 0 ? delaySum / static_cast<double>(count) : 0.0; }
-    double longestDelay() const { return mostDelay; }
+    double meanDelay() const { return count_ > 0 ? delaySum_ / static_cast<double>(count_) : 0.0; }
+    double longestDelay() const { return mostDelay_; }
     /// @return the longest pause; nothing with fewer than two frames
-    const std::optional<Gap>& longestGap() const { return longest; }
+    const std::optional<Gap>& longestGap() const { return longest_; }
     /// @return how many pauses are longer than @p limit seconds
     std::uint64_t gapsLongerThan(double limit) const;
 
 private:
-    std::uint64_t count = 0;
-    std::uint64_t empty = 0;
-    std::uint64_t trackCount = 0;
-    double last = 0.0;
-    double delaySum = 0.0;
-    double mostDelay = 0.0;
-    std::optional<Gap> longest;
-    std::map<std::int64_t, std::uint64_t> intervals;  ///< frames by interval in milliseconds
+    std::uint64_t count_ = 0;
+    std::uint64_t empty_ = 0;
+    std::uint64_t trackCount_ = 0;
+    double last_ = 0.0;
+    double delaySum_ = 0.0;
+    double mostDelay_ = 0.0;
+    std::optional<Gap> longest_;
+    std::map<std::int64_t, std::uint64_t> intervals_;  ///< frames by interval in milliseconds
 };
 
 }  // namespace Workbench

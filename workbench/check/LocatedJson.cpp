@@ -30,21 +30,21 @@ public:
     using pointer = const char*;
     using reference = const char&;
 
-    CountingIterator(const char* start, Position* count) : place(start), position(count) {}
+    CountingIterator(const char* start, Position* count) : place_(start), position_(count) {}
 
-    reference operator*() const { return *place; }
+    reference operator*() const { return *place_; }
     CountingIterator& operator++() {
-        position->last = *place;
-        position->line += *place == '\n' ? 1 : 0;
-        ++place;
+        position_->last = *place_;
+        position_->line += *place_ == '\n' ? 1 : 0;
+        ++place_;
         return *this;
     }
-    bool operator==(const CountingIterator& other) const { return place == other.place; }
-    bool operator!=(const CountingIterator& other) const { return place != other.place; }
+    bool operator==(const CountingIterator& other) const { return place_ == other.place_; }
+    bool operator!=(const CountingIterator& other) const { return place_ != other.place_; }
 
 private:
-    const char* place;
-    Position* position;
+    const char* place_;
+    Position* position_;
 };
 
 using Kind = LocatedValue::Kind;
@@ -52,7 +52,7 @@ using Kind = LocatedValue::Kind;
 /// Builds the document from the parser's events.
 class Builder : public nlohmann::json_sax<nlohmann::json> {
 public:
-    Builder(LocatedValue& document, const Position& where) : root(document), position(where) {}
+    Builder(LocatedValue& document, const Position& where) : root_(document), position_(where) {}
 
     bool null() override { return scalar(Kind::Null, "null", 0.0); }
     bool boolean(bool value) override {
@@ -75,12 +75,12 @@ public:
     bool end_array() override { return close(); }
     bool key(string_t& name) override {
         open_.back()->members.push_back({name, {}});
-        keyLine = position.lineOfToken();
+        keyLine_ = position_.lineOfToken();
         return true;
     }
     bool parse_error(std::size_t, const std::string&,
                      const nlohmann::detail::exception& error) override {
-        fault = {position.lineOfToken(), reasonOf(error)};
+        fault = {position_.lineOfToken(), reasonOf(error)};
         return false;
     }
 
@@ -90,16 +90,16 @@ private:
     /// @return the place of the next value: the member just named, a new element, or the root
     LocatedValue& place() {
         if (open_.empty()) {
-            root.line = position.lineOfToken();
-            return root;
+            root_.line = position_.lineOfToken();
+            return root_;
         }
         LocatedValue& parent = *open_.back();
         if (parent.kind == Kind::Object) {
-            parent.members.back().value.line = keyLine;
+            parent.members.back().value.line = keyLine_;
             return parent.members.back().value;
         }
         parent.elements.emplace_back();
-        parent.elements.back().line = position.lineOfToken();
+        parent.elements.back().line = position_.lineOfToken();
         return parent.elements.back();
     }
 
@@ -113,7 +113,7 @@ private:
 
     bool open(Kind kind) {
         if (open_.size() == deepestNesting) {
-            fault = {position.lineOfToken(),
+            fault = {position_.lineOfToken(),
                      fmt::format("nested more than {} levels deep", deepestNesting)};
             return false;
         }
@@ -128,9 +128,9 @@ private:
         return true;
     }
 
-    LocatedValue& root;
-    const Position& position;
-    int keyLine = 0;
+    LocatedValue& root_;
+    const Position& position_;
+    int keyLine_ = 0;
     std::vector<LocatedValue*> open_;
 };
 

@@ -26,7 +26,7 @@ std::optional<double> medianOf(std::vector<float> numbers) {
 
 }  // namespace
 
-RadarMotion::RadarMotion(const RecordingHeader& header) : radar(header.radar, {}) {}
+RadarMotion::RadarMotion(const RecordingHeader& header) : radar_(header.radar, {}) {}
 
 void RadarMotion::add(const SensorFrame& frame) {
     for (const Report& report : frame.tracks) {
@@ -34,7 +34,7 @@ void RadarMotion::add(const SensorFrame& frame) {
         if (seen == nullptr) {
             continue;
         }
-        std::deque<Point>& track = tracks[seen->id];
+        std::deque<Point>& track = tracks_[seen->id];
         if (!track.empty() && frame.time - track.back().time > longestTrackGap) {
             track.clear();
         }
@@ -46,10 +46,10 @@ void RadarMotion::add(const SensorFrame& frame) {
             track.erase(track.begin(), std::prev(track.end()));
         }
     }
-    for (auto track = tracks.begin(); track != tracks.end();) {
+    for (auto track = tracks_.begin(); track != tracks_.end();) {
         const bool isOver =
             track->second.empty() || frame.time - track->second.back().time > longestTrackGap;
-        track = isOver ? tracks.erase(track) : std::next(track);
+        track = isOver ? tracks_.erase(track) : std::next(track);
     }
 }
 
@@ -60,18 +60,18 @@ void RadarMotion::compare(const std::deque<Point>& track) {
     const double time = last.time - first.time;
     const double radialSpeed = (last.report.range - first.report.range) / time;
     if (middle.radialSpeed && std::abs(radialSpeed) > leastSpeed &&
-        radialFactors.size() < mostWays) {
-        radialFactors.push_back(static_cast<float>(*middle.radialSpeed / radialSpeed));
+        radialFactors_.size() < mostWays) {
+        radialFactors_.push_back(static_cast<float>(*middle.radialSpeed / radialSpeed));
     }
     if (!middle.speed || !middle.direction) {
         return;
     }
     for (const AzimuthForm form : azimuthForms) {
         const auto placeOf = [&](const RadarReport& report) {
-            return radar.groundPoint(report.range, readAs(form, report.azimuth)).position;
+            return radar_.groundPoint(report.range, readAs(form, report.azimuth)).position;
         };
         const Eigen::Vector2d velocity = (placeOf(last.report) - placeOf(first.report)) / time;
-        Ways& ways = byAzimuth[static_cast<std::size_t>(form)];
+        Ways& ways = byAzimuth_[static_cast<std::size_t>(form)];
         if (velocity.norm() < leastSpeed || ways.count >= mostWays) {
             continue;
         }
@@ -79,7 +79,7 @@ void RadarMotion::compare(const std::deque<Point>& track) {
         ways.speedFactors.push_back(static_cast<float>(*middle.speed / velocity.norm()));
         for (const DirectionForm direction : directionForms) {
             const Eigen::Vector2d there =
-                radar.groundDirection(readAs(direction, *middle.direction));
+                radar_.groundDirection(readAs(direction, *middle.direction));
             ways.agreeing[static_cast<std::size_t>(direction)] +=
                 there.dot(velocity.normalized()) > leastCosine ? 1 : 0;
         }
@@ -87,11 +87,11 @@ void RadarMotion::compare(const std::deque<Point>& track) {
 }
 
 std::uint64_t RadarMotion::ways(AzimuthForm azimuth) const {
-    return byAzimuth[static_cast<std::size_t>(azimuth)].count;
+    return byAzimuth_[static_cast<std::size_t>(azimuth)].count;
 }
 
 double RadarMotion::share(AzimuthForm azimuth, DirectionForm direction) const {
-    const Ways& ways = byAzimuth[static_cast<std::size_t>(azimuth)];
+    const Ways& ways = byAzimuth_[static_cast<std::size_t>(azimuth)];
     return ways.count == 0
                ? 0.0
                : static_cast<double>(ways.agreeing[static_cast<std::size_t>(direction)]) /
@@ -99,11 +99,11 @@ double RadarMotion::share(AzimuthForm azimuth, DirectionForm direction) const {
 }
 
 std::optional<double> RadarMotion::speedFactor(AzimuthForm azimuth) const {
-    return medianOf(byAzimuth[static_cast<std::size_t>(azimuth)].speedFactors);
+    return medianOf(byAzimuth_[static_cast<std::size_t>(azimuth)].speedFactors);
 }
 
 std::optional<double> RadarMotion::radialSpeedFactor() const {
-    return medianOf(radialFactors);
+    return medianOf(radialFactors_);
 }
 
 }  // namespace Workbench

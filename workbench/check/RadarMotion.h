@@ -39,7 +39,7 @@ public:
     ///         counts the other way; nothing without ways
     std::optional<double> radialSpeedFactor() const;
     /// @return how many ways radialSpeedFactor rests on
-    std::uint64_t radialWays() const { return radialFactors.size(); }
+    std::uint64_t radialWays() const { return radialFactors_.size(); }
 
 private:
     struct Point {
@@ -54,10 +54,10 @@ private:
 
     void compare(const std::deque<Point>& track);
 
-    RadarModel radar;
-    std::map<std::int32_t, std::deque<Point>> tracks;
-    std::array<Ways, azimuthForms.size()> byAzimuth;
-    std::vector<float> radialFactors;
+    RadarModel radar_;
+    std::map<std::int32_t, std::deque<Point>> tracks_;
+    std::array<Ways, azimuthForms.size()> byAzimuth_;
+    std::vector<float> radialFactors_;
 };
 
 }  // namespace Workbench

@@ -170,82 +170,82 @@ namespace {
 class LineFaults {
 public:
     void add(Finding finding) {
-        if (++count <= mostFaults) {
-            list.push_back(std::move(finding));
+        if (++count_ <= mostFaults) {
+            list_.push_back(std::move(finding));
         }
     }
 
     /// @param findings receives the faults
     /// @param key where a convention explains all of them: of the convention; otherwise empty
     void tell(const std::string& key, Findings& findings) const {
-        if (!key.empty() && count > 0) {
+        if (!key.empty() && count_ > 0) {
             findings.push_back(
-                {Severity::Fault, list.front().line, key, "",
-                 fmt::format("{} frames are refused for it, this is the first", count)});
+                {Severity::Fault, list_.front().line, key, "",
+                 fmt::format("{} frames are refused for it, this is the first", count_)});
             return;
         }
-        findings.insert(findings.end(), list.begin(), list.end());
-        if (count > mostFaults) {
+        findings.insert(findings.end(), list_.begin(), list_.end());
+        if (count_ > mostFaults) {
             findings.push_back({Severity::Fault, 0, "", "",
-                                fmt::format("{} more faulty lines", count - mostFaults)});
+                                fmt::format("{} more faulty lines", count_ - mostFaults)});
         }
     }
 
 private:
-    std::size_t count = 0;
-    Findings list;
+    std::size_t count_ = 0;
+    Findings list_;
 };
 
 /// Everything that is looked for in the lines of a recording.
 class Lines {
 public:
     explicit Lines(const RecordingReader& opened)
-        : reader(opened),
-          pairs(opened.header()),
-          conventions(opened.header()),
-          words([this](const char* key, const std::string& word, const std::string& advice) {
+        : reader_(opened),
+          pairs_(opened.header()),
+          conventions_(opened.header()),
+          words_([this](const char* key, const std::string& word, const std::string& advice) {
               const bool isClass = std::string_view(key) == "class";
-              unknownWords.push_back({isClass ? "class-words" : "color-words",
-                                      false,
-                                      {Severity::Warning, reader.input().lineNumber(), key,
-                                       fmt::format("\"{}\"", word), advice}});
+              unknownWords_.push_back({isClass ? "class-words" : "color-words",
+                                       false,
+                                       {Severity::Warning, reader_.input().lineNumber(), key,
+                                        fmt::format("\"{}\"", word), advice}});
           }) {}
 
     void take(const RecordingLine& line) {
-        words.look(line);
+        words_.look(line);
         if (const auto* frame = std::get_if<SensorFrame>(&line)) {
-            statisticsOf(*frame).add(*frame, reader.input().lineNumber());
-            pairs.add(*frame);
-            conventions.add(*frame);
+            statisticsOf(*frame).add(*frame, reader_.input().lineNumber());
+            pairs_.add(*frame);
+            conventions_.add(*frame);
         }
     }
 
     void take(const RefusedFrame& refused) {
         const bool isTime = refused.reason == RefusedFrame::Reason::Time;
-        (isTime ? refusedTimes : refusedBoxes).add(faultAt(refused));
-        conventions.add(refused);
-        words.look(refused.frame);
+        (isTime ? refusedTimes_ : refusedBoxes_).add(faultAt(refused));
+        conventions_.add(refused);
+        words_.look(refused.frame);
         if (!isTime) {
-            statisticsOf(refused.frame).add(refused.frame, reader.input().lineNumber());
+            statisticsOf(refused.frame).add(refused.frame, reader_.input().lineNumber());
         }
     }
 
-    void take(const InputError& error) { otherFaults.add(faultAt(error)); }
+    void take(const InputError& error) { otherFaults_.add(faultAt(error)); }
 
     void judge(RecordingCheckResult& result) const {
-        result.conventions = conventions.found();
-        result.conventions.insert(result.conventions.end(), unknownWords.begin(),
-                                  unknownWords.end());
+        result.conventions = conventions_.found();
+        result.conventions.insert(result.conventions.end(), unknownWords_.begin(),
+                                  unknownWords_.end());
         Findings faults;
-        otherFaults.tell("", faults);
-        refusedTimes.tell(explaining("time", result), faults);
-        refusedBoxes.tell(explaining("box", result), faults);
+        otherFaults_.tell("", faults);
+        refusedTimes_.tell(explaining("time", result), faults);
+        refusedBoxes_.tell(explaining("box", result), faults);
         std::stable_sort(faults.begin(), faults.end(),
                          [](const Finding& a, const Finding& b) { return a.line < b.line; });
         Findings& findings = result.findings;
         findings.insert(findings.end(), faults.begin(), faults.end());
-        judgeFrames("video", video, findings);
-        judgeFrames("radar", radar, findings);
+        judgeFrames("video", video_, findings);
+        judgeFrames("radar", radar_, findings);
         for (const Convention& convention : result.conventions) {
             findings.push_back(convention.finding);
         }
@@ -254,11 +254,11 @@ public:
 
 private:
     FrameStatistics& statisticsOf(const SensorFrame& frame) {
-        return frame.source == Veskar::VideoObject ? video : radar;
+        return frame.source == Veskar::VideoObject ? video_ : radar_;
     }
 
     Finding faultAt(const InputError& error) const {
-        return findingOf(error, reader.input().name(), reader.input().lineNumber());
+        return findingOf(error, reader_.input().name(), reader_.input().lineNumber());
     }
 
     static std::string explaining(const char* key, const RecordingCheckResult& result) {
@@ -279,9 +279,9 @@ private:
             result.findings.push_back(disagreement());
             return;
         }
-        if (pairs.samples().size() >= fewestSamples) {
+        if (pairs_.samples().size() >= fewestSamples) {
             result.mounting =
-                estimateMounting(pairs.samples(), reader.header().camera.mounting.position[2]);
+                estimateMounting(pairs_.samples(), reader_.header().camera.mounting.position[2]);
         }
         if (!result.mounting || result.mounting->blocks < fewestBlocks) {
             const std::size_t blocks = result.mounting ? result.mounting->blocks : 0;
@@ -289,30 +289,30 @@ private:
             result.findings.push_back(withoutEstimate(blocks));
             return;
         }
-        judgeMounting(reader.header(), *result.mounting, result.findings);
+        judgeMounting(reader_.header(), *result.mounting, result.findings);
     }
 
     /// Whether enough reports have a partner where they stand, as far as the recording tells.
     bool sensorsAgree() const {
         constexpr double hardlyAny = 0.15;
-        const Agreement& tally = conventions.agreement();
-        return tally.asked() < plentyOfReports || pairs.radarTracks() == 0 ||
+        const Agreement& tally = conventions_.agreement();
+        return tally.asked() < plentyOfReports || pairs_.radarTracks() == 0 ||
                tally.share({}) > hardlyAny;
     }
 
     Finding disagreement() const {
-        const Agreement& tally = conventions.agreement();
+        const Agreement& tally = conventions_.agreement();
         return {Severity::Warning, 0, "installation", "",
                 fmt::format("radar and video do not see objects in the same places: of {} reports "
                             "of {} video tracks {:.0f} % have one of the {} radar tracks where "
                             "they stand; look at the mounting, the lens and the clocks",
-                            tally.asked(), pairs.videoTracks(), 100.0 * tally.share({}),
-                            pairs.radarTracks())};
+                            tally.asked(), pairs_.videoTracks(), 100.0 * tally.share({}),
+                            pairs_.radarTracks())};
     }
 
     /// Why the installation cannot be judged.
     Finding withoutEstimate(std::size_t blocks) const {
-        const Agreement& tally = conventions.agreement();
+        const Agreement& tally = conventions_.agreement();
         const bool isPlenty = tally.share({}) * static_cast<double>(tally.asked()) >
                               static_cast<double>(plentyOfReports);
         return noteOf(
@@ -322,20 +322,20 @@ private:
                         isPlenty ? "both sensors see the objects, but too rarely one that is alone "
                                    "and keeps its course,"
                                  : "too few objects were seen by both sensors",
-                        pairs.samples().size(), pairs.pairs(), blocks, fewestSamples, fewestBlocks,
-                        pairs.videoTracks(), pairs.radarTracks()));
+                        pairs_.samples().size(), pairs_.pairs(), blocks, fewestSamples,
+                        fewestBlocks, pairs_.videoTracks(), pairs_.radarTracks()));
     }
 
-    const RecordingReader& reader;
-    FrameStatistics video;
-    FrameStatistics radar;
-    TrackPairs pairs;
-    Conventions conventions;
-    std::vector<Convention> unknownWords;
-    UnknownWords words;
-    LineFaults otherFaults;
-    LineFaults refusedTimes;
-    LineFaults refusedBoxes;
+    const RecordingReader& reader_;
+    FrameStatistics video_;
+    FrameStatistics radar_;
+    TrackPairs pairs_;
+    Conventions conventions_;
+    std::vector<Convention> unknownWords_;
+    UnknownWords words_;
+    LineFaults otherFaults_;
+    LineFaults refusedTimes_;
+    LineFaults refusedBoxes_;
 };
 
 }  // namespace

@@ -67,73 +67,73 @@ std::string suggestion(const std::string& key, const Rules& rules) {
 
 class MemberCheck {
 public:
-    MemberCheck(const Rule& ofMember, std::string pathOfMember, Findings& list)
-        : rule(ofMember), path(std::move(pathOfMember)), findings(list) {}
+    MemberCheck(const Rule& rule, std::string path, Findings& findings)
+        : rule_(rule), path_(std::move(path)), findings_(findings) {}
 
     void missing(int line) const {
-        if (rule.required) {
-            findings.push_back({Severity::Fault, static_cast<std::uint64_t>(line), path, "",
-                                fmt::format("missing; expected {}", expectation(rule.wanted))});
+        if (rule_.required) {
+            findings_.push_back({Severity::Fault, static_cast<std::uint64_t>(line), path_, "",
+                                 fmt::format("missing; expected {}", expectation(rule_.wanted))});
         }
     }
 
     void value(const LocatedValue& value) const {
-        if (!hasType(value, rule.wanted)) {
-            add(Severity::Fault, value, fmt::format("expected {}", expectation(rule.wanted)));
-        } else if (isNumeric(rule.wanted)) {
-            number(value, path, rule.wanted);
-        } else if (rule.elements > 0) {
+        if (!hasType(value, rule_.wanted)) {
+            add(Severity::Fault, value, fmt::format("expected {}", expectation(rule_.wanted)));
+        } else if (isNumeric(rule_.wanted)) {
+            number(value, path_, rule_.wanted);
+        } else if (rule_.elements > 0) {
             array(value);
         }
     }
 
 private:
     void number(const LocatedValue& value, const std::string& place, Wanted wanted) const {
-        if (!rule.allowed.contains(value.number)) {
+        if (!rule_.allowed.contains(value.number)) {
             add(Severity::Fault, value, fmt::format("expected {}", expectation(wanted)), place);
-        } else if (!rule.usual.contains(value.number)) {
+        } else if (!rule_.usual.contains(value.number)) {
             add(Severity::Warning, value,
-                fmt::format("unusual for {}; usual is {}", rule.meaning, rule.usual.inWords()),
+                fmt::format("unusual for {}; usual is {}", rule_.meaning, rule_.usual.inWords()),
                 place);
         }
     }
 
     void array(const LocatedValue& value) const {
-        if (value.elements.size() != rule.elements) {
+        if (value.elements.size() != rule_.elements) {
             add(Severity::Fault, value,
-                fmt::format("expected {} numbers: {}", rule.elements, rule.meaning));
+                fmt::format("expected {} numbers: {}", rule_.elements, rule_.meaning));
             return;
         }
         for (std::size_t i = 0; i < value.elements.size(); ++i) {
             const LocatedValue& element = value.elements[i];
-            const std::string place = fmt::format("{}[{}]", path, i);
-            if (!hasType(element, rule.element)) {
-                add(Severity::Fault, element, fmt::format("expected {}", nameOf(rule.element)),
+            const std::string place = fmt::format("{}[{}]", path_, i);
+            if (!hasType(element, rule_.element)) {
+                add(Severity::Fault, element, fmt::format("expected {}", nameOf(rule_.element)),
                     place);
             } else {
-                number(element, place, rule.element);
+                number(element, place, rule_.element);
             }
         }
     }
 
     std::string expectation(Wanted wanted) const {
-        const std::string limits = rule.allowed.inWords();
+        const std::string limits = rule_.allowed.inWords();
         return fmt::format("{}{}{}: {}", nameOf(wanted), limits.empty() ? "" : " ", limits,
-                           rule.meaning);
+                           rule_.meaning);
     }
 
     void add(Severity severity, const LocatedValue& value, std::string message) const {
-        add(severity, value, std::move(message), path);
+        add(severity, value, std::move(message), path_);
     }
     void add(Severity severity, const LocatedValue& value, std::string message,
              const std::string& place) const {
-        findings.push_back({severity, static_cast<std::uint64_t>(value.line), place, value.shown(),
-                            std::move(message)});
+        findings_.push_back({severity, static_cast<std::uint64_t>(value.line), place, value.shown(),
+                             std::move(message)});
     }
 
-    const Rule& rule;
-    std::string path;
-    Findings& findings;
+    const Rule& rule_;
+    std::string path_;
+    Findings& findings_;
 };
 
 void checkKeys(const LocatedValue& object, const std::string& path, const Rules& rules,

@@ -182,22 +182,22 @@ const Rules objectRules{
 
 class SceneCheck {
 public:
-    explicit SceneCheck(Findings& list) : findings(list) {}
+    explicit SceneCheck(Findings& findings) : findings_(findings) {}
 
     void installation(const LocatedValue& parent) {
         if (const LocatedValue* camera = objectAt(parent, "camera")) {
-            checkCamera(*camera, "camera", Wanted::Number, findings);
+            checkCamera(*camera, "camera", Wanted::Number, findings_);
         }
         if (const LocatedValue* radar = objectAt(parent, "radar")) {
-            checkMembers(*radar, "radar", radarRules, Severity::Fault, findings);
+            checkMembers(*radar, "radar", radarRules, Severity::Fault, findings_);
             if (const LocatedValue* rotation = objectAt(*radar, "rotation")) {
                 checkMembers(*rotation, "radar.rotation", radarRotationRules, Severity::Fault,
-                             findings);
+                             findings_);
             }
             height(*radar);
         }
         if (const LocatedValue* site = objectAt(parent, "site")) {
-            checkMembers(*site, "site", siteRules, Severity::Fault, findings);
+            checkMembers(*site, "site", siteRules, Severity::Fault, findings_);
         }
     }
 
@@ -208,17 +208,17 @@ public:
         }
         Rules rules = sensorRules;
         rules.insert(rules.end(), own.begin(), own.end());
-        checkMembers(*sensor, name, rules, Severity::Fault, findings);
+        checkMembers(*sensor, name, rules, Severity::Fault, findings_);
         if (const LocatedValue* error = objectAt(*sensor, "mountingError")) {
             checkMembers(*error, joinPath(name, "mountingError"), mountingErrorRules,
-                         Severity::Fault, findings);
+                         Severity::Fault, findings_);
         }
         elements(*sensor, name, "outages", [this](const LocatedValue& outage, const auto& path) {
-            checkMembers(outage, path, outageRules, Severity::Fault, findings);
+            checkMembers(outage, path, outageRules, Severity::Fault, findings_);
             interval(outage, path);
         });
         elements(*sensor, name, "persistent", [this](const LocatedValue& item, const auto& path) {
-            checkMembers(item, path, persistentRules, Severity::Fault, findings);
+            checkMembers(item, path, persistentRules, Severity::Fault, findings_);
             interval(item, path);
             className(item, path);
         });
@@ -247,8 +247,8 @@ private:
     }
 
     void add(Severity severity, const LocatedValue& value, std::string key, std::string message) {
-        findings.push_back({severity, static_cast<std::uint64_t>(value.line), std::move(key),
-                            value.shown(), std::move(message)});
+        findings_.push_back({severity, static_cast<std::uint64_t>(value.line), std::move(key),
+                             value.shown(), std::move(message)});
     }
 
     void height(const LocatedValue& radar) {
@@ -284,7 +284,7 @@ private:
     void word(const LocatedValue& item, const std::string& path, const char* key, WordKind kind) {
         const LocatedValue* name = item.find(key);
         if (name == nullptr || name->kind != Kind::Text ||
-            !words.insert({kind, name->text}).second) {
+            !words_.insert({kind, name->text}).second) {
             return;
         }
         if (const std::optional<std::string> advice = adviceOn(kind, name->text)) {
@@ -304,7 +304,7 @@ private:
                          possible,
                          {0.1, 50.0},
                          isInterval ? std::size_t{2} : 0});
-        checkMembers(item, path, rules, Severity::Fault, findings);
+        checkMembers(item, path, rules, Severity::Fault, findings_);
         if (item.kind != Kind::Object) {
             return;
         }
@@ -345,8 +345,8 @@ private:
         });
     }
 
-    Findings& findings;
-    std::set<std::pair<WordKind, std::string>> words;  ///< that were looked at
+    Findings& findings_;
+    std::set<std::pair<WordKind, std::string>> words_;  ///< that were looked at
 };
 
 }  // namespace

@@ -106,14 +106,14 @@ void forgetBefore(Sightings& tracks, double time) {
 }  // namespace
 
 TrackPairs::TrackPairs(const RecordingHeader& header)
-    : projection(header.camera.build()),
-      toCamera(Eigen::Rotation2Dd(-radians(header.camera.mounting.yaw))),
-      radar(header.radar, {}) {}
+    : projection_(header.camera.build()),
+      toCamera_(Eigen::Rotation2Dd(-radians(header.camera.mounting.yaw))),
+      radar_(header.radar, {}) {}
 
 TrackPairs::View TrackPairs::viewOfGround(const Eigen::Vector2d& ground) const {
-    const Eigen::Vector2d offset = toCamera * (ground - projection.origin().head<2>());
+    const Eigen::Vector2d offset = toCamera_ * (ground - projection_.origin().head<2>());
     const double distance = offset.norm();
-    return {std::atan2(offset[1], offset[0]), std::atan2(projection.origin()[2], distance),
+    return {std::atan2(offset[1], offset[0]), std::atan2(projection_.origin()[2], distance),
             distance};
 }
 
@@ -123,7 +123,7 @@ std::optional<TrackPairs::View> TrackPairs::viewOf(const Report& report) const {
         return std::nullopt;
     }
     if (const auto* seen = std::get_if<RadarReport>(&report)) {
-        return viewOfGround(radar.groundPoint(seen->range, seen->azimuth).position);
+        return viewOfGround(radar_.groundPoint(seen->range, seen->azimuth).position);
     }
     const auto* seen = std::get_if<VideoReport>(&report);
     // A foot at the edge of the image may lie outside it.
@@ -132,47 +132,47 @@ std::optional<TrackPairs::View> TrackPairs::viewOf(const Report& report) const {
         return std::nullopt;
     }
     const Eigen::Vector3d ray =
-        projection.ray(0.5 * (seen->box.left + seen->box.right), seen->box.bottom);
+        projection_.ray(0.5 * (seen->box.left + seen->box.right), seen->box.bottom);
     const double depression = std::asin(std::clamp(-ray[2], -1.0, 1.0));
-    const Eigen::Vector2d aside = toCamera * ray.head<2>();
+    const Eigen::Vector2d aside = toCamera_ * ray.head<2>();
     return View(std::atan2(aside[1], aside[0]), depression, 0.0);
 }
 
 void TrackPairs::add(const SensorFrame& frame) {
     const bool isVideo = frame.source == Veskar::VideoObject;
-    Sightings& tracks = isVideo ? videoSightings : radarSightings;
+    Sightings& tracks = isVideo ? videoSightings_ : radarSightings_;
     for (const Report& report : frame.tracks) {
         const std::optional<View> view = viewOf(report);
         auto& sightings = tracks[baseOf(report).id];
         if (baseOf(report).confirmed) {
-            count(isVideo ? videoIds : radarIds, baseOf(report).id);
+            count(isVideo ? videoIds_ : radarIds_, baseOf(report).id);
         }
         if (view && (sightings.empty() || sightings.back().time < frame.time)) {
             sightings.push_back({frame.time, *view});
         }
     }
-    (isVideo ? lastVideo : lastRadar) = frame.time;
+    (isVideo ? lastVideo_ : lastRadar_) = frame.time;
     if (isVideo) {
-        pending.push_back(frame.time);
+        pending_.push_back(frame.time);
     }
-    while (!pending.empty() && pending.front() + halfSpan <= std::min(lastVideo, lastRadar)) {
-        pairAt(pending.front());
-        pending.pop_front();
+    while (!pending_.empty() && pending_.front() + halfSpan <= std::min(lastVideo_, lastRadar_)) {
+        pairAt(pending_.front());
+        pending_.pop_front();
     }
-    const double oldest = std::max(lastVideo, lastRadar) - memory;
-    while (!pending.empty() && pending.front() < oldest) {
-        pending.pop_front();
+    const double oldest = std::max(lastVideo_, lastRadar_) - memory;
+    while (!pending_.empty() && pending_.front() < oldest) {
+        pending_.pop_front();
     }
     forgetBefore(tracks, oldest);
 }
 
 void TrackPairs::pairAt(double time) {
-    if (time < lastSample + interval) {
+    if (time < lastSample_ + interval_) {
         return;
     }
-    lastSample = time;
-    const std::vector<Glimpse> byVideo = glimpsesAt(videoSightings, time);
-    const std::vector<Glimpse> byRadar = glimpsesAt(radarSightings, time);
+    lastSample_ = time;
+    const std::vector<Glimpse> byVideo = glimpsesAt(videoSightings_, time);
+    const std::vector<Glimpse> byRadar = glimpsesAt(radarSightings_, time);
     for (const Glimpse& seen : byVideo) {
         const auto partner =
             std::find_if(byRadar.begin(), byRadar.end(),
@@ -181,7 +181,7 @@ void TrackPairs::pairAt(double time) {
                              countNear(seen, byRadar, aloneFactor) == 1 &&
                              countNear(*partner, byVideo, aloneFactor) == 1;
         if (isAlone) {
-            count(pairIds, {seen.id, partner->id});
+            count(pairIds_, {seen.id, partner->id});
             // Video knows the bearing better, radar the distance.
             keep({time, seen.view[0] - partner->view[0], seen.rate[0],
                   seen.view[1] - partner->view[1], partner->rate[1], partner->view[2]});
@@ -191,16 +191,16 @@ void TrackPairs::pairAt(double time) {
 
 /// Halves the samples when there are too many, and takes half as many from then on.
 void TrackPairs::keep(const PairSample& sample) {
-    collected.push_back(sample);
-    if (collected.size() < mostSamples) {
+    collected_.push_back(sample);
+    if (collected_.size() < mostSamples) {
         return;
     }
     std::size_t kept = 0;
-    for (std::size_t i = 0; i < collected.size(); i += 2) {
-        collected[kept++] = collected[i];
+    for (std::size_t i = 0; i < collected_.size(); i += 2) {
+        collected_[kept++] = collected_[i];
     }
-    collected.resize(kept);
-    interval *= 2.0;
+    collected_.resize(kept);
+    interval_ *= 2.0;
 }
 
 }  // namespace Workbench

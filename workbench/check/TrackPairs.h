@@ -30,12 +30,12 @@ public:
     void add(const SensorFrame& frame);
 
     /// @return the samples in order of time
-    const std::vector<PairSample>& samples() const { return collected; }
+    const std::vector<PairSample>& samples() const { return collected_; }
     /// @return how many tracks video and radar have reported, and how many pairs of them were seen;
     ///         counted no further than 10,000
-    std::size_t videoTracks() const { return videoIds.size(); }
-    std::size_t radarTracks() const { return radarIds.size(); }
-    std::size_t pairs() const { return pairIds.size(); }
+    std::size_t videoTracks() const { return videoIds_.size(); }
+    std::size_t radarTracks() const { return radarIds_.size(); }
+    std::size_t pairs() const { return pairIds_.size(); }
 
 private:
     /// A track at one time, seen from the camera: bearing from where it looks, depression
@@ -54,20 +54,20 @@ private:
 
     using Ids = std::pair<std::int32_t, std::int32_t>;
 
-    Projection projection;
-    Eigen::Matrix2d toCamera;  ///< turns x to where the camera looks, so that no bearing wraps
-    RadarModel radar;
-    Sightings videoSightings;
-    Sightings radarSightings;
-    std::deque<double> pending;
-    double lastVideo = 0.0;
-    double lastRadar = 0.0;
-    double lastSample = -1e300;
-    double interval = 0.2;
-    std::vector<PairSample> collected;
-    std::set<std::int32_t> videoIds;
-    std::set<std::int32_t> radarIds;
-    std::set<Ids> pairIds;
+    Projection projection_;
+    Eigen::Matrix2d toCamera_;  ///< turns x to where the camera looks, so that no bearing wraps
+    RadarModel radar_;
+    Sightings videoSightings_;
+    Sightings radarSightings_;
+    std::deque<double> pending_;
+    double lastVideo_ = 0.0;
+    double lastRadar_ = 0.0;
+    double lastSample_ = -1e300;
+    double interval_ = 0.2;
+    std::vector<PairSample> collected_;
+    std::set<std::int32_t> videoIds_;
+    std::set<std::int32_t> radarIds_;
+    std::set<Ids> pairIds_;
 };
 
 }  // namespace Workbench

@@ -39,9 +39,9 @@ public:
     static double bearingLimit();
 
 private:
-    int ratioReach;
-    std::vector<std::uint64_t> votes;
-    std::vector<std::uint64_t> lastVoter;
+    int ratioReach_;
+    std::vector<std::uint64_t> votes_;
+    std::vector<std::uint64_t> lastVoter_;
 };
 
 }  // namespace Workbench

@@ -12,33 +12,33 @@
 
 namespace Workbench {
 
-Progress::Progress(std::string givenTitle)
-    : title(std::move(givenTitle)), isTerminal(::isatty(STDERR_FILENO) == 1) {}
+Progress::Progress(std::string title)
+    : title_(std::move(title)), isTerminal_(::isatty(STDERR_FILENO) == 1) {}
 
 Progress::~Progress() {
-    if (isDrawn) {
+    if (isDrawn_) {
         writeError("\r\033[K");
     }
 }
 
 void Progress::update(double fraction) {
     using namespace std::chrono_literals;
-    if (!isTerminal) {
+    if (!isTerminal_) {
         return;
     }
     const Clock::time_point now = Clock::now();
-    if (now - start < 1s || (isDrawn && now - drawn < 100ms)) {
+    if (now - start_ < 1s || (isDrawn_ && now - drawn_ < 100ms)) {
         return;
     }
-    drawn = now;
-    isDrawn = true;
-    const double seconds = std::chrono::duration<double>(now - start).count();
+    drawn_ = now;
+    isDrawn_ = true;
+    const double seconds = std::chrono::duration<double>(now - start_).count();
     if (fraction < 0.0) {
-        writeError(fmt::format("\r{} {:.0f} s\033[K", title, seconds));
+        writeError(fmt::format("\r{} {:.0f} s\033[K", title_, seconds));
     } else {
         constexpr int width = 40;
         const int full = static_cast<int>(width * std::clamp(fraction, 0.0, 1.0));
-        writeError(fmt::format("\r{} [{:=<{}}{: <{}}] {:3.0f} %\033[K", title, "", full, "",
+        writeError(fmt::format("\r{} [{:=<{}}{: <{}}] {:3.0f} %\033[K", title_, "", full, "",
                                width - full, 100.0 * fraction));
     }
     std::fflush(stderr);

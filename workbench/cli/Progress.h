@@ -23,11 +23,11 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    std::string title;
-    bool isTerminal;
-    bool isDrawn = false;
-    Clock::time_point start = Clock::now();
-    Clock::time_point drawn = Clock::now();
+    std::string title_;
+    bool isTerminal_;
+    bool isDrawn_ = false;
+    Clock::time_point start_ = Clock::now();
+    Clock::time_point drawn_ = Clock::now();
 };
 
 }  // namespace Workbench

@@ -50,43 +50,43 @@ bool summaryGoesToStandardOutput(const Options& options) {
 class Pace {
 public:
     void waitFor(double time) {
-        if (!isRunning) {
-            isRunning = true;
-            first = time;
+        if (!isRunning_) {
+            isRunning_ = true;
+            first_ = time;
         }
         // What is farther off than the clock can count is never reached either.
         constexpr double longest = 1e9;
-        const std::chrono::duration<double> elapsed(std::min(time - first, longest));
-        sleepUntil(start + std::chrono::duration_cast<Clock::duration>(elapsed));
+        const std::chrono::duration<double> elapsed(std::min(time - first_, longest));
+        sleepUntil(start_ + std::chrono::duration_cast<Clock::duration>(elapsed));
     }
 
 private:
     using Clock = std::chrono::steady_clock;
 
-    Clock::time_point start = Clock::now();
-    double first = 0.0;
-    bool isRunning = false;
+    Clock::time_point start_ = Clock::now();
+    double first_ = 0.0;
+    bool isRunning_ = false;
 };
 
 /// Where the explanations go, if anyone wants them.
 class Explanations {
 public:
     explicit Explanations(const std::string& path)
-        : file(path.empty() ? nullptr : std::make_unique<OutputFile>(path)),
-          explainer([this](const std::string& line) { file->write(line); }, Replay::uptime) {}
+        : file_(path.empty() ? nullptr : std::make_unique<OutputFile>(path)),
+          explainer_([this](const std::string& line) { file_->write(line); }, Replay::uptime) {}
 
-    Veskar::FusionObserver* observer() { return file ? &explainer : nullptr; }
+    Veskar::FusionObserver* observer() { return file_ ? &explainer_ : nullptr; }
     void finish(const std::string& closing) {
-        if (file) {
-            explainer.finish();
-            file->write(closing);
-            file->commit();
+        if (file_) {
+            explainer_.finish();
+            file_->write(closing);
+            file_->commit();
         }
     }
 
 private:
-    std::unique_ptr<OutputFile> file;
-    Explainer explainer;
+    std::unique_ptr<OutputFile> file_;
+    Explainer explainer_;
 };
 
 /// Sends the whole recording through the fusion.

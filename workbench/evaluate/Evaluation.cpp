@@ -84,13 +84,13 @@ Instant partOf(const Instant& whole, const Pairs& pairs, TruthIsKept truthIsKept
 }  // namespace
 
 Evaluation::Evaluation(const RecordingHeader& installation, const Veskar::Config& config,
-                       const EvaluationOptions& wishes)
-    : header(installation), options(wishes), adapter(installation, config) {
-    const Picture empty(options.coastingLimit);
-    trackers.push_back({"fusion", std::nullopt, 0, empty, {}, {}});
+                       const EvaluationOptions& options)
+    : header_(installation), options_(options), adapter_(installation, config) {
+    const Picture empty(options_.coastingLimit);
+    trackers_.push_back({"fusion", std::nullopt, 0, empty, {}, {}});
     for (const Veskar::Source source : {Veskar::Radar, Veskar::VideoObject}) {
-        for (const int hits : options.confirmationHits) {
-            trackers.push_back(
+        for (const int hits : options_.confirmationHits) {
+            trackers_.push_back(
                 {fmt::format("{} {}", sourceName(source), hits), source, hits, empty, {}, {}});
         }
     }
@@ -113,44 +113,44 @@ void Evaluation::add(const FusedFrame& frame) {
             reports.push_back(*reported);
         }
     }
-    trackers.front().picture.replace(frame.time, std::move(reports));
+    trackers_.front().picture.replace(frame.time, std::move(reports));
 }
 
 /// A slow sensor's tracks are predicted for the fusion, and so they are shown.
 void Evaluation::predictSlowSensors(double time) {
-    while (const auto added = duties.nextBefore(time)) {
+    while (const auto added = duties_.nextBefore(time)) {
         if (added->basis != nullptr) {
-            show(added->source, added->time, adapter.convert(*added->basis, 0.0, added->ahead));
+            show(added->source, added->time, adapter_.convert(*added->basis, 0.0, added->ahead));
         }
     }
 }
 
 void Evaluation::takeSensor(const SensorFrame& frame) {
     predictSlowSensors(frame.received);
-    duties.saw(frame);
+    duties_.saw(frame);
     for (const Report& report : frame.tracks) {
         const ReportBase& base = baseOf(report);
         if (base.coasting == 0.0) {
-            ++hitsOfTrack[{frame.source, base.id}];
+            ++hitsOfTrack_[{frame.source, base.id}];
         }
     }
-    show(frame.source, frame.time, adapter.convert(frame));
+    show(frame.source, frame.time, adapter_.convert(frame));
 }
 
 /// Reads a sensor's tracks as if each were a system track with this one sensor: on the same way.
 void Evaluation::show(Veskar::Source source, double time,
                       const std::vector<std::shared_ptr<Veskar::Track>>& tracks) {
-    for (Judged& tracker : trackers) {
+    for (Judged& tracker : trackers_) {
         if (tracker.source != source) {
             continue;
         }
         SensorTracks reports;
         for (const std::shared_ptr<Veskar::Track>& track : tracks) {
-            if (hitsOfTrack[{source, track->id}] < tracker.hits) {
+            if (hitsOfTrack_[{source, track->id}] < tracker.hits) {
                 continue;
             }
             const Veskar::SystemTrack alone(track, track->id);
-            if (const auto reported = reportedOf(placed(readTrack(alone), adapter))) {
+            if (const auto reported = reportedOf(placed(readTrack(alone), adapter_))) {
                 reports.push_back(*reported);
             }
         }
@@ -161,42 +161,42 @@ void Evaluation::show(Veskar::Source source, double time,
 void Evaluation::judge(const TruthFrame& truth) {
     for (const TruthObject& object : truth.objects) {
         const bool isNew =
-            std::find(classes.begin(), classes.end(), object.className) == classes.end();
+            std::find(classes_.begin(), classes_.end(), object.className) == classes_.end();
         if (isNew && object.className != wholeScene) {
-            classes.push_back(object.className);
+            classes_.push_back(object.className);
         }
     }
-    for (Judged& tracker : trackers) {
+    for (Judged& tracker : trackers_) {
         judge(tracker, truth);
     }
-    ++judged;
+    ++judged_;
 }
 
 void Evaluation::judge(Judged& tracker, const TruthFrame& truth) {
-    const SetDistanceParameters setDistance{options.cutoff, 2.0};
+    const SetDistanceParameters setDistance{options_.cutoff, 2.0};
     const Instant everything = instantOf(truth, tracker.picture.at(truth.time));
     const Instant scene = partOf(
         everything, matchWithinCutoff(everything, setDistance),
         [&](std::size_t i, const TrueObject&) {
-            return !options.commonFieldOfView ||
+            return !options_.commonFieldOfView ||
                    (truth.objects[i].inVideo && truth.objects[i].inRadar);
         },
         [&](const JudgedTrack& track) {
-            return !options.commonFieldOfView || isInCommonView(track.position);
+            return !options_.commonFieldOfView || isInCommonView(track.position);
         });
     Scorecard& whole = card(tracker, wholeScene);
     whole.add(scene);
     tracker.moments.push_back({truth.time, gospa(scene, setDistance), whole.matches()});
 
     const Pairs pairs = matchWithinCutoff(scene, setDistance);
-    for (const std::string& name : classes) {
+    for (const std::string& name : classes_) {
         card(tracker, name)
             .add(partOf(
                 scene, pairs,
                 [&](std::size_t, const TrueObject& object) { return object.className == name; },
                 [&](const JudgedTrack& track) { return track.className == name; }));
     }
-    for (const double band : options.bands) {
+    for (const double band : options_.bands) {
         const std::string name = bandName(band);
         const auto isInside = [&](const auto& member) { return bandOf(member.position) == name; };
         card(tracker, name)
@@ -207,38 +207,39 @@ void Evaluation::judge(Judged& tracker, const TruthFrame& truth) {
 }
 
 Scorecard& Evaluation::card(Judged& tracker, const std::string& part) {
-    return tracker.cards.try_emplace(part, options.cutoff, adapter.projection().origin().head<2>())
+    return tracker.cards
+        .try_emplace(part, options_.cutoff, adapter_.projection().origin().head<2>())
         .first->second;
 }
 
 bool Evaluation::isInCommonView(const Eigen::Vector2d& position) const {
-    return adapter.projection().sees({position[0], position[1], 0.0}) &&
-           isInFieldOfView(header.radar, position);
+    return adapter_.projection().sees({position[0], position[1], 0.0}) &&
+           isInFieldOfView(header_.radar, position);
 }
 
 std::string Evaluation::bandName(double from) const {
-    const auto next = std::upper_bound(options.bands.begin(), options.bands.end(), from);
-    return next == options.bands.end() ? fmt::format("{} m and more", from)
-                                       : fmt::format("{} to {} m", from, *next);
+    const auto next = std::upper_bound(options_.bands.begin(), options_.bands.end(), from);
+    return next == options_.bands.end() ? fmt::format("{} m and more", from)
+                                        : fmt::format("{} to {} m", from, *next);
 }
 
 /// Empty nearer than the first band.
 std::string Evaluation::bandOf(const Eigen::Vector2d& position) const {
-    const double range = (position - adapter.projection().origin().head<2>()).norm();
-    const auto next = std::upper_bound(options.bands.begin(), options.bands.end(), range);
-    return next == options.bands.begin() ? "" : bandName(*std::prev(next));
+    const double range = (position - adapter_.projection().origin().head<2>()).norm();
+    const auto next = std::upper_bound(options_.bands.begin(), options_.bands.end(), range);
+    return next == options_.bands.begin() ? "" : bandName(*std::prev(next));
 }
 
 std::vector<PartFigures> Evaluation::figures() const {
     std::vector<std::string> parts{wholeScene};
-    parts.insert(parts.end(), classes.begin(), classes.end());
-    for (const double band : options.bands) {
+    parts.insert(parts.end(), classes_.begin(), classes_.end());
+    for (const double band : options_.bands) {
         parts.push_back(bandName(band));
     }
     std::vector<PartFigures> result;
     for (const std::string& part : parts) {
         PartFigures figures{part, {}};
-        for (const Judged& tracker : trackers) {
+        for (const Judged& tracker : trackers_) {
             const auto card = tracker.cards.find(part);
             if (card != tracker.cards.end()) {
                 figures.trackers.push_back({tracker.name, card->second.figures()});
@@ -251,8 +252,8 @@ std::vector<PartFigures> Evaluation::figures() const {
 
 std::vector<GospaSeries> Evaluation::gospaOverTime() const {
     std::vector<GospaSeries> series;
-    series.reserve(trackers.size());
-    for (const Judged& tracker : trackers) {
+    series.reserve(trackers_.size());
+    for (const Judged& tracker : trackers_) {
         series.push_back({tracker.name, tracker.moments});
     }
     return series;

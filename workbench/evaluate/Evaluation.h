@@ -62,9 +62,9 @@ class Evaluation {
 public:
     /// @param installation the header of the recording
     /// @param config configuration of the fusion; the sensors' tracks are read with its noise
-    /// @param wishes what is asked for
+    /// @param options what is asked for
     Evaluation(const RecordingHeader& installation, const Veskar::Config& config,
-               const EvaluationOptions& wishes);
+               const EvaluationOptions& options);
 
     /// @param frame what the fusion knew after a frame, in the order of arrival: at the latest
     ///              before the first truth that is later than its arrival
@@ -75,7 +75,7 @@ public:
     /// @return the whole scene, then the classes, then the range bands
     std::vector<PartFigures> figures() const;
     /// @return moments that were judged
-    int instants() const { return judged; }
+    int instants() const { return judged_; }
     /// @return GOSPA of every judged moment, of the fusion and of each sensor
     std::vector<GospaSeries> gospaOverTime() const;
 
@@ -101,14 +101,14 @@ private:
     std::string bandName(double from) const;
     std::string bandOf(const Eigen::Vector2d& position) const;
 
-    RecordingHeader header;
-    EvaluationOptions options;
-    HostAdapter adapter;
-    HostDuties duties;
-    std::vector<Judged> trackers;
-    std::map<std::pair<Veskar::Source, int>, int> hitsOfTrack;
-    std::vector<std::string> classes;
-    int judged = 0;
+    RecordingHeader header_;
+    EvaluationOptions options_;
+    HostAdapter adapter_;
+    HostDuties duties_;
+    std::vector<Judged> trackers_;
+    std::map<std::pair<Veskar::Source, int>, int> hitsOfTrack_;
+    std::vector<std::string> classes_;
+    int judged_ = 0;
 };
 
 }  // namespace Workbench

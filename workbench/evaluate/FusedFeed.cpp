@@ -15,17 +15,17 @@ void FusedFeed::follow(const RecordingLine& line) {
         return truth != nullptr ? frame.received < truth->time
                                 : frame.received <= std::get<SensorFrame>(line).received;
     };
-    while (next && isReached(*next)) {
+    while (next_ && isReached(*next_)) {
         handOne();
     }
 }
 
 bool FusedFeed::handOne() {
-    if (!next) {
+    if (!next_) {
         return false;
     }
-    sink(*next);
-    next = file.next();
+    sink_(*next_);
+    next_ = file_.next();
     return true;
 }
 

@@ -23,9 +23,9 @@ public:
     using Sink = std::function<void(const FusedFrame&)>;
 
     /// @param source the file; must outlive this
-    /// @param receiver receives its frames
-    FusedFeed(FusedReader& source, Sink receiver)
-        : file(source), sink(std::move(receiver)), next(file.next()) {}
+    /// @param sink receives its frames
+    FusedFeed(FusedReader& source, Sink sink)
+        : file_(source), sink_(std::move(sink)), next_(file_.next()) {}
 
     /// Hands out what the fusion knew when a line of the recording is reached: with a sensor's
     /// frame what it made of this frame, with a truth what it knew before.
@@ -38,9 +38,9 @@ public:
     bool handOne();
 
 private:
-    FusedReader& file;
-    Sink sink;
-    std::optional<FusedFrame> next;
+    FusedReader& file_;
+    Sink sink_;
+    std::optional<FusedFrame> next_;
 };
 
 }  // namespace Workbench

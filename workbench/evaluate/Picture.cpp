@@ -13,15 +13,15 @@ constexpr double timeTolerance = 2e-6;
 }  // namespace
 
 void Picture::replace(double time, std::vector<Reported> reports) {
-    reportTime = time;
-    current = std::move(reports);
+    reportTime_ = time;
+    current_ = std::move(reports);
 }
 
 std::vector<JudgedTrack> Picture::at(double time) const {
-    const double elapsed = time - reportTime;
+    const double elapsed = time - reportTime_;
     std::vector<JudgedTrack> shown;
-    for (const Reported& reported : current) {
-        if (reported.coasting + elapsed > coastingLimit + timeTolerance) {
+    for (const Reported& reported : current_) {
+        if (reported.coasting + elapsed > coastingLimit_ + timeTolerance) {
             continue;
         }
         JudgedTrack track = reported.track;

@@ -21,7 +21,7 @@ public:
     };
 
     /// @param seconds how long a track is shown that no sensor sees, the same for every tracker
-    explicit Picture(double seconds) : coastingLimit(seconds) {}
+    explicit Picture(double seconds) : coastingLimit_(seconds) {}
 
     /// @param time of the estimates, s
     /// @param reports all tracks of the tracker
@@ -32,9 +32,9 @@ public:
     std::vector<JudgedTrack> at(double time) const;
 
 private:
-    double coastingLimit;
-    double reportTime = 0.0;
-    std::vector<Reported> current;
+    double coastingLimit_;
+    double reportTime_ = 0.0;
+    std::vector<Reported> current_;
 };
 
 }  // namespace Workbench

@@ -4,37 +4,37 @@
 namespace Workbench {
 
 Scorecard::Scorecard(double cutoff, const Eigen::Vector2d& observer)
-    : setDistance{cutoff, 2.0},
-      gospaMean(setDistance),
-      ospaMean(setDistance),
-      clearMot({cutoff, 0.5}),
-      identity({cutoff, 0.5}),
-      hota(cutoff),
-      quality(0.5 * cutoff),
-      accuracy(observer) {}
+    : setDistance_{cutoff, 2.0},
+      gospaMean_(setDistance_),
+      ospaMean_(setDistance_),
+      clearMot_({cutoff, 0.5}),
+      identity_({cutoff, 0.5}),
+      hota_(cutoff),
+      quality_(0.5 * cutoff),
+      accuracy_(observer) {}
 
 void Scorecard::add(const Instant& instant) {
-    const Pairs pairs = matchWithinCutoff(instant, setDistance);
-    gospaMean.add(instant);
-    ospaMean.add(instant);
-    clearMot.add(instant);
-    identity.add(instant);
-    hota.add(instant);
-    quality.add(instant);
-    accuracy.add(instant, pairs);
-    consistency.add(instant, pairs);
-    delay.add(instant, pairs);
+    const Pairs pairs = matchWithinCutoff(instant, setDistance_);
+    gospaMean_.add(instant);
+    ospaMean_.add(instant);
+    clearMot_.add(instant);
+    identity_.add(instant);
+    hota_.add(instant);
+    quality_.add(instant);
+    accuracy_.add(instant, pairs);
+    consistency_.add(instant, pairs);
+    delay_.add(instant, pairs);
 }
 
 std::vector<Figure> Scorecard::figures() const {
-    const GospaMean::Result g = gospaMean.result();
-    const ClearMot::Result m = clearMot.result();
-    const Identity::Result i = identity.result();
-    const Hota::Result h = hota.result();
-    const PictureQuality::Result q = quality.result();
-    const Accuracy::Result a = accuracy.result();
-    const Consistency::Result c = consistency.result();
-    const ConfirmationDelay::Result d = delay.result();
+    const GospaMean::Result g = gospaMean_.result();
+    const ClearMot::Result m = clearMot_.result();
+    const Identity::Result i = identity_.result();
+    const Hota::Result h = hota_.result();
+    const PictureQuality::Result q = quality_.result();
+    const Accuracy::Result a = accuracy_.result();
+    const Consistency::Result c = consistency_.result();
+    const ConfirmationDelay::Result d = delay_.result();
     constexpr bool all = true;  // needs all objects
     constexpr bool any = false;
     constexpr bool yes = true;  // essential
@@ -47,7 +47,7 @@ std::vector<Figure> Scorecard::figures() const {
         {"GOSPA_false", "  false part [m]", 3, all, yes, g.falseTracks},
         {"missed_per_instant", "missed objects at a time", 3, any, no, g.missedPerInstant},
         {"false_per_instant", "false tracks at a time", 3, all, no, g.falsePerInstant},
-        {"OSPA", "OSPA [m]", 3, all, no, ospaMean.result()},
+        {"OSPA", "OSPA [m]", 3, all, no, ospaMean_.result()},
         {"MOTA", "MOTA", 3, all, yes, m.MOTA},
         {"MOTP", "MOTP", 3, any, no, m.MOTP},
         {"MOTP_distance", "MOTP as distance [m]", 3, any, no, m.motpDistance},

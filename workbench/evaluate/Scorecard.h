@@ -39,19 +39,19 @@ public:
     /// @return all figures, always the same ones in the same order
     std::vector<Figure> figures() const;
     /// @return see ClearMot::matches
-    const std::map<int, int>& matches() const { return clearMot.matches(); }
+    const std::map<int, int>& matches() const { return clearMot_.matches(); }
 
 private:
-    SetDistanceParameters setDistance;
-    GospaMean gospaMean;
-    OspaMean ospaMean;
-    ClearMot clearMot;
-    Identity identity;
-    Hota hota;
-    PictureQuality quality;
-    Accuracy accuracy;
-    Consistency consistency;
-    ConfirmationDelay delay;
+    SetDistanceParameters setDistance_;
+    GospaMean gospaMean_;
+    OspaMean ospaMean_;
+    ClearMot clearMot_;
+    Identity identity_;
+    Hota hota_;
+    PictureQuality quality_;
+    Accuracy accuracy_;
+    Consistency consistency_;
+    ConfirmationDelay delay_;
 };
 
 }  // namespace Workbench

@@ -39,31 +39,31 @@ double angleFromAxis(double beside, double ahead) {
 }  // namespace
 
 Projection::Projection(const Veskar::Camera& camera)
-    : lens(camera),
-      isPinhole(camera.hasBDCEnabled()),
-      aspect(camera.getAspectRatio()),
-      centre(camera.getSensorOffset()),
-      radiansToImage(radiansToImageOf(camera)),
-      imageToRadians(camera.getLensPolynomImageToRadians()),
-      pinholeScale(1.0 / std::tan(camera.getFieldOfView()[0])),
-      cameraPosition(camera.getPosition()),
-      toCamera(camera.getRotation().transpose()) {}
+    : lens_(camera),
+      isPinhole_(camera.hasBDCEnabled()),
+      aspect_(camera.getAspectRatio()),
+      centre_(camera.getSensorOffset()),
+      radiansToImage_(radiansToImageOf(camera)),
+      imageToRadians_(camera.getLensPolynomImageToRadians()),
+      pinholeScale_(1.0 / std::tan(camera.getFieldOfView()[0])),
+      cameraPosition_(camera.getPosition()),
+      toCamera_(camera.getRotation().transpose()) {}
 
 double Projection::imageRadius(double angle) const {
-    if (isPinhole) {
-        return pinholeScale * std::tan(std::min(angle, largestPinholeAngle));
+    if (isPinhole_) {
+        return pinholeScale_ * std::tan(std::min(angle, largestPinholeAngle));
     }
-    return evaluate(radiansToImage, angle);
+    return evaluate(radiansToImage_, angle);
 }
 
 Projection::Radius Projection::radiusAt(double angle) const {
     const double radius = imageRadius(angle);
-    if (isPinhole) {
-        const double tangent = radius / pinholeScale;
-        const double slope = pinholeScale * (1.0 + tangent * tangent);
+    if (isPinhole_) {
+        const double tangent = radius / pinholeScale_;
+        const double slope = pinholeScale_ * (1.0 + tangent * tangent);
         return {radius, slope, 2.0 * tangent * slope};
     }
-    const Eigen::Vector4d& c = radiansToImage;
+    const Eigen::Vector4d& c = radiansToImage_;
     return {radius, c[1] + angle * (2.0 * c[2] + angle * 3.0 * c[3]),
             2.0 * c[2] + 6.0 * angle * c[3]};
 }
@@ -72,7 +72,7 @@ Projection::LensPoint Projection::look(const Eigen::Vector3d& point) const {
     LensPoint seen;
     Eigen::Vector3d& c = seen.place;
     double& s = seen.s;
-    c = toCamera * (point - cameraPosition);
+    c = toCamera_ * (point - cameraPosition_);
     s = c.tail<2>().norm();
     if (s < leastAngle * std::abs(c[0])) {
         c[2] = std::copysign(leastAngle * std::abs(c[0]), c[2]);
@@ -94,9 +94,9 @@ Projection::LensPoint Projection::look(const Eigen::Vector3d& point) const {
 
 ImageColumn Projection::column(const Eigen::Vector3d& point) const {
     const LensPoint seen = look(point);
-    return {-seen.place[1] * seen.g + centre[0],
+    return {-seen.place[1] * seen.g + centre_[0],
             -(seen.g * Eigen::Vector3d::UnitY() + seen.place[1] * seen.gradient).transpose() *
-                toCamera};
+                toCamera_};
 }
 
 ImageMotion Projection::project(const Eigen::Vector3d& point,
@@ -124,7 +124,7 @@ ImageMotion Projection::project(const Eigen::Vector3d& point,
         gSX * sZ, gYZ, gSS * sZ * sZ + gAcross * sY * sY;
 
     // Of a product of one coordinate with g: its gradient, and the change of that with the motion.
-    const Eigen::Vector3d motion = toCamera * velocity;
+    const Eigen::Vector3d motion = toCamera_ * velocity;
     const double gRate = seen.gradient.dot(motion);
     const Eigen::Vector3d gradientRate = hessian * motion;
     const auto gradientOf = [&](int axis) -> Eigen::Vector3d {
@@ -135,49 +135,49 @@ ImageMotion Projection::project(const Eigen::Vector3d& point,
                c[axis] * gradientRate;
     };
     ImageMotion result;
-    result.uv = Eigen::Vector2d(-c[1] * g, c[2] * g * aspect) + centre;
-    result.jacobian.row(0) = -gradientOf(1).transpose() * toCamera;
-    result.jacobian.row(1) = aspect * gradientOf(2).transpose() * toCamera;
+    result.uv = Eigen::Vector2d(-c[1] * g, c[2] * g * aspect_) + centre_;
+    result.jacobian.row(0) = -gradientOf(1).transpose() * toCamera_;
+    result.jacobian.row(1) = aspect_ * gradientOf(2).transpose() * toCamera_;
     result.rate = result.jacobian * velocity;
-    result.rateJacobian.row(0) = -gradientRateOf(1).transpose() * toCamera;
-    result.rateJacobian.row(1) = aspect * gradientRateOf(2).transpose() * toCamera;
+    result.rateJacobian.row(0) = -gradientRateOf(1).transpose() * toCamera_;
+    result.rateJacobian.row(1) = aspect_ * gradientRateOf(2).transpose() * toCamera_;
     return result;
 }
 
 Eigen::Vector2d Projection::position(const Eigen::Vector3d& point) const {
-    const Eigen::Vector3d c = toCamera * (point - cameraPosition);
+    const Eigen::Vector3d c = toCamera_ * (point - cameraPosition_);
     const double s = std::max(c.tail<2>().norm(), 1e-12);
     const double g = imageRadius(angleFromAxis(s, c[0])) / s;
-    return Eigen::Vector2d(-c[1] * g, c[2] * g * aspect) + centre;
+    return Eigen::Vector2d(-c[1] * g, c[2] * g * aspect_) + centre_;
 }
 
 bool Projection::sees(const Eigen::Vector3d& point) const {
-    const bool isAhead = (toCamera * (point - cameraPosition))[0] > 0.0;
+    const bool isAhead = (toCamera_ * (point - cameraPosition_))[0] > 0.0;
     const Eigen::Vector2d uv = position(point);
     // A lens of more than half a turn sees what lies behind it, a pinhole does not.
-    return (isAhead || !isPinhole) && Veskar::isInsideImage(uv[0], uv[1]);
+    return (isAhead || !isPinhole_) && Veskar::isInsideImage(uv[0], uv[1]);
 }
 
 Eigen::Vector3d Projection::ray(double u, double v) const {
-    const double dx = u - centre[0];
-    const double dy = (v - centre[1]) / aspect;
+    const double dx = u - centre_[0];
+    const double dy = (v - centre_[1]) / aspect_;
     const double r = std::max(std::sqrt(dx * dx + dy * dy), 1e-12);
-    const double angle = isPinhole ? std::atan(r / pinholeScale) : evaluate(imageToRadians, r);
+    const double angle = isPinhole_ ? std::atan(r / pinholeScale_) : evaluate(imageToRadians_, r);
     const Eigen::Vector3d inCamera(std::cos(angle), -dx / r * std::sin(angle),
                                    dy / r * std::sin(angle));
-    return toCamera.transpose() * inCamera;
+    return toCamera_.transpose() * inCamera;
 }
 
 std::optional<Projection::GroundPoint> Projection::groundPoint(double u, double v,
                                                                double range) const {
-    const double height = cameraPosition[2];
+    const double height = cameraPosition_[2];
     const double distance = std::sqrt(std::max(range * range - height * height, 0.01));
     // Newton's method on u(bearing) along the circle of that range. The ray's own bearing is exact
     // for a point on the ground in row v, so few steps are needed.
     Eigen::Vector2d bearing = ray(u, v).head<2>().normalized();
     for (int step = 0; step < 30; ++step) {
         const Eigen::Vector2d across(-bearing[1], bearing[0]);
-        const Eigen::Vector2d point = cameraPosition.head<2>() + distance * bearing;
+        const Eigen::Vector2d point = cameraPosition_.head<2>() + distance * bearing;
         const ImageColumn seen = column({point[0], point[1], 0.0});
         const double error = seen.u - u;
         if (std::abs(error) < 1e-9) {

@@ -80,9 +80,9 @@ public:
     Eigen::Vector3d ray(double u, double v) const;
 
     /// @return the camera
-    const Veskar::Camera& camera() const { return lens; }
+    const Veskar::Camera& camera() const { return lens_; }
     /// @return the camera's position, device frame, m
-    const Eigen::Vector3d& origin() const { return cameraPosition; }
+    const Eigen::Vector3d& origin() const { return cameraPosition_; }
 
 private:
     struct Radius {
@@ -104,16 +104,16 @@ private:
     Radius radiusAt(double angle) const;
     double imageRadius(double angle) const;
 
-    Veskar::Camera lens;
+    Veskar::Camera lens_;
     // What is needed of it for every point.
-    bool isPinhole;
-    double aspect;                   ///< width over height
-    Eigen::Vector2d centre;          ///< optical centre in the image
-    Eigen::Vector4d radiansToImage;  ///< c0..c3
-    Eigen::Vector4d imageToRadians;  ///< c0..c3
-    double pinholeScale;             ///< image radius per tangent of the angle
-    Eigen::Vector3d cameraPosition;
-    Eigen::Matrix3d toCamera;
+    bool isPinhole_;
+    double aspect_;                   ///< width over height
+    Eigen::Vector2d centre_;          ///< optical centre in the image
+    Eigen::Vector4d radiansToImage_;  ///< c0..c3
+    Eigen::Vector4d imageToRadians_;  ///< c0..c3
+    double pinholeScale_;             ///< image radius per tangent of the angle
+    Eigen::Vector3d cameraPosition_;
+    Eigen::Matrix3d toCamera_;
 };
 
 }  // namespace Workbench

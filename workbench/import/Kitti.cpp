@@ -181,27 +181,27 @@ TrackerParameters radarTuning() {
 // Everything that becomes of the labels, frame by frame.
 class Importer {
 public:
-    Importer(const KittiOptions& givenOptions, const Calibration& givenCalibration)
-        : options(givenOptions),
-          calibration(givenCalibration),
-          random(givenOptions.seed, "kitti radar"),
-          radar(radarTuning(), givenOptions.rangeStd, givenOptions.azimuthStd) {}
+    Importer(const KittiOptions& options, const Calibration& calibration)
+        : options_(options),
+          calibration_(calibration),
+          random_(options.seed, "kitti radar"),
+          radar_(radarTuning(), options.rangeStd, options.azimuthStd) {}
 
     ImportedRecording run(const LabelledFrames& frames) {
         ImportedRecording recording;
         recording.header = header();
-        camera = std::make_unique<Veskar::Camera>(recording.header.camera.build());
+        camera_ = std::make_unique<Veskar::Camera>(recording.header.camera.build());
         for (const auto& [number, objects] : frames) {
             for (const LabelledObject& object : objects) {
                 look(object.type, recording);
-                ways[object.id].add(number / options.frameRate, stateOf(object).centre);
+                ways_[object.id].add(number / options_.frameRate, stateOf(object).centre);
             }
         }
         static const std::vector<LabelledObject> nothing;
         for (int number = frames.begin()->first; number <= frames.rbegin()->first; ++number) {
             throwIfInterrupted();
             const auto found = frames.find(number);
-            add(number / options.frameRate, found == frames.end() ? nothing : found->second,
+            add(number / options_.frameRate, found == frames.end() ? nothing : found->second,
                 recording);
         }
         return recording;
@@ -216,7 +216,7 @@ private:
 
     /// Says once of every type that it has no class.
     void look(const std::string& type, ImportedRecording& recording) {
-        if (!types.insert(type).second || meantWord(WordKind::Class, type)) {
+        if (!types_.insert(type).second || meantWord(WordKind::Class, type)) {
             return;
         }
         recording.warnings.push_back(fmt::format("class \"{}\" is {}; imported as \"unknown\"",
@@ -225,8 +225,8 @@ private:
     }
 
     RecordingHeader header() const {
-        const double halfWidth = 0.5 * options.width;
-        const double halfHeight = 0.5 * options.height;
+        const double halfWidth = 0.5 * options_.width;
+        const double halfHeight = 0.5 * options_.height;
         RecordingHeader header;
         header.name = "kitti";
         header.origin =
@@ -234,18 +234,18 @@ private:
             "the positions with noise and dropout";
         header.licence = "CC BY-NC-SA 3.0 (the data set's own licence)";
         header.camera.bdc = true;
-        header.camera.mounting.position = {0.0, 0.0, options.cameraHeight};
-        header.camera.resolution = {options.width, options.height};
-        header.camera.sensorOffset = {calibration.centreX / halfWidth - 1.0,
-                                      1.0 - calibration.centreY / halfHeight};
-        header.camera.fieldOfView = {std::atan(halfWidth / calibration.focal),
-                                     std::atan(halfHeight / calibration.focal)};
-        header.radar.mounting.position = {0.0, 0.0, options.cameraHeight};
-        header.radar.rangeStd = options.rangeStd;
-        header.radar.azimuthStd = options.azimuthStd;
+        header.camera.mounting.position = {0.0, 0.0, options_.cameraHeight};
+        header.camera.resolution = {options_.width, options_.height};
+        header.camera.sensorOffset = {calibration_.centreX / halfWidth - 1.0,
+                                      1.0 - calibration_.centreY / halfHeight};
+        header.camera.fieldOfView = {std::atan(halfWidth / calibration_.focal),
+                                     std::atan(halfHeight / calibration_.focal)};
+        header.radar.mounting.position = {0.0, 0.0, options_.cameraHeight};
+        header.radar.rangeStd = options_.rangeStd;
+        header.radar.azimuthStd = options_.azimuthStd;
         header.radar.fieldOfView = 120.0;
         header.radar.maximumRange = 120.0;
-        header.seed = options.seed;
+        header.seed = options_.seed;
         header.truth = TruthKind::Incomplete;
         return header;
     }
@@ -255,7 +255,7 @@ private:
         ObjectState state;
         state.id = object.id;
         state.traits = &object.shape;
-        state.centre = {object.location[2], -(object.location[0] + calibration.offset)};
+        state.centre = {object.location[2], -(object.location[0] + calibration_.offset)};
         state.heading = std::atan2(-std::cos(object.rotation), -std::sin(object.rotation));
         return state;
     }
@@ -270,14 +270,15 @@ private:
         // From [left, top, right, bottom] to the library's order of a box.
         Eigen::Vector4d box(object.box[0], object.box[2] - object.box[0], object.box[3],
                             object.box[1] - object.box[3]);
-        Veskar::transformScreenToCamera(box, *camera);
+        Veskar::transformScreenToCamera(box, *camera_);
         const Eigen::Vector2d foot(box[0] + 0.5 * box[1], box[2]);
         constexpr double pixelStd = 0.006;
         const Eigen::Matrix2d noise = pixelStd * pixelStd * Eigen::Matrix2d::Identity();
-        auto found = tracks.find(object.id);
-        if (found == tracks.end() || time - found->second.seen > 1.0) {
-            found = tracks.insert_or_assign(object.id, VideoTrack{startAt(foot, noise), time, time})
-                        .first;
+        auto found = tracks_.find(object.id);
+        if (found == tracks_.end() || time - found->second.seen > 1.0) {
+            found =
+                tracks_.insert_or_assign(object.id, VideoTrack{startAt(foot, noise), time, time})
+                    .first;
         } else {
             found->second.filter.predict(time - found->second.seen, 0.3);
             found->second.filter.update(foot, noise);
@@ -305,29 +306,29 @@ private:
             if (object.occluded < 3) {
                 video.tracks.push_back(videoReport(time, object));
             }
-            if (random.chance(options.detectionProbability)) {
+            if (random_.chance(options_.detectionProbability)) {
                 detections.push_back(reflection(time, state));
             }
             truth.objects.push_back(truthOf(time, state));
         }
-        SensorFrame radarFrame{Veskar::Radar, time, time, radar.update(time, detections)};
+        SensorFrame radarFrame{Veskar::Radar, time, time, radar_.update(time, detections)};
         recording.truth.push_back(std::move(truth));
         recording.frames.push_back(std::move(video));
         recording.frames.push_back(std::move(radarFrame));
     }
 
     Eigen::Vector2d velocityOf(double time, std::int32_t id) const {
-        return ways.at(id).rate(time, 2.0 / options.frameRate);
+        return ways_.at(id).rate(time, 2.0 / options_.frameRate);
     }
 
     RadarDetection reflection(double time, const ObjectState& state) {
         constexpr double dopplerStd = 0.3;  // m/s
         const Eigen::Vector2d point = state.nearestPoint();
-        const double range = std::hypot(point.norm(), options.cameraHeight);
+        const double range = std::hypot(point.norm(), options_.cameraHeight);
         const double radialSpeed = point.dot(velocityOf(time, state.id)) / range;
-        return {std::max(0.5, range + options.rangeStd * random.normal()),
-                -degrees(std::atan2(point[1], point[0])) + options.azimuthStd * random.normal(),
-                radialSpeed + dopplerStd * random.normal()};
+        return {std::max(0.5, range + options_.rangeStd * random_.normal()),
+                -degrees(std::atan2(point[1], point[0])) + options_.azimuthStd * random_.normal(),
+                radialSpeed + dopplerStd * random_.normal()};
     }
 
     TruthObject truthOf(double time, const ObjectState& state) const {
@@ -341,14 +342,14 @@ private:
         return object;
     }
 
-    KittiOptions options;
-    Calibration calibration;
-    Random random;
-    RadarTracker radar;
-    std::unique_ptr<Veskar::Camera> camera;
-    std::map<std::int32_t, VideoTrack> tracks;
-    std::map<std::int32_t, TimeSeries> ways;
-    std::set<std::string> types;
+    KittiOptions options_;
+    Calibration calibration_;
+    Random random_;
+    RadarTracker radar_;
+    std::unique_ptr<Veskar::Camera> camera_;
+    std::map<std::int32_t, VideoTrack> tracks_;
+    std::map<std::int32_t, TimeSeries> ways_;
+    std::set<std::string> types_;
 };
 
 }  // namespace

@@ -7,12 +7,12 @@
 namespace Workbench {
 
 Eigen::Vector2d TimeSeries::at(double time) const {
-    const auto after = samples.lower_bound(time);
-    if (after == samples.begin()) {
+    const auto after = samples_.lower_bound(time);
+    if (after == samples_.begin()) {
         return after->second;
     }
     const auto before = std::prev(after);
-    if (after == samples.end()) {
+    if (after == samples_.end()) {
         return before->second;
     }
     const double fraction = (time - before->first) / (after->first - before->first);

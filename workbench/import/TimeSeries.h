@@ -13,14 +13,14 @@ class TimeSeries {
 public:
     /// @param time seconds; a second sample of one time replaces the first
     /// @param position the position then
-    void add(double time, const Eigen::Vector2d& position) { samples[time] = position; }
+    void add(double time, const Eigen::Vector2d& position) { samples_[time] = position; }
 
     /// @return whether there is no sample
-    bool empty() const { return samples.empty(); }
+    bool empty() const { return samples_.empty(); }
     /// @return time of the first sample
-    double begin() const { return samples.begin()->first; }
+    double begin() const { return samples_.begin()->first; }
     /// @return time of the last sample
-    double end() const { return samples.rbegin()->first; }
+    double end() const { return samples_.rbegin()->first; }
     /// @param time seconds
     /// @return the position; there must be a sample
     Eigen::Vector2d at(double time) const;
@@ -30,7 +30,7 @@ public:
     Eigen::Vector2d rate(double time, double reach) const;
 
 private:
-    std::map<double, Eigen::Vector2d> samples;
+    std::map<double, Eigen::Vector2d> samples_;
 };
 
 }  // namespace Workbench

@@ -20,25 +20,25 @@ namespace Workbench {
 template <typename Item>
 class BoundedQueue {
 public:
-    /// @param givenCapacity items that may wait, at least 1
-    explicit BoundedQueue(std::size_t givenCapacity) : capacity(givenCapacity) {}
+    /// @param capacity items that may wait, at least 1
+    explicit BoundedQueue(std::size_t capacity) : capacity_(capacity) {}
 
     /// Waits while the queue is full.
     /// @param item to append
     /// @return false when the queue was closed, without reason, and the item is dropped
     /// @throw what the queue was closed with
     bool push(Item item) {
-        std::unique_lock<std::mutex> lock(mutex);
-        wait(hasRoom, lock, [&] { return isClosed || items.size() < capacity; });
-        if (isClosed) {
+        std::unique_lock<std::mutex> lock(mutex_);
+        wait(hasRoom_, lock, [&] { return isClosed_ || items_.size() < capacity_; });
+        if (isClosed_) {
             rethrow();
             return false;
         }
-        items.push_back(std::move(item));
-        const bool isHalfFull = items.size() == (capacity + 1) / 2;
+        items_.push_back(std::move(item));
+        const bool isHalfFull = items_.size() == (capacity_ + 1) / 2;
         lock.unlock();
         if (isHalfFull) {
-            hasItems.notify_one();
+            hasItems_.notify_one();
         }
         return true;
     }
@@ -48,18 +48,18 @@ public:
     /// @return false when the queue is empty and closed
     /// @throw what the queue was closed with, once it is empty
     bool pop(Item& item) {
-        std::unique_lock<std::mutex> lock(mutex);
-        wait(hasItems, lock, [&] { return isClosed || !items.empty(); });
-        if (items.empty()) {
+        std::unique_lock<std::mutex> lock(mutex_);
+        wait(hasItems_, lock, [&] { return isClosed_ || !items_.empty(); });
+        if (items_.empty()) {
             rethrow();
             return false;
         }
-        item = std::move(items.front());
-        items.pop_front();
-        const bool isHalfEmpty = items.size() == capacity / 2;
+        item = std::move(items_.front());
+        items_.pop_front();
+        const bool isHalfEmpty = items_.size() == capacity_ / 2;
         lock.unlock();
         if (isHalfEmpty) {
-            hasRoom.notify_one();
+            hasRoom_.notify_one();
         }
         return true;
     }
@@ -68,14 +68,14 @@ public:
     /// @param reason why, if it is a failure
     void close(std::exception_ptr reason = nullptr) {
         {
-            const std::lock_guard<std::mutex> lock(mutex);
-            if (!isClosed) {
-                isClosed = true;
-                failure = std::move(reason);
+            const std::lock_guard<std::mutex> lock(mutex_);
+            if (!isClosed_) {
+                isClosed_ = true;
+                failure_ = std::move(reason);
             }
         }
-        hasItems.notify_one();
-        hasRoom.notify_one();
+        hasItems_.notify_one();
+        hasRoom_.notify_one();
     }
 
 private:
@@ -89,18 +89,18 @@ private:
     }
 
     void rethrow() const {
-        if (failure) {
-            std::rethrow_exception(failure);
+        if (failure_) {
+            std::rethrow_exception(failure_);
         }
     }
 
-    const std::size_t capacity;
-    std::mutex mutex;
-    std::condition_variable hasItems;
-    std::condition_variable hasRoom;
-    std::deque<Item> items;
-    bool isClosed = false;
-    std::exception_ptr failure;
+    const std::size_t capacity_;
+    std::mutex mutex_;
+    std::condition_variable hasItems_;
+    std::condition_variable hasRoom_;
+    std::deque<Item> items_;
+    bool isClosed_ = false;
+    std::exception_ptr failure_;
 };
 
 }  // namespace Workbench

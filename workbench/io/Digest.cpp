@@ -8,8 +8,8 @@
 
 namespace Workbench {
 
-Digest::Digest() : state(XXH3_createState()) {
-    if (!state || XXH3_128bits_reset(state.get()) != XXH_OK) {
+Digest::Digest() : state_(XXH3_createState()) {
+    if (!state_ || XXH3_128bits_reset(state_.get()) != XXH_OK) {
         throw std::bad_alloc();
     }
 }
@@ -20,11 +20,11 @@ void Digest::Deleter::operator()(XXH3_state_s* given) const {
 
 void Digest::add(std::string_view piece) {
     // It fails only without a state.
-    static_cast<void>(XXH3_128bits_update(state.get(), piece.data(), piece.size()));
+    static_cast<void>(XXH3_128bits_update(state_.get(), piece.data(), piece.size()));
 }
 
 std::string Digest::text() const {
-    const XXH128_hash_t hash = XXH3_128bits_digest(state.get());
+    const XXH128_hash_t hash = XXH3_128bits_digest(state_.get());
     return fmt::format("{:016x}{:016x}", hash.high64, hash.low64);
 }
 

@@ -26,7 +26,7 @@ private:
         void operator()(XXH3_state_s* given) const;
     };
 
-    std::unique_ptr<XXH3_state_s, Deleter> state;
+    std::unique_ptr<XXH3_state_s, Deleter> state_;
 };
 
 }  // namespace Workbench

@@ -8,7 +8,7 @@
 namespace Workbench {
 
 JsonKind DocumentValue::kind() const {
-    switch (value->type()) {
+    switch (value_->type()) {
         case nlohmann::json::value_t::object:
             return JsonKind::Object;
         case nlohmann::json::value_t::array:
@@ -29,10 +29,10 @@ JsonKind DocumentValue::kind() const {
 
 bool DocumentValue::fitsInt32() const {
     using Limits = std::numeric_limits<std::int32_t>;
-    if (value->is_number_unsigned()) {
-        return value->get<std::uint64_t>() <= std::uint64_t{Limits::max()};
+    if (value_->is_number_unsigned()) {
+        return value_->get<std::uint64_t>() <= std::uint64_t{Limits::max()};
     }
-    return value->get<std::int64_t>() >= Limits::min();
+    return value_->get<std::int64_t>() >= Limits::min();
 }
 
 template class BasicFields<DocumentValue>;

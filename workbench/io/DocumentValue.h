@@ -19,46 +19,46 @@ class DocumentValue {
 public:
     /// @param value outlives this
     // NOLINTNEXTLINE(google-explicit-constructor): a value is all there is to it
-    DocumentValue(const nlohmann::json& document) : value(&document) {}
+    DocumentValue(const nlohmann::json& document) : value_(&document) {}
 
     /// The members of an object, by name.
     class Members {
     public:
-        explicit Members(const DocumentValue& owner) : object(owner.value) {}
+        explicit Members(const DocumentValue& owner) : object_(owner.value_) {}
         std::optional<DocumentValue> find(std::string_view name) const {
-            const auto found = object->find(name);
-            return found == object->end() ? std::nullopt : std::optional<DocumentValue>(*found);
+            const auto found = object_->find(name);
+            return found == object_->end() ? std::nullopt : std::optional<DocumentValue>(*found);
         }
         template <typename Visit>
         void forEachName(Visit visit) const {
-            for (const auto& member : object->items()) {
+            for (const auto& member : object_->items()) {
                 visit(std::string_view(member.key()));
             }
         }
 
     private:
-        const nlohmann::json* object;
+        const nlohmann::json* object_;
     };
 
     JsonKind kind() const;
-    double number() const { return value->get<double>(); }
+    double number() const { return value_->get<double>(); }
     /// Meaningful for an Integer.
     bool fitsInt32() const;
-    std::int32_t integer() const { return value->get<std::int32_t>(); }
-    bool boolean() const { return value->get<bool>(); }
-    std::string_view text() const { return value->get_ref<const std::string&>(); }
-    std::size_t size() const { return value->size(); }
+    std::int32_t integer() const { return value_->get<std::int32_t>(); }
+    bool boolean() const { return value_->get<bool>(); }
+    std::string_view text() const { return value_->get_ref<const std::string&>(); }
+    std::size_t size() const { return value_->size(); }
     template <typename Visit>
     void forEachItem(Visit visit) const {
-        for (const nlohmann::json& item : *value) {
+        for (const nlohmann::json& item : *value_) {
             visit(DocumentValue(item));
         }
     }
     /// @return the value in the parser's own form
-    const nlohmann::json& json() const { return *value; }
+    const nlohmann::json& json() const { return *value_; }
 
 private:
-    const nlohmann::json* value;
+    const nlohmann::json* value_;
 };
 
 /// The fields of a whole document: a header, a camera, a scenario.

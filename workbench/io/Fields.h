@@ -118,7 +118,7 @@ public:
     /// @param read takes the fields of an item
     template <typename Read>
     void forEach(std::string_view name, Read read) const {
-        JsonPath place{&path, name, 0};
+        JsonPath place{&path_, name, 0};
         array(name).forEachItem([&](const Value& item) {
             read(BasicFields(item, place));
             ++*place.item;
@@ -139,8 +139,8 @@ private:
     double numberOf(const Value& value, std::string_view name) const;
     double within(double value, std::string_view name, double least, double most) const;
 
-    JsonPath path;
-    typename Value::Members members;
+    JsonPath path_;
+    typename Value::Members members_;
 };
 
 }  // namespace Workbench

@@ -25,8 +25,8 @@ typename Value::Members membersOf(const Value& value, const JsonPath& path) {
 }
 
 template <typename Value>
-BasicFields<Value>::BasicFields(const Value& value, const JsonPath& givenPath)
-    : path(givenPath), members(membersOf(value, path)) {}
+BasicFields<Value>::BasicFields(const Value& value, const JsonPath& path)
+    : path_(path), members_(membersOf(value, path_)) {}
 
 template <typename Value>
 template <typename Names>
@@ -34,7 +34,7 @@ void BasicFields<Value>::refuseOthers(const Names& names) const {
     // Members mostly stand in the order in which they are listed.
     auto next = names.begin();
     std::uint64_t seen = 0;
-    members.forEachName([&](std::string_view name) {
+    members_.forEachName([&](std::string_view name) {
         auto found = std::find(next, names.end(), name);
         if (found == names.end()) {
             found = std::find(names.begin(), next, name);
@@ -63,7 +63,7 @@ void BasicFields<Value>::allowOnly(const std::vector<std::string_view>& names) c
 
 template <typename Value>
 std::optional<Value> BasicFields<Value>::find(std::string_view name) const {
-    std::optional<Value> found = members.find(name);
+    std::optional<Value> found = members_.find(name);
     return found && found->kind() != JsonKind::Null ? found : std::nullopt;
 }
 
@@ -74,7 +74,7 @@ bool BasicFields<Value>::has(std::string_view name) const {
 
 template <typename Value>
 Value BasicFields<Value>::at(std::string_view name) const {
-    const std::optional<Value> found = members.find(name);
+    const std::optional<Value> found = members_.find(name);
     if (!found) {
         refuse(name, "missing");
     }
@@ -83,7 +83,7 @@ Value BasicFields<Value>::at(std::string_view name) const {
 
 template <typename Value>
 std::string BasicFields<Value>::pathOf(std::string_view name) const {
-    return JsonPath{&path, name, {}}.text();
+    return JsonPath{&path_, name, {}}.text();
 }
 
 template <typename Value>
@@ -199,7 +199,7 @@ void BasicFields<Value>::numbers(std::string_view name, std::size_t count, doubl
 
 template <typename Value>
 BasicFields<Value> BasicFields<Value>::object(std::string_view name) const {
-    return BasicFields(at(name), JsonPath{&path, name, {}});
+    return BasicFields(at(name), JsonPath{&path_, name, {}});
 }
 
 }  // namespace Workbench

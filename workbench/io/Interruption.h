@@ -16,13 +16,13 @@ namespace Workbench {
 class Interrupted : public std::exception {
 public:
     /// @param number of the signal
-    explicit Interrupted(int number) : signalNumber(number) {}
+    explicit Interrupted(int number) : signalNumber_(number) {}
     /// @return number of the signal
-    int signal() const { return signalNumber; }
+    int signal() const { return signalNumber_; }
     const char* what() const noexcept override { return "interrupted"; }
 
 private:
-    int signalNumber;
+    int signalNumber_;
 };
 
 /// From now on SIGINT, SIGTERM, SIGHUP and SIGQUIT are remembered instead of ending the process, so

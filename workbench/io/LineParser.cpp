@@ -26,7 +26,7 @@ std::string reasonFor(std::string_view line, simdjson::error_code fault) {
 
 LineValue LineParser::parse(const LineReader& lines, std::string_view line) {
     simdjson::dom::element value;
-    const auto fault = parser.parse(line.data(), line.size(), false).get(value);
+    const auto fault = parser_.parse(line.data(), line.size(), false).get(value);
     if (fault != simdjson::SUCCESS) {
         const char* cut = lines.lastLineIsOpen() ? "the line is cut off: " : "";
         throw InputError(cut + reasonFor(line, fault));

@@ -33,7 +33,7 @@ public:
 private:
     LineValue parse(const LineReader& lines, std::string_view line);
 
-    simdjson::dom::parser parser;
+    simdjson::dom::parser parser_;
 };
 
 }  // namespace Workbench

@@ -16,102 +16,102 @@
 
 namespace Workbench {
 
-LineReader::LineReader(const std::string& path) : shownName(path == "-" ? "<stdin>" : path) {
-    descriptor = path == "-" ? ::dup(STDIN_FILENO) : openFile(path, O_RDONLY);
-    if (descriptor < 0) {
-        throw InputError(fmt::format("{}: {}", shownName, std::strerror(errno)));
+LineReader::LineReader(const std::string& path) : shownName_(path == "-" ? "<stdin>" : path) {
+    descriptor_ = path == "-" ? ::dup(STDIN_FILENO) : openFile(path, O_RDONLY);
+    if (descriptor_ < 0) {
+        throw InputError(fmt::format("{}: {}", shownName_, std::strerror(errno)));
     }
-    stopDescriptor = ::eventfd(0, EFD_CLOEXEC);
-    if (stopDescriptor < 0) {
+    stopDescriptor_ = ::eventfd(0, EFD_CLOEXEC);
+    if (stopDescriptor_ < 0) {
         const int fault = errno;
-        ::close(descriptor);
-        throw InputError(fmt::format("{}: {}", shownName, std::strerror(fault)));
+        ::close(descriptor_);
+        throw InputError(fmt::format("{}: {}", shownName_, std::strerror(fault)));
     }
     struct stat status {};
-    if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
-        total = static_cast<std::uint64_t>(status.st_size);
+    if (::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
+        total_ = static_cast<std::uint64_t>(status.st_size);
     }
-    buffer.resize((std::size_t{256} << 10) + padding);
+    buffer_.resize((std::size_t{256} << 10) + padding);
 }
 
 LineReader::~LineReader() {
-    ::close(descriptor);
-    ::close(stopDescriptor);
+    ::close(descriptor_);
+    ::close(stopDescriptor_);
 }
 
 void LineReader::stop() {
     const std::uint64_t one = 1;
-    static_cast<void>(::write(stopDescriptor, &one, sizeof one));
+    static_cast<void>(::write(stopDescriptor_, &one, sizeof one));
 }
 
 void LineReader::waitForInput() const {
-    if (waitFor({{descriptor, POLLIN, 0}, {stopDescriptor, POLLIN, 0}})[1].revents != 0) {
-        throw InputError(shownName + ": reading was stopped");
+    if (waitFor({{descriptor_, POLLIN, 0}, {stopDescriptor_, POLLIN, 0}})[1].revents != 0) {
+        throw InputError(shownName_ + ": reading was stopped");
     }
 }
 
 bool LineReader::fill() {
-    if (begin > 0) {
-        std::memmove(buffer.data(), buffer.data() + begin, end - begin);
-        end -= begin;
-        begin = 0;
+    if (begin_ > 0) {
+        std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+        end_ -= begin_;
+        begin_ = 0;
     }
-    if (end + padding == buffer.size()) {
-        if (end > maximumLineLength) {
-            throw InputError(fmt::format("{}:{}: line is longer than {} MiB", shownName, number + 1,
-                                         maximumLineLength >> 20));
+    if (end_ + padding == buffer_.size()) {
+        if (end_ > maximumLineLength) {
+            throw InputError(fmt::format("{}:{}: line is longer than {} MiB", shownName_,
+                                         number_ + 1, maximumLineLength >> 20));
         }
         // One more byte tells a line of the greatest length from a longer one.
-        buffer.resize(std::min(2 * end, maximumLineLength + 1) + padding);
+        buffer_.resize(std::min(2 * end_, maximumLineLength + 1) + padding);
     }
     ssize_t count = 0;
     do {
         waitForInput();
-        count = ::read(descriptor, buffer.data() + end, buffer.size() - padding - end);
+        count = ::read(descriptor_, buffer_.data() + end_, buffer_.size() - padding - end_);
     } while (count < 0 && (errno == EINTR || errno == EAGAIN));
     if (count < 0) {
-        throw InputError(fmt::format("{}: {}", shownName, std::strerror(errno)));
+        throw InputError(fmt::format("{}: {}", shownName_, std::strerror(errno)));
     }
-    end += static_cast<std::size_t>(count);
+    end_ += static_cast<std::size_t>(count);
     return count > 0;
 }
 
 bool LineReader::next(std::string_view& line) {
-    std::size_t searched = begin;
+    std::size_t searched = begin_;
     for (;;) {
-        const void* found = std::memchr(buffer.data() + searched, '\n', end - searched);
+        const void* found = std::memchr(buffer_.data() + searched, '\n', end_ - searched);
         if (found != nullptr) {
             const auto position =
-                static_cast<std::size_t>(static_cast<const char*>(found) - buffer.data());
-            line = std::string_view(buffer.data() + begin, position - begin);
-            consumed += position + 1 - begin;
-            begin = position + 1;
-            ++number;
+                static_cast<std::size_t>(static_cast<const char*>(found) - buffer_.data());
+            line = std::string_view(buffer_.data() + begin_, position - begin_);
+            consumed_ += position + 1 - begin_;
+            begin_ = position + 1;
+            ++number_;
             return true;
         }
-        const std::size_t unfinished = end - begin;
-        if (atEnd || !fill()) {
-            atEnd = true;
+        const std::size_t unfinished = end_ - begin_;
+        if (atEnd_ || !fill()) {
+            atEnd_ = true;
             if (unfinished == 0) {
                 return false;
             }
-            line = std::string_view(buffer.data() + begin, unfinished);
-            consumed += unfinished;
-            begin = end;
-            openEnded = true;
-            ++number;
+            line = std::string_view(buffer_.data() + begin_, unfinished);
+            consumed_ += unfinished;
+            begin_ = end_;
+            openEnded_ = true;
+            ++number_;
             return true;
         }
-        searched = begin + unfinished;
+        searched = begin_ + unfinished;
     }
 }
 
 double LineReader::fractionRead() const {
-    return total == 0 ? -1.0 : static_cast<double>(consumed) / static_cast<double>(total);
+    return total_ == 0 ? -1.0 : static_cast<double>(consumed_) / static_cast<double>(total_);
 }
 
 std::string LineReader::place() const {
-    return fmt::format("{}:{}", shownName, number);
+    return fmt::format("{}:{}", shownName_, number_);
 }
 
 }  // namespace Workbench

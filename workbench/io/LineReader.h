@@ -35,18 +35,18 @@ public:
     void stop();
 
     /// @return whether the line last read had no line end: the file stops there
-    bool lastLineIsOpen() const { return openEnded; }
+    bool lastLineIsOpen() const { return openEnded_; }
     /// @return number of the line last read, from 1
-    std::uint64_t lineNumber() const { return number; }
+    std::uint64_t lineNumber() const { return number_; }
     /// @return bytes handed out so far
-    std::uint64_t bytesRead() const { return consumed; }
+    std::uint64_t bytesRead() const { return consumed_; }
     /// @return size of a regular file in bytes; 0 when it is not known
-    std::uint64_t size() const { return total; }
+    std::uint64_t size() const { return total_; }
     /// @return how much of a regular file has been handed out, 0 to 1; negative when that is
     /// unknown
     double fractionRead() const;
     /// @return name for messages: the path, or "<stdin>"
-    const std::string& name() const { return shownName; }
+    const std::string& name() const { return shownName_; }
     /// @return "NAME:LINE", the place of the line last read
     std::string place() const;
 
@@ -59,17 +59,17 @@ private:
     bool fill();
     void waitForInput() const;
 
-    std::string shownName;
-    int descriptor = -1;
-    int stopDescriptor = -1;
-    std::vector<char> buffer;
-    std::size_t begin = 0;
-    std::size_t end = 0;
-    bool atEnd = false;
-    bool openEnded = false;
-    std::uint64_t number = 0;
-    std::uint64_t consumed = 0;
-    std::uint64_t total = 0;
+    std::string shownName_;
+    int descriptor_ = -1;
+    int stopDescriptor_ = -1;
+    std::vector<char> buffer_;
+    std::size_t begin_ = 0;
+    std::size_t end_ = 0;
+    bool atEnd_ = false;
+    bool openEnded_ = false;
+    std::uint64_t number_ = 0;
+    std::uint64_t consumed_ = 0;
+    std::uint64_t total_ = 0;
 };
 
 }  // namespace Workbench

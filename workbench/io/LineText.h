@@ -20,13 +20,13 @@ public:
     /// @param piece appended
     /// @return this
     LineText& operator+=(std::string_view piece) {
-        buffer.append(piece.data(), piece.data() + piece.size());
+        buffer_.append(piece.data(), piece.data() + piece.size());
         return *this;
     }
     /// @param character appended
     /// @return this
     LineText& operator+=(char character) {
-        buffer.push_back(character);
+        buffer_.push_back(character);
         return *this;
     }
 
@@ -64,11 +64,11 @@ public:
     }
 
     /// @return the text; valid until it changes
-    std::string_view view() const { return {buffer.data(), buffer.size()}; }
+    std::string_view view() const { return {buffer_.data(), buffer_.size()}; }
     /// @return a copy of the text
-    std::string string() const { return fmt::to_string(buffer); }
+    std::string string() const { return fmt::to_string(buffer_); }
     /// Begins anew, with the memory there is.
-    void clear() { buffer.clear(); }
+    void clear() { buffer_.clear(); }
 
 private:
     static constexpr std::size_t longestNumber = 32;
@@ -76,15 +76,15 @@ private:
 
     template <typename Write>
     void write(std::size_t most, Write writeTo) {
-        const std::size_t size = buffer.size();
-        buffer.resize(size + most);
-        char* const end = writeTo(buffer.data() + size);
-        buffer.resize(static_cast<std::size_t>(end - buffer.data()));
+        const std::size_t size = buffer_.size();
+        buffer_.resize(size + most);
+        char* const end = writeTo(buffer_.data() + size);
+        buffer_.resize(static_cast<std::size_t>(end - buffer_.data()));
     }
     static char* writeName(char* at, std::string_view name);
     static char* writeNumber(char* at, double value, int decimals);
 
-    fmt::memory_buffer buffer;
+    fmt::memory_buffer buffer_;
 };
 
 }  // namespace Workbench

@@ -8,7 +8,7 @@
 namespace Workbench {
 
 JsonKind LineValue::kind() const {
-    switch (value.type()) {
+    switch (value_.type()) {
         case simdjson::dom::element_type::OBJECT:
             return JsonKind::Object;
         case simdjson::dom::element_type::ARRAY:
@@ -30,7 +30,7 @@ JsonKind LineValue::kind() const {
 bool LineValue::fitsInt32() const {
     using Limits = std::numeric_limits<std::int32_t>;
     std::int64_t wide = 0;
-    return value.get(wide) == simdjson::SUCCESS && Limits::min() <= wide && wide <= Limits::max();
+    return value_.get(wide) == simdjson::SUCCESS && Limits::min() <= wide && wide <= Limits::max();
 }
 
 template class BasicFields<LineValue>;

@@ -17,63 +17,63 @@ namespace Workbench {
 class LineValue {
 public:
     // NOLINTNEXTLINE(google-explicit-constructor): a value is all there is to it
-    LineValue(simdjson::dom::element element) : value(element) {}
+    LineValue(simdjson::dom::element element) : value_(element) {}
 
     /// The members of an object, by name. Lines have no index of names: the search goes on behind
     /// the member found last, which finds members at once that are asked for in their order.
     class Members {
     public:
         explicit Members(const LineValue& owner)
-            : object(owner.value.get_object().value_unsafe()), next(object.begin()) {}
+            : object_(owner.value_.get_object().value_unsafe()), next_(object_.begin()) {}
         std::optional<LineValue> find(std::string_view name) const {
-            const auto start = next;
+            const auto start = next_;
             const auto isFound = [&](auto from, auto to) {
-                for (next = from; next != to; ++next) {
-                    if (next.key_equals(name)) {
+                for (next_ = from; next_ != to; ++next_) {
+                    if (next_.key_equals(name)) {
                         return true;
                     }
                 }
                 return false;
             };
-            if (!isFound(start, object.end()) && !isFound(object.begin(), start)) {
+            if (!isFound(start, object_.end()) && !isFound(object_.begin(), start)) {
                 return std::nullopt;
             }
-            const LineValue found = next.value();
-            ++next;
+            const LineValue found = next_.value();
+            ++next_;
             return found;
         }
         template <typename Visit>
         void forEachName(Visit visit) const {
-            for (const auto& member : object) {
+            for (const auto& member : object_) {
                 visit(member.key);
             }
         }
 
     private:
-        simdjson::dom::object object;
-        mutable simdjson::dom::object::iterator next;
+        simdjson::dom::object object_;
+        mutable simdjson::dom::object::iterator next_;
     };
 
     JsonKind kind() const;
-    double number() const { return value.get_double().value_unsafe(); }
+    double number() const { return value_.get_double().value_unsafe(); }
     /// Meaningful for an Integer.
     bool fitsInt32() const;
     std::int32_t integer() const {
-        return static_cast<std::int32_t>(value.get_int64().value_unsafe());
+        return static_cast<std::int32_t>(value_.get_int64().value_unsafe());
     }
-    bool boolean() const { return value.get_bool().value_unsafe(); }
-    std::string_view text() const { return value.get_string().value_unsafe(); }
-    std::size_t size() const { return value.get_array().value_unsafe().size(); }
+    bool boolean() const { return value_.get_bool().value_unsafe(); }
+    std::string_view text() const { return value_.get_string().value_unsafe(); }
+    std::size_t size() const { return value_.get_array().value_unsafe().size(); }
     template <typename Visit>
     void forEachItem(Visit visit) const {
-        const simdjson::dom::array items = value.get_array().value_unsafe();
+        const simdjson::dom::array items = value_.get_array().value_unsafe();
         for (const simdjson::dom::element item : items) {
             visit(LineValue(item));
         }
     }
 
 private:
-    simdjson::dom::element value;
+    simdjson::dom::element value_;
 };
 
 /// The fields of a line.

@@ -45,67 +45,68 @@ std::string directoryOf(const std::filesystem::path& path) {
     return path.has_parent_path() ? path.parent_path() : ".";
 }
 
-OutputFile::OutputFile(const std::string& givenPath)
-    : path(givenPath), shownName(givenPath == "-" ? "<stdout>" : givenPath) {
+OutputFile::OutputFile(const std::string& path)
+    : path_(path), shownName_(path == "-" ? "<stdout>" : path) {
     open();
-    if (descriptor < 0) {
+    if (descriptor_ < 0) {
         fail("create");
     }
     struct stat status {};
-    const bool isFile = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-    longestWrite = isFile ? std::numeric_limits<std::size_t>::max() : PIPE_BUF;
-    buffer.reserve(bufferSize + 4096);
+    const bool isFile = ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
+    longestWrite_ = isFile ? std::numeric_limits<std::size_t>::max() : PIPE_BUF;
+    buffer_.reserve(bufferSize + 4096);
 }
 
 void OutputFile::open() {
     if (isStandardOutput()) {
-        descriptor = ::dup(STDOUT_FILENO);
+        descriptor_ = ::dup(STDOUT_FILENO);
         return;
     }
     struct stat status {};
-    const bool exists = ::stat(path.c_str(), &status) == 0;
+    const bool exists = ::stat(path_.c_str(), &status) == 0;
     if (exists && !S_ISREG(status.st_mode)) {
-        descriptor = openFile(path, O_WRONLY);
+        descriptor_ = openFile(path_, O_WRONLY);
     } else if (exists || errno == ENOENT) {  // and not links in a circle
         openTemporary();
     }
 }
 
 void OutputFile::openTemporary() {
-    target = behindLinks(path);
+    target_ = behindLinks(path_);
     // Without the file's own name: that may be as long as a name can be.
-    temporaryPath = directoryOf(target) + "/veskar.part-XXXXXX";
-    descriptor = ::mkostemp(temporaryPath.data(), O_CLOEXEC);
-    if (descriptor < 0) {
-        temporaryPath.clear();
+    temporaryPath_ = directoryOf(target_) + "/veskar.part-XXXXXX";
+    descriptor_ = ::mkostemp(temporaryPath_.data(), O_CLOEXEC);
+    if (descriptor_ < 0) {
+        temporaryPath_.clear();
     }
 }
 
 OutputFile::~OutputFile() {
-    if (descriptor >= 0) {
-        ::close(descriptor);
+    if (descriptor_ >= 0) {
+        ::close(descriptor_);
     }
-    if (!temporaryPath.empty()) {
-        ::unlink(temporaryPath.c_str());
+    if (!temporaryPath_.empty()) {
+        ::unlink(temporaryPath_.c_str());
     }
 }
 
 void OutputFile::fail(const char* doing) const {
-    throw InputError(fmt::format("{}: cannot {}: {}", shownName, doing, std::strerror(errno)));
+    throw InputError(fmt::format("{}: cannot {}: {}", shownName_, doing, std::strerror(errno)));
 }
 
 void OutputFile::write(std::string_view text) {
-    buffer += text;
-    if (buffer.size() >= bufferSize) {
+    buffer_ += text;
+    if (buffer_.size() >= bufferSize) {
         flush();
     }
 }
 
 void OutputFile::flush() {
-    std::string_view left = buffer;
+    std::string_view left = buffer_;
     while (!left.empty()) {
-        waitFor({{descriptor, POLLOUT, 0}});
-        const ssize_t count = ::write(descriptor, left.data(), std::min(left.size(), longestWrite));
+        waitFor({{descriptor_, POLLOUT, 0}});
+        const ssize_t count =
+            ::write(descriptor_, left.data(), std::min(left.size(), longestWrite_));
         if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
             continue;
         }
@@ -114,11 +115,11 @@ void OutputFile::flush() {
         }
         left.remove_prefix(static_cast<std::size_t>(count));
     }
-    buffer.clear();
+    buffer_.clear();
 }
 
 void OutputFile::syncDirectory() const {
-    const int directory = ::open(directoryOf(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int directory = ::open(directoryOf(target_).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (directory >= 0) {
         ::fsync(directory);
         ::close(directory);
@@ -127,21 +128,21 @@ void OutputFile::syncDirectory() const {
 
 void OutputFile::commit() {
     flush();
-    if (!temporaryPath.empty() &&
-        (::fchmod(descriptor, usualMode()) != 0 || ::fsync(descriptor) != 0)) {
+    if (!temporaryPath_.empty() &&
+        (::fchmod(descriptor_, usualMode()) != 0 || ::fsync(descriptor_) != 0)) {
         fail("write");
     }
     // Some file systems report a failed write only here.
-    if (::close(std::exchange(descriptor, -1)) != 0) {
+    if (::close(std::exchange(descriptor_, -1)) != 0) {
         fail("write");
     }
-    if (temporaryPath.empty()) {
+    if (temporaryPath_.empty()) {
         return;
     }
-    if (::rename(temporaryPath.c_str(), target.c_str()) != 0) {
+    if (::rename(temporaryPath_.c_str(), target_.c_str()) != 0) {
         fail("create");
     }
-    temporaryPath.clear();
+    temporaryPath_.clear();
     syncDirectory();
 }
 

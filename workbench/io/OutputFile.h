@@ -45,7 +45,7 @@ public:
     void commit();
 
     /// @return whether the output is standard output
-    bool isStandardOutput() const { return path == "-"; }
+    bool isStandardOutput() const { return path_ == "-"; }
 
 private:
     [[noreturn]] void fail(const char* doing) const;
@@ -53,13 +53,13 @@ private:
     void openTemporary();
     void syncDirectory() const;
 
-    std::string path;
-    std::string shownName;
-    std::string target;         ///< where the path leads
-    std::string temporaryPath;  ///< empty when written directly
-    std::string buffer;
-    std::size_t longestWrite = 0;  ///< what does not block once the descriptor is ready
-    int descriptor = -1;
+    std::string path_;
+    std::string shownName_;
+    std::string target_;         ///< where the path leads
+    std::string temporaryPath_;  ///< empty when written directly
+    std::string buffer_;
+    std::size_t longestWrite_ = 0;  ///< what does not block once the descriptor is ready
+    int descriptor_ = -1;
 };
 
 }  // namespace Workbench

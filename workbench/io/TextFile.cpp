@@ -22,7 +22,7 @@ enum class RepeatedKeys { LastCounts, Refused };
 /// Refuses while it is being read what would harm once it has been.
 class Watch {
 public:
-    explicit Watch(RepeatedKeys givenRepeatedKeys) : repeatedKeys(givenRepeatedKeys) {}
+    explicit Watch(RepeatedKeys repeatedKeys) : repeatedKeys_(repeatedKeys) {}
 
     /// As nlohmann::json::parse calls it: a key lies one level deeper than the start of its object.
     bool operator()(int depth, Event event, const nlohmann::json& value) {
@@ -31,9 +31,9 @@ public:
             if (level >= deepestNesting) {
                 throw InputError(fmt::format("nested more than {} levels deep", deepestNesting));
             }
-            open.resize(level);
-            open.emplace_back();
-        } else if (event == Event::key && repeatedKeys == RepeatedKeys::Refused) {
+            open_.resize(level);
+            open_.emplace_back();
+        } else if (event == Event::key && repeatedKeys_ == RepeatedKeys::Refused) {
             add(level - 1, value.get_ref<const std::string&>());
         }
         return true;
@@ -46,19 +46,19 @@ private:
     };
 
     void add(std::size_t level, const std::string& key) {
-        open[level].key = key;
-        if (!open[level].keys.insert(key).second) {
+        open_[level].key = key;
+        if (!open_[level].keys.insert(key).second) {
             std::string path;
             for (std::size_t i = 0; i <= level; ++i) {
-                path += path.empty() || open[i].key.empty() ? "" : ".";
-                path += open[i].key;
+                path += path.empty() || open_[i].key.empty() ? "" : ".";
+                path += open_[i].key;
             }
             throw InputError(path + ": occurs twice");
         }
     }
 
-    RepeatedKeys repeatedKeys;
-    std::vector<Level> open;
+    RepeatedKeys repeatedKeys_;
+    std::vector<Level> open_;
 };
 
 }  // namespace

@@ -122,7 +122,7 @@ std::optional<std::string> adviceOn(WordKind kind, const std::string& word) {
                        fmt::join(words, ", "));
 }
 
-UnknownWords::UnknownWords(Tell givenTell) : tell(std::move(givenTell)) {}
+UnknownWords::UnknownWords(Tell tell) : tell_(std::move(tell)) {}
 
 void UnknownWords::look(const RecordingLine& line) {
     if (const auto* truth = std::get_if<TruthFrame>(&line)) {
@@ -150,11 +150,11 @@ void UnknownWords::look(const Labels& labels) {
 }
 
 void UnknownWords::look(WordKind kind, const char* key, const std::string& word) {
-    if (wordsOf(kind).count(word) > 0 || !seen.insert({kind, word}).second) {
+    if (wordsOf(kind).count(word) > 0 || !seen_.insert({kind, word}).second) {
         return;
     }
     if (const std::optional<std::string> advice = adviceOn(kind, word)) {
-        tell(key, word, *advice);
+        tell_(key, word, *advice);
     }
 }
 

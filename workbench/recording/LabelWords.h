@@ -44,8 +44,8 @@ private:
     void look(const Labels& labels);
     void look(WordKind kind, const char* key, const std::string& word);
 
-    Tell tell;
-    std::set<std::pair<WordKind, std::string>> seen;
+    Tell tell_;
+    std::set<std::pair<WordKind, std::string>> seen_;
 };
 
 }  // namespace Workbench

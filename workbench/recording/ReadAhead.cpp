@@ -10,34 +10,34 @@ constexpr std::size_t linesInAdvance = 64;
 
 }  // namespace
 
-ReadAhead::ReadAhead(RecordingReader& givenReader)
-    : reader(givenReader), queue(linesInAdvance), thread([this] { read(); }) {}
+ReadAhead::ReadAhead(RecordingReader& reader)
+    : reader_(reader), queue_(linesInAdvance), thread_([this] { read(); }) {}
 
 ReadAhead::~ReadAhead() {
-    queue.close();
-    reader.stop();
-    thread.join();
+    queue_.close();
+    reader_.stop();
+    thread_.join();
 }
 
 void ReadAhead::read() {
     try {
-        while (auto line = reader.next()) {
-            if (!queue.push({std::move(*line), reader.input().fractionRead()})) {
+        while (auto line = reader_.next()) {
+            if (!queue_.push({std::move(*line), reader_.input().fractionRead()})) {
                 return;
             }
         }
-        queue.close();
+        queue_.close();
     } catch (...) {
-        queue.close(std::current_exception());
+        queue_.close(std::current_exception());
     }
 }
 
 std::optional<RecordingLine> ReadAhead::next() {
     Item item;
-    if (!queue.pop(item)) {
+    if (!queue_.pop(item)) {
         return std::nullopt;
     }
-    fraction = item.fraction;
+    fraction_ = item.fraction;
     return std::move(item.line);
 }
 

@@ -27,7 +27,7 @@ public:
     std::optional<RecordingLine> next();
     /// @return how much of the recording lies before the line last handed out, 0 to 1; negative
     ///         when that is not known
-    double fractionRead() const { return fraction; }
+    double fractionRead() const { return fraction_; }
 
 private:
     struct Item {
@@ -36,10 +36,10 @@ private:
     };
     void read();
 
-    RecordingReader& reader;
-    BoundedQueue<Item> queue;
-    double fraction = 0.0;
-    std::thread thread;
+    RecordingReader& reader_;
+    BoundedQueue<Item> queue_;
+    double fraction_ = 0.0;
+    std::thread thread_;
 };
 
 }  // namespace Workbench

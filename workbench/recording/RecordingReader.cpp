@@ -208,26 +208,26 @@ bool isBlank(std::string_view text) {
 
 }  // namespace
 
-RecordingReader::RecordingReader(const std::string& path, TruthLines givenTruthLines,
+RecordingReader::RecordingReader(const std::string& path, TruthLines truthLines,
                                  const FirstLine& firstLine)
-    : lines(path), parser(std::make_unique<LineParser>()), truthLines(givenTruthLines) {
+    : lines_(path), parser_(std::make_unique<LineParser>()), truthLines_(truthLines) {
     std::string_view text;
-    const bool isEmpty = !lines.next(text);
+    const bool isEmpty = !lines_.next(text);
     if (firstLine) {
         firstLine(isEmpty ? std::string_view() : text);
     }
     if (isEmpty) {
-        throw InputError(lines.name() +
+        throw InputError(lines_.name() +
                          ":1: the file is empty, expected the header of a recording");
     }
     try {
         const nlohmann::json json = parseJsonLine(text);
-        head = readHeader(Fields(json));
+        head_ = readHeader(Fields(json));
     } catch (const nlohmann::json::exception& error) {
         throw InputError(
-            fmt::format("{}: no header of a recording: {}", lines.place(), reasonOf(error)));
+            fmt::format("{}: no header of a recording: {}", lines_.place(), reasonOf(error)));
     } catch (const InputError& error) {
-        throw InputError(fmt::format("{}: {}", lines.place(), error.what()));
+        throw InputError(fmt::format("{}: {}", lines_.place(), error.what()));
     }
     digestLine(text);
 }
@@ -236,8 +236,8 @@ RecordingReader::~RecordingReader() = default;
 
 std::optional<RecordingLine> RecordingReader::next() {
     std::string_view text;
-    while (lines.next(text)) {
-        const bool isSkipped = truthLines == TruthLines::Skip && startsAsTruth(text);
+    while (lines_.next(text)) {
+        const bool isSkipped = truthLines_ == TruthLines::Skip && startsAsTruth(text);
         if (!isBlank(text) && !isSkipped) {
             RecordingLine line = parse(text);
             if (std::holds_alternative<SensorFrame>(line)) {
@@ -252,12 +252,12 @@ std::optional<RecordingLine> RecordingReader::next() {
 void RecordingReader::digestLine(std::string_view text) {
     // The line ends of other systems are no other content.
     const bool hasReturn = !text.empty() && text.back() == '\r';
-    content.add(text.substr(0, text.size() - (hasReturn ? 1 : 0)));
-    content.add("\n");
+    content_.add(text.substr(0, text.size() - (hasReturn ? 1 : 0)));
+    content_.add("\n");
 }
 
 RecordingLine RecordingReader::parse(std::string_view text) {
-    RecordingLine line = parser->read(lines, text, readLine);
+    RecordingLine line = parser_->read(lines_, text, readLine);
     using Reason = RefusedFrame::Reason;
     Reason reason = Reason::Time;
     try {
@@ -267,7 +267,7 @@ RecordingLine RecordingReader::parse(std::string_view text) {
             checkBoxes(*frame);
         }
     } catch (const InputError& error) {
-        const std::string what = lines.place() + ": " + error.what();
+        const std::string what = lines_.place() + ": " + error.what();
         if (auto* frame = std::get_if<SensorFrame>(&line)) {
             throw RefusedFrame(what, reason, std::move(*frame));
         }
@@ -277,16 +277,16 @@ RecordingLine RecordingReader::parse(std::string_view text) {
 }
 
 void RecordingReader::checkOrder(const TruthFrame& frame) {
-    if (lastTruth && !(frame.time > *lastTruth)) {
+    if (lastTruth_ && !(frame.time > *lastTruth_)) {
         throw InputError(fmt::format("time: {} is not later than {}, the time of the truth before",
-                                     frame.time, *lastTruth));
+                                     frame.time, *lastTruth_));
     }
-    lastTruth = frame.time;
+    lastTruth_ = frame.time;
 }
 
 void RecordingReader::checkOrder(const SensorFrame& frame) {
-    const auto before = lastTime.find(frame.source);
-    if (before != lastTime.end() && !(frame.time > before->second)) {
+    const auto before = lastTime_.find(frame.source);
+    if (before != lastTime_.end() && !(frame.time > before->second)) {
         throw InputError(
             fmt::format("time: {} is not later than {}, the time of the {} frame "
                         "before",
@@ -296,14 +296,14 @@ void RecordingReader::checkOrder(const SensorFrame& frame) {
         throw InputError(fmt::format("received: {} is before the time of the frame, {}",
                                      frame.received, frame.time));
     }
-    if (lastReceived && frame.received < *lastReceived) {
+    if (lastReceived_ && frame.received < *lastReceived_) {
         throw InputError(
             fmt::format("received: {} is before {}, when the frame before was "
                         "received; frames stand in the order of their arrival",
-                        frame.received, *lastReceived));
+                        frame.received, *lastReceived_));
     }
-    lastTime[frame.source] = frame.time;
-    lastReceived = frame.received;
+    lastTime_[frame.source] = frame.time;
+    lastReceived_ = frame.received;
 }
 
 }  // namespace Workbench

@@ -41,17 +41,17 @@ public:
     RecordingReader& operator=(const RecordingReader&) = delete;
 
     /// @return the header
-    const RecordingHeader& header() const { return head; }
+    const RecordingHeader& header() const { return head_; }
     /// @return the next frame; nothing at the end
     /// @throw InputError what is wrong with the line
     std::optional<RecordingLine> next();
     /// @return the digest of the header and of the sensor frames read so far: of their lines in the
     ///         order of the file, each without its line end and followed by a line feed
-    std::string digest() const { return content.text(); }
+    std::string digest() const { return content_.text(); }
     /// As LineReader::stop.
-    void stop() { lines.stop(); }
+    void stop() { lines_.stop(); }
     /// @return where the reading stands
-    const LineReader& input() const { return lines; }
+    const LineReader& input() const { return lines_; }
 
 private:
     RecordingLine parse(std::string_view text);
@@ -59,14 +59,14 @@ private:
     void checkOrder(const SensorFrame& frame);
     void checkOrder(const TruthFrame& frame);
 
-    LineReader lines;
-    std::unique_ptr<LineParser> parser;
-    TruthLines truthLines;
-    RecordingHeader head;
-    Digest content;
-    std::map<Veskar::Source, double> lastTime;
-    std::optional<double> lastReceived;
-    std::optional<double> lastTruth;
+    LineReader lines_;
+    std::unique_ptr<LineParser> parser_;
+    TruthLines truthLines_;
+    RecordingHeader head_;
+    Digest content_;
+    std::map<Veskar::Source, double> lastTime_;
+    std::optional<double> lastReceived_;
+    std::optional<double> lastTruth_;
 };
 
 }  // namespace Workbench

@@ -20,8 +20,8 @@ public:
         Box    ///< a box whose top is below its bottom
     };
 
-    RefusedFrame(const std::string& what, Reason givenReason, SensorFrame refused)
-        : InputError(what), reason(givenReason), frame(std::move(refused)) {}
+    RefusedFrame(const std::string& what, Reason cause, SensorFrame refused)
+        : InputError(what), reason(cause), frame(std::move(refused)) {}
 
     Reason reason;
     SensorFrame frame;

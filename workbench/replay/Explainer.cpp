@@ -83,18 +83,18 @@ const char* outcomeOf(const Observer::Candidate& candidate) {
 }  // namespace
 
 void Explainer::finish() {
-    if (!line.is_null()) {
-        sink(line.dump() + "\n");
-        line = nullptr;
+    if (!line_.is_null()) {
+        sink_(line_.dump() + "\n");
+        line_ = nullptr;
     }
 }
 
 void Explainer::onFrame(const Frame& frame) {
     finish();
-    line = Json{{"source", sourceName(frame.source)},
-                {"time", recordedTime(frame.timestamp, ahead)},
-                {"sensorTracks", frame.sensorTracks},
-                {"systemTracks", frame.systemTracks}};
+    line_ = Json{{"source", sourceName(frame.source)},
+                 {"time", recordedTime(frame.timestamp, ahead_)},
+                 {"sensorTracks", frame.sensorTracks},
+                 {"systemTracks", frame.systemTracks}};
 }
 
 void Explainer::onContinuation(const Continuation& continuation) {
@@ -103,7 +103,7 @@ void Explainer::onContinuation(const Continuation& continuation) {
     addGate(record, continuation.gate);
     record["class"] = wordOf(continuation.classVerdict);
     record["outcome"] = continuation.refused ? "fused, then refused" : "fused";
-    line["continuations"].push_back(std::move(record));
+    line_["continuations"].push_back(std::move(record));
 }
 
 void Explainer::onCandidate(const Candidate& candidate) {
@@ -111,7 +111,7 @@ void Explainer::onCandidate(const Candidate& candidate) {
     addGate(record, candidate.gate);
     record["class"] = wordOf(candidate.classVerdict);
     record["outcome"] = outcomeOf(candidate);
-    line["candidates"].push_back(std::move(record));
+    line_["candidates"].push_back(std::move(record));
 }
 
 void Explainer::onMergeCandidate(const MergeCandidate& candidate) {
@@ -123,11 +123,11 @@ void Explainer::onMergeCandidate(const MergeCandidate& candidate) {
         const bool isInside = candidate.gate.verdict == GateVerdict::Passed;
         record["outcome"] = isInside ? "other pairs cost less" : "outside the gate";
     }
-    line["mergeCandidates"].push_back(std::move(record));
+    line_["mergeCandidates"].push_back(std::move(record));
 }
 
 void Explainer::onAssignment(const Link& link) {
-    for (Json& record : line["candidates"]) {
+    for (Json& record : line_["candidates"]) {
         if (record["track"] == link.systemTrackId && record["id"] == link.sensorTrackId) {
             record["outcome"] = "assigned";
         }
@@ -135,7 +135,7 @@ void Explainer::onAssignment(const Link& link) {
 }
 
 void Explainer::onMerge(int survivorId, int otherId) {
-    for (Json& record : line["mergeCandidates"]) {
+    for (Json& record : line_["mergeCandidates"]) {
         const bool isPair = record["track"] == survivorId && record["other"] == otherId;
         const bool isReverse = record["track"] == otherId && record["other"] == survivorId;
         if (isPair || isReverse) {
@@ -145,22 +145,22 @@ void Explainer::onMerge(int survivorId, int otherId) {
 }
 
 void Explainer::onStart(const Link& link) {
-    line["starts"].push_back(linkOf(link.systemTrackId, link.source, link.sensorTrackId));
+    line_["starts"].push_back(linkOf(link.systemTrackId, link.source, link.sensorTrackId));
 }
 
 void Explainer::onConfirmation(int systemTrackId, double probability, double limit) {
-    line["confirmations"].push_back(
+    line_["confirmations"].push_back(
         {{"track", systemTrackId}, {"probability", numberOf(probability)}, {"limit", limit}});
 }
 
 void Explainer::onPruning(const Pruning& pruning) {
     Json record = linkOf(pruning.systemTrackId, pruning.source, pruning.sensorTrackId);
     record["coasting"] = numberOf(pruning.coastingTime);
-    line["prunings"].push_back(std::move(record));
+    line_["prunings"].push_back(std::move(record));
 }
 
 void Explainer::onDeletion(int systemTrackId, DeletionReason reason) {
-    line["deletions"].push_back({{"track", systemTrackId}, {"reason", wordOf(reason)}});
+    line_["deletions"].push_back({{"track", systemTrackId}, {"reason", wordOf(reason)}});
 }
 
 }  // namespace Workbench

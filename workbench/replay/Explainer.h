@@ -18,9 +18,9 @@ public:
     /// Receives one line per fused frame, with line end.
     using Sink = std::function<void(const std::string&)>;
 
-    /// @param receiver receives the lines
+    /// @param sink receives the lines
     /// @param uptime seconds by which the module's clock is ahead of the one to tell times in
-    Explainer(Sink receiver, double uptime) : sink(std::move(receiver)), ahead(uptime) {}
+    Explainer(Sink sink, double uptime) : sink_(std::move(sink)), ahead_(uptime) {}
 
     /// Hands out the last frame.
     void finish();
@@ -39,9 +39,9 @@ public:
 private:
     using Json = nlohmann::ordered_json;
 
-    Sink sink;
-    double ahead;
-    Json line;
+    Sink sink_;
+    double ahead_;
+    Json line_;
 };
 
 }  // namespace Workbench

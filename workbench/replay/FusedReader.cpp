@@ -164,19 +164,19 @@ FusedFrame readFrame(const LineFields& fields) {
 }  // namespace
 
 FusedReader::FusedReader(const std::string& path)
-    : lines(path), parser(std::make_unique<LineParser>()) {
+    : lines_(path), parser_(std::make_unique<LineParser>()) {
     std::string_view text;
-    if (!lines.next(text)) {
-        throw InputError(lines.name() +
+    if (!lines_.next(text)) {
+        throw InputError(lines_.name() +
                          ":1: the file is empty, expected the header of fused tracks");
     }
     try {
-        head = readHeader(parseJsonLine(text));
+        head_ = readHeader(parseJsonLine(text));
     } catch (const nlohmann::json::exception& error) {
         throw InputError(
-            fmt::format("{}: no header of fused tracks: {}", lines.place(), reasonOf(error)));
+            fmt::format("{}: no header of fused tracks: {}", lines_.place(), reasonOf(error)));
     } catch (const InputError& error) {
-        throw InputError(fmt::format("{}: {}", lines.place(), error.what()));
+        throw InputError(fmt::format("{}: {}", lines_.place(), error.what()));
     }
 }
 
@@ -184,21 +184,21 @@ FusedReader::~FusedReader() = default;
 
 Veskar::Config FusedReader::config() const {
     try {
-        return Veskar::Config::parse_json_string(head.configuration);
+        return Veskar::Config::parse_json_string(head_.configuration);
     } catch (const std::exception&) {
-        const auto faults = Veskar::Config::findFaults(head.configuration);
+        const auto faults = Veskar::Config::findFaults(head_.configuration);
         const auto first = std::find_if(faults.begin(), faults.end(), isRefused);
         throw InputError(fmt::format("{}:1: configuration: the fusion refuses it: {}: {}",
-                                     lines.name(), first->key, first->reason));
+                                     lines_.name(), first->key, first->reason));
     }
 }
 
 std::optional<FusedFrame> FusedReader::next() {
     std::optional<FusedFrame> frame;
     std::string_view text;
-    while (!frame && lines.next(text)) {
-        parser->read(lines, text, [&](const LineFields& fields) {
-            if (!readClosingLine(fields, closing)) {
+    while (!frame && lines_.next(text)) {
+        parser_->read(lines_, text, [&](const LineFields& fields) {
+            if (!readClosingLine(fields, closing_)) {
                 frame = readFrame(fields);
                 checkOrder(*frame);
             }
@@ -209,13 +209,13 @@ std::optional<FusedFrame> FusedReader::next() {
 
 /// The times of the estimates need not rise: a late frame may follow one that the host has added.
 void FusedReader::checkOrder(const FusedFrame& frame) {
-    if (lastReceived && frame.received < *lastReceived) {
+    if (lastReceived_ && frame.received < *lastReceived_) {
         throw InputError(
             fmt::format("received: {} is before {}, when the frame before was "
                         "received",
-                        frame.received, *lastReceived));
+                        frame.received, *lastReceived_));
     }
-    lastReceived = frame.received;
+    lastReceived_ = frame.received;
 }
 
 }  // namespace Workbench

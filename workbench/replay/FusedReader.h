@@ -42,7 +42,7 @@ public:
     FusedReader& operator=(const FusedReader&) = delete;
 
     /// @return the header
-    const FusedHeader& header() const { return head; }
+    const FusedHeader& header() const { return head_; }
     /// @return the configuration of the header
     /// @throw InputError why the fusion refuses it
     Veskar::Config config() const;
@@ -51,18 +51,18 @@ public:
     std::optional<FusedFrame> next();
     /// @return what the closing line states, once all frames have been read; nothing when there is
     ///         none
-    const std::optional<RunDigests>& digests() const { return closing; }
+    const std::optional<RunDigests>& digests() const { return closing_; }
     /// @return where the reading stands
-    const LineReader& input() const { return lines; }
+    const LineReader& input() const { return lines_; }
 
 private:
     void checkOrder(const FusedFrame& frame);
 
-    LineReader lines;
-    std::unique_ptr<LineParser> parser;
-    FusedHeader head;
-    std::optional<double> lastReceived;
-    std::optional<RunDigests> closing;
+    LineReader lines_;
+    std::unique_ptr<LineParser> parser_;
+    FusedHeader head_;
+    std::optional<double> lastReceived_;
+    std::optional<RunDigests> closing_;
 };
 
 }  // namespace Workbench

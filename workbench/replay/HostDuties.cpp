@@ -17,12 +17,12 @@ bool HostDuties::isBelieved(const Sensor& sensor) const {
 
 void HostDuties::schedule(Veskar::Source source, Sensor& sensor) const {
     if (isSlow(sensor)) {
-        sensor.due = sensor.received + tuning.predictionInterval;
+        sensor.due = sensor.received + tuning_.predictionInterval;
         sensor.silent =
-            sensor.received + std::min(tuning.belief * sensor.interval, tuning.longestBelief);
+            sensor.received + std::min(tuning_.belief * sensor.interval, tuning_.longestBelief);
     } else if (source == Veskar::VideoObject) {
         // A camera that is a little late is not silent yet.
-        sensor.due = sensor.received + std::max(tuning.videoSilence, 1.5 * sensor.interval);
+        sensor.due = sensor.received + std::max(tuning_.videoSilence, 1.5 * sensor.interval);
         sensor.silent = sensor.due;
     } else {
         sensor.due = never;
@@ -32,7 +32,7 @@ void HostDuties::schedule(Veskar::Source source, Sensor& sensor) const {
 // Far from its origin a clock has no room for so small a step.
 void HostDuties::postpone(Sensor& sensor, double interval) const {
     const double next = sensor.due + interval;
-    const bool isStep = next > sensor.due && next <= lastReport + tuning.longestGap;
+    const bool isStep = next > sensor.due && next <= lastReport_ + tuning_.longestGap;
     sensor.due = isStep ? next : never;
 }
 
@@ -48,33 +48,33 @@ void HostDuties::measureInterval(Sensor& sensor, double time) {
 }
 
 void HostDuties::saw(const SensorFrame& frame) {
-    const auto [entry, isFirst] = sensors.try_emplace(frame.source);
+    const auto [entry, isFirst] = sensors_.try_emplace(frame.source);
     Sensor& sensor = entry->second;
     if (!isFirst) {
         measureInterval(sensor, frame.time);
     }
     sensor.time = frame.time;
-    sensor.received = lastReport = frame.received;
+    sensor.received = lastReport_ = frame.received;
     if (isSlow(sensor)) {
         sensor.frame = frame;
     }
     schedule(frame.source, sensor);
     // Video that has never said anything is silent since the radar began.
-    const auto [video, isUnheard] = sensors.try_emplace(Veskar::VideoObject);
+    const auto [video, isUnheard] = sensors_.try_emplace(Veskar::VideoObject);
     if (isUnheard) {
         video->second.time = frame.time;
         video->second.received = frame.received;
         schedule(Veskar::VideoObject, video->second);
     } else if (video->second.due == never) {
-        video->second.due = frame.received + tuning.videoSilence;
+        video->second.due = frame.received + tuning_.videoSilence;
     }
 }
 
 std::optional<AddedFrame> HostDuties::nextBefore(double now) {
     const auto first =
-        std::min_element(sensors.begin(), sensors.end(),
+        std::min_element(sensors_.begin(), sensors_.end(),
                          [](const auto& a, const auto& b) { return a.second.due < b.second.due; });
-    if (first == sensors.end() || !(first->second.due < now)) {
+    if (first == sensors_.end() || !(first->second.due < now)) {
         return std::nullopt;
     }
     auto& [source, sensor] = *first;
@@ -83,10 +83,10 @@ std::optional<AddedFrame> HostDuties::nextBefore(double now) {
     if (isBelieved(sensor)) {
         added.basis = &sensor.frame;
         added.ahead = elapsed;
-        lastReport = sensor.due;
-        postpone(sensor, tuning.predictionInterval);
+        lastReport_ = sensor.due;
+        postpone(sensor, tuning_.predictionInterval);
     } else if (source == Veskar::VideoObject) {
-        postpone(sensor, tuning.videoSilence);
+        postpone(sensor, tuning_.videoSilence);
     } else {
         sensor.due = never;
         return nextBefore(now);
@@ -95,11 +95,11 @@ std::optional<AddedFrame> HostDuties::nextBefore(double now) {
 }
 
 std::optional<AddedFrame> HostDuties::videoFor(double time, double now) {
-    const auto video = sensors.find(Veskar::VideoObject);
-    if (video == sensors.end() || now < video->second.silent) {
+    const auto video = sensors_.find(Veskar::VideoObject);
+    if (video == sensors_.end() || now < video->second.silent) {
         return std::nullopt;
     }
-    video->second.due = now + tuning.videoSilence;
+    video->second.due = now + tuning_.videoSilence;
     return AddedFrame{Veskar::VideoObject, time, now, nullptr, 0.0};
 }
 

@@ -44,7 +44,7 @@ struct AddedFrame {
 class HostDuties {
 public:
     /// @param parameters when to step in
-    explicit HostDuties(const DutyParameters& parameters = {}) : tuning(parameters) {}
+    explicit HostDuties(const DutyParameters& parameters = {}) : tuning_(parameters) {}
 
     /// @param now the host's clock, s; the next frame arrives then
     /// @return the next frame to add before @p now; nothing when none is due. Its basis is valid
@@ -70,13 +70,13 @@ private:
     };
     static void measureInterval(Sensor& sensor, double time);
     void postpone(Sensor& sensor, double interval) const;
-    bool isSlow(const Sensor& sensor) const { return sensor.interval > tuning.slowInterval; }
+    bool isSlow(const Sensor& sensor) const { return sensor.interval > tuning_.slowInterval; }
     bool isBelieved(const Sensor& sensor) const;
     void schedule(Veskar::Source source, Sensor& sensor) const;
 
-    DutyParameters tuning;
-    double lastReport = 0.0;  ///< when the last frame came or was predicted, of any sensor
-    std::map<Veskar::Source, Sensor> sensors;
+    DutyParameters tuning_;
+    double lastReport_ = 0.0;  ///< when the last frame came or was predicted, of any sensor
+    std::map<Veskar::Source, Sensor> sensors_;
 };
 
 }  // namespace Workbench

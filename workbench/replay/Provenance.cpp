@@ -19,14 +19,14 @@ const char* settingThatDiffers(const RunDigests& stated, const FusedHeader& head
 }  // namespace
 
 void Provenance::refuse(const std::string& what, const std::string& remedy) const {
-    if (mismatch == Mismatch::Refused) {
+    if (mismatch_ == Mismatch::Refused) {
         throw InputError(fmt::format("{}; {}, or take it as it is with --force", what, remedy));
     }
-    warn(what);
+    warn_(what);
 }
 
 void Provenance::warnOfNoDigests(const std::string& file, const std::string& source) const {
-    warn(
+    warn_(
         fmt::format("{}: it does not state what it was made from (it was cut off, or an earlier "
                     "version wrote it): whether it belongs to {} is not known",
                     file, source));

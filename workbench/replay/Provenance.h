@@ -22,11 +22,10 @@ public:
     /// Receives what a user should know, without line end.
     using Warn = std::function<void(const std::string&)>;
 
-    /// @param givenMismatch what happens to files that do not belong together; forced ones are
+    /// @param mismatch what happens to files that do not belong together; forced ones are
     ///        taken with a warning
-    /// @param givenWarn receives the warnings
-    Provenance(Mismatch givenMismatch, Warn givenWarn)
-        : mismatch(givenMismatch), warn(std::move(givenWarn)) {}
+    /// @param warn receives the warnings
+    Provenance(Mismatch mismatch, Warn warn) : mismatch_(mismatch), warn_(std::move(warn)) {}
 
     /// Compares the headers, before anything else is read.
     /// @param run what a fusion made of a recording
@@ -54,8 +53,8 @@ private:
     void refuse(const std::string& what, const std::string& remedy) const;
     void warnOfNoDigests(const std::string& file, const std::string& source) const;
 
-    Mismatch mismatch;
-    Warn warn;
+    Mismatch mismatch_;
+    Warn warn_;
 };
 
 }  // namespace Workbench

@@ -25,35 +25,35 @@ std::optional<double> RadarQueue::radarGiven(double time, double clock) {
     // The module looks at its clock in whole microseconds.
     const std::int64_t microseconds = nanoseconds(clock).count() / 1000;
     const double now = static_cast<double>(microseconds) / 1e6;
-    waiting.push_back(time);
+    waiting_.push_back(time);
     std::optional<double> fused;
     const auto drainWhile = [&](auto isReady) {
-        while (!waiting.empty() && isReady(waiting.front())) {
-            fused = waiting.front();
-            waiting.pop_front();
+        while (!waiting_.empty() && isReady(waiting_.front())) {
+            fused = waiting_.front();
+            waiting_.pop_front();
         }
     };
     drainWhile([&](double front) { return now - front > longestWait; });
-    drainWhile([&](double front) { return front < lastVideo + videoLead; });
+    drainWhile([&](double front) { return front < lastVideo_ + videoLead; });
     return fused;
 }
 
-Replay::Replay(const RecordingHeader& header, const Veskar::Config& config, Sink givenSink,
+Replay::Replay(const RecordingHeader& header, const Veskar::Config& config, Sink sink,
                bool withTags)
-    : adapter(header, config),
-      module(config, [this] { return nanoseconds(clock); }),
-      sink(std::move(givenSink)) {
+    : adapter_(header, config),
+      module_(config, [this] { return nanoseconds(clock_); }),
+      sink_(std::move(sink)) {
     if (withTags) {
-        priority = std::make_unique<Veskar::DetectionPriority>(config);
+        priority_ = std::make_unique<Veskar::DetectionPriority>(config);
     }
 }
 
 void Replay::advance(double now) {
-    while (const auto added = duties.nextBefore(now)) {
-        ++tally.addedFrames;
+    while (const auto added = duties_.nextBefore(now)) {
+        ++tally_.addedFrames;
         std::vector<std::shared_ptr<Veskar::Track>> tracks;
         if (added->basis != nullptr) {
-            tracks = adapter.convert(*added->basis, uptime, added->ahead);
+            tracks = adapter_.convert(*added->basis, uptime, added->ahead);
         }
         hand({added->source, added->time, std::move(tracks)}, added->received);
     }
@@ -61,9 +61,9 @@ void Replay::advance(double now) {
 
 void Replay::feed(const SensorFrame& frame) {
     advance(frame.received);
-    duties.saw(frame);
-    ++(frame.source == Veskar::Radar ? tally.radarFrames : tally.videoFrames);
-    hand({frame.source, frame.time, adapter.convert(frame, uptime)}, frame.received);
+    duties_.saw(frame);
+    ++(frame.source == Veskar::Radar ? tally_.radarFrames : tally_.videoFrames);
+    hand({frame.source, frame.time, adapter_.convert(frame, uptime)}, frame.received);
 }
 
 /// The module looks at waiting radar frames only when it is given another one. A radar frame that
@@ -72,68 +72,68 @@ void Replay::feed(const SensorFrame& frame) {
 void Replay::hand(HostFrame frame, double received) {
     if (frame.source == Veskar::Radar) {
         release(received);
-        if (queue.wouldWait(frame.time + uptime)) {
-            const auto empty = duties.videoFor(frame.time, received);
+        if (queue_.wouldWait(frame.time + uptime)) {
+            const auto empty = duties_.videoFor(frame.time, received);
             if (!empty) {
-                held = std::move(frame);
+                held_ = std::move(frame);
                 return;
             }
-            ++tally.addedFrames;
+            ++tally_.addedFrames;
             cycle(empty->source, empty->time, received, {});
         }
     }
     cycle(frame.source, frame.time, received, frame.tracks);
-    if (held && !queue.wouldWait(held->time + uptime)) {
+    if (held_ && !queue_.wouldWait(held_->time + uptime)) {
         release(received);
     }
 }
 
 void Replay::release(double received) {
-    if (held) {
-        const HostFrame frame = *std::exchange(held, std::nullopt);
+    if (held_) {
+        const HostFrame frame = *std::exchange(held_, std::nullopt);
         cycle(frame.source, frame.time, received, frame.tracks);
     }
 }
 
 void Replay::cycle(Veskar::Source source, double time, double received,
                    const std::vector<std::shared_ptr<Veskar::Track>>& tracks) {
-    clock = received + uptime;
+    clock_ = received + uptime;
     const auto start = std::chrono::steady_clock::now();
     bool hasFailed = false;
     try {
-        module.cycle(source, time + uptime, tracks);
+        module_.cycle(source, time + uptime, tracks);
     } catch (const std::runtime_error& error) {
         // Too many tracks for one assignment: the fusion has aged its tracks and goes on with the
         // next frame.
         hasFailed = true;
-        if (tally.failedFrames++ == 0) {
-            tally.firstFailure =
+        if (tally_.failedFrames++ == 0) {
+            tally_.firstFailure =
                 fmt::format("{} frame at {} s: {}", sourceName(source), time, error.what());
         }
     }
-    tally.librarySeconds +=
+    tally_.librarySeconds +=
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     if (source == Veskar::VideoObject) {
-        queue.videoFused(time + uptime);
+        queue_.videoFused(time + uptime);
         report(source, time, received);
-    } else if (const auto fused = queue.radarGiven(time + uptime, clock); fused || hasFailed) {
+    } else if (const auto fused = queue_.radarGiven(time + uptime, clock_); fused || hasFailed) {
         report(source, fused.value_or(time + uptime) - uptime, received);
     }
 }
 
 void Replay::report(Veskar::Source source, double time, double received) {
     FrameReading frame{time, received, source, {}};
-    if (!module.systemTracks.empty()) {
-        frame.time = module.systemTracks.front()->time - uptime;
+    if (!module_.systemTracks.empty()) {
+        frame.time = module_.systemTracks.front()->time - uptime;
     }
-    frame.tracks.reserve(module.systemTracks.size());
-    for (const auto& track : module.systemTracks) {
+    frame.tracks.reserve(module_.systemTracks.size());
+    for (const auto& track : module_.systemTracks) {
         frame.tracks.push_back(readTrack(*track));
-        if (priority) {
-            frame.tracks.back().track.tags = priority->evaluateTrack(*track);
+        if (priority_) {
+            frame.tracks.back().track.tags = priority_->evaluateTrack(*track);
         }
     }
-    sink(std::move(frame));
+    sink_(std::move(frame));
 }
 
 }  // namespace Workbench

@@ -25,10 +25,10 @@ namespace Workbench {
 class RadarQueue {
 public:
     /// @param time time stamp of a video frame, s
-    void videoFused(double time) { lastVideo = time; }
+    void videoFused(double time) { lastVideo_ = time; }
     /// @param time time stamp of a radar frame, s
     /// @return whether the module would let it wait for video
-    bool wouldWait(double time) const { return !(time < lastVideo + videoLead); }
+    bool wouldWait(double time) const { return !(time < lastVideo_ + videoLead); }
     /// @param time time stamp of a radar frame handed to cycle, s
     /// @param clock the module's clock, s
     /// @return time stamp of the last frame fused by that call; nothing when all of them wait
@@ -37,8 +37,8 @@ public:
 private:
     static constexpr double videoLead = 0.1;  ///< how far radar may be ahead of video, s
 
-    std::deque<double> waiting;
-    double lastVideo = 0.0;
+    std::deque<double> waiting_;
+    double lastVideo_ = 0.0;
 };
 
 /// What a replay did.
@@ -77,12 +77,12 @@ public:
     void advance(double now);
 
     /// @param watcher told what the fusion decides, or null; must outlive this replay
-    void setObserver(Veskar::FusionObserver* watcher) { module.setObserver(watcher); }
+    void setObserver(Veskar::FusionObserver* watcher) { module_.setObserver(watcher); }
 
     /// @return what happened so far
-    const ReplayCounts& counts() const { return tally; }
+    const ReplayCounts& counts() const { return tally_; }
     /// @return the fusion
-    const Veskar::FusionModule& fusion() const { return module; }
+    const Veskar::FusionModule& fusion() const { return module_; }
 
 private:
     /// A frame as the fusion takes it.
@@ -98,15 +98,15 @@ private:
                const std::vector<std::shared_ptr<Veskar::Track>>& tracks);
     void report(Veskar::Source source, double time, double received);
 
-    double clock = 0.0;  ///< seconds
-    HostAdapter adapter;
-    Veskar::FusionModule module;
-    HostDuties duties;
-    RadarQueue queue;
-    std::optional<HostFrame> held;  ///< the last radar frame, while it is ahead of video
-    Sink sink;
-    std::unique_ptr<Veskar::DetectionPriority> priority;
-    ReplayCounts tally;
+    double clock_ = 0.0;  ///< seconds
+    HostAdapter adapter_;
+    Veskar::FusionModule module_;
+    HostDuties duties_;
+    RadarQueue queue_;
+    std::optional<HostFrame> held_;  ///< the last radar frame, while it is ahead of video
+    Sink sink_;
+    std::unique_ptr<Veskar::DetectionPriority> priority_;
+    ReplayCounts tally_;
 };
 
 }  // namespace Workbench

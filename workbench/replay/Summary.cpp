@@ -16,19 +16,19 @@ bool isFed(const FusedTrack& track, Veskar::Source source) {
 }  // namespace
 
 void Summary::add(const FusedFrame& frame) {
-    begin = outputFrames == 0 ? frame.time : begin;
-    end = frame.time;
-    ++outputFrames;
+    begin_ = outputFrames_ == 0 ? frame.time : begin_;
+    end_ = frame.time;
+    ++outputFrames_;
     for (const FusedTrack& track : frame.tracks) {
-        if (track.id > lastId) {
-            lastId = track.id;
-            ++systemTracks;
+        if (track.id > lastId_) {
+            lastId_ = track.id;
+            ++systemTracks_;
         }
         // Tracks that were never confirmed are counted only: a busy scene has thousands of them.
         if (!track.confirmed) {
             continue;
         }
-        Life& life = lives[track.id];
+        Life& life = lives_[track.id];
         if (life.frames++ == 0) {
             life.from = frame.time - track.age;
             life.confirmed = frame.time;
@@ -58,9 +58,9 @@ std::string Summary::text(const ReplayCounts& counts) const {
     std::string text = fmt::format(
         "{} video and {} radar frames, {} added by the host, {:.1f} s\n"
         "{} system tracks, {} confirmed\n",
-        counts.videoFrames, counts.radarFrames, counts.addedFrames, end - begin, systemTracks,
-        lives.size());
-    if (lives.empty()) {
+        counts.videoFrames, counts.radarFrames, counts.addedFrames, end_ - begin_, systemTracks_,
+        lives_.size());
+    if (lives_.empty()) {
         return text;
     }
     text += fmt::format("\n{:>6} {:>7} {:>10} {:>7} {:>7}  {:<18} {:>6} {:>8} {:>7} {:>7}\n",
@@ -68,7 +68,7 @@ std::string Summary::text(const ReplayCounts& counts) const {
                         "radar", "video");
     text += fmt::format("{:>6} {:>7} {:>10} {:>7} {:>7}  {:<18} {:>6} {:>8} {:>7} {:>7}\n", "", "s",
                         "s", "s", "s", "", "m/s", "m", "fed by", "fed by");
-    for (const auto& [id, life] : lives) {
+    for (const auto& [id, life] : lives_) {
         text += row(id, life);
     }
     return text;

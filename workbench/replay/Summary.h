@@ -36,12 +36,12 @@ private:
     };
     std::string row(std::int32_t id, const Life& life) const;
 
-    std::map<std::int32_t, Life> lives;
-    std::uint64_t outputFrames = 0;
-    std::uint64_t systemTracks = 0;  ///< all, also those that were never confirmed
-    double begin = 0.0;
-    double end = 0.0;
-    std::int32_t lastId = 0;
+    std::map<std::int32_t, Life> lives_;
+    std::uint64_t outputFrames_ = 0;
+    std::uint64_t systemTracks_ = 0;  ///< all, also those that were never confirmed
+    double begin_ = 0.0;
+    double end_ = 0.0;
+    std::int32_t lastId_ = 0;
 };
 
 }  // namespace Workbench

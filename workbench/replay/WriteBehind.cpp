@@ -10,17 +10,17 @@ constexpr std::size_t framesBehind = 32;
 
 }  // namespace
 
-WriteBehind::WriteBehind(OutputFile& givenOutput, Format givenFormat, Flush givenFlush)
-    : output(givenOutput),
-      format(std::move(givenFormat)),
-      flush(givenFlush),
-      queue(framesBehind),
-      thread([this] { run(); }) {}
+WriteBehind::WriteBehind(OutputFile& output, Format format, Flush flush)
+    : output_(output),
+      format_(std::move(format)),
+      flush_(flush),
+      queue_(framesBehind),
+      thread_([this] { run(); }) {}
 
 WriteBehind::~WriteBehind() {
-    queue.close();
-    if (thread.joinable()) {
-        thread.join();
+    queue_.close();
+    if (thread_.joinable()) {
+        thread_.join();
     }
 }
 
@@ -28,29 +28,29 @@ void WriteBehind::run() {
     try {
         LineText text;
         FrameReading frame;
-        while (queue.pop(frame)) {
+        while (queue_.pop(frame)) {
             text.clear();
-            format(text, std::move(frame));
-            output.write(text.view());
-            if (flush == Flush::EveryFrame) {
-                output.flush();
+            format_(text, std::move(frame));
+            output_.write(text.view());
+            if (flush_ == Flush::EveryFrame) {
+                output_.flush();
             }
         }
     } catch (...) {
-        failure = std::current_exception();
-        queue.close(failure);
+        failure_ = std::current_exception();
+        queue_.close(failure_);
     }
 }
 
 void WriteBehind::write(FrameReading frame) {
-    queue.push(std::move(frame));
+    queue_.push(std::move(frame));
 }
 
 void WriteBehind::finish() {
-    queue.close();
-    thread.join();
-    if (failure) {
-        std::rethrow_exception(failure);
+    queue_.close();
+    thread_.join();
+    if (failure_) {
+        std::rethrow_exception(failure_);
     }
 }
 

@@ -40,12 +40,12 @@ public:
 private:
     void run();
 
-    OutputFile& output;
-    Format format;
-    Flush flush;
-    BoundedQueue<FrameReading> queue;
-    std::exception_ptr failure;
-    std::thread thread;
+    OutputFile& output_;
+    Format format_;
+    Flush flush_;
+    BoundedQueue<FrameReading> queue_;
+    std::exception_ptr failure_;
+    std::thread thread_;
 };
 
 }  // namespace Workbench

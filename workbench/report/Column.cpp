@@ -38,22 +38,22 @@ std::int32_t inSteps(double value, double step) {
 }
 
 void Column::append(std::int32_t steps) {
-    const std::int64_t difference = std::int64_t{steps} - last;
-    last = steps;
+    const std::int64_t difference = std::int64_t{steps} - last_;
+    last_ = steps;
     if (difference == 0) {
-        ++zeros;
+        ++zeros_;
         return;
     }
-    appendZeros(bytes, zeros);
-    zeros = 0;
+    appendZeros(bytes_, zeros_);
+    zeros_ = 0;
     const auto magnitude = static_cast<std::uint64_t>(std::abs(difference));
-    appendVariableLength(bytes, difference < 0 ? 2 * magnitude - 1 : 2 * magnitude);
+    appendVariableLength(bytes_, difference < 0 ? 2 * magnitude - 1 : 2 * magnitude);
 }
 
 Json Column::json() const {
-    std::string all = bytes;
-    appendZeros(all, zeros);
-    return {{"step", step}, {"data", base64(all)}};
+    std::string all = bytes_;
+    appendZeros(all, zeros_);
+    return {{"step", step_}, {"data", base64(all)}};
 }
 
 Json timeColumn(const std::vector<double>& times, double start) {

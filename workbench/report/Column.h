@@ -30,20 +30,20 @@ constexpr std::int32_t missing = -(std::int32_t{1} << 28) - 1;
 class Column {
 public:
     /// @param size of a step, in the unit of the numbers
-    explicit Column(double size) : step(size) {}
+    explicit Column(double size) : step_(size) {}
 
     /// @param value appended; what is not finite is kept as missing
-    void add(double value) { append(inSteps(value, step)); }
+    void add(double value) { append(inSteps(value, step_)); }
     /// @param steps appended, any number
     void append(std::int32_t steps);
     /// @return the column as the page gets it
     Json json() const;
 
 private:
-    double step;
-    std::string bytes;
-    std::int32_t last = 0;
-    std::uint64_t zeros = 0;
+    double step_;
+    std::string bytes_;
+    std::int32_t last_ = 0;
+    std::uint64_t zeros_ = 0;
 };
 
 /// @param bytes any bytes

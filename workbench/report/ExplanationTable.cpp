@@ -26,47 +26,47 @@ std::int32_t sensorOf(const LineFields& record) {
 class Explanations {
 public:
     explicit Explanations(Words& vocabulary)
-        : words(vocabulary),
-          pairs({"kind", "track", "source", "other"}, {{"distance", percent},
-                                                       {"limit", percent},
-                                                       {"similarity", percent},
-                                                       {"similarityLimit", percent},
-                                                       {"gate", 1.0},
-                                                       {"class", 1.0},
-                                                       {"outcome", 1.0}}),
-          events({"kind", "track", "source", "other"}, {{"value", percent}, {"reason", 1.0}}) {}
+        : words_(vocabulary),
+          pairs_({"kind", "track", "source", "other"}, {{"distance", percent},
+                                                        {"limit", percent},
+                                                        {"similarity", percent},
+                                                        {"similarityLimit", percent},
+                                                        {"gate", 1.0},
+                                                        {"class", 1.0},
+                                                        {"outcome", 1.0}}),
+          events_({"kind", "track", "source", "other"}, {{"value", percent}, {"reason", 1.0}}) {}
 
     void add(const LineFields& frame) {
-        times.push_back(frame.number("time"));
-        sources.append(frame.text("source") == "radar" ? 1 : 0);
-        pairs.beginFrame();
-        events.beginFrame();
+        times_.push_back(frame.number("time"));
+        sources_.append(frame.text("source") == "radar" ? 1 : 0);
+        pairs_.beginFrame();
+        events_.beginFrame();
         forEach(frame, "continuations", [&](const LineFields& f) { pair(Continuation, f); });
         forEach(frame, "candidates", [&](const LineFields& f) { pair(Candidate, f); });
         forEach(frame, "mergeCandidates", [&](const LineFields& f) { pair(MergeCandidate, f); });
         forEach(frame, "starts", [&](const LineFields& f) {
-            events.add({Start, f.integer("track"), sensorOf(f), f.integer("id")},
-                       {nothing, nothing});
+            events_.add({Start, f.integer("track"), sensorOf(f), f.integer("id")},
+                        {nothing, nothing});
         });
         forEach(frame, "confirmations", [&](const LineFields& f) {
-            events.add({Confirmation, f.integer("track"), 0, 0},
-                       {f.number("probability", nothing), nothing});
+            events_.add({Confirmation, f.integer("track"), 0, 0},
+                        {f.number("probability", nothing), nothing});
         });
         forEach(frame, "prunings", [&](const LineFields& f) {
-            events.add({Pruning, f.integer("track"), sensorOf(f), f.integer("id")},
-                       {f.number("coasting", nothing), nothing});
+            events_.add({Pruning, f.integer("track"), sensorOf(f), f.integer("id")},
+                        {f.number("coasting", nothing), nothing});
         });
         forEach(frame, "deletions", [&](const LineFields& f) {
-            events.add({Deletion, f.integer("track"), 0, 0},
-                       {nothing, words.numberOf(f.text("reason"))});
+            events_.add({Deletion, f.integer("track"), 0, 0},
+                        {nothing, words_.numberOf(f.text("reason"))});
         });
     }
 
     Json json(double start) const {
-        return {{"time", timeColumn(times, start)},
-                {"source", sources.json()},
-                {"pairs", pairs.json()},
-                {"events", events.json()}};
+        return {{"time", timeColumn(times_, start)},
+                {"source", sources_.json()},
+                {"pairs", pairs_.json()},
+                {"events", events_.json()}};
     }
 
 private:
@@ -79,20 +79,21 @@ private:
 
     void pair(PairKind kind, const LineFields& record) {
         const bool isMerge = kind == MergeCandidate;
-        pairs.add(
+        pairs_.add(
             {kind, record.integer("track"), isMerge ? 0 : sensorOf(record),
              record.integer(isMerge ? "other" : "id")},
             {record.number("distance", nothing), record.number("limit", nothing),
              record.number("velocitySimilarity", nothing),
-             record.number("similarityLimit", nothing), words.numberOf(record.text("gate", "")),
-             words.numberOf(record.text("class", "")), words.numberOf(record.text("outcome", ""))});
+             record.number("similarityLimit", nothing), words_.numberOf(record.text("gate", "")),
+             words_.numberOf(record.text("class", "")),
+             words_.numberOf(record.text("outcome", ""))});
     }
 
-    Words& words;
-    std::vector<double> times;
-    Column sources{1.0};
-    TrackTable pairs;
-    TrackTable events;
+    Words& words_;
+    std::vector<double> times_;
+    Column sources_{1.0};
+    TrackTable pairs_;
+    TrackTable events_;
 };
 
 }  // namespace

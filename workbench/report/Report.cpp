@@ -77,16 +77,16 @@ public:
           config(reader.config()),
           table(words),
           judgement(header, config),
-          feed(reader, [this](const FusedFrame& frame) { take(frame); }) {}
+          feed_(reader, [this](const FusedFrame& frame) { take(frame); }) {}
 
     void add(const RecordingLine& line) {
-        feed.follow(line);
+        feed_.follow(line);
         judgement.add(line);
     }
 
     /// What came after the last line of the recording.
     void finish(const ReportProgress& progress) {
-        while (feed.handOne()) {
+        while (feed_.handOne()) {
             progress(reader.input());
         }
     }
@@ -105,7 +105,7 @@ private:
         judgement.add(frame);
     }
 
-    FusedFeed feed;
+    FusedFeed feed_;
 };
 
 /// Where a file lies is nobody's business but that of the person who made the report.

@@ -13,49 +13,49 @@
 namespace Workbench {
 
 RunJudgement::RunJudgement(const RecordingHeader& installation, const Veskar::Config& config)
-    : header(installation) {
-    if (header.truth != TruthKind::None) {
-        evaluation.emplace(installation, config, options);
+    : header_(installation) {
+    if (header_.truth != TruthKind::None) {
+        evaluation_.emplace(installation, config, options_);
     }
 }
 
 void RunJudgement::add(const FusedFrame& frame) {
-    if (evaluation) {
-        evaluation->add(frame);
+    if (evaluation_) {
+        evaluation_->add(frame);
     }
 }
 
 void RunJudgement::add(const RecordingLine& line) {
-    if (evaluation) {
-        evaluation->add(line);
+    if (evaluation_) {
+        evaluation_->add(line);
     }
 }
 
 Json RunJudgement::json(double start) const {
-    if (!evaluation || evaluation->instants() == 0) {
+    if (!evaluation_ || evaluation_->instants() == 0) {
         return nullptr;
     }
     std::vector<double> times;
     Column gospa(metres);
     TrackTable matches({"object"}, {{"track", 1.0}});
-    const GospaSeries fusion = evaluation->gospaOverTime().front();
+    const GospaSeries fusion = evaluation_->gospaOverTime().front();
     for (const GospaMoment& moment : fusion.moments) {
         times.push_back(moment.time);
-        gospa.add(header.truth == TruthKind::Complete ? moment.gospa.distance
-                                                      : std::numeric_limits<double>::quiet_NaN());
+        gospa.add(header_.truth == TruthKind::Complete ? moment.gospa.distance
+                                                       : std::numeric_limits<double>::quiet_NaN());
         matches.beginFrame();
         for (const auto& [object, track] : moment.matches) {
             matches.add({object}, {static_cast<double>(track)});
         }
     }
-    return {{"cutoff", options.cutoff},         {"moments", times.size()},
+    return {{"cutoff", options_.cutoff},        {"moments", times.size()},
             {"time", timeColumn(times, start)}, {"gospa", gospa.json()},
             {"matches", matches.json()},        {"parts", parts()}};
 }
 
 Json RunJudgement::parts() const {
     Json all = Json::array();
-    for (const PartFigures& part : evaluation->figures()) {
+    for (const PartFigures& part : evaluation_->figures()) {
         if (part.trackers.empty()) {
             continue;
         }
@@ -69,7 +69,7 @@ Json RunJudgement::parts() const {
             Json values = Json::array();
             for (const TrackerFigures& tracker : part.trackers) {
                 const Figure& figure = tracker.figures[row];
-                values.push_back(isAllowed(figure, header) && std::isfinite(figure.value)
+                values.push_back(isAllowed(figure, header_) && std::isfinite(figure.value)
                                      ? Json(std::nearbyint(figure.value * 1e4) / 1e4)
                                      : Json(nullptr));
             }

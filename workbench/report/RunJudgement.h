@@ -31,9 +31,9 @@ public:
 private:
     Json parts() const;
 
-    RecordingHeader header;
-    EvaluationOptions options;
-    std::optional<Evaluation> evaluation;  ///< when the recording states truth
+    RecordingHeader header_;
+    EvaluationOptions options_;
+    std::optional<Evaluation> evaluation_;  ///< when the recording states truth
 };
 
 }  // namespace Workbench

@@ -45,35 +45,35 @@ std::string joined(const std::optional<std::set<std::string>>& tags) {
 }  // namespace
 
 RunTable::RunTable(Words& vocabulary)
-    : words(vocabulary),
-      tracks({"id"}, {{"confirmed", 1.0},
-                      {"probability", ratio},
-                      {"x", metres},
-                      {"y", metres},
-                      {"major", metres},
-                      {"minor", metres},
-                      {"angle", wholeDegrees},
-                      {"range", metres},
-                      {"speed", metresPerSecond},
-                      {"direction", wholeDegrees},
-                      {"left", image},
-                      {"bottom", image},
-                      {"right", image},
-                      {"top", image},
-                      {"class", 1.0},
-                      {"classProbability", twentieths},
-                      {"color", 1.0},
-                      {"upperClothingColor", 1.0},
-                      {"lowerClothingColor", 1.0},
-                      {"tags", 1.0}}),
-      sensors({"track", "source", "id"}, {{"coasting", tenths}}) {}
+    : words_(vocabulary),
+      tracks_({"id"}, {{"confirmed", 1.0},
+                       {"probability", ratio},
+                       {"x", metres},
+                       {"y", metres},
+                       {"major", metres},
+                       {"minor", metres},
+                       {"angle", wholeDegrees},
+                       {"range", metres},
+                       {"speed", metresPerSecond},
+                       {"direction", wholeDegrees},
+                       {"left", image},
+                       {"bottom", image},
+                       {"right", image},
+                       {"top", image},
+                       {"class", 1.0},
+                       {"classProbability", twentieths},
+                       {"color", 1.0},
+                       {"upperClothingColor", 1.0},
+                       {"lowerClothingColor", 1.0},
+                       {"tags", 1.0}}),
+      sensors_({"track", "source", "id"}, {{"coasting", tenths}}) {}
 
 void RunTable::add(const FusedFrame& frame) {
-    times.push_back(frame.time);
-    received.push_back(frame.received);
-    sources.append(sourceNumber(frame.source));
-    tracks.beginFrame();
-    sensors.beginFrame();
+    times_.push_back(frame.time);
+    received_.push_back(frame.received);
+    sources_.append(sourceNumber(frame.source));
+    tracks_.beginFrame();
+    sensors_.beginFrame();
     for (const FusedTrack& track : frame.tracks) {
         // What follows from other columns is left out: the range from the position, the velocity
         // from speed and direction.
@@ -84,39 +84,39 @@ void RunTable::add(const FusedFrame& frame) {
             ellipse = ellipseOf(track.ground->covariance);
         }
         const Labels& labels = track.labels;
-        tracks.add({track.id}, {track.confirmed ? 1.0 : 0.0,
-                                track.probability,
-                                position[0],
-                                position[1],
-                                ellipse.major,
-                                ellipse.minor,
-                                ellipse.angle,
-                                track.ground ? nothing : track.range,
-                                track.speed.value_or(nothing),
-                                track.direction.value_or(nothing),
-                                track.box.left,
-                                track.box.bottom,
-                                track.box.right,
-                                track.box.top,
-                                words.numberOf(labels.objectClass.name),
-                                labels.objectClass.probability,
-                                words.numberOf(labels.color.name),
-                                words.numberOf(labels.upperClothingColor.name),
-                                words.numberOf(labels.lowerClothingColor.name),
-                                words.numberOf(joined(track.tags))});
+        tracks_.add({track.id}, {track.confirmed ? 1.0 : 0.0,
+                                 track.probability,
+                                 position[0],
+                                 position[1],
+                                 ellipse.major,
+                                 ellipse.minor,
+                                 ellipse.angle,
+                                 track.ground ? nothing : track.range,
+                                 track.speed.value_or(nothing),
+                                 track.direction.value_or(nothing),
+                                 track.box.left,
+                                 track.box.bottom,
+                                 track.box.right,
+                                 track.box.top,
+                                 words_.numberOf(labels.objectClass.name),
+                                 labels.objectClass.probability,
+                                 words_.numberOf(labels.color.name),
+                                 words_.numberOf(labels.upperClothingColor.name),
+                                 words_.numberOf(labels.lowerClothingColor.name),
+                                 words_.numberOf(joined(track.tags))});
         for (const Support& support : track.sensors) {
-            sensors.add({track.id, sourceNumber(support.source), support.id},
-                        {wholeTenths(support.coasting)});
+            sensors_.add({track.id, sourceNumber(support.source), support.id},
+                         {wholeTenths(support.coasting)});
         }
     }
 }
 
 Json RunTable::json(double start) const {
-    return {{"time", timeColumn(times, start)},
-            {"received", timeColumn(received, start)},
-            {"source", sources.json()},
-            {"tracks", tracks.json()},
-            {"sensors", sensors.json()}};
+    return {{"time", timeColumn(times_, start)},
+            {"received", timeColumn(received_, start)},
+            {"source", sources_.json()},
+            {"tracks", tracks_.json()},
+            {"sensors", sensors_.json()}};
 }
 
 }  // namespace Workbench

@@ -23,12 +23,12 @@ public:
     Json json(double start) const;
 
 private:
-    Words& words;
-    std::vector<double> times;
-    std::vector<double> received;
-    Column sources{1.0};
-    TrackTable tracks;
-    TrackTable sensors;
+    Words& words_;
+    std::vector<double> times_;
+    std::vector<double> received_;
+    Column sources_{1.0};
+    TrackTable tracks_;
+    TrackTable sensors_;
 };
 
 /// How the page names a source.

@@ -28,32 +28,32 @@ ImageBox boxOf(const Report& report) {
 }  // namespace
 
 SensorTable::SensorTable(const HostAdapter& hostAdapter, Words& vocabulary)
-    : adapter(hostAdapter),
-      words(vocabulary),
-      table({"id"}, {{"x", metres},
-                     {"y", metres},
-                     {"speed", metresPerSecond},
-                     {"direction", wholeDegrees},
-                     {"u", image},
-                     {"v", image},
-                     {"range", metres},
-                     {"left", image},
-                     {"bottom", image},
-                     {"right", image},
-                     {"top", image},
-                     {"coasting", tenths},
-                     {"confirmed", 1.0},
-                     {"class", 1.0},
-                     {"classProbability", percent}}) {}
+    : adapter_(hostAdapter),
+      words_(vocabulary),
+      table_({"id"}, {{"x", metres},
+                      {"y", metres},
+                      {"speed", metresPerSecond},
+                      {"direction", wholeDegrees},
+                      {"u", image},
+                      {"v", image},
+                      {"range", metres},
+                      {"left", image},
+                      {"bottom", image},
+                      {"right", image},
+                      {"top", image},
+                      {"coasting", tenths},
+                      {"confirmed", 1.0},
+                      {"class", 1.0},
+                      {"classProbability", percent}}) {}
 
 void SensorTable::add(const SensorFrame& frame) {
-    times.push_back(frame.time);
-    table.beginFrame();
-    const std::vector<std::shared_ptr<Veskar::Track>> tracks = adapter.convert(frame);
+    times_.push_back(frame.time);
+    table_.beginFrame();
+    const std::vector<std::shared_ptr<Veskar::Track>> tracks = adapter_.convert(frame);
     for (std::size_t i = 0; i < tracks.size(); ++i) {
         const ReportBase& base = baseOf(frame.tracks[i]);
         const FusedTrack track =
-            placed(readTrack(Veskar::SystemTrack(tracks[i], tracks[i]->id)), adapter);
+            placed(readTrack(Veskar::SystemTrack(tracks[i], tracks[i]->id)), adapter_);
         const Eigen::Vector2d position =
             track.ground ? track.ground->position : Eigen::Vector2d(nothing, nothing);
         const ImageBox box = boxOf(frame.tracks[i]);
@@ -65,17 +65,17 @@ void SensorTable::add(const SensorFrame& frame) {
         // A camera's velocity on the ground says little; only the radar's is shown.
         const bool isRadar = frame.source == Veskar::Radar;
         const Label& label = track.labels.objectClass;
-        table.add({base.id},
-                  {position[0], position[1], isRadar ? track.speed.value_or(nothing) : nothing,
-                   isRadar ? track.direction.value_or(nothing) : nothing, place[0], place[1],
-                   track.ground ? nothing : track.range, box.left, box.bottom, box.right, box.top,
-                   wholeTenths(base.coasting), base.confirmed ? 1.0 : 0.0,
-                   words.numberOf(label.name), label.probability});
+        table_.add({base.id},
+                   {position[0], position[1], isRadar ? track.speed.value_or(nothing) : nothing,
+                    isRadar ? track.direction.value_or(nothing) : nothing, place[0], place[1],
+                    track.ground ? nothing : track.range, box.left, box.bottom, box.right, box.top,
+                    wholeTenths(base.coasting), base.confirmed ? 1.0 : 0.0,
+                    words_.numberOf(label.name), label.probability});
     }
 }
 
 Json SensorTable::json(double start) const {
-    return {{"time", timeColumn(times, start)}, {"table", table.json()}};
+    return {{"time", timeColumn(times_, start)}, {"table", table_.json()}};
 }
 
 }  // namespace Workbench

@@ -23,10 +23,10 @@ public:
     Json json(double start) const;
 
 private:
-    const HostAdapter& adapter;
-    Words& words;
-    std::vector<double> times;
-    TrackTable table;
+    const HostAdapter& adapter_;
+    Words& words_;
+    std::vector<double> times_;
+    TrackTable table_;
 };
 
 }  // namespace Workbench

@@ -35,27 +35,27 @@ public:
     TrackTable(std::vector<const char*> keys, std::vector<ColumnKind> columns);
 
     /// The rows that follow belong to a new frame.
-    void beginFrame() { ++frames; }
+    void beginFrame() { ++frames_; }
     /// @param key which track
     /// @param values one for each column; not finite: missing
     void add(const Key& key, const std::vector<double>& values);
     /// @return frames so far
-    std::int32_t frameCount() const { return frames; }
+    std::int32_t frameCount() const { return frames_; }
     /// @return the table as the page gets it
     Json json() const;
 
 private:
     Json column(std::size_t place, double step) const;
 
-    std::vector<const char*> keyNames;
-    std::vector<ColumnKind> kinds;
+    std::vector<const char*> keyNames_;
+    std::vector<ColumnKind> kinds_;
     struct Track {
         std::int32_t nextFrame = 0;      ///< after its last row
         std::vector<std::int32_t> rows;  ///< each: frames skipped, then the values in steps
     };
 
-    std::map<Key, Track> tracks;
-    std::int32_t frames = 0;
+    std::map<Key, Track> tracks_;
+    std::int32_t frames_ = 0;
 };
 
 }  // namespace Workbench

@@ -18,18 +18,18 @@ public:
         if (word.empty() || word == "unknown") {
             return std::numeric_limits<double>::quiet_NaN();
         }
-        const auto [place, isNew] = numbers.try_emplace(word, static_cast<double>(words.size()));
+        const auto [place, isNew] = numbers_.try_emplace(word, static_cast<double>(words_.size()));
         if (isNew) {
-            words.push_back(word);
+            words_.push_back(word);
         }
         return place->second;
     }
     /// @return the words in the order of their numbers
-    const std::vector<std::string>& list() const { return words; }
+    const std::vector<std::string>& list() const { return words_; }
 
 private:
-    std::map<std::string, double> numbers;
-    std::vector<std::string> words;
+    std::map<std::string, double> numbers_;
+    std::vector<std::string> words_;
 };
 
 }  // namespace Workbench

@@ -6,50 +6,50 @@
 
 namespace Workbench {
 
-FalseObjects::FalseObjects(const SensorTraits& givenTraits, const Eigen::Vector2d& givenOrigin,
-                           double givenBearing, double givenHalfAngle)
-    : traits(givenTraits),
-      origin(givenOrigin),
-      bearing(givenBearing),
-      halfAngle(givenHalfAngle),
-      wander(givenTraits.persistent.size()) {}
+FalseObjects::FalseObjects(const SensorTraits& traits, const Eigen::Vector2d& origin,
+                           double bearing, double halfAngle)
+    : traits_(traits),
+      origin_(origin),
+      bearing_(bearing),
+      halfAngle_(halfAngle),
+      wander_(traits.persistent.size()) {}
 
 Eigen::Vector2d FalseObjects::somewhere(Random& random) const {
     // Uniform over the ground in view: the square root makes far rings as dense as near ones.
-    const double distance = std::sqrt(random.uniform()) * traits.maximumRange;
-    const double angle = bearing + random.uniform(-halfAngle, halfAngle);
-    return origin + distance * Eigen::Vector2d(std::cos(angle), std::sin(angle));
+    const double distance = std::sqrt(random.uniform()) * traits_.maximumRange;
+    const double angle = bearing_ + random.uniform(-halfAngle_, halfAngle_);
+    return origin_ + distance * Eigen::Vector2d(std::cos(angle), std::sin(angle));
 }
 
 std::vector<FalseObject> FalseObjects::at(double time, double dt, Random& random) {
     std::vector<FalseObject> shown;
-    for (std::size_t i = 0; i < traits.persistent.size(); ++i) {
-        const PersistentFalse& source = traits.persistent[i];
+    for (std::size_t i = 0; i < traits_.persistent.size(); ++i) {
+        const PersistentFalse& source = traits_.persistent[i];
         // One draw per statement: compilers evaluate arguments in an order of their own.
-        const double aside = wander[i][1].step(random, dt, source.wander, 2.0);
-        const double ahead = wander[i][0].step(random, dt, source.wander, 2.0);
+        const double aside = wander_[i][1].step(random, dt, source.wander, 2.0);
+        const double ahead = wander_[i][0].step(random, dt, source.wander, 2.0);
         const Eigen::Vector2d shift(ahead, aside);
         const bool isShown = random.chance(source.probability);
         if (isShown && source.from <= time && time < source.to) {
             shown.push_back({source.position + shift, source.className});
         }
     }
-    const int born = random.poisson(traits.bursts / 60.0 * dt);
+    const int born = random.poisson(traits_.bursts / 60.0 * dt);
     for (int i = 0; i < born; ++i) {
-        bursts.push_back(
-            {somewhere(random), time + traits.burstDuration * random.uniform(0.5, 1.5)});
+        bursts_.push_back(
+            {somewhere(random), time + traits_.burstDuration * random.uniform(0.5, 1.5)});
     }
-    bursts.erase(std::remove_if(bursts.begin(), bursts.end(),
-                                [&](const Burst& burst) { return burst.until < time; }),
-                 bursts.end());
-    for (const Burst& burst : bursts) {
+    bursts_.erase(std::remove_if(bursts_.begin(), bursts_.end(),
+                                 [&](const Burst& burst) { return burst.until < time; }),
+                  bursts_.end());
+    for (const Burst& burst : bursts_) {
         if (random.chance(0.8)) {
             const double aside = random.normal();
             const double ahead = random.normal();
             shown.push_back({burst.position + 0.2 * Eigen::Vector2d(ahead, aside), "human"});
         }
     }
-    const int single = random.poisson(traits.falseAlarms);
+    const int single = random.poisson(traits_.falseAlarms);
     for (int i = 0; i < single; ++i) {
         shown.push_back({somewhere(random), "human"});
     }

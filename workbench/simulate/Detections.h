@@ -42,12 +42,12 @@ private:
     };
     Eigen::Vector2d somewhere(Random& random) const;
 
-    const SensorTraits& traits;
-    Eigen::Vector2d origin;
-    double bearing;
-    double halfAngle;
-    std::vector<std::array<GaussMarkov, 2>> wander;
-    std::vector<Burst> bursts;
+    const SensorTraits& traits_;
+    Eigen::Vector2d origin_;
+    double bearing_;
+    double halfAngle_;
+    std::vector<std::array<GaussMarkov, 2>> wander_;
+    std::vector<Burst> bursts_;
 };
 
 /// @param traits the sensor

@@ -28,21 +28,21 @@ Motion::Motion(const Scenario& scenario, std::uint64_t seed) {
         const ObjectTraits& traits = scenario.objects[i];
         for (int member = 0; member < traits.count; ++member) {
             const Random random(seed, fmt::format("motion {} {}", i, member));
-            objects.push_back({&traits, Way(traits, scenario.duration, random)});
+            objects_.push_back({&traits, Way(traits, scenario.duration, random)});
         }
     }
 }
 
 std::vector<ObjectState> Motion::at(double time) {
     std::vector<ObjectState> states;
-    for (std::size_t i = 0; i < objects.size(); ++i) {
-        const Leg* const leg = objects[i].way.at(time);
+    for (std::size_t i = 0; i < objects_.size(); ++i) {
+        const Leg* const leg = objects_[i].way.at(time);
         if (leg == nullptr) {
             continue;
         }
         ObjectState state;
         state.id = static_cast<std::int32_t>(i) + 1;
-        state.traits = objects[i].traits;
+        state.traits = objects_[i].traits;
         state.centre = leg->start + (time - leg->from) * leg->velocity;
         state.velocity = leg->velocity;
         state.heading = leg->heading;

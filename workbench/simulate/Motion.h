@@ -46,7 +46,7 @@ private:
         Way way;
     };
 
-    std::vector<Object> objects;
+    std::vector<Object> objects_;
 };
 
 }  // namespace Workbench

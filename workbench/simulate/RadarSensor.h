@@ -41,15 +41,15 @@ private:
     bool isHidden(const ObjectState& object, const std::vector<ObjectState>& objects) const;
     std::vector<RadarDetection> resolve(std::vector<RadarDetection> reflections) const;
 
-    const RadarTraits& traits;
-    Eigen::Vector3d position;    ///< as it is really mounted
-    Eigen::Matrix3d fromDevice;  ///< rotation into the radar's frame
-    double halfAngle;            ///< of the field of view, degrees
-    Random random;
-    FalseObjects falseObjects;
-    RadarTracker tracker;
-    std::map<std::int32_t, std::array<GaussMarkov, 2>> reflectionPoints;
-    double last = 0.0;
+    const RadarTraits& traits_;
+    Eigen::Vector3d position_;    ///< as it is really mounted
+    Eigen::Matrix3d fromDevice_;  ///< rotation into the radar's frame
+    double halfAngle_;            ///< of the field of view, degrees
+    Random random_;
+    FalseObjects falseObjects_;
+    RadarTracker tracker_;
+    std::map<std::int32_t, std::array<GaussMarkov, 2>> reflectionPoints_;
+    double last_ = 0.0;
 };
 
 }  // namespace Workbench

@@ -20,10 +20,10 @@ std::uint64_t seedOf(std::uint64_t seed, std::string_view stream) {
 
 }  // namespace
 
-Random::Random(std::uint64_t seed, std::string_view stream) : engine(seedOf(seed, stream)) {}
+Random::Random(std::uint64_t seed, std::string_view stream) : engine_(seedOf(seed, stream)) {}
 
 double Random::uniform() {
-    return static_cast<double>(engine() >> 11) * 0x1p-53;
+    return static_cast<double>(engine_() >> 11) * 0x1p-53;
 }
 
 double Random::uniform(double least, double most) {
@@ -32,9 +32,9 @@ double Random::uniform(double least, double most) {
 
 double Random::normal() {
     // Marsaglia's polar method.
-    if (hasSpare) {
-        hasSpare = false;
-        return spare;
+    if (hasSpare_) {
+        hasSpare_ = false;
+        return spare_;
     }
     double x = 0.0;
     double y = 0.0;
@@ -45,8 +45,8 @@ double Random::normal() {
         s = x * x + y * y;
     } while (s >= 1.0 || s == 0.0);
     const double factor = std::sqrt(-2.0 * std::log(s) / s);
-    spare = y * factor;
-    hasSpare = true;
+    spare_ = y * factor;
+    hasSpare_ = true;
     return x * factor;
 }
 
@@ -66,10 +66,10 @@ int Random::poisson(double mean) {
 }
 
 double GaussMarkov::step(Random& random, double dt, double std, double correlationTime) {
-    const double kept = isStarted ? std::exp(-dt / correlationTime) : 0.0;
-    isStarted = true;
-    value = kept * value + std::sqrt(1.0 - kept * kept) * random.normal();
-    return std * value;
+    const double kept = isStarted_ ? std::exp(-dt / correlationTime) : 0.0;
+    isStarted_ = true;
+    value_ = kept * value_ + std::sqrt(1.0 - kept * kept) * random.normal();
+    return std * value_;
 }
 
 }  // namespace Workbench

@@ -33,9 +33,9 @@ public:
     int poisson(double mean);
 
 private:
-    std::mt19937_64 engine;
-    double spare = 0.0;
-    bool hasSpare = false;
+    std::mt19937_64 engine_;
+    double spare_ = 0.0;
+    bool hasSpare_ = false;
 };
 
 /// A first-order Gauss-Markov process: an error that wanders instead of jumping.
@@ -49,8 +49,8 @@ public:
     double step(Random& random, double dt, double std, double correlationTime);
 
 private:
-    double value = 0.0;  ///< in units of the standard deviation
-    bool isStarted = false;
+    double value_ = 0.0;  ///< in units of the standard deviation
+    bool isStarted_ = false;
 };
 
 }  // namespace Workbench

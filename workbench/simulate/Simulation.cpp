@@ -14,23 +14,23 @@ constexpr double truthInterval = 0.1;  // seconds
 
 }  // namespace
 
-Simulation::Simulation(const Scenario& givenScenario, std::uint64_t givenSeed)
-    : scenario(givenScenario),
-      seed(givenSeed),
-      motion(givenScenario, givenSeed),
-      statedCamera(givenScenario.camera.build()),
-      video(givenScenario, givenSeed),
-      radar(givenScenario, givenSeed) {}
+Simulation::Simulation(const Scenario& scenario, std::uint64_t seed)
+    : scenario_(scenario),
+      seed_(seed),
+      motion_(scenario, seed),
+      statedCamera_(scenario.camera.build()),
+      video_(scenario, seed),
+      radar_(scenario, seed) {}
 
 RecordingHeader Simulation::header() const {
     RecordingHeader header;
-    header.name = scenario.name;
-    header.origin = fmt::format("simulated: {}", scenario.description);
+    header.name = scenario_.name;
+    header.origin = fmt::format("simulated: {}", scenario_.description);
     header.licence = "Apache-2.0";
-    header.camera = scenario.camera;
-    header.radar = scenario.radar;
-    header.site = scenario.site;
-    header.seed = seed;
+    header.camera = scenario_.camera;
+    header.radar = scenario_.radar;
+    header.site = scenario_.site;
+    header.seed = seed_;
     header.truth = TruthKind::Complete;
     return header;
 }
@@ -52,19 +52,19 @@ void Simulation::look(Schedule& schedule, Sensor& sensor) {
     SensorFrame frame;
     frame.source = schedule.source;
     frame.time = time + schedule.traits->timestampError;
-    frame.tracks = sensor.look(time, motion.at(time));
+    frame.tracks = sensor.look(time, motion_.at(time));
     if (frame.tracks.empty() && !schedule.traits->emptyFrames) {
         return;
     }
     frame.received = std::max({time + delay, schedule.lastReceived, frame.time});
     schedule.lastReceived = frame.received;
-    underway.emplace(frame.received, std::move(frame));
+    underway_.emplace(frame.received, std::move(frame));
 }
 
 void Simulation::recordTruth(double time) {
     TruthFrame frame;
     frame.time = time;
-    for (const ObjectState& state : motion.at(time)) {
+    for (const ObjectState& state : motion_.at(time)) {
         TruthObject object;
         object.id = state.id;
         object.className = state.traits->className;
@@ -72,29 +72,29 @@ void Simulation::recordTruth(double time) {
         object.velocity = state.velocity;
         object.size = state.traits->size;
         object.centre = state.centre;
-        object.inVideo = statedCamera.sees({object.position[0], object.position[1], 0.0});
-        object.inRadar = radar.measure(object.position, object.velocity).has_value();
+        object.inVideo = statedCamera_.sees({object.position[0], object.position[1], 0.0});
+        object.inRadar = radar_.measure(object.position, object.velocity).has_value();
         frame.objects.push_back(object);
     }
-    underway.emplace(time, std::move(frame));
+    underway_.emplace(time, std::move(frame));
 }
 
 void Simulation::deliver(double until, const std::function<void(const RecordingLine&)>& write) {
-    while (!underway.empty() && underway.begin()->first < until) {
-        write(underway.begin()->second);
-        underway.erase(underway.begin());
+    while (!underway_.empty() && underway_.begin()->first < until) {
+        write(underway_.begin()->second);
+        underway_.erase(underway_.begin());
     }
 }
 
 void Simulation::run(const std::function<void(const RecordingLine&)>& write,
                      const std::function<void(double)>& progress) {
-    Schedule videoSchedule{&scenario.video, Veskar::VideoObject, Random(seed, "video delay")};
-    Schedule radarSchedule{&scenario.radarSensor, Veskar::Radar, Random(seed, "radar delay")};
+    Schedule videoSchedule{&scenario_.video, Veskar::VideoObject, Random(seed_, "video delay")};
+    Schedule radarSchedule{&scenario_.radarSensor, Veskar::Radar, Random(seed_, "radar delay")};
     std::uint64_t truthFrame = 0;
     for (;;) {
         const double truthTime = static_cast<double>(truthFrame) * truthInterval;
         const double time = std::min({truthTime, videoSchedule.next(), radarSchedule.next()});
-        if (time > scenario.duration) {
+        if (time > scenario_.duration) {
             break;
         }
         deliver(time, write);
@@ -102,9 +102,9 @@ void Simulation::run(const std::function<void(const RecordingLine&)>& write,
             recordTruth(time);
             ++truthFrame;
         } else if (videoSchedule.next() == time) {
-            look(videoSchedule, video);
+            look(videoSchedule, video_);
         } else {
-            look(radarSchedule, radar);
+            look(radarSchedule, radar_);
         }
         progress(time);
     }

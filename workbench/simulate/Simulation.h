@@ -48,14 +48,14 @@ private:
     void recordTruth(double time);
     void deliver(double until, const std::function<void(const RecordingLine&)>& write);
 
-    const Scenario& scenario;
-    std::uint64_t seed;
-    Motion motion;
-    Projection statedCamera;
-    VideoSensor video;
-    RadarSensor radar;
+    const Scenario& scenario_;
+    std::uint64_t seed_;
+    Motion motion_;
+    Projection statedCamera_;
+    VideoSensor video_;
+    RadarSensor radar_;
     // On their way to the host, by arrival; equal arrivals in the order of their making.
-    std::multimap<double, RecordingLine> underway;
+    std::multimap<double, RecordingLine> underway_;
 };
 
 }  // namespace Workbench

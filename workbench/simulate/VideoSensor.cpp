@@ -30,12 +30,12 @@ constexpr ImageBox wholeImage{-1.0, -1.0, 1.0, 1.0};
 }  // namespace
 
 VideoSensor::VideoSensor(const Scenario& scenario, std::uint64_t seed)
-    : traits(scenario.video),
-      camera(mountedCamera(scenario)),
-      random(seed, "video"),
-      falseObjects(traits, camera.origin().head<2>(), radians(scenario.camera.mounting.yaw),
-                   camera.camera().getFieldOfView()[0]),
-      tracker(VideoTracker::usualParameters(), std::hypot(traits.edgeStd, 0.004)) {}
+    : traits_(scenario.video),
+      camera_(mountedCamera(scenario)),
+      random_(seed, "video"),
+      falseObjects_(traits_, camera_.origin().head<2>(), radians(scenario.camera.mounting.yaw),
+                    camera_.camera().getFieldOfView()[0]),
+      tracker_(VideoTracker::usualParameters(), std::hypot(traits_.edgeStd, 0.004)) {}
 
 ImageBox VideoSensor::boxOf(const Projection& camera, const ObjectState& object) {
     ImageBox box{2e9, 2e9, -2e9, -2e9};
@@ -55,9 +55,9 @@ std::vector<VideoSensor::View> VideoSensor::views(const std::vector<ObjectState>
     for (const ObjectState& object : objects) {
         const Eigen::Vector3d middle(object.centre[0], object.centre[1],
                                      0.5 * object.traits->size[2]);
-        if (camera.sees(middle)) {
-            result.push_back({&object, boxOf(camera, object),
-                              (object.nearestPoint() - camera.origin().head<2>()).norm(), 0.0});
+        if (camera_.sees(middle)) {
+            result.push_back({&object, boxOf(camera_, object),
+                              (object.nearestPoint() - camera_.origin().head<2>()).norm(), 0.0});
         }
     }
     std::stable_sort(result.begin(), result.end(),
@@ -74,16 +74,16 @@ std::vector<VideoSensor::View> VideoSensor::views(const std::vector<ObjectState>
 bool VideoSensor::isDetected(const View& view) {
     const double height = view.box.top - view.box.bottom;
     const double inside = areaOf(common(view.box, wholeImage)) / std::max(areaOf(view.box), 1e-12);
-    const bool isVisible = height >= traits.minimumBoxHeight &&
-                           view.distance <= traits.maximumRange &&
-                           view.covered < traits.occlusionLimit && inside > 0.6;
-    return random.chance(isVisible ? traits.detectionProbability * (1.0 - 0.5 * view.covered)
-                                   : 0.0);
+    const bool isVisible = height >= traits_.minimumBoxHeight &&
+                           view.distance <= traits_.maximumRange &&
+                           view.covered < traits_.occlusionLimit && inside > 0.6;
+    return random_.chance(isVisible ? traits_.detectionProbability * (1.0 - 0.5 * view.covered)
+                                    : 0.0);
 }
 
 Label VideoSensor::classOf(const ObjectTraits& object) {
-    const double probability = std::clamp(0.8 + 0.08 * random.normal(), 0.3, 0.99);
-    if (!random.chance(traits.classConfusion)) {
+    const double probability = std::clamp(0.8 + 0.08 * random_.normal(), 0.3, 0.99);
+    if (!random_.chance(traits_.classConfusion)) {
         return {object.className, probability};
     }
     return {object.className == "human" ? "animal" : "human", 0.6 * probability};
@@ -91,11 +91,11 @@ Label VideoSensor::classOf(const ObjectTraits& object) {
 
 VideoDetection VideoSensor::detect(const View& view, double dt) {
     const double height = view.box.top - view.box.bottom;
-    auto& foot = footErrors[view.object->id];
-    const double std = traits.footStd * height;
-    const double shift = foot[0].step(random, dt, 0.5 * std, traits.footTime);
-    const double lift = foot[1].step(random, dt, std, traits.footTime);
-    const auto edge = [&] { return traits.edgeStd * random.normal(); };
+    auto& foot = footErrors_[view.object->id];
+    const double std = traits_.footStd * height;
+    const double shift = foot[0].step(random_, dt, 0.5 * std, traits_.footTime);
+    const double lift = foot[1].step(random_, dt, std, traits_.footTime);
+    const auto edge = [&] { return traits_.edgeStd * random_.normal(); };
     ImageBox box = {view.box.left + shift + edge(), view.box.bottom + lift + edge(),
                     view.box.right + shift + edge(), view.box.top + edge()};
     box = common(box, wholeImage);
@@ -114,27 +114,27 @@ VideoDetection VideoSensor::imagine(const FalseObject& object) const {
     state.centre = object.position;
     Labels labels;
     labels.objectClass = {object.className, 0.5};
-    return {boxOf(camera, state), labels};
+    return {boxOf(camera_, state), labels};
 }
 
 std::vector<Report> VideoSensor::look(double time, const std::vector<ObjectState>& objects) {
-    const double dt = time - last;
-    last = time;
+    const double dt = time - last_;
+    last_ = time;
     std::vector<VideoDetection> detections;
     for (const View& view : views(objects)) {
         if (isDetected(view)) {
             detections.push_back(detect(view, dt));
         }
     }
-    for (const FalseObject& object : falseObjects.at(time, dt, random)) {
+    for (const FalseObject& object : falseObjects_.at(time, dt, random_)) {
         const VideoDetection detection = imagine(object);
-        if (camera.sees({object.position[0], object.position[1], 0.0}) &&
-            detection.box.top - detection.box.bottom >= traits.minimumBoxHeight) {
+        if (camera_.sees({object.position[0], object.position[1], 0.0}) &&
+            detection.box.top - detection.box.bottom >= traits_.minimumBoxHeight) {
             detections.push_back(detection);
         }
     }
-    churnIds(tracker.planar(), traits, dt, random);
-    return tracker.update(time, detections);
+    churnIds(tracker_.planar(), traits_, dt, random_);
+    return tracker_.update(time, detections);
 }
 
 }  // namespace Workbench

@@ -46,13 +46,13 @@ private:
     VideoDetection imagine(const FalseObject& object) const;
     Label classOf(const ObjectTraits& object);
 
-    const VideoTraits& traits;
-    Projection camera;  ///< as it is really mounted
-    Random random;
-    FalseObjects falseObjects;
-    VideoTracker tracker;
-    std::map<std::int32_t, std::array<GaussMarkov, 2>> footErrors;
-    double last = 0.0;
+    const VideoTraits& traits_;
+    Projection camera_;  ///< as it is really mounted
+    Random random_;
+    FalseObjects falseObjects_;
+    VideoTracker tracker_;
+    std::map<std::int32_t, std::array<GaussMarkov, 2>> footErrors_;
+    double last_ = 0.0;
 };
 
 }  // namespace Workbench

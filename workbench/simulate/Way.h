@@ -38,14 +38,14 @@ private:
     bool nextLeg();
     void rest(double until);
 
-    const ObjectTraits* traits;
-    double duration;
-    Random random;
-    std::size_t visited = 0;  ///< way points of the path
-    Eigen::Vector2d point{0.0, 0.0};
-    Leg leg;
-    bool rests = false;  ///< at the end of this leg
-    bool hasLeg = false;
+    const ObjectTraits* traits_;
+    double duration_;
+    Random random_;
+    std::size_t visited_ = 0;  ///< way points of the path
+    Eigen::Vector2d point_{0.0, 0.0};
+    Leg leg_;
+    bool rests_ = false;  ///< at the end of this leg
+    bool hasLeg_ = false;
 };
 
 }  // namespace Workbench

@@ -29,12 +29,12 @@ public:
     double squaredDistance(const Eigen::Vector2d& position, const Eigen::Matrix2d& noise) const;
 
     /// @return estimated position
-    Eigen::Vector2d position() const { return state.head<2>(); }
+    Eigen::Vector2d position() const { return state_.head<2>(); }
     /// @return estimated velocity
-    Eigen::Vector2d velocity() const { return state.tail<2>(); }
+    Eigen::Vector2d velocity() const { return state_.tail<2>(); }
 
 private:
-    Eigen::Vector4d state;
+    Eigen::Vector4d state_;
     Eigen::Matrix4d P;
 };
 

@@ -22,19 +22,19 @@ struct Candidate {
 // of one large one, which also keeps each below the solver's limit.
 class Groups {
 public:
-    explicit Groups(std::size_t size) : parent(size) {
-        std::iota(parent.begin(), parent.end(), std::size_t{0});
+    explicit Groups(std::size_t size) : parent_(size) {
+        std::iota(parent_.begin(), parent_.end(), std::size_t{0});
     }
     std::size_t rootOf(std::size_t item) {
-        while (parent[item] != item) {
-            item = parent[item] = parent[parent[item]];
+        while (parent_[item] != item) {
+            item = parent_[item] = parent_[parent_[item]];
         }
         return item;
     }
-    void join(std::size_t a, std::size_t b) { parent[rootOf(a)] = rootOf(b); }
+    void join(std::size_t a, std::size_t b) { parent_[rootOf(a)] = rootOf(b); }
 
 private:
-    std::vector<std::size_t> parent;
+    std::vector<std::size_t> parent_;
 };
 
 std::size_t indexOf(std::vector<std::size_t>& known, std::size_t item) {
@@ -78,14 +78,14 @@ std::vector<std::pair<std::size_t, std::size_t>> solve(const std::vector<Candida
 std::vector<std::pair<std::size_t, std::size_t>> PlanarTracker::assign(
     const std::vector<PlanarDetection>& detections) const {
     std::vector<Candidate> candidates;
-    Groups groups(list.size() + detections.size());
-    for (std::size_t i = 0; i < list.size(); ++i) {
+    Groups groups(list_.size() + detections.size());
+    for (std::size_t i = 0; i < list_.size(); ++i) {
         for (std::size_t j = 0; j < detections.size(); ++j) {
             const double cost =
-                list[i].filter.squaredDistance(detections[j].position, detections[j].covariance);
-            if (cost < tuning.squaredGate) {
+                list_[i].filter.squaredDistance(detections[j].position, detections[j].covariance);
+            if (cost < tuning_.squaredGate) {
                 candidates.push_back({i, j, cost});
-                groups.join(i, list.size() + j);
+                groups.join(i, list_.size() + j);
             }
         }
     }
@@ -102,7 +102,7 @@ std::vector<std::pair<std::size_t, std::size_t>> PlanarTracker::assign(
 }
 
 bool PlanarTracker::isLost(const PlanarTrack& track, double time) const {
-    const double limit = isConfirmed(track) ? tuning.confirmedCoasting : tuning.tentativeCoasting;
+    const double limit = isConfirmed(track) ? tuning_.confirmedCoasting : tuning_.tentativeCoasting;
     return time - track.seen > limit;
 }
 
@@ -111,33 +111,33 @@ PlanarFilter PlanarTracker::start(const PlanarDetection& detection) const {
         return {detection.position, detection.covariance, detection.velocity->value,
                 detection.velocity->covariance};
     }
-    const double variance = tuning.initialVelocityStd * tuning.initialVelocityStd;
+    const double variance = tuning_.initialVelocityStd * tuning_.initialVelocityStd;
     return {detection.position, detection.covariance, Eigen::Vector2d::Zero(),
             variance * Eigen::Matrix2d::Identity()};
 }
 
 void PlanarTracker::update(double time, const std::vector<PlanarDetection>& detections) {
-    for (PlanarTrack& track : list) {
-        track.filter.predict(time - now, tuning.accelerationStd);
+    for (PlanarTrack& track : list_) {
+        track.filter.predict(time - now_, tuning_.accelerationStd);
         track.detection.reset();
     }
-    now = time;
+    now_ = time;
     std::vector<bool> isTaken(detections.size(), false);
     for (const auto& [i, j] : assign(detections)) {
-        PlanarTrack& track = list[i];
+        PlanarTrack& track = list_[i];
         track.filter.update(detections[j].position, detections[j].covariance);
         track.seen = time;
         track.detection = j;
         ++track.hits;
         isTaken[j] = true;
     }
-    list.erase(std::remove_if(list.begin(), list.end(),
-                              [&](const PlanarTrack& track) { return isLost(track, time); }),
-               list.end());
+    list_.erase(std::remove_if(list_.begin(), list_.end(),
+                               [&](const PlanarTrack& track) { return isLost(track, time); }),
+                list_.end());
     for (std::size_t j = 0; j < detections.size(); ++j) {
         if (!isTaken[j]) {
-            list.push_back({nextId, nextId, start(detections[j]), time, time, 1, j});
-            ++nextId;
+            list_.push_back({nextId_, nextId_, start(detections[j]), time, time, 1, j});
+            ++nextId_;
         }
     }
 }

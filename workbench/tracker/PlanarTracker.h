@@ -52,7 +52,7 @@ struct PlanarTrack {
 class PlanarTracker {
 public:
     /// @param parameters tuning
-    explicit PlanarTracker(const TrackerParameters& parameters) : tuning(parameters) {}
+    explicit PlanarTracker(const TrackerParameters& parameters) : tuning_(parameters) {}
 
     /// Brings the tracks to a time, gives each at most one detection, starts tracks from what is
     /// left over and ends those that were not seen for too long.
@@ -62,15 +62,15 @@ public:
     void update(double time, const std::vector<PlanarDetection>& detections);
 
     /// @return live tracks, oldest first
-    const std::vector<PlanarTrack>& tracks() const { return list; }
+    const std::vector<PlanarTrack>& tracks() const { return list_; }
     /// @param track one of the tracks
     /// @return whether enough detections have confirmed it
     bool isConfirmed(const PlanarTrack& track) const {
-        return track.hits >= tuning.confirmationHits;
+        return track.hits >= tuning_.confirmationHits;
     }
     /// Gives a track a new id, as a real tracker does when it loses and finds an object at once.
     /// @param index place in tracks()
-    void renumber(std::size_t index) { list[index].id = nextId++; }
+    void renumber(std::size_t index) { list_[index].id = nextId_++; }
 
 private:
     std::vector<std::pair<std::size_t, std::size_t>> assign(
@@ -78,10 +78,10 @@ private:
     bool isLost(const PlanarTrack& track, double time) const;
     PlanarFilter start(const PlanarDetection& detection) const;
 
-    TrackerParameters tuning;
-    std::vector<PlanarTrack> list;
-    double now = 0.0;
-    std::int32_t nextId = 1;
+    TrackerParameters tuning_;
+    std::vector<PlanarTrack> list_;
+    double now_ = 0.0;
+    std::int32_t nextId_ = 1;
 };
 
 }  // namespace Workbench

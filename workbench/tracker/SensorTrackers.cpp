@@ -34,8 +34,8 @@ void observeLabel(Label& label, const Label& seen) {
 
 }  // namespace
 
-VideoTracker::VideoTracker(const TrackerParameters& parameters, double givenPositionStd)
-    : tracker(parameters), positionStd(givenPositionStd) {}
+VideoTracker::VideoTracker(const TrackerParameters& parameters, double positionStd)
+    : tracker_(parameters), positionStd_(positionStd) {}
 
 TrackerParameters VideoTracker::usualParameters() {
     TrackerParameters parameters;
@@ -57,13 +57,13 @@ void VideoTracker::observe(Appearance& appearance, const VideoDetection& detecti
 
 VideoTracker::Appearance VideoTracker::appearanceOf(
     const PlanarTrack& track, const std::vector<VideoDetection>& detections) const {
-    const auto known = appearances.find(track.firstId);
+    const auto known = appearances_.find(track.firstId);
     if (!track.detection) {
         return known->second;
     }
     const VideoDetection& detection = detections[*track.detection];
     // A track that was renamed is seen as if for the first time.
-    if (known == appearances.end() || known->second.id != track.id) {
+    if (known == appearances_.end() || known->second.id != track.id) {
         return {
             track.id,
             {detection.box.right - detection.box.left, detection.box.top - detection.box.bottom},
@@ -76,7 +76,7 @@ VideoTracker::Appearance VideoTracker::appearanceOf(
 
 std::vector<Report> VideoTracker::update(double time,
                                          const std::vector<VideoDetection>& detections) {
-    const double variance = positionStd * positionStd;
+    const double variance = positionStd_ * positionStd_;
     std::vector<PlanarDetection> points;
     points.reserve(detections.size());
     for (const VideoDetection& detection : detections) {
@@ -84,14 +84,14 @@ std::vector<Report> VideoTracker::update(double time,
                           variance * Eigen::Matrix2d::Identity(),
                           {}});
     }
-    tracker.update(time, points);
+    tracker_.update(time, points);
 
     std::map<std::int32_t, Appearance> living;
     std::vector<Report> reports;
-    reports.reserve(tracker.tracks().size());
-    for (const PlanarTrack& track : tracker.tracks()) {
+    reports.reserve(tracker_.tracks().size());
+    for (const PlanarTrack& track : tracker_.tracks()) {
         const Appearance appearance = appearanceOf(track, detections);
-        auto report = reportOf<VideoReport>(tracker, track, time);
+        auto report = reportOf<VideoReport>(tracker_, track, time);
         const Eigen::Vector2d foot = track.filter.position();
         const double half = 0.5 * appearance.size[0];
         report.box = {foot[0] - half, foot[1], foot[0] + half, foot[1] + appearance.size[1]};
@@ -101,16 +101,15 @@ std::vector<Report> VideoTracker::update(double time,
         reports.emplace_back(report);
         living.emplace(track.firstId, appearance);
     }
-    appearances = std::move(living);
+    appearances_ = std::move(living);
     return reports;
 }
 
-RadarTracker::RadarTracker(const TrackerParameters& parameters, double givenRangeStd,
-                           double givenAzimuthStd)
-    : tracker(parameters),
-      tangentialSpeedStd(parameters.initialVelocityStd),
-      rangeStd(givenRangeStd),
-      azimuthStd(givenAzimuthStd) {}
+RadarTracker::RadarTracker(const TrackerParameters& parameters, double rangeStd, double azimuthStd)
+    : tracker_(parameters),
+      tangentialSpeedStd_(parameters.initialVelocityStd),
+      rangeStd_(rangeStd),
+      azimuthStd_(azimuthStd) {}
 
 TrackerParameters RadarTracker::usualParameters() {
     TrackerParameters parameters;
@@ -130,10 +129,10 @@ PlanarDetection RadarTracker::pointOf(const RadarDetection& detection) const {
                across * across * tangential * tangential.transpose();
     };
     PlanarDetection point{detection.range * radial,
-                          spread(rangeStd, std::max(detection.range * radians(azimuthStd), 0.05)),
+                          spread(rangeStd_, std::max(detection.range * radians(azimuthStd_), 0.05)),
                           {}};
     if (detection.radialSpeed) {
-        point.velocity = {*detection.radialSpeed * radial, spread(dopplerStd, tangentialSpeedStd)};
+        point.velocity = {*detection.radialSpeed * radial, spread(dopplerStd, tangentialSpeedStd_)};
     }
     return point;
 }
@@ -145,12 +144,12 @@ std::vector<Report> RadarTracker::update(double time,
     for (const RadarDetection& detection : detections) {
         points.push_back(pointOf(detection));
     }
-    tracker.update(time, points);
+    tracker_.update(time, points);
 
     std::vector<Report> reports;
-    reports.reserve(tracker.tracks().size());
-    for (const PlanarTrack& track : tracker.tracks()) {
-        auto report = reportOf<RadarReport>(tracker, track, time);
+    reports.reserve(tracker_.tracks().size());
+    for (const PlanarTrack& track : tracker_.tracks()) {
+        auto report = reportOf<RadarReport>(tracker_, track, time);
         const Eigen::Vector2d position = track.filter.position();
         const Eigen::Vector2d velocity = track.filter.velocity();
         report.range = position.norm();

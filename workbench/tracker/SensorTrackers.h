@@ -37,7 +37,7 @@ public:
     std::vector<Report> update(double time, const std::vector<VideoDetection>& detections);
 
     /// @return the tracker behind it
-    PlanarTracker& planar() { return tracker; }
+    PlanarTracker& planar() { return tracker_; }
 
     /// @return tuning that fits a surveillance camera
     static TrackerParameters usualParameters();
@@ -52,9 +52,9 @@ private:
     Appearance appearanceOf(const PlanarTrack& track,
                             const std::vector<VideoDetection>& detections) const;
 
-    PlanarTracker tracker;
-    double positionStd;
-    std::map<std::int32_t, Appearance> appearances;  ///< by the id that a track began with
+    PlanarTracker tracker_;
+    double positionStd_;
+    std::map<std::int32_t, Appearance> appearances_;  ///< by the id that a track began with
 };
 
 /// The tracker of the radar: tracks in its own plane.
@@ -71,7 +71,7 @@ public:
     std::vector<Report> update(double time, const std::vector<RadarDetection>& detections);
 
     /// @return the tracker behind it
-    PlanarTracker& planar() { return tracker; }
+    PlanarTracker& planar() { return tracker_; }
 
     /// @return tuning that fits people and road traffic at 10 Hz
     static TrackerParameters usualParameters();
@@ -79,10 +79,10 @@ public:
 private:
     PlanarDetection pointOf(const RadarDetection& detection) const;
 
-    PlanarTracker tracker;
-    double tangentialSpeedStd;
-    double rangeStd;
-    double azimuthStd;
+    PlanarTracker tracker_;
+    double tangentialSpeedStd_;
+    double rangeStd_;
+    double azimuthStd_;
 };
 
 }  // namespace Workbench

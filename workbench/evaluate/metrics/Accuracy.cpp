@@ -30,35 +30,35 @@ void Accuracy::add(const Instant& instant, const Pairs& pairs) {
         const TrueObject& truth = instant.truths[static_cast<std::size_t>(i)];
         const JudgedTrack& track = instant.tracks[static_cast<std::size_t>(j)];
         const Eigen::Vector2d error = track.position - truth.position;
-        const Eigen::Vector2d sight = (truth.position - observer).normalized();
+        const Eigen::Vector2d sight = (truth.position - observer_).normalized();
         const double along = sight.dot(error);
         const double across = sight.x() * error.y() - sight.y() * error.x();
-        errors.push_back(static_cast<float>(error.norm()));
-        radial += along;
-        crossRange += across;
-        squaredRadial += along * along;
-        squaredCrossRange += across * across;
-        classMatches += truth.className == track.className ? 1 : 0;
+        errors_.push_back(static_cast<float>(error.norm()));
+        radial_ += along;
+        crossRange_ += across;
+        squaredRadial_ += along * along;
+        squaredCrossRange_ += across * across;
+        classMatches_ += truth.className == track.className ? 1 : 0;
         if (truth.velocity) {
-            squaredVelocity += (track.velocity - *truth.velocity).squaredNorm();
-            ++velocityMatches;
+            squaredVelocity_ += (track.velocity - *truth.velocity).squaredNorm();
+            ++velocityMatches_;
         }
     }
 }
 
 Accuracy::Result Accuracy::result() const {
-    const auto n = static_cast<double>(errors.size());
+    const auto n = static_cast<double>(errors_.size());
     Result result;
-    result.matches = static_cast<int>(errors.size());
-    result.positionRmse = std::sqrt(average(squaredRadial + squaredCrossRange, n));
-    result.positionMedian = median(errors);
-    result.radialRmse = std::sqrt(average(squaredRadial, n));
-    result.crossRangeRmse = std::sqrt(average(squaredCrossRange, n));
-    result.radialBias = average(radial, n);
-    result.crossRangeBias = average(crossRange, n);
-    result.velocityMatches = velocityMatches;
-    result.velocityRmse = std::sqrt(average(squaredVelocity, velocityMatches));
-    result.classAgreement = average(classMatches, n);
+    result.matches = static_cast<int>(errors_.size());
+    result.positionRmse = std::sqrt(average(squaredRadial_ + squaredCrossRange_, n));
+    result.positionMedian = median(errors_);
+    result.radialRmse = std::sqrt(average(squaredRadial_, n));
+    result.crossRangeRmse = std::sqrt(average(squaredCrossRange_, n));
+    result.radialBias = average(radial_, n);
+    result.crossRangeBias = average(crossRange_, n);
+    result.velocityMatches = velocityMatches_;
+    result.velocityRmse = std::sqrt(average(squaredVelocity_, velocityMatches_));
+    result.classAgreement = average(classMatches_, n);
     return result;
 }
 
@@ -72,14 +72,14 @@ void Consistency::add(const Instant& instant, const Pairs& pairs) {
         const Eigen::Vector2d error =
             track.position - instant.truths[static_cast<std::size_t>(i)].position;
         const double nees = error.dot(factor.solve(error));
-        sum += nees;
-        within += nees < chiSquare95 ? 1 : 0;
-        ++matches;
+        sum_ += nees;
+        within_ += nees < chiSquare95 ? 1 : 0;
+        ++matches_;
     }
 }
 
 Consistency::Result Consistency::result() const {
-    return {average(sum, matches), average(within, matches), matches};
+    return {average(sum_, matches_), average(within_, matches_), matches_};
 }
 
 }  // namespace Workbench

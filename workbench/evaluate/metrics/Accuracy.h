@@ -16,7 +16,7 @@ namespace Workbench {
 class Accuracy {
 public:
     /// @param sensors position of the sensors on the ground, m
-    explicit Accuracy(const Eigen::Vector2d& sensors) : observer(sensors) {}
+    explicit Accuracy(const Eigen::Vector2d& sensors) : observer_(sensors) {}
 
     /// @param pairs matches of @p instant, (true object, track)
     void add(const Instant& instant, const Pairs& pairs);
@@ -37,15 +37,15 @@ public:
     Result result() const;
 
 private:
-    Eigen::Vector2d observer;
-    std::vector<float> errors;
-    double squaredRadial = 0.0;
-    double squaredCrossRange = 0.0;
-    double radial = 0.0;
-    double crossRange = 0.0;
-    double squaredVelocity = 0.0;
-    int velocityMatches = 0;
-    int classMatches = 0;
+    Eigen::Vector2d observer_;
+    std::vector<float> errors_;
+    double squaredRadial_ = 0.0;
+    double squaredCrossRange_ = 0.0;
+    double radial_ = 0.0;
+    double crossRange_ = 0.0;
+    double squaredVelocity_ = 0.0;
+    int velocityMatches_ = 0;
+    int classMatches_ = 0;
 };
 
 /// Consistency of position and covariance over all matches: the normalised estimation error squared
@@ -65,9 +65,9 @@ public:
     Result result() const;
 
 private:
-    double sum = 0.0;
-    int within = 0;
-    int matches = 0;
+    double sum_ = 0.0;
+    int within_ = 0;
+    int matches_ = 0;
 };
 
 }  // namespace Workbench

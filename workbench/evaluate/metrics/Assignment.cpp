@@ -16,17 +16,17 @@ struct Group {
 class Grouping {
 public:
     explicit Grouping(const Eigen::MatrixXd& gains)
-        : gain(gains),
-          rowSeen(static_cast<std::size_t>(gains.rows())),
-          columnSeen(static_cast<std::size_t>(gains.cols())) {}
+        : gain_(gains),
+          rowSeen_(static_cast<std::size_t>(gains.rows())),
+          columnSeen_(static_cast<std::size_t>(gains.cols())) {}
 
     /// @return the group of a row; empty when the row is in an earlier group or has no partner
     Group groupOf(int row) {
         Group group;
         addRow(row, group);
         for (std::size_t next = 0; next < group.rows.size(); ++next) {
-            for (int column = 0; column < gain.cols(); ++column) {
-                if (gain(group.rows[next], column) > 0.0) {
+            for (int column = 0; column < gain_.cols(); ++column) {
+                if (gain_(group.rows[next], column) > 0.0) {
                     addColumn(column, group);
                 }
             }
@@ -36,28 +36,28 @@ public:
 
 private:
     void addRow(int row, Group& group) {
-        if (!rowSeen[static_cast<std::size_t>(row)]) {
-            rowSeen[static_cast<std::size_t>(row)] = true;
+        if (!rowSeen_[static_cast<std::size_t>(row)]) {
+            rowSeen_[static_cast<std::size_t>(row)] = true;
             group.rows.push_back(row);
         }
     }
 
     void addColumn(int column, Group& group) {
-        if (columnSeen[static_cast<std::size_t>(column)]) {
+        if (columnSeen_[static_cast<std::size_t>(column)]) {
             return;
         }
-        columnSeen[static_cast<std::size_t>(column)] = true;
+        columnSeen_[static_cast<std::size_t>(column)] = true;
         group.columns.push_back(column);
-        for (int row = 0; row < gain.rows(); ++row) {
-            if (gain(row, column) > 0.0) {
+        for (int row = 0; row < gain_.rows(); ++row) {
+            if (gain_(row, column) > 0.0) {
                 addRow(row, group);
             }
         }
     }
 
-    const Eigen::MatrixXd& gain;
-    std::vector<bool> rowSeen;
-    std::vector<bool> columnSeen;
+    const Eigen::MatrixXd& gain_;
+    std::vector<bool> rowSeen_;
+    std::vector<bool> columnSeen_;
 };
 
 /// The column of each row in the complete assignment of least cost, by shortest augmenting paths

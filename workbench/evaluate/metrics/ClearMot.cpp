@@ -24,22 +24,22 @@ void ClearMot::add(const Instant& instant) {
     const auto trackAt = [&](Eigen::Index j) -> const JudgedTrack& {
         return instant.tracks[static_cast<std::size_t>(j)];
     };
-    matchedNow.clear();
+    matchedNow_.clear();
     for (const TrueObject& truth : instant.truths) {
-        ++objects[truth.id].present;
+        ++objects_[truth.id].present;
     }
     if (instant.truths.empty() || instant.tracks.empty()) {
-        counts.FN += static_cast<int>(instant.truths.size());
-        counts.FP += static_cast<int>(instant.tracks.size());
+        counts_.FN += static_cast<int>(instant.truths.size());
+        counts_.FP += static_cast<int>(instant.tracks.size());
         return;
     }
 
-    const Eigen::MatrixXd similarity = similarities(instant, parameters.zeroDistance);
+    const Eigen::MatrixXd similarity = similarities(instant, parameters_.zeroDistance);
     Eigen::MatrixXd gain = Eigen::MatrixXd::Zero(similarity.rows(), similarity.cols());
     for (Eigen::Index i = 0; i < gain.rows(); ++i) {
-        const ObjectHistory& object = objects[truthAt(i).id];
+        const ObjectHistory& object = objects_[truthAt(i).id];
         for (Eigen::Index j = 0; j < gain.cols(); ++j) {
-            if (similarity(i, j) < parameters.threshold - std::numeric_limits<double>::epsilon()) {
+            if (similarity(i, j) < parameters_.threshold - std::numeric_limits<double>::epsilon()) {
                 continue;
             }
             const bool continued =
@@ -50,30 +50,30 @@ void ClearMot::add(const Instant& instant) {
     const Pairs pairs = assignWithGreatestGain(gain);
 
     for (const auto& [i, j] : pairs) {
-        ObjectHistory& object = objects[truthAt(i).id];
+        ObjectHistory& object = objects_[truthAt(i).id];
         const int trackId = trackAt(j).id;
-        counts.IDSW += !object.trackIds.empty() && object.lastTrackId != trackId ? 1 : 0;
+        counts_.IDSW += !object.trackIds.empty() && object.lastTrackId != trackId ? 1 : 0;
         object.beginnings += object.matchedInPreviousInstant ? 0 : 1;
         object.lastTrackId = trackId;
         ++object.matched;
         object.trackIds.insert(trackId);
-        matchedNow[truthAt(i).id] = trackId;
-        similaritySum += similarity(i, j);
-        distanceSum += (trackAt(j).position - truthAt(i).position).norm();
+        matchedNow_[truthAt(i).id] = trackId;
+        similaritySum_ += similarity(i, j);
+        distanceSum_ += (trackAt(j).position - truthAt(i).position).norm();
     }
-    for (auto& [id, object] : objects) {
-        object.matchedInPreviousInstant = matchedNow.count(id) > 0;
+    for (auto& [id, object] : objects_) {
+        object.matchedInPreviousInstant = matchedNow_.count(id) > 0;
     }
-    counts.TP += static_cast<int>(pairs.size());
-    counts.FN += static_cast<int>(instant.truths.size() - pairs.size());
-    counts.FP += static_cast<int>(instant.tracks.size() - pairs.size());
+    counts_.TP += static_cast<int>(pairs.size());
+    counts_.FN += static_cast<int>(instant.truths.size() - pairs.size());
+    counts_.FP += static_cast<int>(instant.tracks.size() - pairs.size());
 }
 
 ClearMot::Result ClearMot::result() const {
-    Result result = counts;
+    Result result = counts_;
     std::size_t trackIds = 0;
     int objectsMatched = 0;
-    for (const auto& [id, object] : objects) {
+    for (const auto& [id, object] : objects_) {
         const double share = static_cast<double>(object.matched) / object.present;
         if (share > mostlyTracked) {
             ++result.MT;
@@ -89,8 +89,8 @@ ClearMot::Result ClearMot::result() const {
     result.tracksPerObject = average(static_cast<double>(trackIds), objectsMatched);
     result.MOTA = static_cast<double>(result.TP - result.FP - result.IDSW) /
                   std::max(1, result.TP + result.FN);
-    result.MOTP = similaritySum / std::max(1, result.TP);
-    result.motpDistance = average(distanceSum, result.TP);
+    result.MOTP = similaritySum_ / std::max(1, result.TP);
+    result.motpDistance = average(distanceSum_, result.TP);
     return result;
 }
 

@@ -22,7 +22,7 @@ struct SimilarityParameters {
 /// is mostly tracked (MT) above 80 % of its life and mostly lost (ML) below 20 %.
 class ClearMot {
 public:
-    explicit ClearMot(const SimilarityParameters& chosen) : parameters(chosen) {}
+    explicit ClearMot(const SimilarityParameters& parameters) : parameters_(parameters) {}
 
     void add(const Instant& instant);
 
@@ -45,7 +45,7 @@ public:
     Result result() const;
 
     /// @return the tracks of the objects that were matched at the last moment, by the ids of both
-    const std::map<int, int>& matches() const { return matchedNow; }
+    const std::map<int, int>& matches() const { return matchedNow_; }
 
 private:
     struct ObjectHistory {
@@ -57,12 +57,12 @@ private:
         std::set<int> trackIds;
     };
 
-    SimilarityParameters parameters;
-    std::map<int, ObjectHistory> objects;
-    std::map<int, int> matchedNow;  ///< track by object
-    Result counts;
-    double similaritySum = 0.0;
-    double distanceSum = 0.0;
+    SimilarityParameters parameters_;
+    std::map<int, ObjectHistory> objects_;
+    std::map<int, int> matchedNow_;  ///< track by object
+    Result counts_;
+    double similaritySum_ = 0.0;
+    double distanceSum_ = 0.0;
 };
 
 }  // namespace Workbench

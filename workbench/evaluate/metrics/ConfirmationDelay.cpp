@@ -9,10 +9,10 @@ namespace Workbench {
 
 void ConfirmationDelay::add(const Instant& instant, const Pairs& pairs) {
     for (const TrueObject& truth : instant.truths) {
-        objects.try_emplace(truth.id, ObjectTimes{instant.time, std::nullopt});
+        objects_.try_emplace(truth.id, ObjectTimes{instant.time, std::nullopt});
     }
     for (const auto& pair : pairs) {
-        ObjectTimes& object = objects[instant.truths[static_cast<std::size_t>(pair.first)].id];
+        ObjectTimes& object = objects_[instant.truths[static_cast<std::size_t>(pair.first)].id];
         object.found = object.found.value_or(instant.time);
     }
 }
@@ -21,7 +21,7 @@ ConfirmationDelay::Result ConfirmationDelay::result() const {
     Result result;
     result.longest = nothingToAverage;
     double sum = 0.0;
-    for (const auto& [id, object] : objects) {
+    for (const auto& [id, object] : objects_) {
         if (!object.found) {
             ++result.objectsNeverFound;
             continue;

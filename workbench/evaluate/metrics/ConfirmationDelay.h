@@ -30,7 +30,7 @@ private:
         double appeared = 0.0;
         std::optional<double> found;
     };
-    std::map<int, ObjectTimes> objects;
+    std::map<int, ObjectTimes> objects_;
 };
 
 }  // namespace Workbench

@@ -35,9 +35,9 @@ struct ThresholdCounts {
 }  // namespace
 
 void Hota::add(const Instant& instant) {
-    const std::vector<int> truths = countAppearances(instant.truths, truthCounts);
-    const std::vector<int> tracks = countAppearances(instant.tracks, trackCounts);
-    const Eigen::MatrixXd similarity = similarities(instant, zeroDistance);
+    const std::vector<int> truths = countAppearances(instant.truths, truthCounts_);
+    const std::vector<int> tracks = countAppearances(instant.tracks, trackCounts_);
+    const Eigen::MatrixXd similarity = similarities(instant, zeroDistance_);
     const Eigen::VectorXd ofTruth = similarity.rowwise().sum();
     const Eigen::RowVectorXd ofTrack = similarity.colwise().sum();
     Moment moment{{}, static_cast<int>(truths.size()), static_cast<int>(tracks.size())};
@@ -48,17 +48,17 @@ void Hota::add(const Instant& instant) {
             if (s > 0.0 && denominator > epsilon) {
                 const int truth = truths[static_cast<std::size_t>(i)];
                 const int track = tracks[static_cast<std::size_t>(j)];
-                potentialMatches[{truth, track}] += s / denominator;
+                potentialMatches_[{truth, track}] += s / denominator;
                 moment.pairs.push_back({truth, track, s});
             }
         }
     }
-    moments.push_back(std::move(moment));
+    moments_.push_back(std::move(moment));
 }
 
 double Hota::alignment(int truth, int track) const {
-    const double potential = potentialMatches.at({truth, track});
-    return potential / (truthCounts.of(truth) + trackCounts.of(track) - potential);
+    const double potential = potentialMatches_.at({truth, track});
+    return potential / (truthCounts_.of(truth) + trackCounts_.of(track) - potential);
 }
 
 std::vector<Hota::Similar> Hota::match(const Moment& moment) const {
@@ -86,7 +86,7 @@ std::vector<Hota::Similar> Hota::match(const Moment& moment) const {
 
 Hota::Result Hota::result() const {
     std::array<ThresholdCounts, thresholdCount> thresholds;
-    for (const Moment& moment : moments) {
+    for (const Moment& moment : moments_) {
         const std::vector<Similar> matched = match(moment);
         for (int k = 0; k < thresholdCount; ++k) {
             ThresholdCounts& counts = thresholds[static_cast<std::size_t>(k)];
@@ -104,7 +104,7 @@ Hota::Result Hota::result() const {
     Result result;
     for (const ThresholdCounts& counts : thresholds) {
         const double detection = counts.detection();
-        const double association = counts.association(truthCounts, trackCounts);
+        const double association = counts.association(truthCounts_, trackCounts_);
         result.DetA += detection / thresholdCount;
         result.AssA += association / thresholdCount;
         result.HOTA += std::sqrt(detection * association) / thresholdCount;

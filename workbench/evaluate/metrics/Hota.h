@@ -19,7 +19,7 @@ namespace Workbench {
 class Hota {
 public:
     /// @param distance distance of similarity zero, m
-    explicit Hota(double distance) : zeroDistance(distance) {}
+    explicit Hota(double distance) : zeroDistance_(distance) {}
 
     void add(const Instant& instant);
 
@@ -49,11 +49,11 @@ private:
     std::vector<Similar> match(const Moment& moment) const;
     double alignment(int truth, int track) const;
 
-    double zeroDistance;
-    IdCounts truthCounts;
-    IdCounts trackCounts;
-    std::map<std::pair<int, int>, double> potentialMatches;
-    std::vector<Moment> moments;
+    double zeroDistance_;
+    IdCounts truthCounts_;
+    IdCounts trackCounts_;
+    std::map<std::pair<int, int>, double> potentialMatches_;
+    std::vector<Moment> moments_;
 };
 
 }  // namespace Workbench

@@ -14,30 +14,30 @@ class IdCounts {
 public:
     /// @return the id's number
     int countAppearance(int id) {
-        const auto [found, isNew] = numbers.try_emplace(id, static_cast<int>(appearances.size()));
+        const auto [found, isNew] = numbers_.try_emplace(id, static_cast<int>(appearances_.size()));
         if (isNew) {
-            appearances.push_back(0);
+            appearances_.push_back(0);
         }
-        ++appearances[static_cast<std::size_t>(found->second)];
+        ++appearances_[static_cast<std::size_t>(found->second)];
         return found->second;
     }
 
     /// @return the moments with the id of a number
-    double of(int number) const { return appearances[static_cast<std::size_t>(number)]; }
+    double of(int number) const { return appearances_[static_cast<std::size_t>(number)]; }
     /// @return how many ids there are
-    int size() const { return static_cast<int>(appearances.size()); }
+    int size() const { return static_cast<int>(appearances_.size()); }
     /// @return the appearances of all ids together
     int total() const {
         int sum = 0;
-        for (const int count : appearances) {
+        for (const int count : appearances_) {
             sum += count;
         }
         return sum;
     }
 
 private:
-    std::unordered_map<int, int> numbers;
-    std::vector<int> appearances;
+    std::unordered_map<int, int> numbers_;
+    std::vector<int> appearances_;
 };
 
 /// Counts the appearances of all members of a list.

@@ -15,7 +15,7 @@ namespace Workbench {
 /// objects and tracks are assigned one to one over the whole time so that most moments agree.
 class Identity {
 public:
-    explicit Identity(const SimilarityParameters& chosen) : parameters(chosen) {}
+    explicit Identity(const SimilarityParameters& parameters) : parameters_(parameters) {}
 
     void add(const Instant& instant);
 
@@ -30,10 +30,10 @@ public:
     Result result() const;
 
 private:
-    SimilarityParameters parameters;
-    IdCounts truthCounts;
-    IdCounts trackCounts;
-    std::map<std::pair<int, int>, int> agreements;  ///< by number of object and track
+    SimilarityParameters parameters_;
+    IdCounts truthCounts_;
+    IdCounts trackCounts_;
+    std::map<std::pair<int, int>, int> agreements_;  ///< by number of object and track
 };
 
 }  // namespace Workbench

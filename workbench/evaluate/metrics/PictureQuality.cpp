@@ -9,8 +9,8 @@
 namespace Workbench {
 
 void PictureQuality::add(const Instant& instant) {
-    truths += static_cast<int>(instant.truths.size());
-    tracks += static_cast<int>(instant.tracks.size());
+    truths_ += static_cast<int>(instant.truths.size());
+    tracks_ += static_cast<int>(instant.tracks.size());
     if (instant.truths.empty()) {
         return;
     }
@@ -18,19 +18,19 @@ void PictureQuality::add(const Instant& instant) {
     std::set<Eigen::Index> tracked;
     for (Eigen::Index track = 0; track < distance.cols(); ++track) {
         Eigen::Index nearest = 0;
-        if (distance.col(track).minCoeff(&nearest) <= radius) {
+        if (distance.col(track).minCoeff(&nearest) <= radius_) {
             tracked.insert(nearest);
-            ++assignedTracks;
+            ++assignedTracks_;
         }
     }
-    trackedTruths += static_cast<int>(tracked.size());
+    trackedTruths_ += static_cast<int>(tracked.size());
 }
 
 PictureQuality::Result PictureQuality::result() const {
     Result result;
-    result.completeness = average(trackedTruths, truths);
-    result.duplicatesPerObject = average(assignedTracks - trackedTruths, trackedTruths);
-    result.spuriousness = average(tracks - assignedTracks, tracks);
+    result.completeness = average(trackedTruths_, truths_);
+    result.duplicatesPerObject = average(assignedTracks_ - trackedTruths_, trackedTruths_);
+    result.spuriousness = average(tracks_ - assignedTracks_, tracks_);
     return result;
 }
 

@@ -12,7 +12,7 @@ namespace Workbench {
 class PictureQuality {
 public:
     /// @param reach m, how near a track must be to belong to an object
-    explicit PictureQuality(double reach) : radius(reach) {}
+    explicit PictureQuality(double reach) : radius_(reach) {}
 
     void add(const Instant& instant);
 
@@ -25,11 +25,11 @@ public:
     Result result() const;
 
 private:
-    double radius;
-    int truths = 0;
-    int tracks = 0;
-    int trackedTruths = 0;
-    int assignedTracks = 0;
+    double radius_;
+    int truths_ = 0;
+    int tracks_ = 0;
+    int trackedTruths_ = 0;
+    int assignedTracks_ = 0;
 };
 
 }  // namespace Workbench

@@ -51,36 +51,36 @@ double ospa(const Instant& instant, const SetDistanceParameters& parameters) {
 }
 
 void GospaMean::add(const Instant& instant) {
-    const Gospa one = gospa(instant, parameters);
-    sum += one.distance;
-    localisationCost += one.localisationCost;
-    missed += one.missed;
-    falseTracks += one.falseTracks;
-    ++instants;
+    const Gospa one = gospa(instant, parameters_);
+    sum_ += one.distance;
+    localisationCost_ += one.localisationCost;
+    missed_ += one.missed;
+    falseTracks_ += one.falseTracks;
+    ++instants_;
 }
 
 GospaMean::Result GospaMean::result() const {
-    const double n = std::max(1, instants);
-    const double alone = std::pow(parameters.cutoff, parameters.order) / 2.0;
-    const auto length = [&](double power) { return std::pow(power / n, 1.0 / parameters.order); };
+    const double n = std::max(1, instants_);
+    const double alone = std::pow(parameters_.cutoff, parameters_.order) / 2.0;
+    const auto length = [&](double power) { return std::pow(power / n, 1.0 / parameters_.order); };
     Result result;
-    result.mean = sum / n;
-    result.rootMeanPower = length(localisationCost + alone * (missed + falseTracks));
-    result.localisation = length(localisationCost);
-    result.missed = length(alone * missed);
-    result.falseTracks = length(alone * falseTracks);
-    result.missedPerInstant = missed / n;
-    result.falsePerInstant = falseTracks / n;
+    result.mean = sum_ / n;
+    result.rootMeanPower = length(localisationCost_ + alone * (missed_ + falseTracks_));
+    result.localisation = length(localisationCost_);
+    result.missed = length(alone * missed_);
+    result.falseTracks = length(alone * falseTracks_);
+    result.missedPerInstant = missed_ / n;
+    result.falsePerInstant = falseTracks_ / n;
     return result;
 }
 
 void OspaMean::add(const Instant& instant) {
-    sum += ospa(instant, parameters);
-    ++instants;
+    sum_ += ospa(instant, parameters_);
+    ++instants_;
 }
 
 double OspaMean::result() const {
-    return sum / std::max(1, instants);
+    return sum_ / std::max(1, instants_);
 }
 
 }  // namespace Workbench

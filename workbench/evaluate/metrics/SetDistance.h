@@ -43,7 +43,7 @@ double ospa(const Instant& instant, const SetDistanceParameters& parameters);
 /// GOSPA over time.
 class GospaMean {
 public:
-    explicit GospaMean(const SetDistanceParameters& chosen) : parameters(chosen) {}
+    explicit GospaMean(const SetDistanceParameters& parameters) : parameters_(parameters) {}
 
     void add(const Instant& instant);
 
@@ -61,27 +61,27 @@ public:
     Result result() const;
 
 private:
-    SetDistanceParameters parameters;
-    double sum = 0.0;
-    double localisationCost = 0.0;
-    double missed = 0.0;
-    double falseTracks = 0.0;
-    int instants = 0;
+    SetDistanceParameters parameters_;
+    double sum_ = 0.0;
+    double localisationCost_ = 0.0;
+    double missed_ = 0.0;
+    double falseTracks_ = 0.0;
+    int instants_ = 0;
 };
 
 /// OSPA over time.
 class OspaMean {
 public:
-    explicit OspaMean(const SetDistanceParameters& chosen) : parameters(chosen) {}
+    explicit OspaMean(const SetDistanceParameters& parameters) : parameters_(parameters) {}
 
     void add(const Instant& instant);
     /// @return mean OSPA in metres; zero without any moment
     double result() const;
 
 private:
-    SetDistanceParameters parameters;
-    double sum = 0.0;
-    int instants = 0;
+    SetDistanceParameters parameters_;
+    double sum_ = 0.0;
+    int instants_ = 0;
 };
 
 }  // namespace Workbench
