@@ -20,10 +20,16 @@ endfunction()
 
 # Sources share most of what they include and instantiate: together they compile in a fraction of the
 # time that they take one by one.
-function(veskar_compile_quickly target)
+function(veskar_compile_quickly target batch)
   if(VESKAR_QUICK_BUILD)
-    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${batch})
   endif()
+endfunction()
+
+# Compiles a test program, which need not be quick: what it calls is compiled as it is shipped.
+function(veskar_compile_test target)
+  veskar_compile_quickly(${target} 16)
+  target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O1>)
 endfunction()
 
 # Installs a program that finds the library wherever the prefix is moved to.

@@ -3,6 +3,7 @@
 
 #include "dbus/FreshBudget.h"
 #include "dbus/RawBus.h"
+#include "dbus/SceneServices.h"
 #include "dbus/SdBus.h"
 #include "support/FakeService.h"
 #include "support/PrivateBus.h"
@@ -31,9 +32,6 @@ using Veskar::Camera;
 using Veskar::Dbus::SNRBlock;
 
 namespace {
-
-const FakeService::Member getProperty{"/com/nolt/Lumd/SNRBlock", "org.freedesktop.DBus.Properties",
-                                      "Get"};
 
 std::shared_ptr<Camera> cameraOf(int width, int height) {
     return std::make_shared<Camera>(Eigen::Vector2i(width, height), Eigen::Vector2d::Zero(),

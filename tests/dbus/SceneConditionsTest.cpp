@@ -2,6 +2,7 @@
 #include <veskar/SceneConditions.h>
 
 #include "dbus/FreshBudget.h"
+#include "dbus/SceneServices.h"
 #include "support/FakeService.h"
 #include "support/PrivateBus.h"
 #include "support/SyslogCapture.h"
@@ -28,9 +29,6 @@ using Veskar::Dbus::SceneConditions;
 namespace {
 
 const std::string optics = "com.nolt.Optics2";
-const FakeService::Member getDayNight{"/com/nolt/Optics0", "com.nolt.DayNight1", "GetDayNight"};
-const FakeService::Member getProperty{"/com/nolt/Lumd/SNRBlock", "org.freedesktop.DBus.Properties",
-                                      "Get"};
 
 /// A clock that only a test moves.
 struct Clock {

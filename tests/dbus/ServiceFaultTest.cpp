@@ -9,6 +9,7 @@
 
 #include "dbus/FreshBudget.h"
 #include "dbus/PropertyClients.h"
+#include "dbus/SceneServices.h"
 #include "support/FakeService.h"
 #include "support/PrivateBus.h"
 #include "support/SyslogCapture.h"
@@ -31,9 +32,6 @@ using Veskar::Dbus::SceneConditions;
 
 namespace {
 
-const FakeService::Member getDayNight{"/com/nolt/Optics0", "com.nolt.DayNight1", "GetDayNight"};
-const FakeService::Member getProperty{"/com/nolt/Lumd/SNRBlock", "org.freedesktop.DBus.Properties",
-                                      "Get"};
 const std::string dayNightTimeout = "SceneConditions: getDayNight error: Connection timed out\n";
 const std::string snrTimeout = "SNRBlock: getSNRBlock error: Connection timed out\n";
 
