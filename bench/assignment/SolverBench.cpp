@@ -4,6 +4,7 @@
 #include "assignment/LiteralSolver.h"
 #include "support/RandomEstimates.h"
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -20,14 +21,18 @@ Costs fill(int rows, int cols, double cost) {
     return Costs(rows, std::vector<double>(cols, cost));
 }
 
-Costs makeUniform(RandomEstimates& random, int n) {
+/// @param draw the cost of one cell
+template <typename Draw>
+Costs drawAll(int n, Draw draw) {
     Costs costs = fill(n, n, 0.0);
     for (auto& row : costs) {
-        for (double& c : row) {
-            c = random.uniform(0.0, 100.0);
-        }
+        std::generate(row.begin(), row.end(), draw);
     }
     return costs;
+}
+
+Costs makeUniform(RandomEstimates& random, int n) {
+    return drawAll(n, [&] { return random.uniform(0.0, 100.0); });
 }
 
 /// One to three allowed cells in a row, one of them with a partner of its own.
@@ -54,13 +59,7 @@ Costs makeSparse(RandomEstimates& random, int n) {
 }
 
 Costs makeTied(RandomEstimates& random, int n) {
-    Costs costs = fill(n, n, 0.0);
-    for (auto& row : costs) {
-        for (double& c : row) {
-            c = random.integer(0, 9);
-        }
-    }
-    return costs;
+    return drawAll(n, [&] { return random.integer(0, 9); });
 }
 
 /// Forbidden cells beside allowed ones whose costs hardly differ.
