@@ -115,6 +115,9 @@ public:
             return;
         }
         std::apply([&](const auto&... key) { (check(key), ...); }, keysOf<Record>);
+        if constexpr (std::is_same_v<Record, Config>) {
+            known_.emplace_back("veskarHost");  // for the library for hosts, which reads it
+        }
         checkNames();
     }
 

@@ -84,6 +84,18 @@ TEST_F(ConfigFaults, AreNoneInWhatIsShipped) {
     EXPECT_THAT(texts(), IsEmpty());
 }
 
+TEST_F(ConfigFaults, LeaveTheConstantsOfTheHostToWhoReadsThem) {
+    const std::string constants = "\"veskarHost\": {\"anything\": [1]},";
+    text.insert(text.find('{') + 1, constants);
+    EXPECT_THAT(texts(), IsEmpty());
+    EXPECT_EQ(Config::parse_json_string(text).toJson(), Config::defaults().toJson());
+    // Nowhere else, and not twice.
+    replace("\"veskarModule\": {", "\"veskarModule\": {" + constants);
+    EXPECT_THAT(texts(), ElementsAre(HasSubstr("veskarModule.veskarHost (line ")));
+    text.insert(text.find('{') + 1, constants);
+    EXPECT_THAT(texts(), testing::Contains(HasSubstr("the key stands here a second time")));
+}
+
 TEST_F(ConfigFaults, TellKeyLineAndReason) {
     replace("\"gatingDistance\": 6.0", "\"gatingDistance\": 4");
     EXPECT_THAT(texts(),
