@@ -4,7 +4,9 @@
 option(VESKAR_BUILD_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
 option(VESKAR_BUILD_BENCHMARKS "Build the benchmarks (needs Google Benchmark)" OFF)
 option(VESKAR_BUILD_FUZZERS "Build the fuzz targets (needs clang with libFuzzer)" OFF)
-option(VESKAR_BUILD_WORKBENCH "Build the veskar command-line program" ${PROJECT_IS_TOP_LEVEL})
+option(VESKAR_BUILD_HOST "Build libveskar-host, the library for hosts" ON)
+option(VESKAR_BUILD_WORKBENCH "Build the veskar command-line program (needs libveskar-host)"
+       ${PROJECT_IS_TOP_LEVEL})
 option(VESKAR_BUILD_EXAMPLES "Build the example programs" ${PROJECT_IS_TOP_LEVEL})
 set(VESKAR_REPORT AUTO CACHE STRING
     "Build the page of `veskar report` with Node.js: ON, OFF, or AUTO where that can be done")

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // How fast a recording is replayed, reading and writing included, and how much of that time is
 // spent inside the library.
+#include "host/fused/FusedText.h"
 #include "io/OutputFile.h"
 #include "recording/ReadAhead.h"
 #include "recording/RecordingReader.h"
 #include "recording/RecordingWriter.h"
-#include "replay/FusedJson.h"
 #include "replay/Replay.h"
 #include "replay/WriteBehind.h"
 #include "simulate/Simulation.h"
@@ -55,10 +55,10 @@ public:
         const Workbench::Scenario scenario = square(objects);
         Workbench::Simulation simulation(scenario, 1);
         Workbench::OutputFile output(path);
-        output.write(lineOf(simulation.header()));
+        output.write(toJsonLine(simulation.header()));
         simulation.run(
             [&](const Workbench::RecordingLine& line) {
-                output.write(std::visit([](const auto& frame) { return lineOf(frame); }, line));
+                output.write(std::visit([](const auto& frame) { return toJsonLine(frame); }, line));
             },
             [](double) {});
         output.commit();
@@ -73,9 +73,9 @@ public:
 // Sums up what replays did, and says it per second and as shares of the time.
 class Tally {
 public:
-    void add(const Workbench::ReplayCounts& counts) {
+    void add(const Workbench::FusionPipeline::Counts& counts) {
         frames_ += static_cast<double>(counts.videoFrames + counts.radarFrames);
-        inLibrary_ += counts.librarySeconds;
+        inLibrary_ += counts.fusionSeconds;
     }
     void report(benchmark::State& state) const {
         const double all = std::chrono::duration<double>(Clock::now() - start_).count();
@@ -103,17 +103,17 @@ void BM_Replay(benchmark::State& state) {
     for ([[maybe_unused]] const auto iteration : state) {
         Workbench::RecordingReader reader(file.path, Workbench::TruthLines::Skip);
         Workbench::OutputFile output("/dev/null");
-        const Workbench::HostAdapter adapter(reader.header(), configuration());
         Workbench::WriteBehind writer(
-            output, [&](Workbench::LineText& text, Workbench::FrameReading&& reading) {
-                appendFusedLine(text, placed(std::move(reading), adapter));
+            output, [](Workbench::LineText& text, const Workbench::FusedFrame& frame) {
+                append(text, frame);
             });
-        Workbench::Replay run(
+        Workbench::FusionPipeline run(
             reader.header(), configuration(),
-            [&](Workbench::FrameReading reading) { writer.write(std::move(reading)); });
+            [&](const Workbench::FusedFrame& frame) { writer.write(frame); }, {},
+            Workbench::replayOptions());
         Workbench::ReadAhead lines(reader);
         while (const auto line = lines.next()) {
-            run.feed(std::get<Workbench::SensorFrame>(*line));
+            run.push(std::get<Workbench::SensorFrame>(*line));
         }
         writer.finish();
         tally.add(run.counts());
@@ -131,13 +131,12 @@ void BM_Host(benchmark::State& state) {
     }
     Tally tally;
     for ([[maybe_unused]] const auto iteration : state) {
-        const Workbench::HostAdapter adapter(reader.header(), configuration());
-        Workbench::Replay run(reader.header(), configuration(),
-                              [&](Workbench::FrameReading reading) {
-                                  benchmark::DoNotOptimize(placed(std::move(reading), adapter));
-                              });
+        Workbench::FusionPipeline run(
+            reader.header(), configuration(),
+            [](const Workbench::FusedFrame& frame) { benchmark::DoNotOptimize(&frame); }, {},
+            Workbench::replayOptions());
         for (const Workbench::SensorFrame& frame : frames) {
-            run.feed(frame);
+            run.push(frame);
         }
         tally.add(run.counts());
     }

@@ -16,20 +16,22 @@ namespace {
 
 void run(const char* configuration, const char* recording) {
     Workbench::RecordingReader reader(recording, Workbench::TruthLines::Skip);
-    const Workbench::Replay* fusing = nullptr;
-    Workbench::Replay replay(reader.header(), Veskar::Config::parse(configuration),
-                             [&fusing](const Workbench::FrameReading& frame) {
-                                 const auto& tracks = fusing->fusion().systemTracks;
-                                 std::printf("frame at %a of source %d: %zu\n", frame.time,
-                                             static_cast<int>(frame.source), tracks.size());
-                                 for (const auto& track : tracks) {
-                                     VeskarDevice::printLine(*track);
-                                 }
-                             });
-    fusing = &replay;
+    const Workbench::FusionPipeline* fusing = nullptr;
+    Workbench::FusionPipeline pipeline(
+        reader.header(), Veskar::Config::parse(configuration),
+        [&fusing](const Workbench::FusedFrame& frame) {
+            const auto& tracks = fusing->fusion().systemTracks;
+            std::printf("frame at %a of source %d: %zu\n", frame.time,
+                        static_cast<int>(frame.source), tracks.size());
+            for (const auto& track : tracks) {
+                VeskarDevice::printLine(*track);
+            }
+        },
+        {}, Workbench::replayOptions());
+    fusing = &pipeline;
     while (const auto line = reader.next()) {
         if (const auto* frame = std::get_if<Workbench::SensorFrame>(&*line)) {
-            replay.feed(*frame);
+            pipeline.push(*frame);
         }
     }
 }

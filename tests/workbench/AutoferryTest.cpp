@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <veskar-host/InputError.h>
+
 #include "Process.h"
 #include "import/Autoferry.h"
-#include "io/InputError.h"
 
 #include <cmath>
 

@@ -168,3 +168,66 @@ TEST_F(ConfigurationProgram, AFusedFileWithARefusedConfigurationSaysWhy) {
         HasSubstr(fused + ":1: configuration: the fusion refuses it: veskarModule.useJVA: 1 is an "
                           "integer where true or false is needed: write true\n"));
 }
+
+TEST_F(ConfigurationProgram, ConstantsOfTheHostAreSetInTheConfigurationOrByHand) {
+    const std::string recording = dataFile("tiny.jsonl");
+    const std::string before = veskar({"replay", recording}).output;
+    // The default changes nothing, not one byte.
+    EXPECT_EQ(veskar({"replay", recording, "--set", "radarGain=3"}).output, before);
+
+    const Outcome byHand = veskar(
+        {"replay", "--set", "radarGain=1.5", recording, "--set", "radarFloorStd=[1,1,1,1,1,1]"});
+    EXPECT_EQ(byHand.status, 0) << byHand.errors;
+    EXPECT_NE(byHand.output, before);
+    const auto header = nlohmann::json::parse(byHand.output.substr(0, byHand.output.find('\n')));
+    EXPECT_EQ(header.at("veskarHost").dump(),
+              R"({"radarFloorStd":[1.0,1.0,1.0,1.0,1.0,1.0],"radarGain":1.5})");
+    EXPECT_THAT(byHand.output, HasSubstr(R"("host":")"));
+
+    write("{", R"({"veskarHost": {"radarGain": 1.5, "radarFloorStd": [1, 1, 1, 1, 1, 1]},)");
+    EXPECT_EQ(replay().output, byHand.output);
+    EXPECT_THAT(replay().errors, IsEmpty());
+    EXPECT_EQ(veskar({"check", config}).status, 0);
+    // By hand counts more than the file.
+    EXPECT_EQ(veskar({"replay", recording, "--config", config, "--set", "radarGain=3", "--set",
+                      "radarFloorStd=[0.02,0.03,0.05,0.05,0.3,0.3]"})
+                  .output,
+              before);
+}
+
+TEST_F(ConfigurationProgram, KeysOfTheConfigurationAreSetByHand) {
+    const std::string recording = dataFile("tiny.jsonl");
+    write("\"gatingDistance\": 6.0", "\"gatingDistance\": 2.0");
+    const Outcome byHand =
+        veskar({"replay", recording, "--set", "veskarModule.gatingDistance=2.0"});
+    EXPECT_EQ(byHand.output, replay().output);
+    EXPECT_EQ(configurationOf(byHand.output)["veskarModule"]["gatingDistance"], 2.0);
+}
+
+TEST_F(ConfigurationProgram, WhatCannotBeSetIsRefused) {
+    const std::vector<std::pair<std::string, std::string>> faults{
+        {"radarGian=2", "--set radarGian: the key is not known; is radarGain meant?"},
+        {"radarGain=0", "--set radarGain: 0 is not above 0 and at most 1000000"},
+        {"radarGain=much", "--set radarGain: \"much\" is not a number"},
+        {"radarGain", "--set radarGain: expected KEY=VALUE"},
+        {"veskarModule.gatingDistanc=2.0",
+         "--set veskarModule.gatingDistanc: the key is not known"},
+        {"veskarModule.gatingDistance=",
+         "--set veskarModule.gatingDistance: \"\" is no JSON value"},
+        {"veskarModule.gatingDistance=4", integerForReal}};
+    for (const auto& [change, fault] : faults) {
+        const Outcome outcome = veskar({"replay", dataFile("tiny.jsonl"), "--set", change});
+        EXPECT_EQ(outcome.status, 2) << change;
+        EXPECT_EQ(outcome.output, "") << change;
+        EXPECT_THAT(outcome.errors, HasSubstr(fault)) << change;
+    }
+    write("{", R"({"veskarHost": {"radarGian": 2.0, "videoSilence": -1, "radarFloorStd": [1]},)");
+    EXPECT_THAT(replay().errors,
+                HasSubstr(config + ": veskarHost.radarGian: the key is not known"));
+    const Outcome checked = veskar({"check", config});
+    EXPECT_EQ(checked.status, 1);
+    for (const char* place : {"radarGian", "videoSilence", "radarFloorStd"}) {
+        EXPECT_THAT(checked.output,
+                    HasSubstr(config + ":1: fault: veskarHost." + std::string(place) + ": "));
+    }
+}

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <veskar-host/InputError.h>
+
 #include "FusedText.h"
 #include "Process.h"
-#include "io/InputError.h"
 #include "replay/FusedReader.h"
 
 #include <cmath>

@@ -12,9 +12,7 @@ namespace VeskarTest {
 /// @param frame the tracks after a frame
 /// @return its line, with line end
 inline std::string fusedLine(const Workbench::FusedFrame& frame) {
-    Workbench::LineText text;
-    appendFusedLine(text, frame);
-    return text.string();
+    return toJsonLine(frame);
 }
 
 /// @param frame the tracks after a frame

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <veskar-host/InputError.h>
+#include <veskar-host/Projection.h>
+
 #include "Process.h"
-#include "geometry/Projection.h"
 #include "import/Kitti.h"
-#include "io/InputError.h"
 
 #include <cmath>
 

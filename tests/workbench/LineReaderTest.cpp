@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <veskar-host/InputError.h>
+
 #include "Process.h"
-#include "io/InputError.h"
 #include "io/LineReader.h"
 
 #include <string>

@@ -183,6 +183,16 @@ TEST_F(Provenance, WhatTheHeaderOfARunSaysCannotBeChangedLater) {
                                      recording));
 }
 
+TEST_F(Provenance, ConstantsOfTheHostCountWhenTheyAreNotTheDefaults) {
+    ASSERT_EQ(veskar({"replay", recording, "-o", fused, "--set", "radarGain=1.5"}).status, 0);
+    const std::string text = slurp(fused);
+    const auto header = nlohmann::json::parse(text.substr(0, text.find('\n')));
+    EXPECT_EQ(digestsIn(text)["host"], digestOf(header["veskarHost"].dump()));
+    EXPECT_EQ(evaluate().status, 0);
+    change(fused, "\"radarGain\":1.5", "\"radarGain\":2.5");
+    EXPECT_THAT(refusal(), HasSubstr(fused + ":1: veskarHost: this is not the one with which"));
+}
+
 TEST_F(Provenance, ForceTakesItWithAWarning) {
     change(recording, "\"range\":1", "\"range\":2");
     const Outcome outcome = evaluate({"--force"});

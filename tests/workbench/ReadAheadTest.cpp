@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <veskar-host/InputError.h>
+
 #include "Process.h"
-#include "io/InputError.h"
 #include "recording/ReadAhead.h"
 #include "recording/RecordingWriter.h"
 
@@ -17,7 +18,7 @@ using Workbench::RecordingReader;
 namespace {
 
 std::string textOf(const Workbench::RecordingLine& line) {
-    return std::visit([](const auto& frame) { return lineOf(frame); }, line);
+    return std::visit([](const auto& frame) { return toJsonLine(frame); }, line);
 }
 
 // A pipe with a name that never ends, since its writer stays.

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <veskar-host/InputError.h>
+
 #include "Installation.h"
 #include "Process.h"
-#include "io/InputError.h"
 #include "recording/RecordingReader.h"
 #include "recording/RecordingWriter.h"
 #include "recording/RefusedFrame.h"
@@ -27,7 +28,7 @@ class RecordingReaderTest : public testing::Test {
 protected:
     // Reads a header and the given lines to the end.
     std::vector<Workbench::RecordingLine> read(const std::string& lines) const {
-        return readFile(lineOf(VeskarTest::installation()) + lines);
+        return readFile(toJsonLine(VeskarTest::installation()) + lines);
     }
     std::vector<Workbench::RecordingLine> readFile(const std::string& text) const {
         VeskarTest::spill(path, text);
@@ -40,7 +41,7 @@ protected:
     }
     // What is wrong with the lines after the header, without the file's name.
     std::string faultOf(const std::string& lines) const {
-        return faultOfFile(lineOf(VeskarTest::installation()) + lines);
+        return faultOfFile(toJsonLine(VeskarTest::installation()) + lines);
     }
     std::string faultOfFile(const std::string& text) const {
         try {
@@ -118,7 +119,7 @@ TEST_F(RecordingReaderTest, ReadsTruth) {
 }
 
 TEST_F(RecordingReaderTest, PassesOverTruthUnreadWhenToldTo) {
-    VeskarTest::spill(path, lineOf(VeskarTest::installation()) +
+    VeskarTest::spill(path, toJsonLine(VeskarTest::installation()) +
                                 "{\"source\":\"truth\", and no more\n" + goodVideo + "\n");
     Workbench::RecordingReader reader(path, Workbench::TruthLines::Skip);
     EXPECT_TRUE(std::holds_alternative<Workbench::SensorFrame>(*reader.next()));
@@ -136,7 +137,7 @@ TEST_F(RecordingReaderTest, ReadsTheHeader) {
     header.epoch = 1620204790.5;
     header.seed = 18446744073709551615U;
     header.truth = Workbench::TruthKind::Incomplete;
-    VeskarTest::spill(path, lineOf(header));
+    VeskarTest::spill(path, toJsonLine(header));
     const Workbench::RecordingReader reader(path);
     EXPECT_EQ(reader.header().name, "a name");
     EXPECT_EQ(reader.header().camera.mounting.pitch, 20.0);
@@ -159,13 +160,13 @@ TEST_F(RecordingReaderTest, RefusesWhatIsNoRecording) {
 }
 
 TEST_F(RecordingReaderTest, RefusesAnotherVersion) {
-    const std::string header = lineOf(VeskarTest::installation());
+    const std::string header = toJsonLine(VeskarTest::installation());
     EXPECT_EQ(faultOfFile(replaced(header, "\"version\":1", "\"version\":2")),
               "1: version: version 2 is not supported, this program reads version 1");
 }
 
 TEST_F(RecordingReaderTest, SaysWhatIsWrongWithTheHeader) {
-    const std::string header = lineOf(VeskarTest::installation());
+    const std::string header = toJsonLine(VeskarTest::installation());
     EXPECT_EQ(faultOfFile(replaced(header, "\"rangeStd\":0.3", "\"rangeStd\":0.0")),
               "1: radar.rangeStd: 0 is below 1e-06");
     EXPECT_EQ(faultOfFile(replaced(header, "\"bdc\":false", "\"bdc\":0")),
@@ -314,7 +315,7 @@ TEST_F(RecordingReaderTest, RefusesAKeyThatOccursTwice) {
               "2: tracks[0].box.left: occurs twice");
     EXPECT_EQ(faultOf(replaced(truth, "\"id\":1", "\"id\":1,\"id\":2")),
               "2: objects[0].id: occurs twice");
-    const std::string header = lineOf(VeskarTest::installation());
+    const std::string header = toJsonLine(VeskarTest::installation());
     EXPECT_EQ(faultOfFile(replaced(header, "\"version\":1", "\"version\":1,\"version\":1")),
               "1: version: occurs twice");
     EXPECT_EQ(

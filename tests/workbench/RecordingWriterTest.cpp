@@ -11,7 +11,7 @@ namespace {
 // Writes lines and reads them back.
 std::vector<Workbench::RecordingLine> roundTrip(const std::string& lines) {
     const VeskarTest::TemporaryDirectory directory;
-    VeskarTest::spill(directory / "r", lineOf(VeskarTest::installation()) + lines);
+    VeskarTest::spill(directory / "r", toJsonLine(VeskarTest::installation()) + lines);
     Workbench::RecordingReader reader(directory / "r");
     std::vector<Workbench::RecordingLine> found;
     while (auto line = reader.next()) {
@@ -33,7 +33,7 @@ TEST(RecordingWriter, WritesVideoSoThatItReadsBack) {
     report.labels.objectClass = {"human", 0.75};
     report.labels.upperClothingColor = {"odd \"colour\" \n", 0.5};
     const std::string line =
-        lineOf(Workbench::SensorFrame{Veskar::VideoObject, 1.0, 1.5, {report}});
+        toJsonLine(Workbench::SensorFrame{Veskar::VideoObject, 1.0, 1.5, {report}});
     EXPECT_EQ(
         line,
         R"({"source":"video","time":1,"received":1.5,"tracks":[{"id":-5,"coasting":0.25,"confirmed":false,"box":{"left":-0.5,"bottom":-0.25,"right":0.125,"top":0.75},"velocity":[0.0625,-0.5],"age":3.5,"class":"human","classProbability":0.75,"upperClothingColor":"odd \"colour\" \n","upperClothingColorProbability":0.5}]})"
@@ -52,7 +52,7 @@ TEST(RecordingWriter, WritesRadarWithoutWhatIsNotKnown) {
     report.azimuth = -7.5;
     report.radialSpeed = 0.5;
     EXPECT_EQ(
-        lineOf(Workbench::SensorFrame{Veskar::Radar, 2.0, 2.0, {report}}),
+        toJsonLine(Workbench::SensorFrame{Veskar::Radar, 2.0, 2.0, {report}}),
         R"({"source":"radar","time":2,"tracks":[{"id":1,"range":12.346,"azimuth":-7.5,"radialSpeed":0.5}]})"
         "\n");
 }
@@ -65,7 +65,7 @@ TEST(RecordingWriter, WritesReadyEstimatesSoThatTheyReadBack) {
     report.covariance(0, 4) = report.covariance(4, 0) = 0.375;
     report.box = Workbench::ImageBox{-1.0, -1.0, 1.0, 1.0};
     const std::string line =
-        lineOf(Workbench::SensorFrame{Veskar::VideoObject, 1.0, 1.0, {report}});
+        toJsonLine(Workbench::SensorFrame{Veskar::VideoObject, 1.0, 1.0, {report}});
     const auto frame = std::get<Workbench::SensorFrame>(roundTrip(line).at(0));
     const auto& back = std::get<Workbench::ReadyEstimate>(frame.tracks.at(0));
     EXPECT_EQ(back.state, report.state);
@@ -83,7 +83,7 @@ TEST(RecordingWriter, WritesTruthSoThatItReadsBack) {
     object.centre = Eigen::Vector2d(12.0, -3.0);
     object.inRadar = false;
     const auto frame = std::get<Workbench::TruthFrame>(
-        roundTrip(lineOf(Workbench::TruthFrame{4.0, {object}})).at(0));
+        roundTrip(toJsonLine(Workbench::TruthFrame{4.0, {object}})).at(0));
     const Workbench::TruthObject& back = frame.objects.at(0);
     EXPECT_EQ(back.position, object.position);
     EXPECT_EQ(back.size, object.size);

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <veskar-host/InputError.h>
+
 #include "Process.h"
 #include "SourceDirectory.h"
-#include "io/InputError.h"
 #include "scenario/Scenario.h"
 
 #include <gtest/gtest.h>

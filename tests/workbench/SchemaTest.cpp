@@ -51,6 +51,8 @@ TEST(Schema, ImportedRecordingsKeepIt) {
 TEST(Schema, FusedTracksKeepIt) {
     expectValid("fused", VeskarTest::veskar({"replay", "-", "--tags"}, simulated()).output);
     expectValid("fused", VeskarTest::veskar({"replay", "-"}, boats()).output);
+    expectValid("fused",
+                VeskarTest::veskar({"replay", "-", "--set", "radarGain=2"}, simulated()).output);
 }
 
 TEST(Schema, RefusesWhatTheReaderRefuses) {

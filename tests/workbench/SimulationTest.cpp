@@ -31,17 +31,17 @@ struct Played {
 Played play(const Scenario& scenario, std::uint64_t seed = 1) {
     Played played;
     Workbench::Simulation simulation(scenario, seed);
-    played.text = lineOf(simulation.header());
+    played.text = toJsonLine(simulation.header());
     simulation.run(
         [&](const Workbench::RecordingLine& line) {
             if (const auto* truth = std::get_if<TruthFrame>(&line)) {
                 played.truth.push_back(*truth);
-                played.text += lineOf(*truth);
+                played.text += toJsonLine(*truth);
                 return;
             }
             const auto& frame = std::get<SensorFrame>(line);
             (frame.source == Veskar::Radar ? played.radar : played.video).push_back(frame);
-            played.text += lineOf(frame);
+            played.text += toJsonLine(frame);
         },
         [](double) {});
     return played;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <veskar-host/InputError.h>
+
 #include "Process.h"
-#include "io/InputError.h"
 #include "replay/WriteBehind.h"
 
 #include <array>
@@ -11,24 +12,24 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-using Workbench::FrameReading;
+using Workbench::FusedFrame;
 using Workbench::LineText;
 using Workbench::OutputFile;
 using Workbench::WriteBehind;
 
 namespace {
 
-FrameReading frameAt(double time) {
+FusedFrame frameAt(double time) {
     return {time, time, Veskar::VideoObject, {}};
 }
 
-void addTime(LineText& text, const FrameReading& frame) {
+void addTime(LineText& text, const FusedFrame& frame) {
     text.addNumber(frame.time, 0);
     text += '\n';
 }
 
 // More than an output holds back.
-void addMuch(LineText& text, const FrameReading& /*frame*/) {
+void addMuch(LineText& text, const FusedFrame& /*frame*/) {
     text += std::string(1 << 20, 'x');
 }
 

@@ -2,10 +2,11 @@
 // How well radar and video agree on where objects are, under each reading of their numbers.
 #pragma once
 
-#include "adapter/RadarModel.h"
+#include <veskar-host/Projection.h>
+#include <veskar-host/RadarModel.h>
+
 #include "check/Hypothesis.h"
 #include "check/VoteGrid.h"
-#include "geometry/Projection.h"
 #include "recording/Recording.h"
 
 #include <cstdint>

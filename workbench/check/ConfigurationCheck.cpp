@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/ConfigurationCheck.h"
 
+#include "HostLibrary.h"
 #include "check/Rules.h"
+#include "host/adapter/ParameterTable.h"
 
 #include <algorithm>
 #include <iterator>
@@ -100,6 +102,24 @@ const Limits priorityLimits{
     {"nVideoFramesMissedLimitHigh", "evaluations without video", count},
 };
 
+/// @return what the members of "veskarHost" must be
+const Rules& hostRules() {
+    static const Rules rules = [] {
+        Rules list;
+        for (const Parameter& parameter : parameterTable()) {
+            Rule rule{parameter.name, Wanted::Number, parameter.meaning, false};
+            rule.allowed = {0.0, parameter.most, parameter.isZeroAllowed, true};
+            if (parameter.count > 1) {
+                rule.wanted = Wanted::Array;
+                rule.elements = parameter.count;
+            }
+            list.push_back(rule);
+        }
+        return list;
+    }();
+    return rules;
+}
+
 /// @return a fault that the library has found, as this program lists them
 Finding findingOf(const Veskar::ConfigFault& fault) {
     const bool isIgnored = fault.effect == Veskar::ConfigFault::Effect::Ignored;
@@ -130,6 +150,9 @@ public:
             limits(*priority, "veskarDetectionPriority", priorityLimits);
             order(*priority, "veskarDetectionPriority", "nVideoFramesMissedLimitLow",
                   "nVideoFramesMissedLimitHigh");
+        }
+        if (const LocatedValue* host = document.find("veskarHost")) {
+            checkMembers(*host, "veskarHost", hostRules(), Severity::Fault, findings_);
         }
     }
 

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/DocumentCheck.h"
 
+#include <veskar-host/InputError.h>
 #include <veskar/Camera.h>
 #include <veskar/Config.h>
 
+#include "HostLibrary.h"
 #include "check/CameraCheck.h"
 #include "check/ConfigurationCheck.h"
 #include "check/SceneCheck.h"
-#include "io/InputError.h"
 #include "io/LineReader.h"
 #include "io/TextFile.h"
 #include "scenario/Scenario.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/Hypothesis.h"
 
-#include "geometry/Projection.h"
+#include <veskar-host/Projection.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/RadarMotion.h"
 
+#include <veskar-host/Projection.h>
+
 #include "check/TrackGap.h"
-#include "geometry/Projection.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,7 +2,8 @@
 // Whether a radar's speeds and directions are those of its own tracks.
 #pragma once
 
-#include "adapter/RadarModel.h"
+#include <veskar-host/RadarModel.h>
+
 #include "check/Hypothesis.h"
 #include "recording/Recording.h"
 

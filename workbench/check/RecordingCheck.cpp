@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/RecordingCheck.h"
 
+#include <veskar-host/InputError.h>
+#include <veskar-host/Projection.h>
+
 #include "check/FrameStatistics.h"
 #include "check/LocatedJson.h"
 #include "check/SceneCheck.h"
 #include "check/TrackPairs.h"
-#include "geometry/Projection.h"
-#include "io/InputError.h"
 #include "recording/LabelWords.h"
 #include "recording/RecordingReader.h"
 #include "recording/RefusedFrame.h"

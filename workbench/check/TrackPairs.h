@@ -2,9 +2,10 @@
 // Finds objects that both sensors track, without trusting the stated installation much.
 #pragma once
 
-#include "adapter/RadarModel.h"
+#include <veskar-host/Projection.h>
+#include <veskar-host/RadarModel.h>
+
 #include "check/MountingEstimate.h"
-#include "geometry/Projection.h"
 #include "recording/Recording.h"
 
 #include <deque>

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/VoteGrid.h"
 
-#include "geometry/Projection.h"
+#include <veskar-host/Projection.h>
+
+#include "HostLibrary.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <veskar-host/InputError.h>
+
+#include "HostLibrary.h"
 #include "check/DocumentCheck.h"
 #include "check/RecordingCheck.h"
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Files.h"
 #include "cli/Progress.h"
-#include "io/InputError.h"
 #include "io/Interruption.h"
 #include "io/OutputFile.h"
 

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <veskar-host/FusedFrame.h>
+#include <veskar-host/InputError.h>
+
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Files.h"
@@ -7,12 +10,10 @@
 #include "cli/Progress.h"
 #include "evaluate/EvaluationReport.h"
 #include "evaluate/FusedFeed.h"
-#include "io/InputError.h"
 #include "io/Interruption.h"
 #include "io/OutputFile.h"
 #include "recording/RecordingReader.h"
 #include "replay/FusedReader.h"
-#include "replay/FusedTrack.h"
 #include "replay/Replay.h"
 
 #include <algorithm>
@@ -33,6 +34,7 @@ struct Options {
     std::string fused;
     std::string output = "-";
     std::string config;
+    std::vector<std::string> changes;
     std::string camera;
     std::string format = "table";
     bool wholeScene = false;
@@ -76,28 +78,27 @@ void requireTruth(const RecordingReader& reader) {
 
 /// The fusion runs on the recording.
 int judgeRun(const Options& options, RecordingReader& reader, const EvaluationOptions& wishes) {
-    const Veskar::Config config = readConfiguration(options.config);
+    const auto [config, parameters] = readSettings(options.config, options.changes);
     const RecordingHeader header = withCamera(reader.header(), options.camera);
     requireTruth(reader);
     OutputFile output(options.output);
     Evaluation evaluation(header, config, wishes);
-    const HostAdapter adapter(header, config);
-    Replay replay(header, config, [&](FrameReading reading) {
-        evaluation.add(placed(std::move(reading), adapter));
-    });
+    FusionPipeline run(
+        header, config, [&](const FusedFrame& frame) { evaluation.add(frame); }, parameters,
+        replayOptions());
     output.write(judge(reader, evaluation, {header, wishes, 0, {}}, options.format,
                        [&](const RecordingLine& line) {
                            if (const auto* frame = std::get_if<SensorFrame>(&line)) {
-                               replay.feed(*frame);
+                               run.push(*frame);
                            } else {
-                               replay.advance(std::get<TruthFrame>(line).time);
+                               run.advance(std::get<TruthFrame>(line).time);
                            }
                        }));
     output.commit();
-    if (replay.counts().failedFrames > 0) {
-        writeError(fmt::format(
-            "veskar: {}: the fusion could not associate {} frames; the first: {}\n",
-            options.recording, replay.counts().failedFrames, replay.counts().firstFailure));
+    if (run.counts().failedFrames > 0) {
+        writeError(
+            fmt::format("veskar: {}: the fusion could not associate {} frames; the first: {}\n",
+                        options.recording, run.counts().failedFrames, run.counts().firstFailure));
         return NegativeAnswer;
     }
     return Success;
@@ -151,10 +152,9 @@ void addEvaluateCommand(CLI::App& program, Action& action) {
         "fused", options->fused,
         "tracks that veskar replay made of this recording, or - (default: run the fusion)");
     command->add_option("-o,--output", options->output, "report to write (default: -)");
-    command
-        ->add_option("--config", options->config,
-                     "configuration of the fusion (default: the shipped one)")
-        ->excludes(fused);
+    for (CLI::Option* option : addSettingsOptions(*command, options->config, options->changes)) {
+        option->excludes(fused);
+    }
     command->add_option("--camera", options->camera, "camera to use instead of the recording's")
         ->excludes(fused);
     command->add_option("--format", options->format, "table or json (default: table)")

@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/Inputs.h"
 
+#include <veskar-host/InputError.h>
+
 #include "cli/CommandLine.h"
-#include "io/InputError.h"
+#include "host/installation/InstallationFields.h"
+#include "io/DocumentValue.h"
 #include "io/TextFile.h"
-#include "recording/Header.h"
 
 #include <algorithm>
 #include <exception>
 #include <iterator>
+#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -34,25 +37,95 @@ std::string refusal(const std::vector<ConfigFault>& faults, const std::string& n
                        others > 0 ? fmt::format("; veskar check names {} more", others) : "");
 }
 
-}  // namespace
+/// A key of the configuration, by the names that lead to it.
+nlohmann::json::json_pointer pointerTo(std::string key) {
+    std::replace(key.begin(), key.end(), '.', '/');
+    return nlohmann::json::json_pointer("/" + key);
+}
 
-Veskar::Config readConfiguration(const std::string& path) {
-    if (path.empty()) {
-        return Veskar::Config::defaults();
+/// @return the configuration with some of its keys changed
+std::string withChanges(const std::string& configuration,
+                        const std::vector<std::pair<std::string, std::string>>& changes) {
+    static const auto known = nlohmann::json::parse(Veskar::Config::defaults().toJson());
+    auto document = nlohmann::json::parse(configuration);
+    for (const auto& [key, value] : changes) {
+        const auto place = pointerTo(key);
+        if (!known.contains(place)) {
+            throw InputError(fmt::format("--set {}: the key is not known", key));
+        }
+        try {
+            document[place] = nlohmann::json::parse(value);
+        } catch (const nlohmann::json::exception&) {
+            throw InputError(fmt::format("--set {}: \"{}\" is no JSON value", key, value));
+        }
     }
-    const std::string text = readText(path);
+    return document.dump(4);
+}
+
+Veskar::Config configOf(const std::string& text, const std::string& name) {
     const std::vector<ConfigFault> faults = Veskar::Config::findFaults(text);
     Veskar::Config config = [&] {
         try {
             return Veskar::Config::parse_json_string(text);
         } catch (const std::exception&) {
-            throw InputError(refusal(faults, path));
+            throw InputError(refusal(faults, name));
         }
     }();
     for (const ConfigFault& fault : faults) {
-        warn(fmt::format("{}: {}", path, fault.text()));
+        warn(fmt::format("{}: {}", name, fault.text()));
     }
     return config;
+}
+
+HostParameters parametersOf(const std::string& text, const std::string& name) {
+    try {
+        return HostParameters::fromConfig(text);
+    } catch (const InputError& error) {
+        throw InputError(fmt::format("{}: {}", name, error.what()));
+    }
+}
+
+}  // namespace
+
+std::array<CLI::Option*, 2> addSettingsOptions(CLI::App& command, std::string& config,
+                                               std::vector<std::string>& changes) {
+    CLI::Option* const file = command.add_option(
+        "--config", config, "configuration of the fusion (default: the shipped one)");
+    CLI::Option* const set = command.add_option(
+        "--set", changes,
+        "KEY=VALUE: another value for a constant of the host (radarGain=2.5) or for a key of the "
+        "configuration (veskarModule.gatingDistance=5.0); may be repeated");
+    // One value each: "--set a=1 recording.jsonl".
+    set->allow_extra_args(false);
+    return {file, set};
+}
+
+Settings readSettings(const std::string& path, const std::vector<std::string>& changes) {
+    std::vector<std::pair<std::string, std::string>> ofConfiguration;
+    std::vector<std::pair<std::string, std::string>> ofHost;
+    for (const std::string& change : changes) {
+        const std::size_t equals = change.find('=');
+        if (equals == std::string::npos) {
+            throw InputError(fmt::format("--set {}: expected KEY=VALUE", change));
+        }
+        const std::string key = change.substr(0, equals);
+        const bool hasSection = key.find('.') != std::string::npos;
+        (hasSection ? ofConfiguration : ofHost).emplace_back(key, change.substr(equals + 1));
+    }
+    const std::string name = path.empty() ? "--set" : path;
+    std::string text = path.empty() ? Veskar::Config::defaults().toJson() : readText(path);
+    Settings settings{configOf(text, name), parametersOf(text, name)};
+    if (!ofConfiguration.empty()) {
+        settings.config = configOf(withChanges(text, ofConfiguration), "--set");
+    }
+    for (const auto& [key, value] : ofHost) {
+        try {
+            settings.parameters.set(key, value);
+        } catch (const InputError& error) {
+            throw InputError(fmt::format("--set {}", error.what()));
+        }
+    }
+    return settings;
 }
 
 RecordingHeader withCamera(RecordingHeader header, const std::string& cameraPath) {

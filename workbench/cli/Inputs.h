@@ -2,13 +2,16 @@
 // Inputs that several subcommands read.
 #pragma once
 
+#include <veskar-host/HostParameters.h>
 #include <veskar/Config.h>
 
 #include "recording/LabelWords.h"
 #include "recording/Recording.h"
 #include "replay/Provenance.h"
 
+#include <array>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -17,12 +20,28 @@ class Option;
 
 namespace Workbench {
 
+/// What a run is tuned by.
+struct Settings {
+    Veskar::Config config;
+    HostParameters parameters;
+};
+
+/// Adds the options that say what a run is tuned by.
+/// @param command the subcommand
+/// @param config receives the path of the configuration
+/// @param changes receives what is set beyond it
+/// @return the options
+std::array<CLI::Option*, 2> addSettingsOptions(CLI::App& command, std::string& config,
+                                               std::vector<std::string>& changes);
+
 /// Warns on standard error of what the fusion does not use as it is written.
 ///
 /// @param path a configuration file; empty: the shipped configuration
-/// @return the configuration
-/// @throw InputError why the fusion refuses it
-Veskar::Config readConfiguration(const std::string& path);
+/// @param changes "KEY=VALUE": a constant of the host, or a key of the configuration with its
+///                section before it ("veskarModule.gatingDistance"); the value is JSON
+/// @return the settings
+/// @throw InputError why they are refused
+Settings readSettings(const std::string& path, const std::vector<std::string>& changes);
 
 /// @param header header of a recording
 /// @param cameraPath a camera to use instead of the recording's; empty: the recording's

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <veskar-host/InputError.h>
+
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Files.h"
 #include "cli/Inputs.h"
 #include "cli/Progress.h"
-#include "io/InputError.h"
+#include "host/fused/FusedText.h"
 #include "io/Interruption.h"
 #include "io/OutputFile.h"
 #include "recording/ReadAhead.h"
@@ -22,6 +24,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -33,6 +36,7 @@ struct Options {
     std::string recording;
     std::string output = "-";
     std::string config;
+    std::vector<std::string> changes;
     std::string camera;
     std::string format = "jsonl";
     std::string explain;
@@ -73,7 +77,7 @@ class Explanations {
 public:
     explicit Explanations(const std::string& path)
         : file_(path.empty() ? nullptr : std::make_unique<OutputFile>(path)),
-          explainer_([this](const std::string& line) { file_->write(line); }, Replay::uptime) {}
+          explainer_([this](const std::string& line) { file_->write(line); }, replayUptime) {}
 
     Veskar::FusionObserver* observer() { return file_ ? &explainer_ : nullptr; }
     void finish(const std::string& closing) {
@@ -90,7 +94,7 @@ private:
 };
 
 /// Sends the whole recording through the fusion.
-void feed(RecordingReader& reader, Replay& run, bool inRealTime) {
+void feed(RecordingReader& reader, FusionPipeline& run, bool inRealTime) {
     Progress progress("replaying");
     Pace pace;
     UnknownWords words = wordsToWarnOf(reader.input().name());
@@ -102,15 +106,15 @@ void feed(RecordingReader& reader, Replay& run, bool inRealTime) {
             if (inRealTime) {
                 pace.waitFor(frame->received);
             }
-            run.feed(*frame);
+            run.push(*frame);
         }
         progress.update(lines.fractionRead());
     }
 }
 
-int finish(const Options& options, const Replay& replay, const Summary& summary) {
+int finish(const Options& options, const FusionPipeline& run, const Summary& summary) {
     if (options.summary) {
-        const std::string text = summary.text(replay.counts());
+        const std::string text = summary.text(run.counts());
         if (summaryGoesToStandardOutput(options)) {
             OutputFile output("-");
             output.write(text);
@@ -119,7 +123,7 @@ int finish(const Options& options, const Replay& replay, const Summary& summary)
             writeError(text);
         }
     }
-    const ReplayCounts& counts = replay.counts();
+    const FusionPipeline::Counts& counts = run.counts();
     if (counts.failedFrames > 0) {
         writeError(fmt::format(
             "veskar: {}: the fusion could not associate {} of {} frames; the first: {}\n",
@@ -141,32 +145,38 @@ void checkFiles(const Options& options) {
 
 int replay(const Options& options) {
     checkFiles(options);
-    const Veskar::Config config = readConfiguration(options.config);
+    const auto [config, parameters] = readSettings(options.config, options.changes);
     RecordingReader reader(options.recording, TruthLines::Skip);
     const RecordingHeader header = withCamera(reader.header(), options.camera);
     const bool isCsv = options.format == "csv";
 
     OutputFile output(options.output);
-    output.write(isCsv ? csvHeader() : fusedHeaderLine(header, config.toJson()));
-    const HostAdapter adapter(header, config);
+    output.write(isCsv ? csvHeader()
+                       : fusedHeaderLine(header, config.toJson(), parameters.toJson()));
     Summary summary;
     WriteBehind writer(
         output,
-        [&](LineText& text, FrameReading&& reading) {
-            const FusedFrame frame = placed(std::move(reading), adapter);
+        [&](LineText& text, const FusedFrame& frame) {
             if (options.summary) {
                 summary.add(frame);
             }
-            (isCsv ? appendCsvRows : appendFusedLine)(text, frame);
+            if (isCsv) {
+                appendCsvRows(text, frame);
+            } else {
+                append(text, frame);
+            }
         },
         options.realtime ? WriteBehind::Flush::EveryFrame : WriteBehind::Flush::WhenFull);
-    Replay run(
-        header, config, [&](FrameReading reading) { writer.write(std::move(reading)); },
-        options.tags);
+    FusionPipeline::Options replaying = replayOptions();
+    replaying.withTags = options.tags;
+    FusionPipeline run(
+        header, config, [&](const FusedFrame& frame) { writer.write(frame); }, parameters,
+        replaying);
     Explanations explanations(options.explain);
     run.setObserver(explanations.observer());
     feed(reader, run, options.realtime);
-    const std::string closing = closingLine(digestsOfRun(reader.digest(), header, config.toJson()));
+    const std::string closing =
+        closingLine(digestsOfRun(reader.digest(), header, config.toJson(), parameters.toJson()));
     explanations.finish(closing);
     writer.finish();
     if (!isCsv) {
@@ -184,8 +194,7 @@ void addReplayCommand(CLI::App& program, Action& action) {
         "replay", "Send a recording through the fusion and write the fused tracks");
     command->add_option("recording", options->recording, "recording, or -")->required();
     command->add_option("-o,--output", options->output, "fused tracks to write (default: -)");
-    command->add_option("--config", options->config,
-                        "configuration of the fusion (default: the shipped one)");
+    addSettingsOptions(*command, options->config, options->changes);
     command->add_option("--camera", options->camera, "camera to use instead of the recording's");
     command->add_option("--format", options->format, "jsonl or csv (default: jsonl)")
         ->check(CLI::IsMember({"jsonl", "csv"}));

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <veskar-host/InputError.h>
+
+#include "HostLibrary.h"
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Files.h"
 #include "cli/Inputs.h"
 #include "cli/Progress.h"
-#include "io/InputError.h"
 #include "io/Interruption.h"
 #include "io/OutputFile.h"
 #include "report/Page.h"

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <veskar-host/InputError.h>
+
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Files.h"
 #include "cli/Inputs.h"
 #include "cli/OptionChecks.h"
 #include "cli/Progress.h"
-#include "io/InputError.h"
 #include "io/Interruption.h"
 #include "io/OutputFile.h"
 #include "recording/RecordingWriter.h"
@@ -38,11 +39,11 @@ int simulate(const Options& options) {
     Progress progress("simulating");
     Simulation simulation(scenario, options.seed);
     UnknownWords words = wordsToWarnOf(options.scenario == "-" ? "<stdin>" : options.scenario);
-    output.write(lineOf(simulation.header()));
+    output.write(toJsonLine(simulation.header()));
     simulation.run(
         [&](const RecordingLine& line) {
             words.look(line);
-            output.write(std::visit([](const auto& frame) { return lineOf(frame); }, line));
+            output.write(std::visit([](const auto& frame) { return toJsonLine(frame); }, line));
         },
         [&](double time) {
             throwIfInterrupted();

@@ -3,6 +3,8 @@
 
 #include <veskar/SystemTrack.h>
 
+#include "host/fused/SystemTrackReading.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -150,7 +152,7 @@ void Evaluation::show(Veskar::Source source, double time,
                 continue;
             }
             const Veskar::SystemTrack alone(track, track->id);
-            if (const auto reported = reportedOf(placed(readTrack(alone), adapter_))) {
+            if (const auto reported = reportedOf(readTrack(alone, adapter_))) {
                 reports.push_back(*reported);
             }
         }

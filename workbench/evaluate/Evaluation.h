@@ -2,12 +2,14 @@
 // Fused tracks and those of each sensor against the truth of a recording.
 #pragma once
 
+#include <veskar-host/FusedFrame.h>
+#include <veskar-host/HostAdapter.h>
+
 #include "evaluate/Picture.h"
 #include "evaluate/Scorecard.h"
 #include "evaluate/metrics/Assignment.h"
+#include "host/duties/SensorSupervisor.h"
 #include "recording/Recording.h"
-#include "replay/FusedTrack.h"
-#include "replay/HostDuties.h"
 
 #include <map>
 #include <optional>
@@ -104,7 +106,7 @@ private:
     RecordingHeader header_;
     EvaluationOptions options_;
     HostAdapter adapter_;
-    HostDuties duties_;
+    SensorSupervisor duties_;
     std::vector<Judged> trackers_;
     std::map<std::pair<Veskar::Source, int>, int> hitsOfTrack_;
     std::vector<std::string> classes_;

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "import/Autoferry.h"
 
+#include <veskar-host/GeographicPosition.h>
+#include <veskar-host/InputError.h>
+#include <veskar-host/Projection.h>
 #include <veskar/Vocabulary.h>
 
-#include "geometry/Projection.h"
-#include "geometry/Site.h"
+#include "HostLibrary.h"
 #include "import/TimeSeries.h"
 #include "io/DocumentValue.h"
-#include "io/InputError.h"
 #include "io/Interruption.h"
 #include "io/TextFile.h"
 #include "tracker/SensorTrackers.h"

@@ -8,7 +8,7 @@
 namespace Workbench {
 
 void write(const ImportedRecording& recording, OutputFile& output) {
-    output.write(lineOf(recording.header));
+    output.write(toJsonLine(recording.header));
     std::vector<const SensorFrame*> order;
     order.reserve(recording.frames.size());
     for (const SensorFrame& frame : recording.frames) {
@@ -20,12 +20,12 @@ void write(const ImportedRecording& recording, OutputFile& output) {
     auto truth = recording.truth.begin();
     for (const SensorFrame* frame : order) {
         for (; truth != recording.truth.end() && truth->time <= frame->time; ++truth) {
-            output.write(lineOf(*truth));
+            output.write(toJsonLine(*truth));
         }
-        output.write(lineOf(*frame));
+        output.write(toJsonLine(*frame));
     }
     for (; truth != recording.truth.end(); ++truth) {
-        output.write(lineOf(*truth));
+        output.write(toJsonLine(*truth));
     }
 }
 

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "import/Kitti.h"
 
+#include <veskar-host/InputError.h>
+#include <veskar-host/Projection.h>
 #include <veskar/ImagePlane.h>
 #include <veskar/Vocabulary.h>
 
-#include "geometry/Projection.h"
+#include "HostLibrary.h"
 #include "import/TimeSeries.h"
-#include "io/InputError.h"
 #include "io/Interruption.h"
 #include "io/LineReader.h"
 #include "recording/LabelWords.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "io/DocumentValue.h"
 
-#include "io/FieldsDefinition.h"
+#include "host/json/FieldsDefinition.h"
 
 #include <limits>
 
@@ -35,6 +35,11 @@ bool DocumentValue::fitsInt32() const {
     return value_->get<std::int64_t>() >= Limits::min();
 }
 
-template class BasicFields<DocumentValue>;
+std::optional<std::uint64_t> DocumentValue::unsignedInteger() const {
+    return value_->is_number_unsigned() ? std::optional(value_->get<std::uint64_t>())
+                                        : std::nullopt;
+}
 
 }  // namespace Workbench
+
+template class Veskar::Host::Internal::BasicFields<Workbench::DocumentValue>;

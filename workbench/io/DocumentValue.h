@@ -2,7 +2,8 @@
 // Values of a JSON document that is read as a whole.
 #pragma once
 
-#include "io/Fields.h"
+#include "HostLibrary.h"
+#include "host/json/Fields.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -44,6 +45,8 @@ public:
     double number() const { return value_->get<double>(); }
     /// Meaningful for an Integer.
     bool fitsInt32() const;
+    /// @return an integer from 0; nothing when it is something else
+    std::optional<std::uint64_t> unsignedInteger() const;
     std::int32_t integer() const { return value_->get<std::int32_t>(); }
     bool boolean() const { return value_->get<bool>(); }
     std::string_view text() const { return value_->get_ref<const std::string&>(); }
@@ -63,6 +66,7 @@ private:
 
 /// The fields of a whole document: a header, a camera, a scenario.
 using Fields = BasicFields<DocumentValue>;
-extern template class BasicFields<DocumentValue>;
 
 }  // namespace Workbench
+
+extern template class Veskar::Host::Internal::BasicFields<Workbench::DocumentValue>;

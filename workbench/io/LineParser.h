@@ -2,7 +2,9 @@
 // Reads lines of JSON Lines, one at a time.
 #pragma once
 
-#include "io/InputError.h"
+#include <veskar-host/InputError.h>
+
+#include "HostLibrary.h"
 #include "io/LineReader.h"
 #include "io/LineValue.h"
 

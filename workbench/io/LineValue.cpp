@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "io/LineValue.h"
 
-#include "io/FieldsDefinition.h"
+#include "host/json/FieldsDefinition.h"
 
 #include <limits>
 
@@ -33,6 +33,6 @@ bool LineValue::fitsInt32() const {
     return value_.get(wide) == simdjson::SUCCESS && Limits::min() <= wide && wide <= Limits::max();
 }
 
-template class BasicFields<LineValue>;
-
 }  // namespace Workbench
+
+template class Veskar::Host::Internal::BasicFields<Workbench::LineValue>;

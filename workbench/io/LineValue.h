@@ -2,7 +2,8 @@
 // Values of JSON Lines, which are many and have to be read quickly.
 #pragma once
 
-#include "io/Fields.h"
+#include "HostLibrary.h"
+#include "host/json/Fields.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -78,6 +79,7 @@ private:
 
 /// The fields of a line.
 using LineFields = BasicFields<LineValue>;
-extern template class BasicFields<LineValue>;
 
 }  // namespace Workbench
+
+extern template class Veskar::Host::Internal::BasicFields<Workbench::LineValue>;

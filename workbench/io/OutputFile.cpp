@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "io/OutputFile.h"
 
-#include "io/InputError.h"
+#include <veskar-host/InputError.h>
+
+#include "HostLibrary.h"
 #include "io/Interruption.h"
 
 #include <algorithm>

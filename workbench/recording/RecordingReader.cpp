@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "recording/RecordingReader.h"
 
-#include "io/InputError.h"
+#include <veskar-host/InputError.h>
+
+#include "host/recording/FrameChecks.h"
+#include "host/recording/FrameFields.h"
+#include "host/recording/HeaderFields.h"
+#include "host/recording/RepeatedIds.h"
+#include "io/DocumentValue.h"
 #include "io/LineParser.h"
 #include "io/TextFile.h"
-#include "recording/Header.h"
-#include "recording/LabelFields.h"
 #include "recording/RefusedFrame.h"
-#include "recording/RepeatedIds.h"
 
 #include <algorithm>
 #include <limits>
@@ -19,118 +22,6 @@
 
 namespace Workbench {
 namespace {
-
-constexpr double infinite = std::numeric_limits<double>::infinity();
-
-ImageBox readBox(const LineFields& fields) {
-    const LineFields box = fields.object("box");
-    box.allowOnly({"left", "bottom", "right", "top"});
-    const ImageBox result{box.number("left"), box.number("bottom"), box.number("right"),
-                          box.number("top")};
-    if (!(result.left <= result.right)) {
-        box.refuse("right", "is left of left");
-    }
-    return result;
-}
-
-void readBase(const LineFields& fields, ReportBase& report) {
-    report.id = fields.integer("id");
-    report.coasting = fields.numberWithin("coasting", 0.0, infinite, 0.0);
-    report.confirmed = fields.boolean("confirmed", true);
-}
-
-VideoReport readVideo(const LineFields& fields) {
-    fields.allowOnly({"id", "box", "velocity", "age", "coasting", "confirmed", "class",
-                      "classProbability", "color", "colorProbability", "upperClothingColor",
-                      "upperClothingColorProbability", "lowerClothingColor",
-                      "lowerClothingColorProbability"});
-    VideoReport report;
-    readBase(fields, report);
-    report.box = readBox(fields);
-    if (fields.has("velocity")) {
-        report.velocity.emplace();
-        fields.numbers("velocity", 2, report.velocity->data());
-    }
-    report.age = fields.numberWithin("age", 0.0, infinite, 0.0);
-    report.labels = readLabels(fields);
-    return report;
-}
-
-RadarReport readRadarReport(const LineFields& fields) {
-    fields.allowOnly({"id", "range", "azimuth", "speed", "direction", "radialSpeed", "coasting",
-                      "confirmed", "class", "classProbability"});
-    RadarReport report;
-    readBase(fields, report);
-    report.range = fields.numberWithin("range", 0.0, infinite);
-    report.azimuth = fields.numberWithin("azimuth", -360.0, 360.0);
-    report.speed = fields.optionalNumber("speed");
-    report.direction = fields.optionalNumber("direction");
-    report.radialSpeed = fields.optionalNumber("radialSpeed");
-    if (report.speed && *report.speed < 0.0) {
-        fields.refuse("speed", "is negative");
-    }
-    if (report.speed.has_value() != report.direction.has_value()) {
-        fields.refuse(report.speed ? "direction" : "speed",
-                      "missing; speed and direction go together");
-    }
-    if (!report.speed && !report.radialSpeed) {
-        fields.refuse("radialSpeed",
-                      "missing; a radar track has a speed and direction or a radial "
-                      "speed");
-    }
-    report.objectClass = readLabel(fields, "class", "classProbability");
-    return report;
-}
-
-ReadyEstimate readEstimate(const LineFields& fields) {
-    fields.allowOnly({"id", "state", "covariance", "box", "coasting", "confirmed", "class",
-                      "classProbability", "color", "colorProbability", "upperClothingColor",
-                      "upperClothingColorProbability", "lowerClothingColor",
-                      "lowerClothingColorProbability"});
-    ReadyEstimate report;
-    readBase(fields, report);
-    fields.numbers("state", 6, report.state.data());
-    std::array<double, 21> upper{};
-    fields.numbers("covariance", upper.size(), upper.data());
-    std::size_t next = 0;
-    for (Eigen::Index row = 0; row < 6; ++row) {
-        for (Eigen::Index column = row; column < 6; ++column) {
-            report.covariance(row, column) = report.covariance(column, row) = upper[next++];
-        }
-        if (!(report.covariance(row, row) > 0.0)) {
-            fields.refuse("covariance", fmt::format("variance {} is not positive", row));
-        }
-    }
-    if (fields.has("box")) {
-        report.box = readBox(fields);
-    }
-    report.labels = readLabels(fields);
-    return report;
-}
-
-void addReport(std::vector<Report>& tracks, const LineFields& fields, Veskar::Source source) {
-    if (fields.has("state")) {
-        tracks.emplace_back(readEstimate(fields));
-    } else if (source == Veskar::Radar) {
-        tracks.emplace_back(readRadarReport(fields));
-    } else {
-        tracks.emplace_back(readVideo(fields));
-    }
-}
-
-SensorFrame readSensorFrame(const LineFields& fields, Veskar::Source source) {
-    fields.allowOnly({"source", "time", "received", "tracks"});
-    SensorFrame frame;
-    frame.source = source;
-    frame.time = fields.number("time");
-    frame.received = fields.number("received", frame.time);
-    frame.tracks.reserve(fields.array("tracks").size());
-    fields.forEach("tracks",
-                   [&](const LineFields& track) { addReport(frame.tracks, track, source); });
-    refuseRepeatedIds<Report>(frame.tracks, "tracks",
-                              [](const Report& report) { return baseOf(report).id; });
-    return frame;
-}
 
 TruthObject readTruthObject(const LineFields& fields) {
     fields.allowOnly({"id", "class", "position", "velocity", "size", "centre", "video", "radar"});
@@ -183,23 +74,6 @@ RecordingLine readLine(const LineFields& fields) {
 bool startsAsTruth(std::string_view text) {
     constexpr std::string_view start = R"({"source":"truth")";
     return text.substr(0, start.size()) == start;
-}
-
-const ImageBox* boxOf(const Report& report) {
-    if (const auto* video = std::get_if<VideoReport>(&report)) {
-        return &video->box;
-    }
-    const auto* ready = std::get_if<ReadyEstimate>(&report);
-    return ready != nullptr && ready->box ? &*ready->box : nullptr;
-}
-
-void checkBoxes(const SensorFrame& frame) {
-    for (std::size_t i = 0; i < frame.tracks.size(); ++i) {
-        const ImageBox* box = boxOf(frame.tracks[i]);
-        if (box != nullptr && !(box->bottom <= box->top)) {
-            throw InputError(fmt::format("tracks[{}].box.top: is below bottom", i));
-        }
-    }
 }
 
 bool isBlank(std::string_view text) {
@@ -264,7 +138,7 @@ RecordingLine RecordingReader::parse(std::string_view text) {
         std::visit([&](const auto& frame) { checkOrder(frame); }, line);
         if (const auto* frame = std::get_if<SensorFrame>(&line)) {
             reason = Reason::Box;
-            checkBoxes(*frame);
+            refuseBoxesUpsideDown(*frame);
         }
     } catch (const InputError& error) {
         const std::string what = lines_.place() + ": " + error.what();
@@ -292,10 +166,7 @@ void RecordingReader::checkOrder(const SensorFrame& frame) {
                         "before",
                         frame.time, before->second, sourceName(frame.source)));
     }
-    if (frame.received < frame.time) {
-        throw InputError(fmt::format("received: {} is before the time of the frame, {}",
-                                     frame.received, frame.time));
-    }
+    refuseEarlyArrival(frame);
     if (lastReceived_ && frame.received < *lastReceived_) {
         throw InputError(
             fmt::format("received: {} is before {}, when the frame before was "

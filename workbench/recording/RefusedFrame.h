@@ -2,7 +2,8 @@
 // A frame whose values were read but contradict the format.
 #pragma once
 
-#include "io/InputError.h"
+#include <veskar-host/InputError.h>
+
 #include "recording/Recording.h"
 
 #include <string>

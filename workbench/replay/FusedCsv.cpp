@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "replay/FusedCsv.h"
 
-#include "recording/JsonLine.h"
+#include "host/recording/JsonLine.h"
 
 #include <cmath>
 #include <string_view>

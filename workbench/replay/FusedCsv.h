@@ -2,8 +2,10 @@
 // Fused tracks as comma-separated values (RFC 4180).
 #pragma once
 
-#include "io/LineText.h"
-#include "replay/FusedTrack.h"
+#include <veskar-host/FusedFrame.h>
+
+#include "HostLibrary.h"
+#include "host/json/LineText.h"
 
 #include <string>
 

@@ -1,109 +1,37 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "replay/FusedJson.h"
 
-#include "io/TextFile.h"
-#include "recording/Header.h"
-#include "recording/JsonLine.h"
+#include <veskar-host/HostParameters.h>
 
-#include <string_view>
-#include <utility>
+#include "host/installation/InstallationText.h"
 
 #include <nlohmann/json.hpp>
 
 namespace Workbench {
-namespace {
 
-void appendSymmetric(LineText& text, std::string_view name, const Eigen::Matrix2d& matrix) {
-    text.addMember(name, {matrix(0, 0), matrix(0, 1), matrix(1, 1)}, estimateDecimals);
-}
-
-void append(LineText& text, const GroundPosition& ground) {
-    appendVector(text, "position", ground.position, metreDecimals);
-    appendSymmetric(text, "positionCovariance", ground.covariance);
-    appendVector(text, "velocity", ground.velocity, metreDecimals);
-    appendSymmetric(text, "velocityCovariance", ground.velocityCovariance);
-}
-
-void append(LineText& text, const std::vector<Support>& sensors) {
-    text += ",\"sensors\":[";
-    for (std::size_t i = 0; i < sensors.size(); ++i) {
-        text += i == 0 ? "{\"source\":\"" : ",{\"source\":\"";
-        text += sourceName(sensors[i].source);
-        text += "\",\"id\":";
-        text.addInteger(sensors[i].id);
-        text.addMember("coasting", sensors[i].coasting, timeDecimals);
-        text += '}';
+std::string fusedHeaderLine(const RecordingHeader& header, const std::string& configuration,
+                            const std::string& constants) {
+    LineText text;
+    text += "{\"format\":\"veskar-fused\",\"version\":";
+    text.addInteger(fusedVersion);
+    text.addName("name");
+    text.addQuoted(header.name);
+    text.addName("origin");
+    text.addQuoted(header.origin);
+    text.addName("licence");
+    text.addQuoted(header.licence);
+    text.addName("camera");
+    append(text, header.camera);
+    text.addName("radar");
+    append(text, header.radar);
+    text.addName("configuration");
+    text += nlohmann::ordered_json::parse(configuration).dump();
+    if (constants != HostParameters().toJson()) {
+        text.addName("veskarHost");
+        text += constants;
     }
-    text += ']';
-}
-
-void append(LineText& text, const std::set<std::string>& tags) {
-    text += ",\"tags\":[";
-    std::string_view separator;
-    for (const std::string& tag : tags) {
-        text += std::exchange(separator, ",");
-        text.addQuoted(tag);
-    }
-    text += ']';
-}
-
-void append(LineText& text, const FusedTrack& track) {
-    text += "{\"id\":";
-    text.addInteger(track.id);
-    text += track.confirmed ? ",\"confirmed\":true" : ",\"confirmed\":false";
-    text.addMember("probability", track.probability, imageDecimals);
-    appendVector(text, "image", track.image, imageDecimals);
-    appendVector(text, "imageRate", track.imageRate, imageDecimals);
-    text.addMember("range", track.range, metreDecimals);
-    text.addMember("rangeRate", track.rangeRate, metreDecimals);
-    if (track.ground) {
-        append(text, *track.ground);
-    }
-    if (track.speed) {
-        text.addMember("speed", *track.speed, metreDecimals);
-    }
-    if (track.direction) {
-        text.addMember("direction", *track.direction, angleDecimals);
-    }
-    appendLabels(text, track.labels);
-    appendBox(text, track.box);
-    if (track.geo) {
-        text += ",\"geo\":{\"latitude\":";
-        text.addNumber(track.geo->latitude, geoDecimals);
-        text.addMember("longitude", track.geo->longitude, geoDecimals);
-        text += '}';
-    }
-    text.addMember("age", track.age, timeDecimals);
-    append(text, track.sensors);
-    if (track.tags) {
-        append(text, *track.tags);
-    }
-    text += '}';
-}
-
-}  // namespace
-
-std::string fusedHeaderLine(const RecordingHeader& header, const std::string& configuration) {
-    Json json{{"format", "veskar-fused"},     {"version", fusedVersion},
-              {"name", header.name},          {"origin", header.origin},
-              {"licence", header.licence},    {"camera", toJson(header.camera)},
-              {"radar", toJson(header.radar)}};
-    json["configuration"] = Json::parse(configuration);
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-}
-
-void appendFusedLine(LineText& text, const FusedFrame& frame) {
-    text += "{\"source\":\"";
-    text += sourceName(frame.source);
-    text += '"';
-    text.addMember("time", frame.time, timeDecimals);
-    text.addMember("received", frame.received, timeDecimals);
-    text += ",\"tracks\":[";
-    for (std::size_t i = 0; i < frame.tracks.size(); ++i) {
-        text += i == 0 ? "" : ",";
-        append(text, frame.tracks[i]);
-    }
-    text += "]}\n";
+    text += "}\n";
+    return text.string();
 }
 
 }  // namespace Workbench

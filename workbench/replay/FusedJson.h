@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Fused tracks as JSON Lines.
+// The first line of fused tracks.
 #pragma once
 
-#include "io/LineText.h"
 #include "recording/Recording.h"
-#include "replay/FusedTrack.h"
 
 #include <string>
 
@@ -15,14 +13,9 @@ constexpr int fusedVersion = 1;
 
 /// @param header the recording's header, with the camera that was used
 /// @param configuration the configuration that was used, JSON text
+/// @param constants what HostParameters::toJson says of the host's constants that were used
 /// @return the first line, with line end
-std::string fusedHeaderLine(const RecordingHeader& header, const std::string& configuration);
-
-/// Appends the line of a frame, with line end. Numbers are rounded as in recordings, what is not
-/// finite is null.
-///
-/// @param text receives the line
-/// @param frame the tracks after a frame
-void appendFusedLine(LineText& text, const FusedFrame& frame);
+std::string fusedHeaderLine(const RecordingHeader& header, const std::string& configuration,
+                            const std::string& constants);
 
 }  // namespace Workbench

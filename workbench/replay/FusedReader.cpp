@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "replay/FusedReader.h"
 
+#include <veskar-host/InputError.h>
+
+#include "host/recording/HeaderFields.h"
+#include "host/recording/LabelFields.h"
+#include "host/recording/RepeatedIds.h"
 #include "io/DocumentValue.h"
-#include "io/InputError.h"
 #include "io/LineParser.h"
 #include "io/TextFile.h"
-#include "recording/Header.h"
-#include "recording/LabelFields.h"
-#include "recording/RepeatedIds.h"
 #include "replay/FusedJson.h"
 
 #include <algorithm>
@@ -112,7 +113,7 @@ FusedTrack readTrack(const LineFields& fields) {
     track.box = readBox(fields.object("box"));
     if (fields.has("geo")) {
         const LineFields geo = fields.object("geo");
-        track.geo = Dbus::GeoLocation::Position{};
+        track.geo = ::Dbus::GeoLocation::Position{};
         track.geo->latitude = numberOf(geo, "latitude");
         track.geo->longitude = numberOf(geo, "longitude");
         track.geo->valid = true;
@@ -125,15 +126,7 @@ FusedTrack readTrack(const LineFields& fields) {
 
 FusedHeader readHeader(const nlohmann::json& json) {
     const Fields fields(json);
-    if (fields.text("format") != "veskar-fused") {
-        fields.refuse("format",
-                      "expected \"veskar-fused\", found \"" + fields.text("format") + "\"");
-    }
-    if (const int version = fields.integer("version"); version != fusedVersion) {
-        fields.refuse("version", fmt::format("version {} is not supported, this program reads "
-                                             "version {}",
-                                             version, fusedVersion));
-    }
+    requireFormat(fields, "veskar-fused", fusedVersion);
     fields.object("configuration");
     const nlohmann::json& configuration = fields.at("configuration").json();
     return {fields.text("name", ""),
@@ -141,7 +134,8 @@ FusedHeader readHeader(const nlohmann::json& json) {
             readRadar(fields.object("radar")),
             configuration.dump(),
             digestOf(fields.at("camera").json()),
-            digestOf(configuration)};
+            digestOf(configuration),
+            fields.has("veskarHost") ? digestOf(fields.at("veskarHost").json()) : ""};
 }
 
 bool isRefused(const Veskar::ConfigFault& fault) {

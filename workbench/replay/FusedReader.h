@@ -2,11 +2,11 @@
 // Reads fused tracks line by line.
 #pragma once
 
+#include <veskar-host/FusedFrame.h>
 #include <veskar/Config.h>
 
 #include "io/LineReader.h"
 #include "recording/Recording.h"
-#include "replay/FusedTrack.h"
 #include "replay/RunDigests.h"
 
 #include <memory>
@@ -26,6 +26,7 @@ struct FusedHeader {
     std::string configuration;        ///< JSON text of a configuration of the fusion
     std::string cameraDigest;         ///< as digestOf tells it
     std::string configurationDigest;  ///< as digestOf tells it
+    std::string hostDigest;           ///< as digestOfConstants tells it
 };
 
 /// The lines of fused tracks, checked. Memory does not depend on their number.

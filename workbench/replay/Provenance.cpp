@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "replay/Provenance.h"
 
-#include "io/InputError.h"
+#include <veskar-host/InputError.h>
 
 #include <fmt/format.h>
 
@@ -13,7 +13,10 @@ const char* settingThatDiffers(const RunDigests& stated, const FusedHeader& head
     if (stated.camera != header.cameraDigest) {
         return "camera";
     }
-    return stated.configuration != header.configurationDigest ? "configuration" : nullptr;
+    if (stated.configuration != header.configurationDigest) {
+        return "configuration";
+    }
+    return stated.host != header.hostDigest ? "veskarHost" : nullptr;
 }
 
 }  // namespace

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "replay/RunDigests.h"
 
+#include <veskar-host/InputError.h>
+
 #include "io/Digest.h"
-#include "io/InputError.h"
 #include "recording/Header.h"
 
 #include <nlohmann/json.hpp>
@@ -22,16 +23,24 @@ std::string digestOf(const nlohmann::json& value) {
 }
 
 RunDigests digestsOfRun(const std::string& recording, const RecordingHeader& header,
-                        const std::string& configuration) {
+                        const std::string& configuration, const std::string& constants) {
     return {recording, digestOf(toJson(header.camera)),
-            digestOf(nlohmann::json::parse(configuration))};
+            digestOf(nlohmann::json::parse(configuration)), digestOfConstants(constants)};
+}
+
+std::string digestOfConstants(const std::string& constants) {
+    const auto json = nlohmann::json::parse(constants);
+    return json.empty() ? "" : digestOf(json);
 }
 
 std::string closingLine(const RunDigests& digests) {
-    const Json line{{digestsKey,
-                     {{"recording", digests.recording},
-                      {"camera", digests.camera},
-                      {"configuration", digests.configuration}}}};
+    Json line{{digestsKey,
+               {{"recording", digests.recording},
+                {"camera", digests.camera},
+                {"configuration", digests.configuration}}}};
+    if (!digests.host.empty()) {
+        line[digestsKey]["host"] = digests.host;
+    }
     return line.dump() + "\n";
 }
 
@@ -43,7 +52,8 @@ bool readClosingLine(const LineFields& line, std::optional<RunDigests>& digests)
         return false;
     }
     const LineFields stated = line.object(digestsKey);
-    digests = {stated.text("recording"), stated.text("camera"), stated.text("configuration")};
+    digests = {stated.text("recording"), stated.text("camera"), stated.text("configuration"),
+               stated.text("host", "")};
     return true;
 }
 

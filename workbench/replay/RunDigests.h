@@ -17,6 +17,7 @@ struct RunDigests {
     std::string recording;      ///< see RecordingReader::digest
     std::string camera;         ///< as used
     std::string configuration;  ///< as used
+    std::string host;           ///< of the host's constants; empty when all had their defaults
 };
 
 /// @param value any JSON
@@ -26,9 +27,14 @@ std::string digestOf(const nlohmann::json& value);
 /// @param recording digest of the recording
 /// @param header as fusedHeaderLine takes it
 /// @param configuration as fusedHeaderLine takes it
+/// @param constants as fusedHeaderLine takes it
 /// @return what the closing lines of a run state
 RunDigests digestsOfRun(const std::string& recording, const RecordingHeader& header,
-                        const std::string& configuration);
+                        const std::string& configuration, const std::string& constants);
+
+/// @param constants as fusedHeaderLine takes it
+/// @return their digest; empty when all have their defaults
+std::string digestOfConstants(const std::string& constants);
 
 /// @param digests of a run
 /// @return the last line of its files, with line end

@@ -54,7 +54,7 @@ std::string Summary::row(std::int32_t id, const Life& life) const {
         percent(life.videoFrames));
 }
 
-std::string Summary::text(const ReplayCounts& counts) const {
+std::string Summary::text(const FusionPipeline::Counts& counts) const {
     std::string text = fmt::format(
         "{} video and {} radar frames, {} added by the host, {:.1f} s\n"
         "{} system tracks, {} confirmed\n",

@@ -2,8 +2,10 @@
 // What happened in a replay, for a person.
 #pragma once
 
-#include "replay/FusedTrack.h"
-#include "replay/Replay.h"
+#include <veskar-host/FusedFrame.h>
+#include <veskar-host/FusionPipeline.h>
+
+#include "HostLibrary.h"
 
 #include <cstdint>
 #include <map>
@@ -20,7 +22,7 @@ public:
 
     /// @param counts what the replay did
     /// @return a table of the confirmed system tracks under a few totals, with line ends
-    std::string text(const ReplayCounts& counts) const;
+    std::string text(const FusionPipeline::Counts& counts) const;
 
 private:
     struct Life {

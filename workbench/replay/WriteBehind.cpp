@@ -27,10 +27,10 @@ WriteBehind::~WriteBehind() {
 void WriteBehind::run() {
     try {
         LineText text;
-        FrameReading frame;
+        FusedFrame frame;
         while (queue_.pop(frame)) {
             text.clear();
-            format_(text, std::move(frame));
+            format_(text, frame);
             output_.write(text.view());
             if (flush_ == Flush::EveryFrame) {
                 output_.flush();
@@ -42,7 +42,7 @@ void WriteBehind::run() {
     }
 }
 
-void WriteBehind::write(FrameReading frame) {
+void WriteBehind::write(FusedFrame frame) {
     queue_.push(std::move(frame));
 }
 

@@ -2,22 +2,24 @@
 // Writes fused frames on a thread of its own.
 #pragma once
 
+#include <veskar-host/FusedFrame.h>
+
+#include "HostLibrary.h"
+#include "host/json/LineText.h"
 #include "io/BoundedQueue.h"
-#include "io/LineText.h"
 #include "io/OutputFile.h"
-#include "replay/FusedTrack.h"
 
 #include <functional>
 #include <thread>
 
 namespace Workbench {
 
-/// Turns what the fusion said into text and writes it, so that the fusion need not wait for either.
+/// Turns fused frames into text and writes them, so that the fusion need not wait for either.
 /// The frames are written in their order.
 class WriteBehind {
 public:
     /// How a frame is put into words: appends them to the text.
-    using Format = std::function<void(LineText& text, FrameReading&& frame)>;
+    using Format = std::function<void(LineText& text, const FusedFrame& frame)>;
     /// When the output hands on what it holds.
     enum class Flush { WhenFull, EveryFrame };
 
@@ -32,7 +34,7 @@ public:
 
     /// @param frame to be written
     /// @throw InputError when an earlier frame could not be written
-    void write(FrameReading frame);
+    void write(FusedFrame frame);
     /// Waits until all frames are written. The output may be used again.
     /// @throw InputError when a frame could not be written
     void finish();
@@ -43,7 +45,7 @@ private:
     OutputFile& output_;
     Format format_;
     Flush flush_;
-    BoundedQueue<FrameReading> queue_;
+    BoundedQueue<FusedFrame> queue_;
     std::exception_ptr failure_;
     std::thread thread_;
 };

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/Report.h"
 
+#include <veskar-host/HostAdapter.h>
+#include <veskar-host/InputError.h>
 #include <veskar/Config.h>
 #include <veskar/Version.h>
 
-#include "adapter/HostAdapter.h"
 #include "evaluate/FusedFeed.h"
-#include "io/InputError.h"
 #include "recording/RecordingReader.h"
 #include "replay/FusedReader.h"
 #include "report/ExplanationTable.h"

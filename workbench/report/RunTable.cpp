@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/RunTable.h"
 
-#include "geometry/Projection.h"
+#include <veskar-host/Projection.h>
+
 #include "report/Resolution.h"
 
 #include <cmath>

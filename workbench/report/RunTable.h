@@ -2,7 +2,9 @@
 // What a fusion run made of a recording, for drawing.
 #pragma once
 
-#include "replay/FusedTrack.h"
+#include <veskar-host/FusedFrame.h>
+
+#include "HostLibrary.h"
 #include "report/TrackTable.h"
 #include "report/Words.h"
 

@@ -2,7 +2,9 @@
 // What of the ground the sensors see, for drawing.
 #pragma once
 
-#include "geometry/Projection.h"
+#include <veskar-host/Projection.h>
+
+#include "HostLibrary.h"
 #include "recording/Header.h"
 
 namespace Workbench {

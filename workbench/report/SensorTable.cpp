@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/SensorTable.h"
 
-#include "replay/FusedTrack.h"
+#include "host/fused/SystemTrackReading.h"
 #include "report/Resolution.h"
 
 #include <limits>
@@ -52,8 +52,7 @@ void SensorTable::add(const SensorFrame& frame) {
     const std::vector<std::shared_ptr<Veskar::Track>> tracks = adapter_.convert(frame);
     for (std::size_t i = 0; i < tracks.size(); ++i) {
         const ReportBase& base = baseOf(frame.tracks[i]);
-        const FusedTrack track =
-            placed(readTrack(Veskar::SystemTrack(tracks[i], tracks[i]->id)), adapter_);
+        const FusedTrack track = readTrack(Veskar::SystemTrack(tracks[i], tracks[i]->id), adapter_);
         const Eigen::Vector2d position =
             track.ground ? track.ground->position : Eigen::Vector2d(nothing, nothing);
         const ImageBox box = boxOf(frame.tracks[i]);

@@ -2,7 +2,9 @@
 // What one sensor reported, for drawing.
 #pragma once
 
-#include "adapter/HostAdapter.h"
+#include <veskar-host/HostAdapter.h>
+
+#include "HostLibrary.h"
 #include "report/TrackTable.h"
 #include "report/Words.h"
 

@@ -2,7 +2,9 @@
 // What really was there, for drawing.
 #pragma once
 
-#include "geometry/Projection.h"
+#include <veskar-host/Projection.h>
+
+#include "HostLibrary.h"
 #include "report/TrackTable.h"
 #include "report/Words.h"
 

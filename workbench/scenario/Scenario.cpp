@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "scenario/Scenario.h"
 
-#include "geometry/UsualSize.h"
+#include <veskar-host/InputError.h>
+#include <veskar-host/UsualSize.h>
+
+#include "host/installation/InstallationFields.h"
 #include "io/DocumentValue.h"
-#include "io/InputError.h"
 #include "io/TextFile.h"
-#include "recording/Header.h"
 
 #include <initializer_list>
 #include <string_view>

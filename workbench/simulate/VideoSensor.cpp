@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulate/VideoSensor.h"
 
-#include "geometry/UsualSize.h"
+#include <veskar-host/UsualSize.h>
 
 #include <algorithm>
 #include <array>

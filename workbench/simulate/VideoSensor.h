@@ -2,7 +2,9 @@
 // A simulated camera with object analytics.
 #pragma once
 
-#include "geometry/Projection.h"
+#include <veskar-host/Projection.h>
+
+#include "HostLibrary.h"
 #include "scenario/Scenario.h"
 #include "simulate/Detections.h"
 #include "simulate/Motion.h"

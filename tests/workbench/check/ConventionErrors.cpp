@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/ConventionErrors.h"
 
+#include <veskar-host/Projection.h>
+
 #include "SourceDirectory.h"
-#include "geometry/Projection.h"
 #include "io/OutputFile.h"
 #include "recording/RecordingWriter.h"
 #include "scenario/Scenario.h"
@@ -188,12 +189,12 @@ void write(const Recorded& recorded, const ConventionError& error, const std::st
     if (error.ofHeader != nullptr) {
         error.ofHeader(header);
     }
-    output.write(lineOf(header));
+    output.write(toJsonLine(header));
     for (SensorFrame frame : recorded.frames) {
         if (error.ofFrame != nullptr) {
             error.ofFrame(frame);
         }
-        output.write(lineOf(frame));
+        output.write(toJsonLine(frame));
     }
     output.commit();
 }

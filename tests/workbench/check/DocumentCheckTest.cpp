@@ -39,7 +39,7 @@ protected:
         return checkDocument(directory / "document", kind);
     }
     /// @return the line of a piece of the text
-    std::uint64_t lineOf(const std::string& piece) const {
+    std::uint64_t toJsonLine(const std::string& piece) const {
         const auto place = static_cast<std::ptrdiff_t>(text.find(piece));
         return 1 + static_cast<std::uint64_t>(std::count(text.begin(), text.begin() + place, '\n'));
     }
@@ -68,7 +68,7 @@ TEST_F(DocumentCheck, NamesAWordOutsideTheVocabularyOnce) {
     EXPECT_THAT(findings, SizeIs(2));
     const Finding word = only(findings, "objects[0].class");
     EXPECT_EQ(word.severity, Severity::Warning);
-    EXPECT_EQ(word.line, lineOf("\"person\""));
+    EXPECT_EQ(word.line, toJsonLine("\"person\""));
     EXPECT_THAT(word.message, HasSubstr("write \"human\""));
     EXPECT_THAT(only(findings, "objects[2].lowerClothingColor").message,
                 HasSubstr("write \"gray\""));
@@ -128,7 +128,7 @@ TEST_F(DocumentCheck, ListsAllTenFaultsOfAConfiguration) {
               10);
 
     const Finding integer = only(findings, "veskarModule.gatingDistance");
-    EXPECT_EQ(integer.line, lineOf("\"gatingDistance\""));
+    EXPECT_EQ(integer.line, toJsonLine("\"gatingDistance\""));
     EXPECT_EQ(integer.value, "6");
     EXPECT_THAT(integer.message, HasSubstr("6 is an integer where a real number is needed"));
     EXPECT_EQ(only(findings, "veskarInputs.video.uvVelocityStd").value, "-0.05");
@@ -139,7 +139,7 @@ TEST_F(DocumentCheck, ListsAllTenFaultsOfAConfiguration) {
     EXPECT_EQ(only(findings, "veskarModule.splitGating").value, "1");
     EXPECT_EQ(only(findings, "veskarModule.velocityGatingSimilarity").value, "1.0");
     EXPECT_THAT(only(findings, "veskarModule.trackKillTime").message, HasSubstr("missing"));
-    EXPECT_EQ(only(findings, "veskarModule.trackKillTime").line, lineOf("\"veskarModule\""));
+    EXPECT_EQ(only(findings, "veskarModule.trackKillTime").line, toJsonLine("\"veskarModule\""));
     EXPECT_THAT(only(findings, "veskarModule.trackedOdMotionAnalyzerMaxHistoryLength").message,
                 HasSubstr("20 is used"));
     EXPECT_EQ(only(findings, "veskarDetectionPriority.longlivedLimit").value, "null");
@@ -175,7 +175,7 @@ TEST_F(DocumentCheck, SaysThatARepeatedKeyCountsOnce) {
     const Findings findings = check();
     ASSERT_THAT(findings, SizeIs(1));
     EXPECT_EQ(findings[0].severity, Severity::Fault);
-    EXPECT_EQ(findings[0].line, lineOf("\"useJVA\": false"));
+    EXPECT_EQ(findings[0].line, toJsonLine("\"useJVA\": false"));
     EXPECT_THAT(findings[0].message, HasSubstr("second time"));
 }
 
@@ -184,7 +184,7 @@ TEST_F(DocumentCheck, TellsTheLineOfBrokenSyntax) {
     replace("\"useJVA\": true,", "\"useJVA\" true,");
     const Findings findings = check();
     ASSERT_THAT(findings, SizeIs(1));
-    EXPECT_EQ(findings[0].line, lineOf("\"useJVA\" true"));
+    EXPECT_EQ(findings[0].line, toJsonLine("\"useJVA\" true"));
     text = std::string("\x00\xff\x13garbage", 10);
     EXPECT_TRUE(hasFault(check()));
     text.clear();
@@ -259,7 +259,7 @@ TEST_F(DocumentCheck, FindsTheFaultsOfAScenario) {
     EXPECT_EQ(only(findings, "videoSensor.rate").value, "-1");
     EXPECT_THAT(only(findings, "videoSensor.outages[0].to").message, HasSubstr("at least 5"));
     EXPECT_THAT(only(findings, "objects[0].path[1]").message, HasSubstr("two numbers"));
-    EXPECT_EQ(only(findings, "objects[0].path[1]").line, lineOf("[[1, 2], [3]]"));
+    EXPECT_EQ(only(findings, "objects[0].path[1]").line, toJsonLine("[[1, 2], [3]]"));
     EXPECT_THAT(only(findings, "objects[1]").message, HasSubstr("either a path or an area"));
     EXPECT_THAT(only(findings, "objects[1].speed").message, HasSubstr("expected 2 numbers"));
     EXPECT_EQ(only(findings, "objects[2].class").severity, Severity::Warning);

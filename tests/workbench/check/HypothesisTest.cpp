@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Other conventions than the format's, and what becomes of the numbers under them.
+#include <veskar-host/Projection.h>
+
 #include "check/Hypothesis.h"
-#include "geometry/Projection.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

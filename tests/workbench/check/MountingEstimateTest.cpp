@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <veskar-host/Projection.h>
+
 #include "check/MountingEstimate.h"
-#include "geometry/Projection.h"
 
 #include <cmath>
 #include <random>

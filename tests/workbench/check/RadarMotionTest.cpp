@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Radar tracks that move as they say, and others.
+#include <veskar-host/Projection.h>
+
 #include "check/RadarMotion.h"
-#include "geometry/Projection.h"
 
 #include <cmath>
 

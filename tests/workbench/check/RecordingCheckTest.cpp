@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Faults put into simulated recordings, and what the check makes of them.
+#include <veskar-host/Projection.h>
+
 #include "Process.h"
 #include "SourceDirectory.h"
 #include "check/RecordingCheck.h"
-#include "geometry/Projection.h"
 #include "recording/RecordingWriter.h"
 #include "scenario/Scenario.h"
 #include "simulate/Simulation.h"
@@ -33,10 +34,10 @@ class RecordingCheck : public testing::Test {
 protected:
     RecordingCheckResult checkSimulated(const Scenario& scenario, std::uint64_t seed) {
         Simulation simulation(scenario, seed);
-        std::string text = lineOf(simulation.header());
+        std::string text = toJsonLine(simulation.header());
         simulation.run(
             [&](const RecordingLine& line) {
-                text += std::visit([](const auto& frame) { return lineOf(frame); }, line);
+                text += std::visit([](const auto& frame) { return toJsonLine(frame); }, line);
             },
             [](double) {});
         return checkText(text);
@@ -110,7 +111,7 @@ TEST_F(RecordingCheck, SaysNothingOfAnInstallationThatTooFewObjectsShow) {
 }
 
 TEST_F(RecordingCheck, ListsEveryFaultOfTheHeader) {
-    std::string header = lineOf(Simulation(shippedPerimeter(), 1).header());
+    std::string header = toJsonLine(Simulation(shippedPerimeter(), 1).header());
     const auto spoil = [&](const std::string& from, const std::string& to) {
         const std::size_t place = header.find(from);
         ASSERT_NE(place, std::string::npos) << from;
@@ -146,7 +147,7 @@ TEST_F(RecordingCheck, ListsTheFaultsOfEveryLineAndGoesOn) {
     Scenario scenario = shippedPerimeter();
     scenario.duration = 1.0;
     const Simulation simulation(scenario, 1);
-    std::string text = lineOf(simulation.header());
+    std::string text = toJsonLine(simulation.header());
     text += R"({"source":"video","time":1.0,"tracks":[]})"
             "\n"
             R"({"source":"video","time":1.1,"tracks":[]})"

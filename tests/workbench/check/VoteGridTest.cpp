@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Votes for the differences between two sensors.
+#include <veskar-host/Projection.h>
+
 #include "check/VoteGrid.h"
-#include "geometry/Projection.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the page gets, against the files that it was made of.
+#include <veskar-host/InputError.h>
+
 #include "Process.h"
-#include "io/InputError.h"
 #include "report/Packed.h"
 #include "report/Report.h"
 #include "report/SceneOutline.h"

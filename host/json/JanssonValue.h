@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: Apache-2.0
+// Values of the JSON library that every device has.
+#pragma once
+
+#include <veskar-host/InputError.h>
+
+#include "host/json/Fields.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <jansson.h>
+
+namespace Veskar::Host::Internal {
+
+/// A value of a JsonDocument. Borrows the document.
+class JanssonValue {
+public:
+    // NOLINTNEXTLINE(google-explicit-constructor): a value is all there is to it
+    JanssonValue(const json_t* value) : value_(value) {}
+
+    /// The members of an object, by name.
+    class Members {
+    public:
+        explicit Members(const JanssonValue& owner) : object_(owner.value_) {}
+        std::optional<JanssonValue> find(std::string_view name) const {
+            const json_t* const found = json_object_get(object_, std::string(name).c_str());
+            return found == nullptr ? std::nullopt : std::optional<JanssonValue>(found);
+        }
+        template <typename Visit>
+        void forEachName(Visit visit) const {
+            // The library's iteration takes no object that is const, but changes none.
+            auto* const object = const_cast<json_t*>(object_);
+            for (void* next = json_object_iter(object); next != nullptr;
+                 next = json_object_iter_next(object, next)) {
+                visit(std::string_view(json_object_iter_key(next)));
+            }
+        }
+
+    private:
+        const json_t* object_;
+    };
+
+    JsonKind kind() const;
+    double number() const { return json_number_value(value_); }
+    /// Meaningful for an Integer.
+    bool fitsInt32() const;
+    /// @return an integer from 0; nothing when it is something else
+    std::optional<std::uint64_t> unsignedInteger() const;
+    std::int32_t integer() const { return static_cast<std::int32_t>(json_integer_value(value_)); }
+    bool boolean() const { return json_is_true(value_); }
+    std::string_view text() const {
+        return {json_string_value(value_), json_string_length(value_)};
+    }
+    std::size_t size() const { return json_array_size(value_); }
+    template <typename Visit>
+    void forEachItem(Visit visit) const {
+        for (std::size_t i = 0; i < size(); ++i) {
+            visit(JanssonValue(json_array_get(value_, i)));
+        }
+    }
+
+private:
+    const json_t* value_;
+};
+
+extern template class BasicFields<JanssonValue>;
+
+/// Text that is no JSON.
+class JsonFault : public InputError {
+public:
+    using InputError::InputError;
+};
+
+/// A JSON document.
+class JsonDocument {
+public:
+    /// What is accepted of a text beyond one value without repeated keys.
+    enum class Leniency {
+        None,
+        TextBehind,   ///< something stands behind the value
+        RepeatedKeys  ///< a key occurs twice in an object: the last one counts
+    };
+
+    /// @param text JSON text of any value
+    /// @param leniency what else is accepted
+    /// @throw JsonFault where the text is no JSON and why, as "line 3, column 7: ..."
+    explicit JsonDocument(std::string_view text, Leniency leniency = Leniency::None);
+    /// Reads the first value of a file; what stands behind it is not looked at.
+    /// @param path the file
+    /// @return the document
+    /// @throw InputError why it cannot be read, behind "FILE: "
+    static JsonDocument firstOf(const std::string& path);
+
+    /// @return the value
+    JanssonValue root() const { return document_.get(); }
+
+private:
+    struct Release {
+        void operator()(json_t* document) const { json_decref(document); }
+    };
+
+    explicit JsonDocument(json_t* document) : document_(document) {}
+
+    std::unique_ptr<json_t, Release> document_;
+};
+
+}  // namespace Veskar::Host::Internal

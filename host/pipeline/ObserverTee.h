@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+// Two listeners to one fusion.
+#pragma once
+
+#include <veskar/FusionObserver.h>
+
+#include <optional>
+
+namespace Veskar::Host::Internal {
+
+/// Remembers the last frames that were fused and hands everything on to another observer, if there
+/// is one.
+class ObserverTee : public FusionObserver {
+public:
+    /// @param next told everything, or null
+    void setNext(FusionObserver* next) { next_ = next; }
+    /// @return the last frame that was fused since the last call
+    std::optional<Frame> takeFrame();
+    /// @return time stamp of the last video frame that was fused, s; 0 before there is one
+    double lastVideo() const { return lastVideo_; }
+
+    void onFrame(const Frame& frame) override;
+    void onContinuation(const Continuation& continuation) override;
+    void onCandidate(const Candidate& candidate) override;
+    void onMergeCandidate(const MergeCandidate& candidate) override;
+    void onAssignment(const Link& link) override;
+    void onMerge(int survivorId, int otherId) override;
+    void onStart(const Link& link) override;
+    void onConfirmation(int systemTrackId, double probability, double limit) override;
+    void onPruning(const Pruning& pruning) override;
+    void onDeletion(int systemTrackId, DeletionReason reason) override;
+
+private:
+    FusionObserver* next_ = nullptr;
+    std::optional<Frame> frame_;
+    double lastVideo_ = 0.0;
+};
+
+}  // namespace Veskar::Host::Internal

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+// The members of the first line of a recording: which there are, their types and their limits.
+#pragma once
+
+#include "host/installation/InstallationFields.h"
+#include "host/json/Fields.h"
+#include "host/recording/RecordingHeader.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace Veskar::Host::Internal {
+
+/// @param fields a header
+/// @return what the truth lines cover
+/// @throw InputError what is wrong
+template <typename Value>
+TruthKind readTruthKind(const BasicFields<Value>& fields) {
+    const std::string kind = fields.text("truth", "none");
+    if (kind == "none") {
+        return TruthKind::None;
+    }
+    if (kind == "incomplete") {
+        return TruthKind::Incomplete;
+    }
+    if (kind != "complete") {
+        fields.refuse("truth", "\"" + kind + "\" is not none, incomplete or complete");
+    }
+    return TruthKind::Complete;
+}
+
+/// @param fields what states its format and version
+/// @param format the format that it must have
+/// @param version the version that it must have
+/// @throw InputError when it has another one
+template <typename Value>
+void requireFormat(const BasicFields<Value>& fields, const std::string& format, int version) {
+    if (const std::string found = fields.text("format"); found != format) {
+        fields.refuse("format", "expected \"" + format + "\", found \"" + found + "\"");
+    }
+    if (const int found = fields.integer("version"); found != version) {
+        fields.refuse("version", "version " + std::to_string(found) +
+                                     " is not supported, this program reads version " +
+                                     std::to_string(version));
+    }
+}
+
+/// @param fields the first line of a recording
+/// @return the header
+/// @throw InputError what is wrong
+template <typename Value>
+RecordingHeader readHeader(const BasicFields<Value>& fields) {
+    requireFormat(fields, "veskar-recording", recordingVersion);
+    fields.allowOnly({"format", "version", "name", "origin", "licence", "camera", "radar", "site",
+                      "epoch", "seed", "truth"});
+    RecordingHeader header;
+    header.name = fields.text("name", "");
+    header.origin = fields.text("origin", "");
+    header.licence = fields.text("licence", "");
+    static_cast<Installation&>(header) = readInstallation(fields);
+    header.epoch = fields.optionalNumber("epoch");
+    if (fields.has("seed")) {
+        header.seed = fields.at("seed").unsignedInteger();
+        if (!header.seed) {
+            fields.refuse("seed", "expected an integer from 0");
+        }
+    }
+    header.truth = readTruthKind(fields);
+    return header;
+}
+
+}  // namespace Veskar::Host::Internal

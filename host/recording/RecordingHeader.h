@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+// The first line of a recording.
+#pragma once
+
+#include <veskar-host/ExportHost.h>
+#include <veskar-host/Installation.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace Veskar::Host::Internal {
+
+/// Version of the recording format that is read and written.
+constexpr int recordingVersion = 1;
+
+/// What the truth lines of a recording cover.
+enum class TruthKind {
+    None,        ///< there are none
+    Incomplete,  ///< some of the objects that the sensors see: nothing follows from extra tracks
+    Complete     ///< every object
+};
+
+/// The first line of a recording: the installation and where the data comes from.
+struct RecordingHeader : Installation {
+    std::string name;                   ///< short name
+    std::string origin;                 ///< where the data comes from
+    std::string licence;                ///< under which terms
+    std::optional<double> epoch;        ///< UNIX time of time 0, when known
+    std::optional<std::uint64_t> seed;  ///< of a simulation
+    TruthKind truth = TruthKind::None;  ///< what the truth lines cover
+};
+
+/// @param header a header
+/// @return its line, with line end
+VESKAR_HOST_EXPORT std::string toJsonLine(const RecordingHeader& header);
+
+}  // namespace Veskar::Host::Internal

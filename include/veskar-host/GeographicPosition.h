@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+// From the device's frame to geographic positions.
+#pragma once
+
+#include <veskar-host/ExportHost.h>
+#include <veskar-host/Site.h>
+#include <veskar/GeoLocation.h>
+
+#include <Eigen/Core>
+
+namespace Veskar::Host {
+
+/// @param ground device frame, m
+/// @return its azimuth as SphericalCoordinate and the geolocation service count it: degrees
+///         counter-clockwise from the device's right-hand side, forward is 90
+VESKAR_HOST_EXPORT double deviceAzimuth(const Eigen::Vector2d& ground);
+
+/// The geographic position of a ground point, on the tangent plane at the site (WGS84).
+///
+/// A live host lets Veskar::Track::setLocation ask the device's geolocation service; a replay must
+/// not ask the machine that it happens to run on, so the recording states the site.
+///
+/// @param site where the device stands
+/// @param ground device frame, m
+/// @return the position, valid
+VESKAR_HOST_EXPORT ::Dbus::GeoLocation::Position geographicPosition(const Site& site,
+                                                                    const Eigen::Vector2d& ground);
+
+}  // namespace Veskar::Host

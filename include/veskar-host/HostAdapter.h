@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+// From what sensors report to what the fusion takes.
+#pragma once
+
+#include <veskar-host/ExportHost.h>
+#include <veskar-host/HostParameters.h>
+#include <veskar-host/Installation.h>
+#include <veskar-host/Projection.h>
+#include <veskar-host/RadarModel.h>
+#include <veskar-host/SensorFrame.h>
+#include <veskar-host/VideoModel.h>
+#include <veskar/Config.h>
+#include <veskar/Track.h>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace Veskar::Host {
+
+/// A sensor track that remembers when its estimate was made. The library keeps the host's objects,
+/// so a host can carry what it needs later on in a class of its own.
+class VESKAR_HOST_EXPORT ReportedTrack : public Track {
+public:
+    using Track::Track;
+
+    double reportTime = time;  ///< time of the estimate, seconds; unlike `time` it stays
+};
+
+/// Turns frames of reports into tracks in the fusion frame.
+class VESKAR_HOST_EXPORT HostAdapter {
+public:
+    /// @param installation the sensors and where they are
+    /// @param config its "veskarInputs" section counts
+    /// @param parameters constants
+    HostAdapter(const Installation& installation, const Config& config,
+                const HostParameters& parameters = {});
+
+    /// @param frame one frame of a sensor
+    /// @param uptime what the module's time base is ahead of the frame's, s
+    /// @param ahead seconds by which its tracks are predicted with constant velocity before they
+    ///              are converted; their coasting times are then left out
+    /// @return its tracks, in order, at the time of the frame plus both
+    std::vector<std::shared_ptr<Track>> convert(const SensorFrame& frame, double uptime = 0.0,
+                                                double ahead = 0.0) const;
+
+    /// @return the camera's geometry
+    const Projection& projection() const { return camera_; }
+    /// @return where the device stands, when known
+    const std::optional<Site>& site() const { return site_; }
+
+private:
+    struct Moment {
+        double time;
+        double ahead;
+        Source source;
+    };
+    std::shared_ptr<Track> convert(const VideoReport& report, const Moment& when) const;
+    std::shared_ptr<Track> convert(const RadarReport& report, const Moment& when) const;
+    std::shared_ptr<Track> convert(const ReadyEstimate& report, const Moment& when) const;
+    double gainOf(const ReportBase& report, Source source) const;
+    Label radarClass(const RadarReport& report, double speed) const;
+    ImageBox expectedBox(const Eigen::Vector2d& ground, const FusionEstimate& estimate,
+                         const std::string& className) const;
+    void locate(Track& track, const Eigen::Vector2d& ground) const;
+
+    HostParameters parameters_;
+    Projection camera_;
+    VideoModel video_;
+    RadarModel radar_;
+    std::optional<Site> site_;
+    StateVector radarFloor_;  ///< variances added to a projected radar track
+};
+
+}  // namespace Veskar::Host

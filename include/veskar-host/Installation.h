@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+// A device with its sensors, as it is mounted.
+#pragma once
+
+#include <veskar-host/CameraSetup.h>
+#include <veskar-host/ExportHost.h>
+#include <veskar-host/RadarSetup.h>
+#include <veskar-host/Site.h>
+
+#include <optional>
+#include <string>
+
+namespace Veskar::Host {
+
+/// The sensors of a device, their poses and where the device stands.
+struct VESKAR_HOST_EXPORT Installation {
+    CameraSetup camera;        ///< the video sensor
+    RadarSetup radar;          ///< the radar
+    std::optional<Site> site;  ///< where the device stands, when known
+
+    /// Reads an installation from JSON: an object with the members "camera", "radar" and, when it
+    /// is known, "site", or the header of a recording. docs/recording-format.md describes them.
+    ///
+    /// @param path a file that begins with the object; a recording will do
+    /// @return the installation
+    /// @throw InputError what is wrong, behind "FILE: "
+    static Installation parse(const std::string& path);
+    /// As above.
+    /// @param text begins with the object
+    /// @return the installation
+    /// @throw InputError what is wrong, as "camera.position: missing"
+    static Installation parseString(const std::string& text);
+};
+
+}  // namespace Veskar::Host

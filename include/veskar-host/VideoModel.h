@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+// The measurement model of the video sensor.
+#pragma once
+
+#include <veskar-host/ExportHost.h>
+#include <veskar-host/GroundEstimate.h>
+#include <veskar-host/HostParameters.h>
+#include <veskar-host/ImageBox.h>
+#include <veskar/Camera.h>
+#include <veskar/Config.h>
+
+#include <optional>
+
+namespace Veskar::Host {
+
+/// Turns a box into an estimate in the fusion frame: the object stands on the middle of the box's
+/// lower edge, and the camera's pseudo range tells how far away that point of the ground is.
+///
+/// Every value of "veskarInputs" is used as its name says: "uvPositionStd", "uvVelocityStd" and
+/// "uvCorrelation" are the noise of the image position and its rate; "minimumAngle" limits the
+/// pseudo range; its standard deviation is what "uvPositionStd" moves it by, kept between
+/// "minimumPseudoRangeStd" and "maximumPseudoRangeStd"; "pseudoRangeDotStd" is that of its rate.
+class VESKAR_HOST_EXPORT VideoModel {
+public:
+    /// @param camera copied
+    /// @param noise the configuration's video section
+    /// @param parameters constants of the adapter
+    VideoModel(const Camera& camera, const Config::VideoInput& noise,
+               const HostParameters& parameters);
+
+    /// @param box where a video track is in the image
+    /// @param measured velocity of the middle of its lower edge, 1/s, when known
+    /// @return its state and covariance in the fusion frame
+    FusionEstimate estimate(const ImageBox& box,
+                            const std::optional<Eigen::Vector2d>& measured) const;
+
+private:
+    /// @param pseudo pseudo range in row v
+    /// @return its standard deviation, m, before the adapter's additions
+    double pseudoRangeStd(const Camera::RangeToTarget& pseudo, double v) const;
+    double pseudoRangeRate(double u, double v, const Eigen::Vector2d& velocity) const;
+
+    Camera camera_;
+    Config::VideoInput noise_;
+    HostParameters parameters_;
+};
+
+}  // namespace Veskar::Host

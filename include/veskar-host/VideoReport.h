@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a video analytics reports of an object.
+#pragma once
+
+#include <veskar-host/ImageBox.h>
+#include <veskar-host/Labels.h>
+#include <veskar-host/ReportBase.h>
+
+#include <optional>
+
+#include <Eigen/Core>
+
+namespace Veskar::Host {
+
+/// A track of the video analytics in its own terms.
+struct VideoReport : ReportBase {
+    ImageBox box;                             ///< the object stands on the middle of its lower edge
+    std::optional<Eigen::Vector2d> velocity;  ///< of that point, 1/s
+    double age = 0.0;                         ///< seconds since the track's first report
+    Labels labels;                            ///< class and colours
+};
+
+}  // namespace Veskar::Host

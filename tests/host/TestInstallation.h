@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+// An installation that tests can place things in front of.
+#pragma once
+
+#include <veskar-host/Installation.h>
+#include <veskar/Config.h>
+
+namespace VeskarTest {
+
+/// @return a camera 5 m high that looks 20 degrees down, 90 degrees wide, and a radar beside it
+inline Veskar::Host::Installation testInstallation() {
+    Veskar::Host::Installation installation;
+    installation.camera.mounting.position = {0.0, 0.0, 5.0};
+    installation.camera.mounting.pitch = 20.0;
+    // An equidistant lens: both polynomials are exact inverses.
+    installation.camera.imageToRadians = {0.0, 0.7853981633974483, 0.0, 0.0};
+    installation.camera.radiansToImage = {0.0, 1.2732395447351628, 0.0, 0.0};
+    installation.camera.fieldOfView = {0.7853981633974483, 0.44};
+    installation.radar.mounting.position = {0.1, -0.3, 4.6};
+    return installation;
+}
+
+/// @return the shipped configuration
+inline Veskar::Config configuration() {
+    return Veskar::Config::defaults();
+}
+
+}  // namespace VeskarTest

@@ -1,0 +1,236 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <veskar-host/FusionPipeline.h>
+
+#include "host/TestInstallation.h"
+#include "support/SyslogCapture.h"
+
+#include <set>
+#include <stdexcept>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+using Veskar::Host::FusedFrame;
+using Veskar::Host::FusionPipeline;
+using Veskar::Host::SensorFrame;
+
+namespace {
+
+Veskar::Host::RadarReport radarTrack(int id) {
+    Veskar::Host::RadarReport report;
+    report.id = id;
+    report.range = 20.0 + 3.0 * id;
+    report.azimuth = 0.0;
+    report.radialSpeed = 1.0;
+    return report;
+}
+
+struct Collected {
+    std::vector<FusedFrame> frames;
+    FusionPipeline::Counts counts;
+};
+
+Collected fuse(const std::vector<SensorFrame>& frames) {
+    Collected collected;
+    FusionPipeline::Options options;
+    options.uptime = 100.0;
+    FusionPipeline pipeline(
+        VeskarTest::testInstallation(), VeskarTest::configuration(),
+        [&](const FusedFrame& frame) { collected.frames.push_back(frame); }, {}, options);
+    for (const SensorFrame& frame : frames) {
+        pipeline.push(frame);
+    }
+    collected.counts = pipeline.counts();
+    return collected;
+}
+
+}  // namespace
+
+TEST(FusionPipeline, WritesOneFrameForEachThatWasFused) {
+    // The first radar frame waits for video and is fused right after the video frame it waited for.
+    const auto collected = fuse({{Veskar::VideoObject, 1.0, 1.0, {}},
+                                 {Veskar::Radar, 1.1, 1.1, {radarTrack(1)}},
+                                 {Veskar::VideoObject, 1.1, 1.11, {}},
+                                 {Veskar::Radar, 1.15, 1.15, {radarTrack(1)}}});
+    ASSERT_EQ(collected.frames.size(), 4u);
+    EXPECT_EQ(collected.frames[0].source, Veskar::VideoObject);
+    EXPECT_EQ(collected.frames[1].source, Veskar::VideoObject);
+    EXPECT_EQ(collected.frames[1].time, 1.1);
+    EXPECT_EQ(collected.frames[2].source, Veskar::Radar);
+    EXPECT_NEAR(collected.frames[2].time, 1.1, 1e-9);
+    EXPECT_EQ(collected.frames[2].received, 1.11);
+    EXPECT_EQ(collected.frames[3].source, Veskar::Radar);
+    EXPECT_NEAR(collected.frames[3].time, 1.15, 1e-9);
+    EXPECT_EQ(collected.frames[3].received, 1.15);
+    ASSERT_EQ(collected.frames[3].tracks.size(), 1u);
+    EXPECT_NEAR(collected.frames[3].tracks[0].range, 23.0, 0.5);
+}
+
+TEST(FusionPipeline, ItsOwnEmptyVideoFrameReleasesAWaitingRadarFrame) {
+    // Video falls silent at 1.0; the radar frame of 1.15 waits for it until 1.2.
+    const auto collected = fuse({{Veskar::VideoObject, 1.0, 1.0, {}},
+                                 {Veskar::Radar, 1.15, 1.15, {radarTrack(1)}},
+                                 {Veskar::Radar, 1.21, 1.21, {radarTrack(1)}}});
+    EXPECT_EQ(collected.counts.addedFrames, 1u);
+    ASSERT_EQ(collected.frames.size(), 4u);
+    EXPECT_EQ(collected.frames[1].source, Veskar::VideoObject);
+    EXPECT_EQ(collected.frames[2].source, Veskar::Radar);
+    EXPECT_NEAR(collected.frames[2].time, 1.15, 1e-9);
+    EXPECT_NEAR(collected.frames[2].received, 1.2, 1e-9);
+}
+
+TEST(FusionPipeline, RadarFramesDoNotWaitForAVideoThatIsSilent) {
+    std::vector<SensorFrame> frames;
+    frames.reserve(40);
+    for (int i = 0; i < 40; ++i) {
+        frames.push_back({Veskar::Radar, 5.0 + 0.1 * i, 5.02 + 0.1 * i, {radarTrack(1)}});
+    }
+    const auto collected = fuse(frames);
+    EXPECT_GT(collected.counts.addedFrames, 35u);
+    for (const FusedFrame& frame : collected.frames) {
+        // Until video is known to be silent they do wait.
+        if (frame.source == Veskar::Radar && frame.received > 5.3) {
+            EXPECT_NEAR(frame.received - frame.time, 0.02, 1e-9);
+        }
+    }
+    EXPECT_EQ(collected.frames.back().source, Veskar::Radar);
+    EXPECT_TRUE(collected.frames.back().tracks.at(0).confirmed);
+}
+
+TEST(FusionPipeline, ASlowRadarKeepsItsTracksAlive) {
+    std::vector<SensorFrame> frames;
+    double nextRadar = 1.0;
+    for (double time = 1.0; time < 12.0; time += 0.1) {
+        frames.push_back({Veskar::VideoObject, time, time, {}});
+        if (time >= nextRadar) {
+            frames.push_back({Veskar::Radar, time, time + 0.01, {radarTrack(1)}});
+            nextRadar += 1.6;
+        }
+    }
+    const auto collected = fuse(frames);
+    // Born anew at the second scan, when the radar is known to be slow, and then the same to the
+    // end.
+    std::set<int> ids;
+    for (const FusedFrame& frame : collected.frames) {
+        if (frame.time > 3.0) {
+            ASSERT_EQ(frame.tracks.size(), 1u) << frame.time;
+            ids.insert(frame.tracks[0].id);
+        }
+    }
+    EXPECT_EQ(ids.size(), 1u);
+}
+
+TEST(FusionPipeline, MoreTracksThanAnAssignmentHoldsAreReportedAndSurvived) {
+    std::vector<SensorFrame> frames;
+    for (int i = 0; i < 10; ++i) {
+        SensorFrame frame{Veskar::VideoObject, 1.0 + 0.1 * i, 1.0 + 0.1 * i, {}};
+        for (int id = 0; id < (i < 5 ? 600 : 3); ++id) {
+            Veskar::Host::VideoReport report;
+            report.id = id;
+            report.box = {-0.9 + 0.003 * id, -0.5, -0.899 + 0.003 * id, -0.3};
+            report.velocity = Eigen::Vector2d::Zero();
+            report.labels.objectClass = {"human", 0.9};
+            frame.tracks.emplace_back(report);
+        }
+        frames.push_back(std::move(frame));
+    }
+    const auto collected = fuse(frames);
+    EXPECT_GT(collected.counts.failedFrames, 0u);
+    EXPECT_EQ(collected.counts.firstFailure,
+              "video frame at 1.1 s: One of the JVA costMatrix dimensions was too big (>512)");
+    EXPECT_EQ(collected.frames.size(), 10u);
+}
+
+TEST(FusionPipeline, SaysNothingOfAFrameThatTheFusionHoldsBack) {
+    const VeskarTest::SyslogCapture log;
+    // One stamp an hour and more ahead, then the old time base again: the frame is dropped.
+    const auto collected = fuse({{Veskar::VideoObject, 1.0, 1.0, {}},
+                                 {Veskar::VideoObject, 9000.0, 1.05, {}},
+                                 {Veskar::VideoObject, 1.1, 1.1, {}}});
+    ASSERT_EQ(collected.frames.size(), 2u);
+    EXPECT_EQ(collected.frames[0].time, 1.0);
+    EXPECT_NEAR(collected.frames[1].time, 1.1, 1e-9);
+    EXPECT_EQ(collected.counts.videoFrames, 3u);
+}
+
+TEST(FusionPipeline, GoesOnWithANewTimeBase) {
+    const VeskarTest::SyslogCapture log;
+    // Both frames of the new time base are fused by the second one's call, and told of as one.
+    const auto collected = fuse({{Veskar::VideoObject, 1.0, 1.0, {}},
+                                 {Veskar::VideoObject, 9000.0, 1.1, {}},
+                                 {Veskar::VideoObject, 9000.1, 1.2, {}},
+                                 {Veskar::Radar, 9000.15, 1.25, {radarTrack(1)}}});
+    ASSERT_EQ(collected.frames.size(), 3u);
+    EXPECT_NEAR(collected.frames[1].time, 9000.1, 1e-9);
+    EXPECT_EQ(collected.frames[2].source, Veskar::Radar);
+    EXPECT_EQ(collected.frames[2].tracks.size(), 1u);
+}
+
+TEST(FusionPipeline, TellsAnObserverEveryDecision) {
+    class Watcher : public Veskar::FusionObserver {
+    public:
+        void onFrame(const Frame& frame) override { times.push_back(frame.timestamp); }
+        void onStart(const Link& link) override { starts.push_back(link.sensorTrackId); }
+        void onContinuation(const Continuation& /*continuation*/) override { ++continuations; }
+        void onConfirmation(int /*id*/, double /*probability*/, double /*limit*/) override {
+            ++confirmations;
+        }
+        void onPruning(const Pruning& /*pruning*/) override { ++prunings; }
+        void onDeletion(int /*id*/, DeletionReason /*reason*/) override { ++deletions; }
+
+        std::vector<double> times;
+        std::vector<int> starts;
+        int continuations = 0;
+        int confirmations = 0;
+        int prunings = 0;
+        int deletions = 0;
+    };
+    Watcher watcher;
+    FusionPipeline pipeline(VeskarTest::testInstallation(), VeskarTest::configuration(),
+                            [](const FusedFrame&) {});
+    pipeline.setObserver(&watcher);
+    for (int i = 0; i < 20; ++i) {
+        pipeline.push({Veskar::Radar, 500.0 + 0.1 * i, 500.0 + 0.1 * i, {radarTrack(7)}});
+    }
+    EXPECT_EQ(watcher.starts, std::vector<int>{7});
+    EXPECT_GT(watcher.continuations, 10);
+    EXPECT_EQ(watcher.confirmations, 1);
+    EXPECT_EQ(watcher.prunings, 0);
+    pipeline.advance(505.0);
+    EXPECT_EQ(watcher.prunings, 1);
+    EXPECT_EQ(watcher.deletions, 1);
+    const std::size_t told = watcher.times.size();
+    EXPECT_GT(told, 20u);
+    pipeline.setObserver(nullptr);
+    pipeline.push({Veskar::Radar, 505.1, 505.1, {radarTrack(7)}});
+    EXPECT_EQ(watcher.times.size(), told);
+}
+
+TEST(FusionPipeline, UsesTheConstantsItIsGiven) {
+    Veskar::Host::HostParameters parameters;
+    parameters.radarGain = 1.01;
+    bool isConfirmed = false;
+    FusionPipeline pipeline(
+        VeskarTest::testInstallation(), VeskarTest::configuration(),
+        [&](const FusedFrame& frame) {
+            isConfirmed |= !frame.tracks.empty() && frame.tracks[0].confirmed;
+        },
+        parameters);
+    for (int i = 0; i < 20; ++i) {
+        pipeline.push({Veskar::Radar, 500.0 + 0.1 * i, 500.0 + 0.1 * i, {radarTrack(7)}});
+    }
+    EXPECT_FALSE(isConfirmed);
+}
+
+TEST(FusionPipeline, IsUsableAfterItsSinkHasThrown) {
+    int calls = 0;
+    FusionPipeline pipeline(VeskarTest::testInstallation(), VeskarTest::configuration(),
+                            [&](const FusedFrame&) {
+                                if (++calls == 1) {
+                                    throw std::runtime_error("full");
+                                }
+                            });
+    EXPECT_THROW(pipeline.push({Veskar::VideoObject, 500.0, 500.0, {}}), std::runtime_error);
+    pipeline.push({Veskar::VideoObject, 500.1, 500.1, {}});
+    EXPECT_EQ(calls, 2);
+}
