@@ -3,6 +3,7 @@
 #pragma once
 
 #include <veskar-host/CameraSetup.h>
+#include <veskar-host/FrameRecorder.h>
 #include <veskar-host/FusedFrame.h>
 #include <veskar-host/FusedTrack.h>
 #include <veskar-host/FusionPipeline.h>
