@@ -1,90 +1,56 @@
 // SPDX-License-Identifier: Apache-2.0
-// A host in small: a GLib main loop on the main thread, on which the device's services report their
-// changes, and the fusion on a thread of its own. One person stands in for the sensors.
-#include <veskar/veskar.h>
+// A host: takes the reports of a camera and a radar, one frame a line, and says after each what is
+// where. Here the reports come from a recording on standard input; a device has its sensors' own
+// interfaces in its place, and stamps frames with the steady clock.
+#include <veskar-host/veskar-host.h>
 
-#include <chrono>
-#include <cmath>
 #include <cstdlib>
 #include <exception>
+#include <fstream>
 #include <iostream>
-#include <memory>
-#include <set>
+#include <iterator>
 #include <string>
-#include <thread>
-
-#include <glib.h>
 
 namespace {
 
-/// Seconds on the steady clock, the time base of all frames.
-double now() {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
-        .count();
+using Veskar::Host::FusedFrame;
+using Veskar::Host::FusionPipeline;
+using Veskar::Host::HostParameters;
+using Veskar::Host::Installation;
+
+/// A recording may hold the truth as well, which no sensor has reported.
+bool isTruth(const std::string& line) {
+    return line.find("\"source\":\"truth\"") != std::string::npos;
 }
 
-/// A person who walks away from the device, slightly to the right.
-struct Person {
-    double time;  // seconds
-    double walked;
-
-    std::shared_ptr<Veskar::Track> report(Veskar::Source source, int id) const {
-        Veskar::StateVector state;
-        state << 0.1 + 0.01 * walked, 0.01, -0.3 + 0.02 * walked, 0.02, 20.0 + walked, 1.0;
-        const Veskar::StateMatrix covariance = 0.01 * Veskar::StateMatrix::Identity();
-        const std::string& unknown = Veskar::Vocabulary::unknown;
-        auto track = std::make_shared<Veskar::Track>(
-            state, covariance, time, id, source, Veskar::ImagePlaneRange, Veskar::Vocabulary::human,
-            0.9, unknown, 0.0, unknown, 0.0, unknown, 0.0);
-        track->boundingBox = Eigen::Vector4d(state(0) - 0.04, 0.08, state(2), 0.3);
-        track->probability = 2.0;
-        return track;
-    }
-
-    std::shared_ptr<Veskar::Track> videoTrack() const { return report(Veskar::VideoObject, 7); }
-
-    std::shared_ptr<Veskar::Track> radarTrack() const {
-        auto track = report(Veskar::Radar, 3);
-        track->speed = 1.0;
-        // Straight ahead lies at 90 degrees. Also gives the track its geographic position.
-        track->setLocation({track->state(4), 90.0, 0.0});
-        return track;
-    }
-};
-
-/// Hands one frame to the fusion. A frame that fails leaves later ones unharmed.
-void feed(Veskar::FusionModule& fusion, const std::shared_ptr<Veskar::Track>& track) {
-    try {
-        fusion.cycle(track->source, track->time, {track});
-    } catch (const std::exception& error) {
-        std::cerr << "host: " << error.what() << '\n';
-    }
+std::string contentOf(const char* path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
-void print(Veskar::SystemTrack& object, const std::set<std::string>& tags) {
-    std::cout << object.getClassName() << ' ' << object.id << " at " << object.state(4) << " m";
-    if (const auto position = object.getGeoLocation()) {
-        std::cout << " (" << position->latitude << ", " << position->longitude << ')';
-    }
-    std::cout << ", probability " << object.getTrackProbability();
-    for (const std::string& tag : tags) {
-        std::cout << ", " << tag;
-    }
-    std::cout << '\n';
+/// One line of JSON for every frame that was fused: tracks with position, latitude and longitude.
+void print(const FusedFrame& frame) {
+    std::cout << toJsonLine(frame);
 }
 
-/// The fusion thread: everything that is not thread-safe lives and dies here.
-void fuse(const Veskar::Config& config) {
-    Veskar::FusionModule fusion(config);
-    Veskar::DetectionPriority priority(config);
-    const double start = now();
-    for (int frame = 0; frame < 30; ++frame) {
-        const Person person{start + 0.1 * frame, 0.1 * frame};
-        feed(fusion, person.videoTrack());
-        feed(fusion, person.radarTrack());
+void fuse(const std::string& configuration) {
+    std::string line;
+    std::getline(std::cin, line);
+    FusionPipeline::Options options;
+    // The time of a recording begins at 0, and this machine does not stand where it was made.
+    options.uptime = 100.0;
+    options.asksForPosition = false;
+    FusionPipeline pipeline(Installation::parseString(line),
+                            Veskar::Config::parse_json_string(configuration), print,
+                            HostParameters::fromConfig(configuration), options);
+    while (std::getline(std::cin, line)) {
+        if (!isTruth(line)) {
+            // A device calls pipeline.advance(now) as well, ten times a second.
+            pipeline.push(Veskar::Host::parseSensorFrame(line));
+        }
     }
-    for (const std::shared_ptr<Veskar::SystemTrack>& object : fusion.systemTracks) {
-        print(*object, priority.evaluateTrack(*object));
+    if (pipeline.counts().failedFrames > 0) {
+        std::cerr << "host: " << pipeline.counts().firstFailure << '\n';
     }
 }
 
@@ -92,34 +58,13 @@ void fuse(const Veskar::Config& config) {
 
 int main(int argc, char** argv) {
     if (argc != 2) {
-        std::cerr << "usage: host FUSION.json\n";
+        std::cerr << "usage: host FUSION.json < RECORDING.jsonl\n";
         return EXIT_FAILURE;
     }
     try {
-        const Veskar::Config config = Veskar::Config::parse(argv[1]);
-
-        // Made here, before the fusion thread asks for them: their changes arrive in the main
-        // context of the thread that makes them.
-        Dbus::GeoLocation::getPosition(0.0, 0.0);
-        Dbus::RadarStatus::init();
-        if (!Dbus::RadarStatus::getIsEnabled()) {
-            std::cout << "The radar is switched off.\n";
-        }
-
-        GMainLoop* loop = g_main_loop_new(nullptr, FALSE);
-        const auto quit = [](gpointer data) -> gboolean {
-            g_main_loop_quit(static_cast<GMainLoop*>(data));
-            return G_SOURCE_REMOVE;
-        };
-        std::thread fusionThread([&] {
-            fuse(config);
-            g_idle_add(quit, loop);
-        });
-        g_main_loop_run(loop);
-        fusionThread.join();
-        g_main_loop_unref(loop);
+        fuse(contentOf(argv[1]));
     } catch (const std::exception& error) {
-        std::cerr << "host: " << error.what() << " (the system log says more)\n";
+        std::cerr << "host: " << error.what() << " (the system log may say more)\n";
         return EXIT_FAILURE;
     }
     return EXIT_SUCCESS;
