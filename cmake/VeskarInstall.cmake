@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-# Components: runtime (the library), dev (headers, CMake package, pkg-config, examples), tools (the
-# programs, configurations, schemas), doc (the pages).
+# Components: runtime (the library), dev (headers, CMake package, pkg-config, examples), hostruntime
+# and hostdev (the same of the library for hosts), tools (the programs, configurations, schemas), doc
+# (the pages).
 include(CMakePackageConfigHelpers)
 
 set(VESKAR_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/veskar")
@@ -35,9 +36,11 @@ install(
 # What users of the archive link beside it, and how they read the headers.
 set(VESKAR_PC_REQUIRES "eigen3")
 set(VESKAR_PC_STATIC_CFLAGS "")
+set(VESKAR_HOST_PC_STATIC_CFLAGS "")
 if(VESKAR_STATIC)
   string(APPEND VESKAR_PC_REQUIRES "\nRequires.private: jansson libsystemd glib-2.0")
   set(VESKAR_PC_STATIC_CFLAGS " -DVESKAR_STATIC_DEFINE")
+  set(VESKAR_HOST_PC_STATIC_CFLAGS " -DVESKAR_HOST_STATIC_DEFINE")
 endif()
 file(RELATIVE_PATH VESKAR_PC_TO_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 string(REGEX REPLACE "/$" "" VESKAR_PC_TO_PREFIX "${VESKAR_PC_TO_PREFIX}")
@@ -46,6 +49,32 @@ install(
   FILES "${PROJECT_BINARY_DIR}/veskar.pc"
   DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
   COMPONENT dev)
+
+if(TARGET veskar_host)
+  install(
+    TARGETS veskar_host
+    EXPORT veskar-host-targets
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT hostruntime NAMELINK_COMPONENT hostdev
+    ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT hostdev)
+  veskar_install_rpath(veskar_host "${CMAKE_INSTALL_LIBDIR}" hostruntime)
+  install(
+    DIRECTORY "${PROJECT_SOURCE_DIR}/include/veskar-host"
+              "${PROJECT_BINARY_DIR}/include/veskar-host"
+    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
+    COMPONENT hostdev
+    FILES_MATCHING PATTERN "*.h")
+  install(
+    EXPORT veskar-host-targets
+    NAMESPACE veskar::
+    DESTINATION "${VESKAR_CMAKE_DIR}"
+    COMPONENT hostdev)
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/veskar-host.pc.in"
+                 "${PROJECT_BINARY_DIR}/veskar-host.pc" @ONLY)
+  install(
+    FILES "${PROJECT_BINARY_DIR}/veskar-host.pc"
+    DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
+    COMPONENT hostdev)
+endif()
 
 install(
   DIRECTORY "${PROJECT_SOURCE_DIR}/config/"

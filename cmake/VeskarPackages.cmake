@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Debian packages: `cpack -B DIRECTORY` in a build directory, or scripts/package for all that is
-# shipped. One package per component: libveskar1 (runtime), libveskar-dev (dev), veskar-tools
-# (tools), veskar-doc (doc). A package depends on what dpkg-shlibdeps finds in its programs and
+# shipped. One package per component: libveskar1 (runtime), libveskar-dev (dev), libveskar-host1
+# (hostruntime), libveskar-host-dev (hostdev), veskar-tools (tools), veskar-doc (doc). A package depends on what dpkg-shlibdeps finds in its programs and
 # libraries.
 # The version of the packages is that of the newest entry of their changelog: the project's, with
 # "~..." behind it until that is released (which sorts before it), and a revision that begins with 0, as that of
@@ -33,11 +33,13 @@ set(CPACK_VESKAR_SOURCE_DIR "${PROJECT_SOURCE_DIR}")
 
 set(library_package libveskar${PROJECT_VERSION_MAJOR})
 set(dev_package libveskar-dev)
+set(host_library_package libveskar-host${PROJECT_VERSION_MAJOR})
+set(host_dev_package libveskar-host-dev)
 set(tools_package veskar-tools)
 set(doc_package veskar-doc)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL runtime dev tools doc)
+set(CPACK_COMPONENTS_ALL runtime dev hostruntime hostdev tools doc)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
@@ -65,13 +67,33 @@ of them.")
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "${library_package} ${this_version}, libeigen3-dev (>= 3.3)")
 set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS ${doc_package})
 
+set(CPACK_DEBIAN_HOSTRUNTIME_PACKAGE_NAME ${host_library_package})
+set(CPACK_DEBIAN_HOSTRUNTIME_PACKAGE_SECTION libs)
+set(CPACK_COMPONENT_HOSTRUNTIME_DESCRIPTION
+    "fusion of radar and video tracks - library for hosts
+The shared library that turns the reports of a radar and a video camera, in the
+sensors' own terms, into fused tracks with places on the ground.")
+set(CPACK_DEBIAN_HOSTRUNTIME_PACKAGE_DEPENDS "${library_package} ${this_version}")
+set(CPACK_DEBIAN_HOSTRUNTIME_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_HOSTRUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/packaging/triggers")
+
+set(CPACK_DEBIAN_HOSTDEV_PACKAGE_NAME ${host_dev_package})
+set(CPACK_DEBIAN_HOSTDEV_PACKAGE_SECTION libdevel)
+set(CPACK_COMPONENT_HOSTDEV_DESCRIPTION
+    "fusion of radar and video tracks - development files for hosts
+Headers, CMake component and pkg-config file of the library for hosts.")
+set(CPACK_DEBIAN_HOSTDEV_PACKAGE_DEPENDS
+    "${host_library_package} ${this_version}, ${dev_package} ${this_version}")
+set(CPACK_DEBIAN_HOSTDEV_PACKAGE_SUGGESTS ${doc_package})
+
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ${tools_package})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
     "fusion of radar and video tracks - workbench
 The command-line program by which fusion is tried and tuned on recordings,
 configurations and scenarios to start from, and the schemas of its files.")
-set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${library_package} ${this_version}")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS
+    "${library_package} ${this_version}, ${host_library_package} ${this_version}")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS ${doc_package})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
 
@@ -85,7 +107,8 @@ the formats of the workbench's files, and how good the fusion is.")
 
 # Where dpkg-shlibdeps looks for libraries: ours has no package yet, the others of a cross build lie
 # in its sysroot.
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/src")
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/src"
+                                                "${PROJECT_BINARY_DIR}/host")
 if(CMAKE_CROSSCOMPILING AND VESKAR_ARCHITECTURE)
   set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${VESKAR_ARCHITECTURE})
   set(CPACK_VESKAR_SYSROOT "${CMAKE_SYSROOT}")
@@ -95,5 +118,6 @@ endif()
 
 # COMPONENT:PACKAGE:MULTI-ARCH
 set(CPACK_VESKAR_PACKAGES runtime:${library_package}:same dev:${dev_package}:same
+                          hostruntime:${host_library_package}:same hostdev:${host_dev_package}:same
                           tools:${tools_package}:foreign doc:${doc_package}:foreign)
 include(CPack)

@@ -32,18 +32,31 @@ function(veskar_compile_test target)
   target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O1>)
 endfunction()
 
-# Installs a program that finds the library wherever the prefix is moved to.
-function(veskar_install_program target)
-  file(RELATIVE_PATH libraries "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
-  set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries}")
-  install(TARGETS ${target} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
+# Lets what is installed into a directory below the prefix find the libraries wherever the prefix is
+# moved to. Called behind its install().
+function(veskar_install_rpath target directory component)
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL "STATIC_LIBRARY")
+    return()
+  endif()
+  file(RELATIVE_PATH libraries "${CMAKE_INSTALL_PREFIX}/${directory}"
+       "${CMAKE_INSTALL_FULL_LIBDIR}")
+  string(REGEX REPLACE "/+$" "" origin "$ORIGIN/${libraries}")
+  set_target_properties(${target} PROPERTIES INSTALL_RPATH "${origin}")
   # The loader looks into /usr anyway, and a package should not say so.
+  set(file "$<TARGET_FILE_NAME:${target}>")
   install(
     CODE "if(CMAKE_INSTALL_PREFIX MATCHES \"^/usr/?$|/_CPack_Packages/.*/usr$\")
       file(RPATH_REMOVE FILE
-           \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/$<TARGET_FILE_NAME:${target}>\")
+           \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${directory}/${file}\")
     endif()"
-    COMPONENT tools)
+    COMPONENT ${component})
+endfunction()
+
+# Installs a program.
+function(veskar_install_program target)
+  install(TARGETS ${target} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
+  veskar_install_rpath(${target} "${CMAKE_INSTALL_BINDIR}" tools)
 endfunction()
 
 # Results must not depend on whether a processor has fused multiply-add.

@@ -127,7 +127,7 @@ class Checker:
             CMAKE_PREFIX_PATH=str(prefix),
         )
         self.flags = self.run(
-            "pkg-config", "--cflags", "--libs", "veskar", "glib-2.0"
+            "pkg-config", "--cflags", "--libs", "veskar-host", "glib-2.0"
         ).split()
         (scratch / "config").symlink_to(ROOT / "config")
 
