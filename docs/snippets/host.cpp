@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
+// Around a host that has sensors.
+#include <veskar-host/veskar-host.h>
+
+#include <optional>
+
+std::optional<Veskar::Host::SensorFrame> nextFrame() {
+    return std::nullopt;
+}
+
+// snippet
+
+int main() {}
