@@ -81,6 +81,18 @@ public:
     ///        and starts none and offers no calibration samples. It is not tried again.
     void cycle(Source source, double timestamp, const std::vector<std::shared_ptr<Track>>& tracks);
 
+    /// @param timestamp of a frame, seconds
+    /// @return whether cycle would take it for one from another time base, and hold it back unless
+    ///         the frame that is held back already agrees with it
+    bool isFarInTime(double timestamp) const;
+
+    /// For hosts that keep radar frames themselves while those would have to wait.
+    ///
+    /// @param timestamp of a radar frame, seconds
+    /// @return whether cycle would let it wait for video time, unless it is old enough for that to
+    ///         end; one that is far in time waits for another frame, not for video
+    bool waitsForVideo(double timestamp) const;
+
     /// Fuses one frame at once: predicts, updates, starts system tracks, manages them and offers
     /// calibration samples.
     ///
@@ -119,8 +131,9 @@ public:
     /// @param other the system track to fold in; must hold a video-object or radar track
     void merge(SystemTrack& target, SystemTrack& other);
 
-    /// Sets an observer of the decisions. Without one each decision costs the comparison of a
-    /// pointer; with one, pairs are also compared that association rejects without a distance.
+    /// Sets an observer. Without one, or with one that wants no decisions, each decision costs the
+    /// comparison of a pointer; otherwise pairs are also compared that association rejects without
+    /// a distance.
     ///
     /// @param observer told from the next frame on; stays the caller's, and must outlive the module
     ///                or be replaced before it ends; null: nobody
@@ -191,7 +204,8 @@ private:
     SteadyClock clock_;
     std::unique_ptr<Arrivals> arrivals_;
     std::unique_ptr<Workspace> workspace_;
-    FusionObserver* observer_ = nullptr;
+    FusionObserver* frameObserver_ = nullptr;  ///< told of frames
+    FusionObserver* observer_ = nullptr;       ///< told of decisions: the same, if it wants them
 };
 
 }  // namespace Veskar

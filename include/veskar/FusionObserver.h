@@ -137,6 +137,10 @@ public:
     /// @param systemTrackId the system track that has ended
     /// @param reason why
     virtual void onDeletion(int systemTrackId, DeletionReason reason);
+    /// Asked before every frame. An observer that says no is told of frames only, and costs nothing
+    /// more than that.
+    /// @return whether it wants to know what is decided; by default it does
+    virtual bool wantsDecisions() const;
 };
 
 }  // namespace Veskar

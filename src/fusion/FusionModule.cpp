@@ -55,8 +55,9 @@ FusionModule::FusionModule(const Config& config, SteadyClock steadyClock)
 FusionModule::~FusionModule() = default;
 
 void FusionModule::cycleFrame(Source source, double timestamp, const Tracks& tracks) {
-    if (observer_ != nullptr) {
-        observer_->onFrame({source, timestamp, tracks.size(), systemTracks.size()});
+    setObserver(frameObserver_);
+    if (frameObserver_ != nullptr) {
+        frameObserver_->onFrame({source, timestamp, tracks.size(), systemTracks.size()});
     }
     predictTracks(timestamp);
     std::exception_ptr unsolved;
@@ -90,7 +91,8 @@ void FusionModule::predictTracks(double timestamp) {
 }
 
 void FusionModule::setObserver(FusionObserver* observer) {
-    observer_ = observer;
+    frameObserver_ = observer;
+    observer_ = observer != nullptr && observer->wantsDecisions() ? observer : nullptr;
 }
 
 void FusionModule::clear() {

@@ -135,6 +135,14 @@ void FusionModule::deliver(Source source, double timestamp, const Tracks& tracks
     }
 }
 
+bool FusionModule::isFarInTime(double timestamp) const {
+    return arrivals_->timeBase.isFar(timestamp);
+}
+
+bool FusionModule::waitsForVideo(double timestamp) const {
+    return !isFarInTime(timestamp) && timestamp >= lastVideoTimestamp_ + radarLead;
+}
+
 /// Strictly first in, first out: a frame that must wait holds up those behind it.
 void FusionModule::drainRadarQueue(double now) {
     while (!radarFrameQueue_.empty() && now - radarFrameQueue_.front().timestamp > radarMaxWait_) {

@@ -15,5 +15,8 @@ void FusionObserver::onStart(const Link&) {}
 void FusionObserver::onConfirmation(int, double, double) {}
 void FusionObserver::onPruning(const Pruning&) {}
 void FusionObserver::onDeletion(int, DeletionReason) {}
+bool FusionObserver::wantsDecisions() const {
+    return true;
+}
 
 }  // namespace Veskar

@@ -20,12 +20,16 @@ TimeBase::Verdict TimeBase::judge(double timestamp) {
         accepted_ = timestamp;
         return Verdict::Restart;
     }
-    if (accepted_ && std::abs(timestamp - *accepted_) > farthest) {
+    if (isFar(timestamp)) {
         heldBack_ = timestamp;
         return Verdict::HoldBack;
     }
     accepted_ = timestamp;
     return Verdict::Accept;
+}
+
+bool TimeBase::isFar(double timestamp) const {
+    return accepted_ && std::abs(timestamp - *accepted_) > farthest;
 }
 
 }  // namespace Veskar

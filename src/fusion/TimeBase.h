@@ -22,6 +22,9 @@ public:
     /// @param timestamp of the frame that arrives, finite, seconds
     /// @return what to do with it
     Verdict judge(double timestamp);
+    /// @param timestamp of a frame, seconds
+    /// @return whether it is far from the last accepted frame
+    bool isFar(double timestamp) const;
 
 private:
     std::optional<double> accepted_;  ///< stamp of the last accepted frame

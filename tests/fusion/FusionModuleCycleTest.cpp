@@ -38,6 +38,19 @@ TEST_F(FusionCycle, FusesRadarOnceItIsLessThanATenthOfASecondAheadOfVideo) {
     EXPECT_THAT(systemIds(), ElementsAre(1)) << "just below the limit it is fused";
 }
 
+TEST_F(FusionCycle, SaysWhetherRadarWouldWaitForVideo) {
+    EXPECT_FALSE(module().waitsForVideo(0.05)) << "video time begins at 0";
+    EXPECT_TRUE(module().waitsForVideo(0.1));
+    showVideo(10.0, {video(1, 10.0)});
+    EXPECT_FALSE(module().waitsForVideo(10.05));
+    EXPECT_TRUE(module().waitsForVideo(10.1));
+    EXPECT_TRUE(module().waitsForVideo(3610.0));
+    // Held back, it waits for another frame.
+    EXPECT_FALSE(module().isFarInTime(3610.0));
+    EXPECT_TRUE(module().isFarInTime(3611.0));
+    EXPECT_FALSE(module().waitsForVideo(3611.0));
+}
+
 TEST_F(FusionCycle, FusesRadarWithinTheCallThatDeliversIt) {
     showVideo(4.0, {});
     showRadar(4.05, {radar(1, 4.05)});

@@ -76,6 +76,22 @@ public:
     std::string order;
 };
 
+/// Counts frames; whatever else it is told fails the test.
+class FrameCounter : public Recorder {
+public:
+    void onFrame(const Frame& frame) override {
+        EXPECT_THAT(order, IsEmpty());
+        EXPECT_THAT(mergeCandidates, IsEmpty());
+        EXPECT_THAT(merges, IsEmpty());
+        EXPECT_THAT(confirmations, IsEmpty());
+        times.push_back(frame.timestamp);
+    }
+    bool wantsDecisions() const override { return isCurious; }
+
+    bool isCurious = false;
+    std::vector<double> times;
+};
+
 class FusionObserverTest : public FusionTest {
 protected:
     /// The first frame after it is told.
@@ -97,6 +113,22 @@ TEST_F(FusionObserverTest, HearsOfAFrameAndOfTheTrackItStarts) {
     EXPECT_EQ(heard.starts[0].source, VideoObject);
     EXPECT_EQ(heard.starts[0].sensorTrackId, 7);
     EXPECT_THAT(heard.candidates, IsEmpty());
+}
+
+TEST_F(FusionObserverTest, HearsOfFramesOnlyWhenItWantsNoMore) {
+    FrameCounter counter;
+    module().setObserver(&counter);
+    showVideo(10.0, {video(7, 10.0)});
+    fuseRadar(10.0, {radar(9, 10.0, {0.1}), radar(10, 10.0, {far})});
+    for (const double time : {10.1, 10.2, 10.3, 10.4, 10.5, 10.6, 10.7, 11.5}) {
+        showVideo(time, {video(7, time)});
+    }
+    EXPECT_THAT(counter.times, SizeIs(10));
+    EXPECT_THAT(counter.order, IsEmpty());
+    // It is asked again before every frame.
+    counter.isCurious = true;
+    showVideo(11.6, {video(8, 11.6, {far})});
+    EXPECT_THAT(counter.starts, SizeIs(1));
 }
 
 TEST_F(FusionObserverTest, HearsOfACandidateBeforeItsAssignment) {

@@ -66,6 +66,18 @@ TEST(TimeBase, GoesOnWhenTheNextFrameIsNearTheLastAcceptedOne) {
     EXPECT_EQ(timeBase.judge(65536.0), Verdict::HoldBack) << "a frame between parts the two";
 }
 
+TEST(TimeBase, SaysWhichStampsAreFarFromTheLastAcceptedOne) {
+    TimeBase timeBase;
+    EXPECT_FALSE(timeBase.isFar(1e9)) << "there is none yet";
+    timeBase.judge(0.0);
+    EXPECT_FALSE(timeBase.isFar(3600.0));
+    EXPECT_TRUE(timeBase.isFar(-3600.5));
+    timeBase.judge(65536.0);
+    EXPECT_TRUE(timeBase.isFar(65536.0)) << "held back is not accepted";
+    timeBase.judge(65536.0);
+    EXPECT_FALSE(timeBase.isFar(65536.0));
+}
+
 TEST(TimeBase, PrefersToRestartWhenTheNextFrameIsNearBoth) {
     TimeBase timeBase;
     timeBase.judge(0.0);
