@@ -3,7 +3,7 @@
 
 #include <veskar-host/SensorFrame.h>
 
-#include "host/recording/JsonLine.h"
+#include "host/reports/JsonLine.h"
 
 #include <set>
 #include <string>

@@ -57,7 +57,6 @@ CameraSetup readCamera(const BasicFields<Value>& fields) {
 /// @throw InputError what is wrong
 template <typename Value>
 RadarSetup readRadar(const BasicFields<Value>& fields) {
-    constexpr double unlimited = std::numeric_limits<double>::infinity();
     constexpr double tiny = 1e-6;
     fields.allowOnly({"position", "rotation", "rangeStd", "azimuthStd", "velocityStd",
                       "fieldOfView", "maximumRange"});

@@ -3,7 +3,7 @@
 #include <veskar-host/Installation.h>
 
 #include "host/json/JanssonValue.h"
-#include "host/recording/HeaderFields.h"
+#include "host/installation/HeaderFields.h"
 
 namespace Veskar::Host {
 namespace {

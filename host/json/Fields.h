@@ -9,12 +9,16 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace Veskar::Host::Internal {
+
+/// For limits of numbers: as large as may be.
+constexpr double unlimited = std::numeric_limits<double>::infinity();
 
 /// The place of a value in a document. Borrows what encloses it; put into words only for a message.
 struct VESKAR_HOST_EXPORT JsonPath {

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <utility>
 
 namespace Veskar::Host::Internal {
@@ -103,7 +102,7 @@ template <typename Value>
 double BasicFields<Value>::within(double value, std::string_view name, double least,
                                   double most) const {
     if (!(least <= value && value <= most)) {
-        const bool isOpen = most == std::numeric_limits<double>::infinity();
+        const bool isOpen = most == unlimited;
         refuse(name, isOpen ? shortestText(value) + " is below " + shortestText(least)
                             : shortestText(value) + " is not between " + shortestText(least) +
                                   " and " + shortestText(most));

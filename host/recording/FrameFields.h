@@ -6,18 +6,15 @@
 #include <veskar-host/SensorFrame.h>
 
 #include "host/json/Fields.h"
-#include "host/recording/LabelFields.h"
 #include "host/recording/RepeatedIds.h"
+#include "host/reports/LabelFields.h"
 
 #include <array>
 #include <cstddef>
-#include <limits>
 #include <string>
 #include <vector>
 
 namespace Veskar::Host::Internal {
-
-constexpr double unlimited = std::numeric_limits<double>::infinity();
 
 /// @param fields what has a member "box"
 /// @return the box

@@ -6,7 +6,7 @@
 #include <veskar-host/SensorFrame.h>
 
 #include "HostLibrary.h"
-#include "host/recording/RecordingHeader.h"
+#include "host/installation/RecordingHeader.h"
 
 #include <cstdint>
 #include <optional>

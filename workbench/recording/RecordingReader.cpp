@@ -5,7 +5,7 @@
 
 #include "host/recording/FrameChecks.h"
 #include "host/recording/FrameFields.h"
-#include "host/recording/HeaderFields.h"
+#include "host/installation/HeaderFields.h"
 #include "host/recording/RepeatedIds.h"
 #include "io/DocumentValue.h"
 #include "io/LineParser.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "recording/RecordingWriter.h"
 
-#include "host/recording/JsonLine.h"
+#include "host/reports/JsonLine.h"
 
 namespace Workbench {
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "replay/FusedCsv.h"
 
-#include "host/recording/JsonLine.h"
+#include "host/reports/JsonLine.h"
 
 #include <cmath>
 #include <string_view>

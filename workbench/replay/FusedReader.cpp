@@ -3,9 +3,9 @@
 
 #include <veskar-host/InputError.h>
 
-#include "host/recording/HeaderFields.h"
-#include "host/recording/LabelFields.h"
+#include "host/installation/HeaderFields.h"
 #include "host/recording/RepeatedIds.h"
+#include "host/reports/LabelFields.h"
 #include "io/DocumentValue.h"
 #include "io/LineParser.h"
 #include "io/TextFile.h"

@@ -3,7 +3,7 @@
 #include <veskar-host/Installation.h>
 
 #include "host/TestInstallation.h"
-#include "host/recording/RecordingHeader.h"
+#include "host/installation/RecordingHeader.h"
 #include "support/TemporaryDirectory.h"
 
 #include <fstream>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/recording/JsonLine.h"
+#include "host/reports/JsonLine.h"
 
 namespace Veskar::Host::Internal {
 void appendVector(LineText& text, std::string_view name, const Eigen::Vector2d& value,

@@ -27,7 +27,7 @@ struct RecordingHeader : Installation {
     std::string origin;                 ///< where the data comes from
     std::string licence;                ///< under which terms
     std::optional<double> epoch;        ///< UNIX time of time 0, when known
-    std::optional<std::uint64_t> seed;  ///< of a simulation
+    std::optional<std::uint64_t> seed;  ///< of a simulation, below 2^63
     TruthKind truth = TruthKind::None;  ///< what the truth lines cover
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/recording/RecordingHeader.h"
+#include "host/installation/RecordingHeader.h"
 
 #include "host/installation/InstallationText.h"
 

@@ -3,10 +3,11 @@
 #pragma once
 
 #include "host/installation/InstallationFields.h"
+#include "host/installation/RecordingHeader.h"
 #include "host/json/Fields.h"
-#include "host/recording/RecordingHeader.h"
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 
@@ -62,8 +63,10 @@ RecordingHeader readHeader(const BasicFields<Value>& fields) {
     header.epoch = fields.optionalNumber("epoch");
     if (fields.has("seed")) {
         header.seed = fields.at("seed").unsignedInteger();
-        if (!header.seed) {
-            fields.refuse("seed", "expected an integer from 0");
+        // What the JSON library of the devices can hold.
+        constexpr std::uint64_t most = std::numeric_limits<std::int64_t>::max();
+        if (!header.seed || *header.seed > most) {
+            fields.refuse("seed", "expected an integer from 0 to " + std::to_string(most));
         }
     }
     header.truth = readTruthKind(fields);
