@@ -31,6 +31,7 @@ Workbench::Scenario square(int objects) {
     scenario.camera.mounting.pitch = 20.0;
     scenario.camera.imageToRadians = {0.0, 0.7853981633974483, 0.0, 0.0};
     scenario.camera.radiansToImage = {0.0, 1.2732395447351628, 0.0, 0.0};
+    scenario.camera.fieldOfView = {0.7853981633974483, 0.44};
     scenario.radar.mounting.position = {0.0, 0.0, 4.6};
     scenario.video.maximumRange = 300.0;
     scenario.video.minimumBoxHeight = 0.001;

@@ -7,7 +7,6 @@
 #include "host/json/Fields.h"
 
 #include <array>
-#include <limits>
 
 namespace Veskar::Host::Internal {
 
@@ -49,6 +48,9 @@ CameraSetup readCamera(const BasicFields<Value>& fields) {
     fields.numbers("imageToRadiansPolynomial", 4, camera.imageToRadians.data());
     fields.numbers("radiansToImagePolynomial", 4, camera.radiansToImage.data());
     fields.numbers("fov", 2, camera.fieldOfView.data());
+    if (!(camera.fieldOfView[0] > 0.0)) {
+        fields.refuse("fov", "the horizontal half-angle, the first number, must be positive");
+    }
     return camera;
 }
 

@@ -2,17 +2,22 @@
 #include <veskar-host/InputError.h>
 #include <veskar-host/Installation.h>
 
-#include "host/json/JanssonValue.h"
 #include "host/installation/HeaderFields.h"
+#include "host/json/JanssonValue.h"
 
 namespace Veskar::Host {
 namespace {
 
 using namespace Internal;
 
+/// Frames stand behind the header of a recording, nothing behind an object of its own.
+bool isHeader(const JsonDocument& document) {
+    return BasicFields<JanssonValue>(document.root()).has("format");
+}
+
 Installation installationOf(const JsonDocument& document) {
     const BasicFields<JanssonValue> fields(document.root());
-    if (fields.has("format")) {
+    if (isHeader(document)) {
         const RecordingHeader header = readHeader(fields);
         return {header.camera, header.radar, header.site};
     }
@@ -23,8 +28,11 @@ Installation installationOf(const JsonDocument& document) {
 }  // namespace
 
 Installation Installation::parse(const std::string& path) {
-    const JsonDocument document = JsonDocument::firstOf(path);
     try {
+        JsonDocument document = JsonDocument::ofFile(path, JsonDocument::Leniency::TextBehind);
+        if (!isHeader(document)) {
+            document = JsonDocument::ofFile(path);
+        }
         return installationOf(document);
     } catch (const InputError& error) {
         throw InputError(path + ": " + error.what());
@@ -32,7 +40,11 @@ Installation Installation::parse(const std::string& path) {
 }
 
 Installation Installation::parseString(const std::string& text) {
-    return installationOf(JsonDocument(text, JsonDocument::Leniency::TextBehind));
+    JsonDocument document(text, JsonDocument::Leniency::TextBehind);
+    if (!isHeader(document)) {
+        document = JsonDocument(text);
+    }
+    return installationOf(document);
 }
 
 }  // namespace Veskar::Host

@@ -69,15 +69,15 @@ JsonDocument::JsonDocument(std::string_view text, Leniency leniency) {
     }
 }
 
-JsonDocument JsonDocument::firstOf(const std::string& path) {
+JsonDocument JsonDocument::ofFile(const std::string& path, Leniency leniency) {
     const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "re"));
     if (!file) {
-        throw InputError(path + ": " + std::strerror(errno));
+        throw InputError(std::strerror(errno));
     }
     json_error_t error;
-    json_t* const document = json_loadf(file.get(), flagsFor(Leniency::TextBehind), &error);
+    json_t* const document = json_loadf(file.get(), flagsFor(leniency), &error);
     if (document == nullptr) {
-        throw InputError(path + ": " + textOf(error));
+        throw JsonFault(textOf(error));
     }
     return JsonDocument(document);
 }

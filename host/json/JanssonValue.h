@@ -90,11 +90,11 @@ public:
     /// @param leniency what else is accepted
     /// @throw JsonFault where the text is no JSON and why, as "line 3, column 7: ..."
     explicit JsonDocument(std::string_view text, Leniency leniency = Leniency::None);
-    /// Reads the first value of a file; what stands behind it is not looked at.
-    /// @param path the file
+    /// @param path a file
+    /// @param leniency what is accepted beyond one value; what stands behind it is not read
     /// @return the document
-    /// @throw InputError why it cannot be read, behind "FILE: "
-    static JsonDocument firstOf(const std::string& path);
+    /// @throw InputError why it cannot be read
+    static JsonDocument ofFile(const std::string& path, Leniency leniency = Leniency::None);
 
     /// @return the value
     JanssonValue root() const { return document_.get(); }

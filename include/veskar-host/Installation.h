@@ -21,12 +21,12 @@ struct VESKAR_HOST_EXPORT Installation {
     /// Reads an installation from JSON: an object with the members "camera", "radar" and, when it
     /// is known, "site", or the header of a recording. docs/recording-format.md describes them.
     ///
-    /// @param path a file that begins with the object; a recording will do
+    /// @param path a file with the object and nothing behind it, or a recording
     /// @return the installation
     /// @throw InputError what is wrong, behind "FILE: "
     static Installation parse(const std::string& path);
     /// As above.
-    /// @param text begins with the object
+    /// @param text the object and nothing behind it, or the beginning of a recording
     /// @return the installation
     /// @throw InputError what is wrong, as "camera.position: missing"
     static Installation parseString(const std::string& text);

@@ -135,7 +135,7 @@ TEST_F(RecordingReaderTest, ReadsTheHeader) {
     header.name = "a name";
     header.site = Workbench::Site{10.0, 20.0, 30.0};
     header.epoch = 1620204790.5;
-    header.seed = 18446744073709551615U;
+    header.seed = 9223372036854775807U;
     header.truth = Workbench::TruthKind::Incomplete;
     VeskarTest::spill(path, toJsonLine(header));
     const Workbench::RecordingReader reader(path);
@@ -145,8 +145,21 @@ TEST_F(RecordingReaderTest, ReadsTheHeader) {
     EXPECT_EQ(reader.header().radar.mounting.position, header.radar.mounting.position);
     EXPECT_EQ(reader.header().site->longitude, 20.0);
     EXPECT_EQ(reader.header().epoch, 1620204790.5);
-    EXPECT_EQ(reader.header().seed, 18446744073709551615U);
+    EXPECT_EQ(reader.header().seed, 9223372036854775807U);
     EXPECT_EQ(reader.header().truth, Workbench::TruthKind::Incomplete);
+}
+
+TEST_F(RecordingReaderTest, RefusesASeedThatNotEveryReaderHolds) {
+    Workbench::RecordingHeader header = VeskarTest::installation();
+    header.seed = 9223372036854775808U;
+    VeskarTest::spill(path, toJsonLine(header));
+    try {
+        const Workbench::RecordingReader reader(path);
+        FAIL() << "a seed of 64 bits";
+    } catch (const Workbench::InputError& error) {
+        EXPECT_THAT(error.what(),
+                    HasSubstr(":1: seed: expected an integer from 0 to 9223372036854775807"));
+    }
 }
 
 TEST_F(RecordingReaderTest, RefusesWhatIsNoRecording) {

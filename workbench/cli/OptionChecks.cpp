@@ -24,12 +24,12 @@ CLI::Validator within(double least, double most) {
 
 CLI::Validator wholeNumber() {
     const auto check = [](const std::string& text) {
-        std::uint64_t value = 0;
+        std::int64_t value = 0;
         const char* const end = text.data() + text.size();
         const auto [rest, fault] = std::from_chars(text.data(), end, value);
-        return fault == std::errc() && rest == end
+        return fault == std::errc() && rest == end && value >= 0
                    ? std::string()
-                   : "Value " + text + " is not an integer from 0 to 18446744073709551615";
+                   : "Value " + text + " is not an integer from 0 to 9223372036854775807";
     };
     return {check, ""};
 }

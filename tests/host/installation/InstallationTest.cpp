@@ -9,6 +9,7 @@
 #include <fstream>
 #include <string>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 using Veskar::Host::InputError;
@@ -97,4 +98,28 @@ TEST(Installation, SaysWhatIsWrong) {
               "version: version 2 is not supported, this program reads version 1");
     EXPECT_EQ(faultOfInstallation(replaced(headerLine(), "[0.1,-0.3,4.6]", "[0.1,-0.3,0]")),
               "radar.position: the height above ground, the third number, must be positive");
+    EXPECT_EQ(faultOfInstallation(replaced(headerLine(), "\"fov\":[0.78", "\"fov\":[-0.78")),
+              "camera.fov: the horizontal half-angle, the first number, must be positive");
+    EXPECT_EQ(faultOfInstallation(
+                  replaced(headerLine(), "\"truth\"", "\"seed\":9223372036854775807,\"truth\"")),
+              "");
+    EXPECT_THAT(faultOfInstallation(
+                    replaced(headerLine(), "\"truth\"", "\"seed\":9223372036854775808,\"truth\"")),
+                testing::HasSubstr("integer"));
+}
+
+TEST(Installation, HasNothingBehindAnObjectOfItsOwn) {
+    EXPECT_EQ(faultOfInstallation(plainObject() + " \n"), "");
+    EXPECT_THAT(faultOfInstallation(plainObject() + "\n{}"), testing::StartsWith("line 2, column"));
+    const VeskarTest::TemporaryDirectory directory;
+    const std::string path = directory.file("installation.json");
+    std::ofstream(path) << plainObject() << '\n';
+    expectTheInstallation(Installation::parse(path));
+    std::ofstream(path) << plainObject() << "\n,";
+    try {
+        Installation::parse(path);
+        FAIL() << "text behind the object";
+    } catch (const InputError& error) {
+        EXPECT_THAT(error.what(), testing::StartsWith(path + ": line 2, column"));
+    }
 }
