@@ -60,8 +60,9 @@ void assign(HostParameters& parameters, const std::string& place, std::string_vi
         throw InputError(place + ": expected " + std::to_string(parameter.count) +
                          " numbers, found " + std::to_string(value.size()));
     }
-    value.forEachItem(
-        [&](const JanssonValue& item) { *next++ = numberOf(item, parameter, place); });
+    value.forEachItem([&, i = std::size_t{0}](const JanssonValue& item) mutable {
+        *next++ = numberOf(item, parameter, place + "[" + std::to_string(i++) + "]");
+    });
 }
 
 }  // namespace
@@ -84,11 +85,16 @@ HostParameters HostParameters::fromConfig(const std::string& json) {
 }
 
 void HostParameters::set(const std::string& name, const std::string& value) {
+    const std::string prefix = std::string(section) + ".";
+    const bool hasPrefix = name.compare(0, prefix.size(), prefix) == 0;
+    const std::string member = hasPrefix ? name.substr(prefix.size()) : name;
     // Told of an unknown name first: its value may be anything.
-    parameterNamed(name, name);
+    parameterNamed(member, name);
     try {
         const JsonDocument document(value);
-        assign(*this, name, name, document.root());
+        HostParameters changed = *this;
+        assign(changed, name, member, document.root());
+        *this = changed;
     } catch (const JsonFault&) {
         throw InputError(name + ": \"" + value + "\" is not a number");
     }

@@ -17,13 +17,14 @@ struct Parameter {
     const char* meaning;                 ///< what it is, with its unit
     double* (*values)(HostParameters&);  ///< where its numbers are
     std::size_t count;                   ///< of numbers
-    bool isZeroAllowed;                  ///< all of them must be positive otherwise
+    double least;                        ///< the smallest number
+    bool isLeastAllowed;                 ///< they must be above it otherwise
     double most;                         ///< the largest number that is allowed
 
     /// @param value a number
     /// @return whether it is within the limits
     bool allows(double value) const {
-        return (value > 0.0 || (isZeroAllowed && value == 0.0)) && value <= most;
+        return (value > least || (isLeastAllowed && value == least)) && value <= most;
     }
     /// @return the limits in words, as "above 0 and at most 60"
     VESKAR_HOST_EXPORT std::string limits() const;

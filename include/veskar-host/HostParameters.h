@@ -71,9 +71,9 @@ struct VESKAR_HOST_EXPORT HostParameters {
     /// @throw InputError what is wrong first, as "veskarHost.radarGain: 0 is not above 0 and
     ///                   at most 1000000"
     static HostParameters fromConfig(const std::string& json);
-    /// Sets one constant, as from a command line.
+    /// Sets one constant, as from a command line. Changes nothing when it throws.
     ///
-    /// @param name of the member
+    /// @param name of the member, with or without "veskarHost." before it
     /// @param value JSON text: "2.5", "[0.02, 0.03, 0.05, 0.05, 0.3, 0.3]"
     /// @throw InputError what is wrong
     void set(const std::string& name, const std::string& value);

@@ -179,6 +179,10 @@ TEST_F(ConfigurationProgram, ConstantsOfTheHostAreSetInTheConfigurationOrByHand)
         {"replay", "--set", "radarGain=1.5", recording, "--set", "radarFloorStd=[1,1,1,1,1,1]"});
     EXPECT_EQ(byHand.status, 0) << byHand.errors;
     EXPECT_NE(byHand.output, before);
+    EXPECT_EQ(veskar({"replay", recording, "--set", "veskarHost.radarGain=1.5", "--set",
+                      "veskarHost.radarFloorStd=[1,1,1,1,1,1]"})
+                  .output,
+              byHand.output);
     const auto header = nlohmann::json::parse(byHand.output.substr(0, byHand.output.find('\n')));
     EXPECT_EQ(header.at("veskarHost").dump(),
               R"({"radarFloorStd":[1.0,1.0,1.0,1.0,1.0,1.0],"radarGain":1.5})");

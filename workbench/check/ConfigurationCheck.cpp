@@ -108,7 +108,7 @@ const Rules& hostRules() {
         Rules list;
         for (const Parameter& parameter : parameterTable()) {
             Rule rule{parameter.name, Wanted::Number, parameter.meaning, false};
-            rule.allowed = {0.0, parameter.most, parameter.isZeroAllowed, true};
+            rule.allowed = {parameter.least, parameter.most, parameter.isLeastAllowed, true};
             if (parameter.count > 1) {
                 rule.wanted = Wanted::Array;
                 rule.elements = parameter.count;

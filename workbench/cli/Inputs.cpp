@@ -109,8 +109,9 @@ Settings readSettings(const std::string& path, const std::vector<std::string>& c
             throw InputError(fmt::format("--set {}: expected KEY=VALUE", change));
         }
         const std::string key = change.substr(0, equals);
-        const bool hasSection = key.find('.') != std::string::npos;
-        (hasSection ? ofConfiguration : ofHost).emplace_back(key, change.substr(equals + 1));
+        const std::string section = key.substr(0, key.find('.'));
+        const bool isHosts = section == key || section == "veskarHost";
+        (isHosts ? ofHost : ofConfiguration).emplace_back(key, change.substr(equals + 1));
     }
     const std::string name = path.empty() ? "--set" : path;
     std::string text = path.empty() ? Veskar::Config::defaults().toJson() : readText(path);

@@ -79,7 +79,11 @@ TEST(HostParameters, NameWhatIsWrong) {
     EXPECT_EQ(faultOfConfig(R"({"veskarHost": {"radarFloorStd": [1.0, 2.0]}})"),
               "veskarHost.radarFloorStd: expected 6 numbers, found 2");
     EXPECT_EQ(faultOfConfig(R"({"veskarHost": {"radarFloorStd": [1, 1, 1, 1, 1, -1]}})"),
-              "veskarHost.radarFloorStd: -1 is not above 0 and at most 1000");
+              "veskarHost.radarFloorStd[5]: -1 is not above 0 and at most 1000");
+    EXPECT_EQ(faultOfConfig(R"({"veskarHost": {"videoSilence": 0.001}})"),
+              "veskarHost.videoSilence: 0.001 is not at least 0.01 and at most 3600");
+    EXPECT_EQ(faultOfConfig(R"({"veskarHost": {"predictionInterval": 0.009}})"),
+              "veskarHost.predictionInterval: 0.009 is not at least 0.01 and at most 3600");
     EXPECT_EQ(faultOfConfig(R"({"veskarHost": 3})"),
               "veskarHost: expected an object, found a number");
     EXPECT_NE(faultOfConfig("{").find("line 1, column"), std::string::npos);
@@ -97,6 +101,26 @@ TEST(HostParameters, AreSetOneByOne) {
               "radarGain: -1 is not above 0 and at most 1000000");
     EXPECT_EQ(faultOfSetting("videoGian", "much"),
               "videoGian: the key is not known; is videoGain meant?");
+}
+
+TEST(HostParameters, AreSetWithTheirSection) {
+    HostParameters parameters;
+    parameters.set("veskarHost.radarGain", "2.5");
+    EXPECT_EQ(parameters.radarGain, 2.5);
+    EXPECT_EQ(faultOfSetting("veskarHost.radarGian", "1"),
+              "veskarHost.radarGian: the key is not known; is radarGain meant?");
+    EXPECT_EQ(faultOfSetting("veskarHost.", "1"), "veskarHost.: the key is not known");
+}
+
+TEST(HostParameters, StayAsTheyAreWhenAValueIsRefused) {
+    HostParameters parameters;
+    try {
+        parameters.set("radarFloorStd", "[1, 2, 3, 4, -5, 6]");
+        FAIL() << "a negative deviation";
+    } catch (const InputError& error) {
+        EXPECT_STREQ(error.what(), "radarFloorStd[4]: -5 is not above 0 and at most 1000");
+    }
+    EXPECT_EQ(parameters.toJson(), "{}");
 }
 
 TEST(HostParameters, HaveADefaultWithinTheLimitsAndANameEach) {
