@@ -18,6 +18,14 @@ const ImageBox* boxOf(const Report& report) {
     return ready != nullptr && ready->box ? &*ready->box : nullptr;
 }
 
+/// Ahead as far as the fusion takes for another time base; behind farther than any frame is
+/// overtaken.
+bool isFar(double stamp, double last) {
+    constexpr double farthestAhead = 3600.0;
+    constexpr double farthestBehind = 1.0;
+    return stamp > last + farthestAhead || stamp < last - farthestBehind;
+}
+
 }  // namespace
 
 void refuseEarlyArrival(const SensorFrame& frame) {
@@ -34,6 +42,33 @@ void refuseBoxesUpsideDown(const SensorFrame& frame) {
             throw InputError("tracks[" + std::to_string(i) + "].box.top: is below bottom");
         }
     }
+}
+
+void FrameOrder::check(const SensorFrame& frame) const {
+    const auto before = lastTime_.find(frame.source);
+    if (before != lastTime_.end() && !(frame.time > before->second)) {
+        throw InputError("time: " + shortestText(frame.time) + " is not later than " +
+                         shortestText(before->second) + ", the time of the " +
+                         sourceName(frame.source) + " frame before");
+    }
+    refuseEarlyArrival(frame);
+    if (lastReceived_ && frame.received < *lastReceived_) {
+        throw InputError("received: " + shortestText(frame.received) + " is before " +
+                         shortestText(*lastReceived_) +
+                         ", when the frame before was received; frames stand in the order of "
+                         "their arrival");
+    }
+}
+
+void FrameOrder::take(const SensorFrame& frame) {
+    lastTime_[frame.source] = frame.time;
+    lastReceived_ = frame.received;
+}
+
+bool FrameOrder::isFar(const SensorFrame& frame) const {
+    const auto before = lastTime_.find(frame.source);
+    return (before != lastTime_.end() && Internal::isFar(frame.time, before->second)) ||
+           (lastReceived_ && Internal::isFar(frame.received, *lastReceived_));
 }
 
 }  // namespace Veskar::Host::Internal

@@ -2,17 +2,20 @@
 #include <veskar-host/FrameRecorder.h>
 #include <veskar-host/InputError.h>
 
-#include "host/recording/RecordingHeader.h"
+#include "host/installation/HeaderFields.h"
+#include "host/installation/RecordingHeader.h"
+#include "host/json/JanssonValue.h"
+#include "host/recording/FrameChecks.h"
 #include "host/recording/RotatingFile.h"
 
-#include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <condition_variable>
 #include <deque>
 #include <exception>
-#include <limits>
-#include <map>
 #include <mutex>
+#include <new>
+#include <optional>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -25,6 +28,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Internal::RotatingFile;
 
+/// @throw InputError when the header could not be read back, or not as the same
 std::string headerOf(const Installation& installation, const FrameRecorder::Options& options) {
     Internal::RecordingHeader header;
     static_cast<Installation&>(header) = installation;
@@ -32,43 +36,63 @@ std::string headerOf(const Installation& installation, const FrameRecorder::Opti
     header.origin = options.origin;
     header.licence = options.licence;
     header.epoch = options.epoch;
-    return toJsonLine(header);
+    std::string line = toJsonLine(header);
+    const Internal::JsonDocument document(line);
+    const Internal::BasicFields<Internal::JanssonValue> fields(document.root());
+    if (toJsonLine(Internal::readHeader(fields)) != line) {
+        throw InputError("the header of the recording holds a number that is not finite");
+    }
+    return line;
 }
 
-/// Refuses what a reader would refuse, which has only the text.
-class Reader {
+/// @return about how much memory a copy of the frame takes
+std::size_t memoryOf(const SensorFrame& frame) {
+    return sizeof(SensorFrame) + frame.tracks.size() * sizeof(Report);
+}
+
+/// Lets one cause into the system log at most once a minute.
+class LogLimit {
 public:
-    /// @param line of a frame
-    /// @throw InputError what is wrong with it behind the lines before
-    void read(const std::string& line) {
-        const SensorFrame frame = parseSensorFrame(line);
-        const auto last = lastTimes_.find(frame.source);
-        if (last != lastTimes_.end() && frame.time <= last->second) {
-            throw InputError("time: not later than that of the frame before");
+    bool allows() {
+        const Clock::time_point now = Clock::now();
+        if (next_ && now < *next_) {
+            return false;
         }
-        if (frame.received < lastReceived_) {
-            throw InputError("received: before the frame before was received");
-        }
-        frame_ = {frame.source, frame.time, frame.received, {}};
-    }
-    /// Takes the line that was read last as one of the recording.
-    void keep() {
-        lastTimes_[frame_.source] = frame_.time;
-        lastReceived_ = frame_.received;
+        next_ = now + std::chrono::minutes(1);
+        return true;
     }
 
 private:
-    SensorFrame frame_;
-    std::map<Source, double> lastTimes_;
-    double lastReceived_ = -std::numeric_limits<double>::infinity();
+    std::optional<Clock::time_point> next_;
 };
+
+/// A line that can be read, and the stamps that stand in it.
+struct Line {
+    std::string text;
+    SensorFrame frame;  ///< without tracks
+};
+
+/// @throw InputError what a reader would refuse, who has only the text
+Line lineOf(const SensorFrame& frame) {
+    Line line{toJsonLine(frame), {}};
+    line.frame = parseSensorFrame(line.text);
+    line.frame.tracks.clear();
+    return line;
+}
+
+/// @return whether two frames that are far from those before them share a time base
+bool agree(const SensorFrame& first, const SensorFrame& second) {
+    constexpr double agreement = 60.0;
+    return std::abs(second.time - first.time) <= agreement &&
+           std::abs(second.received - first.received) <= agreement;
+}
 
 }  // namespace
 
 class FrameRecorder::Writer {
 public:
     Writer(const std::string& path, const Installation& installation, const Options& options)
-        : mostWaiting_(std::max(options.waiting, std::size_t{1})),
+        : mostWaiting_(options.waiting),
           file_(path, headerOf(installation, options), options.rotateAfter, options.keptFiles),
           thread_([this] { run(); }) {}
 
@@ -82,14 +106,11 @@ public:
     }
 
     void write(const SensorFrame& frame) {
-        {
+        try {
+            enqueue(frame);
+        } catch (const std::bad_alloc&) {
             const std::lock_guard<std::mutex> lock(mutex_);
-            if (frames_.size() >= mostWaiting_) {
-                ++counts_.dropped;
-                isBehind_ = true;
-                return;
-            }
-            frames_.push_back(frame);
+            drop();
         }
         hasFrames_.notify_one();
     }
@@ -100,85 +121,140 @@ public:
     }
 
 private:
+    void enqueue(SensorFrame frame) {
+        const std::size_t memory = memoryOf(frame);
+        const std::lock_guard<std::mutex> lock(mutex_);
+        // One frame may always wait.
+        if (!frames_.empty() && waiting_ + memory > mostWaiting_) {
+            drop();
+            return;
+        }
+        frames_.push_back(std::move(frame));
+        waiting_ += memory;
+    }
+
+    void drop() {
+        ++counts_.dropped;
+        isBehind_ = true;
+    }
+
+    /// The lock is held only to look at what waits: neither the disk nor the system log, which may
+    /// keep its callers waiting, can hold up the host.
     void run() {
         std::unique_lock<std::mutex> lock(mutex_);
-        for (;;) {
+        for (bool isOver = false; !isOver;) {
             const auto isWork = [this] { return isClosed_ || !frames_.empty(); };
             if (isUnsynced_) {
                 hasFrames_.wait_until(lock, nextSync_, isWork);
             } else {
                 hasFrames_.wait(lock, isWork);
             }
-            if (std::exchange(isBehind_, false)) {
-                tellOfDrops();
-            }
+            const bool isBehind = std::exchange(isBehind_, false);
+            std::optional<SensorFrame> frame;
             if (!frames_.empty()) {
-                const SensorFrame frame = std::move(frames_.front());
+                waiting_ -= memoryOf(frames_.front());
+                frame = std::move(frames_.front());
                 frames_.pop_front();
-                lock.unlock();
-                record(frame);
-                lock.lock();
             }
-            const bool isOver = isClosed_ && frames_.empty();
+            isOver = isClosed_ && frames_.empty();
+            lock.unlock();
+            if (isBehind && dropLog_.allows()) {
+                syslog(LOG_ERR, "FrameRecorder: Dropped frames that the disk is too slow for\n");
+            }
+            if (frame) {
+                record(*frame);
+            }
+            if (isOver) {
+                refuseHeldBack();
+            }
             if (isUnsynced_ && (isOver || Clock::now() >= nextSync_)) {
-                lock.unlock();
                 sync();
-                lock.lock();
             }
-            if (isOver && frames_.empty()) {
-                return;
-            }
+            lock.lock();
         }
     }
 
     void record(const SensorFrame& frame) {
-        const std::string line = toJsonLine(frame);
         try {
-            reader_.read(line);
+            Line line = lineOf(frame);
+            if (order_.isFar(line.frame)) {
+                recordFar(std::move(line));
+                return;
+            }
+            if (heldBack_ && heldBack_->frame.source == frame.source) {
+                refuseHeldBack();
+            }
+            order_.check(line.frame);
+            append(line);
         } catch (const InputError& error) {
-            tell(&Counts::refused, error.what());
+            leaveOut(&Counts::refused, refusedLog_, error.what());
+        } catch (const std::exception& error) {
+            leaveOut(&Counts::failed, failedLog_, error.what());
+        }
+    }
+
+    /// As the fusion judges time bases, but for every sensor by itself: one stamp far from the
+    /// others is a fault, two that agree are a clock that was set.
+    void recordFar(Line line) {
+        if (!heldBack_ || !agree(heldBack_->frame, line.frame)) {
+            refuseHeldBack();
+            heldBack_ = std::move(line);
             return;
         }
-        try {
-            file_.append(line);
-        } catch (const std::system_error& error) {
-            tell(&Counts::failed, error.what());
-            return;
+        Internal::FrameOrder order;
+        order.take(heldBack_->frame);
+        order.check(line.frame);
+        file_.rotate();
+        order_ = Internal::FrameOrder();
+        append(*heldBack_);
+        heldBack_.reset();
+        append(line);
+    }
+
+    void refuseHeldBack() {
+        if (heldBack_) {
+            heldBack_.reset();
+            leaveOut(&Counts::refused, refusedLog_, "time: far from that of the others");
         }
-        reader_.keep();
+    }
+
+    void append(const Line& line) {
+        file_.append(line.text);
+        order_.take(line.frame);
         if (!std::exchange(isUnsynced_, true)) {
             nextSync_ = Clock::now() + std::chrono::seconds(1);
         }
         const std::lock_guard<std::mutex> lock(mutex_);
         ++counts_.written;
-        isFaulty_ = false;
     }
 
     void sync() {
         isUnsynced_ = false;
         try {
             file_.sync();
-        } catch (const std::system_error& error) {
-            syslog(LOG_ERR, "FrameRecorder: %s\n", error.what());
+        } catch (const std::exception& error) {
+            count(&Counts::unsynced, error.what());
+            if (syncLog_.allows()) {
+                syslog(LOG_ERR, "FrameRecorder: Failed to bring frames to the disk: %s\n",
+                       error.what());
+            }
         }
     }
 
-    /// Logged here and not by write: the system log may keep its callers waiting.
-    void tellOfDrops() {
-        const Clock::time_point now = Clock::now();
-        if (nextTelling_ <= now) {
-            nextTelling_ = now + std::chrono::minutes(1);
-            syslog(LOG_ERR, "FrameRecorder: Dropped frames that the disk is too slow for\n");
-        }
-    }
-
-    /// Counts a frame that is not in the recording, and logs the first one of several in a row.
-    void tell(std::uint64_t Counts::*count, const char* fault) {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        ++(counts_.*count);
-        counts_.lastFault = fault;
-        if (!std::exchange(isFaulty_, true)) {
+    void leaveOut(std::uint64_t Counts::*counter, LogLimit& limit, const char* fault) {
+        count(counter, fault);
+        if (limit.allows()) {
             syslog(LOG_ERR, "FrameRecorder: Left out a frame: %s\n", fault);
+        }
+    }
+
+    void count(std::uint64_t Counts::*counter, const char* fault) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        ++(counts_.*counter);
+        try {
+            counts_.lastFault = fault;
+        } catch (const std::bad_alloc&) {
+            // The count tells of it.
         }
     }
 
@@ -186,17 +262,21 @@ private:
     mutable std::mutex mutex_;  // guards the next six
     std::condition_variable hasFrames_;
     std::deque<SensorFrame> frames_;
+    std::size_t waiting_ = 0;  ///< memory of the frames, bytes
     Counts counts_;
     bool isClosed_ = false;
-    bool isFaulty_ = false;  ///< the last frame was left out
     bool isBehind_ = false;  ///< frames were dropped of which nothing has been told
 
     // The thread's own.
     RotatingFile file_;
-    Reader reader_;
+    Internal::FrameOrder order_;
+    std::optional<Line> heldBack_;  ///< far from the frames before it
     bool isUnsynced_ = false;
     Clock::time_point nextSync_;
-    Clock::time_point nextTelling_;  ///< of dropped frames
+    LogLimit dropLog_;
+    LogLimit refusedLog_;
+    LogLimit failedLog_;
+    LogLimit syncLog_;
     std::thread thread_;
 };
 

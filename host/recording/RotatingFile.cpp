@@ -17,6 +17,32 @@ namespace {
     throw std::system_error(reason, std::generic_category(), path);
 }
 
+/// @return whether there is a file, which is then a regular one
+bool exists(const std::string& path) {
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) != 0) {
+        if (errno != ENOENT) {
+            fail(path);
+        }
+        return false;
+    }
+    if (!S_ISREG(status.st_mode)) {
+        fail(path + ": is no regular file", EEXIST);
+    }
+    return true;
+}
+
+/// Brings the names of files to the disk. Not every file system can do that.
+void syncDirectoryOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    const std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    const int descriptor = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor >= 0) {
+        ::fsync(descriptor);
+        ::close(descriptor);
+    }
+}
+
 }  // namespace
 
 RotatingFile::RotatingFile(std::string path, std::string header, std::uint64_t rotateAfter,
@@ -31,7 +57,7 @@ RotatingFile::~RotatingFile() {
 
 /// A file without its header is none: it is not left behind.
 void RotatingFile::open() {
-    rotate();
+    makeWay();
     descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0666);
     if (descriptor_ < 0) {
         fail(path_);
@@ -44,6 +70,7 @@ void RotatingFile::open() {
         ::unlink(path_.c_str());
         throw;
     }
+    syncDirectoryOf(path_);
 }
 
 void RotatingFile::close() {
@@ -52,36 +79,50 @@ void RotatingFile::close() {
     }
 }
 
-/// Renames from the oldest on; each takes the place of the one before.
-void RotatingFile::rotate() const {
-    const auto numbered = [this](std::size_t number) {
-        return number == 0 ? path_ : path_ + "." + std::to_string(number);
-    };
+std::string RotatingFile::numbered(std::size_t number) const {
+    return number == 0 ? path_ : path_ + "." + std::to_string(number);
+}
+
+/// Renames the file and those behind it, from the oldest on: each takes the place of the one
+/// before. A gap in their numbers takes the last one. Without the file there is nothing to do: what
+/// was tried in vain before must not push another recording out.
+void RotatingFile::makeWay() const {
+    if (!exists(path_)) {
+        return;
+    }
     if (kept_ == 0) {
-        if (::unlink(path_.c_str()) != 0 && errno != ENOENT) {
+        if (::unlink(path_.c_str()) != 0) {
             fail(path_);
         }
         return;
     }
-    for (std::size_t number = kept_; number > 0; --number) {
+    std::size_t free = 1;
+    while (free < kept_ && exists(numbered(free))) {
+        ++free;
+    }
+    for (std::size_t number = free; number > 0; --number) {
         const std::string from = numbered(number - 1);
-        if (std::rename(from.c_str(), numbered(number).c_str()) != 0 && errno != ENOENT) {
+        if (std::rename(from.c_str(), numbered(number).c_str()) != 0) {
             fail(from);
         }
     }
 }
 
 void RotatingFile::append(std::string_view line) {
-    const bool isFull =
-        rotateAfter_ > 0 && size_ > header_.size() && size_ + line.size() > rotateAfter_;
-    if (isFull) {
-        sync();
-        close();
+    if (rotateAfter_ > 0 && size_ + line.size() > rotateAfter_) {
+        rotate();
     }
     if (descriptor_ < 0) {
         open();
     }
     appendToFile(line);
+}
+
+void RotatingFile::rotate() {
+    if (size_ > header_.size()) {
+        sync();
+        close();
+    }
 }
 
 void RotatingFile::appendToFile(std::string_view line) {

@@ -24,13 +24,16 @@ public:
     /// Appends a line whole or not at all.
     /// @param line with line end
     void append(std::string_view line);
+    /// Lets the next line begin a file, unless the file has none yet.
+    void rotate();
     /// Brings everything to the disk.
     void sync();
 
 private:
     void open();
     void close();
-    void rotate() const;
+    void makeWay() const;
+    std::string numbered(std::size_t number) const;
     void appendToFile(std::string_view line);
 
     std::string path_;

@@ -16,15 +16,22 @@ namespace Veskar::Host {
 
 /// Writes sensor frames to a recording, as `veskar replay` reads it, on a thread of its own.
 ///
-/// Every line is handed to the system whole and at once, so that a crash of the process loses no
-/// more than the frames that still wait; it is on the disk a second later at most. A line that does
-/// not fit on the disk is taken back, and the recording goes on when there is room again.
+/// Every line is handed to the system whole and at once: when the process crashes, the frames that
+/// still wait are lost, nothing else. What was written is on the disk a second later at most: a
+/// power cut loses the frames of about that second as well, and the last line may then be torn
+/// (docs/recording-format.md tells what to do with it). A line that does not fit on the disk is
+/// taken back, and the recording goes on when there is room again.
 ///
 /// A frame that would make the recording one that cannot be read is left out: one that is not later
-/// than the last one of its sensor, was received before the frame that was written last, or holds
-/// what is not finite.
+/// than the last one of its sensor, was received before the frame that was written last, comes from
+/// neither video nor radar, or holds what is not finite.
 ///
-/// Faults never reach the host. They are counted and logged at error priority when they begin.
+/// A frame more than an hour ahead of those before it, or more than a second behind them, is held
+/// back until the next one of its sensor. When a frame follows that is as far off and within 60 s
+/// of it, a clock has been set: a new file begins with both. Otherwise it is left out.
+///
+/// Faults never reach the host. They are counted and logged at error priority, each cause at most
+/// once a minute.
 ///
 /// write is for one thread at a time; counts may be called from any.
 class VESKAR_HOST_EXPORT FrameRecorder {
@@ -36,25 +43,30 @@ public:
         std::string licence;              ///< under which terms
         std::optional<double> epoch;      ///< UNIX time of time 0, when known
         /// Bytes of a file after which it is rotated: renamed to FILE.1, what was FILE.1 to FILE.2
-        /// and so on. The new file begins with the header. 0: never.
-        std::uint64_t rotateAfter = 0;
-        std::size_t keptFiles = 5;   ///< rotated files; older ones are removed
-        std::size_t waiting = 1000;  ///< frames that may wait for the disk
+        /// and so on. The new file begins with the header. 0: never. With the files that are kept,
+        /// the recordings take 1.5 GiB at most.
+        std::uint64_t rotateAfter = std::uint64_t{256} << 20;
+        std::size_t keptFiles = 5;  ///< rotated files; older ones are removed
+        /// Bytes of memory that frames may take which wait for the disk.
+        std::size_t waiting = std::size_t{16} << 20;
     };
 
-    /// How many frames went where.
+    /// How many frames went where. One that is held back is counted when that ends.
     struct Counts {
-        std::uint64_t written = 0;  ///< stand in the recording
-        std::uint64_t dropped = 0;  ///< were too many for the disk: the queue was full
-        std::uint64_t refused = 0;  ///< could not have been read back
-        std::uint64_t failed = 0;   ///< could not be written
-        std::string lastFault;      ///< why one was refused or failed; empty: never
+        std::uint64_t written = 0;   ///< stand in the recording
+        std::uint64_t dropped = 0;   ///< were too many for the disk or the memory
+        std::uint64_t refused = 0;   ///< could not have been read back
+        std::uint64_t failed = 0;    ///< could not be written
+        std::uint64_t unsynced = 0;  ///< times that the system failed to bring lines to the disk
+        std::string lastFault;       ///< the last reason for one of the last three; empty: none
     };
 
-    /// Creates the file and writes the header. A file that is there is rotated.
+    /// Creates the file and writes the header. A file that is there is rotated, with the default
+    /// options of the other constructor.
     /// @param path the file
     /// @param installation written into the header
-    /// @throw InputError when the file cannot be created
+    /// @throw InputError when the file cannot be created, the path is there and no regular file, or
+    ///                   the header could not be read back
     FrameRecorder(const std::string& path, const Installation& installation);
     /// As above.
     /// @param path as above
@@ -63,12 +75,12 @@ public:
     /// @throw InputError as above
     FrameRecorder(const std::string& path, const Installation& installation,
                   const Options& options);
-    /// Writes what waits.
+    /// Writes what waits, and brings it to the disk.
     ~FrameRecorder();
     FrameRecorder(const FrameRecorder&) = delete;
     FrameRecorder& operator=(const FrameRecorder&) = delete;
 
-    /// Hands over a frame; never waits for the disk. When as many frames wait as may, this one is
+    /// Hands over a frame; never waits for the disk. When as much waits as may, this one is
     /// dropped: those that wait stand in order, and the gap begins where the disk fell behind.
     /// @param frame in the order of arrival
     void write(const SensorFrame& frame);
@@ -77,7 +89,7 @@ public:
     Counts counts() const;
 
 private:
-    class Writer;
+    class VESKAR_HOST_NO_EXPORT Writer;
 
     std::unique_ptr<Writer> writer_;
 };

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 
@@ -13,8 +14,12 @@ namespace {
 std::atomic<std::uint64_t> allocated{0};
 std::atomic<std::uint64_t> freed{0};
 std::atomic<std::int64_t> bytes{0};
+std::atomic<std::size_t> limit{SIZE_MAX};
 
 void* countedAllocate(std::size_t size, std::size_t alignment) {
+    if (size > limit.load(std::memory_order_relaxed)) {
+        throw std::bad_alloc();
+    }
     allocated.fetch_add(1, std::memory_order_relaxed);
     const std::size_t rounded = (size + alignment - 1) / alignment * alignment;
     void* block = alignment > alignof(std::max_align_t)
@@ -52,6 +57,14 @@ std::int64_t liveAllocations() {
 
 std::int64_t liveBytes() {
     return bytes.load(std::memory_order_relaxed);
+}
+
+AllocationLimit::AllocationLimit(std::size_t most) {
+    limit = most;
+}
+
+AllocationLimit::~AllocationLimit() {
+    limit = SIZE_MAX;
 }
 
 }  // namespace VeskarTest

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Counts heap allocations of this process.
+// Counts heap allocations of this process, and lets them fail.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace VeskarTest {
@@ -20,6 +21,15 @@ public:
 
 private:
     std::uint64_t start_ = allocationCount();
+};
+
+/// While one lives, operator new fails for more than so many bytes at once.
+class AllocationLimit {
+public:
+    explicit AllocationLimit(std::size_t most);
+    ~AllocationLimit();
+    AllocationLimit(const AllocationLimit&) = delete;
+    AllocationLimit& operator=(const AllocationLimit&) = delete;
 };
 
 }  // namespace VeskarTest

@@ -74,6 +74,10 @@ void SyslogCapture::clear() {
     captured.clear();
 }
 
+std::unique_lock<std::mutex> SyslogCapture::holdUp() {
+    return std::unique_lock<std::mutex>(mutex);
+}
+
 }  // namespace VeskarTest
 
 // The program's own definitions take the place of the C library's, with and without fortification.

@@ -2,6 +2,7 @@
 // Captures what the library writes to the system log.
 #pragma once
 
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,9 @@ public:
     /// @return the texts of the calls so far at one priority
     std::vector<std::string> texts(int priority) const;
     void clear();
+
+    /// @return while it is locked, callers of syslog() wait
+    static std::unique_lock<std::mutex> holdUp();
 };
 
 }  // namespace VeskarTest

@@ -3,9 +3,8 @@
 
 #include <veskar-host/InputError.h>
 
-#include "host/recording/FrameChecks.h"
-#include "host/recording/FrameFields.h"
 #include "host/installation/HeaderFields.h"
+#include "host/recording/FrameFields.h"
 #include "host/recording/RepeatedIds.h"
 #include "io/DocumentValue.h"
 #include "io/LineParser.h"
@@ -159,22 +158,8 @@ void RecordingReader::checkOrder(const TruthFrame& frame) {
 }
 
 void RecordingReader::checkOrder(const SensorFrame& frame) {
-    const auto before = lastTime_.find(frame.source);
-    if (before != lastTime_.end() && !(frame.time > before->second)) {
-        throw InputError(
-            fmt::format("time: {} is not later than {}, the time of the {} frame "
-                        "before",
-                        frame.time, before->second, sourceName(frame.source)));
-    }
-    refuseEarlyArrival(frame);
-    if (lastReceived_ && frame.received < *lastReceived_) {
-        throw InputError(
-            fmt::format("received: {} is before {}, when the frame before was "
-                        "received; frames stand in the order of their arrival",
-                        frame.received, *lastReceived_));
-    }
-    lastTime_[frame.source] = frame.time;
-    lastReceived_ = frame.received;
+    order_.check(frame);
+    order_.take(frame);
 }
 
 }  // namespace Workbench

@@ -2,12 +2,12 @@
 // Reads a recording line by line.
 #pragma once
 
+#include "host/recording/FrameChecks.h"
 #include "io/Digest.h"
 #include "io/LineReader.h"
 #include "recording/Recording.h"
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -64,8 +64,7 @@ private:
     TruthLines truthLines_;
     RecordingHeader head_;
     Digest content_;
-    std::map<Veskar::Source, double> lastTime_;
-    std::optional<double> lastReceived_;
+    FrameOrder order_;
     std::optional<double> lastTruth_;
 };
 
