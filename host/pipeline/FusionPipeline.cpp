@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <exception>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -27,9 +28,6 @@ std::chrono::nanoseconds nanoseconds(double seconds) {
     constexpr double reach = 9.2e9;
     return std::chrono::nanoseconds(std::llround(std::clamp(seconds, -reach, reach) * 1e9));
 }
-
-/// How far radar may be ahead of video before the module lets it wait, s.
-constexpr double videoLead = 0.1;
 
 /// A frame as the fusion takes it.
 struct HostFrame {
@@ -57,14 +55,35 @@ public:
     }
 
     void push(const SensorFrame& frame) {
-        advance(frame.received);
+        const bool isSensors = frame.source == VideoObject || frame.source == Radar;
+        if (!isSensors || !std::isfinite(frame.time) || !std::isfinite(frame.received)) {
+            ++counts_.ignoredFrames;
+            return;
+        }
+        addBefore(frame.received);
         supervisor_.saw(frame);
         ++(frame.source == Radar ? counts_.radarFrames : counts_.videoFrames);
         hand({frame.source, frame.time, adapter_.convert(frame, uptime_)}, frame.received);
+        throwWhatTheSinkThrew();
     }
 
     void advance(double now) {
+        addBefore(now);
+        throwWhatTheSinkThrew();
+    }
+
+    void setObserver(FusionObserver* observer) { observer_.setNext(observer); }
+    const Counts& counts() const { return counts_; }
+    const FusionModule& fusion() const { return module_; }
+
+private:
+    void addBefore(double now) {
         while (const auto added = supervisor_.nextBefore(now)) {
+            // Two stamps that agree are a new time base to the module, and one of a sensor may be
+            // wrong: it gets no company.
+            if (module_.isFarInTime(added->time + uptime_)) {
+                continue;
+            }
             ++counts_.addedFrames;
             Tracks tracks;
             if (added->basis != nullptr) {
@@ -74,11 +93,6 @@ public:
         }
     }
 
-    void setObserver(FusionObserver* observer) { observer_.setNext(observer); }
-    const Counts& counts() const { return counts_; }
-    const FusionModule& fusion() const { return module_; }
-
-private:
     /// The module looks at waiting radar frames only when it is given another one. A radar frame
     /// that would have to wait is therefore kept here until the video frame that it waits for has
     /// come; a silent camera is not waited for.
@@ -102,7 +116,7 @@ private:
     }
 
     bool wouldWait(const HostFrame& radarFrame) const {
-        return !(radarFrame.time + uptime_ < observer_.lastVideo() + videoLead);
+        return module_.waitsForVideo(radarFrame.time + uptime_);
     }
 
     void release(double received) {
@@ -135,6 +149,9 @@ private:
     }
 
     void tell(Source source, double time, double received) {
+        if (!sink_) {
+            return;
+        }
         FusedFrame frame{time, received, source, {}};
         if (!module_.systemTracks.empty()) {
             frame.time = module_.systemTracks.front()->time - uptime_;
@@ -149,7 +166,20 @@ private:
                 frame.tracks.back().tags = priority_->evaluateTrack(*track);
             }
         }
-        sink_(frame);
+        try {
+            sink_(frame);
+        } catch (...) {
+            // What is under way is finished first: the frame that was pushed may come next.
+            if (!sinkFault_) {
+                sinkFault_ = std::current_exception();
+            }
+        }
+    }
+
+    void throwWhatTheSinkThrew() {
+        if (sinkFault_) {
+            std::rethrow_exception(std::exchange(sinkFault_, nullptr));
+        }
     }
 
     static void askForPosition(FusedTrack& track) {
@@ -173,6 +203,7 @@ private:
     Internal::SensorSupervisor supervisor_;
     std::optional<HostFrame> held_;  ///< the last radar frame, while it is ahead of video
     Sink sink_;
+    std::exception_ptr sinkFault_;  ///< the first of the call that is under way
     std::optional<DetectionPriority> priority_;
     Counts counts_;
 };

@@ -11,9 +11,6 @@ std::optional<FusionObserver::Frame> ObserverTee::takeFrame() {
 
 void ObserverTee::onFrame(const Frame& frame) {
     frame_ = frame;
-    if (frame.source == VideoObject) {
-        lastVideo_ = frame.timestamp;
-    }
     if (next_ != nullptr) {
         next_->onFrame(frame);
     }
@@ -71,6 +68,10 @@ void ObserverTee::onDeletion(int systemTrackId, DeletionReason reason) {
     if (next_ != nullptr) {
         next_->onDeletion(systemTrackId, reason);
     }
+}
+
+bool ObserverTee::wantsDecisions() const {
+    return next_ != nullptr && next_->wantsDecisions();
 }
 
 }  // namespace Veskar::Host::Internal

@@ -8,16 +8,14 @@
 
 namespace Veskar::Host::Internal {
 
-/// Remembers the last frames that were fused and hands everything on to another observer, if there
-/// is one.
+/// Remembers the last frame that was fused and hands everything on to another observer, if there is
+/// one. Wants decisions when that one does.
 class ObserverTee : public FusionObserver {
 public:
     /// @param next told everything, or null
     void setNext(FusionObserver* next) { next_ = next; }
     /// @return the last frame that was fused since the last call
     std::optional<Frame> takeFrame();
-    /// @return time stamp of the last video frame that was fused, s; 0 before there is one
-    double lastVideo() const { return lastVideo_; }
 
     void onFrame(const Frame& frame) override;
     void onContinuation(const Continuation& continuation) override;
@@ -29,11 +27,11 @@ public:
     void onConfirmation(int systemTrackId, double probability, double limit) override;
     void onPruning(const Pruning& pruning) override;
     void onDeletion(int systemTrackId, DeletionReason reason) override;
+    bool wantsDecisions() const override;
 
 private:
     FusionObserver* next_ = nullptr;
     std::optional<Frame> frame_;
-    double lastVideo_ = 0.0;
 };
 
 }  // namespace Veskar::Host::Internal

@@ -28,8 +28,12 @@ namespace Veskar::Host {
 /// globally.
 class VESKAR_HOST_EXPORT FusionPipeline {
 public:
-    /// Receives the system tracks after every frame that was fused. Called by push and advance, on
-    /// their thread. What it throws reaches their caller; the pipeline may be used further on.
+    /// Receives the system tracks after what push or advance has fused, on their thread; must not
+    /// call the pipeline. When one frame lets several be fused at once, as video does for radar
+    /// frames that wait in the module, it is called once, with the tracks after the last of them.
+    ///
+    /// What it throws reaches the caller of push or advance as soon as that has done its work, and
+    /// the pipeline may be used further on; of several exceptions the first one does. May be empty.
     using Sink = std::function<void(const FusedFrame&)>;
 
     /// What a host may want beyond what a live one usually does.
@@ -48,12 +52,14 @@ public:
 
     /// What happened so far.
     struct Counts {
-        std::uint64_t videoFrames = 0;   ///< pushed
-        std::uint64_t radarFrames = 0;   ///< pushed
-        std::uint64_t addedFrames = 0;   ///< empty or predicted, by the pipeline
-        std::uint64_t failedFrames = 0;  ///< that the fusion could not associate
-        std::string firstFailure;        ///< why, and when
-        double fusionSeconds = 0.0;      ///< wall time inside FusionModule::cycle
+        std::uint64_t videoFrames = 0;    ///< pushed
+        std::uint64_t radarFrames = 0;    ///< pushed
+        std::uint64_t ignoredFrames = 0;  ///< pushed, but of another source or with times that
+                                          ///< are not finite
+        std::uint64_t addedFrames = 0;    ///< empty or predicted, by the pipeline
+        std::uint64_t failedFrames = 0;   ///< that the fusion could not associate
+        std::string firstFailure;         ///< why, and when
+        double fusionSeconds = 0.0;       ///< wall time inside FusionModule::cycle
     };
 
     /// @param installation the sensors and where they are
@@ -74,7 +80,9 @@ public:
     FusionPipeline(const FusionPipeline&) = delete;
     FusionPipeline& operator=(const FusionPipeline&) = delete;
 
-    /// Hands a frame to the fusion, and before it those that the host has to add.
+    /// Hands a frame to the fusion, and before it those that the host has to add. A frame of a
+    /// source that is neither video nor radar, or with a time that is not finite, is ignored and
+    /// counted.
     ///
     /// A frame with more tracks than one assignment holds (512 on a side) is counted as failed: the
     /// fusion ages its tracks and goes on with the next frame.
@@ -96,7 +104,7 @@ public:
     const FusionModule& fusion() const;
 
 private:
-    class Engine;
+    class VESKAR_HOST_NO_EXPORT Engine;
 
     std::unique_ptr<Engine> engine_;
 };
