@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: Apache-2.0
 # Debian packages: `cpack -B DIRECTORY` in a build directory, or scripts/package for all that is
 # shipped. One package per component: libveskar1 (runtime), libveskar-dev (dev), libveskar-host1
-# (hostruntime), libveskar-host-dev (hostdev), veskar-tools (tools), veskar-doc (doc). A package depends on what dpkg-shlibdeps finds in its programs and
-# libraries.
+# (hostruntime), libveskar-host-dev (hostdev), veskar-tools (tools), veskar-doc (doc). A package
+# depends on what dpkg-shlibdeps finds in its programs and libraries.
 # The version of the packages is that of the newest entry of their changelog: the project's, with
-# "~..." behind it until that is released (which sorts before it), and a revision that begins with 0, as that of
-# packages which are not Debian's own.
+# "~..." behind it until that is released (which sorts before it), and a revision that begins with
+# 0, as that of packages which are not Debian's own.
 set(changelog "${PROJECT_SOURCE_DIR}/packaging/changelog")
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${changelog}")
 file(STRINGS "${changelog}" newest LIMIT_COUNT 1)
