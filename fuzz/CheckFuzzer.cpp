@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // `veskar check` on any text: it ends with findings, whatever it takes the text for, and what it
 // calls a good recording is one.
+#include <veskar-host/InputError.h>
+
 #include "check/DocumentCheck.h"
 #include "check/RecordingCheck.h"
-#include "io/InputError.h"
 #include "recording/RecordingReader.h"
 #include "support/InputFile.h"
 #include "support/Require.h"

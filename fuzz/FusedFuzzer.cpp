@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Any text as fused tracks: they are read or refused with a reason.
-#include "io/InputError.h"
+#include <veskar-host/InputError.h>
+
 #include "replay/FusedReader.h"
 #include "support/InputFile.h"
 #include "support/Require.h"

@@ -2,9 +2,10 @@
 // Any two texts as the files of a data set, parted by a NUL: they are imported or refused with a
 // reason, in bounded memory. The first byte says which data set, an 'A' for Autoferry and anything
 // else for KITTI.
+#include <veskar-host/InputError.h>
+
 #include "import/Autoferry.h"
 #include "import/Kitti.h"
-#include "io/InputError.h"
 #include "support/InputFile.h"
 #include "support/Require.h"
 

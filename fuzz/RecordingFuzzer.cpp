@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Any text as a recording: it is read or refused with a reason, and what was read is the same once
 // it has been written and read again.
-#include "io/InputError.h"
+#include <veskar-host/InputError.h>
+
 #include "recording/RecordingReader.h"
 #include "recording/RecordingWriter.h"
 #include "support/InputFile.h"
@@ -25,9 +26,9 @@ Reading readAndWrite(std::string_view text) {
     Reading reading;
     try {
         RecordingReader reader(file.path());
-        reading.text = lineOf(reader.header());
+        reading.text = toJsonLine(reader.header());
         while (const auto line = reader.next()) {
-            reading.text += std::visit([](const auto& frame) { return lineOf(frame); }, *line);
+            reading.text += std::visit([](const auto& frame) { return toJsonLine(frame); }, *line);
         }
         reading.isWhole = true;
     } catch (const Workbench::InputError& error) {

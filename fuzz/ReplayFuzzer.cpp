@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // `veskar replay` on any text: what can be read goes through the fusion, and the fused tracks that
 // come out are ones that a reader takes.
+#include <veskar-host/InputError.h>
 #include <veskar/Config.h>
 
-#include "io/InputError.h"
 #include "recording/RecordingReader.h"
 #include "replay/FusedJson.h"
 #include "replay/FusedReader.h"
@@ -12,7 +12,6 @@
 #include "support/Require.h"
 
 #include <string>
-#include <utility>
 #include <variant>
 
 #include <syslog.h>
@@ -29,17 +28,15 @@ const Veskar::Config& config() {
 
 /// Replays up to the end or to the first fault of the text.
 std::string replay(RecordingReader& reader) {
-    const Workbench::HostAdapter adapter(reader.header(), config());
-    std::string fused = fusedHeaderLine(reader.header(), config().toJson());
-    Workbench::Replay run(reader.header(), config(), [&](Workbench::FrameReading&& reading) {
-        Workbench::LineText text;
-        appendFusedLine(text, placed(std::move(reading), adapter));
-        fused += text.view();
-    });
+    std::string fused = Workbench::fusedHeaderLine(reader.header(), config().toJson(), "{}");
+    Workbench::FusionPipeline run(
+        reader.header(), config(),
+        [&](const Workbench::FusedFrame& frame) { fused += toJsonLine(frame); }, {},
+        Workbench::replayOptions());
     try {
         while (const auto line = reader.next()) {
             if (const auto* frame = std::get_if<Workbench::SensorFrame>(&*line)) {
-                run.feed(*frame);
+                run.push(*frame);
             }
         }
     } catch (const Workbench::InputError& error) {

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Any text as a scenario: what `check` finds good can be simulated, in bounded work, and gives
 // lines that a reader takes.
+#include <veskar-host/InputError.h>
+
 #include "check/DocumentCheck.h"
-#include "io/InputError.h"
 #include "recording/RecordingReader.h"
 #include "recording/RecordingWriter.h"
 #include "scenario/Scenario.h"
@@ -33,11 +34,11 @@ std::string play(Workbench::Scenario scenario) {
     constexpr std::size_t enough = 200000;  // bytes
     scenario.duration = std::min(scenario.duration, 1.0);
     Workbench::Simulation simulation(scenario, 1);
-    std::string text = lineOf(simulation.header());
+    std::string text = toJsonLine(simulation.header());
     try {
         simulation.run(
             [&](const Workbench::RecordingLine& line) {
-                text += std::visit([](const auto& frame) { return lineOf(frame); }, line);
+                text += std::visit([](const auto& frame) { return toJsonLine(frame); }, line);
                 if (text.size() > enough) {
                     throw Enough();
                 }
