@@ -157,7 +157,7 @@ ImageBox HostAdapter::expectedBox(const Eigen::Vector2d& ground, const FusionEst
 }
 
 void HostAdapter::locate(Track& track, const Eigen::Vector2d& ground) const {
-    // A live host calls setLocation, which asks the device's geolocation service.
+    // Without a site the pipeline asks the device's geolocation service when it reads a track.
     track.location = SphericalCoordinate{ground.norm(), deviceAzimuth(ground), 0.0};
     if (site_) {
         track.geoLocation = geographicPosition(*site_, ground);

@@ -46,7 +46,7 @@ struct FusedTrack {
     std::optional<double> direction;                   ///< degrees clockwise from forward
     Labels labels;                                     ///< class and colours, probabilities 0..1
     ImageBox box;                                      ///< in the image
-    std::optional<::Dbus::GeoLocation::Position> geo;  ///< when the site is known
+    std::optional<::Dbus::GeoLocation::Position> geo;  ///< from the site, or the device's service
     double age = 0.0;                                  ///< s
     std::vector<Support> sensors;                      ///< what feeds it
     std::optional<std::set<std::string>> tags;         ///< detection priority, on request

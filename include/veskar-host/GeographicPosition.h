@@ -17,8 +17,8 @@ VESKAR_HOST_EXPORT double deviceAzimuth(const Eigen::Vector2d& ground);
 
 /// The geographic position of a ground point, on the tangent plane at the site (WGS84).
 ///
-/// A live host lets Veskar::Track::setLocation ask the device's geolocation service; a replay must
-/// not ask the machine that it happens to run on, so the recording states the site.
+/// Without a site FusionPipeline asks the device's geolocation service, Dbus::GeoLocation. A replay
+/// must not ask the machine that it happens to run on, so the recording states the site.
 ///
 /// @param site where the device stands
 /// @param ground device frame, m

@@ -27,7 +27,8 @@ public:
     double reportTime = time;  ///< time of the estimate, seconds; unlike `time` it stays
 };
 
-/// Turns frames of reports into tracks in the fusion frame.
+/// Turns frames of reports into tracks in the fusion frame. Nothing of it changes once it is made:
+/// several threads may use one.
 class VESKAR_HOST_EXPORT HostAdapter {
 public:
     /// @param installation the sensors and where they are

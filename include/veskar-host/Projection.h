@@ -41,7 +41,8 @@ struct ImageColumn {
 };
 
 /// The inverse of the camera's viewing rays: the lens's angle-to-radius polynomial (or the
-/// pinhole) applied to points of the device's frame (x forward, y left, z up, metres).
+/// pinhole) applied to points of the device's frame (x forward, y left, z up, metres). Never
+/// changes once it is made: several threads may use one.
 class VESKAR_HOST_EXPORT Projection {
 public:
     /// @param camera copied

@@ -13,7 +13,7 @@
 namespace Veskar::Host {
 
 /// A radar that measures range and azimuth in its own, possibly tilted, plane of objects that stand
-/// on the ground.
+/// on the ground. Never changes once it is made: several threads may use one.
 class VESKAR_HOST_EXPORT RadarModel {
 public:
     /// A ground point and how it depends on the measurement.

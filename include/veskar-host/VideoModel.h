@@ -20,6 +20,8 @@ namespace Veskar::Host {
 /// "uvCorrelation" are the noise of the image position and its rate; "minimumAngle" limits the
 /// pseudo range; its standard deviation is what "uvPositionStd" moves it by, kept between
 /// "minimumPseudoRangeStd" and "maximumPseudoRangeStd"; "pseudoRangeDotStd" is that of its rate.
+///
+/// Never changes once it is made: several threads may use one.
 class VESKAR_HOST_EXPORT VideoModel {
 public:
     /// @param camera copied
