@@ -31,11 +31,11 @@ std::optional<View> interpolate(const Deque& sightings, double time) {
         return std::nullopt;
     }
     const auto before = std::prev(after);
-    const double span = after->time - before->time;
-    if (span > longestTrackGap) {
+    const double gap = after->time - before->time;
+    if (gap > longestTrackGap) {
         return std::nullopt;
     }
-    const double share = (time - before->time) / span;
+    const double share = (time - before->time) / gap;
     return View((1.0 - share) * before->view + share * after->view);
 }
 
