@@ -19,7 +19,7 @@ inline std::string fusedLine(const Workbench::FusedFrame& frame) {
 /// @return its rows, each with line end
 inline std::string csvRows(const Workbench::FusedFrame& frame) {
     Workbench::LineText text;
-    appendCsvRows(text, frame);
+    Workbench::appendCsvRows(text, frame);
     return text.string();
 }
 

@@ -19,7 +19,7 @@ protected:
     /// A file of empty frames.
     void begin(const std::vector<double>& arrivals) {
         const Scenario scenario = readScenario(VeskarTest::dataFile("tiny.scenario.json"));
-        std::string text = fusedHeaderLine(Simulation(scenario, 1).header(), "{}");
+        std::string text = fusedHeaderLine(Simulation(scenario, 1).header(), "{}", "{}");
         for (const double received : arrivals) {
             FusedFrame frame;
             frame.time = received;
