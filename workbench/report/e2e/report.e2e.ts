@@ -2,8 +2,8 @@
 // Reports of the shipped scenarios in a browser, used as an engineer uses them.
 import { afterEach, beforeAll, describe, expect, it } from 'vitest';
 import type { Page } from 'playwright-core';
-import type { Probe } from '../src/app';
 import type { Mark } from '../src/canvas';
+import type { Probe } from '../src/probe';
 import { open as openBrowser, type Opened, type Wishes } from './browser.mjs';
 import { at, comparisonOf, hostileReport, markup, reportOf } from './reports';
 

@@ -58,6 +58,13 @@ export function icon(name: keyof typeof drawings): SVGSVGElement {
   return made;
 }
 
+/** Changes a text only where it differs, which costs the browser less. */
+export function setText(target: HTMLElement, text: string): void {
+  if (target.textContent !== text) {
+    target.textContent = text;
+  }
+}
+
 export function button(label: Child, title: string, click: () => void, properties: Properties = {}): HTMLButtonElement {
   return element('button', { type: 'button', title, 'aria-label': title, click, ...properties }, label);
 }

@@ -1,86 +1,44 @@
 // SPDX-License-Identifier: Apache-2.0
 // What is known of the selected object at the shown time.
+import { timeText } from './clock';
 import { element } from './dom';
 import { frameWithReasons, reasonsOf } from './explain';
+import { factsOfSensor, factsOfSystem, factsOfTruth, quantity, type Facts } from './facts';
 import { coastingShown, type Model, type Run, type Seen } from './model';
 import type { Selection } from './state';
-import { timeText } from './clock';
 
-export type Facts = [name: string, value: string][];
+/** While the time runs, the text changes at most once in this time, ms, so that it can be read. */
+const readingTime = 100;
 
-/** A number with its unit; a dash where there is none. */
-export function quantity(value: number | undefined, decimals: number, unit = ''): string {
-  return value === undefined || Number.isNaN(value) ? '–' : `${value.toFixed(decimals)}${unit && ` ${unit}`}`;
-}
+/** The side panel. `select` is called for what is named there. */
+export class Inspector {
+  readonly root = element('aside', { class: 'inspector', 'aria-label': 'Selected object' });
+  private shown = { time: NaN, selection: '', when: -Infinity };
 
-export function factsOfSystem(model: Model, run: Run, row: number): Facts {
-  const at = (name: string) => run.tracks.column(name)[row];
-  const labelled = (name: string) => model.word(at(name));
-  const facts: Facts = [
-    ['Standing', at('confirmed') === 1 ? 'confirmed' : 'tentative'],
-    ['Probability', quantity(at('probability'), 3)],
-    ['Class', withShare(labelled('class'), at('classProbability'))],
-    ['Position', pairText(at('x'), at('y'), 'm')],
-    ['95 % ellipse', Number.isNaN(at('major')) ? '–' : `${(2.448 * at('major')).toFixed(2)} × ${(2.448 * at('minor')).toFixed(2)} m`],
-    ['Distance', quantity(distance(at), 1, 'm')],
-    ['Speed', quantity(at('speed'), 2, 'm/s')],
-    ['Direction', quantity(at('direction'), 0, '°')],
-    ['Image', pairText((at('left') + at('right')) / 2, at('bottom'), '', 3)],
-  ];
-  const optional: [string, string][] = [
-    ['Colour', labelled('color')],
-    ['Upper clothing', labelled('upperClothingColor')],
-    ['Lower clothing', labelled('lowerClothingColor')],
-    ['Tags', labelled('tags')],
-  ];
-  facts.push(...optional.filter(([, word]) => word !== 'unknown'));
-  const frame = run.tracks.frame[row];
-  facts.push(['Age', quantity(run.times[frame] - run.times[run.tracks.frame[run.tracks.first[run.tracks.track[row]]]], 2, 's')]);
-  facts.push(['Latency', quantity(1000 * (run.received[frame] - run.times[frame]), 0, 'ms')]);
-  return facts;
-}
+  constructor(
+    private readonly model: Model,
+    private readonly select: (selection: Selection) => void,
+  ) {}
 
-export function factsOfSensor(model: Model, seen: Seen, row: number): Facts {
-  const at = (name: string) => seen.table.column(name)[row];
-  return [
-    ['Standing', at('confirmed') === 1 ? 'confirmed by the sensor' : 'not confirmed'],
-    ['Coasting', at('coasting') > 0.05 ? quantity(at('coasting'), 1, 's') : 'no'],
-    ['Class', withShare(model.word(at('class')), at('classProbability'))],
-    ['Position', pairText(at('x'), at('y'), 'm')],
-    ['Distance', quantity(distance(at), 1, 'm')],
-    ['Speed', quantity(at('speed'), 2, 'm/s')],
-    ['Image', Number.isNaN(at('u')) ? pairText((at('left') + at('right')) / 2, at('bottom'), '', 3) : pairText(at('u'), at('v'), '', 3)],
-  ];
-}
-
-/** Over ground from the device; the slant range of what has no place on the ground. */
-function distance(at: (name: string) => number): number {
-  return Number.isNaN(at('x')) ? at('range') : Math.hypot(at('x'), at('y'));
-}
-
-export function factsOfTruth(model: Model, row: number): Facts {
-  const at = (name: string) => model.truth?.table.column(name)[row] ?? NaN;
-  const views = [at('video') === 1 ? 'camera' : '', at('radar') === 1 ? 'radar' : ''].filter((name) => name !== '');
-  return [
-    ['Class', model.word(at('class'))],
-    ['Position', pairText(at('x'), at('y'), 'm')],
-    ['Distance', quantity(Math.hypot(at('x'), at('y')), 1, 'm')],
-    ['Speed', quantity(Math.hypot(at('vx'), at('vy')), 2, 'm/s')],
-    ['In view of', views.join(' and ') || 'no sensor'],
-  ];
-}
-
-function withShare(word: string, share: number): string {
-  return word === 'unknown' ? '–' : `${word}${share > 0 ? ` ${Math.round(100 * share)} %` : ''}`;
-}
-
-function pairText(x: number, y: number, unit: string, decimals = 2): string {
-  return Number.isNaN(x) ? '–' : `${x.toFixed(decimals)}, ${y.toFixed(decimals)}${unit && ` ${unit}`}`;
-}
-
-/** Fills the side panel. `select` is called for what is named there. */
-export function showInspector(root: HTMLElement, model: Model, selection: Selection | null, time: number, select: (selection: Selection) => void): void {
-  root.replaceChildren(...(selection ? ofSelection(model, selection, time, select) : overview(model, time, select)));
+  /**
+   * Shows the selected object: a new selection at once, a new time when the last text could be read.
+   *
+   * @returns false when the text is still that of an earlier time, so that it must be drawn again
+   */
+  draw(selection: Selection | null, time: number): boolean {
+    const key = JSON.stringify(selection);
+    const isSame = key === this.shown.selection;
+    if (isSame && time === this.shown.time) {
+      return true;
+    }
+    const when = performance.now();
+    if (isSame && when - this.shown.when < readingTime) {
+      return false;
+    }
+    this.shown = { time, selection: key, when };
+    this.root.replaceChildren(...(selection ? ofSelection(this.model, selection, time, this.select) : overview(this.model, time, this.select)));
+    return true;
+  }
 }
 
 const legend: readonly [string, string][] = [

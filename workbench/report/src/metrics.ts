@@ -46,7 +46,8 @@ export function tableOf(model: Model, part: string): Table | null {
   return { columns: [...runs, ...first.trackers.slice(1)], rows };
 }
 
-export function showMetrics(root: HTMLElement, model: Model, part: string, choose: (part: string) => void): void {
+/** Fills the panel with the figures of a part of the scene, and with what chooses another part. */
+export function showMetrics(root: HTMLElement, model: Model, part = 'all'): void {
   const table = tableOf(model, part);
   if (!table) {
     root.replaceChildren(element('p', { class: 'empty' }, 'The recording has no truth to judge by.'));
@@ -54,7 +55,7 @@ export function showMetrics(root: HTMLElement, model: Model, part: string, choos
   }
   const parts = model.runs[0].judgement?.parts.map((one) => one.part) ?? [];
   const chips = element('div', { class: 'segments', role: 'group', 'aria-label': 'Part of the scene' },
-    ...parts.map((name) => element('button', { type: 'button', 'aria-pressed': `${name === part}`, click: () => choose(name) }, name)));
+    ...parts.map((name) => element('button', { type: 'button', 'aria-pressed': `${name === part}`, click: () => showMetrics(root, model, name) }, name)));
   const split = model.runs.length > 1 ? 3 : 1;
   root.replaceChildren(chips, element('div', { class: 'scroll' }, element('table', { class: 'figures' },
     element('thead', {}, element('tr', {}, element('th', { scope: 'col' }, 'Figure'),

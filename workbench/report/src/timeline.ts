@@ -4,7 +4,7 @@
 import { Surface } from './canvas';
 import type { Life, Model, Stretch, Switch } from './model';
 import { runColour, type Palette } from './palette';
-import type { State } from './state';
+import type { Selection, State } from './state';
 
 export const laneHeight = 22;
 const axisHeight = 20;
@@ -68,7 +68,7 @@ export class Timeline {
 
   /** Scrolls so that a track's lane can be seen. */
   reveal(run: number, id: number): void {
-    const index = this.lanes.findIndex((lane) => lane.run === run && lane.life.id === id);
+    const index = this.indexOf(run, id);
     if (index >= 0) {
       const top = index * laneHeight;
       const room = this.surface.height - axisHeight - laneHeight;
@@ -77,6 +77,16 @@ export class Timeline {
         this.scrollBy(top - room / 2);
       }
     }
+  }
+
+  /** The lane before or after that of a selected system track; without one, the last or the first. */
+  neighbourOf(selection: Selection | null, by: number): Lane | undefined {
+    const at = selection?.kind === 'system' ? this.indexOf(selection.run, selection.id) : -1;
+    return this.lanes[at < 0 ? (by > 0 ? 0 : this.lanes.length - 1) : at + by];
+  }
+
+  private indexOf(run: number, id: number): number {
+    return this.lanes.findIndex((lane) => lane.run === run && lane.life.id === id);
   }
 
   laneAt(y: number): Lane | undefined {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 import { describe, expect, it } from 'vitest';
 import { leavesOf, settingsOf } from '../src/configuration';
-import { factsOfSensor, factsOfSystem, quantity } from '../src/inspector';
+import { factsOfSensor, factsOfSystem, quantity } from '../src/facts';
 import { better, tableOf } from '../src/metrics';
 import { Model } from '../src/model';
 import { pack, packTable, smallReport, smallRun } from './pack';

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+// The plots of the report: GOSPA, numbers of tracks, probability of the selected track.
+import type { Model } from './model';
+import type { Palette } from './palette';
+import { countSeries, gospaSeries, Plot, probabilitySeries } from './plots';
+import type { Selection } from './state';
+
+export class PlotPanel {
+  readonly all: readonly Plot[];
+  private readonly gospa: Plot;
+  private readonly counts: Plot;
+  private readonly probability: Plot;
+
+  constructor(
+    private readonly model: Model,
+    seek: (time: number) => void,
+  ) {
+    const { duration } = model;
+    this.gospa = new Plot('GOSPA, m', duration, 'The recording has no truth to judge by.', [0, null], seek);
+    this.counts = new Plot('Number of tracks', duration, '', [0, null], seek);
+    this.probability = new Plot('Probability of the selected track', duration, 'Select a system track.', [0, 1.02], seek);
+    this.all = [this.gospa, this.counts, this.probability];
+  }
+
+  /** Fills all plots anew, for another palette. */
+  show(selection: Selection | null, palette: Palette): void {
+    this.gospa.show(gospaSeries(this.model, palette), palette);
+    this.counts.show(countSeries(this.model, palette), palette);
+    this.select(selection, palette);
+  }
+
+  select(selection: Selection | null, palette: Palette): void {
+    this.probability.show(probabilitySeries(this.model, selection, palette), palette);
+  }
+
+  draw(time: number): void {
+    for (const plot of this.all) {
+      plot.currentTime = time;
+      plot.resize();
+      plot.redraw();
+    }
+  }
+}

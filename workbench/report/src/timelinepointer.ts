@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+// What pointers do to the timeline: click to select a track and to go to a time, wheel or finger to
+// scroll.
+import type { Clock } from './clock';
+import type { Commands } from './commands';
+import { gutter, type Timeline } from './timeline';
+
+export function listenToTimeline(timeline: Timeline, clock: Clock, commands: Commands): void {
+  const { canvas } = timeline.surface;
+  canvas.addEventListener('click', (event) => {
+    const lane = timeline.laneAt(event.offsetY);
+    if (lane) {
+      commands.select({ kind: 'system', run: lane.run, id: lane.life.id });
+    }
+    if (event.offsetX >= gutter) {
+      commands.seek(timeline.timeAt(event.offsetX));
+    } else if (lane && (clock.time < lane.life.from || clock.time > lane.life.to)) {
+      commands.seek(lane.life.from);
+    }
+  });
+  canvas.addEventListener('wheel', (event) => {
+    // At its end the page itself scrolls on.
+    const before = timeline.scroll;
+    commands.scrollTimeline(event.deltaY);
+    if (timeline.scroll !== before) {
+      event.preventDefault();
+    }
+  }, { passive: false });
+  let touched: number | null = null;
+  canvas.addEventListener('touchstart', (event) => (touched = event.touches[0].clientY), { passive: true });
+  canvas.addEventListener('touchmove', (event) => {
+    const y = event.touches[0].clientY;
+    if (touched !== null) {
+      commands.scrollTimeline(touched - y);
+    }
+    touched = y;
+  }, { passive: true });
+}
