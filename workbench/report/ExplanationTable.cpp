@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/ExplanationTable.h"
 
+#include <veskar-host/SensorFrame.h>
+
 #include "io/LineParser.h"
 #include "io/LineReader.h"
+#include "replay/ExplanationWords.h"
 #include "report/Resolution.h"
-#include "report/TrackTable.h"
+#include "report/RunTable.h"
 
 #include <limits>
 
@@ -15,12 +18,16 @@ namespace {
 
 constexpr double nothing = std::numeric_limits<double>::quiet_NaN();
 
-/// What was compared, and what happened: the page knows them by these numbers.
-enum PairKind : std::int32_t { Continuation, Candidate, MergeCandidate };
-enum EventKind : std::int32_t { Start, Confirmation, Pruning, Deletion };
+/// The page knows kinds by these numbers.
+template <typename Kind>
+std::int32_t numberOf(Kind kind) {
+    return static_cast<std::int32_t>(kind);
+}
 
-std::int32_t sensorOf(const LineFields& record) {
-    return record.text("sensor") == "radar" ? 1 : 0;
+/// @return the number of the sensor that a member names
+std::int32_t sensorOf(const LineFields& record, std::string_view member) {
+    const bool isRadar = record.text(member) == sourceName(Veskar::Radar);
+    return sourceNumber(isRadar ? Veskar::Radar : Veskar::VideoObject);
 }
 
 class Explanations {
@@ -38,26 +45,29 @@ public:
 
     void add(const LineFields& frame) {
         times_.push_back(frame.number("time"));
-        sources_.append(frame.text("source") == "radar" ? 1 : 0);
+        sources_.append(sensorOf(frame, "source"));
         pairs_.beginFrame();
         events_.beginFrame();
-        forEach(frame, "continuations", [&](const LineFields& f) { pair(Continuation, f); });
-        forEach(frame, "candidates", [&](const LineFields& f) { pair(Candidate, f); });
-        forEach(frame, "mergeCandidates", [&](const LineFields& f) { pair(MergeCandidate, f); });
-        forEach(frame, "starts", [&](const LineFields& f) {
-            events_.add({Start, f.integer("track"), sensorOf(f), f.integer("id")},
+        for (const PairKind kind :
+             {PairKind::Continuation, PairKind::Candidate, PairKind::MergeCandidate}) {
+            forEach(frame, wordOf(kind), [&](const LineFields& f) { pair(kind, f); });
+        }
+        forEach(frame, wordOf(EventKind::Start), [&](const LineFields& f) {
+            events_.add({numberOf(EventKind::Start), f.integer("track"), sensorOf(f, "sensor"),
+                         f.integer("id")},
                         {nothing, nothing});
         });
-        forEach(frame, "confirmations", [&](const LineFields& f) {
-            events_.add({Confirmation, f.integer("track"), 0, 0},
+        forEach(frame, wordOf(EventKind::Confirmation), [&](const LineFields& f) {
+            events_.add({numberOf(EventKind::Confirmation), f.integer("track"), 0, 0},
                         {f.number("probability", nothing), nothing});
         });
-        forEach(frame, "prunings", [&](const LineFields& f) {
-            events_.add({Pruning, f.integer("track"), sensorOf(f), f.integer("id")},
+        forEach(frame, wordOf(EventKind::Pruning), [&](const LineFields& f) {
+            events_.add({numberOf(EventKind::Pruning), f.integer("track"), sensorOf(f, "sensor"),
+                         f.integer("id")},
                         {f.number("coasting", nothing), nothing});
         });
-        forEach(frame, "deletions", [&](const LineFields& f) {
-            events_.add({Deletion, f.integer("track"), 0, 0},
+        forEach(frame, wordOf(EventKind::Deletion), [&](const LineFields& f) {
+            events_.add({numberOf(EventKind::Deletion), f.integer("track"), 0, 0},
                         {nothing, words_.numberOf(f.text("reason"))});
         });
     }
@@ -78,9 +88,9 @@ private:
     }
 
     void pair(PairKind kind, const LineFields& record) {
-        const bool isMerge = kind == MergeCandidate;
+        const bool isMerge = kind == PairKind::MergeCandidate;
         pairs_.add(
-            {kind, record.integer("track"), isMerge ? 0 : sensorOf(record),
+            {numberOf(kind), record.integer("track"), isMerge ? 0 : sensorOf(record, "sensor"),
              record.integer(isMerge ? "other" : "id")},
             {record.number("distance", nothing), record.number("limit", nothing),
              record.number("velocitySimilarity", nothing),

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Why a track was or was not fused, in sentences.
-import { sourceNames, type Explanation, type Model } from './model';
+import type { Explanation, Model } from './model';
 import type { Selection } from './state';
+import {
+  classVerdicts, eventKinds, pairKinds, pairOutcomes, sourceNames,
+  type ClassVerdict, type EventKind, type GateVerdict, type PairKind, type PairOutcome, type SourceName,
+} from './vocabulary';
 
 export type Tone = 'good' | 'bad' | 'plain';
 
@@ -11,17 +15,59 @@ export interface Reason {
   readonly detail: string;
 }
 
-const enum PairKind {
-  Continuation,
-  Candidate,
-  Merge,
+const outcomeTones: Readonly<Record<PairOutcome, Tone>> = {
+  'fused': 'good',
+  'fused, then refused': 'bad',
+  'assigned': 'good',
+  'merged': 'good',
+  'outside the gate': 'plain',
+  'other pairs cost less': 'plain',
+  'a candidate of the right class is there': 'plain',
+  'a report was refused in this frame': 'plain',
+};
+
+const classDetails: Readonly<Record<ClassVerdict, string>> = {
+  'not compared': '',
+  'match': 'same class',
+  'mismatch': 'other class',
+};
+
+/** The verdict of the gate that goes without saying. */
+const passed: GateVerdict = 'passed';
+
+/** What happened to a system track. */
+interface FusionEvent {
+  readonly track: number;
+  /** The sensor track that it is about, where it is about one. */
+  readonly sensor: string;
+  readonly value: number;
+  readonly reason: string;
 }
-const enum EventKind {
-  Start,
-  Confirmation,
-  Pruning,
-  Deletion,
+
+/** How an event is told, and whether it is about a sensor track, too. */
+interface EventText {
+  readonly isOfSensor: boolean;
+  reasonOf(event: FusionEvent): Reason;
 }
+
+const eventTexts: Readonly<Record<EventKind, EventText>> = {
+  starts: {
+    isOfSensor: true,
+    reasonOf: ({ track, sensor }) => ({ tone: 'good', title: `Track ${track} started`, detail: `from ${sensor}, which no track took` }),
+  },
+  confirmations: {
+    isOfSensor: false,
+    reasonOf: ({ value }) => ({ tone: 'good', title: 'Confirmed', detail: `probability ${value.toFixed(2)}` }),
+  },
+  prunings: {
+    isOfSensor: true,
+    reasonOf: ({ track, sensor, value }) => ({ tone: 'bad', title: `${sensor} left track ${track}`, detail: value > 0 ? `after ${value.toFixed(2)} s without a report` : 'its report was refused' }),
+  },
+  deletions: {
+    isOfSensor: false,
+    reasonOf: ({ reason }) => ({ tone: 'bad', title: 'Ended', detail: reason }),
+  },
+};
 
 /** What was decided about the selected track in one fused frame. */
 export function reasonsOf(model: Model, explanation: Explanation, frame: number, selection: Selection): Reason[] {
@@ -38,40 +84,44 @@ export function frameWithReasons(model: Model, explanation: Explanation, frame: 
   return -1;
 }
 
-function concerns(selection: Selection, kind: number, track: number, source: number, other: number): boolean {
+/** Whether a word is one of a list: a file of explanations may hold any. */
+function isOneOf<Word extends string>(words: readonly Word[], word: string): word is Word {
+  return (words as readonly string[]).includes(word);
+}
+
+function concerns(selection: Selection, kind: PairKind, track: number, source: SourceName, other: number): boolean {
+  const isMerge = kind === 'mergeCandidates';
   if (selection.kind === 'system') {
-    return track === selection.id || (kind === PairKind.Merge && other === selection.id);
+    return track === selection.id || (isMerge && other === selection.id);
   }
-  return kind !== PairKind.Merge && sourceNames[source] === selection.kind && other === selection.id;
+  return !isMerge && source === selection.kind && other === selection.id;
 }
 
 function pairReasons(model: Model, explanation: Explanation, frame: number, selection: Selection): Reason[] {
   const { pairs } = explanation;
-  const key = (name: string) => pairs.key(name);
-  const column = (name: string) => pairs.column(name);
   const found: { reason: Reason; distance: number }[] = [];
   for (const row of pairs.rowsOf(frame)) {
     const pair = pairs.track[row];
-    const [kind, track, source, other] = [key('kind')[pair], key('track')[pair], key('source')[pair], key('other')[pair]];
+    const key = (name: string) => pairs.key(name)[pair];
+    const at = (name: string) => pairs.column(name)[row];
+    const [kind, source] = [pairKinds[key('kind')], sourceNames[key('source')]];
+    const [track, other] = [key('track'), key('other')];
     if (!concerns(selection, kind, track, source, other)) {
       continue;
     }
-    const [distance, limit] = [column('distance')[row], column('limit')[row]];
-    const outcome = model.word(column('outcome')[row]);
-    const gate = model.word(column('gate')[row]);
-    const verdict = model.word(column('class')[row]);
-    const partner = kind === PairKind.Merge ? `track ${other}` : `${sourceNames[source]} ${other}`;
-    const similarity = column('similarity')[row];
+    const [distance, limit, similarity] = [at('distance'), at('limit'), at('similarity')];
+    const [outcome, gate, verdict] = [model.word(at('outcome')), model.word(at('gate')), model.word(at('class'))];
+    const partner = kind === 'mergeCandidates' ? `track ${other}` : `${source} ${other}`;
     const details = [
       Number.isNaN(distance) ? 'distance undefined' : `distance ${distance.toFixed(2)} of ${limit.toFixed(2)}`,
-      gate === 'passed' || gate === 'unknown' ? '' : gate,
+      gate === passed || gate === 'unknown' ? '' : gate,
       Number.isNaN(similarity) ? '' : `velocity similarity ${similarity.toFixed(2)}`,
-      verdict === 'match' ? 'same class' : verdict === 'mismatch' ? 'other class' : '',
+      isOneOf(classVerdicts, verdict) ? classDetails[verdict] : '',
     ];
     found.push({
       distance: Number.isNaN(distance) ? Infinity : distance,
       reason: {
-        tone: toneOf(outcome),
+        tone: isOneOf(pairOutcomes, outcome) ? outcomeTones[outcome] : 'plain',
         title: `${selection.kind === 'system' ? partner : `track ${track}`}: ${outcome}`,
         detail: details.filter((text) => text !== '').join(', '),
       },
@@ -80,40 +130,19 @@ function pairReasons(model: Model, explanation: Explanation, frame: number, sele
   return found.sort((a, b) => a.distance - b.distance).map(({ reason }) => reason);
 }
 
-function toneOf(outcome: string): Tone {
-  if (outcome === 'fused' || outcome === 'assigned' || outcome === 'merged') {
-    return 'good';
-  }
-  return outcome === 'fused, then refused' ? 'bad' : 'plain';
-}
-
 function eventReasons(model: Model, explanation: Explanation, frame: number, selection: Selection): Reason[] {
   const { events } = explanation;
   const reasons: Reason[] = [];
   for (const row of events.rowsOf(frame)) {
     const event = events.track[row];
-    const [kind, track] = [events.key('kind')[event], events.key('track')[event]];
-    const [source, other] = [events.key('source')[event], events.key('other')[event]];
-    const isOfSensor = kind === EventKind.Start || kind === EventKind.Pruning;
+    const key = (name: string) => events.key(name)[event];
+    const at = (name: string) => events.column(name)[row];
+    const [source, track, other] = [sourceNames[key('source')], key('track'), key('other')];
+    const text = eventTexts[eventKinds[key('kind')]];
     const isMine =
-      selection.kind === 'system' ? track === selection.id : isOfSensor && sourceNames[source] === selection.kind && other === selection.id;
-    if (!isMine) {
-      continue;
-    }
-    const value = events.column('value')[row];
-    const sensor = `${sourceNames[source]} ${other}`;
-    switch (kind) {
-      case EventKind.Start:
-        reasons.push({ tone: 'good', title: `Track ${track} started`, detail: `from ${sensor}, which no track took` });
-        break;
-      case EventKind.Confirmation:
-        reasons.push({ tone: 'good', title: 'Confirmed', detail: `probability ${value.toFixed(2)}` });
-        break;
-      case EventKind.Pruning:
-        reasons.push({ tone: 'bad', title: `${sensor} left track ${track}`, detail: value > 0 ? `after ${value.toFixed(2)} s without a report` : 'its report was refused' });
-        break;
-      default:
-        reasons.push({ tone: 'bad', title: 'Ended', detail: model.word(events.column('reason')[row]) });
+      selection.kind === 'system' ? track === selection.id : text.isOfSensor && source === selection.kind && other === selection.id;
+    if (isMine) {
+      reasons.push(text.reasonOf({ track, sensor: `${source} ${other}`, value: at('value'), reason: model.word(at('reason')) }));
     }
   }
   return reasons;

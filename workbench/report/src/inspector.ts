@@ -6,6 +6,7 @@ import { frameWithReasons, reasonsOf } from './explain';
 import { factsOfSensor, factsOfSystem, factsOfTruth, quantity, type Facts } from './facts';
 import { coastingShown, type Model, type Run, type Seen } from './model';
 import type { Selection } from './state';
+import { sourceNames } from './vocabulary';
 
 /** While the time runs, the text changes at most once in this time, ms, so that it can be read. */
 const readingTime = 100;
@@ -134,7 +135,7 @@ function feedsNow(run: Run, selection: Selection, time: number, select: (selecti
     if (sensors.key('track')[pair] !== selection.id) {
       continue;
     }
-    const source = sensors.key('source')[pair] === 1 ? 'radar' : 'video';
+    const source = sourceNames[sensors.key('source')[pair]];
     const id = sensors.key('id')[pair];
     const coasting = sensors.column('coasting')[row];
     items.push(element('li', {}, element('button', { type: 'button', click: () => select({ kind: source, run: selection.run, id }) },
@@ -179,7 +180,7 @@ function why(model: Model, run: Run, selection: Selection, time: number): HTMLEl
   if (frame < 0) {
     return element('section', { class: 'block' }, heading, element('p', { class: 'empty' }, 'Nothing was decided about it lately.'));
   }
-  const source = run.explanation.sources[frame] === 1 ? 'radar' : 'video';
+  const source = sourceNames[run.explanation.sources[frame]];
   return element('section', { class: 'block' }, heading,
     element('p', { class: 'hint' }, `${source} frame at ${timeText(run.explanation.times[frame])}`),
     element('ul', { class: 'reasons' }, ...reasonsOf(model, run.explanation, frame, selection).slice(0, 12).map(({ tone, title, detail }) =>

@@ -3,14 +3,12 @@
 import { numbersOf, unpack } from './column';
 import type { ExplanationData, JudgementData, ReportData, RunData, SceneData, SeenData } from './data';
 import { lastNotAfter, Table } from './table';
+import { sourceNames, type SourceName } from './vocabulary';
 
 /** However quick a sensor is, it shows its last frame for this long, s. */
 export const leastSilence = 0.6;
 /** A sensor track that has coasted for longer is drawn as coasting, s. */
 export const coastingShown = 0.25;
-
-export type SourceName = 'video' | 'radar';
-export const sourceNames: readonly SourceName[] = ['video', 'radar'];
 
 /** Tracks that were seen at times: of a sensor, or the truth. */
 export class Seen {

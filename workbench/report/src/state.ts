@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the reader of the report has chosen.
-import type { SourceName } from './model';
+import type { SourceName } from './vocabulary';
 
 export type Selection =
   | { readonly kind: 'system'; readonly run: number; readonly id: number }
