@@ -77,7 +77,7 @@ export class App implements Commands {
   private build(): void {
     const { recording, program } = this.model.data;
     document.title = `${recording.name || 'recording'} – veskar report`;
-    document.documentElement.classList.toggle('pair', this.model.runs.length > 1);
+    document.documentElement.classList.toggle('pair', this.model.isPair);
     const shortcuts = shortcutsOf(this, this.clock);
     const help = helpOf(shortcuts);
     listenToKeys(shortcuts, help);

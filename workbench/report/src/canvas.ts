@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // A canvas as sharp as the screen, and a record of what was drawn on it.
 
+import type { SourceName } from './vocabulary';
+
 /** Something that stands for an object of the report. */
 export interface Mark {
-  readonly kind: 'system' | 'tentative' | 'video' | 'radar' | 'truth';
+  readonly kind: 'system' | 'tentative' | SourceName | 'truth';
   readonly id: number;
   /** Centre, CSS pixels. */
   readonly x: number;
@@ -53,6 +55,26 @@ export class Surface {
     this.context.setLineDash([]);
     this.context.globalAlpha = 1;
     return true;
+  }
+
+  /** Notes what was drawn; with a highlight colour, draws a frame around its box, or a circle. */
+  record(mark: Mark, highlight: string | null, radius: number): void {
+    this.marks.push(mark);
+    if (highlight === null) {
+      return;
+    }
+    const { context } = this;
+    context.save();
+    context.strokeStyle = highlight;
+    context.lineWidth = 2;
+    if (mark.box) {
+      context.strokeRect(mark.box.left - 5, mark.box.top - 5, mark.box.width + 10, mark.box.height + 10);
+    } else {
+      context.beginPath();
+      context.arc(mark.x, mark.y, radius, 0, 2 * Math.PI);
+      context.stroke();
+    }
+    context.restore();
   }
 
   /** The mark nearest to a point; boxes count by their inside, and small ones come first. */

@@ -55,6 +55,11 @@ export class Clock {
   }
 }
 
+/** The text of a tick of a time axis: 1:05, or 65 s. */
+export function tickText(seconds: number, inMinutes: boolean): string {
+  return inMinutes ? `${Math.floor(seconds / 60)}:${String(Math.round(seconds % 60)).padStart(2, '0')}` : `${seconds} s`;
+}
+
 /** A time as minutes, seconds and hundredths: 1:02.35. */
 export function timeText(seconds: number): string {
   const hundredths = Math.round(Math.abs(seconds) * 100);

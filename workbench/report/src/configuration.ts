@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The configurations of the runs, and what differs between them.
 import { element } from './dom';
-import type { Model } from './model';
+import { letterOf, type Model } from './model';
 
 /** The leaves of a JSON document by their path. */
 export function leavesOf(value: unknown, path = ''): Map<string, string> {
@@ -35,11 +35,10 @@ export function settingsOf(configurations: readonly unknown[]): Setting[] {
 export function showConfiguration(root: HTMLElement, model: Model): void {
   const settings = settingsOf(model.runs.map((run) => run.configuration));
   const count = settings.filter((setting) => setting.differs).length;
-  const isPair = model.runs.length > 1;
   const summary = count === 0 ? 'Both runs used the same configuration.' : `${count} ${count === 1 ? 'setting differs' : 'settings differ'}; they stand on top.`;
   root.replaceChildren(
-    ...(isPair ? [element('p', { class: 'hint' }, summary)] : []),
+    ...(model.isPair ? [element('p', { class: 'hint' }, summary)] : []),
     element('div', { class: 'scroll' }, element('table', { class: 'settings' },
-      element('thead', {}, element('tr', {}, element('th', { scope: 'col' }, 'Setting'), ...model.runs.map((_, i) => element('th', { scope: 'col' }, isPair ? 'AB'[i] : 'Value')))),
+      element('thead', {}, element('tr', {}, element('th', { scope: 'col' }, 'Setting'), ...model.runs.map((_, i) => element('th', { scope: 'col' }, model.isPair ? letterOf(i) : 'Value')))),
       element('tbody', {}, ...settings.map(({ path, values, differs }) => element('tr', { class: differs ? 'differs' : '' }, element('th', { scope: 'row' }, path), ...values.map((value) => element('td', {}, value))))))));
 }

@@ -3,7 +3,7 @@
 
 type Child = Node | string | null | undefined | false;
 
-interface Properties {
+export interface Properties {
   class?: string;
   id?: string;
   type?: string;

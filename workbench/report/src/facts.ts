@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What is known of an object at a time, in words and numbers with units.
-import type { Model, Run, Seen } from './model';
+import { hasCoasted, type Model, type Run, type Seen } from './model';
 
 export type Facts = [name: string, value: string][];
 
@@ -40,7 +40,7 @@ export function factsOfSensor(model: Model, seen: Seen, row: number): Facts {
   const at = (name: string) => seen.table.column(name)[row];
   return [
     ['Standing', at('confirmed') === 1 ? 'confirmed by the sensor' : 'not confirmed'],
-    ['Coasting', at('coasting') > 0.05 ? quantity(at('coasting'), 1, 's') : 'no'],
+    ['Coasting', hasCoasted(at('coasting')) ? quantity(at('coasting'), 1, 's') : 'no'],
     ['Class', withShare(model.word(at('class')), at('classProbability'))],
     ['Position', pairText(at('x'), at('y'), 'm')],
     ['Distance', quantity(distance(at), 1, 'm')],

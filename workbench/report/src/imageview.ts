@@ -2,10 +2,11 @@
 // The scene as the camera sees it: boxes on the normalised image plane, without the picture.
 import { Plates, Surface, type Mark } from './canvas';
 import type { Point } from './data';
-import type { Model, Run } from './model';
-import { runColour, type Palette } from './palette';
-import { isSelected, shownAt } from './scene';
+import { hasCoasted, type Model, type Run } from './model';
+import { trackColour, type Palette } from './palette';
+import { isSelected, labelOf, shownAt } from './scene';
 import type { State } from './state';
+import { traceCross, traceDiamond } from './symbols';
 
 /** From the image plane (-1..1, right and up) to pixels, with the aspect of the camera. */
 export interface Frame {
@@ -94,7 +95,7 @@ export class ImageView {
     context.strokeStyle = palette.video;
     for (const row of rows) {
       const box = boxOf(frame, columns, row);
-      context.globalAlpha = coasting[row] > 0.05 ? 0.45 : 0.95;
+      context.globalAlpha = hasCoasted(coasting[row]) ? 0.45 : 0.95;
       const [x, y] = box ? [box.left + box.width / 2, box.top + box.height / 2] : toPixel(frame, u[row], v[row]);
       if (box) {
         context.strokeRect(box.left - 2, box.top - 2, box.width + 4, box.height + 4);
@@ -102,7 +103,7 @@ export class ImageView {
         context.strokeRect(x - 4, y - 4, 8, 8);
       }
       context.globalAlpha = 1;
-      this.record(context, { kind: 'video', id: ids[table.track[row]], x, y, ...(box && { box }) }, state, palette);
+      this.record({ kind: 'video', id: ids[table.track[row]], x, y, ...(box && { box }) }, state, palette);
     }
   }
 
@@ -118,7 +119,7 @@ export class ImageView {
       }
       const isConfirmed = confirmed[row] === 1;
       const id = ids[tracks.track[row]];
-      const ink = isConfirmed ? runColour(palette, this.index) : palette.tentative;
+      const ink = trackColour(palette, this.index, isConfirmed);
       context.strokeStyle = ink;
       context.fillStyle = ink;
       context.setLineDash(isConfirmed ? [] : [3, 3]);
@@ -137,13 +138,12 @@ export class ImageView {
         box,
       };
       if (isConfirmed || isSelected(state.selection, mark, this.index)) {
-        const word = this.model.word(classes[row]);
         const { left, top, width, height } = box;
-        plates.write(word === 'unknown' ? `${id}` : `${id} ${word}`, ink, [
+        plates.write(labelOf(id, this.model.word(classes[row])), ink, [
           [left, top - 6, 'left'], [left + width, top - 6, 'right'], [left, top + height + 15, 'left'], [left, top - 21, 'left'],
         ]);
       }
-      this.record(context, mark, state, palette);
+      this.record(mark, state, palette);
     }
   }
 
@@ -153,18 +153,13 @@ export class ImageView {
     context.strokeStyle = palette.radar;
     for (const row of rows) {
       const [x, y] = toPixel(frame, u[row], v[row]);
-      context.globalAlpha = coasting[row] > 0.05 ? 0.45 : 0.95;
+      context.globalAlpha = hasCoasted(coasting[row]) ? 0.45 : 0.95;
       context.lineWidth = 1.5;
-      context.beginPath();
-      context.moveTo(x, y - 5);
-      context.lineTo(x + 5, y);
-      context.lineTo(x, y + 5);
-      context.lineTo(x - 5, y);
-      context.closePath();
+      traceDiamond(context, x, y, 5);
       context.stroke();
       context.lineWidth = 1;
       context.globalAlpha = 1;
-      this.record(context, { kind: 'radar', id: ids[table.track[row]], x, y }, state, palette);
+      this.record({ kind: 'radar', id: ids[table.track[row]], x, y }, state, palette);
     }
   }
 
@@ -181,33 +176,15 @@ export class ImageView {
         continue;
       }
       const [x, y] = toPixel(frame, u[row], v[row]);
-      context.beginPath();
-      context.moveTo(x - 4, y - 4);
-      context.lineTo(x + 4, y + 4);
-      context.moveTo(x - 4, y + 4);
-      context.lineTo(x + 4, y - 4);
+      traceCross(context, x, y, 4);
       context.stroke();
-      this.record(context, { kind: 'truth', id: ids[table.track[row]], x, y }, state, palette);
+      this.record({ kind: 'truth', id: ids[table.track[row]], x, y }, state, palette);
     }
     context.lineWidth = 1;
   }
 
-  private record(context: CanvasRenderingContext2D, mark: Mark, state: State, palette: Palette): void {
-    this.surface.marks.push(mark);
-    if (!isSelected(state.selection, mark, this.index)) {
-      return;
-    }
-    context.save();
-    context.strokeStyle = palette.select;
-    context.lineWidth = 2;
-    if (mark.box) {
-      context.strokeRect(mark.box.left - 5, mark.box.top - 5, mark.box.width + 10, mark.box.height + 10);
-    } else {
-      context.beginPath();
-      context.arc(mark.x, mark.y, 10, 0, 2 * Math.PI);
-      context.stroke();
-    }
-    context.restore();
+  private record(mark: Mark, state: State, palette: Palette): void {
+    this.surface.record(mark, isSelected(state.selection, mark, this.index) ? palette.select : null, 10);
   }
 }
 

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // What is known of the selected object at the shown time.
+import type { Mark } from './canvas';
 import { timeText } from './clock';
-import { element } from './dom';
+import { element, type Properties } from './dom';
 import { frameWithReasons, reasonsOf } from './explain';
 import { factsOfSensor, factsOfSystem, factsOfTruth, quantity, type Facts } from './facts';
-import { coastingShown, type Model, type Run, type Seen } from './model';
+import { coastingShown, letterOf, lookupTime, type Model, type Run, type Seen } from './model';
 import type { Selection } from './state';
 import { sourceNames } from './vocabulary';
 
@@ -56,8 +57,8 @@ function overview(model: Model, time: number, select: (selection: Selection) => 
       ...legend.filter(([kind]) => kind !== 'truth' || model.truth).map(([kind, text]) => element('li', {}, element('i', { class: `sign ${kind}` }), text)))),
   ];
   model.runs.forEach((run, index) => {
-    const rows = run.tracks.rowsOf(run.frameAt(time + 0.0005));
-    const title = model.runs.length > 1 ? `Run ${'AB'[index]} now` : 'Now';
+    const rows = run.tracks.rowsOf(run.frameAt(lookupTime(time)));
+    const title = model.isPair ? `Run ${letterOf(index)} now` : 'Now';
     blocks.push(element('section', { class: 'block' }, element('h2', {}, title),
       rows.length === 0
         ? element('p', { class: 'empty' }, 'No system track.')
@@ -69,17 +70,26 @@ function overview(model: Model, time: number, select: (selection: Selection) => 
 function trackButton(model: Model, run: Run, index: number, row: number, select: (selection: Selection) => void): HTMLElement {
   const { tracks } = run;
   const id = tracks.key('id')[tracks.track[row]];
-  const kind = tracks.column('confirmed')[row] === 1 ? (index === 0 ? 'system' : 'other') : 'tentative';
-  const choose = element('button', { type: 'button', 'data-track': `${id}`, click: () => select({ kind: 'system', run: index, id }) },
-    element('i', { class: `sign ${kind}` }), element('b', {}, `${id}`), element('span', {}, model.word(tracks.column('class')[row])),
+  const isConfirmed = tracks.column('confirmed')[row] === 1;
+  return entryOf(signOf(isConfirmed ? 'system' : 'tentative', index), `${id}`, { 'data-track': `${id}`, click: () => select({ kind: 'system', run: index, id }) },
+    element('span', {}, model.word(tracks.column('class')[row])),
     element('span', { class: 'number' }, quantity(tracks.column('probability')[row], 2)));
-  return element('li', {}, choose);
+}
+
+/** An object in a list, to be selected. */
+function entryOf(sign: HTMLElement, name: string, properties: Properties, ...details: HTMLElement[]): HTMLElement {
+  return element('li', {}, element('button', { type: 'button', ...properties }, sign, element('b', {}, name), ...details));
+}
+
+/** The sign of an object; the confirmed tracks of the second run have one of their own. */
+function signOf(kind: Mark['kind'], run: number): HTMLElement {
+  return element('i', { class: `sign ${kind === 'system' && run === 1 ? 'other' : kind}` });
 }
 
 function ofSelection(model: Model, selection: Selection, time: number, select: (selection: Selection) => void): HTMLElement[] {
   const run = model.runs[selection.run];
   const title = element('div', { class: 'selected' },
-    element('i', { class: `sign ${selection.kind === 'system' && selection.run === 1 ? 'other' : selection.kind}` }),
+    signOf(selection.kind, selection.run),
     element('h2', {}, titleOf(model, selection)));
   const facts = factsAt(model, selection, time);
   const blocks: (HTMLElement | null)[] = [
@@ -96,7 +106,7 @@ function ofSelection(model: Model, selection: Selection, time: number, select: (
 function titleOf(model: Model, selection: Selection): string {
   switch (selection.kind) {
     case 'system':
-      return `System track ${selection.id}${model.runs.length > 1 ? ` of ${'AB'[selection.run]}` : ''}`;
+      return `System track ${selection.id}${model.isPair ? ` of ${letterOf(selection.run)}` : ''}`;
     case 'truth':
       return `Object ${selection.id}`;
     default:
@@ -105,7 +115,7 @@ function titleOf(model: Model, selection: Selection): string {
 }
 
 function factsAt(model: Model, selection: Selection, time: number): Facts | null {
-  const now = time + 0.0005;
+  const now = lookupTime(time);
   if (selection.kind === 'system') {
     const run = model.runs[selection.run];
     const row = run.rowAt(selection.id, now);
@@ -128,7 +138,7 @@ function absence(model: Model, selection: Selection): string {
 
 function feedsNow(run: Run, selection: Selection, time: number, select: (selection: Selection) => void): HTMLElement | null {
   const { sensors } = run;
-  const frame = run.frameAt(time + 0.0005);
+  const frame = run.frameAt(lookupTime(time));
   const items: HTMLElement[] = [];
   for (const row of sensors.rowsOf(frame)) {
     const pair = sensors.track[row];
@@ -138,9 +148,8 @@ function feedsNow(run: Run, selection: Selection, time: number, select: (selecti
     const source = sourceNames[sensors.key('source')[pair]];
     const id = sensors.key('id')[pair];
     const coasting = sensors.column('coasting')[row];
-    items.push(element('li', {}, element('button', { type: 'button', click: () => select({ kind: source, run: selection.run, id }) },
-      element('i', { class: `sign ${source}` }), element('b', {}, `${source} ${id}`),
-      element('span', { class: 'number' }, coasting > coastingShown ? `coasting ${coasting.toFixed(1)} s` : 'seen'))));
+    items.push(entryOf(signOf(source, selection.run), `${source} ${id}`, { click: () => select({ kind: source, run: selection.run, id }) },
+      element('span', { class: 'number' }, coasting > coastingShown ? `coasting ${coasting.toFixed(1)} s` : 'seen')));
   }
   return items.length === 0 ? null : element('section', { class: 'block' }, element('h2', {}, 'Fed by'), element('ul', { class: 'tracks' }, ...items));
 }
@@ -154,12 +163,11 @@ function matchNow(model: Model, selection: Selection, time: number, select: (sel
     if (selection.kind === 'system' && index !== selection.run) {
       return;
     }
-    for (const match of run.judgement?.matchesAt(time + 0.0005) ?? []) {
+    for (const match of run.judgement?.matchesAt(lookupTime(time)) ?? []) {
       const isMine = selection.kind === 'system' ? match.track === selection.id : match.object === selection.id;
       if (isMine) {
         const other: Selection = selection.kind === 'system' ? { kind: 'truth', run: index, id: match.object } : { kind: 'system', run: index, id: match.track };
-        items.push(element('li', {}, element('button', { type: 'button', click: () => select(other) },
-          element('i', { class: `sign ${other.kind === 'system' && index === 1 ? 'other' : other.kind}` }), element('b', {}, titleOf(model, other)))));
+        items.push(entryOf(signOf(other.kind, index), titleOf(model, other), { click: () => select(other) }));
       }
     }
   });
@@ -174,7 +182,7 @@ function why(model: Model, run: Run, selection: Selection, time: number): HTMLEl
   if (!run.explanation) {
     return element('section', { class: 'block' }, heading, element('p', { class: 'empty' }, 'Made without --explain: the report does not know the reasons.'));
   }
-  const shown = run.frameAt(time + 0.0005);
+  const shown = run.frameAt(lookupTime(time));
   const last = shown < 0 ? -1 : run.explanation.frameOf(run.times[shown], run.sources[shown]);
   const frame = last < 0 ? -1 : frameWithReasons(model, run.explanation, last, selection);
   if (frame < 0) {

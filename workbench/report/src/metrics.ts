@@ -56,7 +56,7 @@ export function showMetrics(root: HTMLElement, model: Model, part = 'all'): void
   const parts = model.runs[0].judgement?.parts.map((one) => one.part) ?? [];
   const chips = element('div', { class: 'segments', role: 'group', 'aria-label': 'Part of the scene' },
     ...parts.map((name) => element('button', { type: 'button', 'aria-pressed': `${name === part}`, click: () => showMetrics(root, model, name) }, name)));
-  const split = model.runs.length > 1 ? 3 : 1;
+  const split = model.isPair ? 3 : 1;
   root.replaceChildren(chips, element('div', { class: 'scroll' }, element('table', { class: 'figures' },
     element('thead', {}, element('tr', {}, element('th', { scope: 'col' }, 'Figure'),
       ...table.columns.map((name, i) => element('th', { scope: 'col', class: i < split ? 'own' : '' }, name)))),

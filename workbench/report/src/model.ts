@@ -10,6 +10,21 @@ export const leastSilence = 0.6;
 /** A sensor track that has coasted for longer is drawn as coasting, s. */
 export const coastingShown = 0.25;
 
+/** Whether a sensor track has coasted at all, by its coasting time, which is kept in tenths, s. */
+export function hasCoasted(coasting: number): boolean {
+  return coasting > 0.05;
+}
+
+/** Times are kept to a millisecond: half of one more finds a frame by its own time, s. */
+export function lookupTime(time: number): number {
+  return time + 0.0005;
+}
+
+/** What tells two runs apart. */
+export function letterOf(run: number): string {
+  return 'AB'[run];
+}
+
 /** Tracks that were seen at times: of a sensor, or the truth. */
 export class Seen {
   readonly times: Float64Array;
@@ -287,6 +302,11 @@ export class Model {
       run.times.forEach((time) => all.add(time));
     }
     this.moments = Float64Array.from(all).sort();
+  }
+
+  /** Whether two runs are compared. */
+  get isPair(): boolean {
+    return this.runs.length > 1;
   }
 
   seen(source: SourceName): Seen {

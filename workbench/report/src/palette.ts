@@ -42,6 +42,11 @@ export function readPalette(): Palette {
   ) as unknown as Palette;
 }
 
+/** The colour of a system track. */
+export function trackColour(palette: Palette, run: number, isConfirmed: boolean): string {
+  return isConfirmed ? runColour(palette, run) : palette.tentative;
+}
+
 /** The colour of a run's confirmed tracks. */
 export function runColour(palette: Palette, run: number): string {
   return run === 0 ? palette.system : palette.other;

@@ -2,10 +2,12 @@
 // The ground from above: metres, the device at the origin, forward is up.
 import { Plates, Surface, type Mark } from './canvas';
 import type { Point } from './data';
-import type { Model, Run } from './model';
-import { runColour, type Palette } from './palette';
-import { isSelected, shownAt } from './scene';
+import { hasCoasted, type Model, type Run } from './model';
+import { trackColour, type Palette } from './palette';
+import { isSelected, labelOf, shownAt } from './scene';
 import type { State } from './state';
+import { traceCross, traceDiamond } from './symbols';
+import type { SourceName } from './vocabulary';
 
 /** Trails show this much of the past, s. */
 const trail = 4;
@@ -189,7 +191,7 @@ export class Plan {
           context.lineTo(...toScreen(transform, x[row], y[row]));
         }
       }
-      context.strokeStyle = confirmed[now] === 1 ? runColour(palette, this.index) : palette.tentative;
+      context.strokeStyle = trackColour(palette, this.index, confirmed[now] === 1);
       context.globalAlpha = 0.45;
       context.lineWidth = 1.5;
       context.stroke();
@@ -209,19 +211,15 @@ export class Plan {
     for (const row of rows) {
       const [px, py] = toScreen(transform, x[row], y[row]);
       const mark: Mark = { kind: 'truth', id: ids[table.track[row]], x: px, y: py };
-      context.beginPath();
-      context.moveTo(px - 5, py - 5);
-      context.lineTo(px + 5, py + 5);
-      context.moveTo(px - 5, py + 5);
-      context.lineTo(px + 5, py - 5);
+      traceCross(context, px, py, 5);
       context.stroke();
-      this.record(context, mark, state, palette);
+      this.record(mark, state, palette);
     }
     context.lineWidth = 1;
   }
 
   private drawSensor(
-    kind: 'video' | 'radar',
+    kind: SourceName,
     context: CanvasRenderingContext2D,
     transform: Transform,
     rows: Int32Array,
@@ -237,22 +235,18 @@ export class Plan {
         continue;
       }
       const [px, py] = toScreen(transform, x[row], y[row]);
-      context.globalAlpha = coasting[row] > 0.05 ? 0.45 : 0.9;
-      context.beginPath();
+      context.globalAlpha = hasCoasted(coasting[row]) ? 0.45 : 0.9;
       if (kind === 'radar') {
-        context.moveTo(px, py - 5);
-        context.lineTo(px + 5, py);
-        context.lineTo(px, py + 5);
-        context.lineTo(px - 5, py);
-        context.closePath();
+        traceDiamond(context, px, py, 5);
       } else {
+        context.beginPath();
         context.rect(px - 4, py - 4, 8, 8);
       }
       context.lineWidth = 1.5;
       context.stroke();
       context.globalAlpha = 1;
       context.lineWidth = 1;
-      this.record(context, { kind, id: ids[table.track[row]], x: px, y: py }, state, palette);
+      this.record({ kind, id: ids[table.track[row]], x: px, y: py }, state, palette);
     }
   }
 
@@ -270,7 +264,7 @@ export class Plan {
       const isConfirmed = confirmed[row] === 1;
       const id = ids[tracks.track[row]];
       const [px, py] = toScreen(transform, x[row], y[row]);
-      const ink = isConfirmed ? runColour(palette, this.index) : palette.tentative;
+      const ink = trackColour(palette, this.index, isConfirmed);
       context.strokeStyle = ink;
       context.fillStyle = ink;
       if (state.layers.ellipses && major[row] > 0) {
@@ -305,26 +299,16 @@ export class Plan {
       const mark: Mark = { kind: isConfirmed ? 'system' : 'tentative', id, x: px, y: py };
       const selected = isSelected(state.selection, mark, this.index);
       if (isConfirmed || selected) {
-        const word = this.model.word(classes[row]);
-        plates.write(word === 'unknown' ? `${id}` : `${id} ${word}`, ink, [
+        plates.write(labelOf(id, this.model.word(classes[row])), ink, [
           [px + 9, py - 6, 'left'], [px - 9, py - 6, 'right'], [px + 9, py + 16, 'left'], [px - 9, py + 16, 'right'],
         ]);
       }
-      this.record(context, mark, state, palette);
+      this.record(mark, state, palette);
     }
   }
 
-  private record(context: CanvasRenderingContext2D, mark: Mark, state: State, palette: Palette): void {
-    this.surface.marks.push(mark);
-    if (isSelected(state.selection, mark, this.index)) {
-      context.save();
-      context.strokeStyle = palette.select;
-      context.lineWidth = 2;
-      context.beginPath();
-      context.arc(mark.x, mark.y, 11, 0, 2 * Math.PI);
-      context.stroke();
-      context.restore();
-    }
+  private record(mark: Mark, state: State, palette: Palette): void {
+    this.surface.record(mark, isSelected(state.selection, mark, this.index) ? palette.select : null, 11);
   }
 }
 

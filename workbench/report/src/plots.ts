@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Figures over time.
 import uPlot from 'uplot';
+import { tickText } from './clock';
 import { element } from './dom';
-import { countsOf, type Model, type Run } from './model';
+import { countsOf, letterOf, type Model, type Run } from './model';
 import { runColour, type Palette } from './palette';
 import type { Selection } from './state';
 
@@ -68,7 +69,7 @@ export function countSeries(model: Model, palette: Palette): Series[] {
   }
   model.runs.forEach((run, index) => {
     const { confirmed, tentative } = countsOf(run);
-    const name = model.runs.length > 1 ? ` ${nameOf(model, index)}` : '';
+    const name = model.isPair ? ` ${letterOf(index)}` : '';
     series.push(
       { label: `confirmed${name}`, colour: runColour(palette, index), times: run.times, values: confirmed },
       { label: `tentative${name}`, colour: runColour(palette, index), dash: [2, 4], times: run.times, values: tentative },
@@ -85,8 +86,8 @@ export function probabilitySeries(model: Model, selection: Selection | null, pal
   return [{ label: `track ${selection.id}`, colour: runColour(palette, selection.run), times, values }];
 }
 
-export function nameOf(model: Model, run: number): string {
-  return model.runs.length > 1 ? 'AB'[run] : 'fusion';
+function nameOf(model: Model, run: number): string {
+  return model.isPair ? letterOf(run) : 'fusion';
 }
 
 /** One plot with its title and, without series, what to do to get them. */
@@ -178,7 +179,7 @@ export class Plot {
         y: { range: (_, __, highest) => [least, most ?? Math.max(1, highest * 1.08)] },
       },
       axes: [
-        { ...axis, size: 22, values: (_, ticks) => ticks.map((tick) => (this.duration >= 180 ? `${Math.floor(tick / 60)}:${String(Math.round(tick % 60)).padStart(2, '0')}` : `${tick} s`)) },
+        { ...axis, size: 22, values: (_, ticks) => ticks.map((tick) => tickText(tick, this.duration >= 180)) },
         { ...axis, size: 36 },
       ],
       series: [

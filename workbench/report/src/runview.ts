@@ -4,7 +4,7 @@ import type { Mark } from './canvas';
 import type { Commands } from './commands';
 import { button, element, setText } from './dom';
 import { ImageView } from './imageview';
-import type { Model, Run } from './model';
+import { countsOf, letterOf, lookupTime, type Model, type Run } from './model';
 import type { Palette } from './palette';
 import { Plan } from './plan';
 import { listenToPlan } from './planpointer';
@@ -15,7 +15,8 @@ export class RunView {
   readonly root: HTMLElement;
   readonly plan: Plan;
   readonly image: ImageView;
-  private readonly counts = element('span', { class: 'counts' });
+  private readonly counts: ReturnType<typeof countsOf>;
+  private readonly countText = element('span', { class: 'counts' });
 
   constructor(
     model: Model,
@@ -23,11 +24,12 @@ export class RunView {
     index: number,
     commands: Commands,
   ) {
+    this.counts = countsOf(run);
     this.plan = new Plan(model, run, index);
     this.image = new ImageView(model, run, index);
     const title = element('div', { class: 'run-title' },
-      model.runs.length > 1 && element('b', { class: `badge run-${index}` }, 'AB'[index]),
-      element('span', { class: 'file', title: run.label }, run.label), this.counts);
+      model.isPair && element('b', { class: `badge run-${index}` }, letterOf(index)),
+      element('span', { class: 'file', title: run.label }, run.label), this.countText);
     const fit = button('Fit', 'Fit the plan (F)', () => commands.fitPlans(), { class: 'fit' });
     this.root = element('section', { class: 'run' }, title, element('div', { class: 'views' },
       element('div', { class: 'view plan-view' }, this.plan.surface.canvas, element('span', { class: 'caption' }, 'Plan'), fit),
@@ -46,10 +48,8 @@ export class RunView {
   }
 
   private showCounts(time: number): void {
-    const { tracks } = this.run;
-    const rows = tracks.rowsOf(this.run.frameAt(time + 0.0005));
-    const confirmed = tracks.column('confirmed');
-    const count = rows.reduce((sum, row) => sum + (confirmed[row] === 1 ? 1 : 0), 0);
-    setText(this.counts, `${count} confirmed, ${rows.length - count} tentative`);
+    const frame = this.run.frameAt(lookupTime(time));
+    const { confirmed, tentative } = this.counts;
+    setText(this.countText, `${confirmed[frame] ?? 0} confirmed, ${tentative[frame] ?? 0} tentative`);
   }
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What plan and image have in common: which tracks are shown at a time.
 import type { Mark } from './canvas';
-import type { Model, Run } from './model';
+import { lookupTime, type Model, type Run } from './model';
 import type { Selection, State } from './state';
 
 /** The rows to draw at a time. */
@@ -15,8 +15,7 @@ export interface Shown {
 const none = new Int32Array(0);
 
 export function shownAt(model: Model, run: Run, state: State, time: number): Shown {
-  // Times are kept to a millisecond, so that a frame's own time finds it.
-  const now = time + 0.0005;
+  const now = lookupTime(time);
   const rowsOf = (isShown: boolean, seen: Model['video'] | null) =>
     isShown && seen ? seen.table.rowsOf(seen.frameAt(now)) : none;
   const system = run.tracks.rowsOf(run.frameAt(now));
@@ -27,6 +26,11 @@ export function shownAt(model: Model, run: Run, state: State, time: number): Sho
     truth: rowsOf(state.layers.truth, model.truth),
     system: state.layers.tentative ? system : system.filter((row) => confirmed[row] === 1),
   };
+}
+
+/** What is written beside a system track. */
+export function labelOf(id: number, className: string): string {
+  return className === 'unknown' ? `${id}` : `${id} ${className}`;
 }
 
 export function isSelected(selection: Selection | null, mark: Pick<Mark, 'kind' | 'id'>, run: number): boolean {

@@ -83,17 +83,9 @@ export class Table {
 
   /** The last row of a track that is not after a frame; -1 when it begins later. */
   rowBefore(track: number, frame: number): number {
-    let low = this.first[track];
-    let high = this.first[track + 1];
-    while (low < high) {
-      const middle = (low + high) >> 1;
-      if (this.frame[middle] <= frame) {
-        low = middle + 1;
-      } else {
-        high = middle;
-      }
-    }
-    return low > this.first[track] ? low - 1 : -1;
+    const first = this.first[track];
+    const row = lastAtMost(this.frame, frame, first, this.first[track + 1]);
+    return row >= first ? row : -1;
   }
 
   /** The row of a track in a frame; -1 when it is not in it. */
@@ -122,11 +114,15 @@ function groupByFrame(frame: Int32Array, frames: number): [Int32Array, Int32Arra
 
 /** Index of the last time that is not after `time`; -1 when all are. */
 export function lastNotAfter(times: Float64Array, time: number): number {
-  let low = 0;
-  let high = times.length;
+  return lastAtMost(times, time, 0, times.length);
+}
+
+/** Index of the last of ascending numbers in [from, to) that is not above `most`; from - 1 for none. */
+function lastAtMost(numbers: Float64Array | Int32Array, most: number, from: number, to: number): number {
+  let [low, high] = [from, to];
   while (low < high) {
     const middle = (low + high) >> 1;
-    if (times[middle] <= time) {
+    if (numbers[middle] <= most) {
       low = middle + 1;
     } else {
       high = middle;

@@ -2,9 +2,11 @@
 // Lanes of the system tracks: when each lived, who fed it, when it was confirmed, what it was, and
 // when it lost or took an object.
 import { Surface } from './canvas';
-import type { Life, Model, Stretch, Switch } from './model';
-import { runColour, type Palette } from './palette';
+import { tickText } from './clock';
+import { letterOf, type Life, type Model, type Stretch, type Switch } from './model';
+import { trackColour, type Palette } from './palette';
 import type { Selection, State } from './state';
+import { traceDiamond } from './symbols';
 
 export const laneHeight = 22;
 const axisHeight = 20;
@@ -25,7 +27,7 @@ export function lanesOf(model: Model, withTentative: boolean): Lane[] {
       .map((life) => ({
         run: index,
         life,
-        label: `${model.runs.length > 1 ? 'AB'[index] + ' ' : ''}${life.id} ${mainClass(life.classes)}`,
+        label: `${model.isPair ? `${letterOf(index)} ` : ''}${life.id} ${mainClass(life.classes)}`,
         switches: (run.judgement?.switches ?? []).filter((change) => change.to === life.id || change.from === life.id),
       })),
   );
@@ -158,7 +160,7 @@ export class Timeline {
       context.globalAlpha = 0.6;
       context.stroke();
       context.globalAlpha = 1;
-      const text = spacing < 60 && this.model.duration < 120 ? `${time} s` : `${Math.floor(time / 60)}:${String(Math.round(time % 60)).padStart(2, '0')}`;
+      const text = tickText(time, spacing >= 60 || this.model.duration >= 120);
       const isLast = x + 4 + context.measureText(text).width > this.surface.width;
       context.textAlign = isLast ? 'right' : 'left';
       context.fillText(text, isLast ? x - 3 : x + 3, 11);
@@ -181,7 +183,7 @@ export class Timeline {
     const bar = (stretch: { from: number; to: number }, y: number, height: number) =>
       context.fillRect(this.x(stretch.from), y, Math.max(1, this.x(stretch.to) - this.x(stretch.from)), height);
     for (const stretch of lane.life.standing) {
-      context.fillStyle = stretch.value ? runColour(palette, lane.run) : palette.tentative;
+      context.fillStyle = trackColour(palette, lane.run, stretch.value);
       context.globalAlpha = stretch.value ? 0.85 : 0.35;
       bar(stretch, top + 4, 6);
     }
@@ -209,12 +211,7 @@ export class Timeline {
     for (const change of lane.switches) {
       const x = this.x(change.time);
       const y = top + laneHeight / 2;
-      context.beginPath();
-      context.moveTo(x, y - 6);
-      context.lineTo(x + 6, y);
-      context.lineTo(x, y + 6);
-      context.lineTo(x - 6, y);
-      context.closePath();
+      traceDiamond(context, x, y, 6);
       if (change.to === lane.life.id) {
         context.fill();
       } else {
