@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What is known of an object at a time, in words and numbers with units.
 import { hasCoasted, type Model, type Run, type Seen } from './model';
+import { ellipseScale } from './scene';
 
 export type Facts = [name: string, value: string][];
 
@@ -17,7 +18,7 @@ export function factsOfSystem(model: Model, run: Run, row: number): Facts {
     ['Probability', quantity(at('probability'), 3)],
     ['Class', withShare(labelled('class'), at('classProbability'))],
     ['Position', pairText(at('x'), at('y'), 'm')],
-    ['95 % ellipse', Number.isNaN(at('major')) ? '–' : `${(2.448 * at('major')).toFixed(2)} × ${(2.448 * at('minor')).toFixed(2)} m`],
+    ['95 % ellipse', Number.isNaN(at('major')) ? '–' : `${(ellipseScale * at('major')).toFixed(2)} × ${(ellipseScale * at('minor')).toFixed(2)} m`],
     ['Distance', quantity(distance(at), 1, 'm')],
     ['Speed', quantity(at('speed'), 2, 'm/s')],
     ['Direction', quantity(at('direction'), 0, '°')],

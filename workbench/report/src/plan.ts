@@ -4,15 +4,13 @@ import { Plates, Surface, type Mark } from './canvas';
 import type { Point } from './data';
 import { hasCoasted, type Model, type Run } from './model';
 import { trackColour, type Palette } from './palette';
-import { isSelected, labelOf, shownAt } from './scene';
+import { ellipseScale, isSelected, labelOf, shownAt } from './scene';
 import type { State } from './state';
 import { traceCross, traceDiamond } from './symbols';
 import type { SourceName } from './vocabulary';
 
 /** Trails show this much of the past, s. */
 const trail = 4;
-/** Ellipses hold the object with 95 %: the root of the 0.95 quantile of chi-square with 2 degrees. */
-const ellipseScale = Math.sqrt(5.991);
 
 /** From metres to pixels. Device frame: x forward is up, y left is left. */
 export interface Transform {

@@ -4,6 +4,12 @@ import type { Mark } from './canvas';
 import { lookupTime, type Model, type Run } from './model';
 import type { Selection, State } from './state';
 
+/**
+ * Ellipses hold the object with 95 %: this many standard deviations, the root of the 0.95 quantile of
+ * chi-square with 2 degrees of freedom.
+ */
+export const ellipseScale = Math.sqrt(5.991);
+
 /** The rows to draw at a time. */
 export interface Shown {
   readonly video: Int32Array;
