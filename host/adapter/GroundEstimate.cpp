@@ -16,7 +16,7 @@ GroundEstimate GroundEstimate::predicted(double dt, double accelerationStd) cons
 
 namespace {
 
-// A moving ground point as the camera sees it: what state and Jacobian are made of.
+// A moving ground point in camera terms, from which state and Jacobian are computed.
 struct Sight {
     Eigen::Vector3d velocity;  // device frame
     double range;              // from the camera

@@ -115,7 +115,7 @@ std::shared_ptr<Track> HostAdapter::convert(const RadarReport& report, const Mom
 std::shared_ptr<Track> HostAdapter::convert(const ReadyEstimate& report, const Moment& when) const {
     FusionEstimate estimate{report.state, report.covariance};
     if (when.ahead > 0.0) {
-        // All three positions move here, the range too: this is no prediction of the fusion's.
+        // Unlike the fusion's own prediction, this one moves the range, too.
         StateMatrix F = constantVelocity(when.ahead);
         F(4, 5) = when.ahead;
         estimate.state = F * report.state;
@@ -146,7 +146,7 @@ Label HostAdapter::radarClass(const RadarReport& report, double speed) const {
 
 ImageBox HostAdapter::expectedBox(const Eigen::Vector2d& ground, const FusionEstimate& estimate,
                                   const std::string& className) const {
-    // A radar sees no box: one of a usual size for the class stands in.
+    // A radar reports no box; a box of the class's typical size replaces it.
     const Eigen::Vector3d size = usualSize(className);
     const Eigen::Vector2d side =
         ground + 0.5 * size[1] * Eigen::Vector2d(ground[1], -ground[0]).normalized();

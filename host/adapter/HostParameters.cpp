@@ -69,7 +69,7 @@ void assign(HostParameters& parameters, const std::string& place, std::string_vi
 
 HostParameters HostParameters::fromConfig(const std::string& json) {
     HostParameters parameters;
-    // As the fusion reads its own sections.
+    // The fusion reads its own sections with the same leniency.
     const JsonDocument document(json, JsonDocument::Leniency::RepeatedKeys);
     const BasicFields<JanssonValue> root(document.root());
     if (!root.has(section)) {
@@ -117,7 +117,7 @@ std::string HostParameters::toJson() const {
         }
         text += parameter.count > 1 ? "]" : "";
     }
-    // The first name stands behind a comma, too.
+    // Each member begins with a comma; that of the first is dropped.
     const std::string_view members = text.view();
     return "{" + std::string(members.substr(members.empty() ? 0 : 1)) + "}";
 }

@@ -37,8 +37,8 @@ std::string Parameter::limits() const {
 }
 
 const std::vector<Parameter>& parameterTable() {
-    // A gain of 0 makes the probability of a system track NaN for good, and a covariance without
-    // floor is singular.
+    // A gain of 0 would make the probability of a system track NaN forever, and a covariance
+    // without floor is singular.
     using P = HostParameters;
     static const std::vector<Parameter> table{
         positive<&P::radarGain>("radarGain", "likelihood ratio of a radar report", 1e6),

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The constants of HostParameters by name, with their limits.
+// The parameters of HostParameters by name, with their limits.
 #pragma once
 
 #include <veskar-host/ExportHost.h>
@@ -11,7 +11,7 @@
 
 namespace Veskar::Host::Internal {
 
-/// A constant: one number or several.
+/// A parameter: one number or several.
 struct Parameter {
     const char* name;                    ///< of the member
     const char* meaning;                 ///< what it is, with its unit
@@ -26,11 +26,11 @@ struct Parameter {
     bool allows(double value) const {
         return (value > least || (isLeastAllowed && value == least)) && value <= most;
     }
-    /// @return the limits in words, as "above 0 and at most 60"
+    /// @return the limits as text: "above 0 and at most 60"
     VESKAR_HOST_EXPORT std::string limits() const;
 };
 
-/// @return all constants, in the order of the record
+/// @return all parameters, in the order of the struct
 VESKAR_HOST_EXPORT const std::vector<Parameter>& parameterTable();
 
 }  // namespace Veskar::Host::Internal

@@ -12,9 +12,10 @@ RadarModel::RadarModel(const RadarSetup& setup, const HostParameters& parameters
       rotation_(setup.mounting.rotation()) {}
 
 RadarModel::GroundPoint RadarModel::groundPoint(double reportedRange, double azimuth) const {
-    // The direction d(azimuth, elevation) in the radar's frame; the elevation is not measured but
-    // follows from standing on the ground: height + range (R d)_z = 0, or a c + b s = fall with its
-    // cosine c and sine s. Of the two solutions the one below the horizon counts.
+    // The viewing direction d(azimuth, elevation) in the radar's frame. The elevation is not
+    // measured; it follows from the object being on the ground: height + range (R d)_z = 0, or a c
+    // + b s = fall, where c and s are its cosine and sine. Of both solutions the one below the
+    // horizon is taken.
     const double height = setup_.mounting.position[2];
     const double range = std::max(reportedRange, 1.02 * height);
     const double angle = radians(azimuth);

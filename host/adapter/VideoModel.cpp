@@ -14,7 +14,8 @@ double VideoModel::pseudoRangeStd(const Camera::RangeToTarget& pseudo, double v)
     if (pseudo.clamped) {
         return noise_.maximumPseudoRangeStd;
     }
-    // The camera multiplies the standard deviation by the aspect ratio, which v has in it already.
+    // getRangeToTargetUncertainty multiplies the standard deviation by the aspect ratio, but that
+    // of v includes it already.
     const double moved =
         camera_
             .getRangeToTargetUncertainty(v, noise_.minimumAngle,
@@ -24,7 +25,7 @@ double VideoModel::pseudoRangeStd(const Camera::RangeToTarget& pseudo, double v)
 }
 
 double VideoModel::pseudoRangeRate(double u, double v, const Eigen::Vector2d& velocity) const {
-    constexpr double interval = 0.01;  // seconds to either side
+    constexpr double interval = 0.01;  // half width of the central difference, s
     const Eigen::Vector2d step = velocity * interval;
     const auto after = camera_.getRangeToTarget(u + step[0], v + step[1], noise_.minimumAngle);
     const auto before = camera_.getRangeToTarget(u - step[0], v - step[1], noise_.minimumAngle);

@@ -21,7 +21,7 @@ void SensorSupervisor::schedule(Source source, Sensor& sensor) const {
         sensor.silent = sensor.received +
                         std::min(parameters_.belief * sensor.interval, parameters_.longestBelief);
     } else if (source == VideoObject) {
-        // A camera that is a little late is not silent yet.
+        // Tolerates jitter of half a frame interval before the camera counts as silent.
         sensor.due = sensor.received + std::max(parameters_.videoSilence, 1.5 * sensor.interval);
         sensor.silent = sensor.due;
     } else {
@@ -29,15 +29,15 @@ void SensorSupervisor::schedule(Source source, Sensor& sensor) const {
     }
 }
 
-// Far from its origin a clock has no room for so small a step.
+// Stops instead of looping forever where the clock's resolution is coarser than the interval.
 void SensorSupervisor::postpone(Sensor& sensor, double interval) const {
     const double next = sensor.due + interval;
     const bool isStep = next > sensor.due && next <= lastReport_ + parameters_.longestGap;
     sensor.due = isStep ? next : never;
 }
 
-// A sensor with a gap, or one that speaks only when it sees something, is not slow: the least of
-// the last intervals counts.
+// Takes the smallest of the last intervals, so that a sensor with a gap, or one that reports only
+// when it detects something, does not count as slow.
 void SensorSupervisor::measureInterval(Sensor& sensor, double time) {
     constexpr std::size_t remembered = 3;
     sensor.intervals.push_back(time - sensor.time);
@@ -59,7 +59,7 @@ void SensorSupervisor::saw(const SensorFrame& frame) {
         sensor.frame = frame;
     }
     schedule(frame.source, sensor);
-    // Video that has never said anything is silent since the radar began.
+    // A camera that has not sent any frame counts as silent from the first radar frame on.
     const auto [video, isUnheard] = sensors_.try_emplace(VideoObject);
     if (isUnheard) {
         video->second.time = frame.time;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a host has to do when a sensor is silent or slow.
+// Supervision of sensors that are silent or slow.
 #pragma once
 
 #include <veskar-host/ExportHost.h>
@@ -13,29 +13,29 @@
 
 namespace Veskar::Host::Internal {
 
-/// A frame that the host adds of its own.
+/// A frame that the host adds.
 struct AddedFrame {
-    Source source = VideoObject;         ///< in whose name
+    Source source = VideoObject;         ///< sensor that it stands for
     double time = 0.0;                   ///< time stamp, s
     double received = 0.0;               ///< when it is due on the host's clock, s
-    const SensorFrame* basis = nullptr;  ///< frame to predict; null: an empty frame
-    double ahead = 0.0;                  ///< s by which `basis` is predicted
+    const SensorFrame* basis = nullptr;  ///< frame to be predicted; null: the added frame is empty
+    double ahead = 0.0;                  ///< prediction time of `basis`, s
 };
 
-/// Watches the sensors and says which frames to add.
+/// Watches the frames of the sensors and determines the frames to add.
 class VESKAR_HOST_EXPORT SensorSupervisor {
 public:
-    /// @param parameters when to step in
+    /// @param parameters intervals and limits
     explicit SensorSupervisor(const HostParameters& parameters = {}) : parameters_(parameters) {}
 
-    /// @param now the host's clock, s; the next frame arrives then
-    /// @return the next frame to add before @p now; nothing when none is due. Its basis is valid
-    ///         until the next call of saw.
+    /// @param now the host's clock when the next frame arrives, s
+    /// @return the next frame that is due before @p now, if any. Its basis is valid until the next
+    ///         call of saw.
     std::optional<AddedFrame> nextBefore(double now);
-    /// @param time time stamp of a radar frame that would have to wait for video, s
+    /// @param time time stamp of a radar frame that the module would hold back for video, s
     /// @param now the host's clock, s
-    /// @return the empty video frame to hand over before it, so that it need not wait; nothing
-    ///         while video may still speak for itself
+    /// @return the empty video frame to hand over before it, so that it is not held back; nothing
+    ///         while video is not silent
     std::optional<AddedFrame> videoFor(double time, double now);
     /// @param frame a frame that has arrived
     void saw(const SensorFrame& frame);
@@ -45,10 +45,10 @@ private:
         double time = 0.0;             ///< of the last frame
         double received = 0.0;         ///< of the last frame
         std::deque<double> intervals;  ///< between the last few frames
-        double interval = 0.0;         ///< the least of them; 0 while unknown
-        double due = 0.0;              ///< when the next frame is to be added, unless one arrives
-        double silent = 0.0;           ///< when it counts as silent, unless one arrives
-        SensorFrame frame;             ///< the last frame, kept of slow sensors
+        double interval = 0.0;         ///< the smallest of them; 0 while unknown
+        double due = 0.0;              ///< when to add a frame unless one arrives, s
+        double silent = 0.0;           ///< when it counts as silent unless one arrives, s
+        SensorFrame frame;             ///< the last frame, only of slow sensors
     };
     static void measureInterval(Sensor& sensor, double time);
     void postpone(Sensor& sensor, double interval) const;
@@ -57,7 +57,7 @@ private:
     void schedule(Source source, Sensor& sensor) const;
 
     HostParameters parameters_;
-    double lastReport_ = 0.0;  ///< when the last frame came or was predicted, of any sensor
+    double lastReport_ = 0.0;  ///< when the last frame of any sensor came or was predicted, s
     std::map<Source, Sensor> sensors_;
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Fused tracks as a line of JSON Lines.
+// Fused frames as lines of JSON Lines.
 #pragma once
 
 #include <veskar-host/ExportHost.h>

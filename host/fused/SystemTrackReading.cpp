@@ -11,12 +11,12 @@
 namespace Veskar::Host::Internal {
 namespace {
 
-// What of a system track's sensor tracks is asked for.
+// Data gathered from the sensor tracks of a system track.
 struct Supports {
     std::vector<Support> sensors;
     bool hasRadar = false;
-    std::optional<double> radarTime;  // when the first one's estimate was made
-    std::optional<double> videoTime;  // likewise
+    std::optional<double> radarTime;  // time of the estimate of the first radar track, s
+    std::optional<double> videoTime;  // the same for video, s
 };
 
 Supports supportsOf(const SystemTrack& track) {
@@ -38,7 +38,7 @@ Supports supportsOf(const SystemTrack& track) {
 }
 
 Labels labelsOf(const SystemTrack& track, bool hasRadar) {
-    // The library answers a radar's class probability as a percentage.
+    // The library returns a radar's class probability in percent.
     const bool isRadarsClass = !track.classVoted && hasRadar;
     const double classScale = isRadarsClass ? 0.01 : 1.0;
     return {{track.getClassName(), classScale * track.getClassProbability()},
@@ -62,7 +62,7 @@ std::optional<GroundPosition> groundOf(const FusedTrack& track, const StateMatri
     if (!found) {
         return std::nullopt;
     }
-    // Column and range tell the place on the ground; the row says the same less well.
+    // The ground position follows from column and range alone; the row is less accurate.
     const Eigen::Matrix2d J = found->jacobian.inverse();
     return GroundPosition{found->position, J * block(covariance, 0, 4) * J.transpose(),
                           J * Eigen::Vector2d(track.imageRate[0], track.rangeRate),

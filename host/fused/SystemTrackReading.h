@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a host reads from a system track.
+// Conversion of system tracks to fused tracks.
 #pragma once
 
 #include <veskar-host/ExportHost.h>
@@ -9,14 +9,14 @@
 
 namespace Veskar::Host::Internal {
 
-/// Reads a system track and finds out where it is on the ground and how it moves there.
+/// Converts a system track and computes its position and velocity on the ground.
 ///
-/// The fusion does not move the range between reports; it is moved here by the range rate over the
-/// age of the radar's report (of the camera's, without radar).
+/// The fusion does not predict the range between reports. Here it is moved by the range rate times
+/// the age of the radar's estimate, or of the camera's without radar.
 ///
 /// @param track a system track
-/// @param adapter the adapter that made its sensor tracks
-/// @return what a user wants to know
+/// @param adapter the adapter that converted its sensor tracks
+/// @return the fused track
 VESKAR_HOST_EXPORT FusedTrack readTrack(const SystemTrack& track, const HostAdapter& adapter);
 
 }  // namespace Veskar::Host::Internal

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The members of the first line of a recording: which there are, their types and their limits.
+// Reads the header of a recording: its members, their types and their limits.
 #pragma once
 
 #include "host/installation/InstallationFields.h"
@@ -13,9 +13,9 @@
 
 namespace Veskar::Host::Internal {
 
-/// @param fields a header
+/// @param fields members of a header
 /// @return what the truth lines cover
-/// @throw InputError what is wrong
+/// @throw InputError the fault
 template <typename Value>
 TruthKind readTruthKind(const BasicFields<Value>& fields) {
     const std::string kind = fields.text("truth", "none");
@@ -31,10 +31,10 @@ TruthKind readTruthKind(const BasicFields<Value>& fields) {
     return TruthKind::Complete;
 }
 
-/// @param fields what states its format and version
-/// @param format the format that it must have
-/// @param version the version that it must have
-/// @throw InputError when it has another one
+/// @param fields an object that states its format and version
+/// @param format the required format
+/// @param version the required version
+/// @throw InputError when format or version differ
 template <typename Value>
 void requireFormat(const BasicFields<Value>& fields, const std::string& format, int version) {
     if (const std::string found = fields.text("format"); found != format) {
@@ -47,9 +47,9 @@ void requireFormat(const BasicFields<Value>& fields, const std::string& format, 
     }
 }
 
-/// @param fields the first line of a recording
+/// @param fields members of a header
 /// @return the header
-/// @throw InputError what is wrong
+/// @throw InputError the fault
 template <typename Value>
 RecordingHeader readHeader(const BasicFields<Value>& fields) {
     requireFormat(fields, "veskar-recording", recordingVersion);

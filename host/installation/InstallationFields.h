@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The members of an installation in JSON: which there are, their types and their limits.
+// Reads an installation from JSON: its members, their types and their limits.
 #pragma once
 
 #include <veskar-host/Installation.h>
@@ -10,9 +10,9 @@
 
 namespace Veskar::Host::Internal {
 
-/// @param fields a sensor
+/// @param fields members of a sensor
 /// @param mounting receives its pose
-/// @throw InputError what is wrong
+/// @throw InputError the fault
 template <typename Value>
 void readPose(const BasicFields<Value>& fields, Mounting& mounting) {
     fields.numbers("position", 3, mounting.position.data());
@@ -26,9 +26,10 @@ void readPose(const BasicFields<Value>& fields, Mounting& mounting) {
     }
 }
 
-/// @param fields a camera as Veskar::Camera::parse takes it; integers may stand for reals
+/// @param fields members of a camera as Veskar::Camera::parse takes them; integers are accepted as
+///               reals
 /// @return the camera
-/// @throw InputError what is wrong
+/// @throw InputError the fault
 template <typename Value>
 CameraSetup readCamera(const BasicFields<Value>& fields) {
     fields.allowOnly({"bdc", "rotation", "resolution", "sensorOffset", "imageToRadiansPolynomial",
@@ -54,9 +55,9 @@ CameraSetup readCamera(const BasicFields<Value>& fields) {
     return camera;
 }
 
-/// @param fields a radar
+/// @param fields members of a radar
 /// @return the radar
-/// @throw InputError what is wrong
+/// @throw InputError the fault
 template <typename Value>
 RadarSetup readRadar(const BasicFields<Value>& fields) {
     constexpr double tiny = 1e-6;
@@ -72,9 +73,9 @@ RadarSetup readRadar(const BasicFields<Value>& fields) {
     return radar;
 }
 
-/// @param fields a site
+/// @param fields members of a site
 /// @return the site
-/// @throw InputError what is wrong
+/// @throw InputError the fault
 template <typename Value>
 Site readSite(const BasicFields<Value>& fields) {
     fields.allowOnly({"latitude", "longitude", "heading"});
@@ -88,7 +89,7 @@ Site readSite(const BasicFields<Value>& fields) {
 /// @param fields the header of a recording, or an object with the same members "camera", "radar"
 ///               and "site"
 /// @return the installation
-/// @throw InputError what is wrong
+/// @throw InputError the fault
 template <typename Value>
 Installation readInstallation(const BasicFields<Value>& fields) {
     Installation installation;

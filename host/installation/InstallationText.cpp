@@ -27,7 +27,7 @@ void addRealsMember(LineText& text, std::string_view name, const Vector& vector)
     addReals(text, vector);
 }
 
-/// The member "rotation", without a comma before it.
+/// Appends the member "rotation", without a comma before it.
 void addRotation(LineText& text, const Mounting& mounting) {
     text += "\"rotation\":{\"pitch\":";
     text.addReal(mounting.pitch);

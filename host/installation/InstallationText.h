@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// An installation as JSON text, on one line and with every digit.
+// Writes the parts of an installation as JSON objects on one line, without loss of digits.
 #pragma once
 
 #include <veskar-host/ExportHost.h>

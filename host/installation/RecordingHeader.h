@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The first line of a recording.
+// The header, which is the first line of a recording.
 #pragma once
 
 #include <veskar-host/ExportHost.h>
@@ -17,15 +17,15 @@ constexpr int recordingVersion = 1;
 /// What the truth lines of a recording cover.
 enum class TruthKind {
     None,        ///< there are none
-    Incomplete,  ///< some of the objects that the sensors see: nothing follows from extra tracks
+    Incomplete,  ///< some of the visible objects: tracks without truth are not wrong
     Complete     ///< every object
 };
 
-/// The first line of a recording: the installation and where the data comes from.
+/// The header of a recording: the installation and the origin of the data.
 struct RecordingHeader : Installation {
     std::string name;                   ///< short name
     std::string origin;                 ///< where the data comes from
-    std::string licence;                ///< under which terms
+    std::string licence;                ///< terms of use of the data
     std::optional<double> epoch;        ///< UNIX time of time 0, when known
     std::optional<std::uint64_t> seed;  ///< of a simulation, below 2^63
     TruthKind truth = TruthKind::None;  ///< what the truth lines cover

@@ -22,53 +22,52 @@ constexpr double unlimited = std::numeric_limits<double>::infinity();
 
 /// The place of a value in a document. Borrows what encloses it; put into words only for a message.
 struct VESKAR_HOST_EXPORT JsonPath {
-    const JsonPath* enclosing = nullptr;  ///< none: the root
-    std::string_view name;                ///< of the member
-    std::optional<std::size_t> item;      ///< when the member is a list: which of its items
+    const JsonPath* enclosing = nullptr;  ///< null: the root
+    std::string_view name;                ///< name of the member
+    std::optional<std::size_t> item;      ///< index, when the member is an array
 
-    /// @return as "tracks[3].box"; empty for the root
+    /// @return text such as "tracks[3].box"; empty for the root
     std::string text() const;
 };
 
-/// @param wanted what should be there, as "an array"
-/// @param found what is there
-/// @return the complaint
+/// @param wanted the expected kind, as "an array"
+/// @param found the kind of the value
+/// @return the message
 VESKAR_HOST_EXPORT std::string expected(std::string_view wanted, JsonKind found);
 
-/// @param kind of a value
+/// @param kind kind of a value
 /// @return whether it is a number
 constexpr bool isNumber(JsonKind kind) {
     return kind == JsonKind::Integer || kind == JsonKind::Fraction;
 }
 
-/// The members of one JSON object. Every failure says which member of which object is wrong and
-/// what was expected, as "tracks[3].range: expected a number, found a string".
+/// Checked access to the members of a JSON object. Every error names the member with its place, and
+/// what was expected: "tracks[3].range: expected a number, found a string".
 ///
-/// Borrows the document and the fields of the enclosing object; lives as long as the reading of one
-/// object.
+/// Borrows the document and the fields of the enclosing object; both must outlive it.
 ///
-/// @tparam Value a value of some JSON parser: JanssonValue is one
+/// @tparam Value a value of a JSON parser, such as JanssonValue
 template <typename Value>
 class BasicFields {
 public:
-    /// @param value what should be an object
-    /// @param path its place in the document; by default it is the root
-    /// @throw InputError when it is no object
+    /// @param value must be an object
+    /// @param path its place in the document; the root by default
+    /// @throw InputError when it is not an object
     explicit BasicFields(const Value& value, const JsonPath& path = {});
     BasicFields(const BasicFields&) = delete;
     BasicFields& operator=(const BasicFields&) = delete;
     ~BasicFields() = default;
 
-    /// Refuses every member that is not listed, since a misspelt name must not pass for a default,
-    /// and one that occurs twice, since nobody can tell which of them is meant.
-    /// @param names the names that are known, at most 64
-    /// @throw InputError naming the first such member
+    /// Rejects unknown members, so that misspelt names are not silently replaced by defaults, and
+    /// members that occur twice, because it is unclear which one is meant.
+    /// @param names the allowed names, at most 64
+    /// @throw InputError for the first such member
     void allowOnly(std::initializer_list<std::string_view> names) const;
     /// @copydoc allowOnly
     void allowOnly(const std::vector<std::string_view>& names) const;
 
     /// @param name a member
-    /// @return whether it is there and not null
+    /// @return whether it exists and is not null
     bool has(std::string_view name) const;
     /// @param name a member
     /// @return the member
@@ -78,42 +77,42 @@ public:
     /// @return the member's place in the document
     std::string pathOf(std::string_view name) const;
     /// @param name a member
-    /// @param what what is wrong with it
+    /// @param what the fault
     [[noreturn]] void refuse(std::string_view name, const std::string& what) const;
 
     /// @param name a member that is a number
-    /// @return the number; always finite, since JSON text has no other numbers
+    /// @return the number; always finite, because JSON has no other numbers
     double number(std::string_view name) const;
     /// @param name a member that is a number, or missing
-    /// @param otherwise value when it is missing
+    /// @param otherwise default
     /// @return the number
     double number(std::string_view name, double otherwise) const;
     /// @param name a member that is a number, or missing
     /// @return the number
     std::optional<double> optionalNumber(std::string_view name) const;
     /// @param name a member that is a number
-    /// @param least smallest legal value
-    /// @param most largest legal value
+    /// @param least smallest allowed value
+    /// @param most largest allowed value
     /// @return the number
     double numberWithin(std::string_view name, double least, double most) const;
     /// @param name as numberWithin, or missing
-    /// @param least smallest legal value
-    /// @param most largest legal value
-    /// @param otherwise value when it is missing
+    /// @param least smallest allowed value
+    /// @param most largest allowed value
+    /// @param otherwise default
     /// @return the number
     double numberWithin(std::string_view name, double least, double most, double otherwise) const;
     /// @param name a member that is an integer of 32 bits
     /// @return the integer
     std::int32_t integer(std::string_view name) const;
     /// @param name a member that is true or false, or missing
-    /// @param otherwise value when it is missing
-    /// @return the truth value
+    /// @param otherwise default
+    /// @return the value
     bool boolean(std::string_view name, bool otherwise) const;
     /// @param name a member that is a string
     /// @return the string
     std::string text(std::string_view name) const;
     /// @param name a member that is a string, or missing
-    /// @param otherwise value when it is missing
+    /// @param otherwise default
     /// @return the string
     std::string text(std::string_view name, std::string_view otherwise) const;
     /// @param name a member that is an array
@@ -121,7 +120,7 @@ public:
     Value array(std::string_view name) const;
     /// Reads every item of an array of objects.
     /// @param name a member that is an array
-    /// @param read takes the fields of an item
+    /// @param read called with the fields of each item
     template <typename Read>
     void forEach(std::string_view name, Read read) const {
         JsonPath place{&path_, name, 0};
@@ -131,7 +130,7 @@ public:
         });
     }
     /// @param name a member that is an array of numbers
-    /// @param count how many
+    /// @param count required length of the array
     /// @param values receives the numbers
     void numbers(std::string_view name, std::size_t count, double* values) const;
     /// @param name a member that is an object

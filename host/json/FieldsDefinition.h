@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The members of BasicFields, for the files that instantiate it.
+// Definitions of the member functions of BasicFields, for the files that instantiate it.
 #pragma once
 
 #include <veskar-host/InputError.h>
@@ -30,7 +30,7 @@ BasicFields<Value>::BasicFields(const Value& value, const JsonPath& path)
 template <typename Value>
 template <typename Names>
 void BasicFields<Value>::refuseOthers(const Names& names) const {
-    // Members mostly stand in the order in which they are listed.
+    // Members usually come in the listed order, so the search starts behind the last match.
     auto next = names.begin();
     std::uint64_t seen = 0;
     members_.forEachName([&](std::string_view name) {

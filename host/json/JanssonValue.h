@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Values of the JSON library that every device has.
+// JSON values of Jansson, which the core uses, too.
 #pragma once
 
 #include <veskar-host/InputError.h>
@@ -33,7 +33,7 @@ public:
         }
         template <typename Visit>
         void forEachName(Visit visit) const {
-            // The library's iteration takes no object that is const, but changes none.
+            // json_object_iter takes no const object, but does not change it.
             auto* const object = const_cast<json_t*>(object_);
             for (void* next = json_object_iter(object); next != nullptr;
                  next = json_object_iter_next(object, next)) {
@@ -47,9 +47,9 @@ public:
 
     JsonKind kind() const;
     double number() const { return json_number_value(value_); }
-    /// Meaningful for an Integer.
+    /// Only for an Integer.
     bool fitsInt32() const;
-    /// @return an integer from 0; nothing when it is something else
+    /// @return the value of a non-negative integer; nothing otherwise
     std::optional<std::uint64_t> unsignedInteger() const;
     std::int32_t integer() const { return static_cast<std::int32_t>(json_integer_value(value_)); }
     bool boolean() const { return json_is_true(value_); }
@@ -70,7 +70,7 @@ private:
 
 extern template class BasicFields<JanssonValue>;
 
-/// Text that is no JSON.
+/// Invalid JSON text.
 class JsonFault : public InputError {
 public:
     using InputError::InputError;
@@ -79,16 +79,16 @@ public:
 /// A JSON document.
 class JsonDocument {
 public:
-    /// What is accepted of a text beyond one value without repeated keys.
+    /// Deviations from strict JSON text of one value that are accepted.
     enum class Leniency {
         None,
-        TextBehind,   ///< something stands behind the value
-        RepeatedKeys  ///< a key occurs twice in an object: the last one counts
+        TextBehind,   ///< text after the value
+        RepeatedKeys  ///< keys that occur twice in an object: the last one is used
     };
 
     /// @param text JSON text of any value
-    /// @param leniency what else is accepted
-    /// @throw JsonFault where the text is no JSON and why, as "line 3, column 7: ..."
+    /// @param leniency deviation that is accepted
+    /// @throw JsonFault place and reason of the first syntax error, as "line 3, column 7: ..."
     explicit JsonDocument(std::string_view text, Leniency leniency = Leniency::None);
     /// @param path a file
     /// @param leniency what is accepted beyond one value; what stands behind it is not read
@@ -96,7 +96,7 @@ public:
     /// @throw InputError why it cannot be read
     static JsonDocument ofFile(const std::string& path, Leniency leniency = Leniency::None);
 
-    /// @return the value
+    /// @return the document's value
     JanssonValue root() const { return document_.get(); }
 
 private:

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a JSON value may be.
+// The kinds of JSON values.
 #pragma once
 
 namespace Veskar::Host::Internal {
 
-/// Kinds of JSON values; numbers are told apart by how they are written.
+/// Kinds of JSON values; integers are numbers written without fraction and exponent.
 enum class JsonKind { Null, Object, Array, String, Boolean, Integer, Fraction };
 
 }  // namespace Veskar::Host::Internal

@@ -11,11 +11,11 @@
 namespace Veskar::Host::Internal {
 namespace {
 
-/// A number without exponent may have 17 digits behind three zeros.
+/// Characters of the longest such text: sign, "0.", three zeros and 17 digits need 23.
 constexpr std::size_t longestShortest = 25;
 
-/// Writes the fewest digits that give a finite number back, without an exponent when the decimal
-/// exponent is from -4 to @p largest.
+/// Writes the fewest digits from which a finite number can be read back exactly, without exponent
+/// when the decimal exponent is from -4 to @p largest.
 char* writeShortest(char* at, double value, int largest) {
     char* const most = at + longestShortest;
     char* const end = std::to_chars(at, most, value, std::chars_format::scientific).ptr;
@@ -28,9 +28,9 @@ char* writeShortest(char* at, double value, int largest) {
     return std::to_chars(at, most, value, std::chars_format::fixed).ptr;
 }
 
-/// As fmt and Python write numbers.
+/// Largest decimal exponent written without exponent by fmt and Python.
 constexpr int largestShown = 15;
-/// As JSON libraries do.
+/// The same for JSON libraries.
 constexpr int largestReal = 14;
 
 bool isPlain(char c) {
@@ -38,7 +38,7 @@ bool isPlain(char c) {
 }
 
 std::string escaped(char c) {
-    constexpr std::string_view letters = "btn-fr";  // of the codes from 8
+    constexpr std::string_view letters = "btn-fr";  // short escapes of the codes from 8
     constexpr std::string_view digits = "0123456789abcdef";
     if (c == '"' || c == '\\') {
         return {'\\', c};
@@ -51,7 +51,7 @@ std::string escaped(char c) {
                       : std::string(1, c);
 }
 
-/// @return length of the character that begins here; 0 when it is no UTF-8
+/// @return length of the UTF-8 character at the beginning; 0 when it is invalid
 std::size_t characterLength(std::string_view text) {
     const gunichar code = g_utf8_get_char_validated(text.data(), static_cast<gssize>(text.size()));
     const bool isValid = code != static_cast<gunichar>(-1) && code != static_cast<gunichar>(-2);
@@ -119,7 +119,7 @@ void LineText::addMember(std::string_view name, std::initializer_list<double> va
             at = writeNumber(at, value, decimals);
             *at++ = ',';
         }
-        // The bracket takes the place of the last comma.
+        // Replaces the last comma by the bracket.
         (values.size() == 0 ? *at++ : at[-1]) = ']';
         return at;
     });

@@ -23,7 +23,7 @@ namespace {
 
 using Tracks = std::vector<std::shared_ptr<Track>>;
 
-/// What lies beyond the clock's reach, 292 years, counts as its end.
+/// Clamps to the range of the clock, 292 years.
 std::chrono::nanoseconds nanoseconds(double seconds) {
     constexpr double reach = 9.2e9;
     return std::chrono::nanoseconds(std::llround(std::clamp(seconds, -reach, reach) * 1e9));
@@ -131,7 +131,7 @@ private:
         try {
             module_.cycle(frame.source, frame.time + uptime_, frame.tracks);
         } catch (const std::runtime_error& error) {
-            // Too many tracks for one assignment: the fusion has aged its tracks and goes on with
+            // Too many tracks for one assignment: the fusion has aged its tracks and continues with
             // the next frame.
             if (counts_.failedFrames++ == 0) {
                 counts_.firstFailure = std::string(sourceName(frame.source)) + " frame at " +
@@ -140,9 +140,11 @@ private:
         }
         counts_.fusionSeconds +=
             std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-        // None when the module lets the frame wait or keeps it out, several when it was waited for.
+        // The module fuses no frame when it holds this one back or rejects it, and several when
+        // held frames become due.
         if (const auto fused = observer_.takeFrame()) {
-            // The difference would cost the stamp of this frame its last digits.
+            // Uses the frame's own time stamp where possible: subtracting the offset would round
+            // it.
             const bool isThis = fused->timestamp == frame.time + uptime_;
             tell(fused->source, isThis ? frame.time : fused->timestamp - uptime_, received);
         }
@@ -196,12 +198,12 @@ private:
 
     double uptime_;
     bool asksForPosition_;
-    double clock_ = 0.0;  ///< of the module, seconds
+    double clock_ = 0.0;  ///< clock of the module, seconds
     HostAdapter adapter_;
-    Internal::ObserverTee observer_;  // outlives the module, which calls it
+    Internal::ObserverTee observer_;  // must outlive the module, which calls it
     FusionModule module_;
     Internal::SensorSupervisor supervisor_;
-    std::optional<HostFrame> held_;  ///< the last radar frame, while it is ahead of video
+    std::optional<HostFrame> held_;  ///< the last radar frame, while it is too far ahead of video
     Sink sink_;
     std::exception_ptr sinkFault_;  ///< the first of the call that is under way
     std::optional<DetectionPriority> priority_;

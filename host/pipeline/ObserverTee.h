@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Two listeners to one fusion.
+// Observes the fusion for the pipeline and for the host's observer.
 #pragma once
 
 #include <veskar/FusionObserver.h>
@@ -12,9 +12,9 @@ namespace Veskar::Host::Internal {
 /// one. Wants decisions when that one does.
 class ObserverTee : public FusionObserver {
 public:
-    /// @param next told everything, or null
+    /// @param next receives all events, or null
     void setNext(FusionObserver* next) { next_ = next; }
-    /// @return the last frame that was fused since the last call
+    /// @return the last frame that was fused since the last call, if any
     std::optional<Frame> takeFrame();
 
     void onFrame(const Frame& frame) override;

@@ -8,7 +8,7 @@
 namespace Veskar::Host {
 
 double deviceAzimuth(const Eigen::Vector2d& ground) {
-    // To the right y is negative.
+    // The device's y axis points to the left.
     return degrees(std::atan2(ground[0], -ground[1]));
 }
 

@@ -8,15 +8,15 @@
 namespace Veskar::Host {
 namespace {
 
-// Closer to the optical axis than this angle the derivatives of radius over distance from the axis
-// lose all digits; they are taken there instead, where they differ by less than it.
+// At smaller angles from the optical axis the derivatives of g = rho / s lose all significant
+// digits. They are evaluated at this angle instead, which changes them by less than the angle.
 constexpr double leastAngle = 1e-4;
 
-// Behind the image plane a pinhole sees nothing; the radius is kept large and finite.
+// A pinhole does not see points behind the image plane; limiting the angle keeps the radius finite.
 constexpr double largestPinholeAngle = 1.55;
 
-// The camera evaluates this polynomial but does not tell its coefficients. They follow from it: the
-// derivative is a parabola.
+// The camera evaluates this polynomial but does not expose its coefficients. They are recovered
+// from its derivative, which is a parabola.
 Eigen::Vector4d radiansToImageOf(const Camera& camera) {
     const auto slope = [&](double angle) {
         return camera.evaluatePolynomDerivativeRadiansToImage(angle);
@@ -29,8 +29,8 @@ double evaluate(const Eigen::Vector4d& c, double t) {
     return c[0] + t * (c[1] + t * (c[2] + t * c[3]));
 }
 
-// The angle between the optical axis and a point beside and ahead of the camera; atan takes half as
-// long as atan2.
+// The angle between the optical axis and a point with these offsets from the camera; atan takes
+// half as long as atan2.
 double angleFromAxis(double beside, double ahead) {
     return ahead > 0.0 ? std::atan(beside / ahead) : std::atan2(beside, ahead);
 }
@@ -105,7 +105,7 @@ ImageMotion Projection::project(const Eigen::Vector3d& point,
     const Radius& rho = seen.rho;
     const double g = seen.g;
     const double perS = 1.0 / seen.s;
-    // The angle's second derivatives; that by x twice is the negative of that by s twice.
+    // Second derivatives of the angle; that by x twice is the negative of that by s twice.
     const double perQ = 1.0 / (c[0] * c[0] + seen.s * seen.s);
     const double aSS = -2.0 * seen.s * c[0] * perQ * perQ;
     const double aSX = (seen.s * seen.s - c[0] * c[0]) * perQ * perQ;
@@ -122,7 +122,7 @@ ImageMotion Projection::project(const Eigen::Vector3d& point,
         gSX * sY, gSS * sY * sY + gAcross * sZ * sZ, gYZ,  //
         gSX * sZ, gYZ, gSS * sZ * sZ + gAcross * sY * sY;
 
-    // Of a product of one coordinate with g: its gradient, and the change of that with the motion.
+    // The product of a coordinate with g: its gradient, and the time derivative of that gradient.
     const Eigen::Vector3d motion = toCamera_ * velocity;
     const double gRate = seen.gradient.dot(motion);
     const Eigen::Vector3d gradientRate = hessian * motion;
@@ -153,7 +153,7 @@ Eigen::Vector2d Projection::position(const Eigen::Vector3d& point) const {
 bool Projection::sees(const Eigen::Vector3d& point) const {
     const bool isAhead = (toCamera_ * (point - cameraPosition_))[0] > 0.0;
     const Eigen::Vector2d uv = position(point);
-    // A lens of more than half a turn sees what lies behind it, a pinhole does not.
+    // A lens with a field of view above 180 degrees sees points behind it, a pinhole does not.
     return (isAhead || !isPinhole_) && isInsideImage(uv[0], uv[1]);
 }
 
@@ -171,8 +171,8 @@ std::optional<Projection::GroundPoint> Projection::groundPoint(double u, double 
                                                                double range) const {
     const double height = cameraPosition_[2];
     const double distance = std::sqrt(std::max(range * range - height * height, 0.01));
-    // Newton's method on u(bearing) along the circle of that range. The ray's own bearing is exact
-    // for a point on the ground in row v, so few steps are needed.
+    // Newton's method for the bearing on the circle of that range. The bearing of the viewing ray
+    // is exact for a ground point in row v, so few steps are needed.
     Eigen::Vector2d bearing = ray(u, v).head<2>().normalized();
     for (int step = 0; step < 30; ++step) {
         const Eigen::Vector2d across(-bearing[1], bearing[0]);

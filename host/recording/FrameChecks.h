@@ -11,7 +11,7 @@
 namespace Veskar::Host::Internal {
 
 /// @param frame a frame
-/// @throw InputError when it was received before it was measured
+/// @throw InputError when it was received before the time of its measurement
 VESKAR_HOST_EXPORT void refuseEarlyArrival(const SensorFrame& frame);
 
 /// @param frame a frame

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The members of a sensor frame in a recording: which there are, their types and their limits.
+// Reads a sensor frame of a recording: its members, their types and their limits.
 #pragma once
 
 #include <veskar-host/InputError.h>
@@ -18,7 +18,7 @@ namespace Veskar::Host::Internal {
 
 /// @param fields what has a member "box"
 /// @return the box
-/// @throw InputError what is wrong
+/// @throw InputError the fault
 template <typename Value>
 ImageBox readBox(const BasicFields<Value>& fields) {
     const BasicFields<Value> box = fields.object("box");
@@ -31,9 +31,9 @@ ImageBox readBox(const BasicFields<Value>& fields) {
     return result;
 }
 
-/// @param fields a track
-/// @param report receives what all forms share
-/// @throw InputError what is wrong
+/// @param fields members of a track
+/// @param report receives the fields that all kinds of reports share
+/// @throw InputError the fault
 template <typename Value>
 void readBase(const BasicFields<Value>& fields, ReportBase& report) {
     report.id = fields.integer("id");
@@ -41,9 +41,9 @@ void readBase(const BasicFields<Value>& fields, ReportBase& report) {
     report.confirmed = fields.boolean("confirmed", true);
 }
 
-/// @param fields a track
+/// @param fields members of a track
 /// @return the track
-/// @throw InputError what is wrong
+/// @throw InputError the fault
 template <typename Value>
 VideoReport readVideo(const BasicFields<Value>& fields) {
     fields.allowOnly({"id", "box", "velocity", "age", "coasting", "confirmed", "class",
@@ -118,10 +118,10 @@ ReadyEstimate readEstimate(const BasicFields<Value>& fields) {
     return report;
 }
 
-/// @param tracks receives the track, in the form that its members have
-/// @param fields a track
-/// @param source whose it is
-/// @throw InputError what is wrong
+/// @param tracks receives the track, as the kind of report that its members determine
+/// @param fields members of a track
+/// @param source sensor of the frame
+/// @throw InputError the fault
 template <typename Value>
 void addReport(std::vector<Report>& tracks, const BasicFields<Value>& fields, Source source) {
     if (fields.has("state")) {
@@ -134,9 +134,9 @@ void addReport(std::vector<Report>& tracks, const BasicFields<Value>& fields, So
 }
 
 /// @param fields a line of a recording
-/// @param source whose frame it is
-/// @return the frame; whether it agrees with itself and with others is not looked at
-/// @throw InputError what is wrong
+/// @param source sensor of the frame
+/// @return the frame; its consistency with itself and with other frames is not checked
+/// @throw InputError the fault
 template <typename Value>
 SensorFrame readSensorFrame(const BasicFields<Value>& fields, Source source) {
     fields.allowOnly({"source", "time", "received", "tracks"});

@@ -259,7 +259,7 @@ private:
     }
 
     const std::size_t mostWaiting_;
-    mutable std::mutex mutex_;  // guards the next six
+    mutable std::mutex mutex_;  // guards the next six members
     std::condition_variable hasFrames_;
     std::deque<SensorFrame> frames_;
     std::size_t waiting_ = 0;  ///< memory of the frames, bytes
@@ -267,7 +267,7 @@ private:
     bool isClosed_ = false;
     bool isBehind_ = false;  ///< frames were dropped of which nothing has been told
 
-    // The thread's own.
+    // Used by the writer's thread only.
     RotatingFile file_;
     Internal::FrameOrder order_;
     std::optional<Line> heldBack_;  ///< far from the frames before it

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A sensor frame as a line of a recording.
+// Writes a sensor frame as a line of a recording.
 #pragma once
 
 #include <veskar-host/ExportHost.h>
@@ -11,7 +11,7 @@ namespace Veskar::Host::Internal {
 
 /// Appends the line of a frame, with line end. Numbers are rounded far below any sensor's
 /// resolution (times and image positions to 1e-6, metres to 1e-3 or finer), so that the bytes do
-/// not depend on the last digit of a mathematics library.
+/// not depend on rounding differences between mathematics libraries.
 ///
 /// @param text receives the line
 /// @param frame a frame

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Ids are unique within a frame, whoever has written it.
+// Ensures that ids are unique within a frame.
 #pragma once
 
 #include <veskar-host/InputError.h>
@@ -13,9 +13,9 @@
 
 namespace Veskar::Host::Internal {
 
-/// @param items members of a frame
-/// @param list the name of their list, for the message
-/// @param idOf gives the id of a member
+/// @param items items of a frame
+/// @param list name of their array, for the message
+/// @param idOf returns the id of an item
 /// @throw InputError when an id occurs twice
 template <typename Item>
 void refuseRepeatedIds(const std::vector<Item>& items, const char* list,

@@ -55,7 +55,7 @@ RotatingFile::~RotatingFile() {
     close();
 }
 
-/// A file without its header is none: it is not left behind.
+/// A file whose header cannot be written is removed.
 void RotatingFile::open() {
     makeWay();
     descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0666);
@@ -134,10 +134,10 @@ void RotatingFile::appendToFile(std::string_view line) {
         size_ += line.size();
         return;
     }
-    // What was written of the line is taken back. A short write means that there is no more room.
+    // Removes a partly written line. A short write means that the disk is full.
     const int reason = count < 0 ? errno : ENOSPC;
     if (::ftruncate(descriptor_, static_cast<off_t>(size_)) != 0) {
-        // The file ends with half a line; the next one is another file.
+        // The file ends with half a line; continue in a new file.
         close();
     }
     fail(path_, reason);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A file of lines that is complete up to its last line whatever happens.
+// A rotated file of lines that ends with a complete line even after write errors.
 #pragma once
 
 #include <cstddef>
@@ -9,19 +9,19 @@
 
 namespace Veskar::Host::Internal {
 
-/// Lines behind a header, each handed to the system with one write. Faults are std::system_error.
+/// Lines after a header, each written with a single write. Throws std::system_error on faults.
 class RotatingFile {
 public:
-    /// @param path the file; one that is there is rotated
+    /// @param path the file; an existing one is rotated
     /// @param header first line of every file
-    /// @param rotateAfter bytes; 0: never
-    /// @param kept rotated files
+    /// @param rotateAfter size in bytes that is not exceeded; 0: no limit
+    /// @param kept number of rotated files that are kept
     RotatingFile(std::string path, std::string header, std::uint64_t rotateAfter, std::size_t kept);
     ~RotatingFile();
     RotatingFile(const RotatingFile&) = delete;
     RotatingFile& operator=(const RotatingFile&) = delete;
 
-    /// Appends a line whole or not at all.
+    /// Appends a line completely or not at all.
     /// @param line with line end
     void append(std::string_view line);
     /// Lets the next line begin a file, unless the file has none yet.
@@ -41,7 +41,7 @@ private:
     std::uint64_t rotateAfter_;
     std::size_t kept_;
     int descriptor_ = -1;
-    std::uint64_t size_ = 0;  ///< of the lines that stand in the file
+    std::uint64_t size_ = 0;  ///< bytes of the complete lines in the file
 };
 
 }  // namespace Veskar::Host::Internal

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Pieces of the lines that recordings and fused tracks share.
+// Formatting that the lines of recordings and of fused tracks share.
 #pragma once
 
 #include <veskar-host/ExportHost.h>
@@ -14,8 +14,8 @@
 
 namespace Veskar::Host::Internal {
 
-// Decimals of each kind of number: far below any sensor's resolution, and few enough that the bytes
-// do not depend on the last digit of a mathematics library.
+// Decimals of each quantity: far below any sensor's resolution, and few enough that the bytes do
+// not depend on rounding differences between mathematics libraries.
 constexpr int timeDecimals = 6;
 constexpr int imageDecimals = 6;
 constexpr int metreDecimals = 3;
@@ -24,18 +24,18 @@ constexpr int ratioDecimals = 4;
 constexpr int geoDecimals = 8;
 constexpr int estimateDecimals = 9;
 
-/// Appends a vector as a member after others.
+/// Appends a vector as a further member.
 /// @param text receives the member
 /// @param name its name
 /// @param value the vector
 /// @param decimals digits behind the point
 VESKAR_HOST_EXPORT void appendVector(LineText& text, std::string_view name,
                                      const Eigen::Vector2d& value, int decimals);
-/// Appends those labels that are known.
+/// Appends the labels that are known.
 /// @param text receives the members
 /// @param labels class and colours
 VESKAR_HOST_EXPORT void appendLabels(LineText& text, const Labels& labels);
-/// Appends one label, if it is known, and its probability.
+/// Appends a label and its probability, if the label is known.
 /// @param text receives the members
 /// @param name of the label
 /// @param label the label

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Writes down what the sensors report while a host runs.
+// Records the reports of the sensors while a host runs.
 #pragma once
 
 #include <veskar-host/ExportHost.h>
@@ -14,7 +14,7 @@
 
 namespace Veskar::Host {
 
-/// Writes sensor frames to a recording, as `veskar replay` reads it, on a thread of its own.
+/// Writes sensor frames to a recording that `veskar replay` reads, on a thread of its own.
 ///
 /// Every line is handed to the system whole and at once: when the process crashes, the frames that
 /// still wait are lost, nothing else. What was written is on the disk a second later at most: a
@@ -33,14 +33,14 @@ namespace Veskar::Host {
 /// Faults never reach the host. They are counted and logged at error priority, each cause at most
 /// once a minute.
 ///
-/// write is for one thread at a time; counts may be called from any.
+/// write may be called by one thread at a time, counts by any thread.
 class VESKAR_HOST_EXPORT FrameRecorder {
 public:
-    /// What the header says beside the installation, and limits.
+    /// Further fields of the header, and limits.
     struct Options {
         std::string name;                 ///< short name of the recording
         std::string origin = "recorded";  ///< where the data comes from
-        std::string licence;              ///< under which terms
+        std::string licence;              ///< terms of use of the data
         std::optional<double> epoch;      ///< UNIX time of time 0, when known
         /// Bytes of a file after which it is rotated: renamed to FILE.1, what was FILE.1 to FILE.2
         /// and so on. The new file begins with the header. 0: never. With the files that are kept,
@@ -71,7 +71,7 @@ public:
     /// As above.
     /// @param path as above
     /// @param installation as above
-    /// @param options what else the header says, and limits
+    /// @param options further fields of the header, and limits
     /// @throw InputError as above
     FrameRecorder(const std::string& path, const Installation& installation,
                   const Options& options);
@@ -85,7 +85,7 @@ public:
     /// @param frame in the order of arrival
     void write(const SensorFrame& frame);
 
-    /// @return what happened so far
+    /// @return the counts since construction
     Counts counts() const;
 
 private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A system track in the terms of a user.
+// A system track with its position on the ground.
 #pragma once
 
 #include <veskar-host/ImageBox.h>
@@ -17,7 +17,7 @@
 
 namespace Veskar::Host {
 
-/// A sensor track behind a system track.
+/// A sensor track that is fused into a system track.
 struct Support {
     Source source;    ///< VideoObject or Radar
     std::int32_t id;  ///< the sensor's track id
@@ -32,16 +32,16 @@ struct GroundPosition {
     Eigen::Matrix2d velocityCovariance;  ///< of `velocity`, (m/s)^2
 };
 
-/// A system track in the terms of a user.
+/// A system track, with its position on the ground and its classification.
 struct FusedTrack {
-    std::int32_t id = 0;                               ///< of the system track
+    std::int32_t id = 0;                               ///< system track id
     bool confirmed = false;                            ///< by track management
     double probability = 0.0;                          ///< that the object exists
     Eigen::Vector2d image{0.0, 0.0};                   ///< u, v
     Eigen::Vector2d imageRate{0.0, 0.0};               ///< 1/s
-    double range = 0.0;                                ///< slant, from the camera, moved to now, m
+    double range = 0.0;                                ///< from the camera, at the frame's time, m
     double rangeRate = 0.0;                            ///< m/s
-    std::optional<GroundPosition> ground;              ///< when the lens reaches the ground there
+    std::optional<GroundPosition> ground;              ///< nothing: not on the ground
     std::optional<double> speed;                       ///< m/s
     std::optional<double> direction;                   ///< degrees clockwise from forward
     Labels labels;                                     ///< class and colours, probabilities 0..1

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// From what the sensors report to fused tracks.
+// From sensor reports to fused tracks.
 #pragma once
 
 #include <veskar-host/ExportHost.h>
@@ -18,14 +18,14 @@
 
 namespace Veskar::Host {
 
-/// A whole host of the fusion: turns reports into tracks, steps in for sensors that are silent or
-/// slow, runs the fusion and says what is known after every frame.
+/// A complete host of the fusion: converts reports to tracks, adds frames for sensors that are
+/// silent or slow, runs the fusion and passes the system tracks on after every fused frame.
 ///
-/// The clock is the host's: `SensorFrame::received` of the frames that are pushed, and the time
-/// given to advance. A recording of the frames therefore replays to what was fused live.
+/// Time is the host's: `SensorFrame::received` of the pushed frames, and the argument of advance.
+/// Replaying a recording of the frames therefore reproduces what was fused live.
 ///
-/// For one thread at a time. One lives per process at a time: the library numbers system tracks
-/// globally.
+/// May be used by one thread at a time. Only one may exist per process at a time, because the
+/// library numbers system tracks globally.
 class VESKAR_HOST_EXPORT FusionPipeline {
 public:
     /// Receives the system tracks after what push or advance has fused, on their thread; must not
@@ -36,21 +36,21 @@ public:
     /// the pipeline may be used further on; of several exceptions the first one does. May be empty.
     using Sink = std::function<void(const FusedFrame&)>;
 
-    /// What a host may want beyond what a live one usually does.
+    /// Optional behaviour.
     struct Options {
-        /// Asks the detection priority about every track.
+        /// Evaluates the detection priority of every track.
         bool withTags = false;
-        /// Seconds by which the fusion's time base is ahead of that of the frames. The fusion takes
-        /// the last video frame to be at time 0 before there is one, so where time begins near 0,
-        /// as in a recording, its first radar frames would pass video by.
+        /// Offset of the fusion's time base to that of the frames, s. Before the first video frame
+        /// the fusion assumes one at time 0; when the frames' times begin near 0, as in a
+        /// recording, radar frames within 0.1 s of it would be fused before any video.
         double uptime = 0.0;
-        /// Asks the device's geolocation service where tracks are when the installation states no
-        /// site; see Dbus::GeoLocation::getPosition for its threads. A replay must not ask the
-        /// machine that it happens to run on.
+        /// Queries the device's geolocation service for positions when the installation states no
+        /// site; see Dbus::GeoLocation::getPosition for its threads. Off for replays, which must
+        /// not depend on the machine that they run on.
         bool asksForPosition = true;
     };
 
-    /// What happened so far.
+    /// Statistics since construction.
     struct Counts {
         std::uint64_t videoFrames = 0;    ///< pushed
         std::uint64_t radarFrames = 0;    ///< pushed
@@ -73,7 +73,7 @@ public:
     /// @param config as above
     /// @param sink as above
     /// @param parameters as above
-    /// @param options what is wanted beyond the usual
+    /// @param options optional behaviour
     FusionPipeline(const Installation& installation, const Config& config, Sink sink,
                    const HostParameters& parameters, const Options& options);
     ~FusionPipeline();
@@ -85,22 +85,23 @@ public:
     /// counted.
     ///
     /// A frame with more tracks than one assignment holds (512 on a side) is counted as failed: the
-    /// fusion ages its tracks and goes on with the next frame.
+    /// fusion ages its tracks and continues with the next frame.
     ///
     /// @param frame in the order of arrival
     void push(const SensorFrame& frame);
-    /// Hands over the frames that the host has to add until then. A live host calls it ten times a
-    /// second or so, which keeps radar going while the camera is silent.
-    /// @param now the host's clock, s: the next frame of a sensor does not arrive before
+    /// Adds the frames that are due until then for silent or slow sensors. A live host calls it
+    /// about ten times a second, so that radar frames are fused while the camera is silent.
+    /// @param now the host's clock, s; frames pushed later are not received before it
     void advance(double now);
 
-    /// @param observer told what the fusion decides, or null; must outlive the pipeline or be
-    ///                 replaced before it ends. Its times are ahead by Options::uptime.
+    /// @param observer receives the decisions of the fusion, or null; must outlive the pipeline or
+    ///                 be replaced before. The times it receives are ahead of the frames' by
+    ///                 Options::uptime.
     void setObserver(FusionObserver* observer);
 
-    /// @return what happened so far
+    /// @return statistics since construction
     const Counts& counts() const;
-    /// @return the fusion; its times are ahead by Options::uptime
+    /// @return the fusion; its times are ahead of the frames' by Options::uptime
     const FusionModule& fusion() const;
 
 private:

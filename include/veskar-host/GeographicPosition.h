@@ -11,8 +11,8 @@
 namespace Veskar::Host {
 
 /// @param ground device frame, m
-/// @return its azimuth as SphericalCoordinate and the geolocation service count it: degrees
-///         counter-clockwise from the device's right-hand side, forward is 90
+/// @return its azimuth in the convention of SphericalCoordinate and of the geolocation service:
+///         degrees counter-clockwise from the device's right-hand side; forward is 90
 VESKAR_HOST_EXPORT double deviceAzimuth(const Eigen::Vector2d& ground);
 
 /// The geographic position of a ground point, on the tangent plane at the site (WGS84).
@@ -22,7 +22,7 @@ VESKAR_HOST_EXPORT double deviceAzimuth(const Eigen::Vector2d& ground);
 ///
 /// @param site where the device stands
 /// @param ground device frame, m
-/// @return the position, valid
+/// @return its position, marked as valid
 VESKAR_HOST_EXPORT ::Dbus::GeoLocation::Position geographicPosition(const Site& site,
                                                                     const Eigen::Vector2d& ground);
 

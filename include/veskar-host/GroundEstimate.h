@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A track on the ground: the state that a radar knows, before it is projected into the image.
+// A track on the ground plane: the state in which a radar measures, before its projection into the
+// image.
 #pragma once
 
 #include <veskar-host/ExportHost.h>
@@ -16,7 +17,7 @@ struct VESKAR_HOST_EXPORT GroundEstimate {
     Eigen::Matrix4d covariance;  ///< of `state`
 
     /// @param dt seconds; constant velocity
-    /// @param accelerationStd white acceleration that widens the covariance, m/s^2
+    /// @param accelerationStd standard deviation of the white acceleration (process noise), m/s^2
     /// @return the estimate @p dt later
     GroundEstimate predicted(double dt, double accelerationStd) const;
 };
@@ -35,13 +36,13 @@ VESKAR_HOST_EXPORT StateVector toFusionState(const Projection& projection,
 
 /// @param projection the camera
 /// @param ground state on the ground: x, y, vx, vy
-/// @return derivatives of toFusionState by the ground state, analytic
+/// @return analytic Jacobian of toFusionState with respect to the ground state
 VESKAR_HOST_EXPORT Eigen::Matrix<double, 6, 4> fusionJacobian(const Projection& projection,
                                                               const Eigen::Vector4d& ground);
 
 /// @param projection the camera
 /// @param ground an estimate on the ground
-/// @return the same in the fusion frame, P = J P J'; the covariance has rank 4
+/// @return the same in the fusion frame, with covariance J P J' of rank 4
 VESKAR_HOST_EXPORT FusionEstimate toFusion(const Projection& projection,
                                            const GroundEstimate& ground);
 

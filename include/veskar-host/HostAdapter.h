@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// From what sensors report to what the fusion takes.
+// From sensor reports to the tracks that the fusion takes.
 #pragma once
 
 #include <veskar-host/ExportHost.h>
@@ -18,13 +18,13 @@
 
 namespace Veskar::Host {
 
-/// A sensor track that remembers when its estimate was made. The library keeps the host's objects,
-/// so a host can carry what it needs later on in a class of its own.
+/// A sensor track that keeps the time of its estimate. The library keeps the host's track objects,
+/// so that a host can carry its own data in a derived class.
 class VESKAR_HOST_EXPORT ReportedTrack : public Track {
 public:
     using Track::Track;
 
-    double reportTime = time;  ///< time of the estimate, seconds; unlike `time` it stays
+    double reportTime = time;  ///< of the estimate, s; the fusion does not advance it
 };
 
 /// Turns frames of reports into tracks in the fusion frame. Nothing of it changes once it is made:
@@ -32,16 +32,16 @@ public:
 class VESKAR_HOST_EXPORT HostAdapter {
 public:
     /// @param installation the sensors and where they are
-    /// @param config its "veskarInputs" section counts
+    /// @param config only its "veskarInputs" section is used
     /// @param parameters constants
     HostAdapter(const Installation& installation, const Config& config,
                 const HostParameters& parameters = {});
 
     /// @param frame one frame of a sensor
-    /// @param uptime what the module's time base is ahead of the frame's, s
-    /// @param ahead seconds by which its tracks are predicted with constant velocity before they
-    ///              are converted; their coasting times are then left out
-    /// @return its tracks, in order, at the time of the frame plus both
+    /// @param uptime offset of the module's time base to the frame's, s
+    /// @param ahead seconds by which the tracks are predicted with constant velocity before they
+    ///              are converted; if positive, their coasting times are set to 0
+    /// @return its tracks in the same order, at the frame's time plus uptime plus ahead
     std::vector<std::shared_ptr<Track>> convert(const SensorFrame& frame, double uptime = 0.0,
                                                 double ahead = 0.0) const;
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What is wrong with an input, in words for the person who wrote it.
+// The error of faulty input, with a message for its author.
 #pragma once
 
 #include <veskar-host/ExportHost.h>
@@ -8,8 +8,8 @@
 
 namespace Veskar::Host {
 
-/// Bad input or an output that cannot be written. The text is meant for a person: it names the
-/// place (as "FILE:LINE: " or "camera.position: ") and what is wrong there.
+/// Faulty input, or an output file that cannot be written. The message is for users: it names the
+/// place (as "FILE:LINE: " or "camera.position: ") and the fault.
 class VESKAR_HOST_EXPORT InputError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A device with its sensors, as it is mounted.
+// The sensors of a device and their mounting.
 #pragma once
 
 #include <veskar-host/CameraSetup.h>
@@ -18,17 +18,17 @@ struct VESKAR_HOST_EXPORT Installation {
     RadarSetup radar;          ///< the radar
     std::optional<Site> site;  ///< where the device stands, when known
 
-    /// Reads an installation from JSON: an object with the members "camera", "radar" and, when it
-    /// is known, "site", or the header of a recording. docs/recording-format.md describes them.
+    /// Reads an installation from JSON: an object with the members "camera", "radar" and optionally
+    /// "site", or the header of a recording. docs/recording-format.md describes them.
     ///
     /// @param path a file with the object and nothing behind it, or a recording
     /// @return the installation
-    /// @throw InputError what is wrong, behind "FILE: "
+    /// @throw InputError the fault, behind "FILE: "
     static Installation parse(const std::string& path);
     /// As above.
     /// @param text the object and nothing behind it, or the beginning of a recording
     /// @return the installation
-    /// @throw InputError what is wrong, as "camera.position: missing"
+    /// @throw InputError the fault, as "camera.position: missing"
     static Installation parseString(const std::string& text);
 };
 

@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
-// What kind of object something is and which colours it has.
+// Class and colours of an object.
 #pragma once
 
 #include <string>
 
 namespace Veskar::Host {
 
-/// A word and how probable it is (0..1).
+/// A label and its probability.
 struct Label {
     std::string name = "unknown";  ///< see Vocabulary.h
     double probability = 0.0;      ///< 0 to 1
 };
 
-/// What an analytics may say about an object beside where it is.
+/// What a video analytics may report of an object's appearance.
 struct Labels {
-    Label objectClass;         ///< what it is
+    Label objectClass;         ///< object class
     Label color;               ///< of a vehicle, for example
     Label upperClothingColor;  ///< of a person
     Label lowerClothingColor;  ///< of a person

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Where a sensor is mounted.
+// Pose of a sensor.
 #pragma once
 
 #include <veskar-host/ExportHost.h>
@@ -8,15 +8,15 @@
 
 namespace Veskar::Host {
 
-/// Where a sensor is mounted. The device's frame: x forward, y to the left, z up, metres, origin on
-/// the ground below the device.
+/// Pose of a sensor in the device frame: x forward, y to the left, z up, metres, origin on the
+/// ground below the device.
 struct VESKAR_HOST_EXPORT Mounting {
     Eigen::Vector3d position = Eigen::Vector3d::Zero();  ///< metres; the third is the height
     double yaw = 0.0;                                    ///< degrees to the left
     double pitch = 0.0;                                  ///< degrees downward
     double roll = 0.0;                                   ///< degrees, right side down
 
-    /// @return rotation from the sensor's frame to the device's
+    /// @return rotation matrix from the sensor's frame to the device frame
     Eigen::Matrix3d rotation() const;
 };
 

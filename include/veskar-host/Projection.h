@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// From the ground into the image and back.
+// Projection from the ground into the image and back.
 #pragma once
 
 #include <veskar-host/ExportHost.h>
@@ -25,8 +25,8 @@ constexpr double degrees(double radians) {
     return radians * 180.0 / 3.14159265358979323846;
 }
 
-/// Where a moving point of the device's frame appears in the image, how it moves there, and how
-/// both depend on the point: what the first-order propagation of a position with velocity needs.
+/// Image position and rate of a moving point of the device frame, with their derivatives with
+/// respect to the point: what the first-order propagation of a position with velocity needs.
 struct ImageMotion {
     Eigen::Vector2d uv;                    ///< normalised image plane; not limited to the image
     Eigen::Vector2d rate;                  ///< u', v', 1/s
@@ -34,7 +34,7 @@ struct ImageMotion {
     Eigen::Matrix<double, 2, 3> rateJacobian;  ///< d(u', v') / d(x, y, z), 1/(m s)
 };
 
-/// In which column of the image a point of the device's frame appears.
+/// Image column of a point of the device frame.
 struct ImageColumn {
     double u;                     ///< normalised image plane; not limited to the image
     Eigen::RowVector3d gradient;  ///< du / d(x, y, z), 1/m
@@ -56,23 +56,23 @@ public:
     /// @return its image column with first derivatives
     ImageColumn column(const Eigen::Vector3d& point) const;
     /// @param point device frame, m
-    /// @return its image position alone
+    /// @return its image position without derivatives
     Eigen::Vector2d position(const Eigen::Vector3d& point) const;
     /// @param point device frame, m
     /// @return whether it lies in front of the camera and inside the image
     bool sees(const Eigen::Vector3d& point) const;
 
-    /// A point on the ground and how the image column and the slant range depend on it.
+    /// A ground point with the derivatives of image column and slant range.
     struct GroundPoint {
         Eigen::Vector2d position;  ///< device frame, m
         Eigen::Matrix2d jacobian;  ///< d(u, slant range) / d(x, y)
     };
 
-    /// The ground point at a distance from the camera that appears in a given image column.
+    /// The ground point at a given distance from the camera that appears in a given image column.
     ///
     /// @param u image column
-    /// @param v image row, where the search begins
-    /// @param range slant distance from the camera, m; at least the camera's height is used
+    /// @param v image row, start of the search
+    /// @param range slant distance from the camera, m; raised to the camera's height if less
     /// @return the point; nothing when no such point is found
     std::optional<GroundPoint> groundPoint(double u, double v, double range) const;
 
@@ -89,17 +89,18 @@ public:
 private:
     struct Radius {
         double value;   ///< image radius
-        double first;   ///< by the angle
-        double second;  ///< by the angle, twice
+        double first;   ///< first derivative with respect to the angle
+        double second;  ///< second derivative with respect to the angle
     };
-    // A point in the camera's frame, and the factor g from its sideways place to the image.
+    // A point in the camera's frame and its scale factor g from lateral offset (m) to image
+    // position.
     struct LensPoint {
-        Eigen::Vector3d place;     ///< camera frame, m
+        Eigen::Vector3d place;     ///< position, camera frame, m
         double s;                  ///< distance from the optical axis, m
         Radius rho;                ///< image radius
-        double aS, aX;             ///< derivatives of the angle by s and x
+        double aS, aX;             ///< derivatives of the angle with respect to s and x
         double g;                  ///< image radius over s
-        double gS, gX;             ///< derivatives of g
+        double gS, gX;             ///< derivatives of g with respect to s and x
         Eigen::Vector3d gradient;  ///< of g, camera frame
     };
     LensPoint look(const Eigen::Vector3d& point) const;
@@ -107,13 +108,13 @@ private:
     double imageRadius(double angle) const;
 
     Camera lens_;
-    // What is needed of it for every point.
+    // Properties of the camera, read once instead of per point.
     bool isPinhole_;
     double aspect_;                   ///< width over height
     Eigen::Vector2d centre_;          ///< optical centre in the image
     Eigen::Vector4d radiansToImage_;  ///< c0..c3
     Eigen::Vector4d imageToRadians_;  ///< c0..c3
-    double pinholeScale_;             ///< image radius per tangent of the angle
+    double pinholeScale_;             ///< image radius divided by the tangent of the angle
     Eigen::Vector3d cameraPosition_;
     Eigen::Matrix3d toCamera_;
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a radar's range and azimuth say about a place on the ground.
+// Measurement model of the radar.
 #pragma once
 
 #include <veskar-host/ExportHost.h>
@@ -16,7 +16,7 @@ namespace Veskar::Host {
 /// on the ground. Never changes once it is made: several threads may use one.
 class VESKAR_HOST_EXPORT RadarModel {
 public:
-    /// A ground point and how it depends on the measurement.
+    /// A ground point with its derivatives with respect to the measurement.
     struct GroundPoint {
         Eigen::Vector2d position;  ///< device frame, m
         Eigen::Matrix2d jacobian;  ///< d(x, y) / d(range [m], azimuth [radians, clockwise])
@@ -26,14 +26,14 @@ public:
     /// @param parameters constants of the adapter
     RadarModel(const RadarSetup& setup, const HostParameters& parameters);
 
-    /// @param range slant distance from the radar, m; at least a little more than its height
-    ///              above ground is used
+    /// @param range slant distance from the radar, m; raised to 1.02 times its height above ground
+    ///              if less
     /// @param azimuth degrees clockwise from the radar's forward direction
     /// @return the point on the ground
     GroundPoint groundPoint(double range, double azimuth) const;
 
     /// @param report a radar track
-    /// @return its state on the ground with the covariance that the radar's noise gives it
+    /// @return its state on the ground, with the covariance that follows from the radar's noise
     GroundEstimate estimate(const RadarReport& report) const;
 
     /// @param direction degrees clockwise from the radar's forward direction

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a radar reports of an object.
+// A radar's report of an object.
 #pragma once
 
 #include <veskar-host/Labels.h>
@@ -9,7 +9,8 @@
 
 namespace Veskar::Host {
 
-/// A track of the radar in its own terms. Without `speed` and `direction` the radial speed counts.
+/// A track of the radar in its own coordinates. `radialSpeed` is used when `speed` or `direction`
+/// is missing.
 struct RadarReport : ReportBase {
     double range = 0.0;                 ///< slant distance from the radar, m
     double azimuth = 0.0;               ///< degrees clockwise from the radar's forward direction

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// What all forms of a sensor's report share.
+// The fields that all kinds of sensor reports share.
 #pragma once
 
 #include <cstdint>
 
 namespace Veskar::Host {
 
-/// What all forms of a report share.
+/// The fields that all kinds of sensor reports share.
 struct ReportBase {
     std::int32_t id = 0;    ///< the sensor's track id, unique within a frame
     double coasting = 0.0;  ///< seconds since the sensor last saw the object

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a sensor reported at one time.
+// The reports of a sensor at one time.
 #pragma once
 
 #include <veskar-host/ExportHost.h>
@@ -15,26 +15,26 @@
 
 namespace Veskar::Host {
 
-/// A track as it was reported, in one of its forms.
+/// A track as reported by a sensor or another producer.
 using Report = std::variant<VideoReport, RadarReport, ReadyEstimate>;
 
-/// @param report a report in any form
-/// @return what all forms share
+/// @param report a report of any kind
+/// @return the fields that all kinds share
 VESKAR_HOST_EXPORT const ReportBase& baseOf(const Report& report);
 
 /// One frame of one sensor.
 ///
-/// Both times are on one time base: on a device that of std::chrono::steady_clock, in a recording
-/// that of the recording.
+/// Both times are of one time base: std::chrono::steady_clock on a device, that of the recording in
+/// a recording.
 struct SensorFrame {
     Source source = VideoObject;  ///< VideoObject or Radar
     double time = 0.0;            ///< of the measurement, seconds
-    double received = 0.0;        ///< when the host got it, seconds; not before that of the frames
-                                  ///< that were handed over earlier
+    double received = 0.0;        ///< when the host received it, seconds; not less than
+                                  ///< that of any frame handed over earlier
     std::vector<Report> tracks;   ///< may be empty
 };
 
-/// The name that recordings and fused tracks give a source.
+/// The name of a source in recordings and fused tracks.
 /// @param source a source
 /// @return "video", "radar" or "other"
 VESKAR_HOST_EXPORT const char* sourceName(Source source);
@@ -48,12 +48,12 @@ VESKAR_HOST_EXPORT const char* sourceName(Source source);
 /// @return its line, with line end
 VESKAR_HOST_EXPORT std::string toJsonLine(const SensorFrame& frame);
 
-/// Reads a line of a recording that holds a sensor frame. Whoever reads truth, too, or hundreds of
-/// megabytes of recording, takes `veskar replay`.
+/// Reads a line of a recording that holds a sensor frame. For truth lines and for large recordings
+/// use `veskar replay`.
 ///
-/// @param text the line, with or without its end
+/// @param text the line, with or without line end
 /// @return the frame
-/// @throw InputError what is wrong, as "tracks[3].range: expected a number, found a string"
+/// @throw InputError the fault, as "tracks[3].range: expected a number, found a string"
 VESKAR_HOST_EXPORT SensorFrame parseSensorFrame(std::string_view text);
 
 }  // namespace Veskar::Host

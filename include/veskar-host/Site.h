@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// Where on Earth a device stands.
+// Geographic position and heading of a device.
 #pragma once
 
 namespace Veskar::Host {
 
-/// Where on Earth the device stands.
+/// Geographic position (WGS84) and heading of the device.
 struct Site {
     double latitude = 0.0;   ///< degrees, north positive
     double longitude = 0.0;  ///< degrees, east positive
-    double heading = 0.0;    ///< degrees clockwise from north, of the device's x axis
+    double heading = 0.0;    ///< of the device's x axis, degrees clockwise from north
 };
 
 }  // namespace Veskar::Host

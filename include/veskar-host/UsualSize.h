@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How large objects usually are.
+// Typical object sizes.
 #pragma once
 
 #include <veskar-host/ExportHost.h>
@@ -11,8 +11,8 @@
 namespace Veskar::Host {
 
 /// @param className an object class, see Vocabulary.h
-/// @return length, width and height of a usual object of the class, m; those of a person when the
-///         class says nothing
+/// @return length, width and height of a typical object of the class, m; those of a person for
+///         other classes
 VESKAR_HOST_EXPORT Eigen::Vector3d usualSize(std::string_view className);
 
 }  // namespace Veskar::Host

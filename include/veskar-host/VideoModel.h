@@ -13,8 +13,8 @@
 
 namespace Veskar::Host {
 
-/// Turns a box into an estimate in the fusion frame: the object stands on the middle of the box's
-/// lower edge, and the camera's pseudo range tells how far away that point of the ground is.
+/// Converts a box to an estimate in the fusion frame: the object stands at the middle of the box's
+/// lower edge, and the camera's pseudo range is the distance of that ground point.
 ///
 /// Every value of "veskarInputs" is used as its name says: "uvPositionStd", "uvVelocityStd" and
 /// "uvCorrelation" are the noise of the image position and its rate; "minimumAngle" limits the
@@ -30,15 +30,15 @@ public:
     VideoModel(const Camera& camera, const Config::VideoInput& noise,
                const HostParameters& parameters);
 
-    /// @param box where a video track is in the image
-    /// @param measured velocity of the middle of its lower edge, 1/s, when known
+    /// @param box of a video track
+    /// @param measured velocity of the middle of its lower edge, 1/s, if known
     /// @return its state and covariance in the fusion frame
     FusionEstimate estimate(const ImageBox& box,
                             const std::optional<Eigen::Vector2d>& measured) const;
 
 private:
     /// @param pseudo pseudo range in row v
-    /// @return its standard deviation, m, before the adapter's additions
+    /// @return its standard deviation, m, without the adapter's additions
     double pseudoRangeStd(const Camera::RangeToTarget& pseudo, double v) const;
     double pseudoRangeRate(double u, double v, const Eigen::Vector2d& velocity) const;
 

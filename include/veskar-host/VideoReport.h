@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a video analytics reports of an object.
+// A video analytics' report of an object.
 #pragma once
 
 #include <veskar-host/ImageBox.h>
@@ -12,9 +12,9 @@
 
 namespace Veskar::Host {
 
-/// A track of the video analytics in its own terms.
+/// A track of the video analytics in image coordinates.
 struct VideoReport : ReportBase {
-    ImageBox box;                             ///< the object stands on the middle of its lower edge
+    ImageBox box;                             ///< the object stands at the middle of its lower edge
     std::optional<Eigen::Vector2d> velocity;  ///< of that point, 1/s
     double age = 0.0;                         ///< seconds since the track's first report
     Labels labels;                            ///< class and colours

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Everything that a host needs: from what the sensors report to fused tracks.
+// All headers of the library for hosts.
 #pragma once
 
 #include <veskar-host/CameraSetup.h>
