@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The workbench speaks in the words of the library for hosts.
+// Makes the names of the library for hosts available in the workbench.
 #pragma once
 
 namespace Veskar::Host::Internal {}

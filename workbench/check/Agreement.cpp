@@ -11,13 +11,14 @@ namespace Workbench {
 namespace {
 
 constexpr double sampleInterval = 0.2;  // seconds
-/// How long a frame waits for the other sensor, seconds.
+/// How long a frame waits for frames of the other sensor, seconds.
 constexpr double memory = 4.0;
-/// More pairs of reports in one frame are thinned out.
+/// In frames with more pairs of reports, video reports are thinned out.
 constexpr std::size_t mostPairsOfFrame = 4000;
 constexpr std::size_t mostPairs = 40000;
 
-/// Readings are compared where distances agree within a third; a wrong height is any factor.
+/// Windows to either side of the ratio 1: readings are compared where distances agree within a
+/// third; a wrong height may be off by any factor.
 constexpr int ratioReach = 3;
 constexpr int heightReach = 50;
 
@@ -130,7 +131,7 @@ Agreement::Places Agreement::placesOf(const std::vector<ImageBox>& boxes, BoxFor
     places.reserve(boxes.size());
     for (const ImageBox& asReported : boxes) {
         const ImageBox box = readAs(form, asReported, resolution_);
-        // A foot at the edge of the image may lie outside it.
+        // The foot of an object whose box touches the edge of the image may lie outside the image.
         const bool isWhole =
             box.bottom > -0.97 && box.left > -0.97 && box.right < 0.97 && box.bottom < 0.97;
         if (!isWhole) {
@@ -139,7 +140,7 @@ Agreement::Places Agreement::placesOf(const std::vector<ImageBox>& boxes, BoxFor
         }
         const Eigen::Vector3d ray = projection.ray(0.5 * (box.left + box.right), box.bottom);
         const double level = ray.head<2>().norm();
-        // Nearer to the horizon the ground is too far away.
+        // Closer to the horizon the intersection with the ground is too inaccurate.
         constexpr double flattest = 0.005;
         if (-ray[2] > flattest * level) {
             places.push_back(Place{std::atan2(ray[1], ray[0]), std::log(level / -ray[2])});
@@ -261,7 +262,7 @@ std::optional<Agreement::Height> Agreement::height() const {
         ratios.push_back(pair.logRatio);
     }
     const double logFactor = medianOf(ratios);
-    // Which of height and pitch brings the depressions of video and radar together?
+    // Whether a height or a pitch error explains the differences of the depressions better.
     std::vector<double> byHeight;
     std::vector<double> byPitch;
     byHeight.reserve(chosen.size());

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How well radar and video agree on where objects are, under each reading of their numbers.
+// How well radar and video agree on the objects' positions under each reading of their numbers.
 #pragma once
 
 #include <veskar-host/Projection.h>
@@ -16,23 +16,23 @@
 
 namespace Workbench {
 
-/// One reading of all numbers that place an object.
+/// A combination of readings of all numbers that determine positions.
 struct Reading {
     BoxForm box = BoxForm::Stated;
     AngleForm angles = AngleForm::Stated;
     AzimuthForm azimuth = AzimuthForm::Stated;
 
-    /// @return how many of them differ from what the format says
+    /// @return how many of them differ from the conventions of the format
     int changes() const;
 };
 
-/// Counts the video reports that have a radar report where it should be.
+/// Counts the video reports with a matching radar report.
 ///
-/// Every video report and every radar report of one time cast a vote for the difference of their
-/// bearings and the ratio of their distances (in the manner of a Hough transform): true pairs vote
-/// for the same small window, whatever the installation is off by, others for windows all over the
-/// place. So objects need not be alone, nor the installation right, for the right reading to win.
-/// Memory is bounded.
+/// Each pair of a video and a radar report of the same time votes for its difference of bearings
+/// and ratio of distances (in the manner of a Hough transform). True pairs vote for the same small
+/// window, even if the installation is wrong; votes of false pairs are spread over all windows. The
+/// right reading therefore gets the most votes even when objects are not isolated. Memory is
+/// bounded.
 class Agreement {
 public:
     /// @param header the installation as stated
@@ -41,24 +41,25 @@ public:
     /// @param frame the next frame
     void add(const SensorFrame& frame);
 
-    /// @return how many video reports were asked for a partner
+    /// @return number of video reports that were compared
     std::uint64_t asked() const { return videoReports_; }
     /// @param reading how the numbers are read
-    /// @return the share of video reports with a partner in the best window, 0..1
+    /// @return share of the video reports that have a partner in the best window, 0..1
     double share(const Reading& reading) const;
 
-    /// What the camera's height must be for both sensors' distances to agree.
+    /// The camera height at which the distances of both sensors agree.
     struct Height {
         double factor;  ///< true height over stated height
-        double share;   ///< of the video reports with a partner then, 0..1
-        bool isPitch;   ///< whether a wrong pitch explains the differences as well
+        double share;   ///< of the video reports with a partner at that height, 0..1
+        bool isPitch;   ///< whether a wrong pitch explains the differences at least as well
     };
-    /// @return as all numbers are stated; nothing without pairs of the same bearing
+    /// @return the height when all numbers are read as stated; nothing without pairs of similar
+    ///         bearing
     std::optional<Height> height() const;
 
 private:
-    /// Where a sensor sees something: bearing [radians], and the logarithm of the distance over the
-    /// camera's stated height.
+    /// Position of a report relative to the camera: bearing [radians], and the logarithm of
+    /// distance divided by stated camera height.
     struct Place {
         double bearing;
         double logDistance;
@@ -78,9 +79,9 @@ private:
         std::vector<ImageBox> boxes;
     };
     struct Pair {
-        std::uint64_t video;  ///< counts video reports
+        std::uint64_t video;  ///< running number of the video report
         double bearingError;
-        double logRatio;  ///< of the distance by radar to that by video
+        double logRatio;  ///< of the distance by radar over that by video
         double logDistance;
     };
 
@@ -103,7 +104,7 @@ private:
     std::deque<VideoBoxes> pending_;
     double lastSample_ = -1e300;
     std::uint64_t videoReports_ = 0;
-    std::vector<VoteGrid> votes_;  ///< by reading
+    std::vector<VoteGrid> votes_;  ///< by index of the reading
     std::vector<Pair> pairs_;
     std::uint64_t keptOneOf_ = 1;
 };

@@ -14,8 +14,8 @@ namespace Workbench {
 namespace {
 
 constexpr double degreesPerRadian = 57.29577951308232;
-/// Lens polynomials are looked at in steps of the image radius: up to 1, the edge of the image, or
-/// to its corner (1.25 in a 4:3 image), beyond which no pixel lies.
+/// Lens polynomials are sampled at this step of the image radius, up to 1, the edge of the image,
+/// or up to its corner (1.25 in a 4:3 image).
 constexpr double radiusStep = 0.05;
 constexpr int edgeStep = 20;
 constexpr int cornerStep = 25;
@@ -89,7 +89,7 @@ Rules rotationRules(Wanted real) {
     };
 }
 
-/// @return the numbers of an array of the right length, nothing when it is not that
+/// @return the numbers of an array of this length; nothing for other values
 std::optional<Numbers> numbersAt(const LocatedValue& object, std::string_view key,
                                  std::size_t count) {
     const LocatedValue* array = object.find(key);
@@ -205,7 +205,7 @@ private:
         }
     }
 
-    /// The lower edge of the image must look at the ground.
+    /// The lower edge of the image must show the ground.
     void checkGroundInView(const Numbers& toRadians) {
         const auto resolution = numbersAt(camera_, "resolution", 2);
         const LocatedValue* rotation = objectAt(camera_, "rotation");
@@ -235,7 +235,7 @@ private:
 
 void checkCamera(const LocatedValue& camera, const std::string& path, Wanted real,
                  Findings& findings) {
-    // The library passes over keys that it does not know.
+    // The library ignores unknown keys.
     const Severity unknown = real == Wanted::Real ? Severity::Warning : Severity::Fault;
     checkMembers(camera, path, cameraRules(real), unknown, findings);
     if (const LocatedValue* rotation = objectAt(camera, "rotation")) {

@@ -10,9 +10,9 @@ namespace Workbench {
 
 /// @param camera an object for Veskar::Camera::parse
 /// @param path its place in the document, "" for the root
-/// @param real Wanted::Real where the library reads it, which takes no 5 for 5.0; Wanted::Number in
-///             recordings and scenarios
-/// @param findings receives everything that is wrong with it or suspicious
+/// @param real Wanted::Real where the library reads the camera and does not accept integers;
+///             Wanted::Number in recordings and scenarios
+/// @param findings receives all faults and suspicious values
 void checkCamera(const LocatedValue& camera, const std::string& path, Wanted real,
                  Findings& findings);
 

@@ -13,12 +13,12 @@
 namespace Workbench {
 namespace {
 
-/// What the number of a key should be; its type is the library's concern.
+/// Meaning and limits of a key's number; the library checks its type.
 struct Limit {
     std::string_view key;
-    std::string_view meaning;   ///< what the value is, with its unit
-    Range allowed = anyNumber;  ///< outside is a fault
-    Range usual = anyNumber;    ///< outside is a warning
+    std::string_view meaning;   ///< meaning of the value, with its unit
+    Range allowed = anyNumber;  ///< values outside are a fault
+    Range usual = anyNumber;    ///< values outside are a warning
 };
 
 using Limits = std::vector<Limit>;
@@ -26,7 +26,7 @@ using Limits = std::vector<Limit>;
 constexpr Range gain{0.0, 1.0, false, true};
 constexpr Range probability{0.0, 1.0, true, false};
 constexpr Range fraction{0.0, 1.0, true, true};
-/// At 1 the gate's distance divides by zero.
+/// A limit of 1 would make the gate divide by zero.
 constexpr Range cosine{-1.0, 1.0, true, false};
 constexpr Range count{1.0, 2147483647.0, true, true};
 constexpr Range angle{0.0, 90.0, false, false};
@@ -102,7 +102,7 @@ const Limits priorityLimits{
     {"nVideoFramesMissedLimitHigh", "evaluations without video", count},
 };
 
-/// @return what the members of "veskarHost" must be
+/// @return the rules for the members of "veskarHost"
 const Rules& hostRules() {
     static const Rules rules = [] {
         Rules list;
@@ -120,7 +120,7 @@ const Rules& hostRules() {
     return rules;
 }
 
-/// @return a fault that the library has found, as this program lists them
+/// @return the finding for a fault that the library has found
 Finding findingOf(const Veskar::ConfigFault& fault) {
     const bool isIgnored = fault.effect == Veskar::ConfigFault::Effect::Ignored;
     return {isIgnored ? Severity::Warning : Severity::Fault,
@@ -131,7 +131,7 @@ Finding findingOf(const Veskar::ConfigFault& fault) {
             true};
 }
 
-/// Checks the values of a document whose keys and types the library has looked at.
+/// Checks the values of a document whose keys and types the library has checked.
 class ValueCheck {
 public:
     ValueCheck(const std::vector<Veskar::ConfigFault>& faults, Findings& findings)
@@ -177,7 +177,7 @@ private:
         }
     }
 
-    /// A value that is not used as it is written is not looked at further.
+    /// Skips values that are not used as they are written.
     void limits(const LocatedValue& object, const std::string& path, const Limits& table) {
         for (const Limit& limit : table) {
             const std::string place = joinPath(path, limit.key);
@@ -198,7 +198,7 @@ private:
             [&place](const Veskar::ConfigFault& fault) { return fault.key == place; });
     }
 
-    /// Complains when one number is above another.
+    /// Reports when the lower number is above the upper one.
     void order(const LocatedValue& object, const std::string& path, std::string_view lower,
                std::string_view upper) {
         const LocatedValue* small = numberAt(object, lower);

@@ -11,9 +11,9 @@
 
 namespace Workbench {
 
-/// @param faults what the library finds wrong with the keys and types of a document
-/// @param document the same document; nothing when it is no JSON
-/// @param findings receives the faults, and what is wrong or suspicious about the values
+/// @param faults wrong keys and types, as found by the library
+/// @param document the same document; nothing when it is not valid JSON
+/// @param findings receives the faults, and wrong or suspicious values
 void checkConfiguration(const std::vector<Veskar::ConfigFault>& faults,
                         const LocatedValue& document, Findings& findings);
 

@@ -15,13 +15,13 @@ namespace Workbench {
 namespace {
 
 constexpr double pi = 3.14159265358979323846;
-/// Fewer values, ways or partners say nothing.
+/// With fewer values, displacements or partners nothing is concluded.
 constexpr std::uint64_t fewestValues = 50;
 constexpr std::uint64_t fewestWays = 6;
 constexpr double fewestPartners = 20.0;
-/// What a share of the video reports must gain by another reading.
+/// A reading must increase the share of video reports with a partner by this much.
 constexpr double margin = 0.08;
-/// Below this share radar and video say nothing for a reading.
+/// Below this share of video reports with a partner, the reading has no support.
 constexpr double hardlyAny = 0.3;
 
 Convention misplacing(std::string name, std::string key, std::string message) {
@@ -81,7 +81,7 @@ void Conventions::addRanges(const SensorFrame& frame) {
             const ImageBox& box = seen->box;
             const auto [least, most] = std::minmax({box.left, box.bottom, box.right, box.top});
             ++boxes_.count;
-            // Boxes may reach beyond the edge of the image.
+            // Boxes may extend beyond the edge of the image.
             boxes_.inUnit += least > -0.1 && most < 1.1 ? 1 : 0;
             boxes_.farOutside += std::max(-least, most) > 2.0 ? 1 : 0;
             boxes_.upsideDown += box.top < box.bottom ? 1 : 0;
@@ -191,7 +191,7 @@ void Conventions::judgeTime(std::vector<Convention>& list) const {
                    : "")));
 }
 
-/// Whether a wrong height explains more than any other reading does.
+/// Whether a wrong camera height explains more than the best other reading.
 bool Conventions::judgeHeight(const Reading& best, std::vector<Convention>& list) const {
     const std::optional<Agreement::Height> height = places_.height();
     if (!height || height->isPitch || isWithin(height->factor, 0.77, 1.3) ||
@@ -286,7 +286,7 @@ void Conventions::judgeDirection(const Reading& reading, std::vector<Convention>
         }
     }
     const double share = motion_.share(azimuth, best);
-    // What the range of the values supports needs to gain less.
+    // A smaller gain suffices for radians, which the range of the values supports, too.
     const double needed = stated + (best == DirectionForm::Radians ? 0.15 : 0.3);
     if (motion_.ways(azimuth) < fewestWays || share < 0.6 || share < needed) {
         return;
@@ -308,7 +308,7 @@ void Conventions::judgeDirection(const Reading& reading, std::vector<Convention>
     } else if (azimuth == AzimuthForm::Stated &&
                places_.share({reading.box, reading.angles, AzimuthForm::Mirrored}) >
                    places_.share(reading) - 2.0 * margin) {
-        // Symmetrical scenes, and those without video, do not tell which of the two it is.
+        // In symmetrical scenes, and without video, it is undecided which of both is wrong.
         list.push_back(misplacing(
             "azimuth-sign", "azimuth",
             "azimuth and direction contradict each other: one of them grows to the left, and both "

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Finds out whether a recording follows the conventions of the format, and which others it follows.
+// Detects deviations of a recording from the conventions of the format.
 #pragma once
 
 #include "check/Agreement.h"
@@ -14,19 +14,19 @@
 
 namespace Workbench {
 
-/// A convention of the format that the recording does not follow.
+/// A convention of the format that the recording violates.
 struct Convention {
-    std::string name;        ///< for scripts, as "azimuth-sign"; docs/judgement.md lists them
-    bool misplaces = false;  ///< objects, so that no mounting can be judged
-    Finding finding;         ///< what is seen, and what to change
+    std::string name;        ///< identifier for scripts; docs/judgement.md lists them
+    bool misplaces = false;  ///< whether it moves objects, so that the mounting cannot be judged
+    Finding finding;         ///< observation and remedy
 };
 
-/// Follows a recording in bounded memory.
+/// Analyses a recording in bounded memory.
 ///
-/// Every other reading of the numbers is a hypothesis: it is named when the recording makes much
-/// better sense under it than as it stands. Evidence is where radar and video see objects at the
-/// same time (Agreement), whether radar tracks move as they say (RadarMotion), and the ranges of
-/// the values.
+/// Each other reading of the numbers is a hypothesis. It is accepted when it explains the recording
+/// much better than the stated convention does. The evidence is the agreement of radar and video
+/// positions (Agreement), the agreement of radar velocities with the radar's displacements
+/// (RadarMotion), and the ranges of the values.
 class Conventions {
 public:
     /// @param header the installation as stated
@@ -34,12 +34,12 @@ public:
 
     /// @param frame the next frame
     void add(const SensorFrame& frame);
-    /// @param refused a frame that the reader has refused, but could read
+    /// @param refused a frame that the reader rejected, but could parse
     void add(const RefusedFrame& refused);
 
-    /// @return what the recording does otherwise; empty when it follows the format
+    /// @return the violated conventions; empty when the recording follows the format
     std::vector<Convention> found() const;
-    /// @return where radar and video agree
+    /// @return the agreement of radar and video positions
     const Agreement& agreement() const { return places_; }
 
 private:

@@ -21,7 +21,7 @@
 namespace Workbench {
 namespace {
 
-/// The program reads scenarios with comments; the library knows none.
+/// The program accepts comments in scenarios; the library accepts none in its files.
 Comments commentsOf(DocumentKind kind) {
     return kind == DocumentKind::Scenario ? Comments::Allowed : Comments::Refused;
 }
@@ -43,7 +43,7 @@ void checkText(const std::string& text, DocumentKind kind, Findings& findings) {
     }
 }
 
-/// The last word has the reader itself.
+/// Finally lets the reader itself parse the document.
 void checkByReading(const std::string& text, DocumentKind kind) {
     switch (kind) {
         case DocumentKind::Configuration:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Checks a document of any kind that the program knows.
+// Checks a document of any kind that the program reads.
 #pragma once
 
 #include "check/Finding.h"
@@ -8,20 +8,20 @@
 
 namespace Workbench {
 
-/// What a document is.
+/// Kinds of documents.
 enum class DocumentKind { Configuration, Camera, Scenario, Recording };
 
 /// @param path a file
-/// @return what its contents look like; a file that looks like nothing is a configuration
+/// @return the kind that its contents suggest; a configuration when undecided
 /// @throw InputError when it cannot be read
 DocumentKind kindOfDocument(const std::string& path);
 
-/// Checks a configuration, a camera or a scenario: member by member, and last by the reader that
-/// will read it, so that nothing passes here that is refused there.
+/// Checks a configuration, a camera or a scenario: each member, and finally by the reader that uses
+/// the document, so that nothing passes here that is rejected there.
 ///
 /// @param path the file, or "-"
-/// @param kind what it is, not Recording
-/// @return everything that is wrong or suspicious, in the order of the lines
+/// @param kind its kind, not Recording
+/// @return all faults and suspicious values, ordered by line
 /// @throw InputError when it cannot be read
 Findings checkDocument(const std::string& path, DocumentKind kind);
 

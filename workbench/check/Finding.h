@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a check has found.
+// The findings of a check.
 #pragma once
 
 #include <cstdint>
@@ -8,10 +8,10 @@
 
 namespace Workbench {
 
-/// How bad a finding is.
+/// Severity of a finding.
 enum class Severity {
     Fault,    ///< will not work, or not as written
-    Warning,  ///< legal but suspicious
+    Warning,  ///< valid but suspicious
     Note      ///< a measurement, for information
 };
 
@@ -21,8 +21,8 @@ struct Finding {
     std::uint64_t line = 0;   ///< 0 when it concerns the whole document
     std::string key;          ///< dotted path, as "veskarModule.gainNegative.radar"; may be empty
     std::string value;        ///< as written; empty when there is none
-    std::string message;      ///< what is wrong and what was expected
-    bool namesValue = false;  ///< the message is a sentence that holds the value
+    std::string message;      ///< the fault and what was expected
+    bool namesValue = false;  ///< whether the message itself contains the value
 };
 
 using Findings = std::vector<Finding>;
@@ -31,8 +31,8 @@ using Findings = std::vector<Finding>;
 bool hasFault(const Findings& findings);
 
 /// @param file name of the document
-/// @return "FILE:LINE: fault: KEY is VALUE: MESSAGE", fit for a terminal; without "is VALUE" where
-///         there is none, or where the message names it
+/// @return "FILE:LINE: fault: KEY is VALUE: MESSAGE", safe for a terminal; without "is VALUE" where
+///         there is no value, or where the message contains it
 std::string toText(const Finding& finding, const std::string& file);
 
 }  // namespace Workbench

@@ -7,7 +7,7 @@
 namespace Workbench {
 namespace {
 
-/// Longer pauses share one entry, which bounds the memory: a minute in milliseconds.
+/// Longer intervals are counted as this one, which bounds the memory: a minute in milliseconds.
 constexpr double longestCounted = 60000.0;
 
 }  // namespace

@@ -10,10 +10,10 @@
 
 namespace Workbench {
 
-/// Follows the frames of one sensor in constant memory.
+/// Collects statistics of one sensor's frames in constant memory.
 class FrameStatistics {
 public:
-    /// A pause that is longer than usual.
+    /// A long interval between two frames.
     struct Gap {
         std::uint64_t line = 0;  ///< of the frame after it
         double after = 0.0;      ///< time of the frame before it, s
@@ -32,9 +32,9 @@ public:
     /// @return mean time from measurement to arrival, s
     double meanDelay() const { return count_ > 0 ? delaySum_ / static_cast<double>(count_) : 0.0; }
     double longestDelay() const { return mostDelay_; }
-    /// @return the longest pause; nothing with fewer than two frames
+    /// @return the longest interval; nothing with fewer than two frames
     const std::optional<Gap>& longestGap() const { return longest_; }
-    /// @return how many pauses are longer than @p limit seconds
+    /// @return number of intervals longer than @p limit seconds
     std::uint64_t gapsLongerThan(double limit) const;
 
 private:

@@ -70,7 +70,7 @@ std::optional<CameraSetup> readAs(AngleForm form, const CameraSetup& camera) {
     Mounting& mounting = other.mounting;
     const double largest =
         std::max({std::abs(mounting.yaw), std::abs(mounting.pitch), std::abs(mounting.roll)});
-    // Whole degrees below the horizon in radians, and no more than a turn.
+    // In radians the largest angle is above one whole degree and at most a full turn.
     if (!(largest > radians(1.0)) || largest > radians(360.0)) {
         return std::nullopt;
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Conventions that a producer of recordings may have followed instead of the format's.
+// Conventions that a producer of recordings may have used instead of those of the format.
 #pragma once
 
 #include "recording/Recording.h"
@@ -9,7 +9,7 @@
 
 namespace Workbench {
 
-/// What the numbers of a box mean.
+/// Readings of the numbers of a box.
 enum class BoxForm {
     Stated,        ///< -1..1, v upward
     Downward,      ///< -1..1, v downward
@@ -20,7 +20,7 @@ enum class BoxForm {
 inline constexpr std::array boxForms{BoxForm::Stated, BoxForm::Downward, BoxForm::Unit,
                                      BoxForm::UnitDownward, BoxForm::Pixels};
 
-/// What an azimuth means.
+/// Readings of an azimuth.
 enum class AzimuthForm {
     Stated,           ///< degrees, clockwise from forward
     Mirrored,         ///< degrees, counter-clockwise from forward
@@ -32,9 +32,9 @@ inline constexpr std::array azimuthForms{AzimuthForm::Stated, AzimuthForm::Mirro
                                          AzimuthForm::Radians, AzimuthForm::MirroredRadians,
                                          AzimuthForm::FromTheRight};
 
-/// What a direction of motion means.
+/// Readings of a direction of motion.
 enum class DirectionForm {
-    Stated,    ///< degrees, clockwise from forward, where the object goes
+    Stated,    ///< degrees, clockwise from forward, where the object moves to
     Turned,    ///< the same, where it comes from
     Mirrored,  ///< degrees, counter-clockwise from forward
     Radians    ///< radians, clockwise from forward
@@ -42,32 +42,32 @@ enum class DirectionForm {
 inline constexpr std::array directionForms{DirectionForm::Stated, DirectionForm::Turned,
                                            DirectionForm::Mirrored, DirectionForm::Radians};
 
-/// What the angles of the camera's mounting mean.
+/// Readings of the angles of the camera's mounting.
 enum class AngleForm {
     Stated,  ///< degrees
     Radians
 };
 inline constexpr std::array angleForms{AngleForm::Stated, AngleForm::Radians};
 
-/// @param box as reported; its top and bottom may have changed places
-/// @param form what its numbers mean
+/// @param box as reported; its top and bottom may be interchanged
+/// @param form reading of its numbers
 /// @param resolution of the image, pixels
-/// @return the box as the format wants it
+/// @return the box in the format's convention
 ImageBox readAs(BoxForm form, const ImageBox& box, const std::array<int, 2>& resolution);
 
-/// @param form what the azimuth means
+/// @param form reading of the azimuth
 /// @param azimuth as reported
 /// @return degrees clockwise from forward
 double readAs(AzimuthForm form, double azimuth);
 
-/// @param form what the direction means
+/// @param form reading of the direction
 /// @param direction as reported
 /// @return degrees clockwise from forward
 double readAs(DirectionForm form, double direction);
 
-/// @param form what the angles of its mounting mean
-/// @param camera as the header states it
-/// @return the camera with degrees; nothing when the angles cannot have this meaning
+/// @param form reading of its mounting angles
+/// @param camera as stated in the header
+/// @return the camera with angles in degrees; nothing when the angles cannot be read like this
 std::optional<CameraSetup> readAs(AngleForm form, const CameraSetup& camera);
 
 }  // namespace Workbench

@@ -12,8 +12,8 @@
 namespace Workbench {
 namespace {
 
-/// Where the parser stands: the lines begun so far. It reads one character beyond a number, which
-/// may be the end of the number's line.
+/// Line of the parser's position. The parser reads one character beyond a number, which may be the
+/// end of the number's line.
 struct Position {
     int line = 1;
     char last = '\0';
@@ -21,7 +21,7 @@ struct Position {
     int lineOfToken() const { return last == '\n' ? line - 1 : line; }
 };
 
-/// Walks over the text and keeps the position.
+/// Iterates over the text and counts its lines.
 class CountingIterator {
 public:
     using iterator_category = std::input_iterator_tag;

@@ -36,17 +36,19 @@ Equations equationsOf(const std::vector<PairSample>& samples, double height) {
         equations.time.push_back(sample.time);
         const double d = sample.groundDistance;
         const double perHeight = d / (d * d + height * height);
-        // Late stamps put the radar's object of time t + lag beside video's of time t.
+        // If the radar's stamps are late by lag, its object of time t + lag is paired with video's
+        // of time t.
         equations.bearing.push_back(
             {Unknowns(-1.0, 0.0, 0.0, sample.bearingRate), sample.bearingError});
-        // A foot point that is off by a fraction of the object's height errs by less far away.
+        // An error of the foot point that is a fraction of the object's height matters less at a
+        // distance.
         equations.depression.push_back({d * Unknowns(0.0, perHeight, -1.0, sample.depressionRate),
                                         d * sample.depressionError});
     }
     return equations;
 }
 
-/// Robust standard deviation from the median of the absolute values.
+/// Robust standard deviation from the median absolute value.
 double scaleOf(const std::vector<Equation>& equations, const Unknowns& x) {
     std::vector<double> residuals;
     residuals.reserve(equations.size());
@@ -78,8 +80,8 @@ struct Block {
     Block operator-(const Block& other) const {
         return {information - other.information, vector - other.vector};
     }
-    /// A weak prior (a radian, ten metres, a radian, ten seconds) keeps what is not observable
-    /// finite without moving what is.
+    /// A weak prior (standard deviations of a radian, ten metres, a radian, ten seconds) keeps
+    /// unobservable values finite without affecting observable ones.
     Unknowns solve() const {
         const Unknowns prior(1.0, 0.01, 1.0, 0.01);
         const Normal regular = information + Normal(prior.asDiagonal());
@@ -92,8 +94,8 @@ struct Block {
     }
 };
 
-/// Blocks whose errors are independent: one ends where nothing was seen for a while, or after a
-/// time in which a tracker forgets, but not before it has its share of the samples.
+/// Blocks whose errors are independent: a block ends at a pause without samples, or after the
+/// correlation time of a tracker's errors, but not before it has its share of the samples.
 std::vector<Block> blocksOf(const Equations& equations, const Unknowns& x) {
     constexpr std::size_t mostBlocks = 20;
     constexpr double pause = 1.0;   // seconds
@@ -123,7 +125,7 @@ Block sumOf(const std::vector<Block>& blocks) {
     return sum;
 }
 
-/// Delete-a-group jackknife: (n - 1)/n times the sum of squared changes.
+/// Covariance by the delete-a-group jackknife: (n - 1)/n times the sum of squared changes.
 Normal jackknifeCovariance(const std::vector<Block>& blocks, const Block& all, const Unknowns& x) {
     Normal sum = Normal::Zero();
     for (const Block& block : blocks) {
@@ -134,13 +136,13 @@ Normal jackknifeCovariance(const std::vector<Block>& blocks, const Block& all, c
     return sum * (n - 1.0) / n;
 }
 
-/// What the model of the scene may miss in any case: radians, metres, radians, seconds.
+/// Deviations below the accuracy of the scene model: radians, metres, radians, seconds.
 const Unknowns negligible(radians(0.1), 0.05, radians(0.2), 0.01);
 constexpr double significance = 4.0;
 
-/// Height and pitch, yaw and lag can stand in for each other: while one of them explains
-/// everything, the other one is not believed. The least significant value that is negligible or
-/// uncertain is taken to be zero, and the others follow by their covariance; then the next.
+/// Height and pitch, and yaw and lag, have similar effects: where one of them explains all
+/// differences, the other is not significant. Sets the least significant value that is negligible
+/// or uncertain to zero and adapts the others by their covariance, until none is left.
 Unknowns withoutNegligible(Unknowns x, Normal P) {
     for (;;) {
         Eigen::Index least = -1;
@@ -176,7 +178,7 @@ MountingEstimate estimateMounting(const std::vector<PairSample>& samples, double
     const std::vector<Block> blocks = blocksOf(equations, x);
     const Block all = sumOf(blocks);
     const Normal P = jackknifeCovariance(blocks, all, x);
-    // The jackknife alone calls a value sure that only the prior holds at zero.
+    // The jackknife alone would give a value that only the prior determines a small deviation.
     const Unknowns std = P.diagonal().cwiseSqrt().cwiseMax(all.priorStd());
     const Unknowns significant = withoutNegligible(x, P);
     const auto estimated = [&](Eigen::Index i) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What matched radar and video tracks say about the installation: yaw, height, pitch and time lag.
+// Estimates errors of the installation from matched radar and video tracks: yaw, height, pitch and
+// time lag.
 #pragma once
 
 #include <array>
@@ -10,7 +11,7 @@
 
 namespace Workbench {
 
-/// One object seen by both sensors at one time, as seen from the camera's stated pose.
+/// An object seen by both sensors at one time, relative to the camera's stated pose.
 struct PairSample {
     double time = 0.0;             ///< s
     double bearingError = 0.0;     ///< bearing by video minus bearing by radar, radians to the left
@@ -24,31 +25,31 @@ struct PairSample {
 struct Estimated {
     double value = 0.0;
     double std = 0.0;
-    bool isSignificant = false;  ///< large enough to matter, and not explained by the others
+    bool isSignificant = false;  ///< not negligible, and not explained by the other values
 };
 
 /// True values minus stated ones.
 struct MountingEstimate {
-    Estimated yaw;     ///< of the camera against the radar, radians to the left
+    Estimated yaw;     ///< of the camera relative to the radar, radians to the left
     Estimated height;  ///< of the camera, m
     Estimated pitch;   ///< of the camera, radians downward
-    Estimated lag;     ///< seconds by which the radar's time stamps are later than video's
+    Estimated lag;     ///< delay of the radar's time stamps relative to video's, s
     std::size_t samples = 0;
-    std::size_t blocks = 0;  ///< of samples whose errors are independent; a handful says little
+    std::size_t blocks = 0;  ///< with independent errors; results from few are unreliable
 };
 
-/// Fits all four at once, by iterated weighted least squares with Huber's weights.
+/// Estimates all four jointly, by iteratively reweighted least squares with Huber weights.
 ///
-/// A camera that is turned to the left by more than stated sees everything too far right; one that
-/// is higher sees the ground steeper, nearby more than far away, which parts height from pitch;
-/// radar stamps that are late show an object where it has been, in proportion to its speed. The
-/// standard deviations come from leaving out one block of time after the other (the delete-a-group
-/// jackknife: Shao, Tu: The Jackknife and Bootstrap, 1995), because errors of tracks are correlated
-/// over seconds.
+/// A camera that is turned to the left by more than stated reports everything too far right. One
+/// that is higher sees the ground at steeper angles, at short distance more than at long, which
+/// separates height from pitch. Late radar stamps show an object at an earlier position, in
+/// proportion to its speed. The standard deviations are computed by leaving out one block of time
+/// after the other (the delete-a-group jackknife: Shao, Tu: The Jackknife and Bootstrap, 1995),
+/// because track errors are correlated over seconds.
 ///
 /// @param samples in order of time; at least 50
 /// @param height stated height of the camera, m
-/// @return the estimate; a value that the samples do not tell has a large standard deviation
+/// @return the estimate; values that are not observable have a large standard deviation
 MountingEstimate estimateMounting(const std::vector<PairSample>& samples, double height);
 
 }  // namespace Workbench

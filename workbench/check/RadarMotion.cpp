@@ -12,7 +12,7 @@ namespace Workbench {
 namespace {
 
 constexpr double span = 1.0;        // seconds
-constexpr double leastSpeed = 0.5;  // m/s; slower ones are noise
+constexpr double leastSpeed = 0.5;  // m/s; below it noise dominates
 constexpr std::size_t mostWays = 20000;
 const double leastCosine = std::cos(radians(30.0));
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whether a radar's speeds and directions are those of its own tracks.
+// Whether a radar's reported velocities agree with the displacements of its tracks.
 #pragma once
 
 #include <veskar-host/RadarModel.h>
@@ -16,8 +16,8 @@
 
 namespace Workbench {
 
-/// Compares what radar tracks report of their motion with where they have gone in a second,
-/// under each reading of azimuth and direction. Memory is bounded.
+/// Compares the reported motion of radar tracks with their displacements over a second, under each
+/// reading of azimuth and direction. Memory is bounded.
 class RadarMotion {
 public:
     /// @param header the installation as stated
@@ -26,20 +26,20 @@ public:
     /// @param frame the next radar frame
     void add(const SensorFrame& frame);
 
-    /// @return how many ways of a second were compared, of objects that move, as @p azimuth
-    /// reads
+    /// @return number of one-second displacements of moving objects that were compared, with
+    ///         azimuths read as @p azimuth
     std::uint64_t ways(AzimuthForm azimuth) const;
-    /// @param azimuth how azimuths are read
-    /// @param direction how directions are read
-    /// @return the share of ways that lead in the reported direction, 0..1
+    /// @param azimuth reading of the azimuths
+    /// @param direction reading of the directions
+    /// @return share of the displacements in the reported direction, 0..1
     double share(AzimuthForm azimuth, DirectionForm direction) const;
-    /// @param azimuth how azimuths are read
-    /// @return the median of reported speed over way by time; nothing without ways
+    /// @param azimuth reading of the azimuths
+    /// @return median of reported speed over displacement by time; nothing without displacements
     std::optional<double> speedFactor(AzimuthForm azimuth) const;
-    /// @return the median of reported radial speed over change of range by time, negative when it
-    ///         counts the other way; nothing without ways
+    /// @return median of reported radial speed over change of range by time, negative when the sign
+    ///         is reversed; nothing without displacements
     std::optional<double> radialSpeedFactor() const;
-    /// @return how many ways radialSpeedFactor rests on
+    /// @return number of displacements behind radialSpeedFactor
     std::uint64_t radialWays() const { return radialFactors_.size(); }
 
 private:

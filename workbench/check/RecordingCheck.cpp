@@ -23,15 +23,15 @@
 namespace Workbench {
 namespace {
 
-/// Fewer samples of common objects say nothing.
+/// With fewer samples of common objects nothing is concluded.
 constexpr std::size_t fewestSamples = 50;
 constexpr std::size_t fewestBlocks = 8;
-/// With so many reports an installation could be judged if objects were apart.
+/// With this many reports, isolated objects would suffice to judge the installation.
 constexpr std::uint64_t plentyOfReports = 200;
-/// More faults than this are no longer listed one by one.
+/// Further faults are only counted.
 constexpr std::size_t mostFaults = 100;
 
-/// Splits "FILE:LINE: KEY: REASON" as the reader words it.
+/// Splits the reader's message "FILE:LINE: KEY: REASON".
 Finding findingOf(const InputError& error, const std::string& file, std::uint64_t line) {
     std::string_view text = error.what();
     const std::string place = fmt::format("{}:{}: ", file, line);
@@ -50,7 +50,7 @@ Finding findingOf(const InputError& error, const std::string& file, std::uint64_
 }
 
 /// Opens a recording and checks its header member by member.
-/// @return nothing when the header has a fault, so that no line can be understood
+/// @return nothing when the header has a fault, so that the lines cannot be read
 std::unique_ptr<RecordingReader> open(const std::string& path, Findings& findings) {
     bool hasLine = false;
     const auto checkLine = [&](std::string_view text) {
@@ -112,14 +112,14 @@ void judgeFrames(const char* name, const FrameStatistics& frames, Findings& find
     }
 }
 
-/// One property of the installation, in the units of the header.
+/// One property of the installation, in the units of the header, with its judgement.
 struct Deviation {
     const char* name;      ///< as in "the camera's height"
-    const char* unit;      ///< with a blank in front
+    const char* unit;      ///< with a leading blank
     Estimated estimate;    ///< true minus stated
-    double limit;          ///< below it nobody notices
-    double observableStd;  ///< above it the recording does not tell
-    std::string remedy;    ///< what to write where
+    double limit;          ///< smaller values are negligible
+    double observableStd;  ///< with larger ones the recording does not determine it
+    std::string remedy;    ///< instruction with the key to change
 };
 
 void judge(const Deviation& deviation, Findings& findings) {
@@ -167,7 +167,7 @@ void judgeMounting(const RecordingHeader& header, const MountingEstimate& estima
 
 namespace {
 
-/// Faults of single lines: the first of each kind one by one.
+/// Collects faults of single lines and lists the first ones.
 class LineFaults {
 public:
     void add(Finding finding) {
@@ -177,7 +177,7 @@ public:
     }
 
     /// @param findings receives the faults
-    /// @param key where a convention explains all of them: of the convention; otherwise empty
+    /// @param key key of the convention that explains all of them; empty when there is none
     void tell(const std::string& key, Findings& findings) const {
         if (!key.empty() && count_ > 0) {
             findings.push_back(
@@ -197,7 +197,7 @@ private:
     Findings list_;
 };
 
-/// Everything that is looked for in the lines of a recording.
+/// Gathers the evidence from the lines of a recording.
 class Lines {
 public:
     explicit Lines(const RecordingReader& opened)
@@ -293,7 +293,8 @@ private:
         judgeMounting(reader_.header(), *result.mounting, result.findings);
     }
 
-    /// Whether enough reports have a partner where they stand, as far as the recording tells.
+    /// Whether enough video reports have a radar partner at their position, as far as this can be
+    /// judged.
     bool sensorsAgree() const {
         constexpr double hardlyAny = 0.15;
         const Agreement& tally = conventions_.agreement();
@@ -311,7 +312,7 @@ private:
                             pairs_.radarTracks())};
     }
 
-    /// Why the installation cannot be judged.
+    /// States why the installation cannot be judged.
     Finding withoutEstimate(std::size_t blocks) const {
         const Agreement& tally = conventions_.agreement();
         const bool isPlenty = tally.share({}) * static_cast<double>(tally.asked()) >

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Checks a recording: its lines, its frames in time, and what they say about the installation.
+// Checks a recording: its lines, the timing of its frames, and its installation.
 #pragma once
 
 #include "check/Conventions.h"
@@ -13,24 +13,24 @@
 
 namespace Workbench {
 
-/// What a check of a recording knows beside its findings.
+/// Results of the check of a recording.
 struct RecordingCheckResult {
     Findings findings;
-    std::vector<Convention> conventions;       ///< of the format that the recording does not follow
+    std::vector<Convention> conventions;       ///< of the format that are violated
     std::optional<MountingEstimate> mounting;  ///< when enough objects were seen by both sensors
 };
 
 /// @param path the recording, or "-"
-/// @param progress called with the bytes read and the size of the file (0 when unknown)
-/// @return everything that is wrong or suspicious, rates and delays as notes, and the estimate
+/// @param progress called with the number of bytes read and the size of the file (0 when unknown)
+/// @return faults and suspicious values, rates and delays as notes, and the estimate
 /// @throw InputError when the recording cannot be read
 RecordingCheckResult checkRecording(
     const std::string& path, const std::function<void(std::uint64_t, std::uint64_t)>& progress);
 
 /// @param header the installation as stated
-/// @param estimate what the tracks say about it
-/// @param findings receives a warning with the corrected value for everything that is off, and a
-///                 note for what is not
+/// @param estimate as estimated from the tracks
+/// @param findings receives a warning with the corrected value for each significant deviation, and
+///                 a note otherwise
 void judgeMounting(const RecordingHeader& header, const MountingEstimate& estimate,
                    Findings& findings);
 

@@ -280,7 +280,7 @@ private:
         }
     }
 
-    /// A word outside the vocabulary, once however many objects have it.
+    /// Reports a word outside the vocabulary once, however many objects have it.
     void word(const LocatedValue& item, const std::string& path, const char* key, WordKind kind) {
         const LocatedValue* name = item.find(key);
         if (name == nullptr || name->kind != Kind::Text ||
@@ -346,7 +346,7 @@ private:
     }
 
     Findings& findings_;
-    std::set<std::pair<WordKind, std::string>> words_;  ///< that were looked at
+    std::set<std::pair<WordKind, std::string>> words_;  ///< words already checked
 };
 
 }  // namespace

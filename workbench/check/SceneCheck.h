@@ -7,11 +7,11 @@
 namespace Workbench {
 
 /// @param document a scenario
-/// @param findings receives everything that is wrong with it or suspicious
+/// @param findings receives all faults and suspicious values
 void checkScenario(const LocatedValue& document, Findings& findings);
 
 /// @param header the first line of a recording
-/// @param findings receives everything that is wrong with it or suspicious
+/// @param findings receives all faults and suspicious values
 void checkHeader(const LocatedValue& header, Findings& findings);
 
 }  // namespace Workbench

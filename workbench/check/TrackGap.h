@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// How long a sensor may lose a track that the checks still take for one.
+// The longest gap within a track over which the checks interpolate.
 #pragma once
 
 namespace Workbench {
 
-/// Frames of a track that are farther apart are not interpolated, seconds.
+/// Longest interval between frames of a track that is interpolated, seconds.
 constexpr double longestTrackGap = 0.6;
 
 }  // namespace Workbench

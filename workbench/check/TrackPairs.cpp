@@ -11,13 +11,13 @@
 namespace Workbench {
 namespace {
 
-/// Half the span over which rates are taken, and how long sightings are kept, seconds.
+/// Half the time span for rates, and how long sightings are kept, seconds.
 constexpr double halfSpan = 0.5;
 constexpr double memory = 4.0;
 constexpr std::size_t mostSamples = 40000;
 
-/// Errors of the installation of up to this much must not part an object's tracks, and no second
-/// track may be within twice as much.
+/// Tracks of one object may differ by errors of the installation up to these gates, and no other
+/// track may lie within twice the gates.
 const double bearingGate = radians(5.0);
 constexpr double depressionGate = 0.05;
 constexpr double aloneFactor = 2.0;
@@ -39,7 +39,7 @@ std::optional<View> interpolate(const Deque& sightings, double time) {
     return View((1.0 - share) * before->view + share * after->view);
 }
 
-/// Counts what it has not counted before.
+/// Adds an id to a set of bounded size.
 template <typename Id>
 void count(std::set<Id>& counted, const Id& id) {
     constexpr std::size_t most = 10000;
@@ -48,15 +48,15 @@ void count(std::set<Id>& counted, const Id& id) {
     }
 }
 
-/// A track around one time.
+/// A track at one time, with rates.
 struct Glimpse {
     std::int32_t id;
     Eigen::Vector3d view;
     Eigen::Vector3d rate;
 };
 
-/// Whether an object keeps its course: where it turns, the two sensors' trackers follow after
-/// different times, which is no lag of their clocks.
+/// Whether an object moves straight. In turns the trackers of both sensors follow with different
+/// delays, which would be mistaken for a lag of their clocks.
 bool isStraight(const Eigen::Vector3d& before, const Eigen::Vector3d& now,
                 const Eigen::Vector3d& after) {
     constexpr double bearingNoise = 0.012;  // radians
@@ -126,7 +126,7 @@ std::optional<TrackPairs::View> TrackPairs::viewOf(const Report& report) const {
         return viewOfGround(radar_.groundPoint(seen->range, seen->azimuth).position);
     }
     const auto* seen = std::get_if<VideoReport>(&report);
-    // A foot at the edge of the image may lie outside it.
+    // The foot of an object whose box touches the edge of the image may lie outside the image.
     if (seen == nullptr || seen->box.bottom < -0.97 || seen->box.left < -0.97 ||
         seen->box.right > 0.97) {
         return std::nullopt;
@@ -182,14 +182,15 @@ void TrackPairs::pairAt(double time) {
                              countNear(*partner, byVideo, aloneFactor) == 1;
         if (isAlone) {
             count(pairIds_, {seen.id, partner->id});
-            // Video knows the bearing better, radar the distance.
+            // Takes the bearing's rate from video and the depression's from radar, which measure
+            // them better.
             keep({time, seen.view[0] - partner->view[0], seen.rate[0],
                   seen.view[1] - partner->view[1], partner->rate[1], partner->view[2]});
         }
     }
 }
 
-/// Halves the samples when there are too many, and takes half as many from then on.
+/// When there are too many samples, drops every second one and halves the rate of sampling.
 void TrackPairs::keep(const PairSample& sample) {
     collected_.push_back(sample);
     if (collected_.size() < mostSamples) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Finds objects that both sensors track, without trusting the stated installation much.
+// Finds objects that both sensors track, without relying on an accurate installation.
 #pragma once
 
 #include <veskar-host/Projection.h>
@@ -17,11 +17,12 @@
 
 namespace Workbench {
 
-/// Collects samples of radar and video tracks that can only be one object: nothing else of either
-/// sensor lies within a wide gate, so that wrong pairs are rare even with a bad installation.
+/// Collects samples of radar and video tracks that belong to one object for certain: no other track
+/// of either sensor lies within a wide gate, so that false pairs are rare even with a wrong
+/// installation.
 ///
-/// Frames come in any order of the sensors; memory is bounded by a window of time and a number of
-/// samples.
+/// Frames of the sensors may come in any order. Memory is bounded: by a window of time and a
+/// maximum number of samples.
 class TrackPairs {
 public:
     /// @param header the installation as stated
@@ -32,15 +33,15 @@ public:
 
     /// @return the samples in order of time
     const std::vector<PairSample>& samples() const { return collected_; }
-    /// @return how many tracks video and radar have reported, and how many pairs of them were seen;
-    ///         counted no further than 10,000
+    /// @return numbers of tracks that video and radar have reported, and of pairs of them; counted
+    ///         up to 10,000
     std::size_t videoTracks() const { return videoIds_.size(); }
     std::size_t radarTracks() const { return radarIds_.size(); }
     std::size_t pairs() const { return pairIds_.size(); }
 
 private:
-    /// A track at one time, seen from the camera: bearing from where it looks, depression
-    /// [radians], distance on the ground [m].
+    /// A track at one time, relative to the camera: bearing from its viewing direction and
+    /// depression [radians], distance on the ground [m].
     using View = Eigen::Vector3d;
     struct Sighting {
         double time;
@@ -56,7 +57,7 @@ private:
     using Ids = std::pair<std::int32_t, std::int32_t>;
 
     Projection projection_;
-    Eigen::Matrix2d toCamera_;  ///< turns x to where the camera looks, so that no bearing wraps
+    Eigen::Matrix2d toCamera_;  ///< rotates x to the viewing direction, so that no bearing wraps
     RadarModel radar_;
     Sightings videoSightings_;
     Sightings radarSightings_;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Votes for windows of differences between two sensors.
+// Counts votes for differences of bearing and distance between two sensors.
 #pragma once
 
 #include <cstddef>
@@ -9,33 +9,33 @@
 namespace Workbench {
 
 /// Overlapping windows over the difference of bearings (up to 6 degrees) and the logarithm of the
-/// ratio of distances. Their middles are a step apart, a degree or a tenth; each is three steps
-/// wide.
+/// ratio of distances. Their centres are one step apart (one degree, or 0.1 of the logarithm); each
+/// window is three steps wide.
 class VoteGrid {
 public:
-    /// The middle of a window.
+    /// The centre of a window.
     struct Window {
         double bearingError;  ///< radians
         double logRatio;
-        /// @return whether the window holds these differences
+        /// @return whether these differences lie within the window
         bool holds(double otherBearingError, double otherLogRatio) const;
     };
 
     /// @param ratioReach windows to either side of the ratio 1
     explicit VoteGrid(int ratioReach);
 
-    /// Votes for all windows that hold the differences.
-    /// @param voter who votes, from 1 on; has one vote for each window, cast in a row
+    /// Votes for all windows that contain the differences.
+    /// @param voter number of the voter, from 1; has one vote per window, cast in consecutive calls
     /// @param bearingError radians
     /// @param logRatio of the distances
     void vote(std::uint64_t voter, double bearingError, double logRatio);
 
-    /// @return the votes for the best window
+    /// @return number of votes for the best window
     std::uint64_t most() const;
-    /// @return the best window
+    /// @return the window with the most votes
     Window best() const;
 
-    /// Larger differences of bearings have no window, radians.
+    /// Larger differences of bearings are in no window, radians.
     static double bearingLimit();
 
 private:

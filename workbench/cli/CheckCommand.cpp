@@ -100,7 +100,7 @@ std::string toJsonText(const RecordingCheckResult& result, const std::string& na
                                        {"message", convention.finding.message}});
     }
     if (result.mounting) {
-        // Radians and degrees must not be mixed up by a script: the unit is part of the name.
+        // The names include the unit, so that scripts do not confuse radians and degrees.
         json["installation"] = {{"samples", result.mounting->samples},
                                 {"blocks", result.mounting->blocks},
                                 {"yawRadians", toJson(result.mounting->yaw)},
@@ -111,7 +111,7 @@ std::string toJsonText(const RecordingCheckResult& result, const std::string& na
     return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
-/// @return whether a document with these findings is good enough
+/// @return whether the document passes
 bool isAccepted(const Findings& findings, const Options& options) {
     return !hasFault(findings) && !(options.strict && count(findings, Severity::Warning) > 0);
 }

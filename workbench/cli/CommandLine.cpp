@@ -36,19 +36,19 @@ void addFooter(CLI::App& program) {
         "  veskar replay perimeter.jsonl -o fused.jsonl --summary\n");
 }
 
-// A standard stream that is closed would lend its number to the next file that is opened, and what
-// belongs to the stream would land there. What stands in its place fails when it is used, as
-// before.
+// Opens /dev/null in place of closed standard streams. Otherwise the next opened file would get the
+// stream's number, and output for the stream would be written to that file. The replacement is
+// opened in the wrong direction, so that using the stream still fails.
 void occupyStandardStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (::fcntl(stream, F_GETFD) < 0) {
-            // The least number that is free: this one.
+            // open() returns the lowest free number, which is this one.
             ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
         }
     }
 }
 
-// Runs what the arguments ask for.
+// Runs the subcommand that the arguments name.
 int run(CLI::App& program, const Action& action, int count, const char* const* arguments) {
     try {
         program.parse(count, arguments);
@@ -57,7 +57,7 @@ int run(CLI::App& program, const Action& action, int count, const char* const* a
         std::ostringstream complaint;
         const bool isFault = program.exit(error, answer, complaint) != 0;
         writeError(complaint.str());
-        // Help and version are no faults.
+        // Help and version are printed through exceptions, but are not errors.
         OutputFile output("-");
         output.write(answer.str());
         output.commit();
@@ -78,10 +78,10 @@ void warn(const std::string& text) {
 
 int runCommandLine(int count, const char* const* arguments) {
     occupyStandardStreams();
-    // A reader that goes away is an error like any other, with a message and exit status 2.
+    // Writing to a closed pipe is an error with a message and exit status 2, not a signal.
     std::signal(SIGPIPE, SIG_IGN);
     listenForInterruption();
-    // What the library logs is for the person in front of this program, too.
+    // Show messages that the library logs on standard error, too.
     openlog("veskar", LOG_PERROR, LOG_USER);
 
     CLI::App program("Tries, tunes and judges the fusion of radar and video tracks.", "veskar");

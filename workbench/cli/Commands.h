@@ -10,10 +10,10 @@ class App;
 
 namespace Workbench {
 
-/// Receives what the chosen subcommand does; it returns an ExitStatus.
+/// The action of the chosen subcommand; it returns an ExitStatus.
 using Action = std::function<int()>;
 
-/// Each adds its subcommand to the program; when it is chosen, its action is stored.
+/// Each function adds a subcommand to the program, which stores its action when it is chosen.
 /// @param program the program
 /// @param action receives the action of the chosen subcommand
 void addSimulateCommand(CLI::App& program, Action& action);

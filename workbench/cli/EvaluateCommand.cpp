@@ -42,15 +42,15 @@ struct Options {
     EvaluationOptions evaluation;
 };
 
-/// Nothing is judged twice because somebody has asked twice.
+/// Sorts the values and removes duplicates, so that nothing is evaluated twice.
 template <typename Value>
 void sortOnce(std::vector<Value>& values) {
     std::sort(values.begin(), values.end());
     values.erase(std::unique(values.begin(), values.end()), values.end());
 }
 
-/// Judges a recording to its end.
-/// @param follow hands the evaluation what the fusion knows at a line, before the line itself
+/// Evaluates the whole recording.
+/// @param follow passes the fused frames before a line to the evaluation
 /// @return the report
 std::string judge(RecordingReader& reader, Evaluation& evaluation, EvaluationReport report,
                   const std::string& format,
@@ -76,7 +76,7 @@ void requireTruth(const RecordingReader& reader) {
     }
 }
 
-/// The fusion runs on the recording.
+/// Runs the fusion on the recording and evaluates it.
 int judgeRun(const Options& options, RecordingReader& reader, const EvaluationOptions& wishes) {
     const auto [config, parameters] = readSettings(options.config, options.changes);
     const RecordingHeader header = withCamera(reader.header(), options.camera);
@@ -104,7 +104,7 @@ int judgeRun(const Options& options, RecordingReader& reader, const EvaluationOp
     return Success;
 }
 
-/// The fusion has run before, with the installation and the configuration that its output states.
+/// Evaluates fused tracks from a file, with the installation and the configuration that it states.
 int judgeFile(const Options& options, RecordingReader& reader, const EvaluationOptions& wishes) {
     FusedReader fused(options.fused);
     const Provenance provenance = provenanceFor(options.force);
@@ -117,7 +117,7 @@ int judgeFile(const Options& options, RecordingReader& reader, const EvaluationO
     const std::string report = judge(reader, evaluation, {header, wishes, 0, {}}, options.format,
                                      [&](const RecordingLine& line) { feed.follow(line); });
     while (fused.next()) {
-        // The digests stand behind what came after the last line of the recording.
+        // Reads to the end: the digests come after the last fused frame.
         throwIfInterrupted();
     }
     provenance.compareRun(fused, reader);

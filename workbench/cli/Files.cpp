@@ -21,11 +21,11 @@
 namespace Workbench {
 namespace {
 
-/// What makes two names those of one file.
+/// Identifies a file independently of its name.
 struct FileIdentity {
     dev_t device;      ///< of the file, or of the directory in which it would be created
     ino_t inode;       ///< as `device`
-    std::string name;  ///< of a file that does not exist yet, in its directory
+    std::string name;  ///< only of a file that does not exist yet: its name in the directory
 
     bool operator==(const FileIdentity& other) const {
         return std::tie(device, inode, name) == std::tie(other.device, other.inode, other.name);
@@ -72,7 +72,7 @@ std::vector<KnownFile> known(const std::vector<NamedFile>& files, Direction dire
     return found;
 }
 
-// Of two inputs the second would find the stream empty; two outputs would be mixed.
+// The second of two inputs would find the stream empty; two outputs would be mixed.
 void refuseSharedStream(const std::vector<NamedFile>& files, const char* sharing) {
     const auto isStream = [](const NamedFile& file) { return file.path == "-"; };
     const auto first = std::find_if(files.begin(), files.end(), isStream);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The files of a command: what it reads and what it writes.
+// The input and output files of a command.
 #pragma once
 
 #include <string>
@@ -7,22 +7,22 @@
 
 namespace Workbench {
 
-/// A file and what it is to the command that was given it.
+/// A file and its role in a command.
 struct NamedFile {
     std::string role;  ///< as "recording"
     std::string path;  ///< "-": standard input or output; empty: none was given
 };
 
-/// Refuses to write to a file that the command reads, or to write two outputs to one file. Files
-/// are compared, not names: a link to a file, or a stream that was redirected to it, is that file,
-/// and so is the place where a file does not exist yet. Devices, pipes and sockets keep nothing
-/// that could be lost and may be named more than once; "-" may not, neither among the inputs nor
-/// among the outputs.
+/// Rejects outputs that would overwrite an input or each other. Files are compared by identity, not
+/// by name: a link to a file, or a stream redirected to it, counts as that file, and so does the
+/// place of a file that does not exist yet. Devices, pipes and sockets hold no data that could be
+/// overwritten and may be named more than once; "-" may be named only once among the inputs and
+/// once among the outputs.
 ///
-/// Belongs before anything is opened for writing.
+/// Must be called before any output is opened.
 ///
-/// @param inputs what the command reads
-/// @param outputs what the command writes
+/// @param inputs files that the command reads
+/// @param outputs files that the command writes
 /// @throw InputError naming both files or, where both are "-", both roles
 void refuseClashes(const std::vector<NamedFile>& inputs, const std::vector<NamedFile>& outputs);
 

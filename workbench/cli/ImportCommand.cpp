@@ -17,7 +17,7 @@
 namespace Workbench {
 namespace {
 
-/// @param sources what the data set consists of
+/// @param sources the files of the data set
 /// @param path the recording to write
 /// @param import reads the data set
 template <typename Import>

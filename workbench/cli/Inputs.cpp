@@ -23,7 +23,7 @@ namespace {
 
 using Veskar::ConfigFault;
 
-/// @return why the fusion refuses a configuration, in one line
+/// @return one line that says why the library rejects a configuration
 std::string refusal(const std::vector<ConfigFault>& faults, const std::string& name) {
     const auto isRefused = [](const ConfigFault& fault) {
         return fault.effect == ConfigFault::Effect::Refused;
@@ -37,7 +37,7 @@ std::string refusal(const std::vector<ConfigFault>& faults, const std::string& n
                        others > 0 ? fmt::format("; veskar check names {} more", others) : "");
 }
 
-/// A key of the configuration, by the names that lead to it.
+/// The JSON pointer to a key with dots: "a.b" to "/a/b".
 nlohmann::json::json_pointer pointerTo(std::string key) {
     std::replace(key.begin(), key.end(), '.', '/');
     return nlohmann::json::json_pointer("/" + key);
@@ -95,7 +95,7 @@ std::array<CLI::Option*, 2> addSettingsOptions(CLI::App& command, std::string& c
         "--set", changes,
         "KEY=VALUE: another value for a constant of the host (radarGain=2.5) or for a key of the "
         "configuration (veskarModule.gatingDistance=5.0); may be repeated");
-    // One value each: "--set a=1 recording.jsonl".
+    // Takes one value per option, so that "--set a=1 recording.jsonl" works.
     set->allow_extra_args(false);
     return {file, set};
 }

@@ -20,47 +20,47 @@ class Option;
 
 namespace Workbench {
 
-/// What a run is tuned by.
+/// The configuration and parameters of a run.
 struct Settings {
     Veskar::Config config;
     HostParameters parameters;
 };
 
-/// Adds the options that say what a run is tuned by.
+/// Adds the options for the configuration and for single values.
 /// @param command the subcommand
 /// @param config receives the path of the configuration
-/// @param changes receives what is set beyond it
+/// @param changes receives the single values, as "KEY=VALUE"
 /// @return the options
 std::array<CLI::Option*, 2> addSettingsOptions(CLI::App& command, std::string& config,
                                                std::vector<std::string>& changes);
 
-/// Warns on standard error of what the fusion does not use as it is written.
+/// Reads the settings. Warns on standard error of values that the fusion does not use as written.
 ///
 /// @param path a configuration file; empty: the shipped configuration
-/// @param changes "KEY=VALUE": a constant of the host, or a key of the configuration with its
+/// @param changes "KEY=VALUE": a parameter of the host, or a key of the configuration with its
 ///                section before it ("veskarModule.gatingDistance"); the value is JSON
 /// @return the settings
-/// @throw InputError why they are refused
+/// @throw InputError why they are rejected
 Settings readSettings(const std::string& path, const std::vector<std::string>& changes);
 
 /// @param header header of a recording
 /// @param cameraPath a camera to use instead of the recording's; empty: the recording's
 /// @return the header with that camera
-/// @throw InputError what is wrong with the camera
+/// @throw InputError the fault of the camera
 RecordingHeader withCamera(RecordingHeader header, const std::string& cameraPath);
 
-/// @param name of the file that the words come from
-/// @return what warns on standard error, once each, of words outside the vocabulary
+/// @param name name of the file that contains the words
+/// @return checker that warns on standard error of words outside the vocabulary, once each
 UnknownWords wordsToWarnOf(const std::string& name);
 
-/// Adds the option that takes files together which were not made from each other.
+/// Adds the option that permits combining files that were not made from each other.
 /// @param command the subcommand
 /// @param force receives whether the option was given
 /// @return the option
 CLI::Option* addForceOption(CLI::App& command, bool& force);
 
 /// @param force the value of the option
-/// @return what compares files; its warnings go to standard error
+/// @return the comparison of files; its warnings go to standard error
 Provenance provenanceFor(bool force);
 
 }  // namespace Workbench

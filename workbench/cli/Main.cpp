@@ -4,7 +4,7 @@
 #include "cli/CommandLine.h"
 
 int main(int count, char** arguments) {
-    // Wherever the program is installed: what it makes up or replays must not calibrate a device.
+    // Simulated or replayed data must never calibrate a device, wherever the program is installed.
     Veskar::setCalledFromHostApplication(false);
     return Workbench::runCommandLine(count, arguments);
 }

@@ -1,22 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
-// Checks of the command line's values.
+// Validators for values on the command line.
 #pragma once
 
 #include <CLI/CLI.hpp>
 
 namespace Workbench {
 
-/// Refuses NaN, which passes every check of CLI11 that compares.
-/// @return the check
+/// Rejects NaN, which passes the comparing validators of CLI11.
+/// @return the validator
 CLI::Validator number();
 
-/// @param least smallest legal value
-/// @param most largest legal value
-/// @return the check of a real value
+/// @param least smallest allowed value
+/// @param most largest allowed value
+/// @return the validator of a real value
 CLI::Validator within(double least, double most);
 
-/// An integer of 64 bits without sign; the parser takes "-1" for the largest one.
-/// @return the check
+/// Accepts unsigned 64-bit integers; CLI11 alone would convert "-1" to the largest one.
+/// @return the validator
 CLI::Validator wholeNumber();
 
 }  // namespace Workbench

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A progress bar for what takes longer than a second.
+// A progress bar for operations that take longer than a second.
 #pragma once
 
 #include <chrono>
@@ -10,14 +10,14 @@ namespace Workbench {
 /// Draws on standard error when that is a terminal, and only after a second.
 class Progress {
 public:
-    /// @param title what is going on
+    /// @param title name of the operation
     explicit Progress(std::string title);
     /// Clears the line.
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// @param fraction how much is done, 0 to 1; negative when that is not known
+    /// @param fraction completed part, 0 to 1; negative when unknown
     void update(double fraction);
 
 private:

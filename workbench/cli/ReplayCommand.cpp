@@ -45,12 +45,12 @@ struct Options {
     bool summary = false;
 };
 
-/// Standard output belongs to the tracks or the explanations when they go there.
+/// The summary must not mix with tracks or explanations on standard output.
 bool summaryGoesToStandardOutput(const Options& options) {
     return options.summary && options.output != "-" && options.explain != "-";
 }
 
-// Holds frames back until as much wall time has passed as recorded time.
+// Delays frames until as much wall time has passed as recorded time.
 class Pace {
 public:
     void waitFor(double time) {
@@ -58,7 +58,7 @@ public:
             isRunning_ = true;
             first_ = time;
         }
-        // What is farther off than the clock can count is never reached either.
+        // Limits the waiting time to what the clock can represent.
         constexpr double longest = 1e9;
         const std::chrono::duration<double> elapsed(std::min(time - first_, longest));
         sleepUntil(start_ + std::chrono::duration_cast<Clock::duration>(elapsed));
@@ -72,7 +72,7 @@ private:
     bool isRunning_ = false;
 };
 
-/// Where the explanations go, if anyone wants them.
+/// Output of the explanations, if requested.
 class Explanations {
 public:
     explicit Explanations(const std::string& path)
@@ -93,7 +93,7 @@ private:
     Explainer explainer_;
 };
 
-/// Sends the whole recording through the fusion.
+/// Runs the fusion on the whole recording.
 void feed(RecordingReader& reader, FusionPipeline& run, bool inRealTime) {
     Progress progress("replaying");
     Pace pace;

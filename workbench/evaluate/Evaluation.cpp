@@ -17,7 +17,7 @@ namespace {
 
 const std::string wholeScene = "all";
 
-/// Nothing when the track has no place on the ground.
+/// Nothing when the track has no valid ground position.
 std::optional<Picture::Reported> reportedOf(const FusedTrack& track) {
     if (!track.ground || !track.ground->position.allFinite() ||
         !track.ground->velocity.allFinite()) {
@@ -54,9 +54,9 @@ bool isInFieldOfView(const RadarSetup& radar, const Eigen::Vector2d& position) {
     return offset.norm() <= radar.maximumRange && offAxis <= radians(0.5 * radar.fieldOfView);
 }
 
-/// A part of a moment: some of the objects, their tracks, and some of the tracks without object. A
-/// track beside an object that is left out is left out with it, so that a border between two parts
-/// makes neither missed objects nor false tracks.
+/// Restricts an instant to a part of the scene. A track that is matched to an object is kept or
+/// left out with the object, so that tracks near the border between two parts count neither as
+/// missed nor as false.
 template <typename TruthIsKept, typename TrackIsKept>
 Instant partOf(const Instant& whole, const Pairs& pairs, TruthIsKept truthIsKept,
                TrackIsKept trackIsKept) {
@@ -118,7 +118,8 @@ void Evaluation::add(const FusedFrame& frame) {
     trackers_.front().picture.replace(frame.time, std::move(reports));
 }
 
-/// A slow sensor's tracks are predicted for the fusion, and so they are shown.
+/// Predicts the tracks of slow sensors as the fusion's host does, and updates the pictures with
+/// them.
 void Evaluation::predictSlowSensors(double time) {
     while (const auto added = duties_.nextBefore(time)) {
         if (added->basis != nullptr) {
@@ -139,7 +140,7 @@ void Evaluation::takeSensor(const SensorFrame& frame) {
     show(frame.source, frame.time, adapter_.convert(frame));
 }
 
-/// Reads a sensor's tracks as if each were a system track with this one sensor: on the same way.
+/// Converts sensor tracks like system tracks with a single sensor, so that both are judged alike.
 void Evaluation::show(Veskar::Source source, double time,
                       const std::vector<std::shared_ptr<Veskar::Track>>& tracks) {
     for (Judged& tracker : trackers_) {
@@ -225,7 +226,7 @@ std::string Evaluation::bandName(double from) const {
                                         : fmt::format("{} to {} m", from, *next);
 }
 
-/// Empty nearer than the first band.
+/// Empty for ranges below the first band.
 std::string Evaluation::bandOf(const Eigen::Vector2d& position) const {
     const double range = (position - adapter_.projection().origin().head<2>()).norm();
     const auto next = std::upper_bound(options_.bands.begin(), options_.bands.end(), range);

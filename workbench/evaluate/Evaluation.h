@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Fused tracks and those of each sensor against the truth of a recording.
+// Evaluates fused tracks and the tracks of each sensor against the truth of a recording.
 #pragma once
 
 #include <veskar-host/FusedFrame.h>
@@ -18,34 +18,34 @@
 
 namespace Workbench {
 
-/// What an evaluation may be asked for.
+/// Options of an evaluation.
 struct EvaluationOptions {
     double cutoff = 5.0;                               ///< see Scorecard, m
-    std::vector<double> bands{0.0, 20.0, 40.0, 80.0};  ///< where range bands begin, m
-    std::vector<int> confirmationHits{3, 8, 15};       ///< settings of the single sensors
-    double coastingLimit = 0.5;                        ///< the same for every tracker, s
-    /// Judge only where both sensors can see; otherwise the whole scene.
+    std::vector<double> bands{0.0, 20.0, 40.0, 80.0};  ///< lower limits of the range bands, m
+    std::vector<int> confirmationHits{3, 8, 15};       ///< hits to confirm sensor tracks
+    double coastingLimit = 0.5;                        ///< of every tracker, s
+    /// Evaluates only where both sensors can see; otherwise the whole scene.
     bool commonFieldOfView = true;
 };
 
-/// The figures of one tracker over one part of the scene.
+/// The metrics of one tracker over one part of the scene.
 struct TrackerFigures {
     std::string tracker;  ///< "fusion", "radar 3", "video 15"
     std::vector<Figure> figures;
 };
 
-/// The figures of all trackers over one part of the scene.
+/// The metrics of all trackers over one part of the scene.
 struct PartFigures {
     std::string part;  ///< "all", a class, or a range band
     std::vector<TrackerFigures> trackers;
 };
 
-/// One tracker at one moment of the truth, in the whole scene.
+/// GOSPA of one tracker at one instant of the truth, over the whole scene.
 struct GospaMoment {
     double time = 0.0;  ///< s
-    Gospa gospa;        ///< when the truth is incomplete, its false tracks and so the distance mean
-                        ///< nothing
-    std::map<int, int> matches;  ///< by CLEAR MOT: the track of each object that has one, by ids
+    Gospa gospa;        ///< when the truth is incomplete, its false tracks and its distance are
+                        ///< meaningless
+    std::map<int, int> matches;  ///< track id by object id, as matched by CLEAR MOT
 };
 
 /// GOSPA of one tracker over time.
@@ -54,38 +54,38 @@ struct GospaSeries {
     std::vector<GospaMoment> moments;
 };
 
-/// Judges fused tracks by the truth of a recording, and beside them its sensors' own tracks, on the
-/// same frames, in the same way and at the same moments.
+/// Evaluates fused tracks against the truth of a recording, and the sensors' own tracks on the same
+/// frames, by the same rules and at the same instants.
 ///
-/// At every moment of the truth the tracks are those that have arrived by then, moved there with
-/// constant velocity. A single sensor's track counts as confirmed once it has been seen a number of
-/// times under its id.
+/// At every instant of the truth, the tracks that have arrived by then are predicted to it with
+/// constant velocity. A sensor track counts as confirmed after a number of detections under its id.
 class Evaluation {
 public:
     /// @param installation the header of the recording
-    /// @param config configuration of the fusion; the sensors' tracks are read with its noise
-    /// @param options what is asked for
+    /// @param config configuration of the fusion; its noise parameters are used to convert the
+    ///               sensors' tracks
+    /// @param options what to evaluate
     Evaluation(const RecordingHeader& installation, const Veskar::Config& config,
                const EvaluationOptions& options);
 
-    /// @param frame what the fusion knew after a frame, in the order of arrival: at the latest
-    ///              before the first truth that is later than its arrival
+    /// @param frame the fused tracks after a frame, in the order of arrival; must be added before
+    ///              the first truth line that is later than its arrival
     void add(const FusedFrame& frame);
-    /// @param line in the order of the recording
+    /// @param line the lines in the order of the recording
     void add(const RecordingLine& line);
 
-    /// @return the whole scene, then the classes, then the range bands
+    /// @return metrics of the whole scene, then of the classes, then of the range bands
     std::vector<PartFigures> figures() const;
-    /// @return moments that were judged
+    /// @return number of evaluated instants
     int instants() const { return judged_; }
-    /// @return GOSPA of every judged moment, of the fusion and of each sensor
+    /// @return GOSPA at every evaluated instant, of the fusion and of each sensor
     std::vector<GospaSeries> gospaOverTime() const;
 
 private:
     struct Judged {
         std::string name;
         std::optional<Veskar::Source> source;  ///< none: the fusion
-        int hits;                              ///< confirmation setting of a sensor
+        int hits;                              ///< detections that confirm a sensor track
         Picture picture;
         std::map<std::string, Scorecard> cards;  ///< by part
         std::vector<GospaMoment> moments;        ///< of the whole scene

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// An evaluation as a table and as JSON.
+// Writes an evaluation as a table or as JSON.
 #pragma once
 
 #include "evaluate/Evaluation.h"
@@ -8,25 +8,25 @@
 
 namespace Workbench {
 
-/// What a report says beside the figures.
+/// The contents of an evaluation's output.
 struct EvaluationReport {
     RecordingHeader header;          ///< of the recording
     EvaluationOptions options;       ///< of the evaluation
-    int instants = 0;                ///< moments judged
+    int instants = 0;                ///< number of evaluated instants
     std::vector<PartFigures> parts;  ///< from Evaluation::figures
 };
 
-/// @param figure a figure
+/// @param figure a metric
 /// @param header of the recording
-/// @return whether the truth of the recording allows the figure
+/// @return whether the truth of the recording permits the metric
 bool isAllowed(const Figure& figure, const RecordingHeader& header);
 
-/// @return all figures of the whole scene and the essential ones of its parts, a column per
-///         tracker; "-" where the truth of the recording does not allow a figure or there is
+/// @return the metrics of the whole scene and the essential ones of its parts, with a column per
+///         tracker; "-" where the truth of the recording does not permit a metric or there is
 ///         nothing to average
 std::string toTable(const EvaluationReport& report);
 
-/// @return the same and all the other figures, as one JSON object; null where the table has "-"
+/// @return all metrics as one JSON object; null where the table has "-"
 std::string toJsonText(const EvaluationReport& report);
 
 }  // namespace Workbench

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Fused tracks from a file, in step with the recording that they were made from.
+// Feeds fused tracks from a file in step with the recording that they were made from.
 #pragma once
 
 #include "recording/Recording.h"
@@ -10,13 +10,13 @@
 
 namespace Workbench {
 
-/// @param fused what a fusion made of a recording
+/// @param fused fused tracks of a recording
 /// @param recording header of the recording
-/// @return the header of the recording with the installation that the fusion knew
+/// @return the header of the recording with the installation that the fusion used
 RecordingHeader headerOfRun(const FusedReader& fused, RecordingHeader recording);
 
-/// Hands fused frames out when a host would have had them, so that tracks from a file are judged as
-/// those of a running fusion are.
+/// Passes fused frames on at the time of their arrival, so that tracks from a file are evaluated
+/// like those of a running fusion.
 class FusedFeed {
 public:
     /// Receives the fused frames.
@@ -27,14 +27,14 @@ public:
     FusedFeed(FusedReader& source, Sink sink)
         : file_(source), sink_(std::move(sink)), next_(file_.next()) {}
 
-    /// Hands out what the fusion knew when a line of the recording is reached: with a sensor's
-    /// frame what it made of this frame, with a truth what it knew before.
-    /// @param line in the order of the recording
-    /// @throw InputError what is wrong with the file
+    /// Passes on the fused frames that a host has at a line of the recording: at a sensor frame
+    /// including the one made from it, at a truth line those that arrived before.
+    /// @param line the lines in the order of the recording
+    /// @throw InputError the fault of the file
     void follow(const RecordingLine& line);
-    /// Hands out the next frame, whenever it arrived.
+    /// Passes on the next frame, whenever it arrived.
     /// @return false when there is none
-    /// @throw InputError what is wrong with the file
+    /// @throw InputError the fault of the file
     bool handOne();
 
 private:

@@ -6,8 +6,8 @@
 namespace Workbench {
 namespace {
 
-/// Recordings and fused tracks state times to a microsecond; a track at the very limit is shown
-/// whether its times have been through a file or not.
+/// Times in recordings and fused tracks are rounded to a microsecond; the tolerance keeps the
+/// decision at the limit independent of rounding.
 constexpr double timeTolerance = 2e-6;
 
 }  // namespace

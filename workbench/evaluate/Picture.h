@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a tracker has told its user so far, at any later moment.
+// The tracks that a tracker has reported so far, predicted to a later time.
 #pragma once
 
 #include "evaluate/metrics/Instant.h"
@@ -8,19 +8,19 @@
 
 namespace Workbench {
 
-/// The tracks that were last reported, moved to the moment of the question.
+/// The tracks of the last report, predicted to the time of evaluation.
 ///
-/// This charges latency: a user who asks at a time knows what has arrived by then, and moves it
-/// there with constant velocity.
+/// Latency therefore counts: a user has only what has arrived, and predicts it with constant
+/// velocity.
 class Picture {
 public:
-    /// A reported track and how long its sensors had not seen the object then.
+    /// A reported track and its coasting time then.
     struct Reported {
         JudgedTrack track;
         double coasting = 0.0;  ///< s
     };
 
-    /// @param seconds how long a track is shown that no sensor sees, the same for every tracker
+    /// @param seconds how long coasting tracks are kept, the same for every tracker
     explicit Picture(double seconds) : coastingLimit_(seconds) {}
 
     /// @param time of the estimates, s
@@ -28,7 +28,7 @@ public:
     void replace(double time, std::vector<Reported> reports);
 
     /// @param time s
-    /// @return the tracks that are still shown
+    /// @return the tracks that are kept at that time
     std::vector<JudgedTrack> at(double time) const;
 
 private:

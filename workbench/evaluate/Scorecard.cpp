@@ -35,7 +35,7 @@ std::vector<Figure> Scorecard::figures() const {
     const Accuracy::Result a = accuracy_.result();
     const Consistency::Result c = consistency_.result();
     const ConfirmationDelay::Result d = delay_.result();
-    constexpr bool all = true;  // needs all objects
+    constexpr bool all = true;  // needs complete truth
     constexpr bool any = false;
     constexpr bool yes = true;  // essential
     constexpr bool no = false;

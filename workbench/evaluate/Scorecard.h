@@ -16,18 +16,18 @@
 
 namespace Workbench {
 
-/// One figure of a scorecard.
+/// One metric of a scorecard.
 struct Figure {
-    const char* key;       ///< name for machines, as the literature or TrackEval spells it
-    const char* label;     ///< name and unit for people
-    int decimals;          ///< for people
-    bool needsAllObjects;  ///< means nothing when the truth leaves objects out
-    bool isEssential;      ///< worth a line in a short table
+    const char* key;       ///< identifier as in the literature or TrackEval
+    const char* label;     ///< name and unit for users
+    int decimals;          ///< digits behind the point for users
+    bool needsAllObjects;  ///< meaningless when the truth is incomplete
+    bool isEssential;      ///< shown in short tables
     double value;
 };
 
-/// Collects the metrics. Their parameters follow from one distance: it is the cutoff of GOSPA and
-/// OSPA and the distance of similarity zero; tracks count as matched within half of it.
+/// Collects the metrics. All use one distance: it is the cutoff of GOSPA and OSPA and the distance
+/// of zero similarity; tracks match within half of it.
 class Scorecard {
 public:
     /// @param cutoff m
@@ -36,7 +36,7 @@ public:
 
     void add(const Instant& instant);
 
-    /// @return all figures, always the same ones in the same order
+    /// @return all metrics, always in the same order
     std::vector<Figure> figures() const;
     /// @return see ClearMot::matches
     const std::map<int, int>& matches() const { return clearMot_.matches(); }

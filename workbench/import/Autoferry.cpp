@@ -29,32 +29,32 @@ namespace {
 constexpr int radarSensor = 2;
 constexpr int cameraSensor = 4;
 
-// The virtual camera: all around, angle proportional to image radius, a metre above the water. It
-// stands for the geometry of bearings and measures nothing else.
+// The virtual camera: omnidirectional, angle proportional to image radius, a metre above the water.
+// It only represents the geometry of bearings; nothing is measured with it.
 constexpr double cameraHeight = 1.0;
 constexpr double pi = 3.14159265358979323846;
 
-// What the data show: the radar is good for some metres, a bearing for some degrees.
+// Observed accuracy of the data: some metres for the radar, some degrees for a bearing.
 constexpr double radarRangeStd = 4.0;
 constexpr double radarAzimuthStd = 2.0;
 constexpr double radarVelocityStd = 1.0;
-constexpr double bearingStd = 1.5;  // degrees, one detection
+constexpr double bearingStd = 1.5;  // degrees, of one detection
 
-// A bearing says nothing of row and range: priors that leave both open.
+// A bearing measures neither row nor range: weak priors for both.
 constexpr double unknownRow = -0.02;
 constexpr double unknownRowStd = 0.1;
 constexpr double unknownRange = 100.0;
 constexpr double unknownRangeStd = 100.0;
 constexpr double unknownRangeRateStd = 5.0;
 
-// The NED frame's origin of the data set.
+// Origin of the data set's NED frame.
 constexpr double originLatitude = 63.4389029083;
 constexpr double originLongitude = 10.39908278;
 
-// One entry of the detections, in order of time.
+// An entry of the detections, ordered by time.
 struct Detection {
     int sensor = 0;
-    double time = 0.0;  // seconds after the first
+    double time = 0.0;  // seconds after the first one
     Eigen::Vector2d ownship{0.0, 0.0};
     nlohmann::json measurement;
 };
@@ -81,7 +81,7 @@ const nlohmann::json& listOf(const nlohmann::json& json, const std::string& file
     return json;
 }
 
-// Numbers of a measurement: a list, or a bare number when there is only one.
+// Numbers of a measurement: an array, or a single number.
 std::vector<double> numbersOf(const nlohmann::json& measurement) {
     if (measurement.is_number()) {
         return {measurement.get<double>()};
@@ -96,7 +96,7 @@ std::vector<double> numbersOf(const nlohmann::json& measurement) {
     return numbers;
 }
 
-// North and east of every radar detection: two lists, or a flat pair when there is only one.
+// North and east of the radar detections: two arrays, or a flat pair when there is only one.
 std::vector<Eigen::Vector2d> pointsOf(const nlohmann::json& measurement) {
     if (measurement.empty()) {
         return {};
@@ -195,7 +195,7 @@ RecordingHeader headerOf(const Scene& scene, double forward) {
     return header;
 }
 
-// The radar turns once in 1.67 s.
+// The radar rotates once in 1.67 s.
 TrackerParameters radarTuning() {
     TrackerParameters tuning;
     tuning.accelerationStd = 0.3;
@@ -205,7 +205,7 @@ TrackerParameters radarTuning() {
     return tuning;
 }
 
-// In image units: a unit is half a turn.
+// In image units: one unit is 180 degrees.
 TrackerParameters bearingTuning() {
     TrackerParameters tuning;
     tuning.accelerationStd = 0.01;
@@ -225,14 +225,15 @@ SensorFrame radarFrame(const Detection& detection, double forward, RadarTracker&
     SensorFrame frame{Veskar::Radar, detection.time, detection.time, {}};
     frame.tracks = tracker.update(detection.time, points);
     for (Report& report : frame.tracks) {
-        // All that moves on this water is a vessel.
+        // All moving objects in this data set are vessels.
         std::get<RadarReport>(report).objectClass = {Veskar::Vocabulary::vehicleOther, 0.5};
     }
     return frame;
 }
 
 ReadyEstimate bearingReport(const PlanarTracker& tracker, const PlanarTrack& track, double time) {
-    // A tracked bearing is better than one detection, but the camera's heading is some degrees off.
+    // Tracking reduces the noise of a bearing, but the heading of the camera is wrong by some
+    // degrees.
     constexpr double trackStd = 2.5 / 180.0;
     constexpr double rateStd = 0.02;  // image units per second
     ReadyEstimate report;
@@ -263,7 +264,7 @@ SensorFrame cameraFrame(const Detection& detection, double forward, PlanarTracke
     return frame;
 }
 
-// From north and east to the device's axes.
+// Rotates from north and east to the device frame.
 Eigen::Vector2d toDevice(const Eigen::Vector2d& northEast, double forward) {
     const double angle = radians(forward);
     return {northEast[0] * std::cos(angle) + northEast[1] * std::sin(angle),

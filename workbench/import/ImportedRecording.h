@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A recording made from a data set: small enough to be sorted in memory.
+// A recording made from a data set, small enough to be sorted in memory.
 #pragma once
 
 #include "io/OutputFile.h"
@@ -10,16 +10,16 @@
 
 namespace Workbench {
 
-/// What an importer makes.
+/// The result of an import.
 struct ImportedRecording {
     RecordingHeader header;
     std::vector<SensorFrame> frames;
     std::vector<TruthFrame> truth;
-    std::vector<std::string> warnings;  ///< what could not be taken over as it is
+    std::vector<std::string> warnings;  ///< data that could not be imported unchanged
 };
 
-/// Writes the lines in the order in which a host would receive them.
-/// @param recording what was imported; each list in order of time
+/// Writes the lines in the order of their arrival.
+/// @param recording the imported recording; each list ordered by time
 /// @param output receives the recording
 void write(const ImportedRecording& recording, OutputFile& output);
 

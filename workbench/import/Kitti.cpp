@@ -34,13 +34,13 @@
 namespace Workbench {
 namespace {
 
-// Far beyond all that a car's camera sees, and within what can be computed with.
+// Plausibility limits, far beyond the data of a car's camera.
 constexpr int lastFrame = 99999;
 constexpr double largestObject = 1e3;   // m
 constexpr double farthestObject = 1e5;  // m
 constexpr double largestImage = 1e6;    // pixels
 
-// The third row of the projection is (0, 0, 1, tz); what is used stands in the first two.
+// The third row of the projection is (0, 0, 1, tz); the values used are in the first two.
 struct Calibration {
     double focal = 0.0;    // pixels
     double centreX = 0.0;  // pixels
@@ -85,7 +85,7 @@ std::pair<int, LabelledObject> parseLabel(std::string_view line, const std::stri
     object.shape.className =
         meantWord(WordKind::Class, object.type).value_or(Veskar::Vocabulary::unknown);
     object.shape.size = {length, width, height};
-    // What nobody cares about has no extents and lies nowhere.
+    // Objects of type DontCare have neither size nor position.
     const bool isPlaced =
         object.type == "DontCare" ||
         (object.shape.size.minCoeff() >= 0.0 && object.shape.size.maxCoeff() <= largestObject &&
@@ -171,7 +171,7 @@ LabelledFrames readLabels(const std::string& path) {
     return frames;
 }
 
-// Traffic as a moving car sees it: everything may come near fast.
+// Tuned for traffic seen from a moving car, with high relative speeds.
 TrackerParameters radarTuning() {
     TrackerParameters tuning = RadarTracker::usualParameters();
     tuning.accelerationStd = 3.0;
@@ -179,7 +179,7 @@ TrackerParameters radarTuning() {
     return tuning;
 }
 
-// Everything that becomes of the labels, frame by frame.
+// Converts the labels to a recording, frame by frame.
 class Importer {
 public:
     Importer(const KittiOptions& options, const Calibration& calibration)
@@ -215,7 +215,7 @@ private:
         double seen;
     };
 
-    /// Says once of every type that it has no class.
+    /// Warns once for every type without a class.
     void look(const std::string& type, ImportedRecording& recording) {
         if (!types_.insert(type).second || meantWord(WordKind::Class, type)) {
             return;
@@ -251,7 +251,7 @@ private:
         return header;
     }
 
-    // The object in the device's frame: below the colour camera, x ahead, y to the left.
+    // State in the device frame: origin below the colour camera, x forward, y to the left.
     ObjectState stateOf(const LabelledObject& object) const {
         ObjectState state;
         state.id = object.id;
@@ -268,7 +268,7 @@ private:
     }
 
     Report videoReport(double time, const LabelledObject& object) {
-        // From [left, top, right, bottom] to the library's order of a box.
+        // From [left, top, right, bottom] to the order of the library.
         Eigen::Vector4d box(object.box[0], object.box[2] - object.box[0], object.box[3],
                             object.box[1] - object.box[3]);
         Veskar::transformScreenToCamera(box, *camera_);
@@ -303,7 +303,7 @@ private:
         std::vector<RadarDetection> detections;
         for (const LabelledObject& object : objects) {
             const ObjectState state = stateOf(object);
-            // "Unknown" occlusion marks what nobody can see.
+            // Occlusion "unknown" marks objects that are not visible.
             if (object.occluded < 3) {
                 video.tracks.push_back(videoReport(time, object));
             }

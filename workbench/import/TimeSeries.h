@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A position known at some times.
+// A position sampled over time.
 #pragma once
 
 #include <map>
@@ -8,11 +8,11 @@
 
 namespace Workbench {
 
-/// Samples of a position, with linear interpolation in between and the end values beyond.
+/// Samples of a position, interpolated linearly, and constant beyond both ends.
 class TimeSeries {
 public:
     /// @param time seconds; a second sample of one time replaces the first
-    /// @param position the position then
+    /// @param position the position at that time
     void add(double time, const Eigen::Vector2d& position) { samples_[time] = position; }
 
     /// @return whether there is no sample

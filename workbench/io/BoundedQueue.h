@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Hands items from one thread to another.
+// Passes items from one thread to another.
 #pragma once
 
 #include <chrono>
@@ -12,21 +12,22 @@
 
 namespace Workbench {
 
-/// A queue of limited length between one thread that pushes and one that pops. Either side may
-/// close it, with the exception that ended its work: the other side gets it.
+/// A queue of limited length between one pushing and one popping thread. Either side may close it,
+/// with the exception that ended its work, which the other side then receives.
 ///
-/// To wake a thread costs as much as several items. So whoever waits is woken when the queue is
-/// half full or half empty, and looks for itself now and then, so that no item waits for long.
+/// Waking a thread costs as much as several items. A waiting thread is therefore notified only when
+/// the queue becomes half full or half empty; it also checks the queue at short intervals, so that
+/// no item waits for long.
 template <typename Item>
 class BoundedQueue {
 public:
-    /// @param capacity items that may wait, at least 1
+    /// @param capacity maximum number of items, at least 1
     explicit BoundedQueue(std::size_t capacity) : capacity_(capacity) {}
 
     /// Waits while the queue is full.
-    /// @param item to append
-    /// @return false when the queue was closed, without reason, and the item is dropped
-    /// @throw what the queue was closed with
+    /// @param item item to append
+    /// @return false when the queue was closed without exception; the item is dropped
+    /// @throw the exception with which the queue was closed
     bool push(Item item) {
         std::unique_lock<std::mutex> lock(mutex_);
         wait(hasRoom_, lock, [&] { return isClosed_ || items_.size() < capacity_; });
@@ -46,7 +47,7 @@ public:
     /// Waits while the queue is empty.
     /// @param item receives the first item
     /// @return false when the queue is empty and closed
-    /// @throw what the queue was closed with, once it is empty
+    /// @throw the exception with which the queue was closed, once it is empty
     bool pop(Item& item) {
         std::unique_lock<std::mutex> lock(mutex_);
         wait(hasItems_, lock, [&] { return isClosed_ || !items_.empty(); });
@@ -64,8 +65,8 @@ public:
         return true;
     }
 
-    /// Ends the traffic. What waits can still be popped. The first reason stays.
-    /// @param reason why, if it is a failure
+    /// Ends the exchange. Remaining items can still be popped. Only the first call has an effect.
+    /// @param reason exception to pass on, if any
     void close(std::exception_ptr reason = nullptr) {
         {
             const std::lock_guard<std::mutex> lock(mutex_);
@@ -84,7 +85,7 @@ private:
                      IsOver isOver) {
         constexpr std::chrono::milliseconds patience(20);
         while (!condition.wait_for(lock, patience, isOver)) {
-            // Not woken: it looked for itself.
+            // Timeout without notification; wait_for has checked the condition.
         }
     }
 

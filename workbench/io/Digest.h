@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A digest that tells two texts apart.
+// A digest for comparing texts.
 #pragma once
 
 #include <memory>
@@ -10,13 +10,13 @@ struct XXH3_state_s;
 
 namespace Workbench {
 
-/// XXH3 with 128 bits and seed 0 over text that comes in pieces. It tells files apart that got
-/// mixed up, and does not withstand anybody who wants two texts to have the same digest.
+/// XXH3 with 128 bits and seed 0, over text added in pieces. It detects confused files; it is not
+/// cryptographic and does not resist deliberate collisions.
 class Digest {
 public:
     Digest();
 
-    /// @param piece follows what was added before
+    /// @param piece continues the previous pieces
     void add(std::string_view piece);
     /// @return the digest of all pieces, 32 hexadecimal digits as `xxhsum -H2` prints them
     std::string text() const;

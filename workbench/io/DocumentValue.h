@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Values of a JSON document that is read as a whole.
+// JSON values of documents that are read as a whole.
 #pragma once
 
 #include "HostLibrary.h"
@@ -15,7 +15,7 @@
 
 namespace Workbench {
 
-/// A value of a whole document, which may hold comments. Borrows the document.
+/// A value of a document, which may contain comments. Borrows the document.
 class DocumentValue {
 public:
     /// @param value outlives this
@@ -43,9 +43,9 @@ public:
 
     JsonKind kind() const;
     double number() const { return value_->get<double>(); }
-    /// Meaningful for an Integer.
+    /// Only for an Integer.
     bool fitsInt32() const;
-    /// @return an integer from 0; nothing when it is something else
+    /// @return the value of a non-negative integer; nothing otherwise
     std::optional<std::uint64_t> unsignedInteger() const;
     std::int32_t integer() const { return value_->get<std::int32_t>(); }
     bool boolean() const { return value_->get<bool>(); }
@@ -57,14 +57,14 @@ public:
             visit(DocumentValue(item));
         }
     }
-    /// @return the value in the parser's own form
+    /// @return the parser's value
     const nlohmann::json& json() const { return *value_; }
 
 private:
     const nlohmann::json* value_;
 };
 
-/// The fields of a whole document: a header, a camera, a scenario.
+/// The members of an object in a document: a header, a camera, a scenario.
 using Fields = BasicFields<DocumentValue>;
 
 }  // namespace Workbench

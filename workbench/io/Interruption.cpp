@@ -17,7 +17,7 @@
 namespace Workbench {
 namespace {
 
-// Readable for good once a signal has come; without anybody listening poll() passes over it.
+// Stays readable once a signal has come; poll() ignores it while it is negative.
 int wakeup = -1;
 std::atomic<int> received = 0;
 std::atomic<std::time_t> receivedAt = 0;
@@ -30,7 +30,7 @@ std::time_t secondsSinceStart() {
     return now.tv_sec;
 }
 
-// A terminal that closes sends SIGHUP twice and people press Ctrl-C twice: that is one wish.
+// A closing terminal sends SIGHUP twice, and users press Ctrl-C twice: both count as one request.
 void remember(int signal) {
     const int faultBefore = errno;
     int none = 0;
@@ -73,7 +73,7 @@ void endBy(int signal) {
 
 std::vector<pollfd> waitFor(std::vector<pollfd> waited, std::chrono::milliseconds patience) {
     waited.push_back({wakeup, POLLIN, 0});
-    // What else goes wrong here goes wrong again in the call that follows, and is told there.
+    // Other errors of poll() recur in the caller's next system call and are reported there.
     while (::poll(waited.data(), waited.size(), static_cast<int>(patience.count())) < 0 &&
            errno == EINTR) {
         throwIfInterrupted();
@@ -102,7 +102,7 @@ int openFile(const std::string& path, int flags) {
         return ::stat(path.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
     };
     for (;;) {
-        // Without O_NONBLOCK a signal that comes just before the call would not end the wait.
+        // With O_NONBLOCK, a signal just before the call cannot be missed: open() does not wait.
         const int descriptor = ::open(path.c_str(), flags | O_NONBLOCK | O_CLOEXEC);
         if (descriptor >= 0) {
             ::fcntl(descriptor, F_SETFL, flags);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Ctrl-C at once and without debris.
+// Ends the program on signals without delay and without leaving unfinished files.
 #pragma once
 
 #include <chrono>
@@ -11,8 +11,7 @@
 
 namespace Workbench {
 
-/// A signal has asked the program to end. It is no fault of an input and belongs to nobody but
-/// runCommandLine.
+/// A signal has asked the program to end. Not an input fault; only runCommandLine catches it.
 class Interrupted : public std::exception {
 public:
     /// @param number of the signal
@@ -25,35 +24,34 @@ private:
     int signalNumber_;
 };
 
-/// From now on SIGINT, SIGTERM, SIGHUP and SIGQUIT are remembered instead of ending the process, so
-/// that unfinished outputs are removed; those that were ignored so far (nohup) stay so. A signal
-/// that comes a second after the first one or later ends a program that is stuck.
+/// Records SIGINT, SIGTERM, SIGHUP and SIGQUIT instead of ending the process, so that unfinished
+/// outputs are removed; signals that were ignored before (nohup) stay ignored. A further signal two
+/// seconds after the first, or later, ends a program that is stuck.
 void listenForInterruption();
 
 /// @throw Interrupted when a signal has come
 void throwIfInterrupted();
 
-/// Ends the process by a signal, as it would have ended without listening for it: whoever started
-/// it sees why.
+/// Ends the process by a signal with its default action, so that the parent process sees the cause.
 /// @param signal its number
 [[noreturn]] void endBy(int signal);
 
-// All that may take long without anything to do waits in one of these functions, on any thread: a
-// signal ends the wait whether it comes before or in the midst of it.
+// Everything that may wait for long uses one of these functions, on any thread: a signal ends the
+// wait whether it comes before or during it.
 
-/// poll() that a signal ends.
-/// @param waited what is waited for
-/// @param patience how long; negative: for good
-/// @return the same with the events that have come
+/// poll() that a recorded signal ends.
+/// @param waited descriptors and events to wait for
+/// @param patience timeout; negative: none
+/// @return the same with the events that occurred
 /// @throw Interrupted when a signal has come
 std::vector<pollfd> waitFor(std::vector<pollfd> waited,
                             std::chrono::milliseconds patience = std::chrono::milliseconds(-1));
 
-/// @param moment when to go on
+/// @param moment when to continue
 /// @throw Interrupted when a signal has come
 void sleepUntil(std::chrono::steady_clock::time_point moment);
 
-/// open() that waits for the other end of a pipe with a name.
+/// open() for paths that may be named pipes; waits for the other end of the pipe.
 /// @param path of the file
 /// @param flags as open() takes them
 /// @return the descriptor; negative, with errno, when it cannot be opened

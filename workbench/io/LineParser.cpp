@@ -12,7 +12,7 @@ namespace {
 
 static_assert(LineReader::padding >= simdjson::SIMDJSON_PADDING);
 
-// This parser is quick; the other one says where the fault is.
+// simdjson is fast; nlohmann's parser gives the place of the error.
 std::string reasonFor(std::string_view line, simdjson::error_code fault) {
     try {
         const nlohmann::json document = nlohmann::json::parse(line);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Reads lines of JSON Lines, one at a time.
+// Parses lines of JSON Lines, one at a time.
 #pragma once
 
 #include <veskar-host/InputError.h>
@@ -14,15 +14,14 @@
 
 namespace Workbench {
 
-/// The objects that stand in the lines of a file. One parser serves all lines, so that reading a
-/// line allocates nothing.
+/// The parser of a file's lines. Its memory is reused, so that reading a line allocates nothing.
 class LineParser {
 public:
-    /// @param lines where the line was just read
+    /// @param lines the reader of the line, for its place
     /// @param line its text
-    /// @param take takes the fields of the object in the line
-    /// @return what take returns
-    /// @throw InputError what is wrong with the line, behind "FILE:LINE: "
+    /// @param take called with the members of the object in the line
+    /// @return the result of take
+    /// @throw InputError the fault, behind "FILE:LINE: "
     template <typename Read>
     auto read(const LineReader& lines, std::string_view line, Read take) {
         try {

@@ -63,7 +63,7 @@ bool LineReader::fill() {
             throw InputError(fmt::format("{}:{}: line is longer than {} MiB", shownName_,
                                          number_ + 1, maximumLineLength >> 20));
         }
-        // One more byte tells a line of the greatest length from a longer one.
+        // One byte more than the maximum, to detect longer lines.
         buffer_.resize(std::min(2 * end_, maximumLineLength + 1) + padding);
     }
     ssize_t count = 0;

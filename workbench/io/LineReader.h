@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Reads a text line by line in constant memory.
+// Reads text line by line in constant memory.
 #pragma once
 
 #include <cstddef>
@@ -21,7 +21,7 @@ public:
     LineReader(const LineReader&) = delete;
     LineReader& operator=(const LineReader&) = delete;
 
-    /// Goes on to the next line.
+    /// Reads the next line.
     ///
     /// @param line receives the line without its end; valid until the next call, with `padding`
     ///        readable bytes behind it
@@ -30,11 +30,11 @@ public:
     /// @throw Interrupted when a signal has come
     bool next(std::string_view& line);
 
-    /// Makes a call of next that waits for input, and every later one that has to, fail. The only
-    /// function that another thread may call.
+    /// Makes a waiting call of next fail, and every later one that would wait. Only this function
+    /// may be called by another thread.
     void stop();
 
-    /// @return whether the line last read had no line end: the file stops there
+    /// @return whether the last line had no line end: the file ends there
     bool lastLineIsOpen() const { return openEnded_; }
     /// @return number of the line last read, from 1
     std::uint64_t lineNumber() const { return number_; }
@@ -50,9 +50,9 @@ public:
     /// @return "NAME:LINE", the place of the line last read
     std::string place() const;
 
-    /// A line longer than this is no recording but garbage.
+    /// Longer lines are taken as garbage and rejected.
     static constexpr std::size_t maximumLineLength = std::size_t{64} << 20;
-    /// Parsers that read whole machine words may look this far beyond the end of a line.
+    /// Parsers that read whole machine words may read this far beyond the end of a line.
     static constexpr std::size_t padding = 64;
 
 private:

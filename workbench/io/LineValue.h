@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Values of JSON Lines, which are many and have to be read quickly.
+// JSON values of lines, which are read in large numbers.
 #pragma once
 
 #include "HostLibrary.h"
@@ -14,14 +14,14 @@
 
 namespace Workbench {
 
-/// A value of one line of JSON Lines, read in place. Valid until the parser reads the next line.
+/// A value in a line of JSON Lines, parsed in place. Valid until the parser reads the next line.
 class LineValue {
 public:
     // NOLINTNEXTLINE(google-explicit-constructor): a value is all there is to it
     LineValue(simdjson::dom::element element) : value_(element) {}
 
-    /// The members of an object, by name. Lines have no index of names: the search goes on behind
-    /// the member found last, which finds members at once that are asked for in their order.
+    /// The members of an object, by name. There is no index: the search starts behind the last
+    /// found member, so that members requested in their order are found at once.
     class Members {
     public:
         explicit Members(const LineValue& owner)
@@ -57,7 +57,7 @@ public:
 
     JsonKind kind() const;
     double number() const { return value_.get_double().value_unsafe(); }
-    /// Meaningful for an Integer.
+    /// Only for an Integer.
     bool fitsInt32() const;
     std::int32_t integer() const {
         return static_cast<std::int32_t>(value_.get_int64().value_unsafe());
@@ -77,7 +77,7 @@ private:
     simdjson::dom::element value_;
 };
 
-/// The fields of a line.
+/// The members of the object in a line.
 using LineFields = BasicFields<LineValue>;
 
 }  // namespace Workbench

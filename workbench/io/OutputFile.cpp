@@ -26,7 +26,7 @@ namespace {
 
 constexpr std::size_t bufferSize = std::size_t{64} << 10;
 
-// What a file created with plain open() would get.
+// The mode that open() would give a new file.
 mode_t usualMode() {
     const mode_t mask = ::umask(0);
     ::umask(mask);
@@ -68,14 +68,14 @@ void OutputFile::open() {
     const bool exists = ::stat(path_.c_str(), &status) == 0;
     if (exists && !S_ISREG(status.st_mode)) {
         descriptor_ = openFile(path_, O_WRONLY);
-    } else if (exists || errno == ENOENT) {  // and not links in a circle
+    } else if (exists || errno == ENOENT) {  // but not circular links
         openTemporary();
     }
 }
 
 void OutputFile::openTemporary() {
     target_ = behindLinks(path_);
-    // Without the file's own name: that may be as long as a name can be.
+    // Does not contain the file's name, which may have the maximum length already.
     temporaryPath_ = directoryOf(target_) + "/veskar.part-XXXXXX";
     descriptor_ = ::mkostemp(temporaryPath_.data(), O_CLOEXEC);
     if (descriptor_ < 0) {

@@ -9,24 +9,24 @@
 
 namespace Workbench {
 
-/// @param path a file, or a link that leads to one or to where none is yet; not in a circle
-/// @return the place behind all links, where an output of this name is created
+/// @param path a file, or a link to an existing or future file; not a circular link
+/// @return the path behind all links, where the output is created
 std::filesystem::path behindLinks(std::filesystem::path path);
 /// @param path a file
-/// @return the directory in which it is
+/// @return the directory that contains it
 std::string directoryOf(const std::filesystem::path& path);
 
-/// Writes a file under a temporary name beside its place and moves it there when it is complete, so
-/// that nobody ever sees half of it and an earlier file survives a failure. Symbolic links are
-/// followed: the place is where they lead, whether something is there or not. Standard output ("-")
-/// and what is no regular file (a pipe, a device) are written directly.
+/// Writes to a temporary file in the same directory and renames it when it is complete, so that no
+/// partial output becomes visible and an existing file survives a failure. Symbolic links are
+/// followed, whether their target exists or not. Standard output ("-") and files that are not
+/// regular (pipes, devices) are written directly.
 class OutputFile {
 public:
     /// @param path the file, or "-"
     /// @throw InputError when it cannot be created
     /// @throw Interrupted when a signal comes while a pipe has no reader
     explicit OutputFile(const std::string& path);
-    /// Without commit the temporary file is removed.
+    /// Removes the temporary file unless commit was called.
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
@@ -36,12 +36,12 @@ public:
     /// @throw Interrupted when a signal has come
     void write(std::string_view text);
 
-    /// Hands over what is buffered, for a reader that follows a pipe.
+    /// Writes the buffered text, for readers of a pipe.
     /// @throw InputError as write
     void flush();
 
-    /// Makes the output durable and visible. Nothing may be written afterwards.
-    /// @throw InputError as write, or when the file cannot be moved to its place
+    /// Makes the output durable and visible. Must be the last call.
+    /// @throw InputError as write, or when the file cannot be renamed
     void commit();
 
     /// @return whether the output is standard output
@@ -55,10 +55,10 @@ private:
 
     std::string path_;
     std::string shownName_;
-    std::string target_;         ///< where the path leads
+    std::string target_;         ///< the file behind all links
     std::string temporaryPath_;  ///< empty when written directly
     std::string buffer_;
-    std::size_t longestWrite_ = 0;  ///< what does not block once the descriptor is ready
+    std::size_t longestWrite_ = 0;  ///< bytes that do not block once the descriptor is ready
     int descriptor_ = -1;
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Text from files on a terminal.
+// Makes text from files safe for terminals.
 #pragma once
 
 #include <algorithm>
@@ -7,7 +7,7 @@
 
 namespace Workbench {
 
-/// What stands in a file may be any bytes, and a terminal should not obey them.
+/// Files may contain any bytes, and a terminal should not interpret control characters.
 ///
 /// @param text one line, without line end
 /// @return the text with a question mark for every control character

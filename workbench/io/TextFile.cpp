@@ -21,12 +21,12 @@ using Event = nlohmann::json::parse_event_t;
 
 enum class RepeatedKeys { LastCounts, Refused };
 
-/// Refuses while it is being read what would harm once it has been.
+/// Rejects repeated keys and deep nesting while parsing.
 class Watch {
 public:
     explicit Watch(RepeatedKeys repeatedKeys) : repeatedKeys_(repeatedKeys) {}
 
-    /// As nlohmann::json::parse calls it: a key lies one level deeper than the start of its object.
+    /// Callback of nlohmann::json::parse; a key has a depth one above that of its object.
     bool operator()(int depth, Event event, const nlohmann::json& value) {
         const auto level = static_cast<std::size_t>(depth);
         if (event == Event::object_start || event == Event::array_start) {
@@ -43,7 +43,7 @@ public:
 
 private:
     struct Level {
-        std::string key;  ///< last read
+        std::string key;  ///< the last key
         std::set<std::string> keys;
     };
 
@@ -115,7 +115,7 @@ std::string reasonOf(const std::exception& error) {
     if (place == 0 && column != std::string_view::npos) {
         text.remove_prefix(column);
     }
-    // What was found may be any bytes; a terminal should not obey them.
+    // The text may contain any bytes of the input; a terminal should not interpret them.
     std::string plain(text);
     std::replace_if(
         plain.begin(), plain.end(), [](char c) { return c < ' ' || c > '~'; }, '?');

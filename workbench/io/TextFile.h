@@ -30,14 +30,14 @@ nlohmann::json parseJson(const std::string& text, const std::string& name);
 /// @param line JSON text of one line, without comments
 /// @return the document
 /// @throw InputError when a key occurs twice in an object or the nesting is too deep
-/// @throw nlohmann::json::exception when it is no JSON
+/// @throw nlohmann::json::exception when it is not valid JSON
 nlohmann::json parseJsonLine(std::string_view line);
 
-/// Objects and arrays in each other. Documents need a handful; some thousand exhaust the stack of
-/// those who walk over them.
+/// Maximum nesting of objects and arrays. Documents need a handful of levels; thousands would
+/// exhaust the stack of recursive functions.
 constexpr std::size_t deepestNesting = 100;
 
-/// @param error a fault that the JSON library found
+/// @param error an error of the JSON library
 /// @return its text without the library's prefix
 std::string reasonOf(const std::exception& error);
 

@@ -16,7 +16,7 @@ namespace {
 namespace Vocabulary = Veskar::Vocabulary;
 using Synonyms = std::map<std::string, std::string>;
 
-// As data sets and analytics call them, in lower case with underscores.
+// Names used by data sets and analytics, in lower case with underscores.
 const Synonyms& synonymsOf(WordKind kind) {
     static const Synonyms classes{{"person", Vocabulary::human},
                                   {"people", Vocabulary::human},

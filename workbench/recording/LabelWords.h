@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Words for classes and colours that are not in the vocabulary, and what is meant by them.
+// Synonyms of the vocabulary's classes and colours.
 #pragma once
 
 #include "recording/Recording.h"
@@ -13,31 +13,31 @@
 
 namespace Workbench {
 
-/// Which vocabulary a word belongs to.
+/// The kinds of words in the vocabulary.
 enum class WordKind { Class, Color };
 
-/// @param kind of the word
-/// @param word as a data set or a person has it, in any case: "Pedestrian", "lorry", "grey"
-/// @return the word of the vocabulary for the same thing; nothing when no such synonym is known
+/// @param kind kind of the word
+/// @param word a word as used by data sets or users, in any case: "Pedestrian", "lorry", "grey"
+/// @return the vocabulary's word for it; nothing when it is no known synonym
 std::optional<std::string> meantWord(WordKind kind, std::string_view word);
 
-/// @param kind of the word
+/// @param kind kind of the word
 /// @param word a label
-/// @return nothing when it is in the vocabulary; otherwise what it is instead, as it goes on after
-///         "the word is", with the nearest word of the vocabulary
+/// @return nothing when it is in the vocabulary; otherwise text that continues "the word is" and
+///         names the nearest word of the vocabulary
 std::optional<std::string> adviceOn(WordKind kind, const std::string& word);
 
-/// Looks for words outside the vocabulary.
+/// Finds words outside the vocabulary.
 class UnknownWords {
 public:
-    /// Receives the member of the track, the word and what to say about it.
+    /// Receives the member of the track, the word and the advice.
     using Tell =
         std::function<void(const char* key, const std::string& word, const std::string& advice)>;
 
-    /// @param tell called once for every word
+    /// @param tell called once per word
     explicit UnknownWords(Tell tell);
 
-    /// @param line its labels are looked at
+    /// @param line its labels are checked
     void look(const RecordingLine& line);
 
 private:

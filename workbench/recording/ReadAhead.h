@@ -10,14 +10,14 @@
 
 namespace Workbench {
 
-/// Reads some lines of a recording in advance, so that whoever works on them need not wait for
-/// text. Lines and errors arrive in the same order as without it.
+/// Reads some lines of a recording in advance, so that reading and processing overlap. Lines and
+/// errors come in the same order as without it.
 class ReadAhead {
 public:
-    /// Begins to read.
-    /// @param reader where to read; nobody else may use it before this ends
+    /// Starts reading.
+    /// @param reader must not be used by others until this is destroyed
     explicit ReadAhead(RecordingReader& reader);
-    /// Stops reading, even from a pipe that is silent.
+    /// Stops reading, even when waiting for a pipe.
     ~ReadAhead();
     ReadAhead(const ReadAhead&) = delete;
     ReadAhead& operator=(const ReadAhead&) = delete;
@@ -25,8 +25,8 @@ public:
     /// @return as RecordingReader::next
     /// @throw InputError as RecordingReader::next
     std::optional<RecordingLine> next();
-    /// @return how much of the recording lies before the line last handed out, 0 to 1; negative
-    ///         when that is not known
+    /// @return how much of the recording was handed out before the last line, 0 to 1; negative when
+    ///         unknown
     double fractionRead() const { return fraction_; }
 
 private:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a recording holds: the installation and, frame by frame, what each sensor reported.
-// docs/recording-format.md describes the text form.
+// The contents of a recording: the installation and the frames of sensors and truth.
+// docs/recording-format.md describes the text format.
 #pragma once
 
 #include <veskar-host/SensorFrame.h>
@@ -18,7 +18,7 @@
 
 namespace Workbench {
 
-/// One object as it really was. Its place is the point of its footprint nearest to the device.
+/// The true state of an object. Its position is the point of its footprint nearest to the device.
 struct TruthObject {
     std::int32_t id = 0;                    ///< of the object
     std::string className = "unknown";      ///< see Vocabulary.h

@@ -69,7 +69,8 @@ RecordingLine readLine(const LineFields& fields) {
     fields.refuse("source", fmt::format("\"{}\" is not video, radar or truth", source));
 }
 
-// Truth as this program writes it; in another order of keys it is read, which only takes longer.
+// Fast detection of truth lines as this program writes them; those with another order of keys are
+// parsed, which only takes longer.
 bool startsAsTruth(std::string_view text) {
     constexpr std::string_view start = R"({"source":"truth")";
     return text.substr(0, start.size()) == start;
@@ -123,7 +124,7 @@ std::optional<RecordingLine> RecordingReader::next() {
 }
 
 void RecordingReader::digestLine(std::string_view text) {
-    // The line ends of other systems are no other content.
+    // A carriage return at the end of a line does not change the digest.
     const bool hasReturn = !text.empty() && text.back() == '\r';
     content_.add(text.substr(0, text.size() - (hasReturn ? 1 : 0)));
     content_.add("\n");

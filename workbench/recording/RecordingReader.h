@@ -17,23 +17,23 @@ namespace Workbench {
 
 class LineParser;
 
-/// Whether a reader hands out the truth lines of a recording or passes over them unread.
+/// Whether a reader returns the truth lines of a recording or skips them without parsing.
 enum class TruthLines { Read, Skip };
 
-/// The lines of a recording, checked. Memory does not depend on the length of the recording.
+/// Reads and checks the lines of a recording. Memory does not depend on its length.
 ///
-/// Every fault is an InputError that starts with "FILE:LINE: "; that of a sensor frame whose values
-/// could be read is a RefusedFrame.
+/// Every fault is an InputError that starts with "FILE:LINE: ". If the values of a faulty sensor
+/// frame could be parsed, it is a RefusedFrame.
 class RecordingReader {
 public:
-    /// Receives the first line before it is read, empty when there is none.
+    /// Receives the first line before it is parsed, empty when there is none.
     using FirstLine = std::function<void(std::string_view)>;
 
     /// Opens a recording and reads its header.
     /// @param path the file, or "-"
-    /// @param truthLines what happens to truth
-    /// @param firstLine who wants to look at the header's text, if anyone
-    /// @throw InputError when it is no recording that this program reads
+    /// @param truthLines how truth lines are handled
+    /// @param firstLine called with the text of the header, if set
+    /// @throw InputError when it is not a recording that this program reads
     explicit RecordingReader(const std::string& path, TruthLines truthLines = TruthLines::Read,
                              const FirstLine& firstLine = nullptr);
     ~RecordingReader();
@@ -43,14 +43,14 @@ public:
     /// @return the header
     const RecordingHeader& header() const { return head_; }
     /// @return the next frame; nothing at the end
-    /// @throw InputError what is wrong with the line
+    /// @throw InputError the fault of the line
     std::optional<RecordingLine> next();
-    /// @return the digest of the header and of the sensor frames read so far: of their lines in the
-    ///         order of the file, each without its line end and followed by a line feed
+    /// @return digest of the header and of the sensor frames read so far: of their lines in file
+    ///         order, each without its line end and followed by a line feed
     std::string digest() const { return content_.text(); }
     /// As LineReader::stop.
     void stop() { lines_.stop(); }
-    /// @return where the reading stands
+    /// @return the underlying reader, for its place in the file
     const LineReader& input() const { return lines_; }
 
 private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Lines of a recording that no sensor has written.
+// Writes the truth lines of a recording.
 #pragma once
 
 #include "recording/Recording.h"
@@ -9,7 +9,7 @@
 namespace Workbench {
 
 /// @param frame the truth at one time
-/// @return its line, with line end; numbers are rounded as those of sensor frames
+/// @return its line, with line end; numbers are rounded as in sensor frames
 std::string toJsonLine(const TruthFrame& frame);
 
 }  // namespace Workbench

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A frame whose values were read but contradict the format.
+// A frame that was parsed but violates the format.
 #pragma once
 
 #include <veskar-host/InputError.h>
@@ -11,13 +11,13 @@
 
 namespace Workbench {
 
-/// Thrown instead of a mere InputError where the frame itself could be read: whoever looks for the
-/// reason of a mistake that is made in every line needs the values.
+/// Thrown instead of a plain InputError when the frame's values could be parsed: the search for
+/// systematic faults, repeated in every line, needs them.
 class RefusedFrame : public InputError {
 public:
-    /// What is wrong with it.
+    /// The kinds of faults.
     enum class Reason {
-        Time,  ///< out of order, or received before it was measured
+        Time,  ///< out of order, or received before its measurement
         Box    ///< a box whose top is below its bottom
     };
 

@@ -12,12 +12,12 @@ namespace {
 using Json = nlohmann::ordered_json;
 using Observer = Veskar::FusionObserver;
 
-/// The time of a frame as recordings state it, to a microsecond.
+/// The frame's time as in recordings, rounded to a microsecond.
 double recordedTime(double timestamp, double ahead) {
     return std::nearbyint((timestamp - ahead) * 1e6) / 1e6;
 }
 
-/// JSON has no numbers that are not finite.
+/// Null for values that are not finite, since JSON has no such numbers.
 Json numberOf(double value) {
     return std::isfinite(value) ? Json(value) : Json(nullptr);
 }

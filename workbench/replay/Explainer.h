@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Writes down why the fusion did what it did.
+// Writes the fusion's decisions with their reasons.
 #pragma once
 
 #include <veskar/FusionObserver.h>
@@ -11,18 +11,18 @@
 
 namespace Workbench {
 
-/// Collects the decisions of a frame and hands them out as one line of JSON: every candidate pair
-/// with its gate, class verdict and outcome, and what happened to the system tracks.
+/// Collects the decisions of a frame and passes them on as one line of JSON: every candidate pair
+/// with its gate, class verdict and outcome, and the events of the system tracks.
 class Explainer : public Veskar::FusionObserver {
 public:
     /// Receives one line per fused frame, with line end.
     using Sink = std::function<void(const std::string&)>;
 
     /// @param sink receives the lines
-    /// @param uptime seconds by which the module's clock is ahead of the one to tell times in
+    /// @param uptime offset of the module's clock to the times that are written, s
     Explainer(Sink sink, double uptime) : sink_(std::move(sink)), ahead_(uptime) {}
 
-    /// Hands out the last frame.
+    /// Passes on the last frame.
     void finish();
 
     void onFrame(const Frame& frame) override;

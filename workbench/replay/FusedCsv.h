@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Fused tracks as comma-separated values (RFC 4180).
+// Writes fused tracks as comma-separated values (RFC 4180).
 #pragma once
 
 #include <veskar-host/FusedFrame.h>
@@ -14,7 +14,7 @@ namespace Workbench {
 /// @return the row of column names, with line end
 std::string csvHeader();
 
-/// Appends one row per track, each with line end. What is not known is empty.
+/// Appends one row per track, each with line end. Unknown values are empty.
 ///
 /// @param text receives the rows
 /// @param frame the tracks after a frame

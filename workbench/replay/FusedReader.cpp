@@ -22,7 +22,7 @@
 namespace Workbench {
 namespace {
 
-/// A number that must be there but may be null.
+/// A number that is required but may be null.
 double numberOf(const LineFields& fields, std::string_view name) {
     fields.at(name);
     return fields.number(name, std::numeric_limits<double>::quiet_NaN());
@@ -201,7 +201,8 @@ std::optional<FusedFrame> FusedReader::next() {
     return frame;
 }
 
-/// The times of the estimates need not rise: a late frame may follow one that the host has added.
+/// The times of the estimates need not increase: a late frame may follow one that the host has
+/// added.
 void FusedReader::checkOrder(const FusedFrame& frame) {
     if (lastReceived_ && frame.received < *lastReceived_) {
         throw InputError(

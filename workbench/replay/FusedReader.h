@@ -18,25 +18,25 @@ namespace Workbench {
 
 class LineParser;
 
-/// The first line of fused tracks.
+/// The header of fused tracks.
 struct FusedHeader {
     std::string name;                 ///< of the recording
     CameraSetup camera;               ///< as used
     RadarSetup radar;                 ///< as used
-    std::string configuration;        ///< JSON text of a configuration of the fusion
-    std::string cameraDigest;         ///< as digestOf tells it
-    std::string configurationDigest;  ///< as digestOf tells it
-    std::string hostDigest;           ///< as digestOfConstants tells it
+    std::string configuration;        ///< JSON text of the fusion's configuration
+    std::string cameraDigest;         ///< see digestOf
+    std::string configurationDigest;  ///< see digestOf
+    std::string hostDigest;           ///< see digestOfConstants
 };
 
-/// The lines of fused tracks, checked. Memory does not depend on their number.
+/// Reads and checks the lines of fused tracks. Memory does not depend on their number.
 ///
-/// Every fault is an InputError that starts with "FILE:LINE: ". What is null in the file is NaN.
+/// Every fault is an InputError that starts with "FILE:LINE: ". Null becomes NaN.
 class FusedReader {
 public:
     /// Opens fused tracks and reads their header.
     /// @param path the file, or "-"
-    /// @throw InputError when these are no fused tracks that this program reads
+    /// @throw InputError when these are not fused tracks that this program reads
     explicit FusedReader(const std::string& path);
     ~FusedReader();
     FusedReader(const FusedReader&) = delete;
@@ -45,15 +45,15 @@ public:
     /// @return the header
     const FusedHeader& header() const { return head_; }
     /// @return the configuration of the header
-    /// @throw InputError why the fusion refuses it
+    /// @throw InputError why the library rejects it
     Veskar::Config config() const;
     /// @return the next frame; nothing at the end
-    /// @throw InputError what is wrong with the line
+    /// @throw InputError the fault of the line
     std::optional<FusedFrame> next();
-    /// @return what the closing line states, once all frames have been read; nothing when there is
-    ///         none
+    /// @return the digests of the closing line, once all frames have been read; nothing when there
+    ///         is none
     const std::optional<RunDigests>& digests() const { return closing_; }
-    /// @return where the reading stands
+    /// @return the underlying reader, for its place in the file
     const LineReader& input() const { return lines_; }
 
 private:

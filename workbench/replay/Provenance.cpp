@@ -8,7 +8,7 @@
 namespace Workbench {
 namespace {
 
-/// @return what a run was not made with, of what a header states; null: nothing
+/// @return the setting of a header that differs from the stated digests; null when none does
 const char* settingThatDiffers(const RunDigests& stated, const FusedHeader& header) {
     if (stated.camera != header.cameraDigest) {
         return "camera";

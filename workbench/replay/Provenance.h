@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whether files that are read together were made from each other.
+// Checks that files which are read together were made from each other.
 #pragma once
 
 #include "recording/RecordingReader.h"
@@ -12,23 +12,23 @@
 
 namespace Workbench {
 
-/// What happens to files that do not belong together.
+/// How files that do not belong together are handled.
 enum class Mismatch { Refused, Forced };
 
-/// Compares what files say about their making with what they are read beside. Files that state no
-/// digests are taken with a warning: they were cut off, or an earlier version wrote them.
+/// Compares the stated origin of files with the files that they are used with. Files without
+/// digests are accepted with a warning: they were cut off, or written by an earlier version.
 class Provenance {
 public:
-    /// Receives what a user should know, without line end.
+    /// Receives a warning, without line end.
     using Warn = std::function<void(const std::string&)>;
 
-    /// @param mismatch what happens to files that do not belong together; forced ones are
-    ///        taken with a warning
+    /// @param mismatch how files that do not belong together are handled; forced ones are accepted
+    ///                 with a warning
     /// @param warn receives the warnings
     Provenance(Mismatch mismatch, Warn warn) : mismatch_(mismatch), warn_(std::move(warn)) {}
 
     /// Compares the headers, before anything else is read.
-    /// @param run what a fusion made of a recording
+    /// @param run fused tracks of a recording
     /// @param recording the recording
     /// @throw InputError when the run was made from another one
     void compareNames(const FusedReader& run, const RecordingReader& recording) const;
@@ -39,9 +39,9 @@ public:
     /// @throw InputError when the run was made from another one
     void compareRun(const FusedReader& run, const RecordingReader& recording) const;
 
-    /// As compareRun, with the explanations of the run.
-    /// @param explanations their file
-    /// @param stated the digests in it
+    /// As compareRun, for explanations of the run.
+    /// @param explanations name of their file
+    /// @param stated the digests stated in it
     /// @param run the run
     /// @param recording the recording of the run
     /// @throw InputError when they explain another run

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How a recording is sent through the fusion.
+// The pipeline's options in replays.
 #pragma once
 
 #include <veskar-host/FusionPipeline.h>
@@ -8,10 +8,11 @@
 
 namespace Workbench {
 
-/// Time begins near 0 in recordings. On a device the clock has long been running.
+/// Offset of the fusion's clock: times of recordings begin near 0, those of a running device do
+/// not.
 constexpr double replayUptime = 100.0;
 
-/// @return what the pipeline of a replay does otherwise than that of a device
+/// @return the options in which a replay differs from a device
 inline FusionPipeline::Options replayOptions() {
     FusionPipeline::Options options;
     options.uptime = replayUptime;

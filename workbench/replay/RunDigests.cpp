@@ -11,7 +11,7 @@
 namespace Workbench {
 namespace {
 
-/// The member that tells the closing line from others.
+/// The member that identifies the closing line.
 constexpr const char* digestsKey = "digests";
 
 }  // namespace

@@ -24,7 +24,7 @@ void Summary::add(const FusedFrame& frame) {
             lastId_ = track.id;
             ++systemTracks_;
         }
-        // Tracks that were never confirmed are counted only: a busy scene has thousands of them.
+        // Unconfirmed tracks are only counted: a busy scene has thousands of them.
         if (!track.confirmed) {
             continue;
         }

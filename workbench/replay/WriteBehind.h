@@ -14,20 +14,20 @@
 
 namespace Workbench {
 
-/// Turns fused frames into text and writes them, so that the fusion need not wait for either.
-/// The frames are written in their order.
+/// Formats and writes fused frames, so that the fusion waits for neither. The order of the frames
+/// is kept.
 class WriteBehind {
 public:
-    /// How a frame is put into words: appends them to the text.
+    /// Appends the text of a frame.
     using Format = std::function<void(LineText& text, const FusedFrame& frame)>;
-    /// When the output hands on what it holds.
+    /// When the buffered output is written.
     enum class Flush { WhenFull, EveryFrame };
 
-    /// @param output where to write; nobody else may use it before finish
+    /// @param output must not be used by others until finish returns
     /// @param format called on the writing thread
-    /// @param flush EveryFrame for those who follow a pipe
+    /// @param flush EveryFrame for readers of a pipe
     WriteBehind(OutputFile& output, Format format, Flush flush = Flush::WhenFull);
-    /// Waits until what was given is written.
+    /// Waits until all frames are written.
     ~WriteBehind();
     WriteBehind(const WriteBehind&) = delete;
     WriteBehind& operator=(const WriteBehind&) = delete;

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Run by the build: bundles the page's sources with NODE in DIRECTORY, where the bundler is, and
-# writes the page into the C++ source CODE.
+# Run by the build: bundles the page's sources with NODE in DIRECTORY, which contains the bundler,
+# and writes the page as C++ source to CODE.
 file(COPY "${SOURCE}/src" "${SOURCE}/package.json" "${SOURCE}/tsconfig.json" "${SOURCE}/build.mjs"
      DESTINATION "${DIRECTORY}")
 

@@ -19,7 +19,7 @@ void appendVariableLength(std::string& bytes, std::uint64_t value) {
     bytes += static_cast<char>(value);
 }
 
-/// A run of @p count zeros.
+/// Appends @p count zeros, run-length encoded.
 void appendZeros(std::string& bytes, std::uint64_t count) {
     if (count > 0) {
         bytes += '\0';

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A list of numbers in few bytes.
+// Compact encoding of a sequence of numbers.
 #pragma once
 
 #include "recording/Header.h"
@@ -11,32 +11,32 @@
 
 namespace Workbench {
 
-/// A number in steps: what a column holds. Numbers that are not finite are `missing`.
+/// Quantises a number for a column. Values that are not finite become `missing`.
 ///
 /// @param value the number
 /// @param step size of a step, in the unit of the number
-/// @return the nearest count of steps, at most 2^28 of them
+/// @return the nearest multiple of the step, as a count limited to +-2^28
 std::int32_t inSteps(double value, double step);
 
-/// Stands for a number that is not there.
+/// Represents a missing number.
 constexpr std::int32_t missing = -(std::int32_t{1} << 28) - 1;
 
-/// Numbers that change little from one to the next, as most of what tracks carry does.
+/// A sequence of numbers with small differences, as most quantities of tracks are.
 ///
 /// The page gets {"step": s, "data": base64}. The bytes are variable-length integers of seven bits
-/// each, lowest first, the eighth bit set on all but the last: the differences from the number
-/// before, folded so that 0, -1, 1, -2 become 0, 1, 2, 3; a zero is followed by how many more zeros
-/// there are.
+/// each, lowest first, the eighth bit set on all but the last. They encode the difference from the
+/// previous number, folded so that 0, -1, 1, -2 become 0, 1, 2, 3; a zero is followed by the number
+/// of further zeros.
 class Column {
 public:
     /// @param size of a step, in the unit of the numbers
     explicit Column(double size) : step_(size) {}
 
-    /// @param value appended; what is not finite is kept as missing
+    /// @param value appended; missing if it is not finite
     void add(double value) { append(inSteps(value, step_)); }
-    /// @param steps appended, any number
+    /// @param steps number of steps, appended
     void append(std::int32_t steps);
-    /// @return the column as the page gets it
+    /// @return the encoded column
     Json json() const;
 
 private:
@@ -47,7 +47,7 @@ private:
 };
 
 /// @param bytes any bytes
-/// @return them in base64 (RFC 4648), padded
+/// @return base64 text (RFC 4648), padded
 std::string base64(std::string_view bytes);
 
 }  // namespace Workbench

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Why a fusion run did what it did, for the page.
+// The decisions of a fusion run, for the page.
 #pragma once
 
 #include "recording/Header.h"
@@ -13,14 +13,14 @@
 
 namespace Workbench {
 
-/// What `veskar replay --explain` wrote.
+/// The contents of a file of `veskar replay --explain`.
 struct ExplanationFile {
     Json table;  ///< {"time": column, "source": column, "pairs": see TrackTable (its tracks are the
                  ///< compared pairs), "events": see TrackTable}
-    std::optional<RunDigests> digests;  ///< what its closing line states; nothing without one
+    std::optional<RunDigests> digests;  ///< of its closing line; nothing without one
 };
 
-/// Reads what `veskar replay --explain` wrote.
+/// Reads a file of `veskar replay --explain`.
 ///
 /// @param path the file
 /// @param words receives verdicts and outcomes

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-# Copies the page's sources to DIRECTORY, where NPM fetches what bundles them, unless it is there for
-# this lock file already. Included by the configuration; sets `bundler_error` to why that failed,
-# empty on success. LIMIT: seconds after which a registry that does not answer counts as missing.
+# Copies the page's sources to DIRECTORY and lets NPM fetch the bundler there, unless it has been
+# fetched for this lock file already. Included by the configuration; sets `bundler_error` to the
+# reason of a failure, empty on success. LIMIT: timeout of the registry in seconds.
 function(veskar_fetch_bundler)
   cmake_parse_arguments(ARG "" "SOURCE;DIRECTORY;NPM;LIMIT" "" ${ARGN})
   file(COPY "${ARG_SOURCE}/package.json" "${ARG_SOURCE}/package-lock.json" "${ARG_SOURCE}/.npmrc"

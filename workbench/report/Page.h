@@ -1,19 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-// The page of `veskar report`, compiled in.
+// The HTML page of `veskar report`, compiled into the program.
 #pragma once
 
 #include <string_view>
 
 namespace Workbench {
 
-/// The page, one HTML document with everything in it but the data; empty when this program was
-/// built without it.
+/// The HTML document without the data; empty when this program was built without it.
 extern const std::string_view reportPage;
 
 /// Why the page is missing; empty when it is there.
 extern const std::string_view reportPageMissing;
 
-/// Where in the page the data go.
+/// Placeholder of the data in the page.
 constexpr std::string_view reportPageMark = "@veskar-report-data@";
 
 }  // namespace Workbench

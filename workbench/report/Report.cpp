@@ -30,7 +30,7 @@ namespace {
 
 constexpr int reportVersion = 1;
 
-/// The span of everything that is shown.
+/// The time span of everything shown.
 struct Span {
     double from = std::numeric_limits<double>::infinity();
     double to = -std::numeric_limits<double>::infinity();
@@ -45,7 +45,7 @@ struct Span {
     }
 };
 
-/// The recording, its sensors' tracks on the way that the first run used.
+/// The recording, with its sensors' tracks converted as in the first run.
 class RecordingPart {
 public:
     RecordingPart(const RecordingHeader& header, const Veskar::Config& config, Words& words)
@@ -68,7 +68,7 @@ public:
     Span span;
 };
 
-/// A run, read along with the recording that it came from.
+/// A run, read in step with its recording.
 class RunPart {
 public:
     RunPart(const std::string& file, const RecordingReader& recording, Words& words)
@@ -84,7 +84,7 @@ public:
         judgement.add(line);
     }
 
-    /// What came after the last line of the recording.
+    /// Reads the frames after the last line of the recording.
     void finish(const ReportProgress& progress) {
         while (feed_.handOne()) {
             progress(reader.input());
@@ -108,7 +108,7 @@ private:
     FusedFeed feed_;
 };
 
-/// Where a file lies is nobody's business but that of the person who made the report.
+/// The page contains file names without directories, which would disclose paths of its author.
 std::string fileNameOf(const std::string& path) {
     return path.substr(path.rfind('/') + 1);
 }
@@ -186,7 +186,7 @@ std::string embeddable(const Json& data) {
     std::string safe;
     safe.reserve(text.size());
     for (const char c : text) {
-        // Outside strings JSON has none of these characters.
+        // In JSON these characters occur only within strings.
         if (c == '<' || c == '>' || c == '&') {
             safe += fmt::format("\\u{:04x}", static_cast<unsigned>(c));
         } else {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A recording and one or two fusion runs of it as one HTML file.
+// Builds one HTML file from a recording and one or two fusion runs of it.
 #pragma once
 
 #include "io/LineReader.h"
@@ -12,33 +12,33 @@
 
 namespace Workbench {
 
-/// A fusion run to show.
+/// A fusion run to be shown.
 struct ReportRun {
     std::string fused;    ///< file of fused tracks
-    std::string explain;  ///< what replay --explain wrote of the same run; empty: nothing
+    std::string explain;  ///< file of replay --explain of the same run; empty: none
 };
 
-/// What a report shows.
+/// The files that a report is made from.
 struct ReportInputs {
     std::string recording;        ///< file of the recording
     std::vector<ReportRun> runs;  ///< one or two
 };
 
-/// Told before every line what is being read; may throw.
+/// Called before every line with the reader of its file; may throw.
 using ReportProgress = std::function<void(const LineReader&)>;
 
-/// Reads everything and packs it.
+/// Reads the files and packs their contents.
 ///
 /// @param inputs the files
-/// @param provenance judges whether they belong together
-/// @param progress told how far it is
-/// @return what the page shows
-/// @throw InputError what is wrong with a file, or which of them do not belong together
+/// @param provenance checks whether the files belong together
+/// @param progress called with the progress
+/// @return the data of the page
+/// @throw InputError the fault of a file, or which files do not belong together
 Json reportData(const ReportInputs& inputs, const Provenance& provenance,
                 const ReportProgress& progress);
 
 /// @param data any JSON
-/// @return its text, which can stand inside any HTML element: ASCII without <, > and &
+/// @return its text, safe inside any HTML element: ASCII without <, > and &
 std::string embeddable(const Json& data);
 
 }  // namespace Workbench

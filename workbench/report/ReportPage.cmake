@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # The page of `veskar report`: bundled by Node.js into one HTML file, which is compiled in. Whether
-# that can be done is settled here, so that the build needs no network and the tests fit.
+# this is possible is decided at configuration time, so that the build needs no network and the
+# matching tests are defined.
 include("${CMAKE_CURRENT_LIST_DIR}/FetchBundler.cmake")
 set(page_source "${CMAKE_CURRENT_SOURCE_DIR}/report")
 set(page_directory "${CMAKE_CURRENT_BINARY_DIR}/report-page")
@@ -11,8 +12,8 @@ find_program(VESKAR_NODE node NO_CMAKE_FIND_ROOT_PATH)
 find_program(VESKAR_NPM npm NO_CMAKE_FIND_ROOT_PATH)
 mark_as_advanced(VESKAR_NODE VESKAR_NPM)
 
-# A registry that cannot be reached is asked again only where the page is demanded, not whenever
-# something is configured.
+# After a failure the registry is tried again only when the page is required, not at every
+# configuration.
 file(SHA256 "${page_source}/package-lock.json" page_lock)
 set(without_page "this program was built without the page of the report")
 set(page_missing "")
@@ -35,7 +36,7 @@ configure with -DVESKAR_REPORT=ON and build again")
   endif()
   set(VESKAR_REPORT_REFUSED "${refused}" CACHE INTERNAL "Lock file that npm could not fetch")
 endif()
-# Scripts read the reason, tests whether there is one.
+# Read by scripts and tests.
 set(VESKAR_REPORT_MISSING "${page_missing}" CACHE INTERNAL "Why the report has no page")
 
 if(page_missing)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How finely a report keeps its numbers: finer than a screen shows them, coarser than a file.
+// Resolution of the numbers in a report: finer than a screen shows, coarser than in files.
 #pragma once
 
 #include "report/Column.h"
@@ -20,14 +20,14 @@ constexpr double twentieths = 0.05;
 constexpr double ratio = 0.001;
 
 /// @param seconds a coasting time
-/// @return the same in whole tenths, rounded down: below a tenth the sensor is as good as seeing
+/// @return the same rounded down to whole tenths: shorter coasting is not distinguished from 0
 inline double wholeTenths(double seconds) {
     return tenths * std::floor(seconds / tenths + 1e-6);
 }
 
 /// @param times s
 /// @param start time 0 of the report, s
-/// @return the times as the page gets them
+/// @return the encoded times
 Json timeColumn(const std::vector<double>& times, double start);
 
 }  // namespace Workbench

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A fusion run against the truth, for the page.
+// The evaluation of a fusion run against the truth, for the page.
 #pragma once
 
 #include "evaluate/Evaluation.h"
@@ -9,7 +9,7 @@
 
 namespace Workbench {
 
-/// Judges a run as `veskar evaluate` does by default, see docs/judgement.md.
+/// Evaluates a run as `veskar evaluate` does by default, see docs/judgement.md.
 class RunJudgement {
 public:
     /// @param installation the header of the recording
@@ -23,9 +23,8 @@ public:
 
     /// @param start time 0 of the report, s
     /// @return {"cutoff": m, "moments": n, "time": column of n, "gospa": column of n, "matches":
-    /// see
-    ///         TrackTable (its tracks are true objects, its column the system track of each),
-    ///         "parts": the figures}; null when nothing was judged
+    ///         see TrackTable (its tracks are true objects, its column the system track of each),
+    ///         "parts": the metrics}; null when nothing was evaluated
     Json json(double start) const;
 
 private:
@@ -33,7 +32,7 @@ private:
 
     RecordingHeader header_;
     EvaluationOptions options_;
-    std::optional<Evaluation> evaluation_;  ///< when the recording states truth
+    std::optional<Evaluation> evaluation_;  ///< set when the recording has truth
 };
 
 }  // namespace Workbench

@@ -16,7 +16,7 @@ namespace {
 
 constexpr double nothing = std::numeric_limits<double>::quiet_NaN();
 
-/// The ellipse of one standard deviation.
+/// The covariance ellipse of one standard deviation.
 struct Ellipse {
     double major = nothing;  ///< half-axis, m
     double minor = nothing;  ///< half-axis, m
@@ -76,8 +76,8 @@ void RunTable::add(const FusedFrame& frame) {
     tracks_.beginFrame();
     sensors_.beginFrame();
     for (const FusedTrack& track : frame.tracks) {
-        // What follows from other columns is left out: the range from the position, the velocity
-        // from speed and direction.
+        // Derivable values are left out: the range follows from the position, the velocity from
+        // speed and direction.
         Eigen::Vector2d position(nothing, nothing);
         Ellipse ellipse;
         if (track.ground) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a fusion run made of a recording, for drawing.
+// The results of a fusion run, for drawing.
 #pragma once
 
 #include <veskar-host/FusedFrame.h>
@@ -10,7 +10,7 @@
 
 namespace Workbench {
 
-/// The system tracks of a run over time, and what feeds them.
+/// The system tracks of a run over time, with their sensor tracks.
 class RunTable {
 public:
     /// @param vocabulary receives classes and colours; must outlive this
@@ -20,8 +20,8 @@ public:
     void add(const FusedFrame& frame);
     /// @param start time 0 of the report, s
     /// @return {"time": column, "received": column, "source": column (0 video, 1 radar), "tracks":
-    ///         see TrackTable, "sensors": see TrackTable, a track of it is a sensor track behind a
-    ///         system track}
+    ///         see TrackTable, "sensors": see TrackTable, with a track for each pair of system
+    ///         track and sensor track}
     Json json(double start) const;
 
 private:
@@ -33,7 +33,7 @@ private:
     TrackTable sensors_;
 };
 
-/// How the page names a source.
+/// The number of a source in the page.
 /// @param source VideoObject or Radar
 /// @return 0 for video, 1 for radar
 constexpr std::int32_t sourceNumber(Veskar::Source source) {

@@ -10,7 +10,7 @@
 namespace Workbench {
 namespace {
 
-/// Metres to a centimetre and image positions to 1e-4: text that is short.
+/// Rounded to 1/steps, which keeps the text short: a centimetre, or 1e-4 of the image plane.
 Json pointOf(const Eigen::Vector2d& point, double steps) {
     return Json{std::nearbyint(point[0] * steps) / steps, std::nearbyint(point[1] * steps) / steps};
 }
@@ -23,7 +23,7 @@ bool seesGround(const Projection& camera, const Eigen::Vector2d& point) {
     return camera.sees({point[0], point[1], 0.0});
 }
 
-/// The distance between a point that is seen and one that is not where that changes, to a
+/// The distance at which visibility changes between a visible and an invisible point, to a
 /// centimetre.
 double borderBetween(const Projection& camera, const Eigen::Vector2d& origin, double azimuth,
                      double seen, double unseen) {
@@ -34,7 +34,8 @@ double borderBetween(const Projection& camera, const Eigen::Vector2d& origin, do
     return seen;
 }
 
-/// Walks outward in each direction: the nearest and the farthest visible ground make the polygon.
+/// Searches outward in each direction: the nearest and the farthest visible points form the
+/// polygon.
 Json footprint(const Projection& camera, double maximumRange) {
     const Eigen::Vector2d origin = camera.origin().head<2>();
     constexpr int steps = 60;
@@ -47,7 +48,7 @@ Json footprint(const Projection& camera, double maximumRange) {
         double before = 0.0;
         bool wasSeen = false;
         for (int i = 1; i <= steps; ++i) {
-            // Finer nearby, where the lower edge of the image lies.
+            // Finer at short distance, where the lower edge of the image is.
             const double share = static_cast<double>(i) / steps;
             const double distance = maximumRange * share * share;
             const bool isSeen = seesGround(camera, polar(origin, azimuth, distance));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What of the ground the sensors see, for drawing.
+// The sensors' coverage of the ground, for drawing.
 #pragma once
 
 #include <veskar-host/Projection.h>
@@ -20,8 +20,8 @@ std::vector<double> ringDistances(double maximumRange);
 ///  "camera": {"position": [x, y], "footprint": [[x, y], ...]},
 ///  "radar": {"position": [x, y], "yaw": degrees to the left, "fieldOfView": degrees, "range": m},
 ///  "rings": [{"distance": m, "image": [[u, v], ...]}, ...]}
-/// The footprint is the polygon of the ground that the camera sees out to the radar's range; the
-/// rings' image positions are those of the ground at that distance inside the image.
+/// The footprint is the polygon of the ground that the camera sees, up to the radar's range; the
+/// rings' image positions are those of ground points at that distance inside the image.
 ///
 /// @param camera the camera
 /// @param setup the camera's description

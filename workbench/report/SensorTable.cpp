@@ -13,7 +13,7 @@ namespace {
 
 constexpr double nothing = std::numeric_limits<double>::quiet_NaN();
 
-/// The box that the sensor itself reported.
+/// The box as the sensor reported it.
 ImageBox boxOf(const Report& report) {
     const ImageBox none{nothing, nothing, nothing, nothing};
     if (const auto* video = std::get_if<VideoReport>(&report)) {
@@ -56,12 +56,12 @@ void SensorTable::add(const SensorFrame& frame) {
         const Eigen::Vector2d position =
             track.ground ? track.ground->position : Eigen::Vector2d(nothing, nothing);
         const ImageBox box = boxOf(frame.tracks[i]);
-        // What follows from other columns is left out: a video report stands on the middle of its
-        // box's lower edge, and the range belongs to the position.
+        // Derivable values are left out: the image position of a video report is the middle of its
+        // box's lower edge, and the range follows from the position.
         const bool standsOnItsBox = std::holds_alternative<VideoReport>(frame.tracks[i]);
         const Eigen::Vector2d place =
             standsOnItsBox ? Eigen::Vector2d(nothing, nothing) : track.image;
-        // A camera's velocity on the ground says little; only the radar's is shown.
+        // The ground velocity from a camera is too inaccurate; only the radar's is shown.
         const bool isRadar = frame.source == Veskar::Radar;
         const Label& label = track.labels.objectClass;
         table_.add({base.id},

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What one sensor reported, for drawing.
+// The reports of one sensor, for drawing.
 #pragma once
 
 #include <veskar-host/HostAdapter.h>
@@ -10,8 +10,8 @@
 
 namespace Workbench {
 
-/// The tracks of a sensor over time. Each is read as if it were a system track with this sensor
-/// alone, so that sensors and fusion stand in one picture.
+/// The tracks of a sensor over time, converted like system tracks with this sensor alone, so that
+/// sensors and fusion can be drawn in one view.
 class SensorTable {
 public:
     /// @param hostAdapter converts reports; must outlive this

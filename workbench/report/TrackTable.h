@@ -12,22 +12,22 @@
 
 namespace Workbench {
 
-/// What a column of a table holds.
+/// The name and resolution of a column.
 struct ColumnKind {
-    const char* name;  ///< for the page
+    const char* name;  ///< name in the page's data
     double step;       ///< resolution, in the unit of the numbers
 };
 
-/// Rows of numbers that arrive frame by frame and are kept track by track, because a track differs
-/// little from itself a moment before.
+/// Rows of numbers that arrive frame by frame and are stored track by track, because a track
+/// changes little between frames.
 ///
 /// The page gets {"frames": n, "tracks": m, "rows": k, "keys": {name: column of m}, "counts":
 /// column of m (rows of each track), "skipped": column of k, "columns": {name: column of k, ...}}.
-/// "skipped" is the number of frames without the track before each of its rows: all zeros, as a
-/// rule, but for the first row.
+/// "skipped" is the number of frames without the track before each of its rows, usually 0 for all
+/// but the first.
 class TrackTable {
 public:
-    /// What tells tracks apart; as many numbers as the table has names for them.
+    /// Identifies a track; as many numbers as the table has names of keys.
     using Key = std::vector<std::int32_t>;
 
     /// @param keys names of the numbers of a key
@@ -36,12 +36,12 @@ public:
 
     /// The rows that follow belong to a new frame.
     void beginFrame() { ++frames_; }
-    /// @param key which track
-    /// @param values one for each column; not finite: missing
+    /// @param key key of the track
+    /// @param values one for each column; missing if not finite
     void add(const Key& key, const std::vector<double>& values);
-    /// @return frames so far
+    /// @return number of frames so far
     std::int32_t frameCount() const { return frames_; }
-    /// @return the table as the page gets it
+    /// @return the encoded table
     Json json() const;
 
 private:
@@ -50,8 +50,8 @@ private:
     std::vector<const char*> keyNames_;
     std::vector<ColumnKind> kinds_;
     struct Track {
-        std::int32_t nextFrame = 0;      ///< after its last row
-        std::vector<std::int32_t> rows;  ///< each: frames skipped, then the values in steps
+        std::int32_t nextFrame = 0;      ///< frame after its last row
+        std::vector<std::int32_t> rows;  ///< each row: frames skipped, then the values in steps
     };
 
     std::map<Key, Track> tracks_;

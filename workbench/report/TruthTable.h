@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What really was there, for drawing.
+// The true objects, for drawing.
 #pragma once
 
 #include <veskar-host/Projection.h>
@@ -11,7 +11,7 @@
 namespace Workbench {
 
 /// @param frames the truth of a recording
-/// @param camera for the places in the image
+/// @param camera for the image positions
 /// @param words receives the classes
 /// @param start time 0 of the report, s
 /// @return {"time": column, "table": see TrackTable}

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Words by number.
+// Numbers words, so that columns can refer to them.
 #pragma once
 
 #include <limits>
@@ -9,11 +9,11 @@
 
 namespace Workbench {
 
-/// The words of a report, each kept once. Columns hold their numbers.
+/// The words of a report, each stored once; columns contain their numbers.
 class Words {
 public:
     /// @param word any text
-    /// @return its number; for "unknown" and no text at all: not a number
+    /// @return its number; NaN for "unknown" and for empty text
     double numberOf(const std::string& word) {
         if (word.empty() || word == "unknown") {
             return std::numeric_limits<double>::quiet_NaN();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Bundles the page into one HTML file: node build.mjs OUTPUT
-// The policy in the page lets run what is in the bundle and nothing else.
+// The page's content security policy permits only what is in the bundle.
 import { createHash } from 'node:crypto';
 import { readFileSync, writeFileSync } from 'node:fs';
 import { build } from 'esbuild';
@@ -40,7 +40,7 @@ const policy = [
   "require-trusted-types-for 'script'",
 ].join('; ');
 
-// Functions, so that no $ in the bundle is taken for a pattern.
+// Functions as replacement, so that $ in the bundle is not interpreted.
 const page = readFileSync('src/index.html', 'utf8')
   .replace('@policy@', () => policy)
   .replace('@style@', () => style)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// One browser after the other: two cores are quickly busy.
+// One browser at a time, to limit the load.
 import { defineConfig } from 'vitest/config';
 
 export default defineConfig({

@@ -19,7 +19,7 @@ namespace {
 
 constexpr double infinite = std::numeric_limits<double>::infinity();
 constexpr double tiny = 1e-6;
-/// Way points and areas below these extents (m) are no way to go, but work without end.
+/// Smaller steps and areas (m) are rejected: they would take a huge number of legs.
 constexpr double shortestStep = 1e-3;
 constexpr double smallestArea = 0.1;
 constexpr std::size_t mostObjects = 10000;
@@ -52,7 +52,7 @@ Mounting readMountingError(const Fields& fields) {
     return error;
 }
 
-// The keys that both sensors have, and one sensor's own.
+// The keys that both sensors have, and those of one sensor.
 std::vector<std::string_view> sensorKeys(std::initializer_list<std::string_view> own) {
     std::vector<std::string_view> keys = {"rate",          "phase",          "latency",
                                           "jitter",        "timestampError", "detectionProbability",
@@ -149,7 +149,7 @@ void readPath(const Fields& fields, ObjectTraits& object) {
         object.path.emplace_back(path[i][0].get<double>(), path[i][1].get<double>());
     }
     for (std::size_t i = 0; i < path.size(); ++i) {
-        // A loop goes on from the last point to the first.
+        // A loop continues from the last point to the first.
         const std::size_t next = (i + 1) % path.size();
         const double step = (object.path[next] - object.path[i]).norm();
         const bool isStep = next != 0 || object.mode == PathMode::Loop;

@@ -16,12 +16,12 @@ namespace Workbench {
 /// How an object follows its way points.
 enum class PathMode {
     Once,          ///< appears at the first, disappears at the last
-    Loop,          ///< goes on from the last to the first
-    BackAndForth,  ///< turns round at both ends
-    Wander         ///< way points are drawn at random inside an area
+    Loop,          ///< continues from the last to the first
+    BackAndForth,  ///< reverses at both ends
+    Wander         ///< way points are drawn at random within an area
 };
 
-/// One object, or a crowd of alike ones that wander.
+/// An object, or a crowd of similar objects that wander.
 struct ObjectTraits {
     std::string className = "human";        ///< see Vocabulary.h
     Eigen::Vector3d size{0.5, 0.5, 1.75};   ///< length, width, height, m
@@ -32,39 +32,39 @@ struct ObjectTraits {
     Eigen::Vector2d areaMaximum{0.0, 0.0};  ///< opposite corner
     double minimumSpeed = 1.4;              ///< m/s
     double maximumSpeed = 1.4;              ///< m/s
-    double start = 0.0;                     ///< when it sets out, s
-    double pause = 0.0;                     ///< rest at every way point, s
+    double start = 0.0;                     ///< when it starts moving, s
+    double pause = 0.0;                     ///< waiting time at each way point, s
     int count = 1;                          ///< of a crowd
 };
 
-/// An interval in which a sensor is dead.
+/// An interval in which a sensor sends no frames.
 struct Outage {
     double from = 0.0;  ///< s
     double to = 0.0;    ///< s
 };
 
-/// Something that a sensor takes for an object again and again.
+/// A place where a sensor repeatedly detects a false object.
 struct PersistentFalse {
     Eigen::Vector2d position{0.0, 0.0};                   ///< device frame, m
     double probability = 0.5;                             ///< of being detected in a frame
     double wander = 0.3;                                  ///< std of its slow movement, m
-    std::string className = "human";                      ///< what video takes it for
+    std::string className = "human";                      ///< class that video reports
     double from = 0.0;                                    ///< s
     double to = std::numeric_limits<double>::infinity();  ///< s
 };
 
-/// What both sensors have.
+/// The properties that both sensors have.
 struct SensorTraits {
     double rate = 10.0;                  ///< frames per second
     double phase = 0.0;                  ///< time of the first frame, s
     double latency = 0.05;               ///< from measurement to arrival, s
     double jitter = 0.005;               ///< std of the latency, s
     double timestampError = 0.0;         ///< added to the time stamps, s
-    double detectionProbability = 0.95;  ///< of an object in plain view
+    double detectionProbability = 0.95;  ///< of an unobstructed object
     double maximumRange = 150.0;         ///< m
     double falseAlarms = 0.02;           ///< expected per frame
     double bursts = 0.0;                 ///< short-lived false objects, expected per minute
-    double burstDuration = 0.8;          ///< how long one lives, s
+    double burstDuration = 0.8;          ///< lifetime of a burst, s
     double idChurn = 0.0;                ///< id changes per track and minute
     bool emptyFrames = true;             ///< whether frames without tracks are sent
     Mounting mountingError;              ///< true pose minus stated pose
@@ -79,18 +79,18 @@ struct VideoTraits : SensorTraits {
     double footStd = 0.05;           ///< slow error of the foot point, fraction of the box height
     double footTime = 1.5;           ///< its correlation time, s
     double classConfusion = 0.02;    ///< probability of a wrong class in a frame
-    double occlusionLimit = 0.6;     ///< covered fraction from which an object is not seen
+    double occlusionLimit = 0.6;     ///< covered fraction from which an object is not detected
 };
 
 /// The radar.
 struct RadarTraits : SensorTraits {
     double rangeStd = 0.3;           ///< m
     double azimuthStd = 1.0;         ///< degrees
-    double reflectionStd = 0.4;      ///< slow wandering over the object, fraction of half its size
+    double reflectionStd = 0.4;      ///< of the reflection point, fraction of half the size
     double reflectionTime = 1.0;     ///< its correlation time, s
     double rangeResolution = 1.0;    ///< closer objects merge, m
     double azimuthResolution = 5.0;  ///< closer objects merge, degrees
-    double hiddenFactor = 0.5;       ///< of the detection probability behind another object
+    double hiddenFactor = 0.5;       ///< factor of the detection probability behind another object
 };
 
 /// A scene.
@@ -100,7 +100,7 @@ struct Scenario {
     double duration = 60.0;    ///< s
     CameraSetup camera;        ///< as stated to the fusion
     RadarSetup radar;          ///< as stated to the fusion
-    std::optional<Site> site;  ///< where it plays
+    std::optional<Site> site;  ///< geographic position of the scene
     VideoTraits video;
     RadarTraits radarSensor;
     std::vector<ObjectTraits> objects;
@@ -108,12 +108,12 @@ struct Scenario {
 
 /// @param path a scenario file, or "-"
 /// @return the scenario
-/// @throw InputError what is wrong, starting with the file
+/// @throw InputError the fault, starting with the file
 Scenario readScenario(const std::string& path);
 
 /// @param json the document
 /// @return the scenario
-/// @throw InputError what is wrong
+/// @throw InputError the fault
 Scenario scenarioOf(const nlohmann::json& json);
 
 }  // namespace Workbench

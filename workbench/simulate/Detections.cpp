@@ -15,7 +15,7 @@ FalseObjects::FalseObjects(const SensorTraits& traits, const Eigen::Vector2d& or
       wander_(traits.persistent.size()) {}
 
 Eigen::Vector2d FalseObjects::somewhere(Random& random) const {
-    // Uniform over the ground in view: the square root makes far rings as dense as near ones.
+    // Uniform over the ground area in view, therefore the square root.
     const double distance = std::sqrt(random.uniform()) * traits_.maximumRange;
     const double angle = bearing_ + random.uniform(-halfAngle_, halfAngle_);
     return origin_ + distance * Eigen::Vector2d(std::cos(angle), std::sin(angle));
@@ -25,7 +25,7 @@ std::vector<FalseObject> FalseObjects::at(double time, double dt, Random& random
     std::vector<FalseObject> shown;
     for (std::size_t i = 0; i < traits_.persistent.size(); ++i) {
         const PersistentFalse& source = traits_.persistent[i];
-        // One draw per statement: compilers evaluate arguments in an order of their own.
+        // One draw per statement, because the evaluation order of arguments is unspecified.
         const double aside = wander_[i][1].step(random, dt, source.wander, 2.0);
         const double ahead = wander_[i][0].step(random, dt, source.wander, 2.0);
         const Eigen::Vector2d shift(ahead, aside);

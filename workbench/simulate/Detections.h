@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What both simulated sensors share: faults that come and go, and id churn.
+// Faults that both simulated sensors share: outages, false objects and id changes.
 #pragma once
 
 #include "scenario/Scenario.h"
@@ -13,18 +13,18 @@
 
 namespace Workbench {
 
-/// A place where a sensor sees something that is not there.
+/// A place where a sensor detects an object that does not exist.
 struct FalseObject {
     Eigen::Vector2d position;  ///< device frame, m
-    std::string className;     ///< what video takes it for
+    std::string className;     ///< class that video reports
 };
 
-/// The false objects of one sensor: persistent ones at their places and bursts that live shortly.
+/// The false objects of one sensor: persistent ones and short-lived bursts.
 class FalseObjects {
 public:
     /// @param traits the sensor; must outlive this
-    /// @param origin where the sensor stands, device frame, m
-    /// @param bearing where it looks, radians to the left of forward
+    /// @param origin position of the sensor, device frame, m
+    /// @param bearing viewing direction, radians to the left of forward
     /// @param halfAngle half its field of view, radians
     FalseObjects(const SensorTraits& traits, const Eigen::Vector2d& origin, double bearing,
                  double halfAngle);
@@ -32,7 +32,7 @@ public:
     /// @param time seconds
     /// @param dt seconds since the frame before
     /// @param random source of randomness
-    /// @return the false objects that this frame shows
+    /// @return the false objects of this frame
     std::vector<FalseObject> at(double time, double dt, Random& random);
 
 private:
@@ -52,10 +52,10 @@ private:
 
 /// @param traits the sensor
 /// @param time seconds
-/// @return whether the sensor is dead
+/// @return whether the sensor sends no frames
 bool isOut(const SensorTraits& traits, double time);
 
-/// Renumbers tracks at random.
+/// Changes track ids at random.
 /// @param tracker the sensor's tracker
 /// @param traits the sensor
 /// @param dt seconds since the frame before
@@ -63,7 +63,7 @@ bool isOut(const SensorTraits& traits, double time);
 void churnIds(PlanarTracker& tracker, const SensorTraits& traits, double dt, Random& random);
 
 /// @param stated a pose
-/// @param error what is to be added to it
+/// @param error added to it
 /// @return the true pose
 Mounting truePose(const Mounting& stated, const Mounting& error);
 

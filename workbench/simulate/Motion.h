@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Where the objects of a scene are.
+// The motion of the objects of a scene.
 #pragma once
 
 #include "scenario/Scenario.h"
@@ -13,10 +13,10 @@
 
 namespace Workbench {
 
-/// An object at one moment.
+/// The state of an object at one time.
 struct ObjectState {
     std::int32_t id = 0;                   ///< unique in the scene
-    const ObjectTraits* traits = nullptr;  ///< what it is
+    const ObjectTraits* traits = nullptr;  ///< its kind
     Eigen::Vector2d centre{0.0, 0.0};      ///< centre of the footprint, device frame, m
     Eigen::Vector2d velocity{0.0, 0.0};
     double heading = 0.0;  ///< of its long side, radians to the left of forward
@@ -29,15 +29,15 @@ struct ObjectState {
     Eigen::Vector2d nearestPoint() const;
 };
 
-/// The objects of a scenario as time goes on.
+/// The objects of a scenario over time.
 class Motion {
 public:
     /// @param scenario must outlive this
-    /// @param seed draws the crowds' ways
+    /// @param seed seed for the ways of crowds
     Motion(const Scenario& scenario, std::uint64_t seed);
 
     /// @param time seconds, not before that of the last call
-    /// @return the objects that are there, by ascending id
+    /// @return the objects that exist then, by ascending id
     std::vector<ObjectState> at(double time);
 
 private:

@@ -38,7 +38,7 @@ std::optional<RadarDetection> RadarSensor::measure(const Eigen::Vector2d& ground
 }
 
 std::optional<RadarDetection> RadarSensor::reflect(const ObjectState& object, double dt) {
-    // The reflection wanders around the near point and stays on the object.
+    // The reflection point varies around the nearest point and stays on the object.
     auto& wander = reflectionPoints_[object.id];
     const Eigen::Vector2d half = 0.5 * object.traits->size.head<2>();
     const double along =
@@ -69,7 +69,7 @@ bool RadarSensor::isHidden(const ObjectState& object,
 }
 
 std::vector<RadarDetection> RadarSensor::resolve(std::vector<RadarDetection> reflections) const {
-    // Reflections in one resolution cell come out as one, in their middle.
+    // Reflections in one resolution cell merge into one at their mean.
     std::vector<RadarDetection> resolved;
     while (!reflections.empty()) {
         RadarDetection sum{0.0, 0.0, 0.0};

@@ -17,8 +17,8 @@
 
 namespace Workbench {
 
-/// Measures range and azimuth of a reflection point that wanders over each object, cannot tell
-/// apart what is close together, and tracks what it detects.
+/// Measures range and azimuth of a reflection point that varies slowly over each object, merges
+/// close objects, and tracks its detections.
 class RadarSensor {
 public:
     /// @param scenario must outlive this
@@ -26,13 +26,13 @@ public:
     RadarSensor(const Scenario& scenario, std::uint64_t seed);
 
     /// @param time seconds
-    /// @param objects where the objects are
+    /// @param objects the objects at that time
     /// @return the radar's tracks
     std::vector<Report> look(double time, const std::vector<ObjectState>& objects);
 
     /// @param ground device frame, m
     /// @param velocity of the point, m/s
-    /// @return how a point on the ground appears to the radar; nothing outside its field of view
+    /// @return the detection of a point on the ground; nothing outside the field of view
     std::optional<RadarDetection> measure(const Eigen::Vector2d& ground,
                                           const Eigen::Vector2d& velocity) const;
 
@@ -42,7 +42,7 @@ private:
     std::vector<RadarDetection> resolve(std::vector<RadarDetection> reflections) const;
 
     const RadarTraits& traits_;
-    Eigen::Vector3d position_;    ///< as it is really mounted
+    Eigen::Vector3d position_;    ///< true position, device frame, m
     Eigen::Matrix3d fromDevice_;  ///< rotation into the radar's frame
     double halfAngle_;            ///< of the field of view, degrees
     Random random_;

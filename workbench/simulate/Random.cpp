@@ -6,7 +6,7 @@
 namespace Workbench {
 namespace {
 
-// FNV-1a of the stream's name over the seed, stirred as in splitmix64.
+// FNV-1a over the stream's name and the seed, with the mixing step of splitmix64.
 std::uint64_t seedOf(std::uint64_t seed, std::string_view stream) {
     std::uint64_t hash = 14695981039346656037ULL ^ seed;
     for (const char c : stream) {

@@ -8,13 +8,14 @@
 
 namespace Workbench {
 
-/// A stream of random numbers. The generator is std::mt19937_64, whose output the language fixes;
-/// the distributions are written out here, because those of the standard library are not fixed.
+/// A stream of random numbers. The generator is std::mt19937_64, whose output the language
+/// specifies; the distributions are implemented here, because the results of those of the standard
+/// library are unspecified.
 class Random {
 public:
     /// @param seed seed of the whole run
-    /// @param stream name of this stream: streams of one run are independent, and a new one leaves
-    ///               the others as they were
+    /// @param stream name of this stream: streams of one run are independent, and adding one does
+    ///               not change the others
     Random(std::uint64_t seed, std::string_view stream);
 
     /// @return uniform in [0, 1)
@@ -25,8 +26,8 @@ public:
     double uniform(double least, double most);
     /// @return standard normal
     double normal();
-    /// @param probability of true
-    /// @return a coin toss
+    /// @param probability probability of true
+    /// @return true or false at random
     bool chance(double probability);
     /// @param mean expected count, at most a few hundred
     /// @return Poisson count
@@ -38,7 +39,7 @@ private:
     bool hasSpare_ = false;
 };
 
-/// A first-order Gauss-Markov process: an error that wanders instead of jumping.
+/// A first-order Gauss-Markov process: an error that varies slowly.
 class GaussMarkov {
 public:
     /// @param random source of randomness

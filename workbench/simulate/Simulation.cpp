@@ -45,7 +45,7 @@ void Simulation::look(Schedule& schedule, Sensor& sensor) {
     ++schedule.frame;
     const double delay = std::max(
         0.0, schedule.traits->latency + schedule.traits->jitter * schedule.random.normal());
-    // A dead sensor misses the frame; its tracker finds out by the gap in time.
+    // During an outage the frame is missing; the sensor's tracker sees only the gap in time.
     if (isOut(*schedule.traits, time)) {
         return;
     }

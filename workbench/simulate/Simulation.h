@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Plays a scenario and writes down what the sensors report.
+// Simulates a scenario and records the reports of its sensors.
 #pragma once
 
 #include "recording/Recording.h"
@@ -16,24 +16,24 @@
 
 namespace Workbench {
 
-/// One run of a scenario. The same scenario and seed give the same recording, byte for byte.
+/// One run of a scenario. The same scenario and seed give identical recordings.
 class Simulation {
 public:
     /// @param scenario must outlive this
-    /// @param seed seed of everything that is drawn
+    /// @param seed seed of all random numbers
     Simulation(const Scenario& scenario, std::uint64_t seed);
 
     /// @return the header of the recording
     RecordingHeader header() const;
 
-    /// Plays the scenario.
-    /// @param write receives the lines in the order in which a host would receive them
+    /// Runs the simulation.
+    /// @param write receives the lines in the order of their arrival
     /// @param progress receives the simulated time after each frame, s
     void run(const std::function<void(const RecordingLine&)>& write,
              const std::function<void(double)>& progress);
 
 private:
-    // When a sensor looks next and when its last frame arrived.
+    // When the next frame of a sensor is due and when its last one arrived.
     struct Schedule {
         const SensorTraits* traits;
         Veskar::Source source;
@@ -54,7 +54,7 @@ private:
     Projection statedCamera_;
     VideoSensor video_;
     RadarSensor radar_;
-    // On their way to the host, by arrival; equal arrivals in the order of their making.
+    // Frames on their way to the host, by time of arrival; equal times in the order of creation.
     std::multimap<double, RecordingLine> underway_;
 };
 

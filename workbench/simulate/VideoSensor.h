@@ -17,8 +17,8 @@
 
 namespace Workbench {
 
-/// Sees objects as boxes, with occlusion, limited resolution, noise and a foot point that wanders,
-/// and tracks what it detects.
+/// Detects objects as boxes, with occlusion, limited resolution, noise and a slowly varying foot
+/// point error, and tracks its detections.
 class VideoSensor {
 public:
     /// @param scenario must outlive this
@@ -26,7 +26,7 @@ public:
     VideoSensor(const Scenario& scenario, std::uint64_t seed);
 
     /// @param time seconds
-    /// @param objects where the objects are
+    /// @param objects the objects at that time
     /// @return the analytics' tracks
     std::vector<Report> look(double time, const std::vector<ObjectState>& objects);
 
@@ -49,7 +49,7 @@ private:
     Label classOf(const ObjectTraits& object);
 
     const VideoTraits& traits_;
-    Projection camera_;  ///< as it is really mounted
+    Projection camera_;  ///< with its true pose
     Random random_;
     FalseObjects falseObjects_;
     VideoTracker tracker_;

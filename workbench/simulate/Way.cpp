@@ -12,7 +12,7 @@ Way::Way(const ObjectTraits& traits, double duration, const Random& random)
     hasLeg_ = nextLeg();
 }
 
-// False when the way has ended.
+// Returns false when the way has ended.
 bool Way::nextPoint() {
     if (traits_->mode == PathMode::Wander) {
         const double x = random_.uniform(traits_->areaMinimum[0], traits_->areaMaximum[0]);
@@ -37,7 +37,7 @@ void Way::rest(double until) {
     rests_ = false;
 }
 
-// False when the way, or the scenario, has ended.
+// Returns false when the way, or the scenario, has ended.
 bool Way::nextLeg() {
     if (rests_) {
         rest(leg_.to + traits_->pause);
@@ -57,7 +57,7 @@ bool Way::nextLeg() {
     } else if (traits_->pause > 0.0) {
         rest(leg_.to + traits_->pause);
     } else {
-        // A way that stands still for good: all its way points are the same.
+        // All way points are equal: the object stands still until the end.
         rest(duration_ + 1.0);
     }
     return true;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The way of one object.
+// The way of an object.
 #pragma once
 
 #include "scenario/Scenario.h"
@@ -20,8 +20,8 @@ struct Leg {
     double heading = 0.0;                ///< radians to the left of forward
 };
 
-/// The legs of an object one after another, without gaps in time. Only the current one is kept: a
-/// way may have any number of them.
+/// The legs of an object's way in order, without gaps in time. Only the current one is stored,
+/// since their number is unlimited.
 class Way {
 public:
     /// @param traits must outlive this
@@ -30,7 +30,7 @@ public:
     Way(const ObjectTraits& traits, double duration, const Random& random);
 
     /// @param time not before that of the last call, s
-    /// @return the leg at that time; null before the object sets out and after its way has ended
+    /// @return the leg at that time; null before the object starts and after its way has ended
     const Leg* at(double time);
 
 private:
@@ -41,10 +41,10 @@ private:
     const ObjectTraits* traits_;
     double duration_;
     Random random_;
-    std::size_t visited_ = 0;  ///< way points of the path
+    std::size_t visited_ = 0;  ///< number of way points reached
     Eigen::Vector2d point_{0.0, 0.0};
     Leg leg_;
-    bool rests_ = false;  ///< at the end of this leg
+    bool rests_ = false;  ///< whether a pause follows this leg
     bool hasLeg_ = false;
 };
 

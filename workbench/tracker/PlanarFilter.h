@@ -12,13 +12,13 @@ class PlanarFilter {
 public:
     /// @param position first measured position
     /// @param covariance of @p position
-    /// @param velocity what is known of the velocity at first
+    /// @param velocity initial velocity estimate
     /// @param velocityCovariance of @p velocity
     PlanarFilter(const Eigen::Vector2d& position, const Eigen::Matrix2d& covariance,
                  const Eigen::Vector2d& velocity, const Eigen::Matrix2d& velocityCovariance);
 
     /// @param dt seconds
-    /// @param accelerationStd white acceleration per axis
+    /// @param accelerationStd standard deviation of the white acceleration per axis
     void predict(double dt, double accelerationStd);
     /// @param position a measured position
     /// @param noise its covariance

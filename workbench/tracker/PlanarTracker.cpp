@@ -18,8 +18,8 @@ struct Candidate {
     double cost;
 };
 
-// Splits the candidates into groups that share no track and no detection: small problems instead
-// of one large one, which also keeps each below the solver's limit.
+// Splits the candidates into groups that share no track and no detection. Several small assignment
+// problems are faster than a large one and stay below the solver's limit.
 class Groups {
 public:
     explicit Groups(std::size_t size) : parent_(size) {

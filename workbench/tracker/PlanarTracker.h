@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The tracker inside a sensor: from detections without identity to tracks.
+// The tracker within a simulated or emulated sensor: from detections to tracks.
 #pragma once
 
 #include "tracker/PlanarFilter.h"
@@ -18,18 +18,18 @@ namespace Workbench {
 struct PlanarDetection {
     Eigen::Vector2d position;    ///< in the plane
     Eigen::Matrix2d covariance;  ///< of `position`
-    /// What the sensor measured of the velocity (a radar's Doppler), to start a track with.
+    /// Measured velocity (a radar's Doppler), used to initialise a track.
     struct Velocity {
         Eigen::Vector2d value;       ///< in the plane, per second
-        Eigen::Matrix2d covariance;  ///< of `value`; wide where nothing was measured
+        Eigen::Matrix2d covariance;  ///< of `value`; large where nothing was measured
     };
     std::optional<Velocity> velocity;
 };
 
-/// What a tracker is tuned by.
+/// Tuning of a tracker.
 struct TrackerParameters {
     double accelerationStd = 1.0;     ///< process noise, plane units per s^2
-    double initialVelocityStd = 3.0;  ///< before anything is known, plane units per s
+    double initialVelocityStd = 3.0;  ///< initial uncertainty, plane units per s
     double squaredGate = 11.8;        ///< on the squared Mahalanobis distance (99.7 % of 2 dof)
     int confirmationHits = 3;         ///< detections that confirm a track
     double tentativeCoasting = 0.25;  ///< s without detection that end a tentative track
@@ -39,23 +39,23 @@ struct TrackerParameters {
 /// A track of the tracker.
 struct PlanarTrack {
     std::int32_t id;                       ///< unique over the life of the tracker
-    std::int32_t firstId;                  ///< the id it began with; stays when `id` changes
+    std::int32_t firstId;                  ///< the id at its start; stays when `id` changes
     PlanarFilter filter;                   ///< the estimate
     double born;                           ///< time of the first detection, s
     double seen;                           ///< time of the last detection, s
-    int hits;                              ///< detections so far
-    std::optional<std::size_t> detection;  ///< index of this frame's detection, if it had one
+    int hits;                              ///< number of detections
+    std::optional<std::size_t> detection;  ///< index of its detection in this frame, if any
 };
 
-/// Nearest-neighbour tracking with one optimal assignment per frame, solved by the library's
+/// Nearest-neighbour tracker with one optimal assignment per frame, computed by the library's
 /// assignment solver.
 class PlanarTracker {
 public:
     /// @param parameters tuning
     explicit PlanarTracker(const TrackerParameters& parameters) : tuning_(parameters) {}
 
-    /// Brings the tracks to a time, gives each at most one detection, starts tracks from what is
-    /// left over and ends those that were not seen for too long.
+    /// Predicts the tracks to a time, assigns at most one detection to each, starts tracks from
+    /// unassigned detections and deletes tracks without detections for too long.
     ///
     /// @param time seconds, not before the last call
     /// @param detections this frame's detections
@@ -68,7 +68,7 @@ public:
     bool isConfirmed(const PlanarTrack& track) const {
         return track.hits >= tuning_.confirmationHits;
     }
-    /// Gives a track a new id, as a real tracker does when it loses and finds an object at once.
+    /// Changes the id of a track, as real trackers do after losing an object shortly.
     /// @param index place in tracks()
     void renumber(std::size_t index) { list_[index].id = nextId_++; }
 

@@ -9,7 +9,7 @@
 namespace Workbench {
 namespace {
 
-// What every form of report says about its track.
+// The fields that all kinds of reports share.
 template <typename Form>
 Form reportOf(const PlanarTracker& tracker, const PlanarTrack& track, double time) {
     Form report;
@@ -19,7 +19,7 @@ Form reportOf(const PlanarTracker& tracker, const PlanarTrack& track, double tim
     return report;
 }
 
-// A label follows the detector slowly: one frame that says otherwise does not change the word.
+// Smooths a label: a single frame with another word does not change it.
 void observeLabel(Label& label, const Label& seen) {
     constexpr double rate = 0.2;
     if (seen.name == label.name) {
@@ -62,7 +62,7 @@ VideoTracker::Appearance VideoTracker::appearanceOf(
         return known->second;
     }
     const VideoDetection& detection = detections[*track.detection];
-    // A track that was renamed is seen as if for the first time.
+    // A track with a new id starts like a new one.
     if (known == appearances_.end() || known->second.id != track.id) {
         return {
             track.id,
@@ -123,7 +123,7 @@ PlanarDetection RadarTracker::pointOf(const RadarDetection& detection) const {
     const double angle = -radians(detection.azimuth);
     const Eigen::Vector2d radial(std::cos(angle), std::sin(angle));
     const Eigen::Vector2d tangential(-radial[1], radial[0]);
-    // Variances along and across the line of sight.
+    // Covariance from standard deviations along and across the line of sight.
     const auto spread = [&](double along, double across) -> Eigen::Matrix2d {
         return along * along * radial * radial.transpose() +
                across * across * tangential * tangential.transpose();

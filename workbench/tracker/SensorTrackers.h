@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Trackers that speak as the sensors do: detections in, reports out.
+// Trackers of the sensors: from detections to reports.
 #pragma once
 
 #include "recording/Recording.h"
@@ -11,10 +11,10 @@
 
 namespace Workbench {
 
-/// An object as a detector sees it in one image.
+/// An object as a detector finds it in one image.
 struct VideoDetection {
-    ImageBox box;   ///< where
-    Labels labels;  ///< what
+    ImageBox box;   ///< position
+    Labels labels;  ///< class and colours
 };
 
 /// A radar's detection.
@@ -24,7 +24,7 @@ struct RadarDetection {
     std::optional<double> radialSpeed = std::nullopt;  ///< Doppler, m/s, positive away
 };
 
-/// The tracker of the video analytics: tracks the point on which an object stands.
+/// The tracker of the video analytics: tracks the foot points of objects.
 class VideoTracker {
 public:
     /// @param parameters tuning in image units
@@ -32,19 +32,19 @@ public:
     VideoTracker(const TrackerParameters& parameters, double positionStd);
 
     /// @param time seconds
-    /// @param detections what the detector found
+    /// @param detections detections of this frame
     /// @return all tracks, tentative and coasting ones too
     std::vector<Report> update(double time, const std::vector<VideoDetection>& detections);
 
-    /// @return the tracker behind it
+    /// @return the underlying tracker
     PlanarTracker& planar() { return tracker_; }
 
-    /// @return tuning that fits a surveillance camera
+    /// @return tuning for a surveillance camera
     static TrackerParameters usualParameters();
 
 private:
     struct Appearance {
-        std::int32_t id;       ///< of the track when it was last seen
+        std::int32_t id;       ///< id of the track in the last frame
         Eigen::Vector2d size;  ///< width and height of the box, smoothed
         Labels labels;
     };
@@ -54,10 +54,10 @@ private:
 
     PlanarTracker tracker_;
     double positionStd_;
-    std::map<std::int32_t, Appearance> appearances_;  ///< by the id that a track began with
+    std::map<std::int32_t, Appearance> appearances_;  ///< by the first id of a track
 };
 
-/// The tracker of the radar: tracks in its own plane.
+/// The tracker of the radar, in the radar's plane.
 class RadarTracker {
 public:
     /// @param parameters tuning in metres
@@ -66,14 +66,14 @@ public:
     RadarTracker(const TrackerParameters& parameters, double rangeStd, double azimuthStd);
 
     /// @param time seconds
-    /// @param detections what the detector found
+    /// @param detections detections of this frame
     /// @return all tracks, tentative and coasting ones too
     std::vector<Report> update(double time, const std::vector<RadarDetection>& detections);
 
-    /// @return the tracker behind it
+    /// @return the underlying tracker
     PlanarTracker& planar() { return tracker_; }
 
-    /// @return tuning that fits people and road traffic at 10 Hz
+    /// @return tuning for people and road traffic at 10 Hz
     static TrackerParameters usualParameters();
 
 private:

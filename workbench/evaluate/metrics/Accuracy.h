@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Errors of the tracks that are matched to true objects, and whether their covariance tells them.
+// Errors of matched tracks, and their consistency with the reported covariances.
 #pragma once
 
 #include "evaluate/metrics/Assignment.h"
@@ -11,8 +11,9 @@ namespace Workbench {
 
 /// Position and velocity errors over all matches.
 ///
-/// Radial is along the line from the observer to the true object, cross-range is at right angles to
-/// it, positive to the left: radar and camera err in different directions, which one figure hides.
+/// Radial errors are along the line from the observer to the true object, cross-range errors
+/// perpendicular to it, positive to the left. They are separated because radar and camera err in
+/// different directions.
 class Accuracy {
 public:
     /// @param sensors position of the sensors on the ground, m
@@ -21,7 +22,7 @@ public:
     /// @param pairs matches of @p instant, (true object, track)
     void add(const Instant& instant, const Pairs& pairs);
 
-    /// Not a number where there is nothing to average.
+    /// Values without anything to average are NaN.
     struct Result {
         int matches = 0;
         double positionRmse = 0.0;    ///< m
@@ -32,7 +33,7 @@ public:
         double crossRangeBias = 0.0;  ///< mean error, m; positive: reported too far left
         int velocityMatches = 0;      ///< matches of objects whose velocity is known
         double velocityRmse = 0.0;    ///< m/s
-        double classAgreement = 0.0;  ///< share of the matches in one class
+        double classAgreement = 0.0;  ///< share of the matches with the true class
     };
     Result result() const;
 

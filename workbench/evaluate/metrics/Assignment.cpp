@@ -7,7 +7,7 @@
 namespace Workbench {
 namespace {
 
-/// Rows and columns that are connected through positive gains.
+/// Rows and columns connected by positive gains.
 struct Group {
     std::vector<int> rows;
     std::vector<int> columns;
@@ -60,15 +60,15 @@ private:
     std::vector<bool> columnSeen_;
 };
 
-/// The column of each row in the complete assignment of least cost, by shortest augmenting paths
-/// (Jonker, Volgenant: "A shortest augmenting path algorithm for dense and sparse linear assignment
-/// problems", Computing 38, 1987), one row after the other.
+/// The column of each row in the complete assignment of least cost. Successive shortest augmenting
+/// paths (Jonker, Volgenant: "A shortest augmenting path algorithm for dense and sparse linear
+/// assignment problems", Computing 38, 1987).
 ///
 /// @param cost at least as many columns as rows
 std::vector<int> leastCost(const Eigen::MatrixXd& cost) {
     const auto rows = static_cast<int>(cost.rows());
     const auto columns = static_cast<int>(cost.cols());
-    // Column `columns` stands for the place where a row waits for its column.
+    // Column `columns` is a virtual column that holds the row being assigned.
     std::vector<int> rowOf(static_cast<std::size_t>(columns) + 1, -1);
     std::vector<int> before(rowOf.size());
     Eigen::VectorXd rowPrice = Eigen::VectorXd::Zero(rows);
@@ -124,8 +124,8 @@ std::vector<int> leastCost(const Eigen::MatrixXd& cost) {
     return columnOf;
 }
 
-/// Solves one group. A pair without gain costs as much as none at all: a complete assignment of the
-/// shorter side then has the greatest gain, and such pairs are left out of it.
+/// Solves one group. Pairs without gain get the cost of an unassigned row: the complete assignment
+/// of the shorter side then has the greatest gain, and these pairs are dropped from it.
 void solve(const Group& group, const Eigen::MatrixXd& gain, Pairs& pairs) {
     const Eigen::MatrixXd gains = gain(group.rows, group.columns).cwiseMax(0.0);
     const bool isUpright = gains.rows() <= gains.cols();

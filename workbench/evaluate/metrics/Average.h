@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Means that say so when there is nothing to average.
+// Means that are undefined without values.
 #pragma once
 
 #include <limits>
@@ -10,7 +10,7 @@ constexpr double nothingToAverage = std::numeric_limits<double>::quiet_NaN();
 
 /// @param sum of the values
 /// @param count of the values
-/// @return the mean; nothingToAverage without a value, since an error of zero would be praise
+/// @return the mean; nothingToAverage without values, since 0 would look like a perfect result
 inline double average(double sum, double count) {
     return count > 0.0 ? sum / count : nothingToAverage;
 }

@@ -10,7 +10,7 @@
 namespace Workbench {
 namespace {
 
-/// Large against every similarity: keeping the match of the previous moment comes first.
+/// Larger than any similarity, so that matches of the previous instant have priority.
 constexpr double continuationGain = 1000.0;
 constexpr double mostlyTracked = 0.8;
 constexpr double mostlyLost = 0.2;

@@ -9,17 +9,18 @@
 
 namespace Workbench {
 
-/// How alike a track and a true object must be to count as the same.
+/// When a track and a true object match.
 struct SimilarityParameters {
     double zeroDistance = 5.0;  ///< m: the distance of similarity zero
-    double threshold = 0.5;     ///< least similarity of a match (CLEAR MOT and identity figures)
+    double threshold = 0.5;     ///< least similarity of a match (CLEAR MOT and identity metrics)
 };
 
-/// The CLEAR MOT figures (Bernardin, Stiefelhagen: "Evaluating multiple object tracking
-/// performance", EURASIP JIVP 2008), defined and spelled as in TrackEval: a match of the previous
-/// moment is kept while it is above the threshold, the others are chosen for the greatest
-/// similarity; an identity switch is counted against the last track an object ever had; an object
-/// is mostly tracked (MT) above 80 % of its life and mostly lost (ML) below 20 %.
+/// The CLEAR MOT metrics (Bernardin, Stiefelhagen: "Evaluating multiple object tracking
+/// performance", EURASIP JIVP 2008), as defined and named in TrackEval: a match of the previous
+/// instant is kept while its similarity is above the threshold, the others are chosen for the
+/// greatest total similarity; an identity switch is counted against the last track that the object
+/// was matched with; an object is mostly tracked (MT) above 80 % of its life and mostly lost (ML)
+/// below 20 %.
 class ClearMot {
 public:
     explicit ClearMot(const SimilarityParameters& parameters) : parameters_(parameters) {}
@@ -29,22 +30,22 @@ public:
     struct Result {
         double MOTA = 0.0;          ///< (TP - FP - IDSW) / (TP + FN)
         double MOTP = 0.0;          ///< mean similarity of the matches
-        double motpDistance = 0.0;  ///< mean distance of the matches, m; not a number without one
+        double motpDistance = 0.0;  ///< mean distance of the matches, m; NaN without a match
         int TP = 0;                 ///< matches
         int FN = 0;                 ///< true objects without a match
         int FP = 0;                 ///< tracks without a match
         int IDSW = 0;               ///< identity switches
-        int Frag = 0;               ///< times an object was found again after a loss
+        int Frag = 0;               ///< times an object was matched again after a loss
         int MT = 0;                 ///< objects mostly tracked
         int PT = 0;                 ///< objects partly tracked
         int ML = 0;                 ///< objects mostly lost
-        /// Different tracks per object, over the objects that were ever matched; 1 at best. Not a
-        /// number when none was.
+        /// Different tracks per object, over the objects that were ever matched; at best 1. NaN
+        /// when none was.
         double tracksPerObject = 0.0;
     };
     Result result() const;
 
-    /// @return the tracks of the objects that were matched at the last moment, by the ids of both
+    /// @return track ids by object id, of the matches at the last instant
     const std::map<int, int>& matches() const { return matchedNow_; }
 
 private:

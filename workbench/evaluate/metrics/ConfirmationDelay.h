@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How long a new object goes without a confirmed track.
+// Delay until new objects have a confirmed track.
 #pragma once
 
 #include "evaluate/metrics/Assignment.h"
@@ -10,13 +10,13 @@
 
 namespace Workbench {
 
-/// Time from the first moment with a true object to its first match with a confirmed track.
+/// Time from the first instant of a true object to its first match with a confirmed track.
 class ConfirmationDelay {
 public:
     /// @param pairs matches of @p instant, (true object, track)
     void add(const Instant& instant, const Pairs& pairs);
 
-    /// Not a number when no object was ever matched.
+    /// NaN when no object was ever matched.
     struct Result {
         double mean = 0.0;     ///< s, over the objects that were ever matched
         double longest = 0.0;  ///< s, of the same

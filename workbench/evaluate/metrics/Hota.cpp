@@ -12,7 +12,7 @@ namespace {
 
 constexpr double epsilon = std::numeric_limits<double>::epsilon();
 
-/// What one localisation threshold counts.
+/// Counts for one localisation threshold.
 struct ThresholdCounts {
     double matches = 0.0;
     double truths = 0.0;

@@ -14,8 +14,8 @@ namespace Workbench {
 /// a higher order metric for evaluating multi-object tracking", IJCV 129, 2021), as in TrackEval,
 /// on the similarity by distance.
 ///
-/// The matching of a moment needs the whole recording; until then the pairs with a similarity above
-/// zero are kept, two numbers and a value each.
+/// The matching depends on the whole recording; until the end, the pairs with positive similarity
+/// of every instant are stored.
 class Hota {
 public:
     /// @param distance distance of similarity zero, m
@@ -27,7 +27,7 @@ public:
     struct Result {
         double HOTA = 0.0;  ///< sqrt(DetA AssA), per threshold
         double DetA = 0.0;  ///< TP / (TP + FN + FP)
-        double AssA = 0.0;  ///< mean over the matches of how well both identities overlap
+        double AssA = 0.0;  ///< mean overlap of both identities, over the matches
         double LocA = 0.0;  ///< mean similarity of the matches
     };
     Result result() const;

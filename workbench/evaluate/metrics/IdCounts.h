@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How often every true object and every track appeared: what the identity figures count over.
+// Counts in how many instants each id appears, for the identity metrics.
 #pragma once
 
 #include "evaluate/metrics/Instant.h"
@@ -9,7 +9,7 @@
 
 namespace Workbench {
 
-/// Numbers ids in the order of their first appearance and counts the moments of each.
+/// Numbers ids in the order of their first appearance and counts their instants.
 class IdCounts {
 public:
     /// @return the id's number
@@ -22,11 +22,11 @@ public:
         return found->second;
     }
 
-    /// @return the moments with the id of a number
+    /// @return number of instants with the id of a number
     double of(int number) const { return appearances_[static_cast<std::size_t>(number)]; }
-    /// @return how many ids there are
+    /// @return number of ids
     int size() const { return static_cast<int>(appearances_.size()); }
-    /// @return the appearances of all ids together
+    /// @return total number of appearances
     int total() const {
         int sum = 0;
         for (const int count : appearances_) {

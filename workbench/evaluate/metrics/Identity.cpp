@@ -22,8 +22,8 @@ void Identity::add(const Instant& instant) {
 }
 
 Identity::Result Identity::result() const {
-    // An object and a track that are assigned to each other turn 2 k errors into k hits, so that
-    // the fewest errors are the most agreements.
+    // Assigning an object to a track with k agreements turns 2 k errors into k hits, so minimising
+    // the errors means maximising the agreements.
     Eigen::MatrixXd gain = Eigen::MatrixXd::Zero(truthCounts_.size(), trackCounts_.size());
     for (const auto& [pair, count] : agreements_) {
         gain(pair.first, pair.second) = count;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The identity figures IDF1, IDP and IDR.
+// The identity metrics IDF1, IDP and IDR.
 #pragma once
 
 #include "evaluate/metrics/ClearMot.h"
@@ -10,9 +10,10 @@
 
 namespace Workbench {
 
-/// The identity figures (Ristani, Solera, Zou, Cucchiara, Tomasi: "Performance measures and a data
+/// The identity metrics (Ristani, Solera, Zou, Cucchiara, Tomasi: "Performance measures and a data
 /// set for multi-target, multi-camera tracking", ECCV workshops 2016), as in TrackEval: true
-/// objects and tracks are assigned one to one over the whole time so that most moments agree.
+/// objects and tracks are assigned one to one over the whole recording, so that they match in as
+/// many instants as possible.
 class Identity {
 public:
     explicit Identity(const SimilarityParameters& parameters) : parameters_(parameters) {}
@@ -23,9 +24,9 @@ public:
         double IDF1 = 0.0;  ///< IDTP / (IDTP + IDFP / 2 + IDFN / 2)
         double IDP = 0.0;   ///< IDTP / (IDTP + IDFP)
         double IDR = 0.0;   ///< IDTP / (IDTP + IDFN)
-        int IDTP = 0;       ///< moments in which an object was on its own track
-        int IDFP = 0;       ///< track moments that were not
-        int IDFN = 0;       ///< object moments that were not
+        int IDTP = 0;       ///< instants in which an object matches its assigned track
+        int IDFP = 0;       ///< track instants without such a match
+        int IDFN = 0;       ///< object instants without such a match
     };
     Result result() const;
 
@@ -33,7 +34,7 @@ private:
     SimilarityParameters parameters_;
     IdCounts truthCounts_;
     IdCounts trackCounts_;
-    std::map<std::pair<int, int>, int> agreements_;  ///< by number of object and track
+    std::map<std::pair<int, int>, int> agreements_;  ///< instants, by numbers of object and track
 };
 
 }  // namespace Workbench

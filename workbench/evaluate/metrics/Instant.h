@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the metrics compare: the true objects and the reported tracks of one moment.
+// The input of the metrics: true objects and reported tracks at one time.
 #pragma once
 
 #include <optional>
@@ -10,15 +10,15 @@
 
 namespace Workbench {
 
-/// A real object at one moment, on the ground plane.
+/// A true object at one time, on the ground plane.
 struct TrueObject {
     int id = 0;
     std::string className;
     Eigen::Vector2d position = Eigen::Vector2d::Zero();  ///< m
-    std::optional<Eigen::Vector2d> velocity;             ///< m/s, when the truth knows it
+    std::optional<Eigen::Vector2d> velocity;             ///< m/s, when the truth states it
 };
 
-/// A confirmed track of the judged tracker at the same moment, on the ground plane.
+/// A confirmed track of the evaluated tracker at the same time, on the ground plane.
 struct JudgedTrack {
     int id = 0;
     std::string className;
@@ -28,7 +28,7 @@ struct JudgedTrack {
     Eigen::Matrix2d velocityCovariance = Eigen::Matrix2d::Zero();  ///< (m/s)^2
 };
 
-/// One moment. Ids are unique within each list.
+/// Objects and tracks at one time. Ids are unique within each list.
 struct Instant {
     double time = 0.0;  ///< s
     std::vector<TrueObject> truths;
@@ -38,9 +38,9 @@ struct Instant {
 /// @return the distances in metres, one row per true object, one column per track
 Eigen::MatrixXd distances(const Instant& instant);
 
-/// Similarity by distance, as TrackEval has it for points: max(0, 1 - distance / zeroDistance).
+/// Similarity by distance, as TrackEval defines it for points: max(0, 1 - distance / zeroDistance).
 ///
-/// @param zeroDistance distance in metres from which on two points are not similar at all
+/// @param zeroDistance distance of zero similarity, m
 /// @return one row per true object, one column per track
 Eigen::MatrixXd similarities(const Instant& instant, double zeroDistance);
 

@@ -1,26 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
-// The SIAP figures: how complete the picture is, how ambiguous and how spurious.
+// The SIAP metrics completeness, ambiguity and spuriousness.
 #pragma once
 
 #include "evaluate/metrics/Instant.h"
 
 namespace Workbench {
 
-/// Figures of the Single Integrated Air Picture (Votruba et al.: "Single Integrated Air Picture
-/// (SIAP) Metrics Implementation", 2001). Unlike in the one-to-one metrics every track belongs to
-/// the nearest true object within a radius, so that two tracks on one object show as duplicates.
+/// Metrics of the Single Integrated Air Picture (Votruba et al.: "Single Integrated Air Picture
+/// (SIAP) Metrics Implementation", 2001). In contrast to the one-to-one metrics, every track
+/// belongs to the nearest true object within a radius, so that two tracks of one object count as
+/// duplicates.
 class PictureQuality {
 public:
-    /// @param reach m, how near a track must be to belong to an object
+    /// @param reach largest distance of a track from its object, m
     explicit PictureQuality(double reach) : radius_(reach) {}
 
     void add(const Instant& instant);
 
-    /// Not a number where there is nothing to average.
+    /// Values without anything to average are NaN.
     struct Result {
         double completeness = 0.0;         ///< share of the true objects that have a track
-        double duplicatesPerObject = 0.0;  ///< tracks beyond the first per object that has one
-        double spuriousness = 0.0;         ///< share of the tracks that belong to no object
+        double duplicatesPerObject = 0.0;  ///< further tracks per object that has one
+        double spuriousness = 0.0;         ///< share of the tracks without an object
     };
     Result result() const;
 

@@ -44,7 +44,7 @@ double ospa(const Instant& instant, const SetDistanceParameters& parameters) {
     }
     const Pairs pairs = matchWithinCutoff(instant, parameters);
     const double farCost = std::pow(parameters.cutoff, parameters.order);
-    // What is not paired costs c^p, be it too far or too many.
+    // Every unpaired object or track costs c^p, whether too distant or surplus.
     const double total = localisationCost(instant, pairs, parameters.order) +
                          farCost * static_cast<double>(larger - pairs.size());
     return std::pow(total / static_cast<double>(larger), 1.0 / parameters.order);

@@ -9,13 +9,13 @@ namespace Workbench {
 
 /// Parameters of a set distance.
 struct SetDistanceParameters {
-    double cutoff = 5.0;  ///< c, m: a pair farther apart than this counts as one miss and one false
+    double cutoff = 5.0;  ///< c, m: pairs farther apart count as one missed and one false
     double order = 2.0;   ///< p
 };
 
-/// The pairs of the optimal assignment behind GOSPA and OSPA; both have the same.
+/// The pairs of the optimal assignment, which is the same for GOSPA and OSPA.
 ///
-/// @return pairs (true object, track) nearer than the cutoff
+/// @return pairs (true object, track) within the cutoff
 Pairs matchWithinCutoff(const Instant& instant, const SetDistanceParameters& parameters);
 
 /// The generalised optimal sub-pattern assignment metric with alpha = 2 (Rahmathullah,
@@ -29,7 +29,7 @@ struct Gospa {
     int falseTracks = 0;            ///< tracks without a true object
 };
 
-/// @return the metric of one moment; zero when there is nothing and nothing is reported
+/// @return the metric at one instant; zero when there are neither objects nor tracks
 Gospa gospa(const Instant& instant, const SetDistanceParameters& parameters);
 
 /// The optimal sub-pattern assignment metric (Schuhmacher, Vo, Vo: "A consistent metric for
@@ -37,7 +37,7 @@ Gospa gospa(const Instant& instant, const SetDistanceParameters& parameters);
 ///
 ///     OSPA = (1/n (sum over pairs min(d, c)^p + c^p |m - n|))^(1/p),  n the larger number
 ///
-/// @return the metric of one moment in metres; zero when there is nothing and nothing is reported
+/// @return the metric at one instant, m; zero when there are neither objects nor tracks
 double ospa(const Instant& instant, const SetDistanceParameters& parameters);
 
 /// GOSPA over time.
@@ -47,8 +47,8 @@ public:
 
     void add(const Instant& instant);
 
-    /// Mean over time, and the parts of the mean power, each as a length: with order 2 the root
-    /// mean square of GOSPA is the root of the sum of their squares.
+    /// Mean over time, and the components of the mean power, each as a length: with order 2, the
+    /// square of the root mean square of GOSPA is the sum of their squares.
     struct Result {
         double mean = 0.0;           ///< mean GOSPA, m
         double rootMeanPower = 0.0;  ///< (mean of GOSPA^p)^(1/p), m
@@ -75,7 +75,7 @@ public:
     explicit OspaMean(const SetDistanceParameters& parameters) : parameters_(parameters) {}
 
     void add(const Instant& instant);
-    /// @return mean OSPA in metres; zero without any moment
+    /// @return mean OSPA, m; zero without any instant
     double result() const;
 
 private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Chromium without a window, and a report in it.
+// Opens a report in headless Chromium.
 import { mkdtempSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
@@ -15,13 +15,13 @@ import { chromium } from 'playwright-core';
  *
  * @typedef {object} Opened
  * @property {import('playwright-core').Page} page
- * @property {string[]} complaints what the page complained about
- * @property {string[]} requests addresses that it asked for, its own left out
+ * @property {string[]} complaints errors and warnings of the page
+ * @property {string[]} requests addresses that it requested, except its own
  * @property {() => Promise<void>} close
  */
 
 /**
- * Opens a report in a browser of its own, with nothing kept from earlier ones.
+ * Opens a report in a new browser without stored data.
  *
  * @param {string} path
  * @param {Wishes} wishes
@@ -36,7 +36,7 @@ export async function open(path, { width = 1280, height = 720, dark = false, pho
     colorScheme: dark ? 'dark' : 'light',
     hasTouch: phone,
     isMobile: phone,
-    // Nothing that the browser would like to know of the net; no sandbox, which root cannot have.
+    // Disables the browser's own network access; and the sandbox, which does not work for root.
     args: ['--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-sync',
       '--disable-background-networking', '--disable-component-update', '--force-color-profile=srgb'],
   });

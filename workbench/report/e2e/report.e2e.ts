@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Reports of the shipped scenarios in a browser, used as an engineer uses them.
+// Tests reports of the shipped scenarios in a browser, with the actions of a user.
 import { afterEach, beforeAll, describe, expect, it } from 'vitest';
 import type { Page } from 'playwright-core';
 import type { Mark } from '../src/canvas';
@@ -22,7 +22,7 @@ async function open(path: string, wishes: Wishes = {}): Promise<Page> {
   return current.page;
 }
 
-// No report may ever complain or ask the net for anything, whatever is done to it.
+// No action in a report may cause an error or a network request.
 afterEach(async () => {
   const { complaints, requests, close } = current ?? { complaints: [], requests: [], close: async () => {} };
   current = null;
@@ -34,7 +34,7 @@ afterEach(async () => {
 const probe = <Key extends keyof Probe>(page: Page, key: Key): Promise<Probe[Key]> => page.evaluate(`window.veskarReport.${key}`);
 const marksOf = (marks: readonly Mark[], kind: Mark['kind']) => marks.filter((mark) => mark.kind === kind);
 
-/** Lets the page draw what was asked for. */
+/** Waits until the page has drawn. */
 const settle = (page: Page) => page.evaluate('new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done)))');
 
 async function seek(page: Page, time: number): Promise<void> {
@@ -42,7 +42,7 @@ async function seek(page: Page, time: number): Promise<void> {
   await settle(page);
 }
 
-/** The colour of a canvas at a place, as the screen shows it. */
+/** The colour of a canvas at a position, as displayed. */
 function colourAt(page: Page, selector: string, x: number, y: number): Promise<string> {
   return page.locator(selector).evaluate((canvas: HTMLCanvasElement, [px, py]) => {
     const ratio = canvas.width / canvas.clientWidth;
@@ -55,10 +55,10 @@ function colourAt(page: Page, selector: string, x: number, y: number): Promise<s
 
 const channels = (colour: string) => colour.match(/\d+/g)!.slice(0, 3).map(Number);
 const light = (colour: string) => channels(colour).reduce((sum, part) => sum + part, 0) / 3;
-/** How far two colours are apart, 0 to 255; the edges of what is drawn are soft. */
+/** Largest difference of two colours' channels, 0 to 255; drawn edges are antialiased. */
 const apart = (one: string, other: string) => Math.max(...channels(one).map((part, i) => Math.abs(part - channels(other)[i])));
 
-/** A colour of the style sheet as rgb(...). */
+/** A colour of the style sheet, as rgb(...). */
 const named = (page: Page, name: string): Promise<string> =>
   page.evaluate((variable) => {
     const sample = document.createElement('i');
@@ -93,7 +93,7 @@ describe('the report of the perimeter', () => {
     expect(marksOf(plan, 'truth').length).toBe(3);
     expect(marksOf(plan, 'video').length).toBeGreaterThan(0);
     expect(await page.locator('.counts').textContent()).toContain(`${confirmed.length} confirmed`);
-    // What lies farther away is higher up in both views, on the right in one is on the right in the other.
+    // Larger distances are higher up in both views, and right is right in both.
     const [a, b] = [...confirmed].sort((one, other) => one.y - other.y);
     const inImage = (id: number) => marksOf(image, 'system').find((mark) => mark.id === id)!;
     expect(inImage(a.id).box!.top + inImage(a.id).box!.height).toBeLessThan(inImage(b.id).box!.top + inImage(b.id).box!.height);
@@ -103,7 +103,7 @@ describe('the report of the perimeter', () => {
   it('paints confirmed tracks in their colour where it says they are', async () => {
     const page = await open(path);
     await seek(page, 12);
-    // Alone, so that nothing lies on top of the marks.
+    // Hides the other layers, so that nothing covers the marks.
     for (const layer of ['video', 'radar', 'truth', 'trails', 'ellipses']) {
       await page.locator(`[data-layer="${layer}"]`).click();
     }
@@ -160,7 +160,7 @@ describe('the report of the perimeter', () => {
     await settle(page);
     expect((await probe(page, 'plotPoints')).every((points) => points > 100)).toBe(true);
     await shoot(page, 'perimeter-plots');
-    // From the system track to what feeds it, and to nothing.
+    // From the system track to one of its sensor tracks, then to an empty selection.
     await inspector.locator('.tracks button', { hasText: 'radar' }).click();
     await settle(page);
     expect((await probe(page, 'selection'))?.kind).toBe('radar');
@@ -273,7 +273,8 @@ describe('two runs of the crossing', () => {
       return data.runs.map((run) => run.judgement.parts[0].figures.find((figure) => figure.key === 'IDSW')!.values[0]);
     });
     for (const run of [0, 1]) {
-      // Every switch stands in two lanes: of the track that lost the object, and of the one that took it.
+      // Every identity switch appears in two lanes: of the track that lost the object, and of the one that took it
+      // over.
       const marked = lanes.filter((lane) => lane.run === run).reduce((sum, lane) => sum + lane.switches, 0);
       expect(marked).toBe(2 * told[run]);
     }
@@ -311,7 +312,7 @@ describe('any report', () => {
       return 'appended';
     });
     expect(await page.evaluate('window.ran')).toBeUndefined();
-    // Chromium says so on the console, which is what is wanted here.
+    // The test expects Chromium's message about the policy on the console.
     expect(current?.complaints.length).toBeGreaterThan(0);
     expect([...(current?.complaints ?? []), outcome].join(' ')).toMatch(/TrustedScript|Content Security Policy/);
     current?.complaints.splice(0);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Makes reports with the program, as a user does.
+// Makes reports by running the program.
 import { execFileSync } from 'node:child_process';
 import { mkdirSync, readFileSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
@@ -14,7 +14,7 @@ function fromEnvironment(name: string): string {
 
 const program = fromEnvironment('VESKAR_PROGRAM');
 const config = fromEnvironment('VESKAR_CONFIG');
-/** Where recordings, reports and pictures are left. */
+/** Directory of recordings, reports and pictures. */
 export const output = fromEnvironment('VESKAR_E2E_OUTPUT');
 mkdirSync(output, { recursive: true });
 
@@ -24,7 +24,7 @@ export function veskar(...words: string[]): void {
 
 export const at = (name: string): string => join(output, name);
 
-/** Simulates a shipped scenario and fuses it; the names of both files. */
+/** Simulates a shipped scenario and fuses it; returns the file names. */
 export function fuse(scenario: string): { recording: string; fused: string; explained: string } {
   const files = { recording: at(`${scenario}.jsonl`), fused: at(`${scenario}.fused.jsonl`), explained: at(`${scenario}.why.jsonl`) };
   veskar('simulate', join(config, 'scenarios', `${scenario}.json`), '-o', files.recording);
@@ -51,11 +51,11 @@ export function comparisonOf(scenario: string): string {
 
 export const markup = '</script><img src=x onerror="window.ran=1"><script>window.ran=1</script>';
 
-/** A report in which every word that a recording may choose is markup. */
+/** A report in which every text that a recording may contain is markup. */
 export function hostileReport(): string {
   const { recording, fused } = fuse('perimeter');
   const change = (path: string) => {
-    // As text: the numbers of a configuration must keep their points.
+    // Edited as text: reparsing would write 5.0 in the configuration as 5.
     const text = readFileSync(path, 'utf8')
       .replace(/"name":"[^"]*"/, () => `"name":${JSON.stringify(markup)}`)
       .replace(/"origin":"[^"]*"/, () => `"origin":${JSON.stringify(markup)}`)
@@ -66,7 +66,7 @@ export function hostileReport(): string {
   };
   change(recording);
   change(fused);
-  // The tracks are no longer those of the recording.
+  // The tracks no longer match the recording, therefore --force.
   veskar('report', '--force', at('hostile.jsonl'), at('hostile.fused.jsonl'), '-o', at('hostile.html'));
   return at('hostile.html');
 }

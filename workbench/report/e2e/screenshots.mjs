@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Pictures of reports: node screenshots.mjs REPORT TIME TRACK PICTURE ...
+// Takes screenshots of reports: node screenshots.mjs REPORT TIME TRACK PICTURE ...
 // (the report, the time to show in seconds, the system track to select, the file to write)
 import { open } from './browser.mjs';
 

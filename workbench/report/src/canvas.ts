@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A canvas as sharp as the screen, and a record of what was drawn on it.
+// A canvas at the screen's resolution, with a list of the marks drawn on it.
 
 import type { SourceName } from './vocabulary';
 
@@ -10,7 +10,7 @@ export interface Mark {
   /** Centre, CSS pixels. */
   readonly x: number;
   readonly y: number;
-  /** Box, CSS pixels, when it is one. */
+  /** Box, CSS pixels, if it has one. */
   readonly box?: { readonly left: number; readonly top: number; readonly width: number; readonly height: number };
 }
 
@@ -33,7 +33,7 @@ export class Surface {
     this.context = context;
   }
 
-  /** Takes the size that the style sheet gives; false when there is no room. */
+  /** Adopts the size given by the style sheet; false when it is empty. */
   begin(): boolean {
     const { clientWidth, clientHeight } = this.canvas;
     this.width = clientWidth;
@@ -108,7 +108,7 @@ interface Rectangle {
   readonly bottom: number;
 }
 
-/** Writes labels on small plates, so that they stay readable over lines and beside each other. */
+/** Writes labels on opaque plates that do not overlap, so that they stay readable. */
 export class Plates {
   private readonly taken: Rectangle[] = [];
 
@@ -117,7 +117,7 @@ export class Plates {
     private readonly ground: string,
   ) {}
 
-  /** Writes beside a place, at the first of the given offsets where there is room. */
+  /** Writes at the first of the given offsets where there is room. */
   write(text: string, ink: string, places: readonly (readonly [x: number, y: number, align: 'left' | 'right'])[]): void {
     const { context } = this;
     const width = context.measureText(text).width + 6;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// The time that is shown, and how it goes on.
+// The displayed time and its playback.
 
 export const speeds = [0.1, 0.25, 0.5, 1, 2, 4, 8, 16] as const;
 
-/** Moves over the moments of a report; it does not know of screens. */
+/** Moves through the time of a report, independently of the display. */
 export class Clock {
   time = 0;
   playing = false;
@@ -18,7 +18,7 @@ export class Clock {
     this.time = Math.min(this.duration, Math.max(0, Number.isFinite(time) ? time : 0));
   }
 
-  /** Goes to a neighbouring moment at which something is new. */
+  /** Moves to a neighbouring time at which new data begin. */
   step(count: number): void {
     this.playing = false;
     const tolerance = 1e-6;
@@ -40,7 +40,7 @@ export class Clock {
     this.playing = !this.playing;
   }
 
-  /** Lets wall time pass, s. */
+  /** Advances by elapsed wall time, s. */
   advance(elapsed: number): void {
     if (this.playing) {
       this.seek(this.time + elapsed * this.speed);

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// Columns as workbench/report/Column.h packs them.
+// Decodes columns as encoded by workbench/report/Column.h.
 
 export interface PackedColumn {
   readonly step: number;
   readonly data: string;
 }
 
-/** Stands for a number that is not there. */
+/** Represents a missing number. */
 export const missing = -(2 ** 28) - 1;
 
-/** Unpacks a column of `count` whole steps. */
+/** Decodes a column of `count` integers (steps). */
 export function unpack(column: PackedColumn, count: number): Int32Array {
   const bytes = atob(column.data);
   const steps = new Int32Array(count);
@@ -44,7 +44,7 @@ export function unpack(column: PackedColumn, count: number): Int32Array {
   return steps;
 }
 
-/** The numbers of a column; NaN where there is none. */
+/** Decodes the numbers of a column; NaN where missing. */
 export function numbersOf(column: PackedColumn, count: number): Float64Array {
   const numbers = new Float64Array(count);
   const steps = unpack(column, count);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// The configurations of the runs, and what differs between them.
+// Shows the configurations of the runs and their differences.
 import { element } from './dom';
 import { letterOf, type Model } from './model';
 
-/** The leaves of a JSON document by their path. */
+/** The leaves of a JSON document by path. */
 export function leavesOf(value: unknown, path = ''): Map<string, string> {
   if (value === null || typeof value !== 'object') {
     return new Map([[path, JSON.stringify(value) ?? '']]);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the program puts into the page; workbench/report/Report.cpp writes it.
+// The data that the program writes into the page, see workbench/report/Report.cpp.
 import type { PackedColumn } from './column';
 import type { PackedTable } from './table';
 
@@ -35,7 +35,7 @@ export interface JudgementData {
   readonly time: PackedColumn;
   readonly moments: number;
   readonly gospa: PackedColumn;
-  /** Which system track each true object was matched with; columns: track. */
+  /** The system track matched with each true object; columns: track. */
   readonly matches: PackedTable;
   readonly parts: readonly {
     readonly part: string;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Elements from code. Text is always text: nothing here reads markup.
+// Creates elements. Text is always inserted as text, never parsed as markup.
 
 type Child = Node | string | null | undefined | false;
 
@@ -45,7 +45,7 @@ const drawings = {
   help: 'M9 9.5a3 3 0 1 1 4.2 2.7c-.9.5-1.2 1-1.2 1.9M12 17.4v.1',
 } as const;
 
-/** A small drawing for a button. */
+/** An icon for a button. */
 export function icon(name: keyof typeof drawings): SVGSVGElement {
   const space = 'http://www.w3.org/2000/svg';
   const made = document.createElementNS(space, 'svg');

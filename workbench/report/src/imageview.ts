@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The scene as the camera sees it: boxes on the normalised image plane, without the picture.
+// The scene in the image plane: boxes on the normalised image plane, without the camera's picture.
 import { Plates, Surface, type Mark } from './canvas';
 import type { Point } from './data';
 import { hasCoasted, type Model, type Run } from './model';
@@ -8,7 +8,7 @@ import { isSelected, labelOf, shownAt } from './scene';
 import type { State } from './state';
 import { traceCross, traceDiamond } from './symbols';
 
-/** From the image plane (-1..1, right and up) to pixels, with the aspect of the camera. */
+/** Maps the image plane (-1..1, right and up) to pixels, with the aspect ratio of the camera. */
 export interface Frame {
   readonly left: number;
   readonly top: number;
@@ -67,7 +67,7 @@ export class ImageView {
     context.strokeRect(frame.left + 0.5, frame.top + 0.5, frame.width - 1, frame.height - 1);
   }
 
-  /** Lines of equal distance on the ground give the empty image its depth. */
+  /** Draws lines of equal ground distance, which give depth to the empty image. */
   private drawRings(context: CanvasRenderingContext2D, frame: Frame, palette: Palette): void {
     context.strokeStyle = palette.line;
     context.fillStyle = palette.muted;
@@ -80,7 +80,7 @@ export class ImageView {
       image.forEach(([u, v]) => context.lineTo(...toPixel(frame, u, v)));
       context.stroke();
       const [x, y] = toPixel(frame, ...image[Math.floor(image.length / 2)]);
-      // Towards the horizon the lines come close; there is room for the names of the first.
+      // Towards the horizon the lines are dense; labels those with enough room.
       if (y < lowest - 13) {
         context.fillText(`${distance} m`, x + 3, y - 3);
         lowest = y;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The figures of the judgement as a table.
+// Shows the metrics of the evaluation as a table.
 import { element } from './dom';
 import type { Model } from './model';
 
@@ -8,11 +8,11 @@ export interface Table {
   readonly rows: readonly { readonly label: string; readonly cells: readonly string[]; readonly better: number }[];
 }
 
-/** Figures of which less is better; of the others in `more`, more. */
+/** Metrics of which smaller is better; for those in `more`, larger. */
 const less = /^(GOSPA|OSPA|IDSW|Frag|ML|missed|false|duplicates|spuriousness|position_|velocity_|radial_rmse|cross_range_rmse|confirmation_delay|never_found|tracks_per_object|MOTP_distance)/;
 const more = /^(MOTA|MOTP$|IDF1|IDP|IDR|HOTA|DetA|AssA|LocA|MT|completeness|class_agreement)/;
 
-/** -1 when the first run is better, 1 when the second is, 0 when that cannot be said. */
+/** -1 when the first run is better, 1 when the second is, 0 when undecided. */
 export function better(key: string, first: number | null, second: number | null): number {
   if (first === null || second === null || first === second) {
     return 0;
@@ -23,7 +23,7 @@ export function better(key: string, first: number | null, second: number | null)
   return more.test(key) ? (second > first ? 1 : -1) : 0;
 }
 
-/** The figures of one part of the scene: the runs first, then the sensors alone. */
+/** The metrics of one part of the scene: the runs first, then the single sensors. */
 export function tableOf(model: Model, part: string): Table | null {
   const judged = model.runs.map((run) => run.judgement?.parts.find((one) => one.part === part));
   const first = judged[0];

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// The report's data, unpacked, and what follows from them.
+// The decoded data of the report, and values derived from them.
 import { numbersOf, unpack } from './column';
 import type { ExplanationData, JudgementData, ReportData, RunData, SceneData, SeenData } from './data';
 import { lastNotAfter, Table } from './table';
 import { sourceNames, type SourceName } from './vocabulary';
 
-/** However quick a sensor is, it shows its last frame for this long, s. */
+/** Sensor frames are shown for at least this long, s. */
 export const leastSilence = 0.6;
 /** A sensor track that has coasted for longer is drawn as coasting, s. */
 export const coastingShown = 0.25;
@@ -25,11 +25,11 @@ export function letterOf(run: number): string {
   return 'AB'[run];
 }
 
-/** Tracks that were seen at times: of a sensor, or the truth. */
+/** Tracks of a sensor or of the truth over time. */
 export class Seen {
   readonly times: Float64Array;
   readonly table: Table;
-  /** A sensor that has been silent for longer shows nothing, s: two of its usual intervals. */
+  /** A sensor's last frame is shown for this long, s: two of its usual intervals. */
   readonly silence: number;
 
   constructor(data: SeenData) {
@@ -39,47 +39,47 @@ export class Seen {
     this.silence = Math.max(leastSilence, 2 * (intervals[intervals.length >> 1] ?? 0));
   }
 
-  /** The frame that is shown at a time; -1 when there is none or it is too old. */
+  /** Index of the frame to show at a time; -1 when there is none or it is too old. */
   frameAt(time: number): number {
     const frame = lastNotAfter(this.times, time);
     return frame >= 0 && time - this.times[frame] <= this.silence ? frame : -1;
   }
 
-  /** Number of a track by its id; -1 when there is none. */
+  /** Index of a track by its id; -1 when there is none. */
   trackOf(id: number): number {
     return this.table.key('id').indexOf(id);
   }
 }
 
-/** A stretch of time in which something did not change, s. */
+/** A time interval with a constant value, s. */
 export interface Stretch<Value> {
   from: number;
   to: number;
   value: Value;
 }
 
-/** How a sensor track fed a system track. */
+/** A sensor track's part in a system track. */
 export interface Feed {
   readonly source: SourceName;
   readonly id: number;
   readonly coasting: boolean;
 }
 
-/** What is told of one system track at a glance. */
+/** Summary of one system track. */
 export interface Life {
   readonly track: number;
   readonly id: number;
   readonly from: number;
   readonly to: number;
-  /** When it was confirmed first; NaN: never. */
+  /** When it was first confirmed; NaN: never. */
   readonly confirmed: number;
-  /** Stretches in which it was confirmed, or not. */
+  /** Intervals with and without confirmation. */
   readonly standing: readonly Stretch<boolean>[];
   readonly feeds: readonly Stretch<Feed>[];
   readonly classes: readonly Stretch<string>[];
 }
 
-/** A true object that went from one system track to another. */
+/** A true object whose match changed to another system track. */
 export interface Switch {
   readonly time: number;
   readonly object: number;
@@ -92,7 +92,7 @@ export interface Match {
   readonly track: number;
 }
 
-/** The judgement of a run by the truth. */
+/** The evaluation of a run against the truth. */
 export class Judgement {
   readonly times: Float64Array;
   readonly gospa: Float64Array;
@@ -110,7 +110,7 @@ export class Judgement {
     this.switches = switchesOf(this.matches, this.times);
   }
 
-  /** Who was matched with whom at a time. */
+  /** The matches of objects and tracks at a time. */
   matchesAt(time: number): Match[] {
     const frame = lastNotAfter(this.times, time);
     const tracks = this.matches.column('track');
@@ -141,7 +141,7 @@ export function switchesOf(matches: Table, times: Float64Array): Switch[] {
   return switches.sort((a, b) => a.time - b.time);
 }
 
-/** What replay --explain told of a run. */
+/** The explanations of a run by replay --explain. */
 export class Explanation {
   readonly times: Float64Array;
   readonly sources: Int32Array;
@@ -155,7 +155,7 @@ export class Explanation {
     this.sources = unpack(data.source, this.pairs.frames);
   }
 
-  /** The frame of a source and time; -1 when nothing was told about it. */
+  /** The frame of a source and time; -1 when there is no explanation of it. */
   frameOf(time: number, source: number): number {
     for (let frame = lastNotAfter(this.times, time + 0.0015); frame >= 0; --frame) {
       if (time - this.times[frame] > 0.0015) {
@@ -204,14 +204,14 @@ export class Run {
     return this.lives.find((life) => life.id === id);
   }
 
-  /** The row of a system track at a time; -1 when it does not live then. */
+  /** The row of a system track at a time; -1 when it does not exist then. */
   rowAt(id: number, time: number): number {
     const life = this.life(id);
     return life ? this.tracks.rowAt(life.track, this.frameAt(time)) : -1;
   }
 }
 
-/** Appends a value to stretches: the last one goes on when the value is the same. */
+/** Appends a value to intervals: extends the last one when the value is the same. */
 export function extend<Value>(
   stretches: Stretch<Value>[],
   from: number,
@@ -285,7 +285,7 @@ export class Model {
   readonly runs: readonly Run[];
   readonly duration: number;
   readonly start: number;
-  /** All moments at which something is new, ascending, each once. */
+  /** All times at which new data begin, ascending, without repetition. */
   readonly moments: Float64Array;
 
   constructor(data: ReportData) {
@@ -318,7 +318,7 @@ export class Model {
   }
 }
 
-/** How many tracks a run had, frame by frame. */
+/** The number of tracks of a run, frame by frame. */
 export function countsOf(run: Run): { confirmed: Float64Array; tentative: Float64Array } {
   const confirmed = new Float64Array(run.times.length);
   const tentative = new Float64Array(run.times.length);

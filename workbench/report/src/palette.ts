@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The style sheet's colours, for canvases.
+// The colours of the style sheet, for canvases.
 
 export interface Palette {
   readonly text: string;

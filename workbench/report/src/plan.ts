@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The ground from above: metres, the device at the origin, forward is up.
+// The ground in plan view: metres, device at the origin, forward is up.
 import { Plates, Surface, type Mark } from './canvas';
 import type { Point } from './data';
 import { hasCoasted, type Model, type Run } from './model';
@@ -9,10 +9,10 @@ import type { State } from './state';
 import { traceCross, traceDiamond } from './symbols';
 import type { SourceName } from './vocabulary';
 
-/** Trails show this much of the past, s. */
+/** Length of trails, s. */
 const trail = 4;
 
-/** From metres to pixels. Device frame: x forward is up, y left is left. */
+/** Maps metres to pixels. Device frame: x forward is up, y left is left. */
 export interface Transform {
   scale: number;
   left: number;
@@ -23,7 +23,7 @@ export function toScreen(transform: Transform, x: number, y: number): Point {
   return [transform.left - y * transform.scale, transform.top - x * transform.scale];
 }
 
-/** The part of the ground that a report is about. */
+/** The shown part of the ground. */
 export interface Extent {
   readonly back: number;
   readonly front: number;
@@ -88,7 +88,7 @@ export class Plan {
     this.offset = [this.offset[0] + dx, this.offset[1] + dy];
   }
 
-  /** Zooms so that the ground under a pixel stays there. */
+  /** Zooms about the ground point under a pixel. */
   zoomAt(x: number, y: number, factor: number): void {
     const zoom = Math.min(40, Math.max(0.2, this.zoom * factor));
     const applied = zoom / this.zoom;
@@ -269,13 +269,13 @@ export class Plan {
         const size = ellipseScale * transform.scale;
         context.setLineDash(isConfirmed ? [] : [3, 3]);
         context.beginPath();
-        // The y axis of the ground points left on the screen, so angles turn as on paper.
+        // The ground's y axis points left on the screen, so positive angles turn counter-clockwise.
         context.ellipse(px, py, major[row] * size, minor[row] * size, -Math.PI / 2 - (angle[row] * Math.PI) / 180, 0, 2 * Math.PI);
         fillAndStroke(context, ink, isConfirmed ? 0.12 : 0.04, 0.7);
         context.setLineDash([]);
       }
       if (!Number.isNaN(direction[row])) {
-        // Clockwise from forward, which is up: as far as it gets in a second.
+        // Clockwise from forward, which is up; the length is the displacement in a second.
         const turn = (direction[row] * Math.PI) / 180;
         const reach = speed[row] * transform.scale;
         context.beginPath();

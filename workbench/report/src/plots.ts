@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Figures over time.
+// Plots values over time.
 import uPlot from 'uplot';
 import { tickText } from './clock';
 import { element } from './dom';
@@ -15,10 +15,10 @@ export interface Series {
   readonly values: Float64Array;
 }
 
-/** At most this many points are drawn of a series; a screen has no more columns. */
+/** Largest number of drawn points per series, about that of a wide screen's pixels. */
 const mostPoints = 4000;
 
-/** Thins a series out, keeping the least and the greatest of every group of points. */
+/** Thins out a series, keeping minimum and maximum of every group of points. */
 export function thin(times: Float64Array, values: Float64Array, most: number): [Float64Array, Float64Array] {
   if (times.length <= most) {
     return [times, values];
@@ -37,7 +37,7 @@ export function thin(times: Float64Array, values: Float64Array, most: number): [
   return [Float64Array.from(kept, (i) => times[i]), Float64Array.from(kept, (i) => values[i])];
 }
 
-/** The probability of a system track over its life, with NaN at both ends. */
+/** The probability of a system track over its lifetime, with NaN at both ends. */
 export function probabilityOf(run: Run, id: number): { times: Float64Array; values: Float64Array } {
   const life = run.life(id);
   if (!life) {
@@ -90,7 +90,7 @@ function nameOf(model: Model, run: number): string {
   return model.isPair ? letterOf(run) : 'fusion';
 }
 
-/** One plot with its title and, without series, what to do to get them. */
+/** A plot with its title, or a hint how to get data when it has no series. */
 export class Plot {
   readonly root: HTMLElement;
   private readonly holder = element('div', { class: 'plot-area' });
@@ -109,7 +109,7 @@ export class Plot {
     this.root = element('section', { class: 'plot', 'aria-label': title }, element('header', {}, element('h3', {}, title), this.keys), this.holder);
   }
 
-  /** Points drawn, for tests. */
+  /** Number of drawn points, for tests. */
   get points(): number {
     return this.plot ? this.series.reduce((sum, { times }) => sum + times.length, 0) : 0;
   }
@@ -120,7 +120,7 @@ export class Plot {
     this.rebuild();
   }
 
-  /** Draws again when its place has another size. */
+  /** Redraws when its container has changed size. */
   resize(): void {
     const { clientWidth, clientHeight } = this.holder;
     if (this.plot && clientWidth > 0 && (this.plot.width !== clientWidth || this.plot.height !== clientHeight)) {
@@ -157,7 +157,7 @@ export class Plot {
     }
   }
 
-  /** Series with times of their own on one axis. */
+  /** Joins series with individual times on one axis. */
   private join(): uPlot.AlignedData {
     const tables = this.series.map(({ times, values }) => {
       const [x, y] = thin(times, values, mostPoints);

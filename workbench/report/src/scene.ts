@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What plan and image have in common: which tracks are shown at a time.
+// Selects the tracks that plan and image view show at a time.
 import type { Mark } from './canvas';
 import { lookupTime, type Model, type Run } from './model';
 import type { Selection, State } from './state';

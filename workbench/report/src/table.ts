@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Tracks over time, as workbench/report/TrackTable.h packs them.
+// Decodes tables of tracks over time, as encoded by workbench/report/TrackTable.h.
 import { missing, unpack, type PackedColumn } from './column';
 
 export interface PackedTable {
@@ -12,12 +12,12 @@ export interface PackedTable {
   readonly columns: Readonly<Record<string, PackedColumn>>;
 }
 
-/** Rows of numbers, track by track and within a track frame by frame. */
+/** Rows of numbers, ordered by track, then by frame. */
 export class Table {
   readonly frames: number;
   readonly tracks: number;
   readonly rows: number;
-  /** First row of each track; one more entry for the end. */
+  /** First row of each track, and the end of the last one. */
   readonly first: Int32Array;
   /** Frame and track of each row. */
   readonly frame: Int32Array;
@@ -50,7 +50,7 @@ export class Table {
     [this.frameStart, this.frameRows] = groupByFrame(this.frame, this.frames);
   }
 
-  /** The numbers of a column; NaN where there is none. */
+  /** Decodes the numbers of a column; NaN where missing. */
   column(name: string): Float32Array {
     let numbers = this.unpacked.get(name);
     if (!numbers) {
@@ -65,7 +65,7 @@ export class Table {
     return numbers;
   }
 
-  /** What tells tracks apart, one number per track. */
+  /** The numbers of a key, one per track. */
   key(name: string): Int32Array {
     let keys = this.unpackedKeys.get(name);
     if (!keys) {
@@ -81,21 +81,21 @@ export class Table {
     return this.frameRows.subarray(this.frameStart[frame] ?? 0, this.frameStart[frame + 1] ?? 0);
   }
 
-  /** The last row of a track that is not after a frame; -1 when it begins later. */
+  /** The last row of a track up to a frame; -1 when it begins later. */
   rowBefore(track: number, frame: number): number {
     const first = this.first[track];
     const row = lastAtMost(this.frame, frame, first, this.first[track + 1]);
     return row >= first ? row : -1;
   }
 
-  /** The row of a track in a frame; -1 when it is not in it. */
+  /** The row of a track in a frame; -1 when there is none. */
   rowAt(track: number, frame: number): number {
     const row = this.rowBefore(track, frame);
     return row >= 0 && this.frame[row] === frame ? row : -1;
   }
 }
 
-/** Rows sorted by frame: where each frame begins in the list, and the list. */
+/** Groups rows by frame: the start of each frame in the list, and the list of rows. */
 function groupByFrame(frame: Int32Array, frames: number): [Int32Array, Int32Array] {
   const start = new Int32Array(frames + 1);
   for (const value of frame) {
@@ -112,7 +112,7 @@ function groupByFrame(frame: Int32Array, frames: number): [Int32Array, Int32Arra
   return [start, rows];
 }
 
-/** Index of the last time that is not after `time`; -1 when all are. */
+/** Index of the last time up to `time`; -1 when all are later. */
 export function lastNotAfter(times: Float64Array, time: number): number {
   return lastAtMost(times, time, 0, times.length);
 }

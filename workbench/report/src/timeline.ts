@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Lanes of the system tracks: when each lived, who fed it, when it was confirmed, what it was, and
-// when it lost or took an object.
+// Lanes of the system tracks: lifetime, sensor tracks, confirmation, class, and identity switches.
 import { Surface } from './canvas';
 import { tickText } from './clock';
 import { letterOf, type Life, type Model, type Stretch, type Switch } from './model';
@@ -10,7 +9,7 @@ import { traceDiamond } from './symbols';
 
 export const laneHeight = 22;
 const axisHeight = 20;
-/** Room for the names of the lanes. */
+/** Width of the lanes' labels, pixels. */
 export const gutter = 118;
 
 export interface Lane {
@@ -31,12 +30,12 @@ export function lanesOf(model: Model, withTentative: boolean): Lane[] {
         switches: (run.judgement?.switches ?? []).filter((change) => change.to === life.id || change.from === life.id),
       })),
   );
-  // What was never confirmed is rarely what one looks for.
+  // Tracks that were never confirmed come last.
   const rank = (lane: Lane) => (Number.isNaN(lane.life.confirmed) ? 1 : 0);
   return lanes.sort((a, b) => rank(a) - rank(b) || a.run - b.run);
 }
 
-/** The class that a track had for the longest time. */
+/** The class that a track had for the longest total time. */
 export function mainClass(classes: readonly Stretch<string>[]): string {
   const sums = new Map<string, number>();
   for (const { from, to, value } of classes) {
@@ -45,7 +44,7 @@ export function mainClass(classes: readonly Stretch<string>[]): string {
   return [...sums].sort((a, b) => b[1] - a[1])[0]?.[0] ?? 'unknown';
 }
 
-/** Round distances between the ticks of an axis, s. */
+/** Spacing of the ticks of an axis, a round number, s. */
 export function tickSpacing(duration: number, width: number): number {
   const least = (duration / Math.max(1, width)) * 70;
   return [0.5, 1, 2, 5, 10, 20, 30, 60, 120, 300, 600, 1800, 3600].find((step) => step >= least) ?? 7200;
@@ -68,7 +67,7 @@ export class Timeline {
     this.scroll = Math.min(Math.max(0, this.contentHeight - this.surface.height), Math.max(0, this.scroll + amount));
   }
 
-  /** Scrolls so that a track's lane can be seen. */
+  /** Scrolls a track's lane into view. */
   reveal(run: number, id: number): void {
     const index = this.indexOf(run, id);
     if (index >= 0) {
@@ -113,7 +112,7 @@ export class Timeline {
     }
     this.scrollBy(0);
     const { context, height } = this.surface;
-    // Only the line of the time moves while one scrubs; the lanes are kept as a picture.
+    // While scrubbing only the time line moves; the lanes are kept as a cached image.
     const shown = [this.lanes, this.scroll, this.surface.canvas.width, this.surface.canvas.height, state.selection, palette];
     if (shown.every((part, i) => part === this.pictured[i])) {
       context.drawImage(this.picture, 0, 0, this.surface.width, height);

@@ -5,7 +5,7 @@ import { pack } from './pack';
 
 describe('a column', () => {
   it('is read from the bytes that the program writes', () => {
-    // Three zeros; +5; one zero; -1; +200 in two bytes: the same bytes as in the test of the writer.
+    // Three zeros; +5; one zero; -1; +200 in two bytes: the same bytes as in the test of the encoder.
     const data = Buffer.from([0, 2, 10, 0, 0, 1, 0x90, 3]).toString('base64');
     expect([...unpack({ step: 1, data }, 7)]).toEqual([0, 0, 0, 5, 5, 4, 204]);
   });

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Packs what the page unpacks, as workbench/report/Column.h describes it.
+// Encodes data for the page's decoder, see workbench/report/Column.h.
 import { missing, type PackedColumn } from '../src/column';
 import type { ReportData, RunData, SeenData } from '../src/data';
 import type { PackedTable } from '../src/table';
@@ -38,7 +38,7 @@ export function pack(values: readonly number[], step = 1): PackedColumn {
 
 export type Row = Readonly<Record<string, number>>;
 
-/** A table from rows {frame, ...values}, track by track. */
+/** A table from rows {frame, ...values}, ordered by track. */
 export function packTable(
   frames: number,
   tracks: readonly { readonly key: Row; readonly rows: readonly (Row & { frame: number })[] }[],
