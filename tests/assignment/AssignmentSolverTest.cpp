@@ -75,8 +75,8 @@ TEST(AssignmentSolver, GivesTheLiteralPairsWhateverWayItTakes) {
     }
 }
 
-// Allowed pairs at the forbidden cost fill up the unique assignment; which ones do is for the scan
-// orders to say.
+// Allowed pairs at the forbidden cost may complete the unique assignment; which ones do depends on
+// the scan orders.
 TEST(AssignmentSolver, GivesTheLiteralPairsWhereForbiddenCostsAreAllowed) {
     RandomEstimates random(32);
     AssignmentSolver solver;

@@ -72,7 +72,7 @@ TEST_P(SolverFamilies, ReachTheOptimumOfAllPermutations) {
     }
 }
 
-// Dual feasibility: u[i] + v[j] <= c[i][j] with equality on the assignment proves the optimum.
+// Dual feasibility, u[i] + v[j] <= c[i][j] with equality on the assignment, proves optimality.
 TEST_P(SolverFamilies, HavePricesThatProveTheOptimum) {
     RandomEstimates random(13);
     JonkerVolgenant solver;
@@ -108,8 +108,8 @@ TEST(JonkerVolgenant, GivesTheFirstContestedColumnToTheLowerOfTwoIdenticalRows) 
               (std::vector<int>{1, 0, 2}));
 }
 
-// After the augmentation the price of a column is (v + d) - least; v + (d - least) may differ in
-// the last digit, and where costs are nearly tied another assignment comes out.
+// After the augmentation the price of a column is (v + d) - least. v + (d - least) may differ in
+// the last digit, which leads to another assignment where costs are nearly tied.
 TEST(JonkerVolgenant, MovesPricesInTheOrderOfTheSum) {
     const Costs C = {{F, F, F, 1.02, 1.0, 1.03, F, F, F, F, 1.02},
                      {F, F, F, F, F, F, F, 1.03, F, F, F},
@@ -138,7 +138,7 @@ TEST(JonkerVolgenant, TakesForbiddenPairsWhereNothingElseIsLeft) {
 TEST(JonkerVolgenant, TreatsCostsThatAreNotFiniteAsForbidden) {
     EXPECT_EQ(solve({{nan, 1.0}, {2.0, 9998.0}}), (std::vector<int>{1, 0}));
     EXPECT_EQ(solve({{infinite, 1.0}, {9998.0, 2.0}}), (std::vector<int>{1, 0}));
-    // Forbidden, not the best or worst of all.
+    // Infinite costs are forbidden; they are neither best nor worst.
     EXPECT_EQ(solve({{-infinite, 1.0}, {1.0, 1.0}}), (std::vector<int>{1, 0}));
     EXPECT_EQ(solve({{infinite, 20000.0}, {20000.0, infinite}}), (std::vector<int>{0, 1}));
 }
@@ -207,7 +207,7 @@ TEST(JonkerVolgenant, DoesNotAllocateOnceWarm) {
     EXPECT_EQ(allocations.count(), 0u);
 }
 
-// The smallest problem whose row reduction repeats its state: near 9999 the prices do not move.
+// The smallest problem whose row reduction repeats its state: at 9999 the prices no longer change.
 TEST(JonkerVolgenant, EndsWhereAPriceDoesNotMove) {
     const Costs C = {
         {0.0, 1.2000000000000002, 0.6000000000000001}, {0.4, 1.6, 1.8}, {1.5, 1.5, 0.9}};
@@ -217,8 +217,8 @@ TEST(JonkerVolgenant, EndsWhereAPriceDoesNotMove) {
     EXPECT_TRUE(solveLiterally(C).endingRuleUsed);
 }
 
-// Eleven rows compete for ten columns at nearly equal costs: by single steps of about 1e-4 the
-// prices would need 1e8 of them to reach the forbidden cost.
+// Eleven rows compete for ten columns at nearly equal costs: in steps of about 1e-4 the prices
+// would reach the forbidden cost only after 1e8 steps.
 TEST(JonkerVolgenant, EndsAPriceWar) {
     RandomEstimates random(17);
     JonkerVolgenant solver;
@@ -242,7 +242,7 @@ TEST(JonkerVolgenant, ReachesTheOptimumWhereTheEndingRulesAct) {
     EXPECT_GT(acted, 100);
 }
 
-// Sums and differences overflow here; what counts is that everybody gets a column.
+// Sums and differences overflow here; every row must still get a column.
 TEST(JonkerVolgenant, EndsOnHugeCosts) {
     RandomEstimates random(19);
     const double numbers[] = {1e308, -1e308, 1e300, -1e300, 1.7e308, -1.7e308, 5e-324, 0.0, 1.0};

@@ -8,7 +8,7 @@
 
 namespace VeskarTest {
 
-// The oracle reads like the textbook: its names are the textbook's.
+// Uses the textbook's names.
 LiteralSolution solveLiterally(const Costs& input) {
     LiteralSolution solution;
     const int n = static_cast<int>(input.size());

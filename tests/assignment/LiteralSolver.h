@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The assignment algorithm written down step by step, as slowly as it reads: the oracle.
+// Test oracle: the assignment algorithm as in the textbook, step by step, without optimisation.
 #pragma once
 
 #include <utility>
@@ -11,14 +11,14 @@ using Costs = std::vector<std::vector<double>>;
 using Allowed = std::vector<std::vector<bool>>;
 using Pairs = std::vector<std::pair<int, int>>;
 
-/// What the literal solver did.
+/// Result of the literal solver.
 struct LiteralSolution {
     std::vector<int> columnOfRow;
-    int longestPass = 0;          ///< most steps that a pass of the row reduction took
-    bool endingRuleUsed = false;  ///< whether a rule that makes the row reduction end has acted
+    int longestPass = 0;          ///< largest number of steps in a row reduction pass
+    bool endingRuleUsed = false;  ///< whether a rule that terminates the row reduction applied
 };
 
-/// @param input square cost matrix; what is not finite counts as 9999
+/// @param input square cost matrix; values that are not finite count as 9999
 LiteralSolution solveLiterally(const Costs& input);
 
 /// Pads the top-left rows x cols block to a square, solves it and keeps the allowed pairs.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Assignment problems of many kinds.
+// Assignment problems of various kinds.
 #pragma once
 
 #include "assignment/LiteralSolver.h"
@@ -9,15 +9,15 @@
 
 namespace VeskarTest {
 
-/// @return a square matrix of forbidden pairs, of which some are allowed
+/// @return a square matrix of forbidden and, at random, allowed pairs
 /// @param density probability of an allowed pair
 Costs makeGated(RandomEstimates& random, int n, double density);
 
-/// All rows but the first compete for one column less than they are, at costs that hardly differ:
+/// All rows but the first compete for one column fewer than their number, at nearly equal costs:
 /// prices rise in tiny steps up to the forbidden cost.
 Costs makePriceWar(RandomEstimates& random, int n, double step);
 
-/// One way to fill a square matrix.
+/// A method to fill a square matrix.
 struct Family {
     const char* name;
     Costs (*make)(RandomEstimates& random, int n);

@@ -74,7 +74,7 @@ TEST(UniqueAssignment, AgreesWithTheLiteralAlgorithmWhereverItAnswers) {
     EXPECT_GT(answered, 1900);
 }
 
-// Costs a few nearly equal steps apart: the answer must be right on both sides of the margin.
+// Costs that are a few steps around ties: answers must be right on both sides of the margin.
 TEST(UniqueAssignment, AgreesOnNearTiesWhereverItAnswers) {
     RandomEstimates random(22);
     UniqueAssignment solver;
@@ -142,7 +142,7 @@ TEST(UniqueAssignment, RefusesCostsBeyondTheForbiddenOne) {
     EXPECT_FALSE(UniqueAssignment().solve(costs, 1));
 }
 
-// Eight rows want every column: the searches grow with the problem.
+// Eight rows allow every column: the effort of the searches grows with the problem.
 TEST(UniqueAssignment, GivesUpWhereThatTakesTooLong) {
     RandomEstimates random(23);
     const auto isSolved = [&random](std::size_t cols) {

@@ -16,8 +16,8 @@ bool holds(const SparseCosts& costs, const PricedAssignment& solved) {
     return UniquenessProof().holds(costs, solved);
 }
 
-/// Rows 0 and 1 have columns 0 and 1; row 2 and column 2 are left over, though row 2 would like
-/// column 1.
+/// Rows 0 and 1 are assigned to columns 0 and 1; row 2 and column 2 are unassigned, although row 2
+/// allows column 1.
 class ThreeRows : public testing::Test {
 protected:
     ThreeRows() {
@@ -57,8 +57,8 @@ TEST_F(ThreeRows, AreNotProvenWhenAnAssignedPairIsDearerThanItsPrices) {
     EXPECT_FALSE(holds(costs, solved));
 }
 
-// Another optimum of the prices: a tight move proves nothing against the assignment as long as no
-// chain of tight moves closes.
+// Other optimal prices: a tight move is no counterexample as long as tight moves form no closed
+// chain.
 TEST_F(ThreeRows, AreProvenDespiteATightMove) {
     price(-9992.0, -9991.0);  // row 2 into column 1
     EXPECT_TRUE(holds(costs, solved));
@@ -106,9 +106,9 @@ TEST_F(OneRow, IsProvenByAnyPricesThatKeepTheRelations) {
 }
 
 TEST_F(OneRow, IsNotProvenByPricesThatBreakThem) {
-    EXPECT_FALSE(holdsFor(F + 1.0, -F, 0.0));  // dearer than to be left over
-    EXPECT_FALSE(holdsFor(0.5, 0.5, 0.0));     // paid for taking a column
-    EXPECT_FALSE(holdsFor(1.0, 0.0, -0.1));    // a price nobody pays
+    EXPECT_FALSE(holdsFor(F + 1.0, -F, 0.0));  // costs more than leaving both unassigned
+    EXPECT_FALSE(holdsFor(0.5, 0.5, 0.0));     // a positive column price
+    EXPECT_FALSE(holdsFor(1.0, 0.0, -0.1));    // the free column has a price
     EXPECT_FALSE(holdsFor(1.0, 0.0, 0.1));
 }
 

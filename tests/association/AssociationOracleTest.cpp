@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whole association calls against the literal rules: pairs, their order, removed ids and errors.
+// Compares whole association calls with the literal rules: pairs, their order, removed ids and
+// errors.
 #include <veskar/TrackAssociator.h>
 
 #include "association/LiteralAssociator.h"
@@ -18,7 +19,7 @@ using Veskar::TrackAssociator;
 
 namespace {
 
-/// What a call returned or threw.
+/// The result of a call, or its exception.
 struct Outcome {
     Pairs pairs;
     std::string error;
@@ -116,12 +117,12 @@ protected:
 
     RandomEstimates random{static_cast<unsigned>(100 + GetParam())};
     Veskar::Config config;
-    std::size_t found = 0;  ///< pairs seen: a comparison of nothing with nothing proves nothing
+    std::size_t found = 0;  ///< number of compared pairs: must be positive for a meaningful test
     std::size_t errors = 0;
     std::size_t removals = 0;
 
 private:
-    /// What the matrix operations write, one after the other.
+    /// The results of the matrix operations, called in order.
     struct Matrices {
         Costs cost;
         Allowed allowed;
@@ -166,7 +167,7 @@ TEST_P(AssociationOracle, AgreesOnRandomScenes) {
     }
 }
 
-// States and covariances on a grid: costs and matrices full of exact ties.
+// States and covariances on a grid, which yield costs and matrices with many exact ties.
 TEST_P(AssociationOracle, AgreesOnTies) {
     for (int k = 0; k < 100; ++k) {
         SceneSettings settings;
@@ -181,7 +182,8 @@ TEST_P(AssociationOracle, AgreesOnTies) {
     EXPECT_GT(found, 100u);
 }
 
-// A source of which some system tracks know nothing: whoever is asked first decides.
+// Some system tracks have no map for the source: which error comes first depends on the order of
+// the queries.
 TEST_P(AssociationOracle, AgreesOnErrors) {
     for (int k = 0; k < 60; ++k) {
         SceneSettings settings;
@@ -212,8 +214,8 @@ TEST_P(AssociationOracle, AgreesWhereTracksReportAnotherSource) {
     EXPECT_GT(found, 20u);
 }
 
-// Whatever the numbers are, calls end and agree. Also states that are NaN only where the position
-// gate does not look, so that NaN costs reach the solver as allowed pairs.
+// Calls terminate and agree for any numbers, including states that are NaN only in components that
+// the position gate ignores, so that NaN costs reach the solver as allowed pairs.
 TEST_P(AssociationOracle, AgreesOnNumbersThatAreNotNormal) {
     const std::array<double, 10> numbers = {std::numeric_limits<double>::quiet_NaN(),
                                             std::numeric_limits<double>::infinity(),

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Tracks on a line, whose distances are known at sight.
+// Tracks along a line, with distances that are easy to calculate.
 #pragma once
 
 #include "support/TrackFactory.h"
@@ -19,7 +19,7 @@ inline std::shared_ptr<Veskar::Track> trackAt(double u, Veskar::Source source, i
     return makeTrack(report);
 }
 
-/// A system track that only holds such a track, with its id.
+/// A system track with such a track as its only sensor track; both have the same id.
 inline std::shared_ptr<Veskar::SystemTrack> systemAt(double u, Veskar::Source source, int id,
                                                      const char* className = "human") {
     return makeSystemTrack(trackAt(u, source, id, className), id);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The association rules written down cell by cell, with fresh gating everywhere: the oracle.
+// Test oracle: the association rules cell by cell, with the gate recomputed for each.
 #pragma once
 
 #include <veskar/Config.h>
@@ -18,7 +18,7 @@ using SensorTracks = std::vector<std::shared_ptr<Veskar::Track>>;
 using SystemTracks = std::vector<std::shared_ptr<Veskar::SystemTrack>>;
 using ClassMatch = std::vector<std::vector<int>>;
 
-/// TrackAssociator without one thought for speed.
+/// TrackAssociator without any optimisation.
 class LiteralAssociator {
 public:
     struct Gating {

@@ -14,7 +14,7 @@ using Veskar::Source;
 using Veskar::SystemTrack;
 using Veskar::Track;
 
-/// Three groups, one class without a group, one that is not supported.
+/// Three class groups, one class without a group, and one unsupported class.
 const std::array<std::string, 8> classes = {"human", "car",  "truck",      "unknown",
                                             "human", "bike", "human_face", "motorcycle_bicycle"};
 
@@ -42,7 +42,7 @@ std::shared_ptr<Track> makeSensorTrack(const SceneSettings& settings, RandomEsti
         for (const int k : {0, 2, 4}) {
             report.state[k] *= settings.spread;
         }
-        // Some stand still.
+        // Some components are nearly at rest.
         for (const int k : {1, 3, 5}) {
             report.state[k] *= chance(random, 0.3) ? 0.001 : 0.5;
         }
@@ -56,7 +56,7 @@ std::shared_ptr<Track> makeSensorTrack(const SceneSettings& settings, RandomEsti
     return track;
 }
 
-/// A report beside the first track that a system track holds: more pairs inside the gates.
+/// Places a report near the first track of a system track, to get more pairs inside the gates.
 void standBeside(Track& track, const SystemTrack& system, RandomEstimates& random) {
     for (int k = 0; k < 6; ++k) {
         track.state[k] = system.state[k] + random.uniform(-0.2, 0.2);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Random frames for association: every mix of sources, classes, boxes, speeds and distances.
+// Random frames for association, with varied sources, classes, boxes, speeds and distances.
 #pragma once
 
 #include "association/LiteralAssociator.h"
@@ -9,12 +9,12 @@
 
 namespace VeskarTest {
 
-/// What a scene looks like.
+/// Properties of a scene.
 struct SceneSettings {
     int systems = 8;
     int sensors = 8;
     Veskar::Source source = Veskar::Source::Radar;
-    double spread = 3.0;          ///< half the width of the area that tracks stand in
+    double spread = 3.0;          ///< half the width of the area with tracks
     double otherSource = 0.4;     ///< probability that a system track holds the other source too
     double reported = 0.3;        ///< probability that a sensor track is held by a system track
     bool allSourcesKnown = true;  ///< every system track has a map for every source
@@ -29,10 +29,10 @@ struct Scene {
     std::unordered_set<int> excludedIds;
 };
 
-/// @return a scene that only the settings and the state of @p random decide
+/// @return a scene that depends only on the settings and the state of @p random
 Scene makeScene(const SceneSettings& settings, RandomEstimates& random);
 
-/// @return a configuration with gates that let some pairs of such a scene pass
+/// @return a configuration whose gates pass some pairs of such a scene
 Veskar::Config makeSceneConfig(RandomEstimates& random);
 
 }  // namespace VeskarTest

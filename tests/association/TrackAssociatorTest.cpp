@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// TrackAssociator: whole associations, case by case.
+// TrackAssociator: whole associations, one rule per test.
 #include <veskar/TrackAssociator.h>
 
 #include "assignment/LiteralSolver.h"
@@ -54,7 +54,7 @@ protected:
 class OptimalSensorToSystem : public Association {};
 
 TEST_F(OptimalSensorToSystem, ServesAllInsteadOfTheNearest) {
-    // The nearest pair is (0, 0); taking it would leave system track 1 without a partner.
+    // The nearest pair is (0, 0); assigning it would leave system track 1 unassigned.
     systems = {systemAt(0.0, Source::VideoObject, 1), systemAt(1.5, Source::VideoObject, 2)};
     sensors = {trackAt(0.1, Source::Radar, 7), trackAt(-1.5, Source::Radar, 8)};
     EXPECT_EQ(sensorToSystem(Source::Radar), (Pairs{{0, 1}, {1, 0}}));
@@ -85,7 +85,7 @@ TEST_F(OptimalSensorToSystem, LeavesTheResultEmptyWhenTheProblemIsTooBig) {
         EXPECT_STREQ(e.what(), "One of the JVA costMatrix dimensions was too big (>512)");
     }
     EXPECT_THAT(associator.getAssociations(), IsEmpty());
-    // The class rule comes before the solver.
+    // The class rule is applied before the solver.
     EXPECT_THAT(removedIds, UnorderedElementsAre(8));
 }
 
@@ -120,7 +120,8 @@ TEST_F(OptimalSensorToSystem, CountsAHeldTrackAsAMatch) {
     EXPECT_THAT(sensorToSystem(Source::Radar), IsEmpty());
 }
 
-// Every sensor track is held, and still one is inside the gate of a system track of another class.
+// Every sensor track is held; nevertheless one is inside the gate of a system track of another
+// class.
 TEST_F(OptimalSensorToSystem, ReportsMismatchesAmongHeldTracks) {
     config.module.removeClassMismatches = true;
     systems = {systemAt(0.0, Source::VideoObject, 1), systemAt(0.2, Source::Radar, 7, "car")};
@@ -157,7 +158,7 @@ TEST_F(OptimalSensorToSystem, DoesNotShareVideoTracks) {
     EXPECT_EQ(sensorToSystem(Source::VideoObject), (Pairs{{1, 0}}));
 }
 
-// A velocity without a value does not count for the position gate: an allowed pair without a cost.
+// The position gate ignores an invalid velocity: an allowed pair with an invalid cost.
 TEST_F(OptimalSensorToSystem, TakesAnAllowedPairWithoutACostOnlyAsTheLastResort) {
     config.module.splitGating = true;
     config.module.positionGatingDistance = 1.5;
@@ -259,7 +260,7 @@ TEST_F(GreedySensorToSystem, HasNoLimitOfSize) {
 
 class OptimalSystemToSystem : public Association {
 protected:
-    /// @return a system track that started at a time
+    /// @return a system track with a start time
     static std::shared_ptr<SystemTrack> startedAt(double time, double u, Source source, int id) {
         auto system = systemAt(u, source, id);
         system->startTime = time;
@@ -303,10 +304,10 @@ TEST_F(OptimalSystemToSystem, KeepsTheLaterOfTwoPairsOfOneCost) {
     EXPECT_EQ(systemToSystem(), (Pairs{{2, 3}}));
 }
 
-// The solver lets a track be row of one pair and column of another one; the cheaper pair has it.
+// The solver may use a track as row of one pair and as column of another; the cheaper pair is kept.
 TEST_F(OptimalSystemToSystem, KeepsTheLaterOfTwoPairsWithoutACost) {
-    // Nobody is fast enough for the velocity to count against a pair; where it is not a number or
-    // the distance is endless, the pair has no cost.
+    // No speed reaches the limit above which velocity matters for the gate; where the velocity is
+    // NaN or the distance infinite, the pair has no valid cost.
     config.module.splitGating = true;
     config.module.positionGatingDistance = 2.0;
     config.module.velocityMinGatingLimit = 1e6;
@@ -349,7 +350,8 @@ TEST_F(GreedySystemToSystem, NeedsTheYoungerRadarTrack) {
     EXPECT_THAT(systemToSystem(), IsEmpty());
 }
 
-// The nearest one that cannot be paired stands in the way, and stays free for others.
+// When the nearest track cannot be paired, the next one is not tried, and the nearest stays free
+// for others.
 TEST_F(GreedySystemToSystem, DoesNotLookBeyondTheNearest) {
     systems = {startedAt(1.0, 0.5, Source::VideoObject, 1),
                startedAt(9.0, 0.0, Source::VideoObject, 2), startedAt(5.0, 0.0, Source::Radar, 3),
@@ -381,7 +383,7 @@ TEST_F(GreedySystemToSystem, LeavesExcludedIdsAndFusedTracksOut) {
 }
 
 TEST_F(GreedySystemToSystem, TakesTheIdOfThePairedRadarTrackToo) {
-    // The other video track has the id of the radar track that is paired first.
+    // The other video track has the same id as the radar track that is paired first.
     systems = {startedAt(5.0, 0.0, Source::Radar, 7), startedAt(1.0, 0.1, Source::VideoObject, 2),
                startedAt(5.0, 0.6, Source::Radar, 3), startedAt(1.0, 0.7, Source::VideoObject, 7)};
     EXPECT_EQ(systemToSystem(), (Pairs{{0, 1}, {1, 0}}));

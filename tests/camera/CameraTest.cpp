@@ -37,7 +37,7 @@ const Eigen::Vector4d lens(0.01, 0.8, -0.05, 0.03);
 const Eigen::Vector4d inverseLens(-0.0125, 1.25, 0.1, -0.06);
 const Eigen::Vector2d halfAngles(0.7, 0.4);
 
-/// Two pixels wide for one high, looking along the first axis.
+/// Aspect ratio 2, viewing direction along the first axis.
 Camera lensCamera() {
     return {Eigen::Vector2i(2000, 1000),
             Eigen::Vector2d(0.0, 0.0),
@@ -56,7 +56,7 @@ Camera pinholeCamera() {
             true};
 }
 
-/// A camera whose centre looks down by @p degrees from a height of 5.
+/// A camera at a height of 5 whose centre ray is @p degrees below the horizon.
 Camera lookingDown(double degrees) {
     Camera camera(Eigen::Vector2i(2000, 1000), Eigen::Vector2d(0.0, 0.0), straightLens, inverseLens,
                   halfAngles, false);
@@ -144,7 +144,7 @@ TEST(CameraLens, RoundsTheCubeOnce) {
         EXPECT_EQ(camera.evaluatePolynomImageToRadians(t), std::pow(t, 3.0));
         differing += std::pow(t, 3.0) == t * t * t ? 0 : 1;
     }
-    EXPECT_GT(differing, 10);  // there is a difference to see
+    EXPECT_GT(differing, 10);  // the test covers actual differences
 }
 
 TEST(CameraLens, KeepsTheSignOfTheCube) {
@@ -178,7 +178,7 @@ TEST(CameraRange, IsHeightOverTheSineOfTheAngleInTheCentre) {
 }
 
 TEST(CameraRange, TakesTheSmallestStepFromOneForTheRadiusOfTheCentre) {
-    // A lens so steep that the least radius, 2^-52, is an angle that shows: 0.222.
+    // A lens so steep that the smallest radius, 2^-52, corresponds to a noticeable angle: 0.222.
     Camera camera(Eigen::Vector2i(2000, 1000), Eigen::Vector2d(0.0, 0.0),
                   Eigen::Vector4d(0.0, 1e15, 0.0, 0.0), inverseLens, halfAngles, false);
     camera.setRotation(0.0, 30.0, 0.0);
@@ -198,7 +198,7 @@ TEST(CameraRange, IsClampedAboveTheHorizon) {
 TEST(CameraRange, IsClampedOnlyBelowTheMinimumAngle) {
     const Camera camera = lookingDown(12.0);
     const double range = 5.0 / std::sin(degreesToRadians(12.0));
-    // At exactly the minimum angle the ray itself counts.
+    // At exactly the minimum angle the ray itself is used.
     EXPECT_FALSE(camera.getRangeToTarget(0.0, 0.0, 12.0).clamped);
     EXPECT_DOUBLE_EQ(camera.getRangeToTarget(0.0, 0.0, 12.0).range, range);
     EXPECT_FALSE(camera.getRangeToTarget(0.0, 0.0, 12.0 - 1e-9).clamped);
@@ -218,7 +218,7 @@ TEST(CameraRange, HasADirectionInTheOpticalCentre) {
     camera.setLensPolynomImageToRadians(0.1, 0.7, 0.0, 0.0);
     camera.setSensorOffset(0.25, -0.125);
     const Camera::RangeToTarget target = camera.getRangeToTarget(0.25, -0.125, 1.0);
-    // The lens says 0.1 there, but without a direction to tilt to only its cosine remains.
+    // The lens gives 0.1 there, but without a direction to tilt towards, only its cosine remains.
     EXPECT_FALSE(target.clamped);
     EXPECT_NEAR(target.range, 10.0 / std::cos(0.1), 1e-12);
 
@@ -237,7 +237,7 @@ TEST(CameraRange, UsesTheHorizontalHalfAngleOfAPinhole) {
     Camera camera = pinholeCamera();
     camera.setRotation(0.0, 20.0, 0.0);
     camera.setPosition(0.0, 0.0, 5.0);
-    // A pinhole at one half-width from its plane sees the right edge under the half-angle.
+    // A pinhole with focal length of one half-width sees the right edge at the half-angle.
     const double below = std::atan(0.25 * std::tan(halfAngles[0]));
     EXPECT_NEAR(camera.getRangeToTarget(0.0, -0.5, 1.0).range,
                 5.0 / std::sin(degreesToRadians(20.0) + below), 1e-12);
@@ -252,7 +252,7 @@ TEST(CameraRange, IsNotANumberWhenThePointIsNone) {
 /// A direction or point in space.
 using Space = std::array<long double, 3>;
 
-/// Turns two coordinates of a vector by an angle from the first towards the second.
+/// Rotates two coordinates of a vector by an angle, from the first towards the second.
 void turn(Space& vector, std::size_t first, std::size_t second, double degrees) {
     const long double angle = degrees * std::acos(-1.0L) / 180.0L;
     const long double x = vector[first];
@@ -266,7 +266,7 @@ struct Mounting {
     Eigen::Vector3d position;
 };
 
-/// The unit viewing ray in the world, by turning it step by step.
+/// The unit viewing ray in the world frame, by successive rotations.
 Space viewingRay(const Camera& camera, const Mounting& mounting, double x, double y) {
     const long double dx = static_cast<long double>(x) - camera.getSensorOffset()[0];
     const long double dy = (static_cast<long double>(y) - camera.getSensorOffset()[1]) *
@@ -277,7 +277,7 @@ Space viewingRay(const Camera& camera, const Mounting& mounting, double x, doubl
         camera.hasBDCEnabled()
             ? std::atan(radius * std::tan(static_cast<long double>(camera.getFieldOfView()[0])))
             : ((c[3] * radius + c[2]) * radius + c[1]) * radius + c[0];
-    // Away from the centre line by theta, to the right by the first image coordinate.
+    // At theta from the centre line, to the right along the first image coordinate.
     Space ray = {std::cos(theta), -dx / radius * std::sin(theta), dy / radius * std::sin(theta)};
     turn(ray, 1, 2, mounting.roll);
     turn(ray, 2, 0, mounting.pitch);
@@ -285,7 +285,7 @@ Space viewingRay(const Camera& camera, const Mounting& mounting, double x, doubl
     return ray;
 }
 
-/// The distance from the camera to the point where the ray meets the plane at height 0.
+/// The distance from the camera to the intersection of the ray with the plane at height 0.
 long double distanceToGround(const Mounting& mounting, const Space& ray) {
     const Eigen::Vector3d& from = mounting.position;
     const long double steps = -static_cast<long double>(from[2]) / ray[2];
@@ -335,7 +335,7 @@ TEST(CameraRange, AgreesWithTheRayMeetingTheGround) {
 
 TEST(CameraRangeUncertainty, IsTheSignedChangeInTheCentreColumn) {
     Camera camera = lookingDown(30.0);
-    camera.setRotation(0.0, 30.0, 15.0);  // so that another column would have another range
+    camera.setRotation(0.0, 30.0, 15.0);  // so that other columns have other ranges
     const Camera::RangeToTarget up = camera.getRangeToTargetUncertainty(-0.25, 1.0, 0.0625);
     EXPECT_FALSE(up.clamped);
     EXPECT_EQ(up.range, camera.getRangeToTarget(0.0, -0.125, 1.0).range -
@@ -385,7 +385,7 @@ Camera load(const JsonDocument& json) {
     return Camera::parse(json.text());
 }
 
-/// What parsing throws and, line by line, what it logs must be @p reason.
+/// Checks that parsing throws @p reason and logs its lines.
 void expectRefusal(const JsonDocument& json, const std::string& reason) {
     const SyslogCapture log;
     try {

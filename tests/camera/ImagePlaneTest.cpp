@@ -175,7 +175,7 @@ TEST(ImageBorder, KeepsTheFirstCoordinateOfAVerticalSegment) {
 }
 
 TEST(ImageBorder, FollowsASegmentThatIsVerticalJustNotEnough) {
-    // At a difference of exactly 1e-6, half of it is left at half the height.
+    // At a difference of exactly 1e-6, half of it remains at half the height.
     EXPECT_THAT(intersectionWithImageBorder(0.0, 2.0, 1e-6, 0.0), IsPoint(1.0, 5e-7));
 }
 
@@ -206,7 +206,8 @@ TEST(ImageBorder, AnswersTheMiddleForAPointWithoutFirstCoordinate) {
     EXPECT_THAT(intersectionWithImageBorder(nan, 0.5, 0.0, 0.0), IsPoint(0.0, 0.0));
 }
 
-/// The share of the segment at which it enters -1..1 in both coordinates (Liang and Barsky 1984).
+/// The fraction of the segment at which it enters -1..1 in both coordinates (Liang and Barsky
+/// 1984).
 long double entryOf(double a1, double b1, double a2, double b2) {
     long double entry = 0.0L;
     const auto clip = [&entry](long double from, long double to) {

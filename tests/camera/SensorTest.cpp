@@ -24,7 +24,7 @@ Eigen::Matrix3d rotationOf(double a, double b, double c) {
     return sensor.getRotation();
 }
 
-/// The three rotations multiplied out by hand, in long double.
+/// The product of the three rotations, expanded, in long double.
 std::array<std::array<long double, 3>, 3> multipliedOut(double a, double b, double c) {
     const long double degree = std::acos(-1.0L) / 180.0L;
     const long double ca = std::cos(a * degree);
@@ -78,7 +78,7 @@ TEST(Sensor, LooksDownWithPositivePitch) {
 }
 
 TEST(Sensor, AppliesRollFirstAndYawLast) {
-    // Roll takes the second axis onto the third, pitch that onto the first, yaw that onto the
+    // Roll rotates the second axis onto the third, pitch that onto the first, yaw that onto the
     // second again.
     const Eigen::Vector3d turned = rotationOf(90.0, 90.0, 90.0) * Eigen::Vector3d::UnitY();
     EXPECT_LT((turned - Eigen::Vector3d::UnitY()).norm(), roundingError);

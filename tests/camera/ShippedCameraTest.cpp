@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The camera that is shipped with the library must make sense: a device at 5 m height that looks
-// down by 20 degrees and sees 90 degrees wide.
+// The shipped camera must be plausible: mounted at 5 m height, pitched down by 20 degrees, with a
+// field of view 90 degrees wide.
 #include <veskar/Camera.h>
 
 #include "support/JsonDocument.h"
@@ -22,7 +22,7 @@ constexpr double minimumAngle = 1.5;
 class ShippedCamera : public testing::Test {
 protected:
     const Camera camera = Camera::parse(VeskarTest::readFile("config/camera.json"));
-    /// Radius of the image corners, the farthest points that are ever looked up.
+    /// Radius of the image corners, the largest that occurs.
     const double cornerRadius = std::hypot(1.0, 1.0 / camera.getAspectRatio());
 
     double slantRange(double y) const {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What Config::findFaults says about documents that are refused or not used as they are written.
+// Config::findFaults on documents that are rejected or not used as they are written.
 #include <veskar/Config.h>
 
 #include "SourceDirectory.h"
@@ -47,17 +47,17 @@ bool hasRefused(const std::vector<ConfigFault>& faults) {
                        [](const ConfigFault& fault) { return fault.effect == Effect::Refused; });
 }
 
-/// The shipped document, to be spoilt line by line.
+/// The shipped document, with faults introduced by the tests.
 class ConfigFaults : public testing::Test {
 protected:
-    /// Replaces one piece of the text, which must be there once.
+    /// Replaces a piece of the text that occurs exactly once.
     void replace(const std::string& from, const std::string& to) {
         const std::size_t place = text.find(from);
         ASSERT_NE(place, std::string::npos) << from;
         ASSERT_EQ(text.find(from, place + 1), std::string::npos) << from;
         text.replace(place, from.size(), to);
     }
-    /// @return "KEY (line N)" of a key that stands once
+    /// @return "KEY (line N)" of a key that occurs once
     std::string place(const std::string& path) const {
         const std::string key = "\"" + path.substr(path.rfind('.') + 1) + "\"";
         const auto end = static_cast<std::ptrdiff_t>(text.find(key));
@@ -89,7 +89,7 @@ TEST_F(ConfigFaults, LeaveTheConstantsOfTheHostToWhoReadsThem) {
     text.insert(text.find('{') + 1, constants);
     EXPECT_THAT(texts(), IsEmpty());
     EXPECT_EQ(Config::parse_json_string(text).toJson(), Config::defaults().toJson());
-    // Nowhere else, and not twice.
+    // Not allowed elsewhere, nor twice.
     replace("\"veskarModule\": {", "\"veskarModule\": {" + constants);
     EXPECT_THAT(texts(), ElementsAre(HasSubstr("veskarModule.veskarHost (line ")));
     text.insert(text.find('{') + 1, constants);
@@ -275,7 +275,8 @@ TEST_F(ConfigFaults, AreFoundWithoutALineInTheLog) {
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-// A fault that is refused is found exactly where the reader refuses, whatever is written.
+// findFaults reports a rejecting fault exactly when the reader rejects the document, whatever it
+// contains.
 
 TEST_F(ConfigFaults, RefuseWhatTheReaderRefuses) {
     int refused = 0;
@@ -302,7 +303,7 @@ TEST_F(ConfigFaults, RefuseWhatTheReaderRefuses) {
 
 TEST_F(ConfigFaults, RefuseOrReplaceWhatTheReaderDoes) {
     const SyslogCapture log;
-    // Each with the index of its type in a KeyValue; 3: that of no key.
+    // Values with the index of their type in a KeyValue; 3: of no key's type.
     const std::pair<std::string, std::size_t> others[] = {
         {"null", 3}, {"\"0.5\"", 3}, {"[]", 3},  {"{}", 3},   {"true", 0}, {"1", 1},
         {"0", 1},    {"-3", 1},      {"1.0", 2}, {"20.0", 2}, {"2e1", 2}};

@@ -16,7 +16,7 @@ const std::string priority = "veskarDetectionPriority";
 
 }  // namespace
 
-// The name of a field is the name of its key.
+// Fields have the names of their keys.
 #define FIELD(record, key) #key, [](const Config& config) -> KeyValue { return config.record.key; }
 
 const std::vector<ConfigKey>& configKeys() {

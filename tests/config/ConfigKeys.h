@@ -13,7 +13,7 @@
 
 namespace VeskarTest {
 
-/// What a key sets: the alternative is the type that the document must use.
+/// The value of a key; the alternative is the type that the document must use.
 using KeyValue = std::variant<bool, int, double>;
 
 /// A key that sets one field.
@@ -21,7 +21,7 @@ struct ConfigKey {
     std::string section;  ///< path of the object that holds it
     std::string name;
     std::function<KeyValue(const Veskar::Config&)> field;
-    std::optional<KeyValue> fallback;  ///< set for a key that may be left out
+    std::optional<KeyValue> fallback;  ///< default of an optional key
 
     std::string path() const { return section + "/" + name; }
 };
@@ -30,13 +30,13 @@ inline std::ostream& operator<<(std::ostream& out, const ConfigKey& key) {
     return out << key.path();
 }
 
-/// In the order of the fields; the aspect limits of a human are read as one and not here.
+/// In the order of the fields; without the aspect limits of a human, which are read together.
 const std::vector<ConfigKey>& configKeys();
 
-/// The sections and their keys without which they are refused, in the order of reading.
+/// A section with its required keys, in the order of reading.
 struct ConfigSection {
     std::string path;                   ///< empty for the root
-    int parsers;                        ///< how many parsers a failure in it passes through
+    int parsers;                        ///< how many parsers a failure in it propagates through
     std::vector<std::string> required;  ///< in the order of reading
 };
 

@@ -51,8 +51,8 @@ Config load(const JsonDocument& document) {
     return Config::parse_json_string(document.text());
 }
 
-/// The log of a failure that passes through @p parsers sections: the reason, then what the plain
-/// exception of each section says to the one around it.
+/// The log of a failure that propagates through @p parsers sections: the reason, then the text of
+/// each section's plain exception as caught by the enclosing section.
 std::vector<std::string> logOf(const std::string& reason, int parsers) {
     std::vector<std::string> lines = {"Failed to parse fusion config: " + reason + "\n"};
     lines.resize(static_cast<std::size_t>(parsers),
@@ -72,7 +72,7 @@ void expectRefusal(const Parse& parse, const std::string& reason, int parsers) {
     EXPECT_EQ(log.errors(), logOf(reason, parsers));
 }
 
-/// Loads a document that must be accepted without a word.
+/// Loads a document that must be accepted without log messages.
 Config loadInSilence(const JsonDocument& document) {
     const SyslogCapture log;
     Config config = load(document);
@@ -86,7 +86,7 @@ std::string typeRefusal(const KeyValue& type) {
     return texts[type.index()];
 }
 
-/// One value of every type but the right one.
+/// A value of every wrong type.
 std::vector<std::string> wrongValues(const KeyValue& type) {
     std::vector<std::string> values = {"null", R"("0.5")", "[]", "{}"};
     static const std::vector<std::string> scalars[] = {
@@ -96,7 +96,7 @@ std::vector<std::string> wrongValues(const KeyValue& type) {
     return values;
 }
 
-/// A value that is neither the shipped one nor the default.
+/// A value that differs from the shipped one and from the default.
 KeyValue another(const KeyValue& value) {
     struct Other {
         KeyValue operator()(bool flag) const { return !flag; }
@@ -289,7 +289,7 @@ TEST(Config, IgnoresKeysThatItDoesNotKnow) {
     EXPECT_TRUE(loadInSilence(document).module.useJVA);
 }
 
-// The aspect limits count together or not at all
+// The aspect limits are valid together or not at all
 
 TEST(ConfigAspectLimits, AreEmptyBeforeTheyAreRead) {
     EXPECT_TRUE(Config().module.autocalibrationAspectLimits.empty());
@@ -363,7 +363,7 @@ TEST(ConfigLoading, ReleasesTheDocumentWhateverHappens) {
     EXPECT_EQ(JanssonBlocks::count(), 0);
 }
 
-// Whatever the bytes: a configuration, or the documented failure
+// Arbitrary bytes: a configuration, or the documented failure
 
 /// Loads @p text and checks that a failure is one of the two documented kinds.
 void expectConfigOrDocumentedFailure(const std::string& text) {
@@ -378,7 +378,7 @@ void expectConfigOrDocumentedFailure(const std::string& text) {
         EXPECT_THAT(log.errors(), IsEmpty());
     } catch (const std::runtime_error& error) {
         EXPECT_TRUE(isFound);
-        // what() ends at the first NUL byte.
+        // what() is truncated at the first NUL byte.
         const std::string visible = text.substr(0, text.find('\0'));
         EXPECT_THAT(error.what(), StartsWith("Failed to load json from string: " + visible));
         EXPECT_THAT(log.errors(), IsEmpty());

@@ -38,7 +38,7 @@ void expectEqual(const Config& actual, const Config& expected) {
               expected.module.autocalibrationAspectLimits);
 }
 
-/// @return the lines without the commas at their ends: the order of keys says nothing
+/// @return the lines without trailing commas, sorted, since the order of keys is irrelevant
 std::multiset<std::string> sortedLines(const std::string& text) {
     std::multiset<std::string> lines;
     std::istringstream stream(text);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// docs/configuration.md must say of every key what the parser and the shipped files say.
+// docs/configuration.md must agree with the parser and the shipped files on every key.
 #include "config/ConfigKeys.h"
 #include "support/JsonDocument.h"
 
@@ -29,7 +29,7 @@ struct Row {
     std::string shipped;
 };
 
-/// @return what stands between the first two backticks
+/// @return the text between the first two backticks
 std::string inBackticks(const std::string& text) {
     const std::size_t begin = text.find('`');
     const std::size_t end = text.find('`', begin + 1);
@@ -97,7 +97,7 @@ TEST_F(Documentation, StatesTypes) {
     }
 }
 
-/// @return the default as the tables write it: a literal, or a quotient of two numbers
+/// @return the default as written in the tables: a literal, or a quotient of two numbers
 KeyValue readDefault(const std::string& text, const KeyValue& type) {
     if (std::holds_alternative<bool>(type)) {
         return text == "true";

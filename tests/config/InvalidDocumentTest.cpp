@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The documents in tests/config/invalid, each with the exact words of its refusal: NAME.json is
-// refused with what NAME.error says. Its first line is the text of the exception ({file} stands for
-// the path), the lines after it are those of the system log.
+// The documents in tests/config/invalid with the exact texts of their rejection: NAME.error belongs
+// to NAME.json. Its first line is the text of the exception ({file} stands for the path), the other
+// lines are those of the system log.
 #include <veskar/Config.h>
 
 #include "SourceDirectory.h"
@@ -36,7 +36,7 @@ std::vector<std::string> names(const std::string& extension) {
     return found;
 }
 
-/// @return what parsing throws, then what it logs
+/// @return the text of the exception of parsing, then the logged lines
 template <typename Parse>
 std::string refusal(const Parse& parse) {
     const SyslogCapture log;
@@ -83,7 +83,7 @@ TEST(InvalidDocuments, AreRefusedAsTexts) {
         SCOPED_TRACE(name);
         const Document document(name);
         const std::size_t nul = document.text.find('\0');
-        // The whole text is repeated; a reader of what() sees it up to its first NUL byte.
+        // The message repeats the whole text; what() shows it up to its first NUL byte.
         const std::string words =
             nul == std::string::npos
                 ? replaced(document.expected, "json from file: {file}",

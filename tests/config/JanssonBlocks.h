@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Counts the memory blocks that Jansson holds, to see that every document is released once.
+// Counts the memory blocks held by Jansson, to check that every document is released once.
 #pragma once
 
 #include <atomic>
@@ -10,7 +10,7 @@
 
 namespace VeskarTest {
 
-/// Counts while it lives; documents must be made and released within its life. One at a time.
+/// Counts during its lifetime, in which documents must be created and released. One at a time.
 class JanssonBlocks {
 public:
     JanssonBlocks() {

@@ -106,7 +106,7 @@ TEST(JsonNode, LooksUpKeysByTheirUtf8Bytes) {
     EXPECT_EQ(JsonNode::fromString(R"({"": 2})").get("").asInteger(), 2);
 }
 
-// Refusals: every type of value against every accessor but its own
+// Errors: every type of value against every accessor of another type
 
 struct TypedValue {
     std::string name;
@@ -193,7 +193,7 @@ TEST(JsonNode, RepeatsATextUpToItsFirstNulByte) {
         JsonNode::fromString(text);
         FAIL();
     } catch (const std::runtime_error& error) {
-        // what() ends at the NUL, as every C string.
+        // what() is truncated at the NUL, like every C string.
         EXPECT_STREQ(error.what(), "Failed to load json from string: {\"a");
     }
 }
@@ -235,7 +235,7 @@ TEST(JsonNode, RefusesAnEmptyPath) {
                 StartsWith("Failed to load json from file: , error=unable to open "));
 }
 
-// 100 MB that never become a document
+// 100 MB that are not a valid document
 
 constexpr std::size_t hundredMegabytes = 100'000'000;
 
@@ -262,7 +262,7 @@ TEST(JsonNode, RefusesAFileOfHundredMegabytesWithoutAnEnd) {
     EXPECT_EQ(JanssonBlocks::count(), 0);
 }
 
-// A value type: every document is released once, whatever became of its nodes
+// Value semantics: every document is released once, whatever happens to its nodes
 
 class JsonNodeOwnership : public testing::Test {
 protected:
@@ -273,7 +273,7 @@ protected:
         return document.get("w").get("x").asReal() == 3.5;
     }
     static JsonNode copyOf(const JsonNode& node) { return node; }
-    /// Not the compiler's to see: what it knows to be the same it warns about.
+    /// Hides from the compiler that both are the same object, which it would warn about.
     static JsonNode& same(JsonNode& node) { return node; }
 
     const JanssonBlocks blocks;
@@ -321,7 +321,7 @@ TEST_F(JsonNodeOwnership, KeepsTheOriginalWhenACopyGoes) {
     EXPECT_TRUE(isIntact(document));
 }
 
-// What is left behind after a move is the subject, so clang-tidy's checks of it are silenced.
+// These tests check moved-from objects, so clang-tidy's warnings about them are silenced.
 
 TEST_F(JsonNodeOwnership, EmptiesWhatIsMovedFrom) {
     JsonNode document = load();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A host of the library for hosts: two sensors report one person, in their own terms, and what
-// comes out is checked.
+// A host on the library for hosts: two sensors report one person in their own coordinates; checks
+// the fused track.
 #include <veskar-host/veskar-host.h>
 
 #include <cmath>
@@ -85,7 +85,7 @@ int main(int argc, char** argv) {
         parseSensorFrame("{\"source\":\"video\"}");
         good = check(false, "half a frame was read");
     } catch (const InputError&) {
-        // Thrown by the library, caught here.
+        // The exception crosses the library boundary.
     }
     if (good) {
         std::cout << "host_consumer: one confirmed person, seen by both sensors\n";

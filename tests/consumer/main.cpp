@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A host in small: loads the installed configuration and camera, fuses two sensors' tracks of one
-// person and checks what comes out.
+// A minimal host: loads the installed configuration and camera, fuses two sensors' tracks of one
+// person and checks the result.
 #include <veskar/AutocalibrationHandler.h>
 #include <veskar/Camera.h>
 #include <veskar/Config.h>

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// A thread that has not waited for anything yet.
+// Resets the wait budget of the thread.
 #pragma once
 
 #include "net/WaitBudget.h"
 
 namespace VeskarTest {
 
-/// Forgets what earlier tests of this program have waited for.
+/// Clears waiting times of earlier tests in this program.
 struct FreshBudget {
     FreshBudget() { Veskar::WaitBudget::ofThisThread() = {}; }
 };

@@ -33,7 +33,7 @@ std::vector<Body> settings(double latitude, double longitude, double heading, bo
             number("heading", heading), truth("valid_pos", valid)};
 }
 
-/// Where the device is.
+/// The position of the device.
 Position here(GeoLocation& client) {
     return client.getPosition(0.0, 0.0);
 }
@@ -51,7 +51,7 @@ TEST_F(GeoLocationClient, ReadsAllSettingsWhenItIsMade) {
     const auto service = makeService(settings(55.5, 13.25, 90.0, true));
     const auto client = makeClient();
     EXPECT_THAT(here(*client), IsAt(55.5, 13.25, true));
-    // The heading is east: straight ahead (azimuth 90) only the longitude grows.
+    // The heading is east: straight ahead (azimuth 90) only the longitude increases.
     const Position ahead = client->getPosition(100.0, 90.0);
     EXPECT_GT(ahead.longitude, 13.25);
     EXPECT_NEAR(ahead.latitude, 55.5, 1e-12);

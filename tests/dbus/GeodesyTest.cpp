@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The client's geometry, against the closed formulas and against GeographicLib.
+// The client's geodesy, compared with closed formulas and with GeographicLib.
 #include <veskar/GeoLocation.h>
 
 #include "dbus/LocalMessage.h"
@@ -26,7 +26,7 @@ class Geodesy : public testing::Test {
 protected:
     Geodesy() { leaveSystemBus(); }
 
-    /// Puts the device somewhere; the heading is in degrees clockwise from north.
+    /// Sets position and heading of the device; the heading is in degrees clockwise from north.
     void place(double latitude, double longitude, double heading) {
         const LocalMessage message(
             dictionary({number("latitude", latitude), number("longitude", longitude),
@@ -34,7 +34,7 @@ protected:
         ASSERT_GE(client.parse(message.get()), 0);
     }
 
-    /// Metres that the client takes a degree of latitude or longitude for, seen from its answers.
+    /// Metres per degree of latitude or longitude, derived from the client's results.
     double metersNorth(double latitude) {
         place(latitude, 0.0, 0.0);
         return 1.0 / (client.getPosition(1.0, 90.0).latitude - latitude);
@@ -60,7 +60,7 @@ MATCHER_P2(IsAt, latitude, longitude, "") {
     return arg.latitude == latitude && arg.longitude == longitude;
 }
 
-/// Metres in a degree of latitude and of longitude on the WGS84 ellipsoid, over a metre or so.
+/// Metres per degree of latitude and longitude on the WGS84 ellipsoid, accurate to about a metre.
 struct Ellipsoid {
     explicit Ellipsoid(double latitude) {
         const GeographicLib::Geodesic& earth = GeographicLib::Geodesic::WGS84();
@@ -93,7 +93,7 @@ TEST_F(Geodesy, ScalesAsGivenAtTheEquatorAndInTheMiddle) {
     EXPECT_NEAR(client.getPosition(78649.394, 0.0).longitude, 1.0, 1e-8);
 }
 
-// The formulas term by term, in higher precision and with the angles' multiples written out.
+// The formulas term by term, in higher precision and with multiple angles written out.
 TEST_F(Geodesy, ScalesByItsSeriesToTheLastTerm) {
     for (int half = -178; half <= 178; ++half) {
         const double latitude = 0.5 * half;
@@ -125,9 +125,9 @@ TEST_F(Geodesy, TakesItsOwnLatitudeOnlyWhenAsked) {
 // The survey formulas give the length of a degree to 0.1 m:
 //   north = 111132.92 - 559.822 cos 2p + 1.175 cos 4p - 0.0023 cos 6p
 //   east  = 111412.84 cos p - 93.5 cos 3p + 0.118 cos 5p
-// The client has the length of a degree on the sphere through the device (R) in place of the
-// leading constants, and both signs of the small terms reversed. So it must differ from the
-// ellipsoid by exactly these changes.
+// The client uses the length of a degree on the sphere through the device (R) instead of the
+// leading constants, and the small terms with reversed signs. Its difference from the ellipsoid
+// must consist of exactly these changes.
 TEST_F(Geodesy, DiffersFromTheEllipsoidByItsLeadingTermsOnly) {
     for (int half = -178; half <= 178; ++half) {
         const double latitude = 0.5 * half;
@@ -164,8 +164,8 @@ TEST_F(Geodesy, MeasuresTheAzimuthFromTheRightHandSideAgainstTheClock) {
 }
 
 // Within radar range the flat step differs from the geodesic by the scale, at most 0.42 % to the
-// east near the poles (466.55 of 111694 m per degree), and by the meridians' convergence, which
-// bends a line of length d by d^2 tan(latitude) / 2R.
+// east near the poles (466.55 of 111694 m per degree), and by the meridian convergence, which
+// deflects a line of length d by d^2 tan(latitude) / 2R.
 TEST_F(Geodesy, PutsRadarTargetsWhereTheGeodesicEnds) {
     std::mt19937 random(20);
     std::uniform_real_distribution<double> anyLatitude(-85.0, 85.0);

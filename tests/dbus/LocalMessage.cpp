@@ -10,7 +10,7 @@
 namespace VeskarTest {
 
 LocalMessage::LocalMessage(const Body& body) {
-    // A message belongs to a connection, though nobody need answer at its other end.
+    // A message needs a connection, but its other end need not answer.
     std::array<int, 2> ends{};
     must(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends.data()),
          "socketpair");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A message to read that has never seen a bus.
+// A message for reading, made without a bus.
 #pragma once
 
 #include "support/FakeService.h"
@@ -9,7 +9,7 @@ struct sd_bus_message;
 
 namespace VeskarTest {
 
-/// A sealed message with a body, positioned at its begin.
+/// A sealed message with a body, positioned at its beginning.
 class LocalMessage {
 public:
     explicit LocalMessage(const Body& body);

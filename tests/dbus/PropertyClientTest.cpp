@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What both clients do when services, the bus and threads come and go.
+// Both clients when services, the bus and threads appear and disappear.
 #include "dbus/PropertyClient.h"
 #include "dbus/PropertyClients.h"
 #include "support/DescriptorLimit.h"
@@ -23,14 +23,14 @@
 
 namespace {
 
-/// Match rules that have been asked for.
+/// Match rules that have been added.
 std::vector<std::string> addedRules;
-/// Called before a source leaves its main context.
+/// Called before a source is removed from its main context.
 std::function<void()> beforeSourceEnds;
 
 }  // namespace
 
-// The program's own definitions take the place of the libraries'.
+// These definitions override those of the libraries.
 extern "C" int sd_bus_add_match(sd_bus* bus, sd_bus_slot** slot, const char* match,
                                 sd_bus_message_handler_t callback, void* userdata) {
     addedRules.emplace_back(match);
@@ -138,7 +138,7 @@ TYPED_TEST(PropertyClient, MayBeMadeAndEndWhileTheMainLoopRunsOnAnotherThread) {
         typename TypeParam::Client client;
         this->emitChange(*service, {TypeParam::property(i)});
         EXPECT_TRUE(global.waitUntil([&] { return TypeParam::value(client) == i; }));
-        // Still on its way when the client ends.
+        // Not yet received when the client is destroyed.
         this->emitChange(*service, {TypeParam::property(0)});
     }
     EXPECT_THAT(this->log.errors(), IsEmpty());
@@ -369,7 +369,7 @@ TYPED_TEST(PropertyClient, LogsALoopThatCannotBeMade) {
     EXPECT_THAT(this->log.errors(), ElementsAre(setUpLine("Failed to create sd event", -EMFILE)));
 }
 
-// A change may be on its way on the main loop's thread until the bridge has left the context.
+// A change may still be delivered on the main loop's thread until the bridge has left the context.
 class EndOfAClient : public PropertyClientTest<RadarService> {
 protected:
     void TearDown() override { beforeSourceEnds = nullptr; }

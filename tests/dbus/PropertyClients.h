@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The two clients that follow a service's properties, and a bus to follow them on.
+// The two clients that track a service's properties, and a test fixture with a bus.
 #pragma once
 
 #include <veskar/GeoLocation.h>
@@ -31,10 +31,10 @@ struct GeoLocationService {
     static constexpr const char* arrayFailed = "GeoLocation: Failed to enter array";
     static constexpr const char* interfaceFailed = "GeoLocation: Failed to read interface";
 
-    /// One of the properties, and what the client has of it; -1 by default.
+    /// A property, and its value in the client; -1 by default.
     static Body property(int value) { return number("longitude", 0.01 * (value + 1)); }
     static int value(Client& client);
-    /// An entry that is passed over: a property of another type.
+    /// An entry that is ignored: a property with another type.
     static Body unknown() { return text("longitude", "east"); }
     static bool query(Client& client) { return client.initSettings(); }
 };
@@ -51,17 +51,17 @@ struct RadarService {
 
     static Body property(int value) { return text("RadarProfile", std::to_string(value)); }
     static int value(Client& client);
-    /// An entry that is passed over: a property that nobody knows, of which type ever.
+    /// An entry that is ignored: an unknown property of any type.
     static Body unknown() { return number("Temperature", 40.0); }
     static bool query(Client& client) { return client.initStatus(); }
 };
 
 /// @return a line of the log that ends with a code
 std::string lineWithCode(const std::string& text, int code);
-/// @return the line that ends a construction that fails, of either client
+/// @return the line logged when the construction of either client fails
 std::string setUpLine(const std::string& text, int code);
 
-/// A bus where one of the services may live, and a main loop for its client.
+/// A bus for one of the services, and a main loop for its client.
 template <class Service>
 class PropertyClientTest : public testing::Test {
 protected:
@@ -71,7 +71,7 @@ protected:
     const FakeService::Member propertiesChanged{Service::path, "org.freedesktop.DBus.Properties",
                                                 "PropertiesChanged"};
 
-    /// A client whose changes arrive in `loop`.
+    /// A client that receives changes in `loop`.
     std::unique_ptr<Client> makeClient() {
         std::unique_ptr<Client> client;
         loop.asThreadDefault([&] { client = std::make_unique<Client>(); });
@@ -94,11 +94,11 @@ protected:
     MainLoop loop;
 };
 
-/// A client that has read its properties from bytes that no message bus would carry.
+/// A client that has read its properties from bytes that a message bus would reject.
 template <class Client>
 class BrokenBusTest : public testing::Test {
 protected:
-    /// Answers GetAll with an a{sv} whose content, from the first key on, is given as bytes.
+    /// Answers GetAll with an a{sv} whose content is given as bytes, from the first key on.
     void read(const Bytes& content, std::uint32_t statedLength = 0) {
         Bytes body;
         const auto length = static_cast<std::uint32_t>(content.get().size());

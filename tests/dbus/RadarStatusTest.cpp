@@ -107,7 +107,7 @@ TEST_F(RadarStatusClient, KeepsAThousandFailures) {
         for (int i = first; i < last; ++i) {
             failures.push_back(status("failure" + std::to_string(i), value, true));
         }
-        // The profile comes last and shows that all have come.
+        // The profile comes last and marks the end of the message.
         const std::string mark = std::to_string(++marks);
         emitChange(*service, {entries("FailureStatus", failures), text("RadarProfile", mark)});
         EXPECT_TRUE(loop.iterateUntil([&] { return client->getRadarProfile() == mark; }));
@@ -192,12 +192,12 @@ TEST_F(RadarStatusClient, EndsAtAFailureOfTheWrongTypeAndKeepsWhatCameBefore) {
     EXPECT_TRUE(client->getIsEnabled()) << "the walk has ended";
 }
 
-// A wrong property type is a breach of contract, in release builds too.
+// A wrong property type is a contract violation, in release builds too.
 class RadarStatusDeathTest : public RadarStatusClient {
 protected:
     RadarStatusDeathTest() { testing::GTEST_FLAG(death_test_style) = "threadsafe"; }
 
-    /// Neither a fake that fails nor an exception, which would end the process in the same way.
+    /// Excludes a failing fake and an uncaught exception, which would end the process likewise.
     const testing::Matcher<const std::string&> isSilent = testing::Not(
         testing::AnyOf(testing::HasSubstr("failed with"), testing::HasSubstr("terminate called")));
 

@@ -31,7 +31,7 @@ bool readExactly(int descriptor, std::string& bytes, std::size_t count) {
 }
 
 void writeAll(int descriptor, const std::string& bytes) {
-    // A client that has given up is part of the test.
+    // The client may have given up already.
     (void)send(descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL);
 }
 

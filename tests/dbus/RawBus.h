@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A bus that answers with bytes, for what a message bus would never let through.
+// A bus connection that answers with raw bytes, which a message bus would reject.
 #pragma once
 
 #include <cstdint>
@@ -27,14 +27,14 @@ private:
     std::string bytes_;
 };
 
-/// What a RawBus answers to a call.
+/// The answer of a RawBus to a call.
 struct RawReply {
     std::string signature;
     std::string body;
 };
 
-/// The system bus of this process for one connection: greets it, answers its calls in order and
-/// hangs up.
+/// Acts as this process's system bus for one connection: accepts it, answers its calls in order and
+/// closes it.
 class RawBus {
 public:
     explicit RawBus(std::vector<RawReply> replies);

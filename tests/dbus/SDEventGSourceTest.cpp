@@ -50,18 +50,17 @@ std::unique_ptr<SDEventGSource> attach(MainLoop& loop, sd_bus* bus, sd_event* ev
     return source;
 }
 
-/// Descriptor and mask of what has been given to GLib to poll.
+/// Descriptors and masks of polls added to GLib.
 std::vector<std::pair<int, int>> addedPolls;
 
-/// Sets *data when what carries it is freed.
+/// Sets *data when its owner is freed.
 void setFlag(void* data) {
     *static_cast<bool*>(data) = true;
 }
 
 }  // namespace
 
-// The program's own definition takes the place of GLib's, which shows errors and hang-ups to
-// nobody.
+// This definition overrides GLib's, to make the registered masks visible.
 extern "C" void g_source_add_poll(GSource* source, GPollFD* descriptor) {
     addedPolls.emplace_back(descriptor->fd, descriptor->events);
     static const auto original =
@@ -157,7 +156,7 @@ TEST(SDEventGSource, WakesTheContextForInput) {
 TEST(SDEventGSource, IsRemovedWhenTheDispatchFails) {
     MainLoop loop;
     const Event event = newEvent();
-    // Comes before the bridge in each iteration and takes the loop's pending work away under it.
+    // Runs before the bridge in each iteration and removes the loop's pending work.
     GSource* thief = g_idle_source_new();
     g_source_set_priority(thief, G_PRIORITY_DEFAULT);
     g_source_set_callback(
@@ -200,7 +199,7 @@ TEST(SDEventGSource, StaysAndRestsWhenTheLoopHasFinished) {
                   event.get(), nullptr,
                   [](sd_event_source* deferred, void* data) {
                       *static_cast<GSource**>(data) = g_main_current_source();
-                      // The dispatch that finds nothing more to do returns 0.
+                      // The dispatch that finds no further work returns 0.
                       return sd_event_exit(sd_event_source_get_event(deferred), 0);
                   },
                   &bridge),
@@ -289,8 +288,8 @@ TEST(SDEventGSource, LogsABusThatCannotBeAttachedAndStillRunsTheLoop) {
     sd_bus_detach_event(bus.get());
 }
 
-// Owners come and go on one thread while another iterates the context, with the loop always in the
-// middle of something.
+// Sources are created and destroyed on one thread while another iterates the context, with the loop
+// always in some intermediate state.
 TEST(SDEventGSource, MayComeAndGoWhileAnotherThreadIteratesTheContext) {
     MainLoop loop(MainLoop::Context::GlobalDefault);
     loop.start();

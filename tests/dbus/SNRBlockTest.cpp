@@ -107,7 +107,7 @@ TEST_F(SNRBlockService, CoversTheEdgesWithBlocksThatReachPastThem) {
 TEST_F(SNRBlockService, WeighsTheBlocksByTheirShareOfTheBox) {
     blocks.setupCamera(cameraOf(320, 320));  // 2 x 2
     read({10.0, 20.0, 30.0, 40.0});
-    // 40 px to the left and 60 to the right of the seam, 10 above and 30 below.
+    // 40 px left and 60 px right of the block border, 10 px above and 30 px below it.
     EXPECT_DOUBLE_EQ(blocks.computeBboxSNR(pixels(120, 150, 220, 190)),
                      (10.0 * 400 + 20.0 * 600 + 30.0 * 1200 + 40.0 * 1800) / 4000.0);
     EXPECT_EQ(blocks.computeBboxSNR(pixels(0, 0, 160, 160)), 10.0) << "blocks end exclusively";
@@ -220,7 +220,7 @@ TEST_F(SNRBlockService, KeepsItsValuesWhenTheBusDies) {
 
 TEST_F(SNRBlockService, JudgesATrackByItsBoxInPixels) {
     auto track = makeSystemTrack(makeTrack());
-    // The upper right quarter of the picture, given by its lower left corner.
+    // The upper right quarter of the image, given by its lower left corner.
     track->boundingBox = Eigen::Vector4d(0.0, 1.0, 0.0, 1.0);
     const Eigen::Vector4d before = track->boundingBox;
     EXPECT_EQ(blocks.bboxSNR(*track), 100.0) << "without a camera";
@@ -232,7 +232,7 @@ TEST_F(SNRBlockService, JudgesATrackByItsBoxInPixels) {
 
 namespace {
 
-/// The rule by brute force: every pixel between the two ends of each extent votes for its block.
+/// The rule by brute force: every pixel of the box contributes its block's value.
 double bruteForceSNR(const Eigen::Vector4d& box, int columns, const std::vector<double>& snr) {
     const auto whole = [](double value) { return static_cast<int>(value); };
     const int x0 = whole(box(0));
@@ -276,7 +276,7 @@ TEST_F(SNRBlockService, AgreesWithCountingPixels) {
 TEST_F(SNRBlockService, CutsFractionsOfPixelsTowardsZero) {
     blocks.setupCamera(cameraOf(320, 160));
     read({10.0, 20.0});
-    // From 159.9 -> 159, 2.9 wide -> 2: one pixel on either side of the seam.
+    // From 159.9 -> 159, 2.9 wide -> 2: one pixel on either side of the border.
     EXPECT_EQ(blocks.computeBboxSNR({159.9, 2.9, 20.7, -10.2}), 15.0);
     EXPECT_EQ(blocks.computeBboxSNR({10.0, 0.9, 20.0, -10.0}), 100.0) << "no whole pixel";
     EXPECT_EQ(blocks.computeBboxSNR({-0.9, 1.0, 20.0, -10.0}), 10.0) << "-0.9 becomes 0";
@@ -302,7 +302,7 @@ TEST(SNRBlockWithoutBus, KeepsItsValuesSilently) {
     EXPECT_THAT(log.errors(), IsEmpty());
 }
 
-// What a message bus would refuse to carry must not get the blocks into trouble either.
+// Data that a message bus would reject must be handled, too.
 class SNRBlockOnABrokenBus : public testing::Test {
 protected:
     void read(const std::string& body) {

@@ -30,7 +30,7 @@ namespace {
 
 const std::string optics = "com.nolt.Optics2";
 
-/// A clock that only a test moves.
+/// A clock set by the test.
 struct Clock {
     std::chrono::steady_clock::time_point now{std::chrono::hours(5)};
     SceneConditions::SteadyClock reader() {
@@ -245,8 +245,7 @@ TEST_F(SceneConditionsService, LendsItsBusToTheBlocks) {
 
 namespace {
 
-/// The SNR that a box needs, as one would read it off the drawn curves; infinite where no SNR is
-/// enough.
+/// The SNR that a box needs, as read off the drawn curves; infinite where no SNR suffices.
 double neededSNR(double x, bool isDay) {
     const double never = std::numeric_limits<double>::infinity();
     const std::vector<double> xs = {0.072, 0.1, 0.183, 0.255, 1.0};

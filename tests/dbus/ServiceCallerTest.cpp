@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// When a service is asked, and for how long; on calls that the test makes up.
+// When a service is called, and with which time limit, with calls simulated by the test.
 #include "dbus/SdBus.h"
 #include "dbus/ServiceCaller.h"
 #include "net/WaitBudget.h"
@@ -30,7 +30,7 @@ protected:
         WaitBudget::ofThisThread() = {};  // the bus may have been slow
     }
 
-    /// A call that takes its time.
+    /// A call that takes a while.
     std::optional<int> ask(int code, milliseconds duration = milliseconds(0)) {
         return caller.ask(bus.get(), call(code, duration));
     }
@@ -42,7 +42,7 @@ protected:
             return code;
         };
     }
-    /// The thread has waited for something else.
+    /// The thread waits for something else.
     static void wait(milliseconds duration) {
         const auto now = WaitBudget::Clock::now();
         WaitBudget::ofThisThread().spend(now - duration, now);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What services and a bus that fail make of a frame: who is asked, and how often. The bounds on
-// time are those of a fault, far above what is promised and far below what each call would add up
-// to.
+// Effects of failing services and a failing bus on a frame: which are called, and how often. The
+// time bounds only detect faults: they are far above what is promised and far below the sum of all
+// calls.
 #include <veskar/DetectionPriority.h>
 #include <veskar/GeoLocation.h>
 #include <veskar/RadarStatus.h>
@@ -47,7 +47,7 @@ protected:
     std::unique_ptr<SceneConditions> makeConditions() {
         return std::make_unique<SceneConditions>([this] { return now; });
     }
-    /// Judges all tracks, as a host does in every frame.
+    /// Evaluates all tracks, as a host does in every frame.
     void judge(SceneConditions& conditions) {
         for (const auto& track : tracks) {
             conditions.hasGoodVideoConditions(*track);
@@ -107,7 +107,7 @@ TEST_F(FrameWithFaults, IsHeldBySilentServicesTogetherForNoLongerThanByOne) {
     EXPECT_LT(time, std::chrono::seconds(2));
     EXPECT_LT(Veskar::WaitBudget::ofThisThread().left(std::chrono::steady_clock::now()),
               std::chrono::milliseconds(10));
-    // It has not had its whole time, so it is asked again; then it rests like the other.
+    // Its time limit was not exhausted, so it is called again; then it is suspended like the other.
     const FreshBudget later;
     log.clear();
     conditions->updateSNRBlock();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // From the service on the bus to the geographic position of a track. The process-wide clients live
-// as long as the program, so each test runs in a process of its own.
+// until the program ends, so each test runs in its own process.
 #include <veskar/GeoLocation.h>
 #include <veskar/RadarStatus.h>
 #include <veskar/Track.h>
@@ -52,7 +52,7 @@ void locateTracks() {
     track->setLocation({100.0, 90.0, 2.0});
     ASSERT_TRUE(track->geoLocation.has_value());
     EXPECT_TRUE(track->geoLocation->valid);
-    // At 55 degrees the client takes a degree for 111259 m to the north.
+    // At 55 degrees the client uses 111259 m per degree to the north.
     EXPECT_NEAR(track->geoLocation->latitude, 55.0 + 100.0 / 111259.0, 1e-7);
     EXPECT_NEAR(track->geoLocation->longitude, 13.0, 1e-12);
 

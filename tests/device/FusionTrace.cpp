@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Prints what the fusion makes of a few scenes: after every frame each system track with id, sensor
-// tracks, labels, probability and estimate, numbers to the last bit. scripts/test-arm compares the
-// text of several architectures.
+// Prints the fusion's results for a few scenes: after every frame each system track with id, sensor
+// tracks, labels, probability and estimate, with all bits of the numbers. scripts/test-arm compares
+// the text between architectures.
 #include <veskar/Config.h>
 #include <veskar/FusionModule.h>
 
@@ -19,8 +19,8 @@ namespace {
 using VeskarDevice::Scene;
 using VeskarDevice::SceneSettings;
 
-/// Radar and video take turns, ten frames a second each; a radar frame is fused once video time has
-/// come close.
+/// Radar and video alternate, ten frames a second each; a radar frame is fused once video time is
+/// close to it.
 void run(const Veskar::Config& config, const SceneSettings& settings, unsigned seed) {
     double now = 0.0;
     Scene scene(settings, seed);

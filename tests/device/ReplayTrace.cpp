@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Replays a recording as `veskar replay` does and prints the system tracks after every frame,
-// numbers to the last bit. scripts/test-arm compares the text of several architectures.
+// Replays a recording as `veskar replay` does and prints the system tracks after every frame, with
+// all bits of the numbers. scripts/test-arm compares the text between architectures.
 #include <veskar/Config.h>
 
 #include "device/TrackLine.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Objects in front of both sensors, for runs that are compared between architectures.
+// Objects seen by both sensors, for runs that are compared between architectures.
 #pragma once
 
 #include <veskar/Track.h>
@@ -11,27 +11,27 @@
 
 namespace VeskarDevice {
 
-/// How the sensors see the objects.
+/// How the sensors detect the objects.
 struct SceneSettings {
     int objects = 32;
-    double dropout = 0.0;      ///< share of reports that a sensor misses
-    double idChange = 0.0;     ///< share of reports with which a sensor starts a new track
-    double falseAlarms = 0.0;  ///< share of frames with a report of no object
+    double dropout = 0.0;      ///< fraction of missed reports
+    double idChange = 0.0;     ///< fraction of reports that start a new sensor track
+    double falseAlarms = 0.0;  ///< fraction of frames with a report without object
 };
 
-/// Objects that wander over the image, and what radar and video report of them.
+/// Objects that move through the image, and the reports of radar and video.
 ///
-/// Made with the four basic operations only, in one order: the reports are the same to the last bit
-/// on every architecture, and what differs behind the fusion is the fusion's.
+/// Computed with the four basic operations only, in a fixed order: the reports are bit-identical on
+/// every architecture, so that differences of the results come from the fusion.
 class Scene {
 public:
     Scene(const SceneSettings& view, unsigned seed);
 
-    /// Moves the objects; they turn round at the image border.
+    /// Moves the objects, which turn round at the image border.
     /// @param time seconds; not before the last time
     void moveTo(double time);
     /// @param source VideoObject or Radar
-    /// @return what the sensor reports now
+    /// @return the sensor's reports at this time
     std::vector<std::shared_ptr<Veskar::Track>> report(Veskar::Source source);
 
 private:

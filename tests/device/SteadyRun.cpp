@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // A minute of fusion with 32 objects that both sensors see all the time, for scripts/footprint:
-// prints what a host and the library hold on the heap. Every allocation is counted, by whichever
-// library it is made.
+// prints the heap memory of host and library. Allocations by all libraries are counted.
 #include <veskar/Config.h>
 #include <veskar/FusionModule.h>
 
@@ -39,8 +38,8 @@ void released(void* block) {
 
 }  // namespace
 
-// The program's own definitions take the place of the C library's, which has these other names for
-// programs that do so.
+// These definitions override those of the C library, which provides these other names for that
+// purpose.
 extern "C" {
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-*)
 void* __libc_malloc(std::size_t size);
@@ -71,7 +70,7 @@ void free(void* block) {
 
 namespace {
 
-/// Radar and video take turns, ten frames a second each.
+/// Radar and video alternate, ten frames a second each.
 void run(const char* configuration) {
     const std::size_t before = live;
     const Veskar::Config config = Veskar::Config::parse(configuration);

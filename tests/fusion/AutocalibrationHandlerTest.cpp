@@ -81,7 +81,7 @@ TEST_F(Autocalibration, TakesWhatBothSensorsSeeWell) {
 
 TEST_F(Autocalibration, UsesTheFirstTrackOfEachSensor) {
     const auto track = makeCalibrationTrack();
-    // With greater ids: a box at the edge does not matter there.
+    // With greater ids, a box at the edge does not matter.
     const auto laterVideo = makeTrack(Source::VideoObject, videoOf(*track).id + 1);
     laterVideo->boundingBox = Eigen::Vector4d(-1.0, 2.0, -1.0, 2.0);
     track->sensorTracks[Source::VideoObject][laterVideo->id] = laterVideo;
@@ -107,14 +107,14 @@ TEST_F(Autocalibration, NeedsTheAgeOfTheSystemTrack) {
     EXPECT_TRUE(atAge(1.5));
     EXPECT_FALSE(atAge(0.9999999));
     EXPECT_FALSE(atAge(std::numeric_limits<double>::quiet_NaN()));
-    // The video track's own age does not count.
+    // The age of the video track is irrelevant.
     EXPECT_TRUE(isTaken([](SystemTrack& track) { videoOf(track).startTime = track.time; }));
 }
 
 TEST_F(Autocalibration, NeedsARadarReportOfThisFrame) {
     EXPECT_FALSE(isTaken([](SystemTrack& track) { radarOf(track).coastingTime = 1e-9; }));
     EXPECT_FALSE(isTaken([](SystemTrack& track) {
-        // Also when it is not the first radar track that coasts.
+        // Also when a radar track other than the first one coasts.
         const auto other = makeTrack(Source::Radar, radarOf(track).id + 1);
         other->coastingTime = 0.1;
         track.sensorTracks[Source::Radar][other->id] = other;
@@ -128,7 +128,7 @@ TEST_F(Autocalibration, NeedsARecentVideoReport) {
 }
 
 TEST_F(Autocalibration, KeepsAwayFromTheEdges) {
-    // Half a picture wide at most: width / height / 0.5625 stays at 0.5.
+    // At most half an image wide: width / height / 0.5625 stays at 0.5.
     const double height = 0.32;
     const double width = 0.5 * 0.5625 * height;
     const double edge = 0.99;
@@ -171,7 +171,7 @@ TEST_F(Autocalibration, NeedsAClassWithKnownShape) {
     EXPECT_FALSE(ofClass("car"));
     EXPECT_FALSE(ofClass("unknown"));
     EXPECT_FALSE(ofClass("human_head"));
-    // As the system track answers: from radar while video has named none.
+    // The system track's class: radar's while video has not voted.
     EXPECT_FALSE(isTaken([](SystemTrack& track) {
         track.classVoted = false;
         radarOf(track).className = "car";

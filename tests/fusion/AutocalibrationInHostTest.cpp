@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Calibration samples inside the host application, which this program's path makes it.
+// Calibration samples inside the host application; the path of this program makes it the host.
 #include <veskar/AutocalibrationHandler.h>
 #include <veskar/HostApplication.h>
 
@@ -33,7 +33,7 @@ protected:
         : path("/tmp/autocalibration.sock"),
           receiver(std::make_unique<DatagramReceiver>(path.get())) {}
 
-    /// @return the datagrams that one radar frame makes
+    /// @return the datagrams that one radar frame causes
     std::vector<std::string> update(
         const std::vector<std::shared_ptr<SystemTrack>>& systemTracks,
         const std::vector<std::shared_ptr<Veskar::Track>>& videoTracks = {}) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// System tracks that radar and video see well enough to calibrate on.
+// System tracks that radar and video see well enough for calibration.
 #pragma once
 
 #include <veskar/Config.h>
@@ -31,7 +31,7 @@ inline Veskar::Track& radarOf(Veskar::SystemTrack& track) {
     return *track.sensorTracks[Veskar::Source::Radar].begin()->second;
 }
 
-/// A human in the middle of the picture, 2 s old, that meets every condition.
+/// A human in the middle of the image, 2 s old, that meets every condition.
 inline std::shared_ptr<Veskar::SystemTrack> makeCalibrationTrack(int radarId = 41) {
     Report report;
     report.source = Veskar::Source::VideoObject;

@@ -10,7 +10,7 @@ namespace {
 
 constexpr double tolerance = 1e-9;
 
-/// Keeps the first difference and where it was found.
+/// Keeps the first difference and its place.
 class Comparison {
 public:
     void setPlace(std::string track) { place_ = std::move(track); }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Where the module and the literal transcription part.
+// Differences between the module and the literal transcription.
 #pragma once
 
 #include <veskar/SystemTrack.h>
@@ -12,13 +12,13 @@
 
 namespace VeskarTest {
 
-/// Compares all that a host can read of the system tracks and the sensor tracks behind them.
+/// Compares everything that a host can read of the system tracks and their sensor tracks.
 ///
-/// Identities, order, times and labels must be equal, numbers that are computed equal to 1e-9:
-/// states relative to their magnitude and standard deviation, covariances relative to the product
-/// of the two standard deviations.
+/// Identities, order, times and labels must be equal; computed numbers must agree to 1e-9: states
+/// relative to their magnitude and standard deviation, covariances relative to the product of the
+/// two standard deviations.
 ///
-/// @return what differs first; empty when nothing does
+/// @return the first difference; empty when there is none
 std::string firstDifference(const std::vector<std::shared_ptr<Veskar::SystemTrack>>& actual,
                             const Literal::SystemTracks& expected);
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// When the cycle offers calibration samples, inside the host application.
+// When the cycle passes on calibration samples, inside the host application.
 #include "fusion/CalibrationScene.h"
 #include "fusion/FusionFixture.h"
 #include "support/DatagramReceiver.h"
@@ -28,7 +28,7 @@ protected:
         return track;
     }
 
-    /// A person who has been seen by both sensors for 2 s, last at 12 s.
+    /// A person seen by both sensors for 2 s, last at 12 s.
     void watchPerson() {
         for (const double time : {10.0, 10.4, 10.8, 11.2, 11.6, 12.0}) {
             showVideo(time, {person(1, time)});

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A fusion module on a clock in the test's hand, and a world of one dimension: every object stands
-// or moves along u, and everything else agrees.
+// A fusion module with a simulated clock, and a one-dimensional world: objects differ in u only.
 #pragma once
 
 #include <veskar/FusionModule.h>
@@ -18,9 +17,10 @@ namespace VeskarTest {
 
 using Tracks = std::vector<std::shared_ptr<Veskar::Track>>;
 
-/// Variance of every state component of the tracks below, unless a test wants another.
+/// Default variance of every state component of the tracks below.
 constexpr double usualVariance = 0.01;
-/// The gate of the configuration below, in u, for two tracks of that variance: 3 sqrt(2) sigma.
+/// Width of the gate in u for two tracks of that variance, with the configuration below: 3 sqrt(2)
+/// sigma.
 constexpr double gateWidth = 0.42426;
 /// Outside of it.
 constexpr double far = 2.0 * gateWidth;
@@ -28,7 +28,7 @@ constexpr double far = 2.0 * gateWidth;
 /// @return optimal assignment, a combined gate of 3, confirmation at 0.9 and 0.6
 Veskar::Config fusionConfig();
 
-/// What a test varies of a report.
+/// The properties of a report that tests vary.
 struct Seen {
     double u = 0.0;
     double velocity = 0.0;  ///< along u
@@ -37,12 +37,12 @@ struct Seen {
     double variance = usualVariance;
 };
 
-/// @return a video-object track that agrees with all others but for what is seen
+/// @return a video-object track that equals all others except in these properties
 std::shared_ptr<Veskar::Track> video(int id, double time, const Seen& seen = {});
-/// @return a radar track that agrees with all others but for what is seen
+/// @return a radar track that equals all others except in these properties
 std::shared_ptr<Veskar::Track> radar(int id, double time, const Seen& seen = {});
 
-/// What the fusion has come to, for bitwise comparison.
+/// The state of the fusion, for bitwise comparison.
 struct Outcome {
     std::vector<int> ids;
     std::vector<double> numbers;
@@ -54,25 +54,25 @@ struct Outcome {
 
 class FusionTest : public testing::Test {
 protected:
-    /// The module, made from `config` by the first use.
+    /// The module, created from `config` at first use.
     Veskar::FusionModule& module();
-    /// Lets the next use make another module.
+    /// The next use creates another module.
     void restart() { made_.reset(); }
 
     /// One video frame.
     void showVideo(double time, const Tracks& tracks) {
         module().cycle(Veskar::VideoObject, time, tracks);
     }
-    /// One radar frame; it waits unless video time has come near.
+    /// One radar frame; it is held back unless video time is close.
     void showRadar(double time, const Tracks& tracks) {
         module().cycle(Veskar::Radar, time, tracks);
     }
-    /// A radar frame that is fused at once, whatever video did before.
+    /// Fuses a radar frame at once, independently of video time.
     void fuseRadar(double time, const Tracks& tracks) {
         module().cycleFrame(Veskar::Radar, time, tracks);
     }
-    /// Makes system track 1 of video track 1 and radar track 1 at u = 0, and nothing else; the time
-    /// is 10 s afterwards.
+    /// Creates only system track 1, from video track 1 and radar track 1 at u = 0; the time is 10 s
+    /// afterwards.
     void makeFusedTrack(const Seen& seen = {});
 
     /// Sets the steady clock.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What would harm the fusion for good stays outside of it, and the host is told.
+// Input that would harm the fusion permanently is rejected and logged.
 #include "fusion/FusionFixture.h"
 #include "support/AllocationCounter.h"
 #include "support/Constants.h"
@@ -57,7 +57,7 @@ protected:
         module().cycle(source, time, tracks);
     }
 
-    /// Ordinary frames up to a time.
+    /// Regular frames up to a time.
     void runUntil(double end) {
         for (; next < end; next += 0.05) {
             setClock(next);
@@ -89,13 +89,13 @@ protected:
         EXPECT_THAT(heldIds(0, Radar), ElementsAre(1));
     }
 
-    double next = 0.0;  ///< of the next ordinary frame
+    double next = 0.0;  ///< time of the next regular frame
     bool isVideo = true;
 };
 
 // --- Reports
 
-/// A report that must stay outside, and the line that says so.
+/// A report that must be rejected, and the expected log line.
 struct Poison {
     const char* what;
     std::function<void(Track&)> spoil;
@@ -120,11 +120,12 @@ StateMatrix indefinite() {
 
 class FusionPoison : public FusionGuards, public testing::WithParamInterface<Poison> {};
 
-/// The frame goes on as if the sensor had not reported what is spoiled, down to the last bit.
+/// The frame is processed as if the sensor had not sent the invalid report, with bit-identical
+/// results.
 TEST_P(FusionPoison, LeavesNoMark) {
     const Poison& poison = GetParam();
     for (const Source source : {VideoObject, Radar}) {
-        for (const int id : {1, 5}) {  // one that a system track holds and one that is new
+        for (const int id : {1, 5}) {  // one held by a system track, and a new one
             Outcome expected;
             for (const bool isSpoiled : {false, true}) {
                 startAfresh(source);
@@ -352,7 +353,7 @@ TEST_F(FusionGuards, ComeBackFromSeveralSpoiledStamps) {
 
 class FusionWaitingRadar : public FusionGuards {
 protected:
-    /// Frames from the far future, one track each.
+    /// Frames far in the future, one track each.
     void showFuture(int count) {
         for (int i = 0; i < count; ++i) {
             const auto track = radar(1, unixTime);
@@ -361,7 +362,7 @@ protected:
         }
     }
 
-    /// @return which of the shown frames still wait: their number and the first of them
+    /// @return number of the shown frames that are still held back, and the first of them
     std::pair<std::size_t, std::size_t> waiting() const {
         std::size_t count = 0;
         std::optional<std::size_t> first;
@@ -389,7 +390,7 @@ TEST_F(FusionWaitingRadar, IsAtMostAThousandFrames) {
     const std::int64_t memory = liveAllocations() - static_cast<std::int64_t>(shown.size());
     showFuture(5000);
     EXPECT_EQ(waiting(), std::pair(std::size_t{1000}, std::size_t{5001}));
-    // The expired tracks' blocks stay with the weak pointers to them.
+    // Weak pointers keep the control blocks of the expired tracks allocated.
     EXPECT_LE(liveAllocations() - static_cast<std::int64_t>(shown.size()), memory + 16);
     EXPECT_THAT(log.errors(), ElementsAre(dropped));
 }

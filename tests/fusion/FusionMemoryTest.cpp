@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a device that never restarts needs: memory that does not grow, and few allocations.
+// For devices that never restart: memory that does not grow, and few allocations.
 #include "fusion/FusionFixture.h"
 #include "support/AllocationCounter.h"
 
@@ -12,7 +12,7 @@ using Veskar::Radar;
 using Veskar::VideoObject;
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int longRun = 100'000;  // instrumented code is some ten times slower
+constexpr int longRun = 100'000;  // instrumented code is about ten times slower
 #else
 constexpr int longRun = 1'000'000;
 #endif
@@ -27,10 +27,10 @@ TEST_F(FusionMemory, StaysBoundedOverAMillionFramesWithChurningIds) {
         const bool isVideo = frame % 2 == 0;
         setClock(time);
         Tracks tracks;
-        if (frame % 6 < 2) {  // one object, both sensors, a new id every time
+        if (frame % 6 < 2) {  // one object, both sensors, always a new id
             tracks.push_back(isVideo ? video(frame, time) : radar(frame, time));
         }
-        // Radar runs ahead, so that its frames wait for video.
+        // Radar time is ahead, so that its frames are held back for video.
         module().cycle(isVideo ? VideoObject : Radar, isVideo ? time : time + 0.2, tracks);
         module().trackedOdHasMotion(frame, 0.0, 0.0);
         if (frame < warmUp) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Which frame is fused when, and what every fused frame does.
+// When a frame is fused, and the steps of every fused frame.
 #include "fusion/FusionFixture.h"
 
 #include <cmath>
@@ -201,7 +201,8 @@ public:
 
 TEST_F(FusionCycle, PredictsTheLastSensorTracksForwardsOnly) {
     for (const auto& [source, make] : {std::pair{VideoObject, &video}, std::pair{Radar, &radar}}) {
-        // The second report of one id joins no system track, so that nothing else moves it.
+        // The second report with the same id joins no system track, so that nothing else predicts
+        // it.
         const auto loose = std::make_shared<CountingTrack>(*make(1, 4.0, {0.0, 0.1}));
         module().cycleFrame(source, 4.0, {make(1, 4.0, {}), loose});
         module().predictTracks(4.0);
@@ -216,7 +217,7 @@ TEST_F(FusionCycle, PredictsTheLastSensorTracksForwardsOnly) {
     }
 }
 
-/// Tells its name when it is predicted.
+/// Records its name when it is predicted.
 template <typename Base>
 class NamedTrack : public Base {
 public:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How system tracks are born, confirmed and deleted.
+// Creation, confirmation and deletion of system tracks.
 #include "fusion/FusionFixture.h"
 
 #include <cmath>
@@ -93,7 +93,7 @@ TEST_F(TrackManagementDeathTest, StopsAtANullSystemTrack) {
     EXPECT_DEATH(showVideo(10.0, {}), assertion);
 }
 
-/// A radar-backed human, and in one video frame a human that fits and a car beside it.
+/// A human tracked by radar, and in one video frame a matching human with a car beside it.
 class FusionExclusion : public TrackManagement {
 protected:
     FusionExclusion() { config.module.removeClassMismatches = true; }
@@ -223,7 +223,7 @@ TEST_F(TrackManagement, DeletesWhatOnlyTheMotionTrackerSupports) {
     EXPECT_THAT(systemIds(), IsEmpty());
 }
 
-/// System tracks made by hand: a fused one with radar track 1, and others.
+/// System tracks made by the test: a fused one with radar track 1, and others.
 class FusionCopies : public TrackManagement {
 protected:
     FusionCopies() { config.module.allowRadarToMultiple = true; }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// How a frame's sensor tracks come into the system tracks: continuation, merging, association, and
-// the probability step of what none of them touched.
+// How the sensor tracks of a frame update the system tracks: continuation, merging, association,
+// and the probability step of tracks without update.
 #include "fusion/FusionFixture.h"
 #include "support/EigenMatchers.h"
 
@@ -15,7 +15,7 @@ using testing::IsEmpty;
 using Veskar::Radar;
 using Veskar::VideoObject;
 
-/// The rule of one probability step, from the mean of the five posteriors before it.
+/// One probability step, from the mean of the five previous posteriors.
 double posterior(double mean, double gain) {
     return gain * mean / (1.0 - mean + gain * mean);
 }
@@ -63,7 +63,7 @@ TEST_F(FusionUpdate, CutsTheSensorTrackThatFailsTheGateOfAFusedTrack) {
     EXPECT_NEAR(systemTrack(0).state[0], 0.0, 1e-9) << "its contribution is gone";
 }
 
-/// A radar track so sure of itself that losing video hardly widens the gate.
+/// A radar track with so small a covariance that losing video hardly widens the gate.
 class FusionGate : public FusionUpdate {
 protected:
     void showAt(double gates) {
@@ -158,7 +158,7 @@ TEST_F(FusionUpdate, FindsEveryReportWhateverTheOrderOfTheFrame) {
 
 // --- Classes
 
-/// The video track of a fused human turns into a car, and another human stands beside it.
+/// The video track of a fused human changes its class to car, and another human is beside it.
 class FusionMismatch : public FusionUpdate {
 protected:
     void mistake() {
@@ -200,8 +200,8 @@ TEST_F(FusionUpdate, LetsAClassChangeWhileOnlyOneSensorSeesTheObject) {
 
 // --- Merging
 
-/// A fused track loses its radar track while another radar track stands where the video track is:
-/// whether both merge in this frame tells whether the first was left out.
+/// A fused track loses its radar track while another radar track is at the video track's position.
+/// Whether both merge in this frame shows whether the first one was excluded.
 class FusionRefusal : public FusionUpdate {
 protected:
     void refuseNextToRadarTrack(const Seen& refused) {
@@ -236,8 +236,8 @@ TEST_F(FusionRefusal, MergesAfterAClassMismatchInTheSameFrame) {
 
 class FusionMerging : public FusionUpdate {
 protected:
-    /// Two single-sensor system tracks that stand apart: 1 from video at u = 0 and the younger 2
-    /// from radar.
+    /// Two single-sensor system tracks apart from each other: 1 from video at u = 0 and the younger
+    /// 2 from radar.
     void startVideoThenRadar() {
         showVideo(10.0, {video(1, 10.0)});
         fuseRadar(10.1, {radar(1, 10.1, {far})});
@@ -387,7 +387,7 @@ TEST_F(FusionUpdate, AssociatesTheOtherSensorsTrack) {
 
 TEST_F(FusionUpdate, SkipsAPairWhoseSystemTrackHoldsTheSensorTracksOwnSource) {
     showVideo(10.0, {video(1, 10.0)});
-    // A video track in a radar frame: by the frame's source the system track is free.
+    // A video track in a radar frame: judged by the frame's source, the system track is free.
     fuseRadar(10.0, {video(2, 10.0, {0.1})});
     ASSERT_THAT(systemIds(), ElementsAre(1, 2));
     EXPECT_THAT(heldIds(0, VideoObject), ElementsAre(1));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What an observer hears of the fusion, and that its listening changes nothing.
+// The events that an observer receives, and that observing changes nothing.
 #include <veskar/FusionObserver.h>
 
 #include "fusion/FusionFixture.h"
@@ -19,7 +19,7 @@ using ClassVerdict = FusionObserver::ClassVerdict;
 using DeletionReason = FusionObserver::DeletionReason;
 using GateVerdict = FusionObserver::GateVerdict;
 
-/// Remembers everything of the last frame, and the order in which it came.
+/// Stores all events of the last frame, and their order.
 class Recorder : public FusionObserver {
 public:
     void onFrame(const Frame& frame) override {
@@ -94,7 +94,7 @@ public:
 
 class FusionObserverTest : public FusionTest {
 protected:
-    /// The first frame after it is told.
+    /// Starts observing; the first observed frame is the next one.
     void watch() { module().setObserver(&heard); }
 
     Recorder heard;
@@ -189,7 +189,7 @@ TEST_F(FusionObserverTest, HearsThatATrackOfTheRightClassForbidsOthersAlsoWhileI
     fuseRadar(10.0, {radar(1, 10.0)});
     showVideo(10.1, {video(2, 10.1, {0.1})});
     watch();
-    // Radar track 1 belongs to the first system track and stands inside the gate of the second.
+    // Radar track 1 belongs to the first system track and is inside the gate of the second.
     fuseRadar(10.1, {radar(1, 10.1), radar(3, 10.1, {0.2, 0.0, 2.0, "car"})});
     ASSERT_THAT(heard.candidates, SizeIs(1));
     EXPECT_EQ(heard.candidates[0].sensorTrackId, 3);
@@ -377,8 +377,8 @@ TEST_F(FusionObserverTest, HearsOfTheDeletionOfARadarCopy) {
     fuseRadar(10.0, {radar(1, 10.0, {far})});
     showVideo(10.0, {video(2, 10.0)});
     watch();
-    // The radar track comes to where video sees the object: shared with it, its own track is a
-    // copy.
+    // The radar track moves to the object that video sees: it is shared with it, and its own system
+    // track is a copy.
     fuseRadar(10.1, {radar(1, 10.1)});
     EXPECT_THAT(heard.deletions, ElementsAre(std::pair(1, DeletionReason::RadarCopy)));
 }
@@ -393,7 +393,7 @@ TEST_F(FusionObserverTest, HearsNothingAfterItWasTakenAway) {
 }
 
 TEST_F(FusionObserverTest, ChangesNothingByListening) {
-    // Two objects that come together and part, seen by both sensors, with a gap.
+    // Two objects that approach and separate, seen by both sensors, with a gap.
     std::vector<Veskar::StateVector> states[2];
     std::vector<std::vector<int>> ids[2];
     for (const bool isWatched : {false, true}) {

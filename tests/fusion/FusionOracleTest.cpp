@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The module against the literal transcription of its rules, call by call.
+// Compares the module with the literal transcription of its rules, call by call.
 #include <veskar/FusionModule.h>
 
 #include "fusion/Differences.h"
@@ -33,7 +33,7 @@ Switches switchesOf(int combination) {
             (combination & 8) != 0};
 }
 
-/// Both at the same point of the same scene.
+/// Module and transcription at the same step of the same scene.
 class Pair {
 public:
     explicit Pair(const Veskar::Config& config)
@@ -72,7 +72,7 @@ int compareOver(Scenario scenario, bool isExact) {
     for (int frame = 0; frame < framesPerScenario; ++frame) {
         both.cycle(scenario.next());
         if (both.takeDoubt() && !isExact) {
-            both.clear();  // what rounding has decided may part them: both start afresh
+            both.clear();  // rounding may have led to different decisions: restart both
             continue;
         }
         const std::string difference = both.firstDifference();
@@ -82,7 +82,7 @@ int compareOver(Scenario scenario, bool isExact) {
         }
         ++compared;
     }
-    // The rules know nothing of what is left out of a frame, so nothing may have been.
+    // The transcription does not model rejected input, so there must be none.
     EXPECT_THAT(log.texts(LOG_ERR), testing::IsEmpty());
     return compared;
 }
@@ -111,7 +111,7 @@ TEST_P(FusionOracle, AgreesOnExactTies) {
     EXPECT_EQ(compareScenarios<LatticeScenario>(8, true), 1.0);
 }
 
-/// The comparison is worth what its scenes contain.
+/// The comparison is meaningful only if the scenes contain all relevant events.
 TEST(FusionOracleScenes, ContainAllThatTheRulesTellApart) {
     std::map<std::string, int> events;
     for (int combination = 0; combination < 16; ++combination) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What no sensor should send: times that jump, numbers that are none, and far too many tracks.
+// Invalid input: times that jump, numbers that are not finite, and far too many tracks.
 #include "fusion/FusionFixture.h"
 #include "support/Constants.h"
 #include "support/SyslogCapture.h"
@@ -29,7 +29,7 @@ class FusionTimes : public FusionTest {};
 
 TEST_F(FusionTimes, IgnoresFramesWhoseTimeIsNotFinite) {
     makeFusedTrack();
-    showRadar(10.5, {radar(9, 10.5, {2.0})});  // waits
+    showRadar(10.5, {radar(9, 10.5, {2.0})});  // is held back
     setClock(1000.0);
     const SyslogCapture log;
     for (const double time : notFinite) {
@@ -60,7 +60,7 @@ TEST_F(FusionTimes, LeaveVideoTimeWhenTheyAreNotFinite) {
     EXPECT_THAT(systemIds(), IsEmpty());
 }
 
-/// After whatever time both sensors have named, the next frames of a sane time fuse a new object.
+/// Whatever times both sensors have sent, later frames with plausible times fuse a new object.
 class FusionOddTimes : public FusionTimes, public testing::WithParamInterface<double> {};
 
 TEST_P(FusionOddTimes, PassAway) {
@@ -91,7 +91,7 @@ INSTANTIATE_TEST_SUITE_P(Times, FusionOddTimes,
                          testing::Values(10.0, 9.0, 0.0, -50.0, 1e12, -1e12, nan, infinite));
 
 TEST_F(FusionTimes, MayLeaveNoMarkInTheCalibrationsNanoseconds) {
-    // Far outside of 64-bit nanoseconds; the sanitizers watch the conversion.
+    // Far outside 64-bit nanoseconds; the sanitizers check the conversion.
     for (const double time : {1e12, -1e12, 1e300, nan}) {
         module().handleAutocalibration(Radar, time);
     }
@@ -102,8 +102,8 @@ TEST_F(FusionTimes, MayLeaveNoMarkInTheCalibrationsNanoseconds) {
 
 class FusionNumbers : public FusionTest {
 protected:
-    /// Runs a scene of two objects; in its last frames a sensor shows other tracks beside the good
-    /// ones or nothing.
+    /// Runs a scene of two objects; in its last frames a sensor sends other tracks beside the good
+    /// ones, or nothing.
     Outcome run(Source source, const Tracks& added) {
         restart();
         makeFusedTrack();
@@ -127,7 +127,7 @@ TEST_F(FusionNumbers, StayOutsideWhereverTheyAreNotFinite) {
         ASSERT_EQ(module().systemTracks.size(), 2U);
         for (const double bad : notFinite) {
             for (int component = 0; component < 6 + 36; ++component) {
-                // One that a system track holds and one that would be new.
+                // One held by a system track and one that would be new.
                 const auto held = make(source, 1);
                 const auto fresh = make(source, 5);
                 for (const auto& track : {held, fresh}) {
@@ -193,7 +193,7 @@ protected:
         }
     }
 
-    /// @return whether the error came
+    /// @return whether the error was thrown
     bool isTooBig(const std::function<void()>& frame) {
         try {
             frame();
@@ -287,7 +287,7 @@ TEST_F(FusionCrowd, LeavesNoEmptyFrameInTheQueue) {
     showVideo(10.1, {video(1, 10.1, {0.0, 0.0, 5.0})});
     expectTooBig([&] { showRadar(10.1, crowd(Radar, 600, 10.1)); });
     const std::vector<double> before = systemTrack(0).trackProbabilityHistory;
-    showRadar(99.0, {});  // waits
+    showRadar(99.0, {});  // is held back
     EXPECT_EQ(systemTrack(0).trackProbabilityHistory, before) << "no radar frame was fused";
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whole scenes, judged by the fused result.
+// Whole scenes, evaluated by the fused result.
 #include "fusion/FusionFixture.h"
 #include "support/RandomEstimates.h"
 
@@ -14,15 +14,15 @@ using testing::SizeIs;
 using Veskar::Radar;
 using Veskar::VideoObject;
 
-/// Ten video and ten radar frames a second, radar half a period later; reports with noise of the
-/// variance that they state.
+/// Ten video and ten radar frames a second, radar half a period later; the noise of reports has
+/// their stated variance.
 class FusionScenario : public FusionTest {
 protected:
     static constexpr double period = 0.1;
 
-    /// @return a position with a report's error
+    /// @return a position with the error of a report
     double noisy(double u) {
-        // Sum of 12 uniform numbers: nearly normal, variance 1.
+        // Sum of 12 uniform numbers: approximately normal, variance 1.
         double normal = -6.0;
         for (int i = 0; i < 12; ++i) {
             normal += random.uniform(0.0, 1.0);
@@ -76,7 +76,7 @@ TEST_F(FusionScenario, RadarAndVideoTracksOfOneObjectMergeWhenTheyMeet) {
     for (const bool useJVA : {true, false}) {
         restart();
         config.module.useJVA = useJVA;
-        // Radar starts later and with a bias that fades.
+        // Radar starts later, with a decreasing bias.
         for (int i = 0; i < 20; ++i) {
             const double time = 10.0 + period * i;
             showVideo(time, {video(1, time, see(0.0))});
@@ -100,7 +100,8 @@ TEST_F(FusionScenario, AClassMismatchIsCutWhenConfiguredSo) {
         config.module.removeClassMismatches = removes;
         for (int i = 0; i < 10; ++i) {
             const double time = 10.0 + period * i;
-            // The video tracker slips from the person to a car that passes; a new track takes over.
+            // The video tracker switches from the person to a passing car; a new track continues
+            // the person.
             const std::string className = i < 5 ? "human" : "car";
             Tracks frame = {video(1, time, {0.0, 0.0, 2.0, className})};
             if (i >= 5) {
@@ -153,7 +154,7 @@ TEST_F(FusionScenario, AJumpOfTheRadarReportCostsTheRadarTrackOnly) {
 TEST_F(FusionScenario, TwoPeopleMayShareOneRadarTrack) {
     config.module.allowRadarToMultiple = true;
     config.module.useJVA = false;
-    // Radar is first with one track for two people that only video tells apart.
+    // Radar first reports one track for two people that only video resolves.
     fuseRadar(10.0, {radar(1, 10.0)});
     showVideo(10.05, {video(1, 10.05, {0.9 * gateWidth}), video(2, 10.05, {-2.0})});
     ASSERT_THAT(systemIds(), ElementsAre(1, 2)) << "radar and the first; the second is far";

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A device's life in a minute: what goes on for months must leave nothing behind.
+// Simulates months of operation within a minute: nothing may accumulate.
 #include "fusion/FusionFixture.h"
 #include "support/AllocationCounter.h"
 #include "support/Constants.h"
@@ -20,8 +20,8 @@ using Veskar::Radar;
 using Veskar::Source;
 using Veskar::VideoObject;
 
-// A million where the code runs at full speed; sanitizers, emulators and builds without
-// optimisation take ten times as long per frame and more. VESKAR_SOAK_FRAMES overrides both.
+// A million frames where the code runs at full speed; sanitizers, emulators and builds without
+// optimisation take at least ten times as long per frame. VESKAR_SOAK_FRAMES overrides both.
 #if !defined(__OPTIMIZE__) || defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || \
     defined(VESKAR_EMULATED)
 constexpr int usualFrames = 50'000;
@@ -34,9 +34,9 @@ int frameCount() {
     return wanted == nullptr ? usualFrames : std::atoi(wanted);
 }
 
-/// Up to six objects come, walk and go. Both sensors see them ten times a second, lose them, and
-/// number them anew from a small stock, so that ids come again. Clocks jump, sensors fall silent,
-/// radar runs ahead, and now and then a report or a time stamp is spoiled.
+/// Up to six objects appear, move and disappear. Both sensors see them ten times a second, lose
+/// them, and renumber them from a small set, so that ids recur. Clocks jump, sensors fall silent,
+/// radar time runs ahead, and sometimes a report or a time stamp is invalid.
 class FusionSoak : public FusionTest {
 protected:
     struct Object {
@@ -69,7 +69,7 @@ protected:
         }
     }
 
-    /// Time goes on, mostly by a twentieth of a second; stamps may leave it by an offset.
+    /// Advances time, mostly by a twentieth of a second; stamps may differ from it by an offset.
     void advance() {
         clock += chance(0.001) ? random.uniform(0.5, 100.0) : 0.05;
         setClock(clock);
@@ -140,8 +140,8 @@ protected:
         module().cycle(source, time, look(source, time));
     }
 
-    /// Half a minute without objects: all tracks die, even those that a clock set back keeps
-    /// longer, and no radar frame waits any more.
+    /// Half a minute without objects: all tracks are deleted, even those that live longer after a
+    /// clock was set back, and no radar frame is held back any more.
     void fallQuiet() {
         for (int i = 0; i < 60; ++i) {
             clock += 0.5;
@@ -163,12 +163,12 @@ protected:
     std::vector<Object> objects;
     double clock = 1000.0;
     double offset = 0.0;
-    int silences[2] = {0, 0};  ///< frames that video and radar still leave out
+    int silences[2] = {0, 0};  ///< number of next frames that video and radar omit
 };
 
 TEST_F(FusionSoak, LeavesNothingBehind) {
     constexpr int rest = 2'000;        // frames between two pauses
-    constexpr int warmUp = 10 * rest;  // until all that grows to a limit has done so
+    constexpr int warmUp = 10 * rest;  // until everything bounded has reached its limit
     const int frames = frameCount();
     std::size_t mostTracks = 0;
     std::int64_t allTracks = 0;

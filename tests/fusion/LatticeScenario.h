@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Seeded scenes full of exact ties.
+// Seeded scenes with many exact ties.
 #pragma once
 
 #include "fusion/Step.h"
@@ -7,10 +7,10 @@
 
 namespace VeskarTest {
 
-/// Objects that stand on the points of a lattice, reported by either sensor with one and the same
-/// covariance, a power of two. Time stands still, but for jumps in empty frames that no track
-/// survives. All sums, inverses and squares are exact then, whatever the order of computing, so
-/// that equal distances are equal.
+/// Objects at lattice points, reported by either sensor with the same covariance, a power of two.
+/// Time stands still, except for jumps in empty frames that delete all tracks. All sums, inverses
+/// and squares are then exact in any order of computation, so that equal distances are exactly
+/// equal.
 class LatticeScenario {
 public:
     LatticeScenario(unsigned seed, const Switches& switches);

@@ -25,7 +25,7 @@ bool isSupported(const Track& track) {
     return Veskar::Vocabulary::supportedClasses.count(track.getLabel(0).name) > 0;
 }
 
-/// The solver's pairs in ascending cost; of pairs with one cost the last stays.
+/// The solver's pairs by ascending cost; of pairs with equal cost only the last is kept.
 Pairs inOrderOfCost(const Pairs& pairs, const Costs& cost) {
     std::map<double, std::pair<int, int>> byCost;
     for (const auto& pair : pairs) {
@@ -127,7 +127,7 @@ bool Associator::haveMatchingClasses(const SystemTrack& systemTrack, const Track
     return mine != groups.end() && its != groups.end() && mine->second == its->second;
 }
 
-/// Whether a sensor track is held already and must not be shared.
+/// Whether a sensor track is held by a system track and must not be shared.
 bool Associator::isBarred(const Track& track, const SystemTracks& systemTracks, int source) const {
     if (source == 2 && config_.allowRadarToMultiple) {
         return false;

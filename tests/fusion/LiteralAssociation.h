@@ -33,8 +33,8 @@ public:
     Pairs systemToSystemAssociation(const SystemTracks& systemTracks,
                                     const std::unordered_set<int>& excludedIds) const;
 
-    /// Whether, since the last call, rounding may have settled a gate or the choice between two
-    /// pairs: then nothing is prescribed that another way to compute could be held to.
+    /// Whether, since the last call, rounding may have decided a gate or a choice between two
+    /// pairs. A different computation may then legitimately lead to another result.
     bool takeDoubt();
 
 private:
@@ -45,7 +45,7 @@ private:
     void forbidMismatches(const Tracks& tracks, const SystemTracks& systemTracks, Costs& cost,
                           Allowed& allowed, const std::vector<std::vector<int>>& match,
                           std::unordered_set<int>& removedIds) const;
-    /// Remembers the distance of a pair that was weighed against others.
+    /// Records the distance of a pair that was compared with others.
     double weighed(double distance) const;
     bool isVetoed(const Track& systemTrack, const Track& sensorTrack) const;
     bool isBarred(const Track& track, const SystemTracks& systemTracks, int source) const;

@@ -7,7 +7,7 @@
 namespace VeskarTest::Literal {
 namespace {
 
-/// Brings the row with the largest element of a column up, in the matrix and in the right side.
+/// Swaps the row with the largest element of a column up, in the matrix and in the right side.
 template <typename Rows, typename RightSide>
 void pivot(Rows& A, RightSide& right, std::size_t column) {
     std::size_t best = column;

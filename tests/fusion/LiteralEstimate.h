@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Dense arithmetic of six-component estimates in plain loops, to check the fast one against.
+// Dense arithmetic of six-component estimates in plain loops, as a reference.
 #pragma once
 
 #include <array>

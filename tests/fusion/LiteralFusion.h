@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The whole cycle as its rules are written, step by step and slowly.
+// Test oracle: the whole cycle as the rules are written, step by step, without optimisation.
 #pragma once
 
 #include <veskar/Config.h>
@@ -25,7 +25,7 @@ public:
 
     SystemTracks systemTracks;
     int lastId = 0;
-    std::map<std::string, int> events;  ///< how often something remarkable has happened
+    std::map<std::string, int> events;  ///< counts of the events that tests require
 
 private:
     struct Frame {

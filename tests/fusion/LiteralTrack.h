@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Sensor and system tracks as their rules are written, on plain arrays and without any shortcut.
+// Test oracle: sensor and system tracks as the rules are written, on plain arrays.
 #pragma once
 
 #include <veskar/Track.h>

@@ -46,7 +46,7 @@ Step RandomScenario::next() {
     }
     step.timestamp = time_;
     if (step.source == Source::Radar) {
-        step.timestamp += random_.uniform(-0.25, 0.12);  // late ones, and some that must wait
+        step.timestamp += random_.uniform(-0.25, 0.12);  // late ones, and some that are held back
     } else if (chance(0.03)) {
         step.timestamp -= 0.06;
     }
@@ -61,7 +61,7 @@ Step RandomScenario::next() {
     return step;
 }
 
-/// Moves the scene on, now and then by a pause or not at all.
+/// Advances the scene; the time step may be a pause or zero.
 void RandomScenario::advance() {
     double dt = random_.uniform(0.03, 0.07);
     if (chance(0.02)) {
@@ -125,7 +125,7 @@ std::shared_ptr<Track> RandomScenario::makeReport(const Step& step, int id, cons
     for (int i = 0; i < 6; ++i) {
         state[i] += random_.uniform(-0.2, 0.2);
     }
-    // Condition numbers below 100: both the inverse and its differences keep their digits.
+    // Condition numbers below 100, so that inverses and their differences stay accurate.
     const Veskar::StateMatrix P =
         0.02 * random_.covariance() + 0.01 * Veskar::StateMatrix::Identity();
     std::string className = object.className;
@@ -156,7 +156,7 @@ std::shared_ptr<Track> RandomScenario::makeReport(const Step& step, int id, cons
     return track;
 }
 
-/// Adds clutter and second reports of one id.
+/// Adds clutter and repeated reports with the same id.
 void RandomScenario::disturb(Step& step) {
     if (chance(0.1)) {
         Object nothing = makeObject();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Seeded scenes with all that two sensors can do wrong.
+// Seeded scenes with all kinds of sensor faults.
 #pragma once
 
 #include "fusion/Step.h"
@@ -12,9 +12,9 @@
 
 namespace VeskarTest {
 
-/// A few objects that move, are born and die, seen by two sensors that lose them, rename them,
-/// jump, report late, early, twice, nothing, or what is not there. Estimates are well conditioned,
-/// so that two ways to compute agree closely; gates and limits are drawn, too.
+/// A few objects that move, appear and disappear, seen by two sensors that lose them, renumber
+/// them, jump, send late, early, repeated, empty or false reports. Estimates are well conditioned,
+/// so that two ways of computing agree closely; gates and limits are random, too.
 class RandomScenario {
 public:
     RandomScenario(unsigned seed, const Switches& switches);
@@ -23,7 +23,7 @@ public:
     Step next();
 
 private:
-    /// How one sensor sees one object.
+    /// A sensor's view of an object.
     struct View {
         int id = 0;
         int framesLost = 0;

@@ -157,8 +157,8 @@ TEST(PositiveDefinite, IsNotAskedOfTheUnits) {
     }
 }
 
-/// Takes a direction out of a covariance, all but a share of its standard deviation. It has a part
-/// of every component, so that only the last pivot is small, and known well.
+/// Shrinks the standard deviation of a covariance in one direction to a fraction. The direction
+/// involves every component, so that only the last pivot becomes small, by a known amount.
 StateMatrix squeezed(const StateMatrix& P, unsigned signs, double share) {
     StateVector direction;
     for (unsigned i = 0; i < 6; ++i) {
@@ -201,7 +201,7 @@ TEST(PositiveDefinite, IsNoMatrixThatOverflows) {
     }
 }
 
-/// Against Eigen's factorisation of the scaled matrix in long double, also near the limit.
+/// Compared with Eigen's factorisation of the scaled matrix in long double, also near the limit.
 TEST(PositiveDefinite, AgreesWithACholeskyFactorisation) {
     using Matrix = Eigen::Matrix<long double, 6, 6>;
     RandomEstimates random(3);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What generated scenes consist of.
+// The elements of generated scenes.
 #pragma once
 
 #include <veskar/Config.h>
@@ -19,7 +19,7 @@ struct Step {
     std::vector<std::shared_ptr<Veskar::Track>> tracks;
 };
 
-/// The switches of the fusion that choose between code paths.
+/// The options of the fusion that select code paths.
 struct Switches {
     bool splitGating;
     bool useJVA;

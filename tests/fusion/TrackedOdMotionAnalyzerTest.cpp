@@ -54,7 +54,7 @@ TEST(TrackedOdMotionAnalyzer, NeedsADistanceAboveTheThreshold) {
 TEST(TrackedOdMotionAnalyzer, MeasuresBothCoordinatesTogether) {
     TrackedOdMotionAnalyzer analyzer(analyzerConfig(2, 20));
     analyzer.updateAndCheckMotion(1, 0.1, 0.1);
-    EXPECT_TRUE(analyzer.updateAndCheckMotion(1, 0.3, -0.1));  // 0.2 each, 0.28 together
+    EXPECT_TRUE(analyzer.updateAndCheckMotion(1, 0.3, -0.1));  // 0.2 each, 0.28 combined
 }
 
 TEST(TrackedOdMotionAnalyzer, ComparesOnlyTheEndsOfTheHistory) {

@@ -44,7 +44,7 @@ StateMatrix drawCovariance(RandomEstimates& random, double spread) {
     return P;
 }
 
-/// @return a track a few standard deviations away from another one in some components
+/// @return a track at a distance of a few standard deviations from another one in some components
 Track drawNeighbour(RandomEstimates& random, const Track& track, const StateMatrix& P,
                     double distance) {
     Track neighbour = makeTrackAt(track.state, P);
@@ -59,7 +59,7 @@ Track drawNeighbour(RandomEstimates& random, const Track& track, const StateMatr
 
 class CoarseGateModes : public testing::TestWithParam<bool> {};
 
-// What counts is the distance that the gate computes, with all its rounding.
+// The reference is the distance computed by the gate, including its rounding.
 TEST_P(CoarseGateModes, NeverCallAPairFarThatIsInsideTheGate) {
     const bool positionsOnly = GetParam();
     RandomEstimates random(41);
@@ -83,7 +83,7 @@ TEST_P(CoarseGateModes, NeverCallAPairFarThatIsInsideTheGate) {
     EXPECT_GT(inside, 1000);
 }
 
-// Covariances on which the bound does not hold, or on which rounding has its own way.
+// Covariances for which the bound does not hold, or may be violated by rounding.
 TEST_P(CoarseGateModes, DoNotTrustCovariancesThatAreNotClearlyPositiveDefinite) {
     const CoarseGate coarseGate(GetParam(), 1.0);
     const StateMatrix identity = StateMatrix::Identity();

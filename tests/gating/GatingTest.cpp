@@ -33,7 +33,7 @@ double justBelow(double x) {
     return std::nextafter(x, -infinite);
 }
 
-/// Two well-conditioned tracks in every gate, unless a test changes something.
+/// Two well-conditioned tracks inside every gate, unless a test changes something.
 class Gating : public testing::Test {
 protected:
     Gating() {
@@ -166,7 +166,7 @@ TEST_F(SplitGating, CombinesPositionAndVelocityInTheDistance) {
     config.module.positionGatingDistance = 4.0;
     config.module.velocityGatingSimilarity = 0.25;
     EXPECT_DOUBLE_EQ(check().distance, position / 4.0 + (1.0 - similarity) / 0.75);
-    // Also when the velocity does not count for the verdict, and when the verdict is no.
+    // Also when the velocity does not affect the verdict, and when the verdict is negative.
     config.module.velocityMinGatingLimit = 1e6;
     EXPECT_DOUBLE_EQ(check().distance, position / 4.0 + (1.0 - similarity) / 0.75);
     config.module.positionGatingDistance = 1e-3;
@@ -184,7 +184,7 @@ TEST_F(SplitGating, DividesByZeroAtASimilarityLimitOfOne) {
     EXPECT_TRUE(passes());
 }
 
-/// A radar track at speed and a large video track that has stood still for long.
+/// A fast radar track and a large video track that has been stationary for long.
 class StationaryVeto : public Gating {
 protected:
     StationaryVeto() {
@@ -244,7 +244,7 @@ TEST_F(StationaryVeto, ActsWhateverTheVelocityGateSays) {
 TEST_F(StationaryVeto, LooksAtTheSensorTrackWhereTheSystemTrackHasTheSpeed) {
     std::swap(system, sensor);
     EXPECT_FALSE(passes());
-    // Then the sensor track's own speed does not matter, nor does the system track's age.
+    // The speed of the sensor track and the age of the system track are then irrelevant.
     sensor.speed = 0.0;
     EXPECT_FALSE(passes());
     system.speed = 0.0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// An installation that tests can place things in front of.
+// An installation for tests.
 #pragma once
 
 #include <veskar-host/Installation.h>
@@ -7,7 +7,8 @@
 
 namespace VeskarTest {
 
-/// @return a camera 5 m high that looks 20 degrees down, 90 degrees wide, and a radar beside it
+/// @return a camera at 5 m height, pitched down by 20 degrees, 90 degrees wide, and a radar beside
+///         it
 inline Veskar::Host::Installation testInstallation() {
     Veskar::Host::Installation installation;
     installation.camera.mounting.position = {0.0, 0.0, 5.0};

@@ -28,13 +28,13 @@ using Veskar::LocalDatagramSocket;
 
 namespace {
 
-/// What the system was last asked for.
+/// Arguments of the last system calls.
 struct Request {
     std::array<int, 3> socket{};
     sockaddr_un address{};
     socklen_t addressLength = 0;
     int sendFlags = 0;
-    int descriptorFlags = 0;  // when it sends
+    int descriptorFlags = 0;  // at the time of sending
 };
 Request request;
 
@@ -58,7 +58,7 @@ protected:
 
 }  // namespace
 
-// The program's own definitions take the place of the C library's.
+// These definitions override those of the C library.
 // NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 extern "C" int socket(int domain, int type, int protocol) noexcept {
     request.socket = {domain, type, protocol};
@@ -164,7 +164,7 @@ TEST_F(LocalDatagram, SurvivesAReceiverThatGoesAway) {
         ElementsAre("Failed to send message: " + std::string(std::strerror(ECONNREFUSED)) + "\n"));
 }
 
-// However long the queue is, it ends, and a receiver that hangs must not hold the sender for good.
+// Queues are finite, and a receiver that hangs must not block the sender forever.
 TEST_F(LocalDatagram, GivesUpOnAReceiverThatHangs) {
     const DatagramReceiver receiver(directory + "/socket");
     const LocalDatagramSocket socket(directory + "/socket");
@@ -176,7 +176,7 @@ TEST_F(LocalDatagram, GivesUpOnAReceiverThatHangs) {
         ElementsAre("Failed to send message: " + std::string(std::strerror(EAGAIN)) + "\n"));
 }
 
-// Each waits a little; all of them together must not add up.
+// Each wait is short; their sum must be bounded, too.
 TEST_F(LocalDatagram, WaitsForHangingReceiversNoLongerThanTheThreadMay) {
     Veskar::WaitBudget::ofThisThread() = {};
     const DatagramReceiver receiver(directory + "/socket");

@@ -64,7 +64,7 @@ TEST(WaitBudget, LetsASteadyUserWaitForAQuarterOfItsTime) {
     }
 }
 
-// Whoever keeps to what is left waits for no more than 300 ms within any second.
+// A thread that never exceeds its remaining budget waits at most 300 ms in any second.
 TEST(WaitBudget, HoldsForEverySecondOfAHungryUser) {
     struct Wait {
         Time begin, end;

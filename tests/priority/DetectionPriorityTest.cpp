@@ -41,8 +41,8 @@ Config makeConfig() {
     return config;
 }
 
-/// A system track of the wished sources: confirmed, young, at its start, large enough for video and
-/// near enough for radar.
+/// A system track of these sources: confirmed, young, at its start position, large enough for video
+/// and near enough for radar.
 std::shared_ptr<SystemTrack> makeTrackOf(bool video, bool radar) {
     Report report;
     report.source = Source::VideoObject;
@@ -64,7 +64,7 @@ Veskar::Track& videoOf(SystemTrack& track) {
     return *track.sensorTracks[Source::VideoObject].begin()->second;
 }
 
-/// Puts the image position at a distance from the start position.
+/// Sets the image position at a distance from the start position.
 void travel(SystemTrack& track, double distance) {
     track.startPosition = Eigen::Vector2d::Zero();
     track.state(0) = 0.6 * distance;
@@ -74,8 +74,8 @@ void travel(SystemTrack& track, double distance) {
 class Priority : public testing::Test {
 protected:
     Priority() {
-        // Without a bus it is day and every SNR is good, so that only the box's height decides on
-        // the video conditions.
+        // Without a bus it is day and every SNR is good, so that the box's height alone decides
+        // about the video conditions.
         leaveSystemBus();
         priority = std::make_unique<DetectionPriority>(makeConfig());
     }
@@ -158,7 +158,7 @@ TEST_F(Priority, AddsUpTheReasonsOfOneEvaluation) {
 }
 
 TEST_F(Priority, LosesItsReasonsWhenVideoMissesARadarTrackTooOften) {
-    // The limits: strictly more than 6 misses for its age, strictly more than 3 for its travel.
+    // The limits: more than 6 misses for its age, more than 3 for its travelled distance.
     const auto old = makeTrackOf(false, true);
     old->systemStartTime = old->time - 21.0;
     old->framesWithoutVideo = 6;
@@ -346,7 +346,7 @@ TEST_F(Priority, HasACameraAndBlocksForSymmetryOnly) {
 
 namespace {
 
-/// One combination of everything that the evaluation looks at.
+/// One combination of all inputs of the evaluation.
 struct Situation {
     bool video;
     bool radar;
@@ -366,7 +366,7 @@ struct Situation {
     }
 };
 
-/// What the evaluation must leave behind.
+/// The expected results of the evaluation.
 struct Outcome {
     std::set<std::string> tags;
     unsigned latches = 0;
@@ -374,7 +374,7 @@ struct Outcome {
     std::string label;
 };
 
-/// The rules, one after the other as a reader would apply them by hand.
+/// The rules in order, written out.
 Outcome judge(const Situation& s) {
     Outcome outcome;
     outcome.latches = s.latches;
@@ -399,7 +399,7 @@ Outcome judge(const Situation& s) {
     if (s.confirmed && s.video && s.radar) {
         outcome.latches += 1;
     } else if (s.confirmed && s.radar) {
-        // Small boxes here lie in bad video conditions too, large ones in good ones.
+        // In these tests small boxes have bad video conditions and large ones good ones.
         outcome.missed += s.small ? 0 : 1;
         const bool blockedHigh = outcome.missed > 6;
         const bool blockedLow = outcome.missed > 3;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Annotations inside the host application, which this program's path makes it.
+// Annotations inside the host application; the path of this program makes it the host.
 #include <veskar/DetectionPriority.h>
 #include <veskar/HostApplication.h>
 #include <veskar/VODAnnotationClient.h>

@@ -9,12 +9,12 @@ namespace VeskarTest {
 
 /// @return allocations by operator new since the program started
 std::uint64_t allocationCount();
-/// @return blocks from operator new that are not freed yet
+/// @return blocks of operator new that are not freed yet
 std::int64_t liveAllocations();
-/// @return what those blocks take of the heap
+/// @return heap memory of these blocks, bytes
 std::int64_t liveBytes();
 
-/// Counts the allocations since it was made.
+/// Counts the allocations since its construction.
 class AllocationScope {
 public:
     std::uint64_t count() const { return allocationCount() - start_; }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A host that writes numbers in its own country's way.
+// A global locale with other decimal separators.
 #pragma once
 
 #include <locale>
@@ -7,7 +7,7 @@
 
 namespace VeskarTest {
 
-/// While one lives, the global locale writes 1234.5 as 1.234,5.
+/// During its lifetime the global locale writes 1234.5 as 1.234,5.
 class CommaLocale {
 public:
     CommaLocale() : before_(std::locale::global(std::locale(std::locale(), new Punctuation))) {}

@@ -7,8 +7,8 @@
 
 namespace VeskarTest {
 
-/// Keeps a path of a Unix socket to this test, also against test programs that run beside it, and
-/// free of leftovers.
+/// Reserves a Unix socket path for this test, also against test programs that run at the same time,
+/// and removes leftovers.
 class SocketPath {
 public:
     explicit SocketPath(const std::string& path);
@@ -31,7 +31,7 @@ public:
     DatagramReceiver(const DatagramReceiver&) = delete;
     DatagramReceiver& operator=(const DatagramReceiver&) = delete;
 
-    /// @return what has arrived since the last call; a sent datagram arrives at once
+    /// @return the datagrams received since the last call; sent datagrams arrive immediately
     std::vector<std::string> receive();
 
 private:

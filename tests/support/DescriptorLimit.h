@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Lets file descriptors run out.
+// Exhausts file descriptors.
 #pragma once
 
 #include <fcntl.h>
@@ -8,7 +8,7 @@
 
 namespace VeskarTest {
 
-/// While one lives, this process can open only so many more file descriptors.
+/// During its lifetime this process can open only a given number of further file descriptors.
 class DescriptorLimit {
 public:
     explicit DescriptorLimit(unsigned count) {

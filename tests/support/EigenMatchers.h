@@ -15,7 +15,7 @@ namespace VeskarTest {
 /// The largest deviation of two matrices of one shape, relative to the largest element of the
 /// expected one.
 ///
-/// @return infinity when a deviation is not a number, so that no tolerance accepts it
+/// @return infinity when a deviation is NaN, so that no tolerance accepts it
 template <typename Actual, typename Expected>
 double relativeDeviation(const Eigen::MatrixBase<Actual>& actual,
                          const Eigen::MatrixBase<Expected>& expected) {
@@ -56,7 +56,7 @@ MATCHER_P2(IsNearRelative, expected, tolerance,
     return deviation <= tolerance * std::abs(expected);
 }
 
-/// Matches a covariance: symmetric but for rounding, and positive definite.
+/// Matches a covariance: positive definite, and symmetric up to rounding.
 MATCHER(IsCovariance, "is symmetric and positive definite") {
     const double asymmetry = relativeDeviation(arg, arg.transpose());
     *result_listener << "asymmetry " << asymmetry;

@@ -43,7 +43,7 @@ std::string ExecutableLink::lastAsked() {
 
 }  // namespace VeskarTest
 
-// The program's own definition takes the place of the C library's.
+// This definition overrides that of the C library.
 // NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 extern "C" ssize_t readlink(const char* path, char* buffer, std::size_t size) noexcept {
     return VeskarTest::answer(path, buffer, size);

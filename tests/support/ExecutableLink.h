@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Lets a test say where its program stands.
+// Simulates the path of the test program.
 #pragma once
 
 #include <optional>
@@ -7,16 +7,16 @@
 
 namespace VeskarTest {
 
-/// While one lives, readlink() gives an answer of the test's own.
+/// During its lifetime readlink() returns a path chosen by the test.
 class ExecutableLink {
 public:
-    /// @param path the answer; with none, the call fails
+    /// @param path the result; if empty, the call fails
     explicit ExecutableLink(const std::optional<std::string>& path);
     ~ExecutableLink();
     ExecutableLink(const ExecutableLink&) = delete;
     ExecutableLink& operator=(const ExecutableLink&) = delete;
 
-    /// @return the link that readlink() was last asked for, whether or not one lives
+    /// @return the link last passed to readlink(), whether or not an object lives
     static std::string lastAsked();
 };
 

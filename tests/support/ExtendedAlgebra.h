@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Textbook formulas in extended precision, to hold the library's results against.
+// Textbook formulas in extended precision, as references.
 #pragma once
 
 #include "support/RandomEstimates.h"
@@ -32,8 +32,8 @@ Matrix exactInverse(const Matrix& A) {
     return Eigen::FullPivLU<Matrix>(A).inverse();
 }
 
-/// @return the estimate that has `sign` times the information of `second` more than `first`:
-///         +1 fuses, -1 takes out
+/// @return the estimate with the information of `first` plus `sign` times that of `second`: +1
+///         fuses, -1 removes
 inline ExtendedEstimate addInformation(const ExtendedEstimate& first, int sign,
                                        const ExtendedEstimate& second) {
     const auto factor = static_cast<long double>(sign);

@@ -163,7 +163,7 @@ void FakeService::serve() {
 }
 
 void FakeService::run(std::function<void()> task) {
-    // Shared with the task, which may still be on its way out of set_value.
+    // Shared with the task, which may still be returning from set_value.
     const auto done = std::make_shared<std::promise<void>>();
     {
         const std::lock_guard<std::mutex> lock(mutex_);

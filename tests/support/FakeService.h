@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A service on the system bus that answers and signals as a test wants.
+// A simulated service on the system bus.
 #pragma once
 
 #include <functional>
@@ -36,13 +36,14 @@ Body changed(const std::string& interface, const std::vector<Body>& content);
 Body string(const std::string& value);
 /// @return a variant of doubles
 Body doubles(const std::vector<double>& values);
-/// @return nothing
+/// @return an empty body
 Body nothing();
 
-/// Says "what" and ends the test program when @p result is negative: a broken fake proves nothing.
+/// Prints "what" and ends the test program when @p result is negative: a broken fake invalidates
+/// the test.
 int must(int result, const char* what);
 
-/// Owns a name on the system bus and serves it on a thread of its own.
+/// Owns a name on the system bus and serves it on its own thread.
 class FakeService {
 public:
     /// A method or signal.
@@ -63,20 +64,20 @@ public:
     FakeService(const FakeService&) = delete;
     FakeService& operator=(const FakeService&) = delete;
 
-    /// From now on calls of a method are answered with a body.
+    /// Sets the body that answers calls of a method.
     void answer(const Member& method, const Body& body);
-    /// From now on calls of a method are answered with an error.
+    /// Sets the error that answers calls of a method.
     void refuse(const Member& method, const std::string& error, const std::string& message);
-    /// From now on calls of a method are shown to a function, on the service's thread, before they
+    /// Sets a function that is called with calls of a method, on the service's thread, before they
     /// are answered.
     void inspect(const Member& method, std::function<void(sd_bus_message*)> look);
-    /// From now on calls of a method wait.
+    /// Holds back the answers to calls of a method.
     void hold(const Member& method);
-    /// From now on a call of a method makes the service leave the bus without an answer.
+    /// Makes the service leave the bus without an answer at the next call of a method.
     void leaveAt(const Member& method);
-    /// Answers all calls that wait.
+    /// Answers all held calls.
     void release(const Body& body);
-    /// @return calls of a method so far
+    /// @return number of calls of a method
     int calls(const Member& method);
     /// Sends a signal; returns when it has left for the bus.
     void emit(const Member& signal, const Body& body);

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// Tells ThreadSanitizer what GLib promises about sources.
+// Annotates for ThreadSanitizer the synchronisation that GLib guarantees for sources.
 //
-// Debian's GLib is not instrumented and its locks are no pthread mutexes, so that ThreadSanitizer
-// cannot see that what a thread has written to a source before it attaches it is there for the
-// callbacks on the context's thread, nor that finalize comes after everything else. Suppressions
-// would have to name our callbacks and would hide all that runs below them. Instead, the calls that
-// hand a source over are wrapped, and say so.
+// Debian's GLib is not instrumented and its locks are not pthread mutexes. ThreadSanitizer
+// therefore cannot see that data written to a source before it is attached is visible to callbacks
+// on the context's thread, nor that finalize comes last. Suppressions would have to name our
+// callbacks and would hide everything called by them. Instead, the calls that pass a source between
+// threads are wrapped and annotated.
 #if defined(__SANITIZE_THREAD__)
 
 #include <map>
@@ -19,7 +19,7 @@
 namespace {
 
 struct Functions {
-    GSourceFuncs wrapped;  // first, so that a source's table leads here
+    GSourceFuncs wrapped;  // first, so that a source's table points here
     GSourceFuncs original;
 };
 
@@ -27,7 +27,7 @@ const GSourceFuncs& originalOf(GSource* source) {
     return reinterpret_cast<const Functions*>(source->source_funcs)->original;
 }
 
-/// While one lives, a thread has the source that others have released.
+/// During its lifetime a thread has acquired the source that others have released.
 class Handover {
 public:
     explicit Handover(GSource* source) : source_(source) { __tsan_acquire(source_); }

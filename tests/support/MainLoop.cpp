@@ -6,7 +6,7 @@
 namespace VeskarTest {
 namespace {
 
-/// Far longer than anything takes; only a test that would fail anyway waits for it.
+/// Far longer than any operation; reached only by failing tests.
 constexpr std::chrono::seconds deadline{60};
 
 }  // namespace
@@ -14,8 +14,8 @@ constexpr std::chrono::seconds deadline{60};
 MainLoop::MainLoop(Context which)
     : context_(which == Context::Own ? g_main_context_new()
                                      : g_main_context_ref(g_main_context_default())) {
-    // Otherwise made by the first use of a context, and its descriptor with it: in the middle of a
-    // test that counts descriptors.
+    // Otherwise created at the first use of a context, which would open a descriptor in the middle
+    // of a test that counts descriptors.
     g_main_context_default();
 }
 
@@ -72,7 +72,7 @@ void MainLoop::runCalls() {
     }
     for (const std::function<void()>& call : due) {
         call();
-        // Ends the wait of who has called.
+        // Ends the wait of the calling thread.
         g_main_context_wakeup(context_);
     }
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A GLib main context that runs where a test wants it.
+// A GLib main context that runs on a chosen thread.
 #pragma once
 
 #include <atomic>
@@ -13,8 +13,8 @@
 
 namespace VeskarTest {
 
-/// Iterates a main context, on a thread of its own or within iterateUntil(). Nobody sleeps:
-/// whoever waits is woken after each iteration.
+/// Iterates a main context, on its own thread or within iterateUntil(). Waiting threads do not
+/// poll: they are woken after each iteration.
 class MainLoop {
 public:
     /// Which context to run.
@@ -29,20 +29,20 @@ public:
 
     /// Runs a function with the context as the calling thread's default; not while it is started.
     void asThreadDefault(const std::function<void()>& function);
-    /// Starts to iterate on a thread.
+    /// Starts iterating on a thread.
     void start();
     /// Stops iterating.
     void stop();
     /// While started: runs a function on the thread that iterates.
     void call(const std::function<void()>& function);
-    /// While started: waits until a condition holds, looking after each iteration.
-    /// @return false when it did not come to hold for a very long time
+    /// While started: waits until a condition holds, checking after each iteration.
+    /// @return false when it does not hold within a very long time
     bool waitUntil(const std::function<bool()>& condition);
     /// While not started: iterates on the calling thread until a condition holds.
-    /// @return false when it did not come to hold for a very long time
+    /// @return false when it does not hold within a very long time
     bool iterateUntil(const std::function<bool()>& condition);
-    /// While not started: iterates until nothing is left to do.
-    /// @return false when there is always something
+    /// While not started: iterates until no work is left.
+    /// @return false when there is always work
     bool iterateUntilIdle();
 
 private:

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// For what lives as long as a process: a test in a process of its own.
+// Runs tests of process-wide objects in their own process.
 #pragma once
 
 #include <cstdlib>
 
 #include <gtest/gtest.h>
 
-/// Runs a test's body in a process of its own and fails where it fails.
+/// Runs a test's body in its own process and fails if it fails.
 #define EXPECT_IN_OWN_PROCESS(body)                                               \
     EXPECT_EXIT(                                                                  \
         {                                                                         \
@@ -17,8 +17,8 @@
 
 namespace VeskarTest {
 
-/// The process is a new start of the test program, in which nothing has happened yet. Derived
-/// fixtures have "ProcessWideDeathTest" in their names, by which cross builds leave them out.
+/// The process is a new start of the test program with fresh state. Derived fixtures have
+/// "ProcessWideDeathTest" in their names, by which cross builds exclude them.
 class ProcessWideDeathTest : public testing::Test {
 protected:
     ProcessWideDeathTest() { testing::GTEST_FLAG(death_test_style) = "threadsafe"; }

@@ -22,7 +22,7 @@ void setSystemBus(const std::string& address) {
     checked(setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1), "setenv");
 }
 
-/// Reads the line with which the daemon says that it listens.
+/// Reads the line in which the daemon announces its address.
 void awaitAddress(int descriptor) {
     char character = '\0';
     while (character != '\n') {
@@ -53,7 +53,7 @@ PrivateBus::PrivateBus(const std::string& extraConfiguration) {
     const std::string fileOption = "--config-file=" + configuration;
     daemon_ = checked(fork(), "fork");
     if (daemon_ == 0) {
-        // Not to outlive a test that crashes.
+        // Ends with the test program, even if that crashes.
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         dup2(ready[1], STDOUT_FILENO);
         execlp("dbus-daemon", "dbus-daemon", fileOption.c_str(), "--nofork", "--print-address=1",

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A system bus of the test's own.
+// A private system bus.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 
 namespace VeskarTest {
 
-/// Runs a dbus-daemon on a Unix socket in a directory of its own and makes it the system bus of
-/// this process, where everybody may do everything.
+/// Runs a dbus-daemon on a Unix socket in its own directory and makes it the system bus of this
+/// process, without access restrictions.
 class PrivateBus {
 public:
     /// Returns when the daemon listens.
@@ -19,9 +19,9 @@ public:
     PrivateBus(const PrivateBus&) = delete;
     PrivateBus& operator=(const PrivateBus&) = delete;
 
-    /// Ends the daemon without a goodbye.
+    /// Kills the daemon.
     void kill();
-    /// Stops the daemon: it stays there and does nothing any more.
+    /// Stops the daemon: it keeps its connections but no longer responds.
     void stop();
 
 private:
@@ -29,7 +29,7 @@ private:
     pid_t daemon_ = -1;
 };
 
-/// Makes an address where nobody listens the system bus of this process.
+/// Sets the system bus of this process to an address where nothing listens.
 void leaveSystemBus();
 
 }  // namespace VeskarTest

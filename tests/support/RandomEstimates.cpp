@@ -4,7 +4,7 @@
 namespace VeskarTest {
 
 double RandomEstimates::uniform(double low, double high) {
-    // The standard distributions differ between libraries; the engine does not.
+    // Standard distributions differ between libraries; the engine does not.
     constexpr double toUnit = 1.0 / 9007199254740992.0;  // 2^-53
     return low + (high - low) * (static_cast<double>(engine_() >> 11U) * toUnit);
 }
@@ -22,7 +22,7 @@ Veskar::StateVector RandomEstimates::state() {
 }
 
 Veskar::StateMatrix RandomEstimates::covariance() {
-    // A A' has eigenvalues from 0 to 36; the diagonal lifts them.
+    // A A' has eigenvalues from 0 to 36; the diagonal increases them.
     Veskar::StateMatrix A;
     for (Eigen::Index i = 0; i < A.size(); ++i) {
         A.data()[i] = uniform(-1.0, 1.0);

@@ -14,7 +14,7 @@ struct Estimate {
     Veskar::StateMatrix P;
 };
 
-/// Draws estimates; the same seed draws the same ones on every machine.
+/// Generates estimates; the same seed gives the same ones on every machine.
 class RandomEstimates {
 public:
     explicit RandomEstimates(unsigned seed) : engine_(seed) {}

@@ -20,7 +20,7 @@ int openedSockets() {
 
 }  // namespace VeskarTest
 
-// The program's own definition takes the place of the C library's.
+// This definition overrides that of the C library.
 // NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 extern "C" int socket(int domain, int type, int protocol) noexcept {
     ++opened;

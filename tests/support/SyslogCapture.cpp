@@ -80,7 +80,7 @@ std::unique_lock<std::mutex> SyslogCapture::holdUp() {
 
 }  // namespace VeskarTest
 
-// The program's own definitions take the place of the C library's, with and without fortification.
+// These definitions override those of the C library, with and without fortification.
 extern "C" {
 // NOLINTNEXTLINE(cert-dcl50-cpp,readability-inconsistent-declaration-parameter-name)
 void syslog(int priority, const char* format, ...) {

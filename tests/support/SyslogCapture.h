@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Captures what the library writes to the system log.
+// Captures messages to the system log.
 #pragma once
 
 #include <mutex>
@@ -8,7 +8,8 @@
 
 namespace VeskarTest {
 
-/// While one lives, calls of syslog() from any thread of this process are recorded instead of sent.
+/// During its lifetime, calls of syslog() from any thread of this process are recorded instead of
+/// sent.
 class SyslogCapture {
 public:
     /// One call of syslog().
@@ -24,7 +25,7 @@ public:
 
     /// @return the calls so far, in order
     std::vector<Line> lines() const;
-    /// @return the texts of the calls so far; fails the test when one was not at error priority
+    /// @return the texts of the calls so far; fails the test when one is not at error priority
     std::vector<std::string> errors() const;
     /// @return the texts of the calls so far at one priority
     std::vector<std::string> texts(int priority) const;

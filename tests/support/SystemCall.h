@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Says why a system call of a test has failed.
+// Error handling of system calls in tests.
 #pragma once
 
 #include <cerrno>

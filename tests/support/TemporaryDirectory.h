@@ -11,7 +11,7 @@
 
 namespace VeskarTest {
 
-/// Made with it, removed with it and all that it holds.
+/// Created with the object and removed with it, contents included.
 class TemporaryDirectory {
 public:
     TemporaryDirectory() : path_(testing::TempDir() + "veskar-XXXXXX") {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Short ways to make tracks for tests.
+// Creates tracks for tests.
 #pragma once
 
 #include <veskar/SystemTrack.h>
@@ -12,8 +12,8 @@
 
 namespace VeskarTest {
 
-/// What a test wants of a sensor track; the rest is plain: at the origin with unit covariance, at
-/// time 10 s, class and colours "unknown" with probability 0, and no boxes or optional values.
+/// The properties of a sensor track that tests set. Defaults: at the origin with unit covariance,
+/// at time 10 s, class and colours "unknown" with probability 0, no boxes or optional values.
 struct Report {
     Veskar::Source source = Veskar::Source::VideoObject;
     int id = 1;
@@ -26,7 +26,7 @@ struct Report {
 
 /// @return a sensor track in the image-plane frame
 std::shared_ptr<Veskar::Track> makeTrack(const Report& report = {});
-/// @return a plain sensor track with a source and an id
+/// @return a default sensor track with a source and an id
 std::shared_ptr<Veskar::Track> makeTrack(Veskar::Source source, int id);
 /// @return a sensor track with a source, an id and an estimate
 std::shared_ptr<Veskar::Track> makeTrack(Veskar::Source source, int id, const Estimate& estimate);

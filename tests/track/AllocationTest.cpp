@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a frame does to every track leaves the heap alone.
+// The per-frame operations of tracks do not allocate.
 #include <veskar/SystemTrack.h>
 
 #include "support/AllocationCounter.h"

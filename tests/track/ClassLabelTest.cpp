@@ -20,7 +20,7 @@ std::shared_ptr<Track> trackOf(Source source, const std::string& className) {
     return makeTrack(report);
 }
 
-/// A user's own idea of a class.
+/// A track with a user's own class name.
 class Renamed : public Track {
 public:
     explicit Renamed(const Track& track) : Track(track) {}

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The matchers themselves: what they must not accept.
+// Tests the matchers themselves: what they must reject.
 #include "support/Constants.h"
 #include "support/EigenMatchers.h"
 

@@ -51,7 +51,7 @@ TEST(ConstantVelocity, MovesTheFirstTwoPositionsOnly) {
 }
 
 TEST(StatisticalDistance, IsTheDistanceAndNotItsSquare) {
-    // Variances add to 4 each: a difference of (6, 8) is (3, 4) standard deviations.
+    // The variances add up to 4 each: a difference of (6, 8) is (3, 4) standard deviations.
     StateVector x = StateVector::Zero();
     x[0] = 6.0;
     x[4] = -8.0;

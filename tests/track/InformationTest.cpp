@@ -65,7 +65,7 @@ TEST(Information, WhatWasAddedCanBeTakenOut) {
 }
 
 TEST(Information, OfTwoScalarsWeighsByTheirPrecision) {
-    // Variances 1 and 3: the mean lies at a quarter of the way, with variance 3/4.
+    // Variances 1 and 3: the mean is at a quarter of the distance, with variance 3/4.
     Information sum = Information::fromEstimate(StateVector::Zero(), StateMatrix::Identity());
     sum += Information::fromEstimate(StateVector::Constant(4.0), 3.0 * StateMatrix::Identity());
     const Estimate fused = estimate(sum);

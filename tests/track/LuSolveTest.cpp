@@ -105,7 +105,7 @@ TEST(LuSolve, ExchangesUndoEveryPermutationExactly) {
 }
 
 TEST(LuSolve, ATinyPivotIsPassedOver) {
-    // Elimination without pivoting loses the 1 beside 1e20 and answers (0, 1) instead of (1, 1).
+    // Elimination without pivoting loses the 1 beside 1e20 and yields (0, 1) instead of (1, 1).
     StateMatrix A = StateMatrix::Identity();
     A.topLeftCorner<2, 2>() << 1e-20, 1.0, 1.0, 1.0;
     RowVector x = RowVector::Zero();
@@ -126,8 +126,8 @@ TEST(LuSolve, SingularMatricesHaveNoFiniteInverse) {
 }
 
 TEST(LuSolve, RowsThatAreTheSameMakeItSingular) {
-    // Times its inverse not every number is 1: what is left of the second row must not pass for a
-    // pivot.
+    // A number times its rounded inverse is not always 1: the remainder in the second row must not
+    // be taken for a pivot.
     for (int value = 1; value <= 1000; ++value) {
         StateMatrix A = StateMatrix::Identity();
         A(0, 0) = A(0, 4) = A(4, 0) = A(4, 4) = value;
@@ -137,7 +137,7 @@ TEST(LuSolve, RowsThatAreTheSameMakeItSingular) {
 }
 
 TEST(LuSolve, AClearColumnIsLeftAsItIs) {
-    // x1 has no equation; those after it are still solved.
+    // x1 has no equation; the following ones are still solved.
     StateMatrix A = 2.0 * StateMatrix::Identity();
     A(1, 1) = 0.0;
     RowVector x = RowVector::Ones();

@@ -9,8 +9,8 @@ namespace {
 using Vector6 = Eigen::Matrix<double, 6, 1>;
 using Matrix6 = Eigen::Matrix<double, 6, 6>;
 
-// One is lost beside the large number unless the large ones cancel first: from first to last the
-// sum is 2; in pairs, in halves or over every other element it is another one.
+// Each 1 is lost beside the large numbers unless these cancel first: in order the sum is 2;
+// pairwise, in halves or over every other element it differs.
 const Vector6 terms = (Vector6() << 1.0, 1e17, -1e17, 1.0, 1.0, 0.0).finished();
 
 TEST(OrderedDot, AddsFromTheFirstTermToTheLast) {
@@ -19,7 +19,8 @@ TEST(OrderedDot, AddsFromTheFirstTermToTheLast) {
 }
 
 TEST(OrderedDot, RoundsEveryProductBeforeItIsAdded) {
-    // The product is 1 + 2^-29 + 2^-60, whose last term does not fit; fused it would remain.
+    // The product is 1 + 2^-29 + 2^-60; its last term is rounded away, but would remain in a fused
+    // multiply-add.
     const double a = 1.0 + 0x1p-30;
     const Eigen::Vector3d x(-(1.0 + 0x1p-29), a, 0.0);
     const Eigen::Vector3d y(1.0, a, 0.0);

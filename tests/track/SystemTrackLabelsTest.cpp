@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a system track believes: its existence, its confidence and its labels.
+// Existence probability, confidence and labels of a system track.
 #include <veskar/SystemTrack.h>
 
 #include "support/EigenMatchers.h"
@@ -118,7 +118,7 @@ TEST(Confidence, IsLostWithoutRadarAndVideoObjects) {
     EXPECT_FALSE(system->isConfident);
 }
 
-/// One of the four labels, reached through the interface only.
+/// One of the four labels, accessed through the public interface.
 struct Label {
     const char* kind;
     bool SystemTrack::*voted;
@@ -127,7 +127,7 @@ struct Label {
     void (SystemTrack::*update)(const Track&);
     std::string (Track::*getName)() const;
     double (Track::*getProbability)() const;
-    double radarScale;  ///< of a probability that the radar answers
+    double radarScale;  ///< factor of a probability returned for radar
 };
 
 std::ostream& operator<<(std::ostream& out, const Label& label) {
@@ -238,7 +238,7 @@ TEST_P(SystemTrackLabel, IsItsOwnWithoutARadarTrack) {
 }
 
 TEST_P(SystemTrackLabel, IsAskedOfTheTrackThroughItsGetters) {
-    // A system track that stands for a sensor track answers from its radar track.
+    // A system track used as a sensor track returns the label of its radar track.
     const auto system = makeSystemTrack(makeTrack(Source::VideoObject, 1));
     SystemTrack layered(track(Source::Radar, 2, "layered", 0.5), 7);
     layered.source = Source::VideoObject;

@@ -305,7 +305,7 @@ TEST(SystemTrackDefusion, MakesTheMapsThatItCounts) {
     EXPECT_TRUE(system->hasSource(Source::Radar));
 }
 
-/// Remembers that it was asked to predict, and in which order.
+/// Records its predictions and their order.
 class Witness : public Track {
 public:
     Witness(const Track& track, std::vector<std::pair<int, double>>& calls)
@@ -349,7 +349,7 @@ TEST(SystemTrackPrediction, LetsEverySensorTrackCoastByTheInterval) {
     const auto system = makeSystemTrack(makeTrack(Source::Radar, 1));
     system->updateState(makeTrack(Source::VideoObject, 1));
     system->updateState(makeTrack(Source::VideoVura, 1));
-    system->getSensorTracks(Source::Radar).at(1)->time = 5.0;  // the interval is the system's
+    system->getSensorTracks(Source::Radar).at(1)->time = 5.0;  // not the start of the interval
     system->predict(10.25);
     for (const Source source : sensors) {
         EXPECT_EQ(system->getSensorTracks(source).at(1)->coastingTime, 0.25) << source;
@@ -382,7 +382,7 @@ TEST(SystemTrackPrediction, MakesTheMapsThatItWalks) {
 }
 
 TEST(SystemTrackPrediction, KeepsTheBookkeepingWhole) {
-    // What was fused before a prediction can be taken out after it.
+    // What was fused before a prediction can be removed after it.
     RandomEstimates random(615);
     const auto radar = makeTrack(Source::Radar, 1, random.estimate());
     const auto system = makeSystemTrack(radar);
@@ -421,7 +421,7 @@ TEST(SystemTrackOrigin, OutsideTheImageFollowsTheTrack) {
 }
 
 TEST(SystemTrackOrigin, IsTheCrossingOfTheBorderAsTheIntersectionReturnsIt) {
-    // From (-2, 0) to (0, 0.5) the left border is met at (-1, 0.25), returned as (v, u).
+    // From (-2, 0) to (0, 0.5) the left border is crossed at (-1, 0.25), returned as (v, u).
     const auto system = startedAt(-2.0, 0.0, 0.0, 0.5);
     system->updateOriginAndStartTime();
     EXPECT_EQ(system->startPosition, Eigen::Vector2d(0.25, -1.0));
@@ -465,7 +465,8 @@ TEST(SystemTrackOrigin, OfNotANumberIsOutside) {
     EXPECT_EQ(lost->startPosition[1], 0.5);
 }
 
-/// The bookkeeping of a system track as its description says it, slow and in extended precision.
+/// Reference: the bookkeeping of a system track as described, unoptimised and in extended
+/// precision.
 class SlowSystemTrack {
 public:
     explicit SlowSystemTrack(const Track& first) : fused_(estimateOf(first)) {
@@ -534,7 +535,7 @@ TEST(SystemTrackState, FollowsTheSlowModelThroughRandomLives) {
                 slow.prune(source, id);
                 system->pruneSensorTracksByIdx(source, id);
             } else if (action < 4) {
-                // Short, since tracks of VideoVura are left behind and taken out as they were.
+                // Short, because VideoVura tracks are not predicted and are removed unchanged.
                 const double t = system->time + 0.01;
                 slow.predict(t - system->time);
                 system->predict(t);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The sensor tracks behind a system track.
+// The sensor tracks of a system track.
 #include <veskar/SystemTrack.h>
 
 #include "support/Constants.h"
@@ -271,7 +271,7 @@ TEST(SystemTrackPruning, WorksWithTheSourceOfTheTrackThatLeaves) {
     for (const int id : {2, 3}) {
         held(*system, Source::VideoObject, id)->coastingTime = 1.0;
     }
-    // The reference dies with the first track that is pruned.
+    // The reference becomes invalid with the first pruned track.
     system->pruneSensorTracksByCoastingTime(held(*system, Source::VideoObject, 2)->source);
     EXPECT_FALSE(system->hasTracks(Source::VideoObject));
     EXPECT_EQ(system->boundingBox, Eigen::Vector4d::Constant(0.5));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Locations with a geolocation service that the test plays.
+// Locations with a geolocation service simulated by the test.
 #include <veskar/Track.h>
 
 #include "support/TrackFactory.h"
@@ -10,7 +10,7 @@ namespace {
 
 using Dbus::GeoLocation::Position;
 
-/// What the service answers, and what it was asked for.
+/// The service's answer, and the arguments of the query.
 struct Service {
     Position answer;
     double range = 0.0;
@@ -20,7 +20,7 @@ Service service;
 
 }  // namespace
 
-// Takes the place of the client of the system bus in this program.
+// Replaces the system bus client in this program.
 Dbus::GeoLocation::Position Dbus::GeoLocation::getPosition(double range, double azimuth) {
     service.range = range;
     service.azimuth = azimuth;

@@ -32,7 +32,7 @@ using VeskarTest::IsNearRelative;
 using VeskarTest::makeTrack;
 using VeskarTest::RandomEstimates;
 
-// What a host compiled elsewhere relies on.
+// The layout that separately compiled hosts rely on.
 static_assert(alignof(Track) == 16);
 static_assert(alignof(Veskar::StateVector) == 16 && sizeof(Veskar::StateVector) == 48);
 static_assert(alignof(Veskar::StateMatrix) == 16 && sizeof(Veskar::StateMatrix) == 288);

@@ -67,8 +67,8 @@ TEST(Autoferry, BearingsBecomeColumnsOfAnAllRoundCamera) {
     EXPECT_NEAR(report.state[0], (bearing + 90.0) / 180.0, 1e-9);
     EXPECT_GE(std::sqrt(report.covariance(4, 4)), 50.0);
     EXPECT_EQ(recording.frames[1].tracks.size(), 2u);
-    // 153 degrees from north lies 117 degrees to the left of a forward of -90 degrees, not 243 to
-    // the right.
+    // A bearing of 153 degrees from north is 117 degrees to the left of the forward direction -90
+    // degrees, not 243 to the right.
     const auto& behind = std::get<Workbench::ReadyEstimate>(recording.frames[1].tracks.at(1));
     EXPECT_NEAR(behind.state[0], (2.6779 * 180.0 / M_PI + 90.0 - 360.0) / 180.0, 1e-9);
 }
@@ -78,7 +78,7 @@ TEST(Autoferry, TruthIsRelativeToThePlatformInItsOwnAxes) {
     const Workbench::TruthFrame& truth = recording.truth.at(1);
     EXPECT_NEAR(truth.time, 0.2, 1e-9);
     const Workbench::TruthObject& boat = truth.objects.at(0);
-    // 30.2 m north and 40 m east; forward is east, north is to the left.
+    // 30.2 m north and 40 m east; forward is east, and north is to the left.
     EXPECT_NEAR(boat.position[0], 40.0, 1e-6);
     EXPECT_NEAR(boat.position[1], 30.2, 1e-6);
     EXPECT_NEAR(boat.velocity[1], 1.0, 1e-6);

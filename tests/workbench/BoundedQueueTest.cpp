@@ -55,7 +55,7 @@ TEST(BoundedQueue, HoldsNoMoreThanItsCapacity) {
         queue.push(3);
         isThirdIn = true;
     });
-    // Longer than the queue lets anybody wait before it looks again.
+    // Longer than the interval at which waiting threads check the queue.
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     EXPECT_FALSE(isThirdIn);
     EXPECT_EQ(next(queue), 1);

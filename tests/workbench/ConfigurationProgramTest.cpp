@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the program says of configurations, and what it states to have used.
+// The program's messages about configurations, and the settings that its outputs state.
 #include "Process.h"
 #include "SourceDirectory.h"
 
@@ -97,7 +97,7 @@ TEST_F(ConfigurationProgram, ARefusalTellsKeyLineAndReason) {
                          ": the fusion refuses this configuration: veskarModule.gatingDistance "
                          "(line 19): " +
                          integerForReal + "\n"));
-    // What the library logs stays what it is.
+    // The library's log messages are unchanged.
     EXPECT_THAT(outcome.errors,
                 HasSubstr("Failed to parse fusion config: JsonNode is not a real number."));
 }
@@ -172,7 +172,7 @@ TEST_F(ConfigurationProgram, AFusedFileWithARefusedConfigurationSaysWhy) {
 TEST_F(ConfigurationProgram, ConstantsOfTheHostAreSetInTheConfigurationOrByHand) {
     const std::string recording = dataFile("tiny.jsonl");
     const std::string before = veskar({"replay", recording}).output;
-    // The default changes nothing, not one byte.
+    // Setting the default changes no byte of the output.
     EXPECT_EQ(veskar({"replay", recording, "--set", "radarGain=3"}).output, before);
 
     const Outcome byHand = veskar(
@@ -192,7 +192,7 @@ TEST_F(ConfigurationProgram, ConstantsOfTheHostAreSetInTheConfigurationOrByHand)
     EXPECT_EQ(replay().output, byHand.output);
     EXPECT_THAT(replay().errors, IsEmpty());
     EXPECT_EQ(veskar({"check", config}).status, 0);
-    // By hand counts more than the file.
+    // The command line overrides the file.
     EXPECT_EQ(veskar({"replay", recording, "--config", config, "--set", "radarGain=3", "--set",
                       "radarFloorStd=[0.02,0.03,0.05,0.05,0.3,0.3]"})
                   .output,

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every decision of the fusion, as the explanations word it.
+// The explanation of every kind of decision.
 #include "replay/Explainer.h"
 
 #include <cmath>
@@ -23,7 +23,7 @@ class ExplainerTest : public testing::Test {
 protected:
     ExplainerTest() { explainer.onFrame({Veskar::Radar, uptime + 2.5, 3, 4}); }
 
-    /// @return the frame that was explained
+    /// @return the explained frame
     Json explained() {
         explainer.finish();
         EXPECT_EQ(lines.size(), 1U);
@@ -159,7 +159,7 @@ TEST_F(ExplainerTest, TellsOfMerges) {
         pair.excluded = younger == 11;
         explainer.onMergeCandidate(pair);
     }
-    explainer.onMerge(8, 7);  // whichever goes on
+    explainer.onMerge(8, 7);  // whichever survives
     const Json merges = explained()["mergeCandidates"];
     EXPECT_EQ(merges[0], Json::parse(R"({"track":7,"other":8,"distance":1.25,"limit":2.5,
                                          "gate":"passed","outcome":"merged"})"));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every command when things go wrong around it: signals at any moment, full disks, closed pipes,
-// closed streams and inputs of any bytes.
+// Every command under faults of its environment: signals at any moment, full disks, closed pipes,
+// closed streams and inputs of arbitrary bytes.
 #include "Process.h"
 #include "Programs.h"
 #include "SourceDirectory.h"
@@ -53,11 +53,11 @@ Words operator+(Words words, const Words& more) {
     return words;
 }
 
-/// A command with one of its inputs left open.
+/// A command with a placeholder for one of its inputs.
 struct Input {
     Words before;
     Words after;
-    std::string good;  ///< a file that fits there
+    std::string good;  ///< a valid file for it
 
     Words with(const std::string& path) const { return before + Words{path} + after; }
 };
@@ -76,7 +76,7 @@ protected:
         files = directory.names();
     }
 
-    /// @return every command on good inputs, without its output
+    /// @return every command with valid inputs, without its output
     std::vector<Words> commands() const {
         std::vector<Words> all = {{"simulate", scenario},
                                   {"import", "kitti", labels, calibration},
@@ -118,14 +118,14 @@ protected:
         return all;
     }
 
-    /// An emulator has the last word about a program that ends by a signal.
+    /// Removes the emulator's message about a program that ends by a signal.
     static std::string withoutEmulator(const std::string& errors) {
         return errors.substr(0, errors.find("qemu: uncaught target signal"));
     }
 
     using Await = std::function<void(const RunningProgram&)>;
 
-    /// Sends a signal to a command at one moment.
+    /// Sends a signal to a command at a given moment.
     void interrupt(const Words& arguments, const RunningProgram::Streams& streams, int signal,
                    const Await& await = &RunningProgram::awaitIdle) {
         SCOPED_TRACE(inOneLine(arguments) + ", signal " + std::to_string(signal));
@@ -158,7 +158,7 @@ protected:
     const std::string explanation = directory / "explained";
     const std::string camera = directory / "camera";
     std::string out = directory / "out";
-    Words files;  ///< of the directory before a command
+    Words files;  ///< in the directory before a command
 };
 
 const std::string frames =
@@ -183,7 +183,7 @@ TEST_F(Fault, ASignalEndsACommandWhoseInputIsSilent) {
 
 TEST_F(Fault, ASignalEndsACommandWhoseInputFallsSilent) {
     for (const Input& input : inputs()) {
-        // Ends within a line, and before the document does.
+        // Ends within a line, and before the end of the document.
         const std::string text = slurp(input.good).substr(0, 60000);
         for (const int signal : signals) {
             const Pipe pipe;
@@ -242,7 +242,7 @@ TEST_F(Fault, ATerminalThatClosesTakesNoBarAndLeavesNoOutput) {
     RunningProgram running({"simulate", scenario, "--duration", "1000000", "-o", out},
                            {-1, -1, program});
     ::close(program);
-    // The bar is there.
+    // The progress bar has been drawn.
     std::array<char, 64> drawn{};
     EXPECT_GT(::read(terminal, drawn.data(), drawn.size()), 0);
     ::close(terminal);
@@ -269,7 +269,7 @@ TEST_F(Fault, ASignalThatTheProgramShallIgnoreIsIgnored) {
     program.awaitIdle();
     program.send(SIGHUP);
     pipe.put(slurp(recording));
-    // The child holds no writing end of its own.
+    // The child has inherited no writing end.
     pipe.end();
     EXPECT_EQ(program.finish().status, 0);
     EXPECT_EQ(slurp(out), veskar({"replay", recording}).output);
@@ -338,7 +338,7 @@ TEST_F(Fault, WithoutStandardStreamsNothingLandsInTheWrongFile) {
 }
 
 TEST_F(Fault, WithoutStandardStreamsNoLogLineLandsInTheOutput) {
-    // The library logs that these are too many, and the program says so.
+    // The library logs that there are too many, and the program reports it.
     const std::string text = slurp(recording);
     std::string many = text.substr(0, text.find('\n') + 1);
     for (int frame = 1; frame <= 2; ++frame) {
@@ -428,7 +428,7 @@ TEST_F(Fault, AHostileInputIsRefusedWithAMessageAndWithoutAnOutput) {
         for (const Input& input : inputs()) {
             SCOPED_TRACE(name + ":" + inOneLine(input.with("...")));
             if (input.good == explanation && text.find_first_not_of('\n') == std::string::npos) {
-                continue;  // a run that fused nothing has nothing to explain
+                continue;  // a run without fused frames has nothing to explain
             }
             const bool isCheck = input.before[0] == "check";
             const Outcome outcome =
@@ -480,7 +480,7 @@ TEST_F(Fault, AGapOfAnyLengthTakesLittle) {
             gap += std::string("{\"source\":\"") + kind + "\",\"time\":" + time + ",\"" +
                    (kind == std::string("truth") ? "objects" : "tracks") + "\":[]}\n";
         }
-        // A sensor whose every interval is so long counts as slow.
+        // A sensor with only such long intervals counts as slow.
         std::string slow = text.substr(0, headerEnd);
         for (const char* multiple : {"0", "1", "2"}) {
             slow += std::string("{\"source\":\"radar\",\"time\":") + multiple + (time + 1) +

@@ -24,7 +24,7 @@ namespace {
 
 class FusedReaderFaults : public testing::Test {
 protected:
-    /// @return what is said about a file whose second line is the given one
+    /// @return the error of a file with this second line
     std::string faultOf(const std::string& line) {
         const std::string golden = slurp(dataFile("tiny.fused.jsonl"));
         spill(directory / "fused", golden.substr(0, golden.find('\n') + 1) + line + "\n");
@@ -38,7 +38,7 @@ protected:
         return "";
     }
 
-    /// @return what is said about a file with this first line
+    /// @return the error of a file with this first line
     std::string headerFaultOf(const std::string& line) {
         spill(directory / "fused", line);
         try {

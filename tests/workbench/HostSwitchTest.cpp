@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The program beside the analytics application, whose path would make it the application.
+// The program at a path that would make it the analytics application.
 #include "Process.h"
 #include "Programs.h"
 #include "support/DatagramReceiver.h"
@@ -13,11 +13,11 @@
 
 using namespace VeskarTest;
 
-// A device's calibration service must not learn from what was recorded elsewhere. This recording
-// has what it would learn from.
+// A device's calibration service must not be fed with data recorded elsewhere. This recording
+// contains samples that would be used.
 TEST(ProgramBesideTheHost, CalibratesNothing) {
     const std::filesystem::path program(VESKAR_PROGRAM);
-    // On the level of the program's own folder, so that it finds its library.
+    // Next to the program's own folder, so that it finds its library.
     const std::filesystem::path folder =
         program.parent_path().parent_path() / ("quandrelwatcher-" + std::to_string(getpid()));
     std::filesystem::create_directory(folder);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The header of a recording that tests can make up.
+// A header of recordings for tests.
 #pragma once
 
 #include "host/TestInstallation.h"

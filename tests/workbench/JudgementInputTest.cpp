@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Bad input and outputs that fail, as users of evaluate, check and replay --explain meet them.
+// Faulty inputs and outputs of evaluate, check and replay --explain.
 #include "Process.h"
 #include "Programs.h"
 
@@ -22,13 +22,13 @@ using VeskarTest::veskar;
 
 namespace {
 
-/// A line that must be refused, and a piece of the message that it must get.
+/// A line that must be rejected, and a part of the expected message.
 struct BadLine {
     std::string text;
     std::string message;
 };
 
-/// They stand after a good line of radar at 1 s.
+/// They follow a valid line of radar at 1 s.
 const std::vector<BadLine> badLines{
     {R"({"source":"radar","time":2,"tracks":[{"id":1,"range":"far","azimuth":0,"radialSpeed":0}]})",
      "tracks[0].range: expected a number, found a string"},
@@ -46,14 +46,14 @@ const std::vector<BadLine> badLines{
 
 class JudgementInput : public testing::Test {
 protected:
-    /// The header of a recording with truth, and one good line.
+    /// The header of a recording with truth, and a valid line.
     static std::string beginning() {
         const std::string golden = slurp(dataFile("tiny.jsonl"));
         return golden.substr(0, golden.find('\n') + 1) +
                "{\"source\":\"radar\",\"time\":1,\"tracks\":[]}\n";
     }
 
-    /// Runs the program with a standard output that nobody reads.
+    /// Runs the program with a standard output that is closed on the other side.
     Outcome intoClosedPipe(const std::string& command, const std::string& input) {
         return VeskarTest::run({"bash", "-c",
                                 "exec 3> >(:); wait $!; \"$0\" \"$1\" \"$2\" 2>\"$3\" >&3; echo $?",

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// evaluate, check and replay --explain as their users run them.
+// Runs evaluate, check and replay --explain as a user does.
 #include "Process.h"
 #include "SourceDirectory.h"
 
@@ -29,7 +29,7 @@ protected:
         return path;
     }
 
-    /// A copy of a recording with another statement about its truth.
+    /// A copy of a recording whose header states another kind of truth.
     std::string withTruth(const std::string& path, const std::string& kind) {
         std::string text = slurp(path);
         const std::string complete = "\"truth\":\"complete\"";
@@ -40,9 +40,9 @@ protected:
         return directory / "other.jsonl";
     }
 
-    /// Five minutes of the shipped perimeter, whose video never fails.
+    /// Five minutes of the shipped perimeter scenario, without video faults.
     /// @param sensor a member of the scenario
-    /// @param error what is put into that member
+    /// @param error inserted into that member
     std::string perimeter(const char* sensor, const nlohmann::json& error) {
         auto scenario = nlohmann::json::parse(
             slurp(std::string(VESKAR_SOURCE_DIR) + "/config/scenarios/perimeter.json"));
@@ -150,7 +150,8 @@ TEST_F(Judgement, EvaluateWritesJsonForMachines) {
         EXPECT_GE(all[tracker]["GOSPA"].get<double>(), 0.0);
         EXPECT_LE(all[tracker]["MOTA"].get<double>(), 1.0);
     }
-    // The parts of the mean power sum up, and the mean is not above the root mean square.
+    // The components of the mean power sum up to it, and the mean is not above the root mean
+    // square.
     const auto& fusion = all["fusion"];
     const auto square = [&](const char* key) {
         return fusion[key].get<double>() * fusion[key].get<double>();
@@ -191,7 +192,7 @@ TEST_F(Judgement, EvaluateJudgesFusedTracksFromAFileAsThoseOfARun) {
                 const auto& other = file["parts"][part.key()][tracker.key()][figure.key()];
                 ASSERT_EQ(other.is_null(), figure.value().is_null()) << figure.key();
                 if (figure.value().is_number()) {
-                    // The file states metres and radians to three to six digits.
+                    // The file has three to six decimals of metres and radians.
                     EXPECT_NEAR(other.get<double>(), figure.value().get<double>(), 5e-3)
                         << part.key() << " " << tracker.key() << " " << figure.key();
                     ++compared;
@@ -241,7 +242,7 @@ TEST_F(Judgement, EvaluateRefusesFusedTracksThatAreNone) {
     EXPECT_THAT(
         errorsOf(other),
         HasSubstr("<stdin>:1: name: these tracks are of the recording \"tall\", not of \"tiny\""));
-    // What the file states of the fusion cannot be stated again.
+    // The installation and configuration stated in the file cannot be overridden.
     spill(directory / "fused", fused);
     for (const char* option : {"--config", "--camera"}) {
         EXPECT_EQ(veskar({"evaluate", path, directory / "fused", option, "x"}).status, 2);
@@ -311,18 +312,18 @@ TEST_F(Judgement, CheckWritesJsonForMachines) {
     }
 }
 
-/// An installation that is not as it is stated, in five minutes with three walkers, and what a
-/// check of the recording must say of it.
+/// A deviation from the stated installation, in five minutes with three walkers, and the finding
+/// that a check of the recording must report.
 struct WrongInstallation {
     const char* sensor;    ///< member of the scenario
-    nlohmann::json error;  ///< put into that member
+    nlohmann::json error;  ///< inserted into that member
     const char* key;       ///< of the finding
     const char* member;    ///< of the estimate in JSON
-    double value;          ///< in its unit
-    const char* remedy;    ///< begins the corrected value
+    double value;          ///< in the unit of the member
+    const char* remedy;    ///< beginning of the corrected value
 };
 
-/// The name in reports of the tests, which must not depend on addresses.
+/// The name in test reports, which must not depend on addresses.
 std::ostream& operator<<(std::ostream& stream, const WrongInstallation& wrong) {
     return stream << wrong.key;
 }

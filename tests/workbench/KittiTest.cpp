@@ -93,10 +93,11 @@ TEST(Kitti, PositionsBecomeTruthBelowTheCamera) {
     const auto recording = importKitti(sample());
     const Workbench::TruthObject& car = recording.truth.at(1).objects.at(0);
     EXPECT_EQ(car.id, 1);
-    // 24 m ahead, 0.6 m to the right of the label's frame; the colour camera is 0.06 m left of it.
+    // 24 m ahead, 0.6 m to the right in the label's frame; the colour camera is 0.06 m left of its
+    // origin.
     EXPECT_NEAR((*car.centre)[0], 24.0, 1e-9);
     EXPECT_NEAR((*car.centre)[1], -0.6 - 44.85728 / 721.5377, 1e-9);
-    // It stands along the line of sight: the near end is half its length nearer.
+    // It is oriented along the line of sight: the near end is half its length nearer.
     EXPECT_NEAR(car.position[0], 22.0, 0.01);
     EXPECT_NEAR(car.velocity[0], -10.0, 1e-6);
 }
@@ -178,7 +179,7 @@ TEST(Kitti, RefusesNumbersThatNoCameraSees) {
           label("0", box, "1.5 1.6 1e9", location), label("0", box, size, "1e200 1.65 25")}) {
         EXPECT_EQ(faultOf(bad, calibrationLine), "l:1: a number is out of range") << bad;
     }
-    // What nobody cares about has neither extents nor a place.
+    // DontCare objects have neither size nor position.
     EXPECT_EQ(faultOf(labelLine + "0 -1 DontCare -1 -1 -10 500 170 520 190 -1 -1 -1 -1000 -1000 "
                                   "-1000 -10\n",
                       calibrationLine),

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Words for classes and colours that producers use, and what they mean.
+// Synonyms of classes and colours.
 #include <veskar/Vocabulary.h>
 
 #include "recording/LabelWords.h"

@@ -117,7 +117,7 @@ TEST(Motion, AWayOfAnyNumberOfLegsIsWalkedLegByLeg) {
     object.path = {{10.0, 0.0}, {10.002, 0.0}};
     object.minimumSpeed = object.maximumSpeed = 200.0;
     Scenario scenario = sceneWith(object);
-    // A hundred thousand million legs.
+    // 1e11 legs.
     scenario.duration = 1e6;
     Motion motion(scenario, 1);
     for (const double time : {0.0, 0.1, 0.2}) {

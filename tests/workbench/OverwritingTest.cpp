@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// No command destroys what it reads, or writes one output over another.
+// No command overwrites its inputs, or one output with another.
 #include "Process.h"
 #include "Programs.h"
 
@@ -22,18 +22,18 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// A command whose words begin with ">" where they name a file that it reads.
+/// A command; words that begin with ">" name files that it reads.
 struct Command {
     const char* name;
     std::vector<std::string> words;
 };
 
-/// The name in reports of the tests, which must not depend on addresses.
+/// The name in test reports, which must not depend on addresses.
 std::ostream& operator<<(std::ostream& stream, const Command& command) {
     return stream << command.name;
 }
 
-/// @param outcome what came of a command that would have written one file over another
+/// @param outcome result of a command that would have overwritten a file
 /// @param written the name of its output
 /// @param other the name of the other file
 void expectRefused(const Outcome& outcome, const std::string& written, const std::string& other) {
@@ -45,7 +45,7 @@ void expectRefused(const Outcome& outcome, const std::string& written, const std
 
 class Overwriting : public testing::Test {
 protected:
-    /// @param name a file that a command reads
+    /// @param name an input file of a command
     /// @return other names of it
     std::vector<std::string> namesOf(const std::string& name) {
         const std::string path = directory / name;
@@ -57,7 +57,7 @@ protected:
         return {path, directory / ("./" + name), directory / ("links/../" + name), symbolic, hard};
     }
 
-    /// @param script for a shell; $0 is the program
+    /// @param script shell script; $0 is the program
     /// @param argument $1
     Outcome shell(const std::string& script, const std::string& argument) {
         return VeskarTest::run({"bash", "-c", script, VESKAR_PROGRAM, argument});

@@ -75,7 +75,7 @@ TEST(PlanarTracker, AssignsByTheBestTotalAndNotByTheNearest) {
     parameters.initialVelocityStd = 20.0;
     PlanarTracker tracker(parameters);
     tracker.update(0.0, {at(0.0, 0.0), at(1.0, 0.0)});
-    // The second detection is nearest to both; only the pairing in order costs little in all.
+    // The second detection is nearest to both tracks; only pairing in order has a small total cost.
     tracker.update(0.1, {at(0.9, 0.0), at(2.0, 0.0)});
     ASSERT_EQ(tracker.tracks().size(), 2u);
     EXPECT_EQ(tracker.tracks()[0].detection, 0u);
@@ -121,7 +121,7 @@ TEST(RadarTracker, SpeaksInRangeAzimuthSpeedAndDirection) {
     Workbench::RadarTracker tracker(Workbench::RadarTracker::usualParameters(), 0.3, 1.0);
     std::vector<Workbench::Report> reports;
     for (int i = 0; i < 50; ++i) {
-        // From the right to the left (y rises) 20 m ahead at 2 m/s.
+        // From right to left (y increases) 20 m ahead at 2 m/s.
         const double y = -5.0 + 0.2 * i;
         reports =
             tracker.update(0.1 * i, {{std::hypot(20.0, y), -std::atan2(y, 20.0) * 180.0 / M_PI}});

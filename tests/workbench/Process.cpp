@@ -45,7 +45,7 @@ int exitStatus(int status) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
-/// Looks again and again, but not for ever.
+/// Polls a condition until a timeout.
 template <typename Condition>
 bool becomesTrue(Condition condition, std::chrono::seconds patience) {
     const auto end = std::chrono::steady_clock::now() + patience;
@@ -128,7 +128,7 @@ RunningProgram::RunningProgram(std::vector<std::string> arguments, const Streams
     const std::vector<char*> pointers = pointersTo(arguments);
     child_ = ::fork();
     if (child_ == 0) {
-        // Whoever runs the tests may ignore signals itself, and wants no core dumps.
+        // The test runner may ignore signals itself; core dumps are not wanted.
         for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
             ::signal(signal, signal == ignored ? SIG_IGN : SIG_DFL);
         }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Runs the program as its users do.
+// Runs the program as a user does.
 #pragma once
 
 #include <array>
@@ -11,7 +11,7 @@
 
 namespace VeskarTest {
 
-/// What a process left behind.
+/// Results of a process.
 struct Outcome {
     int status;          ///< exit status; -N when signal N ended it
     std::string output;  ///< standard output
@@ -20,15 +20,15 @@ struct Outcome {
 
 /// @param arguments program and arguments
 /// @param input standard input
-/// @return what came of it
+/// @return its results
 Outcome run(const std::vector<std::string>& arguments, const std::string& input = "");
 
 /// @param arguments arguments of the veskar program
 /// @param input standard input
-/// @return what came of it
+/// @return its results
 Outcome veskar(std::vector<std::string> arguments, const std::string& input = "");
 
-/// A directory of its own for a test, removed with everything in it.
+/// A temporary directory, removed with its contents.
 class TemporaryDirectory {
 public:
     TemporaryDirectory();
@@ -46,7 +46,7 @@ private:
     std::string path_;
 };
 
-/// A pipe with both ends in the hands of the test. Its ends are not inherited by accident.
+/// A pipe with both ends held by the test, which are not inherited unless requested.
 class Pipe {
 public:
     Pipe();
@@ -56,21 +56,21 @@ public:
 
     int readingEnd() const { return ends_[0]; }
     int writingEnd() const { return ends_[1]; }
-    /// @param text what a reader finds, at most what a pipe holds
+    /// @param text text for the reader, at most the capacity of the pipe
     void put(const std::string& text) const;
-    /// Leaves no room for a single byte more.
+    /// Fills the pipe completely.
     void fill() const;
-    /// Closes the writing end: a reader comes to the end.
+    /// Closes the writing end, so that a reader reaches the end.
     void end();
 
 private:
     std::array<int, 2> ends_{-1, -1};
 };
 
-/// The veskar program, running beside the test.
+/// The veskar program, running in parallel to the test.
 class RunningProgram {
 public:
-    /// Descriptors that become the standard streams; negative: an empty input, and files.
+    /// Descriptors of the standard streams; if negative, an empty input, and files.
     struct Streams {
         int input = -1;
         int output = -1;
@@ -81,21 +81,21 @@ public:
     /// @param streams its standard streams
     /// @param ignored a signal that it inherits as ignored; 0: none
     RunningProgram(std::vector<std::string> arguments, const Streams& streams, int ignored = 0);
-    /// Ends it if it still runs.
+    /// Kills it if it still runs.
     ~RunningProgram();
     RunningProgram(const RunningProgram&) = delete;
     RunningProgram& operator=(const RunningProgram&) = delete;
 
-    /// Waits until it listens for signals and waits for something itself.
+    /// Waits until it handles signals and is blocked in a wait.
     void awaitIdle() const;
-    /// Waits until something holds, for a minute at most.
-    /// @param condition asked again and again
+    /// Waits until a condition holds, at most a minute.
+    /// @param condition polled
     void await(const std::function<bool()>& condition) const;
     /// Waits until it has written to its standard output, which is a file.
     void awaitOutput() const;
     /// @param signal sent to it
     void send(int signal) const;
-    /// @return what came of it; status -SIGKILL when it did not end within a minute
+    /// @return its results; status -SIGKILL when it did not end within a minute
     Outcome finish();
 
 private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The program as its users run it.
+// Runs the program as a user does.
 #include "Process.h"
 #include "Programs.h"
 #include "SourceDirectory.h"
@@ -30,8 +30,7 @@ namespace {
 
 class Program : public testing::Test {
 protected:
-    // The small recording that the golden files were made from.
-    // The whole scenario by default, or some seconds of it.
+    // The small recording behind the golden files: the whole scenario by default, or a part of it.
     std::string recording(const std::string& duration = "") {
         std::string path = directory / "tiny.jsonl";
         std::vector<std::string> arguments{"simulate", dataFile("tiny.scenario.json"), "-o", path};
@@ -45,7 +44,7 @@ protected:
     VeskarTest::TemporaryDirectory directory;
 };
 
-// Numbers may differ in what another processor's mathematics rounds otherwise.
+// Allows differences of numbers that rounding on other processors may cause.
 void expectAlike(const nlohmann::json& actual, const nlohmann::json& expected,
                  const std::string& where) {
     if (expected.is_number() && actual.is_number()) {
@@ -128,12 +127,12 @@ TEST_F(Program, WrongUsageIsStatus2) {
     }
 }
 
-// The golden files are made by
+// The golden files were made by
 //   veskar simulate tiny.scenario.json -o tiny.jsonl
 //   veskar replay tiny.jsonl -o tiny.fused.jsonl
 //   veskar import kitti kitti.labels.txt kitti.calibration.txt -o kitti.jsonl
 //   veskar import autoferry boats.detections.json boats.groundTruth.json -o boats.jsonl
-// and reviewed; a change of them is a change of the product.
+// and reviewed; changing them means changing the product.
 TEST_F(Program, SimulateWritesTheGoldenRecording) {
     expectLinesAlike(slurp(recording()), "tiny.jsonl");
 }
@@ -200,7 +199,7 @@ TEST_F(Program, SummaryTellsWhatLivedAndWhatFedIt) {
     EXPECT_THAT(toFile.output, HasSubstr("confirmed"));
     EXPECT_THAT(toFile.output, HasSubstr("human"));
     EXPECT_THAT(toFile.output, HasSubstr("fed by"));
-    // Standard output belongs to the tracks when they go there.
+    // With the tracks on standard output, there is no summary on it.
     const Outcome toStream = veskar({"replay", path, "--summary"});
     EXPECT_EQ(toStream.output, slurp(directory / "fused"));
     EXPECT_EQ(toStream.errors, toFile.output);
@@ -211,7 +210,7 @@ TEST_F(Program, RealtimeTakesItsTimeAndChangesNothing) {
     const std::string fast = veskar({"replay", path}).output;
     const auto start = std::chrono::steady_clock::now();
     const Outcome slow = veskar({"replay", path, "--realtime"});
-    // Half a second of recording, less the way of the first frame to the host.
+    // Half a second of recording, minus the latency of the first frame.
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(400));
     EXPECT_EQ(slow.output, fast);
     EXPECT_EQ(slow.errors, "");
@@ -225,7 +224,7 @@ TEST_F(Program, ShowsATerminalHowFarItIsOnceItTakesLongerThanASecond) {
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.output, HasSubstr("replaying [="));
     EXPECT_THAT(outcome.output, HasSubstr(" %"));
-    // The line is cleared in the end.
+    // The line is cleared at the end.
     EXPECT_THAT(outcome.output, EndsWith("\r\033[K"));
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Files say what they were made from, and are not taken beside another one.
+// Files state what they were made from, and are rejected together with others.
 #include "Process.h"
 
 #include <array>
@@ -22,7 +22,7 @@ using VeskarTest::veskar;
 
 namespace {
 
-/// The digest in one go, in the form that the library calls canonical.
+/// The digest computed at once, in the library's canonical form.
 std::string digestOf(const std::string& text) {
     XXH128_canonical_t canonical{};
     XXH128_canonicalFromHash(&canonical, XXH3_128bits(text.data(), text.size()));
@@ -48,7 +48,7 @@ std::string recordingDigestOf(const std::string& recording) {
 }
 
 /// @param text text of a run's file
-/// @return what its last line states
+/// @return the contents of its last line
 nlohmann::json digestsIn(const std::string& text) {
     const std::size_t end = text.rfind('\n');
     const std::size_t begin = text.rfind('\n', end - 1) + 1;
@@ -63,8 +63,8 @@ protected:
     }
 
     /// @param path a file
-    /// @param old what stands in it
-    /// @param replacement what shall stand there, where it stands last
+    /// @param old text in the file
+    /// @param replacement new text for its last occurrence
     static void change(const std::string& path, const std::string& old,
                        const std::string& replacement) {
         std::string text = slurp(path);
@@ -79,7 +79,7 @@ protected:
         return veskar(words);
     }
 
-    /// @return what is said when the files are refused together
+    /// @return the message when the files are rejected together
     std::string refusal() {
         const Outcome outcome = evaluate({"-o", directory / "report"});
         EXPECT_EQ(outcome.status, 2);

@@ -8,9 +8,9 @@
 using Workbench::Random;
 
 TEST(Random, GivesTheSameNumbersForever) {
-    // Recordings must not change when a compiler or a standard library does. The first value
-    // comes from a transcription of the algorithms in another language: FNV-1a of "test" over the
-    // seed, stirred by splitmix64, seeds mt19937-64.
+    // Recordings must not change with the compiler or standard library. The first value was
+    // computed by an independent implementation in another language: FNV-1a of "test" over the
+    // seed, mixed by splitmix64, seeds mt19937-64.
     Random random(7, "test");
     const double first = random.uniform();
     Random again(7, "test");

@@ -21,7 +21,7 @@ std::string textOf(const Workbench::RecordingLine& line) {
     return std::visit([](const auto& frame) { return toJsonLine(frame); }, line);
 }
 
-// A pipe with a name that never ends, since its writer stays.
+// A named pipe without end of file, since its writer stays open.
 class SilentPipe {
 public:
     explicit SilentPipe(const std::string& text) : path(directory_ / "pipe") {

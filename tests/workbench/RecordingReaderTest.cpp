@@ -26,7 +26,7 @@ const std::string goodRadar =
 
 class RecordingReaderTest : public testing::Test {
 protected:
-    // Reads a header and the given lines to the end.
+    // Reads a recording with the given lines after its header.
     std::vector<Workbench::RecordingLine> read(const std::string& lines) const {
         return readFile(toJsonLine(VeskarTest::installation()) + lines);
     }
@@ -39,7 +39,7 @@ protected:
         }
         return found;
     }
-    // What is wrong with the lines after the header, without the file's name.
+    // The error of lines after the header, without the file's name.
     std::string faultOf(const std::string& lines) const {
         return faultOfFile(toJsonLine(VeskarTest::installation()) + lines);
     }
@@ -277,7 +277,7 @@ TEST_F(RecordingReaderTest, RefusesRepeatedIds) {
         faultOf(
             R"({"source":"radar","time":1,"tracks":[{"id":4,"range":2,"azimuth":0,"radialSpeed":0},{"id":4,"range":3,"azimuth":0,"radialSpeed":0}]})"),
         "2: tracks[1].id: 4 occurs twice in the frame");
-    // The first that is there already, not the smallest.
+    // The message names the first repeated id, not the smallest.
     std::string tracks;
     for (const char* id : {"7", "5", "9", "7", "5"}) {
         tracks += tracks.empty() ? "" : ",";

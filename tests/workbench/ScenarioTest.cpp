@@ -95,10 +95,10 @@ TEST(Scenario, RefusesWaysThatLeadNowhere) {
     nlohmann::json json = tiny();
     json["objects"][0]["path"] = {{1.0, 2.0}, {1.0, 2.0 + 1e-9}, {5.0, 5.0}};
     EXPECT_EQ(faultOf(json), "objects[0].path[1]: is closer than 0.001 m to the point before");
-    // To stand still is allowed.
+    // Standing still is allowed.
     json["objects"][0]["path"] = {{1.0, 2.0}, {1.0, 2.0}};
     EXPECT_EQ(faultOf(json), "no fault");
-    // A loop goes on from the last point to the first.
+    // A loop continues from the last point to the first.
     json["objects"][0]["path"] = {{1.0, 2.0}, {5.0, 5.0}, {1.0, 2.0 + 1e-9}};
     EXPECT_EQ(faultOf(json), "no fault");
     json["objects"][0]["mode"] = "loop";

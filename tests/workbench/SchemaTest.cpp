@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the program writes keeps the published schemas, judged by an existing validator.
+// The program's outputs conform to the published schemas, checked by an independent validator.
 #include "Process.h"
 #include "Programs.h"
 #include "SourceDirectory.h"

@@ -20,7 +20,7 @@ using Workbench::VideoReport;
 
 namespace {
 
-// What a run gave, sorted by kind.
+// The results of a run, sorted by kind.
 struct Played {
     std::vector<SensorFrame> video;
     std::vector<SensorFrame> radar;
@@ -47,7 +47,7 @@ Played play(const Scenario& scenario, std::uint64_t seed = 1) {
     return played;
 }
 
-// A walker in plain view of perfect sensors: every test spoils one thing.
+// A walker in the view of perfect sensors: every test adds one fault.
 Scenario clean() {
     Scenario scenario = Workbench::readScenario(VeskarTest::dataFile("tiny.scenario.json"));
     scenario.duration = 10.0;
@@ -89,7 +89,7 @@ double countTracks(const std::vector<SensorFrame>& frames) {
     return count;
 }
 
-// The walker's place on the ground at a time of the clean scene.
+// The walker's ground position at a time of the clean scene.
 Eigen::Vector2d walkerAt(double time) {
     return {25.0 - 0.25, -6.0 + 1.5 * time};
 }
@@ -107,7 +107,7 @@ TEST(Simulation, PerfectSensorsReportTheWalker) {
     EXPECT_EQ(idsOf<VideoReport>(played.video), std::set<int>{1});
     EXPECT_EQ(idsOf<RadarReport>(played.radar), std::set<int>{1});
     const auto& last = std::get<RadarReport>(played.radar.back().tracks.at(0));
-    // The nearest corner of his footprint is 0.25 m nearer in both directions.
+    // The nearest corner of the footprint is 0.25 m nearer in both directions.
     const double y = walkerAt(played.radar.back().time)[1] - 0.25;
     EXPECT_NEAR(last.range, std::sqrt(24.75 * 24.75 + y * y + 4.6 * 4.6), 0.01);
     EXPECT_NEAR(last.azimuth, -std::atan2(y, 24.75) * 180.0 / M_PI, 0.02);
@@ -212,7 +212,7 @@ TEST(Simulation, ACarHidesWhatIsBehindItFromVideo) {
     const Played played = play(scenario);
     int hidden = 0;
     for (const SensorFrame& frame : played.video) {
-        // In the middle of his walk the truck covers him.
+        // In the middle of the walk the truck occludes the walker.
         if (std::abs(walkerAt(frame.time)[1]) < 1.5) {
             const bool isSeen = std::any_of(
                 frame.tracks.begin(), frame.tracks.end(), [](const Workbench::Report& track) {
@@ -276,7 +276,7 @@ TEST(Simulation, TheReflectionWandersOverTheObjectAndSlowly) {
     scenario.radarSensor.reflectionTime = 5.0;
     scenario.radarSensor.azimuthStd = 0.2;
     const Played played = play(scenario);
-    // A tracker may run a little past the end when the reflection turns round there.
+    // A tracker may overshoot the end when the reflection turns round there.
     const double end = std::atan(5.0 / 38.0) * 180.0 / M_PI;
     double least = 1e9;
     double most = -1e9;
@@ -316,14 +316,14 @@ TEST(Simulation, MountingErrorsTurnWhatTheSensorsSee) {
     scenario.radarSensor.mountingError.yaw = 2.0;
     scenario.video.mountingError.position[2] = 0.5;
     const Played wrong = play(scenario);
-    // A radar that looks two degrees too far to the left sees everything farther to the right.
+    // A radar turned two degrees too far to the left sees everything farther to the right.
     EXPECT_NEAR(std::get<RadarReport>(wrong.radar[50].tracks.at(0)).azimuth -
                     std::get<RadarReport>(right.radar[50].tracks.at(0)).azimuth,
                 2.0, 0.05);
-    // A camera that hangs higher sees the foot point lower.
+    // A camera that is mounted higher sees the foot point lower in the image.
     EXPECT_LT(std::get<VideoReport>(wrong.video[50].tracks.at(0)).box.bottom,
               std::get<VideoReport>(right.video[50].tracks.at(0)).box.bottom - 0.01);
-    // The recording states the installation as it was meant.
+    // The recording states the nominal installation.
     EXPECT_EQ(wrong.text.substr(0, wrong.text.find('\n')),
               right.text.substr(0, right.text.find('\n')));
 }

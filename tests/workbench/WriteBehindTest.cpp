@@ -28,7 +28,7 @@ void addTime(LineText& text, const FusedFrame& frame) {
     text += '\n';
 }
 
-// More than an output holds back.
+// More than the output's buffer holds.
 void addMuch(LineText& text, const FusedFrame& /*frame*/) {
     text += std::string(1 << 20, 'x');
 }

@@ -26,7 +26,7 @@ protected:
                                            double ahead = 0.0) const {
         return adapter().convert(SensorFrame{source, 5.0, 5.1, {report}}, 0.0, ahead).at(0);
     }
-    // What the radar would report of a ground point.
+    // The radar's report of a ground point.
     Veskar::Host::RadarReport radarReport(const Eigen::Vector2d& ground,
                                           const Eigen::Vector2d& velocity) const {
         const Eigen::Vector3d offset =
@@ -39,7 +39,7 @@ protected:
         report.direction = -std::atan2(velocity[1], velocity[0]) * 180.0 / M_PI;
         return report;
     }
-    // What the camera would report of somebody who walks there.
+    // The camera's report of a person walking there.
     Veskar::Host::VideoReport videoReport(const Eigen::Vector2d& ground,
                                           const Eigen::Vector2d& velocity) const {
         const Veskar::Host::Projection camera(installation.camera.build());
@@ -100,7 +100,7 @@ TEST_F(HostAdapterTest, RadarCovarianceHasFullRankByItsFloors) {
 
 TEST_F(HostAdapterTest, FloorsFollowTheLensesAngles) {
     const auto usual = convert(Veskar::Radar, radarReport(footPoint, walk));
-    // The same lens over half the angle: an image unit is half as wide.
+    // The same lens over half the angle: an image unit corresponds to half the angle.
     parameters.radarFloorStd.setZero();
     const auto bare = convert(Veskar::Radar, radarReport(footPoint, walk));
     const Veskar::StateMatrix floors = usual->covariance - bare->covariance;
@@ -138,7 +138,7 @@ TEST_F(HostAdapterTest, TrackCarriesIdentityTimesAndLabels) {
     EXPECT_EQ(track->source, Veskar::VideoObject);
     EXPECT_EQ(track->coordinateSystem, Veskar::ImagePlaneRange);
     EXPECT_EQ(track->time, 5.0);
-    // The start is left to the library: a track that returns must be younger than its partner.
+    // The start time is left to the library: a track that returns must be younger than its partner.
     EXPECT_EQ(track->startTime, 5.0);
     EXPECT_EQ(track->className, "human");
     EXPECT_EQ(track->colorName, "red");
@@ -155,10 +155,9 @@ TEST_F(HostAdapterTest, RadarTrackCarriesSpeedDirectionAndPlace) {
     EXPECT_NEAR(*track->speed, walk.norm(), 1e-9);
     EXPECT_LT((*track->direction - walk.normalized()).norm(), 1e-9);
     EXPECT_NEAR(track->location->range, footPoint.norm(), 1e-9);
-    // Against the clock from the right-hand side; the footPoint lies to the right of straight
-    // ahead.
+    // Counter-clockwise from the right-hand side; the footPoint is to the right of straight ahead.
     EXPECT_NEAR(track->location->azimuth, 90.0 - std::atan2(5.0, 18.0) * 180.0 / M_PI, 1e-9);
-    // 18 m to the north and 5 m to the east; a degree of latitude is 111 km.
+    // 18 m north and 5 m east; a degree of latitude is 111 km.
     EXPECT_TRUE(track->geoLocation->valid);
     EXPECT_NEAR(track->geoLocation->latitude, 55.0 + 18.0 / 111324.0, 1e-7);
     EXPECT_NEAR(track->geoLocation->longitude, 13.0 + 5.0 / 63994.0, 1e-7);

@@ -139,6 +139,6 @@ TEST(HostParameters, HaveADefaultWithinTheLimitsAndANameEach) {
     }
     EXPECT_EQ(names.size(), parameterTable().size());
     EXPECT_EQ(places.size(), numbers);
-    // Nothing of the record is left out. Eigen's vector and the end are padded to 16 bytes.
+    // The table covers the whole struct. Eigen's vector and the end are padded to 16 bytes.
     EXPECT_EQ((numbers + 2) * sizeof(double), sizeof(HostParameters));
 }

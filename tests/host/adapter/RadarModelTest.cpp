@@ -20,8 +20,8 @@ Veskar::Host::RadarSetup tiltedRadar() {
     return setup;
 }
 
-// What the radar measures of a ground point, independently of the model: into its frame, then
-// spherical.
+// The radar's measurement of a ground point, computed independently of the model: transformed to
+// its frame, then to spherical coordinates.
 Eigen::Vector2d measure(const Veskar::Host::RadarSetup& setup, const Eigen::Vector2d& ground) {
     Veskar::Sensor pose;
     pose.setRotation(setup.mounting.yaw, setup.mounting.pitch, setup.mounting.roll);
@@ -71,7 +71,7 @@ TEST(RadarModel, TurnsSpeedAndDirectionIntoAGroundVelocity) {
     Veskar::Host::RadarReport report;
     report.range = 20.0;
     report.speed = 3.0;
-    report.direction = 90.0;  // to the right of a radar that looks to the left
+    report.direction = 90.0;  // to the right of a radar that points to the left
     const Veskar::Host::GroundEstimate estimate = model.estimate(report);
     EXPECT_LT((estimate.state.tail<2>() - Eigen::Vector2d(3.0, 0.0)).norm(), 1e-12);
     EXPECT_NEAR(estimate.covariance(2, 2), setup.velocityStd * setup.velocityStd, 1e-12);
@@ -85,7 +85,7 @@ TEST(RadarModel, LeavesTheTangentialSpeedOpenWhenOnlyTheRadialOneIsKnown) {
     report.range = 30.0;
     report.radialSpeed = -2.0;
     const Veskar::Host::GroundEstimate estimate = model.estimate(report);
-    // A slant metre is a little more than a metre on the ground.
+    // A metre of slant range is slightly more than a metre on the ground.
     const double ground = 30.0 / std::sqrt(30.0 * 30.0 - 4.6 * 4.6);
     EXPECT_NEAR(estimate.state[2], -2.0 * ground, 1e-9);
     EXPECT_NEAR(estimate.state[3], 0.0, 1e-9);

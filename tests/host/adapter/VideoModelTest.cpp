@@ -17,7 +17,7 @@ protected:
     Veskar::Config::VideoInput noise = VeskarTest::configuration().inputs.video;
     Veskar::Host::HostParameters parameters;
 
-    // Somebody who stands on the ground in the middle of the image.
+    // A person on the ground in the middle of the image.
     Veskar::Host::VideoReport report() const {
         Veskar::Host::VideoReport result;
         result.box = {-0.05, -0.2, 0.05, 0.1};

@@ -50,7 +50,7 @@ TEST(SensorSupervisor, SilentVideoIsReplacedByEmptyFramesFiveTimesASecond) {
         EXPECT_EQ(added[i].source, Veskar::VideoObject);
         EXPECT_EQ(added[i].basis, nullptr);
         EXPECT_NEAR(added[i].received, 1.3 + 0.2 * static_cast<double>(i), 1e-12);
-        // Video's own delay is kept: its clock goes on as it went.
+        // The added frames keep video's delay.
         EXPECT_NEAR(added[i].time, added[i].received - 0.1, 1e-12);
     }
 }
@@ -75,7 +75,7 @@ TEST(SensorSupervisor, ARadarFrameNeedNotWaitForSilentVideo) {
     EXPECT_EQ(empty->basis, nullptr);
     EXPECT_EQ(empty->time, 1.28);
     EXPECT_EQ(empty->received, 1.32);
-    // It stands for the one that would have come in its turn.
+    // It replaces the one that was due next.
     EXPECT_FALSE(duties.nextBefore(1.51));
     EXPECT_TRUE(duties.nextBefore(1.53));
     duties.saw(frame(Veskar::VideoObject, 1.6, 1.7));
@@ -131,7 +131,7 @@ TEST(SensorSupervisor, ASlowRadarIsPredictedInBetweenWhileItIsBelieved) {
     duties.saw(last);
     std::vector<AddedFrame> radar;
     for (double now = 2.1; now < 10.0; now += 0.05) {
-        // Video speaks all the time.
+        // Video sends frames all the time.
         duties.saw(frame(Veskar::VideoObject, now, now));
         for (const AddedFrame& added : allBefore(duties, now + 0.05)) {
             ASSERT_EQ(added.source, Veskar::Radar);
@@ -141,7 +141,7 @@ TEST(SensorSupervisor, ASlowRadarIsPredictedInBetweenWhileItIsBelieved) {
             radar.push_back(added);
         }
     }
-    // Every 0.2 s for one and a half intervals.
+    // Every 0.2 s, for one and a half intervals.
     ASSERT_EQ(radar.size(), 7u);
     EXPECT_NEAR(radar.front().ahead, 0.2, 1e-12);
     EXPECT_NEAR(radar.back().ahead, 1.4, 1e-12);
@@ -153,7 +153,7 @@ TEST(SensorSupervisor, EmptyFramesEndSomeSecondsAfterTheLastReport) {
     const auto added = allBefore(duties, 1e18);
     ASSERT_FALSE(added.empty());
     EXPECT_NEAR(added.back().received, 11.0, 0.2001);
-    // A radar that speaks again finds video silent.
+    // When radar returns, video counts as silent.
     duties.saw(frame(Veskar::Radar, 1e6, 1e6));
     EXPECT_TRUE(duties.videoFor(1e6, 1e6));
     EXPECT_FALSE(duties.nextBefore(1e6 + 0.19));
@@ -172,7 +172,7 @@ TEST(SensorSupervisor, EmptyFramesGoOnWhileASlowRadarIsPredicted) {
         (added.basis == nullptr ? empty : predicted) += 1;
         last = added.received;
     }
-    // One and a half intervals, and ten seconds more of what stands for video.
+    // Predictions for one and a half intervals, and empty video frames for ten seconds more.
     EXPECT_NEAR(predicted, 150, 1);
     EXPECT_NEAR(empty, 200, 2);
     EXPECT_NEAR(last, 60.0, 0.5);

@@ -39,7 +39,7 @@ protected:
         return Veskar::Host::Internal::readTrack(
             track, HostAdapter(installation, VeskarTest::configuration()));
     }
-    // Where the radar sees the object.
+    // The ground position of the radar's report.
     Eigen::Vector2d radarPlace() const {
         return Veskar::Host::RadarModel(installation.radar, {}).groundPoint(30.0, 10.0).position;
     }

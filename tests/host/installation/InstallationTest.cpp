@@ -21,11 +21,11 @@ std::string headerLine() {
     Veskar::Host::Internal::RecordingHeader header;
     static_cast<Installation&>(header) = VeskarTest::testInstallation();
     header.site = Veskar::Host::Site{55.7, 13.25, 140.0};
-    header.camera.fieldOfView[1] = 0.1 + 0.2;  // needs all its digits
+    header.camera.fieldOfView[1] = 0.1 + 0.2;  // needs all 17 digits
     return toJsonLine(header);
 }
 
-/// The members of the header that make an installation.
+/// The members of the header that belong to an installation.
 std::string plainObject() {
     const std::string line = headerLine();
     const std::size_t camera = line.find("\"camera\"");

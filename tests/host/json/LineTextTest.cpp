@@ -17,7 +17,7 @@ std::string written(double value, int decimals) {
     return text.string();
 }
 
-// The same number by hand: digits of an integer count of units, with a point between them.
+// The expected text: the digits of an integer number of units, with the decimal point inserted.
 std::string decimal(std::int64_t units, int decimals) {
     std::string digits = std::to_string(std::abs(units));
     while (digits.size() <= static_cast<std::size_t>(decimals)) {
@@ -66,7 +66,7 @@ TEST(LineText, WritesEveryDigit) {
     std::mt19937_64 engine(2);
     for (int i = 0; i < 20000; ++i) {
         const int decimals = i % 10;
-        // Of all lengths.
+        // Numbers of all magnitudes.
         const auto units = static_cast<std::int64_t>(engine() >> 14) >> (engine() % 50);
         const std::int64_t value = i % 3 == 0 ? -units : units;
         const double exact = static_cast<double>(value) / std::pow(10.0, decimals);

@@ -62,7 +62,7 @@ Collected fuse(const std::vector<SensorFrame>& frames) {
 }  // namespace
 
 TEST(FusionPipeline, WritesOneFrameForEachThatWasFused) {
-    // The first radar frame waits for video and is fused right after the video frame it waited for.
+    // The first radar frame is held back and fused right after the video frame that it waited for.
     const auto collected = fuse({{Veskar::VideoObject, 1.0, 1.0, {}},
                                  {Veskar::Radar, 1.1, 1.1, {radarTrack(1)}},
                                  {Veskar::VideoObject, 1.1, 1.11, {}},
@@ -82,7 +82,7 @@ TEST(FusionPipeline, WritesOneFrameForEachThatWasFused) {
 }
 
 TEST(FusionPipeline, ItsOwnEmptyVideoFrameReleasesAWaitingRadarFrame) {
-    // Video falls silent at 1.0; the radar frame of 1.15 waits for it until 1.2.
+    // Video falls silent at 1.0; the radar frame of 1.15 is held back until 1.2.
     const auto collected = fuse({{Veskar::VideoObject, 1.0, 1.0, {}},
                                  {Veskar::Radar, 1.15, 1.15, {radarTrack(1)}},
                                  {Veskar::Radar, 1.21, 1.21, {radarTrack(1)}}});
@@ -103,7 +103,7 @@ TEST(FusionPipeline, RadarFramesDoNotWaitForAVideoThatIsSilent) {
     const auto collected = fuse(frames);
     EXPECT_GT(collected.counts.addedFrames, 35u);
     for (const FusedFrame& frame : collected.frames) {
-        // Until video is known to be silent they do wait.
+        // They are held back until video counts as silent.
         if (frame.source == Veskar::Radar && frame.received > 5.3) {
             EXPECT_NEAR(frame.received - frame.time, 0.02, 1e-9);
         }
@@ -123,8 +123,8 @@ TEST(FusionPipeline, ASlowRadarKeepsItsTracksAlive) {
         }
     }
     const auto collected = fuse(frames);
-    // Born anew at the second scan, when the radar is known to be slow, and then the same to the
-    // end.
+    // Started anew at the second scan, when the radar is recognised as slow, then the same track to
+    // the end.
     std::set<int> ids;
     for (const FusedFrame& frame : collected.frames) {
         if (frame.time > 3.0) {
@@ -158,7 +158,7 @@ TEST(FusionPipeline, MoreTracksThanAnAssignmentHoldsAreReportedAndSurvived) {
 
 TEST(FusionPipeline, SaysNothingOfAFrameThatTheFusionHoldsBack) {
     const VeskarTest::SyslogCapture log;
-    // One stamp an hour and more ahead, then the old time base again: the frame is dropped.
+    // One stamp more than an hour ahead, then the old time base again: the frame is dropped.
     const auto collected = fuse({{Veskar::VideoObject, 1.0, 1.0, {}},
                                  {Veskar::VideoObject, 9000.0, 1.05, {}},
                                  {Veskar::VideoObject, 1.1, 1.1, {}}});
@@ -170,7 +170,8 @@ TEST(FusionPipeline, SaysNothingOfAFrameThatTheFusionHoldsBack) {
 
 TEST(FusionPipeline, GoesOnWithANewTimeBase) {
     const VeskarTest::SyslogCapture log;
-    // Both frames of the new time base are fused by the second one's call, and told of as one.
+    // Both frames of the new time base are fused by the call with the second one, and passed on as
+    // one.
     const auto collected = fuse({{Veskar::VideoObject, 1.0, 1.0, {}},
                                  {Veskar::VideoObject, 9000.0, 1.1, {}},
                                  {Veskar::VideoObject, 9000.1, 1.2, {}},

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Where a device puts a radar's target, through Track::setLocation and the geolocation service, and
-// where a replay puts it, which has nothing but the site.
+// The geographic position of a radar target on a device, from Track::setLocation and the
+// geolocation service, and in a replay, from the site alone.
 #include <veskar-host/FusionPipeline.h>
 #include <veskar-host/GeographicPosition.h>
 #include <veskar-host/HostAdapter.h>
@@ -27,8 +27,8 @@ const FakeService::Member getAll{"/com/nolt/GeoLocation1", "org.freedesktop.DBus
 const FakeService::Member propertiesChanged{"/com/nolt/GeoLocation1",
                                             "org.freedesktop.DBus.Properties", "PropertiesChanged"};
 
-/// A device whose position and heading the test sets. The client behind it lives as long as the
-/// process, so one test alone may make it.
+/// A device whose position and heading the test sets. The underlying client lives as long as the
+/// process, so only one test can create it.
 class Device {
 public:
     Device() : service_("com.nolt.GeoLocation1") {
@@ -53,7 +53,7 @@ private:
     MainLoop loop_;
 };
 
-/// A radar's target as the adapter hands it to the fusion, from a report in the radar's own frame.
+/// A radar target as the adapter passes it to the fusion, from a report in the radar's own frame.
 std::shared_ptr<Veskar::Track> targetAt(const Site& site, const Veskar::Host::Mounting& radar,
                                         double range, double azimuth) {
     Veskar::Host::Installation installation = testInstallation();
@@ -68,7 +68,7 @@ std::shared_ptr<Veskar::Track> targetAt(const Site& site, const Veskar::Host::Mo
     return adapter.convert({Veskar::Radar, 5.0, 5.1, {report}}, 0.0, 0.0).at(0);
 }
 
-/// The same target, its position asked of the device.
+/// The same target with a position from the device's service.
 Position askDevice(const Veskar::Track& target) {
     Veskar::Track asked = target;
     asked.geoLocation.reset();
@@ -76,9 +76,9 @@ Position askDevice(const Veskar::Track& target) {
     return asked.geoLocation.value_or(Position{});
 }
 
-/// How far a position lies to the east and north of the site, on a scale of degrees per metre. The
-/// device's scale differs from the replay's, which is that of the ellipsoid, by up to half a
-/// percent; the directions must not.
+/// A position's offset to the east and north of the site, on a scale in degrees per metre. The
+/// device's scale differs by up to half a percent from the replay's, which is that of the
+/// ellipsoid; the directions must agree.
 Eigen::Vector2d offset(const Position& position, const Site& site, const Position& east,
                        const Position& north) {
     return {(position.longitude - site.longitude) / (east.longitude - site.longitude),
@@ -90,7 +90,7 @@ Eigen::Vector2d offset(const Position& position, const Site& site, const Positio
 TEST(DevicePosition, IsWhereAReplayPutsIt) {
     Device device;
 
-    // A host whose installation states no site gets the device's word for where a track is.
+    // Without a site, the pipeline uses the position from the device's service.
     device.place({55.0, 13.0, 0.0});
     std::optional<Position> told;
     const auto take = [&told](const Veskar::Host::FusedFrame& frame) {
@@ -109,7 +109,7 @@ TEST(DevicePosition, IsWhereAReplayPutsIt) {
     ASSERT_TRUE(told);
     EXPECT_NEAR(told->latitude, 55.0 + 100.0 / 111300.0, 1e-5);
     EXPECT_NEAR(told->longitude, 13.0, 2e-5);
-    // A replay does not ask the machine that it runs on.
+    // A replay does not query the machine that it runs on.
     Veskar::Host::FusionPipeline::Options options;
     options.asksForPosition = false;
     Veskar::Host::FusionPipeline replay(testInstallation(), configuration(), take, {}, options);
@@ -117,7 +117,7 @@ TEST(DevicePosition, IsWhereAReplayPutsIt) {
     replay.push(radarFrame(500.05));
     EXPECT_FALSE(told);
 
-    // Straight ahead of a device that heads north, the report at 0 degrees.
+    // Straight ahead of a device that heads north; report at 0 degrees.
     const Site northward{55.0, 13.0, 0.0};
     device.place(northward);
     const auto ahead = targetAt(northward, {}, 100.0, 0.0);
@@ -127,7 +127,7 @@ TEST(DevicePosition, IsWhereAReplayPutsIt) {
         EXPECT_GT(position.latitude, 55.0 + 99.0 / 111400.0);
         EXPECT_NEAR(position.longitude, 13.0, 1e-9);
     }
-    // To its right, with the clock from ahead, is east.
+    // To its right, clockwise from straight ahead, is east.
     const auto right = targetAt(northward, {}, 100.0, 90.0);
     EXPECT_NEAR(right->location->azimuth, 0.0, 1e-9);
     EXPECT_GT(askDevice(*right).longitude, 13.0 + 99.0 / 111400.0);

@@ -79,7 +79,7 @@ TEST(Projection, DerivativesStayFiniteOnTheOpticalAxis) {
     const Veskar::Host::ImageMotion image =
         camera.project(camera.origin() + 10.0 * axis, {1.0, 1.0, 1.0});
     EXPECT_LT(image.uv.norm(), 1e-3);
-    // At the centre of an equidistant lens a sideways metre turns the ray by 1 / distance.
+    // At the centre of an equidistant lens a lateral metre rotates the ray by 1 / distance.
     EXPECT_NEAR(image.jacobian(0, 1), -1.2732395447351628 / 10.0, 1e-5);
     EXPECT_TRUE(image.rateJacobian.allFinite());
 }
@@ -98,7 +98,7 @@ TEST(Projection, FindsTheGroundPointOfAColumnAtARange) {
          {Eigen::Vector2d(15.0, 6.0), Eigen::Vector2d(60.0, -9.0), Eigen::Vector2d(8.0, 0.5)}) {
         const Eigen::Vector3d point(ground[0], ground[1], 0.0);
         const Eigen::Vector2d uv = camera.position(point);
-        // A row that is off does not matter: column and range alone tell the place.
+        // A wrong row does not matter: column and range determine the position.
         const auto found =
             camera.groundPoint(uv[0], uv[1] + 0.02, (point - camera.origin()).norm());
         ASSERT_TRUE(found);

@@ -62,7 +62,7 @@ void waitFor(const std::function<bool()>& isOver) {
     }
 }
 
-/// Reads a file as whoever replays it.
+/// Reads a file as a replay does.
 /// @return the times of its frames
 std::vector<double> timesOf(const std::string& path) {
     Installation::parse(path);
@@ -139,7 +139,7 @@ TEST_F(FrameRecorderTest, LosesNothingThatIsWrittenWhenTheProcessIsKilled) {
     ::kill(child, SIGKILL);
     int status = 0;
     ASSERT_EQ(::waitpid(child, &status, 0), child);
-    // Whole lines only, and none is missing.
+    // Complete lines only, and none is missing.
     std::ifstream file(path);
     const std::string text{std::istreambuf_iterator<char>(file), {}};
     ASSERT_FALSE(text.empty());
@@ -191,7 +191,7 @@ TEST_F(FrameRecorderTest, LeavesOutWhatCouldNotBeReadBack) {
     SensorFrame early = frameAt(2.0);
     early.received = 0.5;
     recorder.write(early);
-    recorder.write({Veskar::VideoObject, 0.25, 0.5, {}});  // received before the frame before
+    recorder.write({Veskar::VideoObject, 0.25, 0.5, {}});  // received before the previous frame
     SensorFrame twice = frameAt(3.0, 1);
     twice.tracks.push_back(twice.tracks.front());
     recorder.write(twice);
@@ -230,7 +230,7 @@ TEST_F(FrameRecorderTest, DropsFramesInsteadOfWaitingForTheDisk) {
     FrameRecorder::Options options;
     options.waiting = 100000;
     FrameRecorder recorder(path, installation, options);
-    // More at once than a thread can write of them.
+    // More than a thread can write at once.
     constexpr int frames = 20000;
     for (int i = 0; i < frames; ++i) {
         recorder.write(frameAt(i, 50));

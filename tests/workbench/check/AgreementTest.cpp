@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Where radar and video see objects, under each reading of their numbers.
+// The agreement of radar and video under each reading of their numbers.
 #include "check/Agreement.h"
 #include "check/ConventionErrors.h"
 
@@ -14,7 +14,7 @@ const VeskarTest::Recorded& perimeter() {
     return recorded;
 }
 
-/// @return the agreement when a mistake is made in every line
+/// @return the agreement when every line has this fault
 Agreement withError(const char* what) {
     const VeskarTest::ConventionError& error = VeskarTest::conventionError(what);
     RecordingHeader header = perimeter().header;
@@ -31,7 +31,7 @@ Agreement withError(const char* what) {
     return agreement;
 }
 
-/// Expects one reading to bring the sensors together and none of the others to do so.
+/// Checks that one reading makes the sensors agree, and no other one does.
 void expectOnly(const char* what, const Reading& right) {
     const Agreement agreement = withError(what);
     EXPECT_GT(agreement.asked(), 300U) << what;

@@ -39,7 +39,7 @@ void forRadar(SensorFrame& frame, Change change) {
     }
 }
 
-/// Both axes, with top and bottom where the names say.
+/// Scales and moves a box, keeping the names of its sides.
 ImageBox scaled(const ImageBox& box, double u, double v, double u0, double v0) {
     return {u * box.left + u0, v * box.bottom + v0, u * box.right + u0, v * box.top + v0};
 }

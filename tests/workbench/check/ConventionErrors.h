@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Simulated recordings, and the mistakes that producers of recordings make.
+// Simulated recordings, and typical faults of their producers.
 #pragma once
 
 #include "check/RecordingCheck.h"
@@ -11,10 +11,10 @@
 
 namespace VeskarTest {
 
-/// A mistake made in every line of a recording.
+/// A fault in every line of a recording.
 struct ConventionError {
-    std::string what;      ///< for people
-    std::string expected;  ///< name of the convention that must be found
+    std::string what;      ///< description
+    std::string expected;  ///< name of the convention that must be found violated
     void (*ofHeader)(Workbench::RecordingHeader&) = nullptr;
     void (*ofFrame)(Workbench::SensorFrame&) = nullptr;
 };
@@ -22,7 +22,7 @@ struct ConventionError {
 /// @return all of them
 const std::vector<ConventionError>& conventionErrors();
 
-/// @param what as in conventionErrors
+/// @param what description as in conventionErrors
 /// @return that one
 const ConventionError& conventionError(const std::string& what);
 
@@ -33,13 +33,13 @@ struct Recorded {
 };
 
 /// @param scenario name of a shipped scenario
-/// @param seed of the simulation
+/// @param seed seed of the simulation
 /// @param duration in seconds; 0 for the scenario's own
-/// @return what the sensors report
+/// @return the reports of the sensors
 Recorded simulated(const std::string& scenario, std::uint64_t seed, double duration);
 
-/// @param recorded what the sensors report
-/// @param error made on the way to the file
+/// @param recorded the reports of the sensors
+/// @param error applied to them
 /// @param path of the file
 void write(const Recorded& recorded, const ConventionError& error, const std::string& path);
 

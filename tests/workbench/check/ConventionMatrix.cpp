@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// Makes every mistake in every scenario and prints what the check finds, as a table of Markdown:
+// Applies every fault to every scenario and prints the check's findings as a Markdown table:
 // convention_matrix clean|all DURATION SEEDS SCENARIO...
 //
-// "clean" makes no mistake at all. DURATION is in seconds, 0 for that of the scenario. A cell says
-// in how many runs the mistake was named, and what else was. Exit status 1: a recording without a
-// mistake was given one.
+// "clean" applies no fault. DURATION is in seconds, 0 for that of the scenario. A cell states in
+// how many runs the fault was found, and the other findings. Exit status 1: a finding in a
+// recording without fault.
 #include "Process.h"
 #include "check/ConventionErrors.h"
 
@@ -21,11 +21,11 @@ namespace {
 
 using VeskarTest::ConventionError;
 
-/// What came of one mistake in all runs of a scenario.
+/// Results for one fault in all runs of a scenario.
 struct Cell {
     int runs = 0;
     int found = 0;
-    bool isWronged = false;  ///< something was named where nothing is wrong
+    bool isWronged = false;  ///< a finding although there is no fault
     std::map<std::string, int> others;
 
     void add(const ConventionError& error, const Workbench::RecordingCheckResult& result) {

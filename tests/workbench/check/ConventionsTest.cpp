@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Mistakes of conventions made in simulated recordings, and whether they are named as what they
-// are. scripts/check-conventions does the same with all scenarios and more seeds.
+// Applies faults of conventions to simulated recordings and checks that they are identified.
+// scripts/check-conventions does the same with all scenarios and more seeds.
 #include "Process.h"
 #include "check/ConventionErrors.h"
 
@@ -32,7 +32,7 @@ protected:
         return checked(recorded, VeskarTest::conventionError(what));
     }
 
-    /// Every mistake but those that the scenario hides.
+    /// Every fault except those that the scenario hides.
     void expectEveryMistakeNamed(const char* scenario, std::uint64_t seed,
                                  const std::set<std::string>& hidden = {}) {
         const VeskarTest::Recorded recorded = VeskarTest::simulated(scenario, seed, 0.0);
@@ -75,7 +75,7 @@ TEST_F(ConventionMistakes, AreNamedAtTheCrossing) {
 TEST_F(ConventionMistakes, AMistakeIsNamedAlone) {
     const VeskarTest::Recorded recorded = VeskarTest::simulated("perimeter", 2, 60.0);
     for (const ConventionError& error : conventionErrors()) {
-        // Two mistakes have two names.
+        // Two faults have two names.
         if (error.what != "azimuth and direction mirrored") {
             EXPECT_THAT(namesOf(checked(recorded, error)), Each(error.expected)) << error.what;
         }

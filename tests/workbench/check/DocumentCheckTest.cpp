@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Configurations, cameras and scenarios: every fault with line, key, value and expectation.
+// Configurations, cameras and scenarios: every fault is reported with line, key, value and
+// expectation.
 #include "Process.h"
 #include "SourceDirectory.h"
 #include "check/DocumentCheck.h"
@@ -22,12 +23,12 @@ const std::string source = VESKAR_SOURCE_DIR;
 
 class DocumentCheck : public testing::Test {
 protected:
-    /// A shipped document, to be spoilt.
+    /// A shipped document, for introducing faults.
     void begin(const std::string& name, DocumentKind documentKind) {
         text = slurp(source + "/config/" + name);
         kind = documentKind;
     }
-    /// Replaces one piece of the text, which must be there once.
+    /// Replaces a piece of the text that occurs exactly once.
     void replace(const std::string& from, const std::string& to) {
         const std::size_t place = text.find(from);
         ASSERT_NE(place, std::string::npos) << from;
@@ -43,7 +44,7 @@ protected:
         const auto place = static_cast<std::ptrdiff_t>(text.find(piece));
         return 1 + static_cast<std::uint64_t>(std::count(text.begin(), text.begin() + place, '\n'));
     }
-    /// Expects exactly one finding on a key and gives it back.
+    /// Checks that a key has exactly one finding and returns it.
     Finding only(const Findings& findings, const std::string& key) {
         Findings found;
         std::copy_if(findings.begin(), findings.end(), std::back_inserter(found),
@@ -87,14 +88,14 @@ TEST_F(DocumentCheck, FindsNothingWrongWithWhatIsShipped) {
 }
 
 TEST_F(DocumentCheck, ReadsScenariosWithComments) {
-    // A scene of four seconds is unusually short, and nothing else is wrong with it.
+    // A scene of four seconds is unusually short; there are no other findings.
     const Findings findings =
         checkDocument(VeskarTest::dataFile("tiny.scenario.json"), DocumentKind::Scenario);
     ASSERT_THAT(findings, SizeIs(1));
     EXPECT_EQ(findings[0].severity, Severity::Warning);
     EXPECT_EQ(findings[0].key, "duration");
     EXPECT_EQ(findings[0].line, 5U);
-    // The library reads configurations and cameras without.
+    // The library accepts no comments in configurations and cameras.
     begin("camera.json", DocumentKind::Camera);
     text = "// mine\n" + text;
     EXPECT_TRUE(hasFault(check()));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Other conventions than the format's, and what becomes of the numbers under them.
+// Other conventions than the format's, and the values read by them.
 #include <veskar-host/Projection.h>
 
 #include "check/Hypothesis.h"

@@ -13,7 +13,7 @@ namespace {
 
 constexpr double statedHeight = 5.0;
 
-/// What is wrong with an installation: true values minus stated ones.
+/// Errors of an installation: true values minus stated ones.
 struct Wrong {
     double yaw = 0.0;
     double height = 0.0;
@@ -21,9 +21,9 @@ struct Wrong {
     double lag = 0.0;
 };
 
-/// Walkers at 8 to 40 m in all directions as a camera that is mounted wrongly and a radar with late
-/// stamps see them, with a share of wrong pairs. The camera's view is exact geometry, not the
-/// linear model of the estimator.
+/// Walkers at 8 to 40 m in all directions, as seen by a wrongly mounted camera and a radar with
+/// late stamps, with some wrong pairs. The camera's view is exact geometry, not the linear model of
+/// the estimator.
 std::vector<PairSample> samplesOf(const Wrong& wrong, double noise, double speed = 1.4) {
     std::mt19937 random(11);
     std::normal_distribution<double> normal;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Radar tracks that move as they say, and others.
+// Radar tracks that move as reported, and others.
 #include <veskar-host/Projection.h>
 
 #include "check/RadarMotion.h"
@@ -11,8 +11,8 @@
 namespace Workbench {
 namespace {
 
-/// Thirty objects that walk 2 m/s for three seconds each, all over the place, in directions of
-/// their own; @p change makes a mistake.
+/// Thirty objects that walk at 2 m/s for three seconds each, at different places and in different
+/// directions; @p change introduces a fault.
 template <typename Change>
 RadarMotion watched(Change change) {
     RecordingHeader header;
@@ -33,7 +33,7 @@ RadarMotion watched(Change change) {
             report.speed = 2.0;
             report.direction = -degrees(course);
             report.radialSpeed = place.normalized().dot(velocity);
-            // A missed detection ends nothing.
+            // A missed detection does not interrupt the track.
             report.coasting = frame % 7 == 3 ? 0.1 : 0.0;
             change(report);
             radar.tracks.emplace_back(report);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Faults put into simulated recordings, and what the check makes of them.
+// The findings of the check for faults in simulated recordings.
 #include <veskar-host/Projection.h>
 
 #include "Process.h"
@@ -48,7 +48,7 @@ protected:
         return checkRecording(directory / "recording", [](std::uint64_t, std::uint64_t) {});
     }
 
-    /// @return the keys of the installation that are warned of
+    /// @return the keys of the installation with warnings
     static std::vector<std::string> warnedOf(const RecordingCheckResult& result) {
         std::vector<std::string> keys;
         for (const Finding& finding : result.findings) {

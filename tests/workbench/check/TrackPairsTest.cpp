@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Which radar and video tracks are taken for one object when an installation is judged.
+// Which radar and video tracks are paired when an installation is judged.
 #include "Process.h"
 #include "check/TrackPairs.h"
 #include "scenario/Scenario.h"
@@ -14,7 +14,7 @@
 namespace Workbench {
 namespace {
 
-/// Where an object is at a time, m.
+/// Position of an object over time, m.
 using Way = std::function<Eigen::Vector2d(double)>;
 
 /// The camera 5 m above the origin, the radar at 4.6 m, both turned to the left by @p yaw degrees.
@@ -53,7 +53,7 @@ protected:
         return report;
     }
 
-    /// Three seconds at ten frames a second of each sensor.
+    /// Three seconds of ten frames a second from each sensor.
     void watch(const std::vector<Way>& ways) {
         for (int i = 0; i < 30; ++i) {
             const double time = 0.1 * i;
@@ -89,7 +89,7 @@ Eigen::Vector2d crossing(double time) {
 TEST_F(TrackPairsTest, PairsAnObjectThatIsAlone) {
     begin();
     watch({crossing});
-    // Every 0.2 s, from half a second after the beginning to half a second before the end.
+    // Every 0.2 s, from half a second after the start to half a second before the end.
     ASSERT_GE(pairs->samples().size(), 8U);
     double time = 0.0;
     for (const PairSample& sample : pairs->samples()) {
@@ -140,7 +140,7 @@ TEST_F(TrackPairsTest, LeavesOutTentativeTracks) {
 
 TEST_F(TrackPairsTest, LeavesOutTheMomentsOfATurn) {
     begin();
-    // Turns round at 1.5 s: trackers follow a turn after different times.
+    // Turns round at 1.5 s: trackers follow a turn with different delays.
     watch({[](double time) -> Eigen::Vector2d {
         return {20.0, -3.0 + 4.0 * std::min(time, 3.0 - time)};
     }});

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Votes for the differences between two sensors.
+// Voting for differences between two sensors.
 #include <veskar-host/Projection.h>
 
 #include "check/VoteGrid.h"

@@ -28,7 +28,7 @@ TEST(Accuracy, PartsTheErrorIntoRadialAndCrossRange) {
 
 TEST(Accuracy, MeasuresRangeFromTheObserver) {
     Accuracy metric(Eigen::Vector2d(10, -5));
-    // From (10, -5) the object at (10, 0) lies along y, where left is -x.
+    // Seen from (10, -5), the object at (10, 0) is in direction y, where left is -x.
     metric.add(instantOf(0, {{1, 10, 0}}, {{7, 9, 2}}), {{0, 0}});
     EXPECT_DOUBLE_EQ(metric.result().radialBias, 2.0);
     EXPECT_DOUBLE_EQ(metric.result().crossRangeBias, 1.0);

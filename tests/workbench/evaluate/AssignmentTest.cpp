@@ -14,7 +14,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 
-/// The greatest total over all permutations of a square problem: the literal slow version.
+/// The greatest total over all permutations of a square problem, by brute force.
 double greatestTotal(const Eigen::MatrixXd& gain) {
     std::vector<int> columns(static_cast<std::size_t>(gain.cols()));
     std::iota(columns.begin(), columns.end(), 0);
@@ -49,7 +49,7 @@ TEST(Assignment, LeavesPairsWithoutGainAlone) {
     Eigen::MatrixXd gain(2, 2);
     gain << 3, 0,  //
         4, -1;
-    // Row 0 could only have column 0, which is worth more with row 1; a second pair would gain 0.
+    // Row 0 could only get column 0, which gains more with row 1; a second pair would gain 0.
     EXPECT_THAT(assignWithGreatestGain(gain), ElementsAre(Pair(1, 0)));
 }
 
@@ -108,8 +108,8 @@ TEST(Assignment, SolvesManySmallGroups) {
 }
 
 TEST(Assignment, SolvesALargeGroup) {
-    // The tracks of a long recording: each of a few objects had very many of them. Row i is worth
-    // most with column 100 i, and next to nothing with all the others.
+    // Like the tracks of a long recording, in which a few objects had very many tracks each. Row i
+    // has a large gain with column 100 i and a very small one with all others.
     Eigen::MatrixXd gain = Eigen::MatrixXd::Constant(30, 3000, 1e-3);
     Pairs expected;
     for (int i = 0; i < 30; ++i) {

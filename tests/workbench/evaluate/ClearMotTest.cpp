@@ -14,7 +14,7 @@ TEST(ClearMot, CountsMatchesMissesAndFalseTracks) {
     ClearMot metric(parameters);
     // Object 1 on track 7 at 1 m, object 2 missed, track 8 false.
     metric.add(instantOf(0, {{1, 0}, {2, 50}}, {{7, 1}, {8, 100}}));
-    // Nothing reported; then nothing there.
+    // No tracks; then no objects.
     metric.add(instantOf(1, {{1, 0}, {2, 50}}, {}));
     metric.add(instantOf(2, {}, {{7, 1}}));
     const ClearMot::Result result = metric.result();
@@ -49,12 +49,12 @@ TEST(ClearMot, CountsASwitchAgainstTheLastTrackTheObjectHad) {
     ClearMot metric(parameters);
     metric.add(instantOf(0, {{1, 0}}, {{7, 0}}));
     metric.add(instantOf(1, {{1, 0}}, {{9, 90}}));  // lost
-    metric.add(instantOf(2, {{1, 0}}, {{8, 0}}));   // found by another: switch
+    metric.add(instantOf(2, {{1, 0}}, {{8, 0}}));   // matched with another track: switch
     metric.add(instantOf(3, {{1, 0}}, {{9, 90}}));  // lost
-    metric.add(instantOf(4, {{1, 0}}, {{8, 0}}));   // found by the same: no switch
+    metric.add(instantOf(4, {{1, 0}}, {{8, 0}}));   // matched with the same track: no switch
     EXPECT_EQ(metric.result().IDSW, 1);
     EXPECT_DOUBLE_EQ(metric.result().tracksPerObject, 2.0);
-    // Three spells of tracking are two fragmentations.
+    // Three intervals of tracking are two fragmentations.
     EXPECT_EQ(metric.result().Frag, 2);
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What an evaluation makes of fused tracks, sensor tracks and truth, on scenes made by hand.
+// Evaluations of fused tracks, sensor tracks and truth, in scenes made by hand.
 #include "Process.h"
 #include "SourceDirectory.h"
 #include "evaluate/Evaluation.h"
@@ -17,8 +17,8 @@ namespace {
 
 using testing::ElementsAre;
 
-/// The camera hangs 5 m above the origin and looks along x, 90 degrees wide; the radar beside it
-/// sees 120 degrees and 150 m.
+/// The camera is mounted 5 m above the origin and looks along x, with a field of view of 90
+/// degrees; the radar beside it sees 120 degrees and 150 m.
 RecordingHeader installation() {
     const Scenario scenario = readScenario(VeskarTest::dataFile("tiny.scenario.json"));
     return Simulation(scenario, 1).header();
@@ -60,7 +60,7 @@ protected:
         return *evaluation;
     }
 
-    /// One moment: what the fusion says and what is true.
+    /// One instant: fused tracks and truth.
     void judge(std::vector<FusedTrack> tracks, std::vector<TruthObject> objects,
                double time = 1.0) {
         evaluation->add(fusedFrame(time, std::move(tracks)));
@@ -99,7 +99,8 @@ TEST_F(EvaluationTest, ChargesTheTimeThatHasPassedSinceTheReport) {
     FusedTrack track = fusedAt(1, 20.0, 0.0);
     track.ground->velocity = {4.0, 0.0};
     evaluation->add(fusedFrame(1.0, {track}));
-    // A quarter of a second later the track is shown 1 m farther away; the object is 3 m farther.
+    // A quarter of a second later the track is predicted 1 m farther away; the object is 3 m
+    // farther.
     evaluation->add(TruthFrame{1.25, {truthAt(1, 23.0, 0.0)}});
     EXPECT_DOUBLE_EQ(figure("all", "position_rmse"), 2.0);
     EXPECT_DOUBLE_EQ(figure("all", "radial_bias"), -2.0);
@@ -133,7 +134,7 @@ TEST_F(EvaluationTest, ShowsATrackAsLongAsOneOfItsSensorsHasSeenTheObject) {
 TEST_F(EvaluationTest, PartsTheSceneByClassAndRange) {
     options.bands = {0.0, 20.0, 40.0};
     begin();
-    // The walker is found 1 m off, the car missed, and a track of a car stands where nothing is.
+    // The walker is found 1 m off, the car is missed, and a track of a car has no object.
     judge({fusedAt(1, 15.0, 1.0), fusedAt(2, 60.0, 0.0, "car")},
           {truthAt(1, 15.0, 0.0), truthAt(2, 30.0, 0.0, "car")});
     EXPECT_THAT(parts(),
@@ -161,7 +162,7 @@ TEST_F(EvaluationTest, AClassNamedAsTheWholeSceneDoesNotCountTwice) {
 TEST_F(EvaluationTest, KnowsNoErrorsByTheBordersOfItsParts) {
     options.bands = {0.0, 20.0};
     begin();
-    // One object, one track: the border between the bands runs between them, and the classes
+    // One object, one track: the border of the range bands is between them, and their classes
     // differ.
     judge({fusedAt(1, 20.5, 0.0, "car")}, {truthAt(1, 19.5, 0.0, "human")});
     EXPECT_DOUBLE_EQ(figure("0 to 20 m", "GOSPA"), 1.0);
@@ -173,8 +174,8 @@ TEST_F(EvaluationTest, KnowsNoErrorsByTheBordersOfItsParts) {
 TEST_F(EvaluationTest, JudgesWhereBothSensorsCanSeeUnlessToldOtherwise) {
     TruthObject unseen = truthAt(1, 20.0, 0.0);
     unseen.inRadar = false;
-    // A track on an object that one sensor cannot see, and two beyond the common field of view:
-    // 50 degrees aside, and farther than the radar sees.
+    // A track of an object that one sensor cannot see, and two outside the common field of view: 50
+    // degrees to the side, and beyond the radar's range.
     const std::vector<FusedTrack> tracks{fusedAt(1, 20.0, 0.5), fusedAt(2, 20.0, 24.0),
                                          fusedAt(3, 160.0, 0.0)};
     begin();
@@ -208,7 +209,7 @@ TEST_F(EvaluationTest, GivesGospaOfEveryMoment) {
     EXPECT_EQ(moments[2].time, 3.0);
     EXPECT_DOUBLE_EQ(moments[2].gospa.distance, std::sqrt(12.5));
     EXPECT_EQ(moments[2].gospa.falseTracks, 1);
-    // Their mean is the figure.
+    // The metric is their mean.
     EXPECT_DOUBLE_EQ(figure("all", "GOSPA"), (3.0 + std::sqrt(9.0 + 12.5) + std::sqrt(12.5)) / 3.0);
     // The radar alone misses one, two and none.
     EXPECT_DOUBLE_EQ(series[1].moments[1].gospa.distance, 5.0);
@@ -230,7 +231,7 @@ TEST_F(EvaluationTest, ASensorsTrackCountsOnceItHasBeenSeenOftenEnough) {
     };
     radarSees(1.0, 0.0);
     radarSees(1.1, 0.0);
-    radarSees(1.2, 0.1);  // reported, not seen
+    radarSees(1.2, 0.1);  // coasting
     radarSees(1.3, 0.0);
     const std::vector<GospaSeries> series = evaluation->gospaOverTime();
     const auto missed = [&](std::size_t tracker) {
@@ -257,7 +258,7 @@ TEST_F(EvaluationTest, ShowsASlowSensorsTracksPredictedInBetween) {
     report.id = 4;
     report.speed = 2.0;
     report.direction = 0.0;
-    // A radar that turns once in a second, and an object that walks away from it at 2 m/s.
+    // A radar that rotates once in a second, and an object that walks away from it at 2 m/s.
     for (const double time : {1.0, 2.0, 3.0}) {
         report.range = std::hypot(20.0 + 2.0 * time, 4.6);
         evaluation->add(RecordingLine(SensorFrame{Veskar::Radar, time, time, {report}}));

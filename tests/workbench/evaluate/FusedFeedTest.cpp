@@ -31,7 +31,7 @@ protected:
         feed.emplace(*file, [this](const FusedFrame& frame) { handed.push_back(frame.received); });
     }
 
-    /// @return when those frames arrived that were handed out with a line
+    /// @return arrival times of the frames passed on at a line
     std::vector<double> with(const RecordingLine& line) {
         handed.clear();
         feed->follow(line);

@@ -23,9 +23,9 @@ TEST(Hota, IsOneForPerfectTracks) {
 }
 
 TEST(Hota, SplitsDetectionAndAssociation) {
-    // Object 1 lives four moments and is on the spot of track 7 twice, then of track 8 twice.
-    // Every threshold: TP 4, no errors, DetA 1. Each match of (1, 7) has the overlap
-    // 2 / (4 + 2 - 2) = 1/2, and so has (1, 8): AssA 1/2, HOTA sqrt(1/2).
+    // Object 1 exists for four instants and coincides with track 7 twice, then with track 8 twice.
+    // Every threshold: TP 4, no errors, DetA 1. Each match of (1, 7) has the overlap 2 / (4 + 2 -
+    // 2) = 1/2, and so has (1, 8): AssA 1/2, HOTA sqrt(1/2).
     Hota metric(zeroDistance);
     metric.add(instantOf(0, {{1, 0}}, {{7, 0}}));
     metric.add(instantOf(1, {{1, 0}}, {{7, 0}}));
@@ -37,8 +37,8 @@ TEST(Hota, SplitsDetectionAndAssociation) {
 }
 
 TEST(Hota, CountsMissesAndFalseTracksInDetection) {
-    // At the same spot one match of two moments, one miss and one false track:
-    // DetA 1 / (1 + 1 + 1), overlap 1 / (2 + 2 - 1) = 1/3, HOTA sqrt(1/9) = 1/3.
+    // One match in two instants, one miss and one false track: DetA 1 / (1 + 1 + 1), overlap 1 / (2
+    // + 2 - 1) = 1/3, HOTA sqrt(1/9) = 1/3.
     Hota metric(zeroDistance);
     metric.add(instantOf(0, {{1, 0}}, {{7, 0}}));
     metric.add(instantOf(1, {{1, 0}}, {{7, 50}}));
@@ -49,7 +49,7 @@ TEST(Hota, CountsMissesAndFalseTracksInDetection) {
 
 TEST(Hota, AveragesOverTheLocalisationThresholds) {
     // One track 1 m off, similarity 0.75: a match at the thresholds 0.05 ... 0.75 (15 of 19), a
-    // miss and a false track at the four above. At those LocA is 1 (no match is no bad match).
+    // miss and a false track at the four above. LocA is 1 at those without a match.
     Hota metric(zeroDistance);
     metric.add(instantOf(0, {{1, 0}}, {{7, 1}}));
     const Hota::Result result = metric.result();
@@ -60,10 +60,10 @@ TEST(Hota, AveragesOverTheLocalisationThresholds) {
 }
 
 TEST(Hota, PrefersTheTrackThatSuitsTheObjectOverTheWholeTime) {
-    // In the third moment track 8 is a little nearer to object 1, but 1 and 7 belong together.
-    // Alignment: potentials (1,7) = 1 + 1 + 0.75/1.75, (1,8) = 1/1.75; with counts 3 and 3, 3
-    // and 1. The score of 7 (0.68 times 0.75) beats that of 8 (0.17 times 1), so all three matches
-    // are (1, 7) up to threshold 0.75; above, the third has none, and track 8 is false throughout.
+    // At the third instant track 8 is slightly nearer to object 1, but 1 and 7 are better aligned.
+    // Potentials (1,7) = 1 + 1 + 0.75/1.75, (1,8) = 1/1.75; with counts 3 and 3, 3 and 1. The score
+    // of 7 (0.68 times 0.75) is above that of 8 (0.17 times 1), so all three matches are (1, 7) up
+    // to threshold 0.75; above, the third instant has none, and track 8 is always false.
     Hota metric(zeroDistance);
     metric.add(instantOf(0, {{1, 0}}, {{7, 0}}));
     metric.add(instantOf(1, {{1, 0}}, {{7, 0}}));

@@ -12,7 +12,7 @@ constexpr SimilarityParameters parameters{4.0, 0.5};
 
 TEST(Identity, GivesAnObjectItsLongestTrackOnly) {
     Identity metric(parameters);
-    // Object 1 for ten moments: track 7 for six of them, track 8 for the last three.
+    // Object 1 for ten instants: track 7 for six of them, track 8 for the last three.
     for (int i = 0; i < 10; ++i) {
         std::vector<At> tracks;
         if (i < 6) {
@@ -34,7 +34,7 @@ TEST(Identity, GivesAnObjectItsLongestTrackOnly) {
 
 TEST(Identity, AssignsOverTheWholeTimeAndNotGreedily) {
     Identity metric(parameters);
-    // Track 7 is on object 1 three times and on object 2 twice, track 8 on object 1 twice.
+    // Track 7 matches object 1 three times and object 2 twice, track 8 matches object 1 twice.
     // 1-7 alone gives 3; 1-8 and 2-7 give 2 + 2.
     for (int i = 0; i < 3; ++i) {
         metric.add(instantOf(i, {{1, 0}}, {{7, 0}}));

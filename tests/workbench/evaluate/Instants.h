@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Short spellings of moments for the metric tests.
+// Compact notation of instants for the tests of the metrics.
 #pragma once
 
 #include "evaluate/metrics/Instant.h"
@@ -8,7 +8,7 @@
 
 namespace Workbench {
 
-/// An id and a place on the x axis (or in the plane), metres.
+/// An id and a position on the x axis (or in the plane), metres.
 struct At {
     int id;
     double x;

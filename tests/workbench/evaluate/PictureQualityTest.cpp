@@ -11,7 +11,7 @@ namespace {
 
 TEST(PictureQuality, CountsDuplicatesCompletenessAndSpuriousTracks) {
     PictureQuality metric(2.0);
-    // Object 1 has three tracks, object 2 one, object 3 none; track 11 belongs to nothing.
+    // Object 1 has three tracks, object 2 one, object 3 none; track 11 belongs to no object.
     metric.add(
         instantOf(0, {{1, 0}, {2, 20}, {3, 40}}, {{7, 0}, {8, 1}, {9, -1}, {10, 21}, {11, 70}}));
     const PictureQuality::Result result = metric.result();

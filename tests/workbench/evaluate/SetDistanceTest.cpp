@@ -12,8 +12,8 @@ namespace {
 constexpr SetDistanceParameters parameters{5.0, 2.0};
 
 TEST(Gospa, SplitsIntoLocalisationMissedAndFalse) {
-    // 1 is found at 3 m, 2 is missed, and the track at 100 m is false:
-    // 3^2 + 25/2 + 25/2 = 34.
+    // Object 1 has a track at 3 m, object 2 is missed, and the track at 100 m is false: 3^2 + 25/2
+    // + 25/2 = 34.
     const Instant instant = instantOf(0, {{1, 0}, {2, 50}}, {{7, 3}, {8, 100}});
     const Gospa result = gospa(instant, parameters);
     EXPECT_DOUBLE_EQ(result.localisationCost, 9.0);
@@ -23,7 +23,7 @@ TEST(Gospa, SplitsIntoLocalisationMissedAndFalse) {
 }
 
 TEST(Gospa, CountsAPairAtTheCutoffAsMissedAndFalse) {
-    // Both readings cost 25; the split says which it is.
+    // Pairing at the cutoff and not pairing both cost 25; the counts show which is chosen.
     const Gospa at = gospa(instantOf(0, {{1, 0}}, {{7, 5}}), parameters);
     EXPECT_EQ(at.missed + at.falseTracks, 2);
     EXPECT_DOUBLE_EQ(at.distance, 5.0);
@@ -33,8 +33,8 @@ TEST(Gospa, CountsAPairAtTheCutoffAsMissedAndFalse) {
 }
 
 TEST(Gospa, ChoosesTheAssignmentWithTheLeastTotal) {
-    // Nearest first would pair 2 with 7 (1 m) and leave 1 and 8 alone: 1 + 25 = 26. The best is
-    // 1 with 7 (2 m) and 2 with 8 (3 m): 4 + 9 = 13.
+    // Nearest neighbours first would pair 2 with 7 (1 m) and leave 1 and 8 unpaired: 1 + 25 = 26.
+    // The best is 1 with 7 (2 m) and 2 with 8 (3 m): 4 + 9 = 13.
     const Gospa result = gospa(instantOf(0, {{1, 0}, {2, 3}}, {{7, 2}, {8, 6}}), parameters);
     EXPECT_DOUBLE_EQ(result.localisationCost, 13.0);
     EXPECT_EQ(result.missed + result.falseTracks, 0);

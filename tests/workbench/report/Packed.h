@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Unpacks what a report packs, byte by byte as its format is described.
+// Decodes the data of a report byte by byte, as its format is described.
 #pragma once
 
 #include <cmath>
@@ -35,7 +35,7 @@ inline std::vector<unsigned> bytesOf(const std::string& text) {
 }
 
 /// @param column {"step", "data"}
-/// @return the numbers; NaN where there is none
+/// @return the numbers; NaN where missing
 template <typename Json>
 std::vector<double> numbersOf(const Json& column) {
     const std::vector<unsigned> bytes = bytesOf(column["data"].template get<std::string>());

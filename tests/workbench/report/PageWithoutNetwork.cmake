@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Configures the workbench without a page to bundle: with an npm that fails, one that hangs, and
-# none at all. AUTO goes on and says why, in the cache and in the program's code; ON stops.
+# Configures the workbench without a bundled page: with an npm that fails, one that hangs, and none.
+# AUTO continues and states the reason in the cache and in the program's code; ON stops.
 cmake_minimum_required(VERSION 3.21)
 set(directory "${WORK}/page-without-network")
 file(REMOVE_RECURSE "${directory}")
@@ -47,7 +47,7 @@ if(NOT output MATCHES "registry out of reach")
   message(FATAL_ERROR "AUTO hides what npm said: ${output}")
 endif()
 
-# The next configuration does not ask the registry again.
+# The next configuration does not query the registry again.
 configure(AUTO "${directory}/hangs")
 expect_left_out("npm could not fetch")
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// veskar report as its users run it.
+// Runs veskar report as a user does.
 #include "Process.h"
 #include "SourceDirectory.h"
 
@@ -43,8 +43,8 @@ protected:
         return veskar(words);
     }
 
-    /// @param words beside the recording, a report that must be refused
-    /// @return what is said
+    /// @param words options for a report that must be rejected, besides the recording
+    /// @return the message
     std::string refusalOf(const std::vector<std::string>& words) {
         const Outcome outcome = report(words);
         EXPECT_EQ(outcome.status, 2);
@@ -63,7 +63,7 @@ protected:
         return path;
     }
 
-    /// @return the scene, played with another seed
+    /// @return a recording of the same scene with another seed
     std::string otherRecording() {
         std::string path = directory / "other.jsonl";
         EXPECT_EQ(
@@ -114,7 +114,7 @@ TEST_F(ReportProgram, ShowsTheConfigurationThatWasUsed) {
     std::string text = slurp(fused);
     const std::string used = "\"stationaryBlockingMinVideoAge\":3.0";
     ASSERT_NE(text.find(used), std::string::npos);
-    // As written by hand: the fusion takes its default for an integer.
+    // Like a configuration written by hand: the fusion uses its default instead of an integer.
     text.replace(text.find(used), used.size(), "\"stationaryBlockingMinVideoAge\":5");
     spill(fused, text);
     const Outcome outcome = veskar({"report", "--force", recording, fused, "-o", "-"});

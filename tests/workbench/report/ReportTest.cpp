@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the page gets, against the files that it was made of.
+// Compares the page's data with the files that it was made from.
 #include <veskar-host/InputError.h>
 
 #include "Process.h"
@@ -54,7 +54,7 @@ protected:
         return "";
     }
 
-    /// @return the frames in a file, those of one source
+    /// @return the frames of a file, all or those of one source
     static std::vector<json> linesOf(const std::string& path, const std::string& source = "") {
         std::ifstream file(path);
         std::string line;
@@ -181,7 +181,7 @@ TEST_F(Report, HoldsTheReportsOfTheSensorsWhereTheyLieOnTheGround) {
     for (std::size_t frame = 0; frame < lines.size(); ++frame) {
         for (const json& report : lines[frame]["tracks"]) {
             const std::size_t row = rows.at({report["id"], static_cast<int>(frame)});
-            // The radar of this scene looks straight ahead from 4.6 m above the origin.
+            // The radar of this scene points straight ahead, 4.6 m above the origin.
             const double range = report["range"];
             const double ground = std::sqrt(range * range - 4.6 * 4.6);
             const double azimuth = report["azimuth"].get<double>() * M_PI / 180.0;
@@ -237,7 +237,7 @@ TEST_F(Report, HoldsEveryExplanation) {
     EXPECT_EQ(explanation["pairs"]["rows"], pairs);
     EXPECT_EQ(explanation["events"]["rows"], events);
     EXPECT_EQ(explanation["pairs"]["frames"], frames.size());
-    // They are told on the same clock as the tracks.
+    // Their times have the same origin as those of the tracks.
     EXPECT_EQ(numbersOf(explanation["time"]), numbersOf(data["runs"][0]["time"]));
     EXPECT_TRUE(dataOf({recording, {{fused, ""}}})["runs"][0]["explanation"].is_null());
 }
@@ -255,7 +255,7 @@ TEST_F(Report, HoldsTheJudgementThatEvaluateTells) {
                                             [figure["key"].get<std::string>()];
                 ASSERT_EQ(figure["values"][i].is_null(), value.is_null()) << figure;
                 if (!value.is_null()) {
-                    // The file of fused tracks is rounded, to millimetres for one.
+                    // The file of fused tracks is rounded, for example to millimetres.
                     EXPECT_NEAR(figure["values"][i], value,
                                 0.001 + 0.001 * std::abs(value.get<double>()))
                         << figure;
@@ -263,7 +263,7 @@ TEST_F(Report, HoldsTheJudgementThatEvaluateTells) {
             }
         }
     }
-    // The mean over time of the series is the figure.
+    // The mean of the series over time is the metric.
     double sum = 0.0;
     const std::vector<double> gospa = numbersOf(judgement["gospa"]);
     for (const double distance : gospa) {
