@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The assignment solvers on any costs: one column per row, allowed pairs only, and never a worse
-// total than the optimum of dynamic programming over subsets of columns, which shares nothing with
-// them.
+// The assignment solvers with any costs: one column per row, allowed pairs only, and never a worse
+// total than the optimum by an independent algorithm, dynamic programming over subsets of columns.
 #include <veskar/TrackAssociator.h>
 
 #include "assignment/AssignmentSolver.h"
@@ -30,7 +29,8 @@ struct Problem {
     std::size_t cols = 0;
 };
 
-/// The cost of an allowed pair: on a coarse grid, where ties are likely, anywhere, or not finite.
+/// The cost of an allowed pair: on a coarse grid, where ties are likely, or any value, or not
+/// finite.
 double readCost(FuzzedDataProvider& bytes) {
     const auto choice = bytes.ConsumeIntegral<std::uint8_t>();
     if (choice < 160) {
@@ -46,7 +46,7 @@ double readCost(FuzzedDataProvider& bytes) {
 Problem readProblem(FuzzedDataProvider& bytes) {
     Problem problem;
     const auto rows = bytes.ConsumeIntegralInRange<std::size_t>(1, 11);
-    problem.cols = bytes.ConsumeIntegralInRange<std::size_t>(1, 8);  // 2^8 subsets are quick
+    problem.cols = bytes.ConsumeIntegralInRange<std::size_t>(1, 8);  // 2^8 subsets are fast
     const auto density = bytes.ConsumeIntegral<std::uint8_t>();
     for (std::size_t i = 0; i < rows; ++i) {
         problem.cost.emplace_back(problem.cols, forbiddenCost);
@@ -54,7 +54,7 @@ Problem readProblem(FuzzedDataProvider& bytes) {
         for (std::size_t j = 0; j < problem.cols; ++j) {
             if (bytes.ConsumeIntegral<std::uint8_t>() <= density) {
                 problem.cost[i][j] = readCost(bytes);
-                // What is not finite counts as forbidden.
+                // Costs that are not finite count as forbidden.
                 problem.allowed[i][j] = std::isfinite(problem.cost[i][j]);
             }
         }
@@ -62,7 +62,7 @@ Problem readProblem(FuzzedDataProvider& bytes) {
     return problem;
 }
 
-/// The least total over the rows, a row without an allowed pair paying the forbidden cost.
+/// The least total over the rows; a row without an allowed pair has the forbidden cost.
 double leastTotal(const Problem& problem) {
     const std::size_t subsets = std::size_t{1} << problem.cols;
     std::vector<double> best(subsets, 0.0);
@@ -82,7 +82,7 @@ double leastTotal(const Problem& problem) {
     return best.back();
 }
 
-/// @param columnOf a column for each row; only allowed ones count
+/// @param columnOf a column for each row; forbidden ones are ignored
 void requireOptimum(const Problem& problem, const std::vector<int>& columnOf) {
     std::vector<bool> taken(problem.cols, false);
     double total = 0.0;

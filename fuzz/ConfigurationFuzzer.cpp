@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Any text as a configuration and as a camera. What the library refuses has a fault in `check`; the
-// search for faults and the reader of a configuration agree on whether it is one; what was read is
-// the same once it has been written and read again; and a camera answers for every point of the
-// image.
+// Any text as a configuration and as a camera. `check` reports a fault in whatever the library
+// rejects; findFaults and the reader of a configuration agree on whether there is one; reading,
+// writing and reading again gives the same configuration; and a camera returns a result for every
+// point of the image.
 #include <veskar/Camera.h>
 #include <veskar/Config.h>
 
@@ -22,7 +22,7 @@ using Workbench::DocumentKind;
 
 namespace {
 
-/// @return the document, or nothing when it is refused
+/// @return the document, or nothing when it is rejected
 template <typename Parse>
 auto read(Parse parse, const std::string& text) -> std::optional<decltype(parse(text))> {
     try {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// The fusion, driven by any sequence of frames with any tracks in them. It must hold that
+// The fusion, driven by any sequence of frames with any tracks. Checks that
 // - ids are unique, and there are no more system tracks than reports;
-// - what is plausible and finite goes in, what is finite comes out;
+// - plausible and finite input gives finite output;
 // - an observer changes nothing;
-// - three seconds of empty frames leave no system track, whatever was before;
-// - ten seconds after one spoiled report, whichever field it was, the scene is what it is without.
+// - three seconds of empty frames leave no system track, whatever preceded them;
+// - ten seconds after a report with one invalid field, the scene is the same as without it.
 #include "fusion/ReportFault.h"
 #include "support/FusionScript.h"
 #include "support/Require.h"
@@ -23,16 +23,16 @@ using Veskar::Track;
 
 namespace {
 
-/// Takes what it is told and does nothing with it.
+/// Receives all events and ignores them.
 class Onlooker : public Veskar::FusionObserver {};
 
-/// Whether two matrices hold the same numbers; NaN is the same as NaN.
+/// Whether two matrices hold the same numbers, where NaN equals NaN.
 template <typename Matrix>
 bool isSame(const Matrix& a, const Matrix& b) {
     return (a.array() == b.array() || (a.array().isNaN() && b.array().isNaN())).all();
 }
 
-/// What can be seen of a system track from outside.
+/// The public state of a system track.
 struct Seen {
     int id;
     bool isConfirmed;
@@ -88,8 +88,8 @@ Call frame(Veskar::Source source, double time, int objects) {
     return call;
 }
 
-/// Both sensors, or radar alone: as few frames as system tracks outlast the pauses of, which are
-/// 0.5 s at most.
+/// Frames of both sensors, or of radar alone, at the longest interval that system tracks survive,
+/// which is below 0.5 s.
 void show(ScriptedModule& module, double from, double seconds, int objects, bool hasVideo = true) {
     constexpr double pause = 0.4;
     const int frames = static_cast<int>(std::lround(seconds / pause));
@@ -107,20 +107,21 @@ void requireSilenceEndsAll(const FusionScript& script) {
     for (const Call& call : script.calls) {
         module.cycle(call);
     }
-    // A report may be stamped 10 s ahead of its frame, and what it starts lives as much longer. For
-    // the same reason silence begins after the latest frame: a clock that is set back by less than
-    // an hour keeps system tracks that nobody reports for that time.
+    // A report may be stamped 10 s ahead of its frame, and the track that it starts lives that much
+    // longer. For the same reason the empty frames begin after the latest frame: when a clock is
+    // set back by less than an hour, system tracks without reports live on for that time.
     show(module, script.latest + 10.0, 3.0, 0);
     require(module.fusion().systemTracks.empty(), "three seconds of silence end every track");
 }
 
-/// Where the confirmed system tracks are after a scene with a frame of reports, spoiled or not.
+/// The positions of the confirmed system tracks after a scene with a frame of reports, invalid or
+/// not.
 std::vector<double> placesAfter(const Veskar::Config& config, const Call& reports) {
     constexpr int objects = 3;
     ScriptedModule module(config);
-    // A report that is torn off its system track keeps the time when its sensor saw the object
-    // first, and two system tracks that start at one time are never merged: the other sensor must
-    // have been first.
+    // A report that leaves its system track keeps the start time of its sensor track, and two
+    // system tracks with the same start time are never merged. Therefore the other sensor starts
+    // first.
     show(module, 98.0, 2.0, objects, reports.source != Veskar::VideoObject);
     show(module, 100.0, 2.0, objects);
     module.cycle(reports);
@@ -135,12 +136,13 @@ std::vector<double> placesAfter(const Veskar::Config& config, const Call& report
     return places;
 }
 
-/// Whether the fusion can take a report out of an estimate again. A position of 1e12 or a variance
-/// of 1e-12 passes FusionModule::cycle, but beside it the other reports of the system track lose
-/// their digits, and these do not come back while its sensors go on to report.
+/// Whether the fusion can remove a report from an estimate without loss of precision. A position of
+/// 1e12 or a variance of 1e-12 is accepted by FusionModule::cycle, but the other reports of the
+/// system track lose their significant digits beside it, and these are not recovered while its
+/// sensors continue to report.
 bool leavesDigits(const Track& report) {
     if (Veskar::faultOf(report, report.time) != Veskar::ReportFault::None) {
-        return true;  // left out
+        return true;  // rejected
     }
     const Eigen::SelfAdjointEigenSolver<Veskar::StateMatrix> solver(report.covariance,
                                                                     Eigen::EigenvaluesOnly);
@@ -150,8 +152,8 @@ bool leavesDigits(const Track& report) {
 
 void requireRecovery(FuzzedDataProvider& bytes) {
     Veskar::Config config = readConfig(bytes);
-    // The greedy association only merges a radar track into one that video has started before: a
-    // video track that a bad report tears off stays on its own there.
+    // The greedy association only merges a radar track into an older one of video, so a video track
+    // that an invalid report splits off would remain separate.
     config.module.useJVA = true;
     const Veskar::Source source = bytes.ConsumeBool() ? Veskar::Radar : Veskar::VideoObject;
     const Call sound = frame(source, 102.05, 3);

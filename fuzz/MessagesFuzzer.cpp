@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What comes from the bus and what goes to sockets. Any dictionary of properties leaves the clients
-// answering; a position that is handed out as valid is finite; every calibration datagram is JSON
-// that says what the samples say.
+// Data from the bus and to sockets. The clients stay usable after any dictionary of properties;
+// positions returned as valid are finite; every calibration datagram is JSON with the values of the
+// samples.
 #include <veskar/AutocalibrationHandler.h>
 #include <veskar/GeoLocation.h>
 #include <veskar/RadarStatus.h>
@@ -41,7 +41,7 @@ std::string anyKey(FuzzedDataProvider& bytes) {
     if (bytes.ConsumeBool()) {
         return bytes.PickValueInArray(known);
     }
-    // The wire carries UTF-8 without NUL.
+    // The wire format carries UTF-8 without NUL.
     std::string key = bytes.ConsumeRandomLengthString(16);
     for (char& character : key) {
         character = static_cast<char>('!' + (static_cast<unsigned char>(character) % 90));
@@ -68,8 +68,8 @@ Body anyEntry(FuzzedDataProvider& bytes, int depth = 0) {
     }
 }
 
-/// Radar properties of the types that the service has agreed to; others stop the process on
-/// purpose.
+/// Radar properties with the types of the interface; other types terminate the process
+/// intentionally.
 Body radarEntry(FuzzedDataProvider& bytes) {
     switch (bytes.ConsumeIntegralInRange(0, 3)) {
         case 0:
@@ -153,7 +153,7 @@ void formatSamples(FuzzedDataProvider& bytes) {
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     setlogmask(0);
-    // No bus: the clients live on what they are given here.
+    // No bus: the clients get their data from here only.
     return setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent", 1);
 }
 

@@ -17,7 +17,7 @@ using Workbench::RecordingReader;
 namespace {
 
 struct Reading {
-    std::string text;  ///< the lines, written again
+    std::string text;  ///< the lines as written again
     bool isWhole = false;
 };
 
@@ -43,7 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Reading first = readAndWrite(asText(data, size));
     if (first.isWhole) {
         const Reading second = readAndWrite(first.text);
-        // Times are written to a microsecond: two frames nearer than that fall together.
+        // Times are rounded to a microsecond: two closer frames would get the same time.
         require(!second.isWhole || second.text == first.text, "writing and reading agree");
     }
     return 0;

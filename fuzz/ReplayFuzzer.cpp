@@ -26,7 +26,7 @@ const Veskar::Config& config() {
     return shipped;
 }
 
-/// Replays up to the end or to the first fault of the text.
+/// Replays to the end or to the first fault of the text.
 std::string replay(RecordingReader& reader) {
     std::string fused = Workbench::fusedHeaderLine(reader.header(), config().toJson(), "{}");
     Workbench::FusionPipeline run(
@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         RecordingReader reader(file.path(), Workbench::TruthLines::Skip);
         fused = replay(reader);
     } catch (const Workbench::InputError&) {
-        return 0;  // of the header
+        return 0;  // faulty header
     }
     const InputFile output(fused);
     Workbench::FusedReader reader(output.path());

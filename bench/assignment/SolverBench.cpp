@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The assignment solver on the kinds of problems that tracking makes, beside the literal algorithm.
+// The assignment solver on typical problems of tracking, compared with the literal algorithm.
 #include "assignment/AssignmentSolver.h"
 #include "assignment/LiteralSolver.h"
 #include "support/RandomEstimates.h"
@@ -35,7 +35,7 @@ Costs makeUniform(RandomEstimates& random, int n) {
     return drawAll(n, [&] { return random.uniform(0.0, 100.0); });
 }
 
-/// One to three allowed cells in a row, one of them with a partner of its own.
+/// One to three allowed cells per row, one of which is in a column of its own.
 Costs makeGated(RandomEstimates& random, int n, double withoutPartner) {
     Costs costs = fill(n, n, forbidden);
     for (int i = 0; i < n; ++i) {
@@ -62,7 +62,7 @@ Costs makeTied(RandomEstimates& random, int n) {
     return drawAll(n, [&] { return random.integer(0, 9); });
 }
 
-/// Forbidden cells beside allowed ones whose costs hardly differ.
+/// Forbidden cells beside allowed ones with nearly equal costs.
 Costs makeNearTied(RandomEstimates& random, int n, double step) {
     Costs costs = fill(n, n, forbidden);
     for (auto& row : costs) {
@@ -75,7 +75,7 @@ Costs makeNearTied(RandomEstimates& random, int n, double step) {
     return costs;
 }
 
-/// All rows but the first compete for one column less than they are, at costs that hardly differ:
+/// All rows but the first compete for one column fewer than their number, at nearly equal costs:
 /// prices rise in tiny steps up to the forbidden cost.
 Costs makePriceWar(RandomEstimates& random, int n, double step) {
     Costs costs = fill(n, n, forbidden);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whole association calls, beside the literal rules on the same scene.
+// Whole association calls, compared with the literal rules on the same scene.
 #include <veskar/TrackAssociator.h>
 
 #include "association/LiteralAssociator.h"
@@ -21,16 +21,16 @@ using VeskarTest::Report;
 using VeskarTest::SensorTracks;
 using VeskarTest::SystemTracks;
 
-/// Objects before a camera: half of them video-only, half of them radar-only system tracks, and a
-/// radar frame of new reports.
+/// Objects in front of a camera: half of them video-only, half radar-only system tracks, and a
+/// radar frame with new reports.
 struct Frame {
     SystemTracks systems;
     SensorTracks sensors;
 };
 
 enum class Density {
-    Far,   ///< a hundred places far from each other: one pair in a hundred is close
-    Close  ///< all objects in one place
+    Far,   ///< a hundred distant places: one pair in a hundred is close
+    Close  ///< all objects at one place
 };
 
 using Place = std::array<double, 3>;  ///< u, v, range
@@ -108,7 +108,7 @@ void systemToSystem(benchmark::State& state) {
     state.counters["pairs"] = static_cast<double>(pairs);
 }
 
-/// The steady state: every sensor track is already held.
+/// The steady state: every sensor track is held already.
 void sensorToSystemHeld(benchmark::State& state) {
     Frame frame = makeFrame(static_cast<int>(state.range(0)), Density::Far, Source::Radar, false);
     for (std::size_t i = 0; i < frame.systems.size(); ++i) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Cost of a frame, from the host's call to its return, with the shipped configuration.
 //
-// Only the call is timed, not what the host does to make the tracks. "LU" is the time per object in
-// units of the Mahalanobis distance in support/LuUnit.h, measured beside every benchmark.
+// Times only the call, not the creation of the tracks by the host. "LU" is the time per object in
+// units of the Mahalanobis distance in support/LuUnit.h, measured with every benchmark.
 #include <veskar/FusionModule.h>
 #include <veskar/FusionObserver.h>
 
@@ -28,7 +28,7 @@ using Tracks = std::vector<std::shared_ptr<Veskar::Track>>;
 
 constexpr double period = 0.1;  ///< ten frames a second from each sensor
 
-/// Processor time of this thread: figures that other programs on the machine disturb little.
+/// Processor time of this thread, which other programs on the machine hardly affect.
 double processorSeconds() {
     timespec time{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
@@ -54,14 +54,13 @@ Veskar::Config shippedConfig(bool useJVA) {
     return config;
 }
 
-/// Where objects stand: in a row across the image and 3 m behind each other.
+/// Positions of the objects: in a row across the image, 3 m behind each other.
 struct Row {
-    double spread = 1.0;  ///< as a share of that
+    double spread = 1.0;  ///< fraction of that width
     double shift = 0.0;   ///< along u
 };
 
-/// A sensor's view of objects in a row, all walking at one speed, each with a covariance of its
-/// own.
+/// A sensor's view of objects in a row, all walking at the same speed, with individual covariances.
 class Walkers {
 public:
     Walkers(Source sensor, int count, const Row& place = {})
@@ -92,7 +91,7 @@ private:
     VeskarBench::EstimatePool pool_;
 };
 
-/// Sums up what calls of `cycle` cost.
+/// Accumulates the time of calls of `cycle`.
 class Meter {
 public:
     void cycle(FusionModule& module, Source source, double time, const Tracks& tracks) {
@@ -120,9 +119,9 @@ void require(benchmark::State& state, bool condition, const char* what) {
     }
 }
 
-/// Every object is held by both sensors and both report it ten times a second. One iteration is a
-/// video and a radar frame.
-/// @param observer told what is decided, or null
+/// Every object is held by both sensors, and both report it ten times a second. One iteration
+/// consists of a video and a radar frame.
+/// @param observer receives the decisions, or null
 void fuseSteadily(benchmark::State& state, Veskar::FusionObserver* observer) {
     const int objects = static_cast<int>(state.range(0));
     std::chrono::nanoseconds now{};
@@ -164,14 +163,14 @@ void steadyState(benchmark::State& state) {
     fuseSteadily(state, nullptr);
 }
 
-/// The same with an observer that takes note of nothing: what the telling itself costs.
+/// The same with an observer that ignores all events: the cost of passing them.
 void steadyStateObserved(benchmark::State& state) {
     Veskar::FusionObserver observer;
     fuseSteadily(state, &observer);
 }
 
-/// A radar frame shows objects for the first time that so far video alone has seen.
-/// @param radarRow where radar sees them
+/// A radar frame shows objects for the first time that only video has tracked so far.
+/// @param radarRow positions as seen by radar
 /// @param expected system tracks afterwards
 void newObjects(benchmark::State& state, const Row& videoRow, const Row& radarRow,
                 std::size_t expected) {
@@ -200,18 +199,18 @@ void newObjects(benchmark::State& state, const Row& videoRow, const Row& radarRo
     state.counters["allocs"] = meter.allocationsPerFrame();
 }
 
-/// They stand apart, and each joins its system track.
+/// They are far apart, and each joins its system track.
 void newObjectsJoin(benchmark::State& state) {
     newObjects(state, {}, {}, static_cast<std::size_t>(state.range(0)));
 }
 
-/// They stand so close that every pair passes the gate, and each joins one.
+/// They are so close that every pair passes the gate, and each joins one.
 void newObjectsInACrowd(benchmark::State& state) {
     const Row crowd{1e-4, 0.0};
     newObjects(state, crowd, crowd, static_cast<std::size_t>(state.range(0)));
 }
 
-/// Radar sees others, which start system tracks.
+/// Radar sees other objects, which start system tracks.
 void newObjectsElsewhere(benchmark::State& state) {
     newObjects(state, {}, {1.0, 100.0}, 2 * static_cast<std::size_t>(state.range(0)));
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Many different estimates, so that a benchmark does not measure a branch predictor's memory.
+// Many different estimates, so that branch prediction does not learn the data.
 #pragma once
 
 #include "support/RandomEstimates.h"

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// The unit in which the cost of fusion is told, independent of the machine.
+// The unit of the cost of fusion, independent of the machine.
 #pragma once
 
 #include <veskar/Estimation.h>
 
 namespace VeskarBench {
 
-/// One LU: a Mahalanobis distance of two estimates as a user of Eigen would write it, with the
-/// general decomposition.
+/// One LU: a Mahalanobis distance of two estimates, computed in plain Eigen code with the general
+/// decomposition.
 ///
-/// Every benchmark program has a benchmark of this name ("LU"), so that its other figures can be
-/// divided by that of the same run.
+/// Every benchmark program measures it as "LU", so that its other results can be divided by that of
+/// the same run.
 ///
 /// @param x1 state of the first estimate
 /// @param P1 its covariance

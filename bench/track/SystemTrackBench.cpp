@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Cost of what a frame does to every system track.
+// Cost of the operations that a frame applies to every system track.
 #include <veskar/SystemTrack.h>
 
 #include "support/EstimatePool.h"
@@ -26,7 +26,7 @@ std::shared_ptr<SystemTrack> fusedTrack() {
     return system;
 }
 
-/// A radar track reports for the first time; the node of its map entry is part of the cost.
+/// First report of a radar track; includes the allocation of its map node.
 void updateStateOfNewReport(benchmark::State& state) {
     EstimatePool pool;
     const auto system = fusedTrack();
@@ -42,7 +42,7 @@ void updateStateOfNewReport(benchmark::State& state) {
     }
 }
 
-/// Two reports of one radar track take turns.
+/// Two reports of one radar track alternate.
 void updateStateOfRepeatedReport(benchmark::State& state) {
     EstimatePool pool;
     const auto system = fusedTrack();
@@ -70,7 +70,7 @@ void applyDefusion(benchmark::State& state) {
     }
 }
 
-/// The prediction to and fro keeps the numbers in range.
+/// Predicts forward and back, to keep the numbers in range.
 void predictWithTwoSensorTracks(benchmark::State& state) {
     const auto system = fusedTrack();
     double dt = 0.1;

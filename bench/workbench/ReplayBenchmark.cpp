@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How fast a recording is replayed, reading and writing included, and how much of that time is
-// spent inside the library.
+// Speed of a replay including reading and writing, and the share of that time inside the library.
 #include "host/fused/FusedText.h"
 #include "io/OutputFile.h"
 #include "recording/ReadAhead.h"
@@ -22,7 +21,7 @@
 
 namespace {
 
-// A square on which everybody is in view of both sensors.
+// A square where both sensors see all objects.
 Workbench::Scenario square(int objects) {
     Workbench::Scenario scenario;
     scenario.name = "square";
@@ -71,7 +70,7 @@ public:
     const std::string path;
 };
 
-// Sums up what replays did, and says it per second and as shares of the time.
+// Accumulates the statistics of replays and reports them per second and as shares of the time.
 class Tally {
 public:
     void add(const Workbench::FusionPipeline::Counts& counts) {
@@ -122,7 +121,7 @@ void BM_Replay(benchmark::State& state) {
     tally.report(state);
 }
 
-// What a live host does: adapter, fusion and reading the system tracks, without text.
+// The work of a live host: adapter, fusion and conversion of the system tracks, without text.
 void BM_Host(benchmark::State& state) {
     const RecordingFile file(static_cast<int>(state.range(0)));
     Workbench::RecordingReader reader(file.path, Workbench::TruthLines::Skip);

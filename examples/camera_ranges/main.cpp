@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Loads a fusion configuration and a camera, prints what they say, and the range from the camera to
-// the ground along the image's centre column.
+// Loads a fusion configuration and a camera, prints their main values, and the range from the
+// camera to the ground along the image's centre column.
 #include <veskar/Camera.h>
 #include <veskar/Config.h>
 #include <veskar/JsonNode.h>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// A host: takes the reports of a camera and a radar, one frame a line, and says after each what is
-// where. Here the reports come from a recording on standard input; a device has its sensors' own
-// interfaces in its place, and stamps frames with the steady clock.
+// A host: takes the reports of a camera and a radar, one frame per line, and prints the fused
+// tracks after each. Here the reports come from a recording on standard input; on a device they
+// come from the sensors' interfaces, with frames stamped by the steady clock.
 #include <veskar-host/veskar-host.h>
 
 #include <cstdlib>
@@ -18,7 +18,7 @@ using Veskar::Host::FusionPipeline;
 using Veskar::Host::HostParameters;
 using Veskar::Host::Installation;
 
-/// A recording may hold the truth as well, which no sensor has reported.
+/// A recording may also contain the truth, which is not a sensor's report.
 bool isTruth(const std::string& line) {
     return line.find("\"source\":\"truth\"") != std::string::npos;
 }
@@ -37,7 +37,7 @@ void fuse(const std::string& configuration) {
     std::string line;
     std::getline(std::cin, line);
     FusionPipeline::Options options;
-    // The time of a recording begins at 0, and this machine does not stand where it was made.
+    // The times of a recording begin at 0, and this machine is not the device that made it.
     options.uptime = 100.0;
     options.asksForPosition = false;
     FusionPipeline pipeline(Installation::parseString(line),
@@ -45,7 +45,7 @@ void fuse(const std::string& configuration) {
                             HostParameters::fromConfig(configuration), options);
     while (std::getline(std::cin, line)) {
         if (!isTruth(line)) {
-            // A device calls pipeline.advance(now) as well, ten times a second.
+            // A device calls pipeline.advance(now), too, about ten times a second.
             pipeline.push(Veskar::Host::parseSensorFrame(line));
         }
     }

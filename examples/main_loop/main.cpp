@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A host of the core alone: a GLib main loop on the main thread, on which the device's services
-// report their changes, and the fusion on a thread of its own. One person stands in for the
+// A host of the core library alone: a GLib main loop on the main thread, which receives the changes
+// of the device's services, and the fusion on its own thread. One simulated person replaces the
 // sensors.
 #include <veskar/veskar.h>
 
@@ -47,13 +47,13 @@ struct Person {
     std::shared_ptr<Veskar::Track> radarTrack() const {
         auto track = report(Veskar::Radar, 3);
         track->speed = 1.0;
-        // Straight ahead lies at 90 degrees. Also gives the track its geographic position.
+        // Straight ahead is an azimuth of 90 degrees. Also sets the track's geographic position.
         track->setLocation({track->state(4), 90.0, 0.0});
         return track;
     }
 };
 
-/// Hands one frame to the fusion. A frame that fails leaves later ones unharmed.
+/// Passes one frame to the fusion. A failing frame does not affect later ones.
 void feed(Veskar::FusionModule& fusion, const std::shared_ptr<Veskar::Track>& track) {
     try {
         fusion.cycle(track->source, track->time, {track});
@@ -74,7 +74,7 @@ void print(Veskar::SystemTrack& object, const std::set<std::string>& tags) {
     std::cout << '\n';
 }
 
-/// The fusion thread: everything that is not thread-safe lives and dies here.
+/// The fusion thread: creates, uses and destroys all objects that are not thread-safe.
 void fuse(const Veskar::Config& config) {
     Veskar::FusionModule fusion(config);
     Veskar::DetectionPriority priority(config);
@@ -99,8 +99,8 @@ int main(int argc, char** argv) {
     try {
         const Veskar::Config config = Veskar::Config::parse(argv[1]);
 
-        // Made here, before the fusion thread asks for them: their changes arrive in the main
-        // context of the thread that makes them.
+        // Created here, before the fusion thread uses them: their changes arrive in the main
+        // context of the creating thread.
         Dbus::GeoLocation::getPosition(0.0, 0.0);
         Dbus::RadarStatus::init();
         if (!Dbus::RadarStatus::getIsEnabled()) {

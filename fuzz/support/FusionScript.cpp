@@ -19,7 +19,7 @@ constexpr std::size_t mostTracks = 6;
 constexpr double begin = 100.0;         // s
 constexpr double coarsestStamp = 1e12;  // s
 
-/// Any double at all, the strange ones often.
+/// Any double, with a preference for unusual ones.
 double anyNumber(FuzzedDataProvider& bytes) {
     static const double strange[] = {0.0,
                                      -0.0,
@@ -44,7 +44,7 @@ double anyNumber(FuzzedDataProvider& bytes) {
     return number;
 }
 
-/// A number of a coarse grid, so that ties and repetitions are likely.
+/// A number on a coarse grid, so that ties and repetitions are likely.
 double gridNumber(FuzzedDataProvider& bytes, double least, double most) {
     return least + (most - least) * bytes.ConsumeIntegral<std::uint8_t>() / 255.0;
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a host does to the fusion, read from the bytes of the fuzzer.
+// A host's calls of the fusion, decoded from the fuzzer's bytes.
 #pragma once
 
 #include <veskar/Config.h>
@@ -26,23 +26,22 @@ struct Call {
 struct FusionScript {
     Veskar::Config config;
     std::vector<Call> calls;
-    /// Whether every value lies where values of real sensors may lie, so that what comes out must
-    /// be finite.
+    /// Whether every value is within the range of real sensors, so that the output must be finite.
     bool isPlausible = true;
-    /// The greatest stamp of all frames, those aside whose doubles are too coarse to count tenths
-    /// of seconds; seconds.
+    /// The greatest time stamp of all frames, s, except those whose doubles have a resolution
+    /// coarser than a tenth of a second.
     double latest = 0.0;
 };
 
-/// @return the switches and gates that the bytes choose; everything else as shipped
+/// @return the configuration with switches and gates chosen by the bytes; the rest as shipped
 Veskar::Config readConfig(FuzzedDataProvider& bytes);
 
-/// @return as many calls as the bytes are good for
+/// @return as many calls as the bytes suffice for
 FusionScript readScript(FuzzedDataProvider& bytes);
 
-/// A usual report of an object that walks along u, number @p id.
+/// A regular report of an object that walks along u, number @p id.
 /// @param source the sensor
-/// @param id of the track; the object stands at u = 0.4 id - 0.6
+/// @param id track id; the object is at u = 0.4 id - 0.6
 /// @param time seconds
 /// @return the report
 Veskar::Track usualReport(Veskar::Source source, int id, double time);
@@ -50,13 +49,13 @@ Veskar::Track usualReport(Veskar::Source source, int id, double time);
 /// Overwrites one field of a track with any value.
 void spoil(Veskar::Track& track, FuzzedDataProvider& bytes);
 
-/// A module on a clock that the calls set.
+/// A module with a clock set by the calls.
 class ScriptedModule {
 public:
     explicit ScriptedModule(const Veskar::Config& config)
         : module_(config, [this] { return now_; }) {}
 
-    /// Makes a call with copies of its tracks, which the fusion moves later on.
+    /// Makes a call with copies of its tracks, because the fusion predicts them later.
     void cycle(const Call& call);
     Veskar::FusionModule& fusion() { return module_; }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Bytes of the fuzzer as a file that a reader can open by its name.
+// Bytes of the fuzzer as a file with a path.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace VeskarFuzz {
 
-/// A file in memory that lives as long as this.
+/// A file in memory during the lifetime of this object.
 class InputFile {
 public:
     explicit InputFile(std::string_view text);
@@ -17,7 +17,7 @@ public:
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
 
-    /// @return a path under which this process can open it, any number of times
+    /// @return a path by which this process can open it, any number of times
     const std::string& path() const { return name_; }
 
 private:
@@ -26,7 +26,7 @@ private:
 };
 
 /// @param data bytes
-/// @param size how many
+/// @param size number of bytes
 /// @return the bytes as text
 inline std::string_view asText(const std::uint8_t* data, std::size_t size) {
     return {reinterpret_cast<const char*>(data), size};

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a fuzz target says when something does not hold.
+// Assertion for fuzz targets.
 #pragma once
 
 #include <cstdio>
@@ -7,10 +7,10 @@
 
 namespace VeskarFuzz {
 
-/// Ends the process, so that the fuzzer keeps the input, when something does not hold.
+/// Aborts the process when a condition does not hold, so that the fuzzer keeps the input.
 ///
-/// @param holds what must hold
-/// @param what what does not, otherwise
+/// @param holds the condition
+/// @param what message when it does not hold
 inline void require(bool holds, const char* what) {
     if (!holds) {
         std::fprintf(stderr, "does not hold: %s\n", what);
