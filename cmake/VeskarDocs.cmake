@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# `cmake --build ... --target docs`: API pages from the public headers. Anything undocumented there
-# is an error.
+# `cmake --build ... --target docs`: builds API pages from the public headers. Undocumented items
+# are an error.
 if(NOT PROJECT_IS_TOP_LEVEL)
   return()
 endif()

@@ -33,7 +33,7 @@ install(
   DESTINATION "${VESKAR_CMAKE_DIR}"
   COMPONENT dev)
 
-# What users of the archive link beside it, and how they read the headers.
+# Libraries that users of the static library link, too, and their preprocessor flags.
 set(VESKAR_PC_REQUIRES "eigen3")
 set(VESKAR_PC_STATIC_CFLAGS "")
 set(VESKAR_HOST_PC_STATIC_CFLAGS "")

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Manual pages of the veskar program, made of its own help, so that they never say anything else. A
-# cross build runs the program with its emulator; without one, or without help2man, there are none.
+# Manual pages of the veskar program, made from its help, so that both always agree. A cross build
+# runs the program with its emulator; without an emulator or help2man there are no pages.
 if(NOT PROJECT_IS_TOP_LEVEL OR NOT TARGET veskar_program)
   return()
 endif()

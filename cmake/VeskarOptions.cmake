@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# What a builder may choose, and the defaults of every build.
+# Build options, and the defaults of every build.
 
 option(VESKAR_BUILD_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
 option(VESKAR_BUILD_BENCHMARKS "Build the benchmarks (needs Google Benchmark)" OFF)
@@ -30,14 +30,14 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
-# Shared unless the builder says BUILD_SHARED_LIBS=OFF. No cache variable of ours: a project that
-# veskar is a part of reads it, too.
+# Shared unless BUILD_SHARED_LIBS=OFF is set. Not a cache variable, since an enclosing project would
+# read it, too.
 set(VESKAR_STATIC OFF)
 if(DEFINED BUILD_SHARED_LIBS AND NOT BUILD_SHARED_LIBS)
   set(VESKAR_STATIC ON)
 endif()
 
-# What is shipped does not tell where it was built, and two builds are the same.
+# Shipped files do not contain the build directory, and builds are reproducible.
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 add_compile_options($<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
 if(CMAKE_SYSROOT)
@@ -54,8 +54,8 @@ if(VESKAR_COVERAGE)
   add_link_options(--coverage)
 endif()
 
-# Where the compiler has a library directory per architecture (Debian), ours go there too, whatever
-# the prefix.
+# Where the compiler has a library directory per architecture (Debian), ours are installed there,
+# too, for any prefix.
 if(PROJECT_IS_TOP_LEVEL AND CMAKE_LIBRARY_ARCHITECTURE)
   set(CMAKE_INSTALL_LIBDIR "lib/${CMAKE_LIBRARY_ARCHITECTURE}" CACHE PATH "Library directory")
 endif()

@@ -18,7 +18,7 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE ${CMAKE_MATCH_4})
 set(this_version "(= ${CPACK_PACKAGE_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 
 set(CPACK_GENERATOR DEB)
-# Each package describes itself, without a line that is common to all.
+# Each package has its own description, without a common line.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_PACKAGE_VENDOR veskar)
 set(CPACK_PACKAGE_CONTACT "veskar maintainers <maintainers@veskar.invalid>"
@@ -28,7 +28,7 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_PROJECT_CONFIG_FILE "${CMAKE_CURRENT_LIST_DIR}/VeskarPackagesEnvironment.cmake")
 set(CPACK_PRE_BUILD_SCRIPTS "${CMAKE_CURRENT_LIST_DIR}/VeskarPackagesStage.cmake")
 set(CPACK_POST_BUILD_SCRIPTS "${CMAKE_CURRENT_LIST_DIR}/VeskarPackagesFinish.cmake")
-# Read by these files.
+# Used by the files that CPack runs.
 set(CPACK_VESKAR_SOURCE_DIR "${PROJECT_SOURCE_DIR}")
 
 set(library_package libveskar${PROJECT_VERSION_MAJOR})
@@ -105,8 +105,8 @@ set(CPACK_COMPONENT_DOC_DESCRIPTION
 How the library works, how a host is wired to it, what the configuration means,
 the formats of the workbench's files, and how good the fusion is.")
 
-# Where dpkg-shlibdeps looks for libraries: ours has no package yet, the others of a cross build lie
-# in its sysroot.
+# Where dpkg-shlibdeps looks for libraries that belong to no installed package: ours, and those in
+# the sysroot of a cross build.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/src"
                                                 "${PROJECT_BINARY_DIR}/host")
 if(CMAKE_CROSSCOMPILING AND VESKAR_ARCHITECTURE)

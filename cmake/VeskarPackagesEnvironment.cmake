@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-# Read by CPack before it packs: what the programs that it calls find in their environment.
+# Read by CPack before packing: sets the environment of the programs that it runs.
 
-# The time stamps in the packages are that of the commit, so that a build can be repeated.
+# Time stamps in the packages are that of the commit, so that builds are reproducible.
 if(NOT DEFINED ENV{SOURCE_DATE_EPOCH})
   execute_process(
     COMMAND git -C "${CPACK_VESKAR_SOURCE_DIR}" log -1 --format=%ct
@@ -12,7 +12,7 @@ if(NOT DEFINED ENV{SOURCE_DATE_EPOCH})
   endif()
 endif()
 
-# dpkg-shlibdeps: which architecture, and which package a library of the sysroot belongs to.
+# For dpkg-shlibdeps: the architecture, and the database of the sysroot's packages.
 if(CPACK_VESKAR_SYSROOT)
   set(ENV{DEB_HOST_ARCH} "${CPACK_DEBIAN_PACKAGE_ARCHITECTURE}")
   set(ENV{DPKG_ADMINDIR} "${CPACK_VESKAR_SYSROOT}/var/lib/dpkg")

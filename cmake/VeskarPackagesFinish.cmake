@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-# Run by CPack after packing: packs once more what it cannot be told otherwise. Before 3.31 it has no
-# Multi-Arch field; it adds scripts that call ldconfig, for which there is a trigger; and what may be
-# read hangs on who packs.
+# Run by CPack after packing: corrects the packages where CPack has no option. Before 3.31 CPack has
+# no Multi-Arch field; it adds scripts that call ldconfig, which a trigger does already; and file
+# modes depend on the umask of the user.
 function(dpkg_deb)
   execute_process(COMMAND dpkg-deb ${ARGV} OUTPUT_VARIABLE said COMMAND_ERROR_IS_FATAL ANY
                   OUTPUT_STRIP_TRAILING_WHITESPACE)

@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# Run by CPack between installation and packing: what belongs to a Debian package and to no other
-# installation.
+# Run by CPack between installation and packing: adds what only Debian packages contain.
 set(stage "${CPACK_TEMPORARY_INSTALL_DIRECTORY}")
 set(packaging "${CPACK_VESKAR_SOURCE_DIR}/packaging")
 
@@ -24,6 +23,6 @@ if(NOT pages)
 endif()
 compress(${pages})
 
-# The host's configuration: the administrator's own, which no update overwrites.
+# The host's configuration, which belongs to the administrator: updates do not overwrite it.
 file(COPY "${CPACK_VESKAR_SOURCE_DIR}/config/fusion.json"
      DESTINATION "${stage}/runtime/etc/veskar")

@@ -1,18 +1,18 @@
 # SPDX-License-Identifier: Apache-2.0
-# How veskar's own targets are compiled. Nothing of this is exported to users.
+# How veskar's own targets are compiled. None of this is exported to users.
 
-# The warnings that veskar's code is held to. Dependencies come as SYSTEM and stay out of it.
+# The warnings for veskar's code. Dependencies are included as SYSTEM, which excludes them.
 function(veskar_set_warnings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
                                            $<$<BOOL:${VESKAR_WERROR}>:-Werror>)
-  # GCC takes the sources of a unity build for headers, where unnamed namespaces are a mistake.
+  # GCC takes the sources of a unity build for headers, where it warns of unnamed namespaces.
   target_compile_options(
     ${target}
     PRIVATE $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wno-subobject-linkage>)
 endfunction()
 
-# Sources that stay out of unity builds (CMAKE_UNITY_BUILD), because their unnamed namespaces have
-# names that others in the target have, too.
+# Excludes sources from unity builds (CMAKE_UNITY_BUILD) whose unnamed namespaces contain names that
+# occur in others of the target, too.
 function(veskar_compile_alone target)
   set_source_files_properties(${ARGN} TARGET_DIRECTORY ${target}
                               PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
@@ -43,7 +43,7 @@ function(veskar_install_rpath target directory component)
        "${CMAKE_INSTALL_FULL_LIBDIR}")
   string(REGEX REPLACE "/+$" "" origin "$ORIGIN/${libraries}")
   set_target_properties(${target} PROPERTIES INSTALL_RPATH "${origin}")
-  # The loader looks into /usr anyway, and a package should not say so.
+  # The loader searches /usr by default, and packages should not set a run path.
   set(file "$<TARGET_FILE_NAME:${target}>")
   install(
     CODE "if(CMAKE_INSTALL_PREFIX MATCHES \"^/usr/?$|/_CPack_Packages/.*/usr$\")

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# Sourced by the scripts: where the tree is, and how a preset is built.
+# Sourced by the scripts: changes to the root of the tree and builds presets.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -17,17 +17,17 @@ as_root() {
   fi
 }
 
-# page_missing PRESET: why its program has no page for the report; empty when it has one.
+# page_missing PRESET: prints why its program has no page for the report; nothing when it has one.
 page_missing() { sed -n 's/^VESKAR_REPORT_MISSING:INTERNAL=//p' "build/$1/CMakeCache.txt"; }
 
-# Lets what is configured and built after it compile through a compiler cache, where there is one.
+# Makes later builds use a compiler cache, if there is one.
 use_compiler_cache() {
   if command -v ccache >/dev/null; then
     export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
   fi
 }
 
-# configure PRESET: does it once; the build sees to what has changed since.
+# configure PRESET: configures it once; builds reconfigure it when needed.
 configure() {
   local preset=$1
   use_compiler_cache
@@ -36,7 +36,7 @@ configure() {
   rm -f "/tmp/veskar-configure.$$"
 }
 
-# build PRESET [TARGET...]: configures and builds a preset; quick when nothing has changed.
+# build PRESET [TARGET...]: configures and builds a preset; fast when nothing has changed.
 build() {
   local preset=$1
   shift

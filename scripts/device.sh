@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# Sourced by the scripts that deal with the architectures veskar is shipped for.
+# Sourced by the scripts that deal with the shipped architectures.
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 declare -A triplets=(
@@ -9,24 +9,24 @@ declare -A triplets=(
 )
 declare -A emulators=([amd64]=x86_64 [arm64]=aarch64 [armhf]=arm)
 
-# The Debian release of this machine, so that the compilers and the libraries fit, and where this
-# machine gets it from.
+# The Debian release of this machine, so that compilers and libraries match, and its package mirror.
 release() { (. /etc/os-release && echo "$VERSION_CODENAME"); }
 mirror() {
   apt-get indextargets --format '$(SITE)' \
     "Codename: $(release)" 'Component: main' 'Origin: Debian' 'Identifier: Packages' | head -n 1
 }
 
-# What g++ needs to build against a root: its C and C++ libraries, of this machine's version.
+# The packages that g++ needs in a sysroot: C and C++ libraries of this machine's version.
 compiler_packages() {
   local version
   version=$("${triplets[$1]}-g++" -dumpversion)
   echo "libc6-dev,libstdc++-${version%%.*}-dev"
 }
 
-# extract_root ARCHITECTURE DIRECTORY PACKAGES [SOURCE...]: unpacks packages (comma-separated) and
-# all they depend on, from the machine's own mirror and more apt sources. Nothing is configured, so
-# no program of that architecture has to run. The packages' files stay in var/cache/apt/archives.
+# extract_root ARCHITECTURE DIRECTORY PACKAGES [SOURCE...]: unpacks packages (comma-separated) with
+# all their dependencies, from the machine's mirror and further apt sources. Nothing is configured,
+# so that no program of that architecture has to run. The package files stay in
+# var/cache/apt/archives.
 extract_root() {
   local architecture=$1 directory=$2 packages=$3
   shift 3
@@ -39,7 +39,7 @@ extract_root() {
     tar -x -C "$directory" --no-same-owner --exclude='./dev/*'
 }
 
-# emulate ARCHITECTURE PROGRAM ARGUMENT...: runs a program that was built with the preset of that
+# emulate ARCHITECTURE PROGRAM ARGUMENT...: runs a program built with the preset of that
 # architecture.
 emulate() {
   local architecture=$1
@@ -47,8 +47,8 @@ emulate() {
   "qemu-${emulators[$architecture]}" -L "build/sysroot/$architecture" "$@"
 }
 
-# The preset that builds what is shipped for an architecture: this machine's own compiler when it is
-# of that architecture.
+# preset_of ARCHITECTURE: the preset of the shipped build; native if it is this machine's
+# architecture.
 preset_of() {
   if [ "$1" = "$(dpkg --print-architecture)" ]; then
     echo release

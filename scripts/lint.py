@@ -67,14 +67,14 @@ def unity_jobs(tree, single_tree, wanted):
     for file, entry in commands(tree).items():
         batch = file.is_relative_to(tree)
         compiled = map(pathlib.Path, INCLUDED_SOURCE.findall(file.read_text())) if batch else [file]
-        # What is generated, or was in the batch of another target, stays out.
+        # Excludes generated sources, and those in the batch of another target.
         contents = [source for source in compiled if source in missing]
         if not contents:
             continue
         missing.difference_update(contents)
         if batch:
-            # The path-sensitive analysis takes what a file of this name includes for sources; in all
-            # others it leaves out what is included.
+            # With this file name the path-sensitive analysis covers included sources, which it
+            # otherwise skips.
             file = file.with_name("UnifiedSource_" + file.name)
             file.write_text("".join(f'#include "{source}"\n' for source in contents))
         parts = [Job(single[source], source, [source], MAIN_FILE_CHECKS) for source in contents]
@@ -105,19 +105,19 @@ class Cache:
                 entry.unlink(missing_ok=True)
 
     def digest(self, path):
-        """Of a file's text, the same wherever the tree stands."""
+        """Digest of a file's text, independent of the path of the tree."""
         if path not in self.digests:
             text = pathlib.Path(path).read_bytes().replace(os.fsencode(ROOT), b".")
             self.digests[path] = hashlib.sha256(text).digest()
         return self.digests[path]
 
     def place(self, job):
-        """The file that says that the job passed; none for one that does not compile."""
-        # What the source includes, system headers too, as a rule of make.
+        """The cache file of a job that passed; None when the source does not compile."""
+        # All files that the source includes, with system headers, as a make rule.
         rule = subprocess.run([*job.compiler, "-M", str(job.file)], cwd=job.directory,
                               capture_output=True, text=True)
         if rule.returncode != 0:
-            return None  # The linter will say what is wrong.
+            return None  # The linter will report the error.
         read = shlex.split(rule.stdout.replace("\\\n", " "))[1:]
         configuration = [str(folder / ".clang-tidy") for folder in job.contents[0].parents
                          if folder.is_relative_to(ROOT) and (folder / ".clang-tidy").exists()]
@@ -131,7 +131,7 @@ class Cache:
 
 
 def run(job, cache):
-    """What the linter says, and whether it was asked at all."""
+    """The findings of the linter, and whether it was run, not cached."""
     place = cache.place(job)
     if place and place.exists():
         place.touch()
@@ -141,7 +141,8 @@ def run(job, cache):
         place.touch()
         return "", True
     if job.parts:
-        # What is wrong with a batch may be that names of its sources meet: their own words count.
+        # The findings may come from colliding names in the batch: lints its sources one by one
+        # instead.
         return "".join(run(part, cache)[0] for part in job.parts), True
     return f"{job.name()}\n{result.stdout}{result.stderr}", True
 

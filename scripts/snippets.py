@@ -58,17 +58,17 @@ class Failure(Exception):
 
 
 class Snippet:
-    """A block: where it stands, and what the comment before it says."""
+    """A block with its place and the words of the comment before it."""
 
     def __init__(self, document, line, language, words, text):
         self.document = document
-        self.line = line  # of the block's first line
+        self.line = line  # number of the block's first line
         self.language = language
         self.words = words
         self.text = text
 
     def padded(self):
-        """The block with as many lines before it as in the document."""
+        """The block with blank lines before it, so that line numbers match the document."""
         return "\n" * (self.line - 1) + self.text
 
     def prelude(self):
@@ -105,7 +105,7 @@ def snippets_of(document):
 
 
 def run(command, **options):
-    """Runs a command; what it says is shown only when it fails."""
+    """Runs a command; shows its output only when it fails."""
     options.setdefault("timeout", 300)
     result = subprocess.run(
         command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, **options
@@ -144,7 +144,7 @@ class Checker:
         lines = snippet.text.splitlines()
         isInclude = [line.startswith("#include") for line in lines]
         here = f'#line {snippet.line} "{snippet.document}"\n'
-        # The other kind of line is left blank, so that the lines keep their numbers.
+        # Lines of the other kind are left blank, so that line numbers are kept.
         includes = here + "\n".join(t if i else "" for i, t in zip(isInclude, lines)) + "\n"
         code = here + "\n".join("" if i else t for i, t in zip(isInclude, lines)) + "\n"
         around = snippet.prelude() or MAIN
@@ -153,7 +153,7 @@ class Checker:
         name = snippet.words.get("prelude", "main")
         for using, output in (("", ["-o", "snippet"]), ("using namespace Veskar;\n", ["-fsyntax-only"])):
             front = "#include <veskar/veskar.h>\n" + includes
-            # Headers of the prelude come before the sentence, too.
+            # Includes of the prelude come before `using namespace`, too.
             headers = "".join(re.findall(r"^#include.*\n", around, re.MULTILINE))
             body = PLACE.sub(lambda _: code, around)
             source = self.scratch / "snippet.cpp"

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# 64-bit PC, against a sysroot instead of the libraries of this machine.
+# 64-bit PC, using a sysroot instead of this machine's libraries.
 set(VESKAR_ARCHITECTURE amd64)
 set(VESKAR_TRIPLET x86_64-linux-gnu)
 set(VESKAR_EMULATOR qemu-x86_64)

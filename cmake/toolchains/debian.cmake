@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
-# What the toolchains here share: Debian's compiler for VESKAR_TRIPLET, all else out of a sysroot,
-# and an emulator with which CTest runs what was built.
+# Shared by these toolchains: Debian's compiler for VESKAR_TRIPLET, everything else from a sysroot,
+# and an emulator for CTest.
 #
-# The environment variable VESKAR_SYSROOT names the sysroot; without it, it is where scripts/sysroot
-# makes it.
+# The environment variable VESKAR_SYSROOT names the sysroot; by default it is the one made by
+# scripts/sysroot.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_CXX_COMPILER ${VESKAR_TRIPLET}-g++)
 
@@ -27,5 +27,6 @@ set(ENV{PKG_CONFIG_LIBDIR}
 
 set(CMAKE_CROSSCOMPILING_EMULATOR ${VESKAR_EMULATOR};-L;${CMAKE_SYSROOT})
 
-# The compiler would note on every use of Eigen's types that GCC before 7.1 passed them otherwise.
+# Suppresses the compiler's note, at every use of Eigen's types, about the calling convention before
+# GCC 7.1.
 set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Around the beginning of a host.
+// Prelude of snippets from the beginning of a host.
 #include <veskar/HostApplication.h>
 
 int main() {

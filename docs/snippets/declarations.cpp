@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Around functions of a host.
+// Prelude of snippets with functions of a host.
 // snippet
 
 int main() {}

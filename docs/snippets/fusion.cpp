@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Around the first example: tracks that a host has got from its sensors, and what it does with the
-// fused ones.
+// Prelude of the first example: tracks from a host's sensors, and a use of the fused tracks.
 #include <memory>
 #include <string>
 #include <vector>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Around a host that has sensors.
+// Prelude of snippets with a host's sensors.
 #include <veskar-host/veskar-host.h>
 
 #include <optional>

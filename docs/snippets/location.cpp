@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Around a report of a radar.
+// Prelude of snippets with a radar report.
 #include <memory>
 
 void locate(const std::shared_ptr<Veskar::Track>& track, double range, double radarAzimuth) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Around the start of a host: its main loop, and what its fusion thread runs.
+// Prelude of snippets from the start of a host: its main loop and its fusion thread.
 #include <thread>
 
 #include <glib.h>
