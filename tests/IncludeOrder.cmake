@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# Runs scripts/check-includes on the tree, and on a small one to see that it finds what it looks for.
+# Runs scripts/check-includes on the tree, and on a small one with violations that it must find.
 # SOURCE: the tree. WORK: a directory for the small one.
 set(tree "${WORK}/include-order")
 
