@@ -82,7 +82,7 @@ describe('the report of the perimeter', () => {
     path = reportOf('perimeter');
   });
 
-  it('draws what each frame holds, in plan and image', async () => {
+  it('draws the tracks of each frame in plan and image', async () => {
     const page = await open(path);
     await seek(page, 30);
     const [plan] = await probe(page, 'plan');
@@ -100,7 +100,7 @@ describe('the report of the perimeter', () => {
     await shoot(page, 'perimeter');
   });
 
-  it('paints confirmed tracks in their colour where it says they are', async () => {
+  it('draws confirmed tracks in their colour at the positions of their marks', async () => {
     const page = await open(path);
     await seek(page, 12);
     // Hides the other layers, so that nothing covers the marks.
@@ -145,7 +145,7 @@ describe('the report of the perimeter', () => {
     expect(await probe(page, 'time')).toBeCloseTo(60, 0);
   });
 
-  it('tells about a track that is clicked, and why it was fused', async () => {
+  it('shows details and explanations of a clicked track', async () => {
     const page = await open(path);
     await seek(page, 15);
     const mark = marksOf((await probe(page, 'plan'))[0], 'system')[0];
@@ -170,7 +170,7 @@ describe('the report of the perimeter', () => {
     expect(await inspector.textContent()).toContain('Legend');
   });
 
-  it('selects what is clicked in the image', async () => {
+  it('selects an object clicked in the image', async () => {
     const page = await open(path);
     await seek(page, 15);
     const mark = marksOf((await probe(page, 'image'))[0], 'system')[0];
@@ -178,7 +178,7 @@ describe('the report of the perimeter', () => {
     expect((await probe(page, 'selection'))?.id).toBe(mark.id);
   });
 
-  it('goes to a track by its lane', async () => {
+  it('selects a track by its lane', async () => {
     const page = await open(path);
     const lanes = await probe(page, 'lanes');
     expect(lanes.length).toBeGreaterThan(3);
@@ -217,7 +217,7 @@ describe('the report of the perimeter', () => {
     expect(await place()).toEqual(before);
   });
 
-  it('shows the figures, part by part', async () => {
+  it('shows the metrics, part by part', async () => {
     const page = await open(path);
     await page.getByRole('tab', { name: 'Metrics' }).click();
     const row = page.locator('.figures tr', { hasText: 'GOSPA [m]' });
@@ -236,7 +236,7 @@ describe('two runs of the crossing', () => {
     path = comparisonOf('crossing');
   });
 
-  it('stand side by side at the same time', async () => {
+  it('are shown side by side at the same time', async () => {
     const page = await open(path);
     await seek(page, 25);
     const plans = await probe(page, 'plan');
@@ -255,7 +255,7 @@ describe('two runs of the crossing', () => {
     await shoot(page, 'crossing-pair');
   });
 
-  it('are compared figure by figure and setting by setting', async () => {
+  it('are compared by metrics and settings', async () => {
     const page = await open(path);
     await page.keyboard.press('3');
     await settle(page);
@@ -265,7 +265,7 @@ describe('two runs of the crossing', () => {
     expect(await page.locator('.differs').allTextContents()).toEqual(['veskarModule.positionGatingDistance30.4']);
   });
 
-  it('mark where an object went to another track', async () => {
+  it('mark identity switches', async () => {
     const page = await open(path);
     const lanes = await probe(page, 'lanes');
     const told = await page.evaluate(() => {
@@ -283,7 +283,7 @@ describe('two runs of the crossing', () => {
 });
 
 describe('any report', () => {
-  it('takes the words of a recording for text', async () => {
+  it('does not interpret text of a recording as markup', async () => {
     const page = await open(hostileReport());
     await seek(page, 15);
     expect(await page.locator('h1').textContent()).toBe(markup);
@@ -299,7 +299,7 @@ describe('any report', () => {
     expect(await page.locator('script').count()).toBe(2);
   });
 
-  it('runs no script but its own, even if one got in', async () => {
+  it('runs only its own script, even if another one is injected', async () => {
     const page = await open(reportOf('perimeter'));
     const outcome = await page.evaluate(() => {
       try {
@@ -318,7 +318,7 @@ describe('any report', () => {
     current?.complaints.splice(0);
   });
 
-  it('can be read in the dark', async () => {
+  it('is readable in dark mode', async () => {
     const page = await open(at('perimeter.html'), { dark: true });
     await seek(page, 30);
     expect(light(await named(page, '--page'))).toBeLessThan(40);

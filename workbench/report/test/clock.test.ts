@@ -29,7 +29,7 @@ describe('the clock', () => {
     expect(clock.playing).toBe(false);
   });
 
-  it('goes on by wall time and speed, and stops at the end', () => {
+  it('advances with wall time and speed, and stops at the end', () => {
     const clock = clockAt(1);
     clock.advance(1);
     expect(clock.time).toBe(1);
@@ -43,7 +43,7 @@ describe('the clock', () => {
     expect([clock.time, clock.playing]).toEqual([0, true]);
   });
 
-  it('has a slowest and a fastest speed', () => {
+  it('limits the speed at both ends', () => {
     const clock = clockAt(0);
     clock.changeSpeed(99);
     expect(clock.speed).toBe(speeds[speeds.length - 1]);
@@ -52,7 +52,7 @@ describe('the clock', () => {
   });
 });
 
-describe('a time in words', () => {
+describe('the text of a time', () => {
   it.each([[0, '0:00.00'], [62.349, '1:02.35'], [59.999, '1:00.00'], [3600, '60:00.00'], [-1.5, '-0:01.50'], [-0.001, '0:00.00']])(
     '%d is %s', (seconds, text) => expect(timeText(seconds)).toBe(text));
 });

@@ -10,17 +10,17 @@ describe('a column', () => {
     expect([...unpack({ step: 1, data }, 7)]).toEqual([0, 0, 0, 5, 5, 4, 204]);
   });
 
-  it('keeps large numbers, and gaps are no numbers', () => {
+  it('keeps large numbers, and represents gaps as NaN', () => {
     const values = [2 ** 28, -(2 ** 28), NaN, 3, NaN, NaN, -1];
     expect([...numbersOf(pack(values), values.length)]).toEqual(values);
     expect(unpack(pack([NaN]), 1)[0]).toBe(missing);
   });
 
-  it('gives numbers in their unit', () => {
+  it('returns numbers in their unit', () => {
     expect(numbersOf(pack([0.25, -1.5], 0.25), 2)).toEqual(Float64Array.of(0.25, -1.5));
   });
 
-  it('complains when it is cut off', () => {
+  it('throws when it is truncated', () => {
     expect(() => unpack({ step: 1, data: Buffer.from([2]).toString('base64') }, 2)).toThrow('cut off');
     expect(() => unpack({ step: 1, data: Buffer.from([0x82]).toString('base64') }, 1)).toThrow('cut off');
   });

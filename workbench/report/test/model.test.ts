@@ -7,7 +7,7 @@ import { pack, packTable, smallReport, smallRun } from './pack';
 const model = new Model(smallReport());
 const run = model.runs[0];
 
-describe('the life of a system track', () => {
+describe('the lifetime of a system track', () => {
   it('begins and ends, and is confirmed in between', () => {
     const life = run.life(1)!;
     expect([life.from, life.to, life.confirmed]).toEqual([0, 5, 1]);
@@ -17,7 +17,7 @@ describe('the life of a system track', () => {
     expect(run.life(3)).toBeUndefined();
   });
 
-  it('tells who fed it when, and when that was coasting', () => {
+  it('lists its sensor tracks over time, with their coasting', () => {
     const feeds = run.life(1)!.feeds.map(({ from, to, value }) => [value.source, value.id, value.coasting, from, to]);
     expect(feeds).toEqual([
       ['video', 7, false, 0, 3],
@@ -27,7 +27,7 @@ describe('the life of a system track', () => {
     ]);
   });
 
-  it('tells when its class changed', () => {
+  it('lists the changes of its class', () => {
     expect(run.life(1)!.classes).toEqual([{ from: 0, to: 3, value: 'human' }, { from: 3, to: 5, value: 'car' }]);
     expect(run.life(2)!.classes[0].value).toBe('unknown');
   });
@@ -39,8 +39,8 @@ describe('the life of a system track', () => {
   });
 });
 
-describe('stretches', () => {
-  it('go on while the value is the same and nothing is in between', () => {
+describe('intervals', () => {
+  it('continue while the value is the same without gaps', () => {
     const stretches: Stretch<string>[] = [];
     extend(stretches, 0, 1, 'a');
     extend(stretches, 1, 2, 'a');
@@ -52,26 +52,26 @@ describe('stretches', () => {
 
 describe('a sensor', () => {
   const seen = new Seen({ time: pack([1, 2], 0.001), table: packTable(2, [{ key: { id: 3 }, rows: [{ frame: 0 }] }], []) });
-  it('shows its last frame until it has been silent for too long', () => {
+  it('shows its last frame until a timeout', () => {
     expect(seen.frameAt(0.9)).toBe(-1);
     expect(seen.frameAt(1.5)).toBe(0);
     expect(seen.frameAt(2)).toBe(1);
     expect(seen.frameAt(1.999 + seen.silence)).toBe(1);
     expect(seen.frameAt(2.001 + seen.silence)).toBe(-1);
   });
-  it('is silent for too long when it misses two frames of its own', () => {
+  it('times out when it misses two frames', () => {
     expect(seen.silence).toBe(2);
     const quick = new Seen({ time: pack([0, 0.1, 0.2, 0.9, 1], 0.001), table: packTable(5, [], []) });
     expect(quick.silence).toBe(leastSilence);
   });
-  it('knows its tracks by id', () => {
+  it('finds its tracks by id', () => {
     expect(seen.trackOf(3)).toBe(0);
     expect(seen.trackOf(4)).toBe(-1);
   });
 });
 
 describe('an id switch', () => {
-  it('is where an object goes on with another track, also after a gap', () => {
+  it('occurs where an object continues with another track, also after a gap', () => {
     const matches = new Table(packTable(6, [
       { key: { object: 1 }, rows: [{ frame: 0, track: 5 }, { frame: 1, track: 5 }, { frame: 4, track: 8 }, { frame: 5, track: 5 }] },
       { key: { object: 2 }, rows: [{ frame: 2, track: 6 }, { frame: 3, track: 6 }] },
@@ -89,7 +89,7 @@ describe('a report', () => {
     expect([...countsOf(run).tentative]).toEqual([1, 0, 1, 1, 0, 0]);
   });
 
-  it('has the moments of both runs, each once', () => {
+  it('has the times of both runs without repetition', () => {
     const other = smallRun('b.jsonl', { time: pack([0, 1, 2, 3, 4, 4.5], 0.001) });
     expect([...new Model(smallReport({ runs: [smallRun(), other] })).moments]).toEqual([0, 1, 2, 3, 4, 4.5, 5]);
   });

@@ -31,7 +31,7 @@ describe('a table', () => {
     expect(table.rowBefore(1, 99)).toBe(4);
   });
 
-  it('refuses a column that it does not have', () => {
+  it('rejects an unknown column', () => {
     expect(() => table.column('y')).toThrow('no column y');
   });
 });

@@ -15,11 +15,11 @@ const judgement = (gospa: number, mota: number | null) => ({
   ] }],
 });
 
-describe('the figures', () => {
+describe('the metrics', () => {
   const one = new Model(smallReport({ runs: [smallRun('a', { judgement: judgement(1.234, 0.5) })] }));
   const two = new Model(smallReport({ runs: [smallRun('a', { judgement: judgement(1.5, 0.5) }), smallRun('b', { judgement: judgement(1, null) })] }));
 
-  it('stand beside those of the sensors', () => {
+  it('are listed beside those of the sensors', () => {
     expect(tableOf(one, 'all')).toEqual({
       columns: ['fusion', 'radar 3'],
       rows: [
@@ -29,7 +29,7 @@ describe('the figures', () => {
     });
   });
 
-  it('of two runs come with their difference and which is better', () => {
+  it('of two runs have their difference, and the better one is marked', () => {
     const table = tableOf(two, 'all')!;
     expect(table.columns).toEqual(['A', 'B', 'B − A', 'radar 3']);
     expect(table.rows[0]).toEqual({ label: 'GOSPA [m]', cells: ['1.50', '1.00', '-0.50', '4.00'], better: 1 });
@@ -46,11 +46,11 @@ describe('the figures', () => {
 });
 
 describe('the configuration', () => {
-  it('is told leaf by leaf', () => {
+  it('is listed leaf by leaf', () => {
     expect([...leavesOf({ a: { b: 1, c: [true, 'x'] }, d: null })]).toEqual([['a.b', '1'], ['a.c[0]', 'true'], ['a.c[1]', '"x"'], ['d', 'null']]);
   });
 
-  it('shows what differs first', () => {
+  it('shows differing settings first', () => {
     expect(settingsOf([{ a: 1, b: 2 }, { a: 1, b: 3, c: 4 }])).toEqual([
       { path: 'b', values: ['2', '3'], differs: true },
       { path: 'c', values: ['–', '4'], differs: true },

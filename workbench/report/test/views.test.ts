@@ -12,25 +12,25 @@ import { smallReport, smallRun } from './pack';
 const model = new Model(smallReport());
 
 describe('the plan', () => {
-  it('has forward up and left at the left', () => {
+  it('draws forward upward and left on the left', () => {
     const transform = { scale: 2, left: 100, top: 50 };
     expect(toScreen(transform, 0, 0)).toEqual([100, 50]);
     expect(toScreen(transform, 10, 0)).toEqual([100, 30]);
     expect(toScreen(transform, 0, 5)).toEqual([90, 50]);
   });
 
-  it('shows the origin and where confirmed tracks were', () => {
+  it('includes the origin and the positions of confirmed tracks', () => {
     expect(extentOf(model)).toEqual({ back: 0, front: 15, right: -5, left: 5 });
   });
 });
 
 describe('the image', () => {
-  it('keeps the aspect of the camera in any room', () => {
+  it('keeps the aspect ratio of the camera at any size', () => {
     expect(frameIn(320, 400, 16 / 9)).toEqual({ left: 0, top: 110, width: 320, height: 180 });
     expect(frameIn(500, 90, 16 / 9)).toEqual({ left: 170, top: 0, width: 160, height: 90 });
   });
 
-  it('has right at the right and up at the top', () => {
+  it('draws right on the right and up at the top', () => {
     const frame = { left: 10, top: 20, width: 100, height: 50 };
     expect(toPixel(frame, -1, 1)).toEqual([10, 20]);
     expect(toPixel(frame, 1, -1)).toEqual([110, 70]);
@@ -38,20 +38,20 @@ describe('the image', () => {
   });
 });
 
-describe('what is shown', () => {
+describe('the shown tracks', () => {
   const state = initialState();
-  it('is what the newest frames hold', () => {
+  it('are those of the newest frames', () => {
     const shown = shownAt(model, model.runs[0], state, 2);
     expect([shown.system.length, shown.video.length, shown.radar.length, shown.truth.length]).toEqual([2, 1, 0, 0]);
   });
 
-  it('follows the layers', () => {
+  it('follow the enabled layers', () => {
     const layers = { ...state.layers, tentative: false, video: false };
     const shown = shownAt(model, model.runs[0], { ...state, layers }, 2);
     expect([shown.system.length, shown.video.length]).toEqual([1, 0]);
   });
 
-  it('is selected by kind and id, a system track by its run too', () => {
+  it('are selected by kind and id, system tracks also by run', () => {
     const selection = { kind: 'system', run: 1, id: 4 } as const;
     expect(isSelected(selection, { kind: 'tentative', id: 4 }, 1)).toBe(true);
     expect(isSelected(selection, { kind: 'system', id: 4 }, 0)).toBe(false);
@@ -73,12 +73,12 @@ describe('the timeline', () => {
     expect(lanesOf(pair, false).map((lane) => lane.label)).toEqual(['A 1 human', 'B 1 human']);
   });
 
-  it('calls a track what it was for the longest time', () => {
+  it('labels a track with the class that it had for the longest time', () => {
     expect(mainClass([{ from: 0, to: 1, value: 'car' }, { from: 1, to: 3, value: 'human' }, { from: 3, to: 4.5, value: 'car' }])).toBe('car');
     expect(mainClass([])).toBe('unknown');
   });
 
-  it('leaves room between its ticks', () => {
+  it('keeps a distance between its ticks', () => {
     expect(tickSpacing(60, 800)).toBe(10);
     expect(tickSpacing(600, 800)).toBe(60);
     expect(tickSpacing(1e6, 800)).toBe(7200);
@@ -101,7 +101,7 @@ describe('a plot', () => {
     expect(ys[kept.indexOf(502)]).toBe(-9);
   });
 
-  it('shows the probability over the life of a track', () => {
+  it('shows the probability over the lifetime of a track', () => {
     const { times, values } = probabilityOf(model.runs[0], 2);
     expect([...times]).toEqual([2, 3]);
     expect(values[1]).toBeCloseTo(0.2);
