@@ -15,7 +15,7 @@ namespace Veskar::Host::Internal {
 
 /// A frame that the host adds.
 struct AddedFrame {
-    Source source = VideoObject;         ///< sensor that it stands for
+    Source source = VideoObject;         ///< sensor that it replaces
     double time = 0.0;                   ///< time stamp, s
     double received = 0.0;               ///< when it is due on the host's clock, s
     const SensorFrame* basis = nullptr;  ///< frame to be predicted; null: the added frame is empty

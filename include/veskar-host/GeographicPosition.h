@@ -20,7 +20,7 @@ VESKAR_HOST_EXPORT double deviceAzimuth(const Eigen::Vector2d& ground);
 /// Without a site FusionPipeline asks the device's geolocation service, Dbus::GeoLocation. A replay
 /// must not ask the machine that it happens to run on, so the recording states the site.
 ///
-/// @param site where the device stands
+/// @param site geographic position and heading of the device
 /// @param ground device frame, m
 /// @return its position, marked as valid
 VESKAR_HOST_EXPORT ::Dbus::GeoLocation::Position geographicPosition(const Site& site,

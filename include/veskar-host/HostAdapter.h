@@ -47,7 +47,7 @@ public:
 
     /// @return the camera's geometry
     const Projection& projection() const { return camera_; }
-    /// @return where the device stands, when known
+    /// @return the site of the device, when known
     const std::optional<Site>& site() const { return site_; }
 
 private:

@@ -12,11 +12,11 @@
 
 namespace Veskar::Host {
 
-/// The sensors of a device, their poses and where the device stands.
+/// The sensors of a device, their poses and the device's site.
 struct VESKAR_HOST_EXPORT Installation {
     CameraSetup camera;        ///< the video sensor
     RadarSetup radar;          ///< the radar
-    std::optional<Site> site;  ///< where the device stands, when known
+    std::optional<Site> site;  ///< site of the device, when known
 
     /// Reads an installation from JSON: an object with the members "camera", "radar" and optionally
     /// "site", or the header of a recording. docs/recording-format.md describes them.
