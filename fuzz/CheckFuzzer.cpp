@@ -7,11 +7,10 @@
 #include "check/RecordingCheck.h"
 #include "recording/RecordingReader.h"
 #include "support/InputFile.h"
+#include "support/ReadAll.h"
 #include "support/Require.h"
 
 #include <string>
-
-#include <syslog.h>
 
 using namespace VeskarFuzz;
 
@@ -20,8 +19,7 @@ namespace {
 bool isReadable(const std::string& path) {
     try {
         Workbench::RecordingReader reader(path);
-        while (reader.next()) {
-        }
+        readAll(reader);
         return true;
     } catch (const Workbench::InputError&) {
         return false;
@@ -29,11 +27,6 @@ bool isReadable(const std::string& path) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    setlogmask(0);
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const InputFile file(asText(data, size));

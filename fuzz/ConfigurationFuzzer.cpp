@@ -15,8 +15,6 @@
 #include <optional>
 #include <string>
 
-#include <syslog.h>
-
 using namespace VeskarFuzz;
 using Workbench::DocumentKind;
 
@@ -66,11 +64,6 @@ void readCamera(const InputFile& file, const std::string& text) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    setlogmask(0);
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const InputFile file(asText(data, size));

@@ -15,7 +15,6 @@
 #include <utility>
 
 #include <Eigen/Eigenvalues>
-#include <syslog.h>
 
 using namespace VeskarFuzz;
 using Veskar::FusionModule;
@@ -170,11 +169,6 @@ void requireRecovery(FuzzedDataProvider& bytes) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    setlogmask(0);
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     FuzzedDataProvider bytes(data, size);

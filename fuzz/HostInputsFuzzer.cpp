@@ -11,8 +11,6 @@
 #include <optional>
 #include <string>
 
-#include <syslog.h>
-
 using namespace VeskarFuzz;
 using namespace Veskar::Host;
 
@@ -51,11 +49,6 @@ void fuse(const Installation& installation, const SensorFrame& frame) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    setlogmask(0);
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text(asText(data, size));

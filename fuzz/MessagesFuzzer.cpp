@@ -20,7 +20,6 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 #include <jansson.h>
-#include <syslog.h>
 
 using namespace VeskarFuzz;
 using VeskarTest::Body;
@@ -151,13 +150,10 @@ void formatSamples(FuzzedDataProvider& bytes) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    setlogmask(0);
-    // No bus: the clients get their data from here only.
-    return setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent", 1);
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    // No bus: the clients get their data from here only.
+    static const int hidden = setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent", 1);
+    require(hidden == 0, "the bus can be hidden");
     FuzzedDataProvider bytes(data, size);
     switch (bytes.ConsumeIntegralInRange(0, 2)) {
         case 0:

@@ -9,12 +9,11 @@
 #include "replay/FusedReader.h"
 #include "replay/Replay.h"
 #include "support/InputFile.h"
+#include "support/ReadAll.h"
 #include "support/Require.h"
 
 #include <string>
 #include <variant>
-
-#include <syslog.h>
 
 using namespace VeskarFuzz;
 using Workbench::RecordingReader;
@@ -47,11 +46,6 @@ std::string replay(RecordingReader& reader) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    setlogmask(0);
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const InputFile file(asText(data, size));
     std::string fused;
@@ -63,7 +57,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const InputFile output(fused);
     Workbench::FusedReader reader(output.path());
-    while (reader.next()) {
-    }
+    readAll(reader);
     return 0;
 }

@@ -9,6 +9,7 @@
 #include "scenario/Scenario.h"
 #include "simulate/Simulation.h"
 #include "support/InputFile.h"
+#include "support/ReadAll.h"
 #include "support/Require.h"
 
 #include <algorithm>
@@ -59,8 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (scenario && scenario->objects.size() <= 8) {
         const InputFile recording(play(*scenario));
         Workbench::RecordingReader reader(recording.path());
-        while (reader.next()) {
-        }
+        readAll(reader);
     }
     return 0;
 }
