@@ -30,17 +30,16 @@ const Parameter& parameterNamed(std::string_view name, const std::string& place)
     std::transform(table.begin(), table.end(), std::back_inserter(names),
                    [](const Parameter& parameter) { return parameter.name; });
     const std::string meant = nearestWord(std::string(name), names);
-    throw InputError(place + ": the key is not known" +
-                     (meant.empty() ? "" : "; is " + meant + " meant?"));
+    throw InputError(place, "the key is not known" +
+                                (meant.empty() ? std::string() : "; is " + meant + " meant?"));
 }
 
 double numberOf(const JanssonValue& value, const Parameter& parameter, const std::string& place) {
     if (!isNumber(value.kind())) {
-        throw InputError(place + ": " + expected("a number", value.kind()));
+        throw InputError(place, expected("a number", value.kind()));
     }
     if (!parameter.allows(value.number())) {
-        throw InputError(place + ": " + shortestText(value.number()) + " is not " +
-                         parameter.limits());
+        throw InputError(place, shortestText(value.number()) + " is not " + parameter.limits());
     }
     return value.number();
 }
@@ -54,11 +53,11 @@ void assign(HostParameters& parameters, const std::string& place, std::string_vi
         return;
     }
     if (value.kind() != JsonKind::Array) {
-        throw InputError(place + ": " + expected("an array", value.kind()));
+        throw InputError(place, expected("an array", value.kind()));
     }
     if (value.size() != parameter.count) {
-        throw InputError(place + ": expected " + std::to_string(parameter.count) +
-                         " numbers, found " + std::to_string(value.size()));
+        throw InputError(place, "expected " + std::to_string(parameter.count) + " numbers, found " +
+                                    std::to_string(value.size()));
     }
     value.forEachItem([&, i = std::size_t{0}](const JanssonValue& item) mutable {
         *next++ = numberOf(item, parameter, place + "[" + std::to_string(i++) + "]");
@@ -96,7 +95,7 @@ void HostParameters::set(const std::string& name, const std::string& value) {
         assign(changed, name, member, document.root());
         *this = changed;
     } catch (const JsonFault&) {
-        throw InputError(name + ": \"" + value + "\" is not a number");
+        throw InputError(name, "\"" + value + "\" is not a number");
     }
 }
 

@@ -35,7 +35,7 @@ Installation Installation::parse(const std::string& path) {
         }
         return installationOf(document);
     } catch (const InputError& error) {
-        throw InputError(path + ": " + error.what());
+        throw InputError(path, error);
     }
 }
 

@@ -18,7 +18,10 @@ typename Value::Members membersOf(const Value& value, const JsonPath& path) {
     if (value.kind() != JsonKind::Object) {
         const std::string place = path.text();
         const std::string what = expected("an object", value.kind());
-        throw InputError(place.empty() ? what : place + ": " + what);
+        if (place.empty()) {
+            throw InputError(what);
+        }
+        throw InputError(place, what);
     }
     return typename Value::Members(value);
 }
@@ -38,12 +41,12 @@ void BasicFields<Value>::refuseOthers(const Names& names) const {
         if (found == names.end()) {
             found = std::find(names.begin(), next, name);
             if (found == next) {
-                throw InputError(pathOf(name) + ": unknown key");
+                throw InputError(pathOf(name), "unknown key");
             }
         }
         const std::uint64_t bit = std::uint64_t{1} << (found - names.begin());
         if ((seen & bit) != 0) {
-            throw InputError(pathOf(name) + ": occurs twice");
+            throw InputError(pathOf(name), "occurs twice");
         }
         seen |= bit;
         next = found + 1;
@@ -87,7 +90,7 @@ std::string BasicFields<Value>::pathOf(std::string_view name) const {
 
 template <typename Value>
 void BasicFields<Value>::refuse(std::string_view name, const std::string& what) const {
-    throw InputError(pathOf(name) + ": " + what);
+    throw InputError(pathOf(name), what);
 }
 
 template <typename Value>

@@ -30,8 +30,9 @@ bool isFar(double stamp, double last) {
 
 void refuseEarlyArrival(const SensorFrame& frame) {
     if (frame.received < frame.time) {
-        throw InputError("received: " + shortestText(frame.received) +
-                         " is before the time of the frame, " + shortestText(frame.time));
+        throw InputError("received", shortestText(frame.received) +
+                                         " is before the time of the frame, " +
+                                         shortestText(frame.time));
     }
 }
 
@@ -39,7 +40,7 @@ void refuseBoxesUpsideDown(const SensorFrame& frame) {
     for (std::size_t i = 0; i < frame.tracks.size(); ++i) {
         const ImageBox* box = boxOf(frame.tracks[i]);
         if (box != nullptr && !(box->bottom <= box->top)) {
-            throw InputError("tracks[" + std::to_string(i) + "].box.top: is below bottom");
+            throw InputError("tracks[" + std::to_string(i) + "].box.top", "is below bottom");
         }
     }
 }
@@ -47,16 +48,16 @@ void refuseBoxesUpsideDown(const SensorFrame& frame) {
 void FrameOrder::check(const SensorFrame& frame) const {
     const auto before = lastTime_.find(frame.source);
     if (before != lastTime_.end() && !(frame.time > before->second)) {
-        throw InputError("time: " + shortestText(frame.time) + " is not later than " +
-                         shortestText(before->second) + ", the time of the " +
-                         sourceName(frame.source) + " frame before");
+        throw InputError("time", shortestText(frame.time) + " is not later than " +
+                                     shortestText(before->second) + ", the time of the " +
+                                     sourceName(frame.source) + " frame before");
     }
     refuseEarlyArrival(frame);
     if (lastReceived_ && frame.received < *lastReceived_) {
-        throw InputError("received: " + shortestText(frame.received) + " is before " +
-                         shortestText(*lastReceived_) +
-                         ", when the frame before was received; frames stand in the order of "
-                         "their arrival");
+        throw InputError("received", shortestText(frame.received) + " is before " +
+                                         shortestText(*lastReceived_) +
+                                         ", when the frame before was received; frames stand in "
+                                         "the order of their arrival");
     }
 }
 

@@ -33,7 +33,7 @@ void refuseRepeatedIds(const std::vector<Item>& items, const char* list,
         }
     }
     if (first < items.size()) {
-        throw InputError(std::string(list) + "[" + std::to_string(first) + "].id: " +
+        throw InputError(std::string(list) + "[" + std::to_string(first) + "].id",
                          std::to_string(idOf(items[first])) + " occurs twice in the frame");
     }
 }

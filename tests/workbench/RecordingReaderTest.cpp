@@ -258,18 +258,18 @@ TEST_F(RecordingReaderTest, RefusesValuesOutOfRange) {
 
 TEST_F(RecordingReaderTest, HandsOutARefusedFrameThatCouldBeRead) {
     using Workbench::RefusedFrame;
-    const auto refused = [&](const std::string& line) -> std::pair<RefusedFrame::Reason, double> {
+    const auto refused = [&](const std::string& line) -> std::pair<RefusedFrame::Cause, double> {
         try {
             read(line);
         } catch (const RefusedFrame& error) {
-            return {error.reason, error.frame.time};
+            return {error.cause, error.frame.time};
         }
         throw std::runtime_error("was not refused: " + line);
     };
     EXPECT_EQ(refused(replaced(goodVideo, "\"top\":0.2", "\"top\":-0.6")),
-              std::make_pair(RefusedFrame::Reason::Box, 1.5));
+              std::make_pair(RefusedFrame::Cause::Box, 1.5));
     EXPECT_EQ(refused(R"({"source":"radar","time":5,"received":4,"tracks":[]})"),
-              std::make_pair(RefusedFrame::Reason::Time, 5.0));
+              std::make_pair(RefusedFrame::Cause::Time, 5.0));
 }
 
 TEST_F(RecordingReaderTest, RefusesRepeatedIds) {

@@ -63,7 +63,7 @@ void Conventions::add(const SensorFrame& frame) {
 }
 
 void Conventions::add(const RefusedFrame& refused) {
-    if (refused.reason == RefusedFrame::Reason::Box) {
+    if (refused.cause == RefusedFrame::Cause::Box) {
         add(refused.frame);
     } else {
         addTime(refused.frame);

@@ -31,22 +31,8 @@ constexpr std::uint64_t plentyOfReports = 200;
 /// Further faults are only counted.
 constexpr std::size_t mostFaults = 100;
 
-/// Splits the reader's message "FILE:LINE: KEY: REASON".
-Finding findingOf(const InputError& error, const std::string& file, std::uint64_t line) {
-    std::string_view text = error.what();
-    const std::string place = fmt::format("{}:{}: ", file, line);
-    if (text.substr(0, place.size()) == place) {
-        text.remove_prefix(place.size());
-    }
-    Finding finding{Severity::Fault, line, "", "", std::string(text)};
-    const std::size_t colon = text.find(": ");
-    const bool namesKey = colon != std::string_view::npos &&
-                          text.substr(0, colon).find(' ') == std::string_view::npos;
-    if (namesKey) {
-        finding.key = text.substr(0, colon);
-        finding.message = text.substr(colon + 2);
-    }
-    return finding;
+Finding findingOf(const InputError& error, std::uint64_t line) {
+    return {Severity::Fault, line, error.key(), "", error.reason()};
 }
 
 /// Opens a recording and checks its header member by member.
@@ -67,7 +53,7 @@ std::unique_ptr<RecordingReader> open(const std::string& path, Findings& finding
             throw;  // there is no such file
         }
         if (!hasFault(findings)) {
-            findings.push_back(findingOf(error, path == "-" ? "<stdin>" : path, 1));
+            findings.push_back(findingOf(error, 1));
         }
         return nullptr;
     }
@@ -222,7 +208,7 @@ public:
     }
 
     void take(const RefusedFrame& refused) {
-        const bool isTime = refused.reason == RefusedFrame::Reason::Time;
+        const bool isTime = refused.cause == RefusedFrame::Cause::Time;
         (isTime ? refusedTimes_ : refusedBoxes_).add(faultAt(refused));
         conventions_.add(refused);
         words_.look(refused.frame);
@@ -259,7 +245,7 @@ private:
     }
 
     Finding faultAt(const InputError& error) const {
-        return findingOf(error, reader_.input().name(), reader_.input().lineNumber());
+        return findingOf(error, reader_.input().lineNumber());
     }
 
     static std::string explaining(const char* key, const RecordingCheckResult& result) {

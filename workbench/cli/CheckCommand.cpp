@@ -41,7 +41,7 @@ DocumentKind kindFor(const Options& options) {
         return kinds.at(options.kind);
     }
     if (options.document == "-") {
-        throw InputError("<stdin>: say with --as what it is");
+        throw InputError("<stdin>", InputError("say with --as what it is"));
     }
     return kindOfDocument(options.document);
 }

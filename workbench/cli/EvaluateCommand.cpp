@@ -63,7 +63,7 @@ std::string judge(RecordingReader& reader, Evaluation& evaluation, EvaluationRep
         progress.update(reader.input().fractionRead());
     }
     if (evaluation.instants() == 0) {
-        throw InputError(reader.input().name() + ": the recording has no truth line");
+        throw InputError(reader.input().name(), InputError("the recording has no truth line"));
     }
     report.instants = evaluation.instants();
     report.parts = evaluation.figures();
@@ -72,7 +72,8 @@ std::string judge(RecordingReader& reader, Evaluation& evaluation, EvaluationRep
 
 void requireTruth(const RecordingReader& reader) {
     if (reader.header().truth == TruthKind::None) {
-        throw InputError(reader.input().name() + ": the recording has no truth to judge by");
+        throw InputError(reader.input().name(),
+                         InputError("the recording has no truth to judge by"));
     }
 }
 

@@ -81,7 +81,7 @@ HostParameters parametersOf(const std::string& text, const std::string& name) {
     try {
         return HostParameters::fromConfig(text);
     } catch (const InputError& error) {
-        throw InputError(fmt::format("{}: {}", name, error.what()));
+        throw InputError(name, error);
     }
 }
 
@@ -137,7 +137,7 @@ RecordingHeader withCamera(RecordingHeader header, const std::string& cameraPath
     try {
         header.camera = readCamera(Fields(json));
     } catch (const InputError& error) {
-        throw InputError(fmt::format("{}: {}", cameraPath, error.what()));
+        throw InputError(cameraPath, error);
     }
     return header;
 }

@@ -76,7 +76,7 @@ double wrap(double angle) {
 
 const nlohmann::json& listOf(const nlohmann::json& json, const std::string& file) {
     if (!json.is_array() || json.empty()) {
-        throw InputError(file + ": expected a list of detections or targets");
+        throw InputError(file, InputError("expected a list of detections or targets"));
     }
     return json;
 }

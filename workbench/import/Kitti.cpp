@@ -80,7 +80,7 @@ std::pair<int, LabelledObject> parseLabel(std::string_view line, const std::stri
         words >> object.location[i];
     }
     if (!(words >> object.rotation)) {
-        throw InputError(place + ": expected a frame, an id, a type and 14 numbers");
+        throw InputError(place, InputError("expected a frame, an id, a type and 14 numbers"));
     }
     object.shape.className =
         meantWord(WordKind::Class, object.type).value_or(Veskar::Vocabulary::unknown);
@@ -92,7 +92,7 @@ std::pair<int, LabelledObject> parseLabel(std::string_view line, const std::stri
          object.location.cwiseAbs().maxCoeff() <= farthestObject);
     if (frame < 0 || frame > lastFrame || !isPlaced ||
         !(object.box.cwiseAbs().maxCoeff() <= largestImage) || !std::isfinite(object.rotation)) {
-        throw InputError(place + ": a number is out of range");
+        throw InputError(place, InputError("a number is out of range"));
     }
     return {frame, object};
 }
@@ -122,24 +122,24 @@ Calibration readCalibration(const std::string& path) {
         std::array<double, 12> P{};
         for (double& value : P) {
             if (!(words >> value) || !std::isfinite(value)) {
-                throw InputError(lines.place() + ": expected 12 numbers after P2");
+                throw InputError(lines.place(), InputError("expected 12 numbers after P2"));
             }
         }
         if (!(P[0] > 0.0)) {
-            throw InputError(lines.place() + ": the focal length is not positive");
+            throw InputError(lines.place(), InputError("the focal length is not positive"));
         }
         const Calibration calibration{P[0], P[2], P[6], P[3] / P[0]};
         if (calibration.focal > largestImage || std::abs(calibration.centreX) > largestImage ||
             std::abs(calibration.centreY) > largestImage ||
             !(std::abs(calibration.offset) <= largestObject)) {
-            throw InputError(lines.place() + ": a number is out of range");
+            throw InputError(lines.place(), InputError("a number is out of range"));
         }
         return calibration;
     }
-    throw InputError(lines.name() + (hasLabels(path) ? ": these are labels, not a calibration: the "
-                                                       "two files have changed places, the labels "
-                                                       "come first"
-                                                     : ": no line P2"));
+    throw InputError(lines.name(),
+                     InputError(hasLabels(path) ? "these are labels, not a calibration: the two "
+                                                  "files have changed places, the labels come first"
+                                                : "no line P2"));
 }
 
 LabelledFrames readLabels(const std::string& path) {
@@ -148,7 +148,7 @@ LabelledFrames readLabels(const std::string& path) {
     std::string_view line;
     while (lines.next(line)) {
         if (frames.empty() && line.substr(0, 3) == "P0:") {
-            throw InputError(lines.name() + ": this is a calibration, not labels");
+            throw InputError(lines.name(), InputError("this is a calibration, not labels"));
         }
         if (line.find_first_not_of(" \t\r") == std::string_view::npos) {
             continue;
@@ -157,8 +157,9 @@ LabelledFrames readLabels(const std::string& path) {
         std::vector<LabelledObject>& objects = frames[frame];
         for (const LabelledObject& other : objects) {
             if (object.id >= 0 && other.id == object.id) {
-                throw InputError(fmt::format("{}: id {} occurs twice in frame {}", lines.place(),
-                                             object.id, frame));
+                throw InputError(
+                    lines.place(),
+                    InputError(fmt::format("id {} occurs twice in frame {}", object.id, frame)));
             }
         }
         if (object.type != "DontCare") {
@@ -166,7 +167,7 @@ LabelledFrames readLabels(const std::string& path) {
         }
     }
     if (frames.empty()) {
-        throw InputError(lines.name() + ": no labels");
+        throw InputError(lines.name(), InputError("no labels"));
     }
     return frames;
 }

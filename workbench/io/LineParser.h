@@ -21,13 +21,13 @@ public:
     /// @param line its text
     /// @param take called with the members of the object in the line
     /// @return the result of take
-    /// @throw InputError the fault, behind "FILE:LINE: "
+    /// @throw InputError the fault, with its place
     template <typename Read>
     auto read(const LineReader& lines, std::string_view line, Read take) {
         try {
             return take(LineFields(parse(lines, line)));
         } catch (const InputError& error) {
-            throw InputError(lines.place() + ": " + error.what());
+            throw InputError(lines.place(), error);
         }
     }
 

@@ -21,13 +21,13 @@ namespace Workbench {
 LineReader::LineReader(const std::string& path) : shownName_(path == "-" ? "<stdin>" : path) {
     descriptor_ = path == "-" ? ::dup(STDIN_FILENO) : openFile(path, O_RDONLY);
     if (descriptor_ < 0) {
-        throw InputError(fmt::format("{}: {}", shownName_, std::strerror(errno)));
+        throw InputError(shownName_, InputError(std::strerror(errno)));
     }
     stopDescriptor_ = ::eventfd(0, EFD_CLOEXEC);
     if (stopDescriptor_ < 0) {
         const int fault = errno;
         ::close(descriptor_);
-        throw InputError(fmt::format("{}: {}", shownName_, std::strerror(fault)));
+        throw InputError(shownName_, InputError(std::strerror(fault)));
     }
     struct stat status {};
     if (::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
@@ -48,7 +48,7 @@ void LineReader::stop() {
 
 void LineReader::waitForInput() const {
     if (waitFor({{descriptor_, POLLIN, 0}, {stopDescriptor_, POLLIN, 0}})[1].revents != 0) {
-        throw InputError(shownName_ + ": reading was stopped");
+        throw InputError(shownName_, InputError("reading was stopped"));
     }
 }
 
@@ -60,8 +60,9 @@ bool LineReader::fill() {
     }
     if (end_ + padding == buffer_.size()) {
         if (end_ > maximumLineLength) {
-            throw InputError(fmt::format("{}:{}: line is longer than {} MiB", shownName_,
-                                         number_ + 1, maximumLineLength >> 20));
+            throw InputError(
+                fmt::format("{}:{}", shownName_, number_ + 1),
+                InputError(fmt::format("line is longer than {} MiB", maximumLineLength >> 20)));
         }
         // One byte more than the maximum, to detect longer lines.
         buffer_.resize(std::min(2 * end_, maximumLineLength + 1) + padding);
@@ -72,7 +73,7 @@ bool LineReader::fill() {
         count = ::read(descriptor_, buffer_.data() + end_, buffer_.size() - padding - end_);
     } while (count < 0 && (errno == EINTR || errno == EAGAIN));
     if (count < 0) {
-        throw InputError(fmt::format("{}: {}", shownName_, std::strerror(errno)));
+        throw InputError(shownName_, InputError(std::strerror(errno)));
     }
     end_ += static_cast<std::size_t>(count);
     return count > 0;

@@ -93,7 +93,8 @@ OutputFile::~OutputFile() {
 }
 
 void OutputFile::fail(const char* doing) const {
-    throw InputError(fmt::format("{}: cannot {}: {}", shownName_, doing, std::strerror(errno)));
+    throw InputError(shownName_,
+                     InputError(fmt::format("cannot {}: {}", doing, std::strerror(errno))));
 }
 
 void OutputFile::write(std::string_view text) {

@@ -55,7 +55,7 @@ private:
                 path += path.empty() || open_[i].key.empty() ? "" : ".";
                 path += open_[i].key;
             }
-            throw InputError(path + ": occurs twice");
+            throw InputError(path, "occurs twice");
         }
     }
 
@@ -73,8 +73,9 @@ std::string readText(const std::string& path) {
         text += line;
         text += '\n';
         if (text.size() > LineReader::maximumLineLength) {
-            throw InputError(fmt::format("{}: is longer than {} MiB", lines.name(),
-                                         LineReader::maximumLineLength >> 20));
+            throw InputError(lines.name(),
+                             InputError(fmt::format("is longer than {} MiB",
+                                                    LineReader::maximumLineLength >> 20)));
         }
     }
     return text;
@@ -87,11 +88,11 @@ nlohmann::json parseJson(const std::string& text, const std::string& name) {
         const auto end =
             text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, text.size()));
         const auto line = std::count(text.begin(), end, '\n') + 1;
-        throw InputError(fmt::format("{}:{}: {}", name, line, reasonOf(error)));
+        throw InputError(fmt::format("{}:{}", name, line), InputError(reasonOf(error)));
     } catch (const nlohmann::json::exception& error) {
-        throw InputError(fmt::format("{}: {}", name, reasonOf(error)));
+        throw InputError(name, InputError(reasonOf(error)));
     } catch (const InputError& error) {
-        throw InputError(fmt::format("{}: {}", name, error.what()));
+        throw InputError(name, error);
     }
 }
 

@@ -91,17 +91,17 @@ RecordingReader::RecordingReader(const std::string& path, TruthLines truthLines,
         firstLine(isEmpty ? std::string_view() : text);
     }
     if (isEmpty) {
-        throw InputError(lines_.name() +
-                         ":1: the file is empty, expected the header of a recording");
+        throw InputError(lines_.name() + ":1",
+                         InputError("the file is empty, expected the header of a recording"));
     }
     try {
         const nlohmann::json json = parseJsonLine(text);
         head_ = readHeader(Fields(json));
     } catch (const nlohmann::json::exception& error) {
-        throw InputError(
-            fmt::format("{}: no header of a recording: {}", lines_.place(), reasonOf(error)));
+        throw InputError(lines_.place(),
+                         InputError("no header of a recording: " + reasonOf(error)));
     } catch (const InputError& error) {
-        throw InputError(fmt::format("{}: {}", lines_.place(), error.what()));
+        throw InputError(lines_.place(), error);
     }
     digestLine(text);
 }
@@ -132,28 +132,28 @@ void RecordingReader::digestLine(std::string_view text) {
 
 RecordingLine RecordingReader::parse(std::string_view text) {
     RecordingLine line = parser_->read(lines_, text, readLine);
-    using Reason = RefusedFrame::Reason;
-    Reason reason = Reason::Time;
+    using Cause = RefusedFrame::Cause;
+    Cause cause = Cause::Time;
     try {
         std::visit([&](const auto& frame) { checkOrder(frame); }, line);
         if (const auto* frame = std::get_if<SensorFrame>(&line)) {
-            reason = Reason::Box;
+            cause = Cause::Box;
             refuseBoxesUpsideDown(*frame);
         }
     } catch (const InputError& error) {
-        const std::string what = lines_.place() + ": " + error.what();
         if (auto* frame = std::get_if<SensorFrame>(&line)) {
-            throw RefusedFrame(what, reason, std::move(*frame));
+            throw RefusedFrame({lines_.place(), error}, cause, std::move(*frame));
         }
-        throw InputError(what);
+        throw InputError(lines_.place(), error);
     }
     return line;
 }
 
 void RecordingReader::checkOrder(const TruthFrame& frame) {
     if (lastTruth_ && !(frame.time > *lastTruth_)) {
-        throw InputError(fmt::format("time: {} is not later than {}, the time of the truth before",
-                                     frame.time, *lastTruth_));
+        throw InputError(
+            "time", fmt::format("{} is not later than {}, the time of the truth before", frame.time,
+                                *lastTruth_));
     }
     lastTruth_ = frame.time;
 }

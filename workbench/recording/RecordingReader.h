@@ -22,7 +22,7 @@ enum class TruthLines { Read, Skip };
 
 /// Reads and checks the lines of a recording. Memory does not depend on its length.
 ///
-/// Every fault is an InputError that starts with "FILE:LINE: ". If the values of a faulty sensor
+/// Every fault is an InputError with the place "FILE:LINE". If the values of a faulty sensor
 /// frame could be parsed, it is a RefusedFrame.
 class RecordingReader {
 public:

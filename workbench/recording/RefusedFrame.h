@@ -6,7 +6,6 @@
 
 #include "recording/Recording.h"
 
-#include <string>
 #include <utility>
 
 namespace Workbench {
@@ -16,15 +15,15 @@ namespace Workbench {
 class RefusedFrame : public InputError {
 public:
     /// The kinds of faults.
-    enum class Reason {
+    enum class Cause {
         Time,  ///< out of order, or received before its measurement
         Box    ///< a box whose top is below its bottom
     };
 
-    RefusedFrame(const std::string& what, Reason cause, SensorFrame refused)
-        : InputError(what), reason(cause), frame(std::move(refused)) {}
+    RefusedFrame(const InputError& fault, Cause refusedFor, SensorFrame refused)
+        : InputError(fault), cause(refusedFor), frame(std::move(refused)) {}
 
-    Reason reason;
+    Cause cause;
     SensorFrame frame;
 };
 

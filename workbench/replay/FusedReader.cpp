@@ -161,16 +161,16 @@ FusedReader::FusedReader(const std::string& path)
     : lines_(path), parser_(std::make_unique<LineParser>()) {
     std::string_view text;
     if (!lines_.next(text)) {
-        throw InputError(lines_.name() +
-                         ":1: the file is empty, expected the header of fused tracks");
+        throw InputError(lines_.name() + ":1",
+                         InputError("the file is empty, expected the header of fused tracks"));
     }
     try {
         head_ = readHeader(parseJsonLine(text));
     } catch (const nlohmann::json::exception& error) {
-        throw InputError(
-            fmt::format("{}: no header of fused tracks: {}", lines_.place(), reasonOf(error)));
+        throw InputError(lines_.place(),
+                         InputError("no header of fused tracks: " + reasonOf(error)));
     } catch (const InputError& error) {
-        throw InputError(fmt::format("{}: {}", lines_.place(), error.what()));
+        throw InputError(lines_.place(), error);
     }
 }
 
@@ -182,8 +182,9 @@ Veskar::Config FusedReader::config() const {
     } catch (const std::exception&) {
         const auto faults = Veskar::Config::findFaults(head_.configuration);
         const auto first = std::find_if(faults.begin(), faults.end(), isRefused);
-        throw InputError(fmt::format("{}:1: configuration: the fusion refuses it: {}: {}",
-                                     lines_.name(), first->key, first->reason));
+        throw InputError(lines_.name() + ":1",
+                         InputError("configuration", fmt::format("the fusion refuses it: {}: {}",
+                                                                 first->key, first->reason)));
     }
 }
 
@@ -205,10 +206,9 @@ std::optional<FusedFrame> FusedReader::next() {
 /// added.
 void FusedReader::checkOrder(const FusedFrame& frame) {
     if (lastReceived_ && frame.received < *lastReceived_) {
-        throw InputError(
-            fmt::format("received: {} is before {}, when the frame before was "
-                        "received",
-                        frame.received, *lastReceived_));
+        throw InputError("received",
+                         fmt::format("{} is before {}, when the frame before was received",
+                                     frame.received, *lastReceived_));
     }
     lastReceived_ = frame.received;
 }

@@ -31,7 +31,7 @@ struct FusedHeader {
 
 /// Reads and checks the lines of fused tracks. Memory does not depend on their number.
 ///
-/// Every fault is an InputError that starts with "FILE:LINE: ". Null becomes NaN.
+/// Every fault is an InputError with the place "FILE:LINE". Null becomes NaN.
 class FusedReader {
 public:
     /// Opens fused tracks and reads their header.

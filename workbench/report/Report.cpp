@@ -149,7 +149,7 @@ Json reportData(const ReportInputs& inputs, const Provenance& provenance,
         span.include(run->span);
     }
     if (!(span.from <= span.to)) {
-        throw InputError(recording.input().name() + ": the recording has no frame");
+        throw InputError(recording.input().name(), InputError("the recording has no frame"));
     }
 
     const double start = span.from;

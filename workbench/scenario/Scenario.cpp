@@ -266,7 +266,7 @@ Scenario readScenario(const std::string& path) {
     try {
         return scenarioOf(json);
     } catch (const InputError& error) {
-        throw InputError(fmt::format("{}: {}", path == "-" ? "<stdin>" : path, error.what()));
+        throw InputError(path == "-" ? "<stdin>" : path, error);
     }
 }
 

@@ -131,6 +131,29 @@ TEST_F(RecordingCheck, ListsEveryFaultOfTheHeader) {
                                                     "radar.azimuthStd", "radar.azimuthDeviation"));
 }
 
+TEST_F(RecordingCheck, NamesTheKeyThatTheReaderRefuses) {
+    const std::string header = toJsonLine(Simulation(shippedPerimeter(), 1).header());
+    const RecordingCheckResult ofLines =
+        checkText(header + R"({"source":"radar","time":1.0,"tracks":[],"a: b":1})" + "\n" +
+                  R"({"source":"radar","time":1.1,"tracks":[{"id":1,"range":"far"}]})" + "\n");
+    ASSERT_GE(ofLines.findings.size(), 2U);
+    EXPECT_EQ(ofLines.findings[0].key, "a: b");
+    EXPECT_EQ(ofLines.findings[0].message, "unknown key");
+    EXPECT_EQ(ofLines.findings[0].line, 2U);
+    EXPECT_EQ(ofLines.findings[1].key, "tracks[0].range");
+    EXPECT_EQ(ofLines.findings[1].message, "expected a number, found a string");
+    // The check leaves the word to the reader.
+    std::string wrong = header;
+    const std::string truth = "\"truth\":\"complete\"";
+    ASSERT_NE(wrong.find(truth), std::string::npos);
+    wrong.replace(wrong.find(truth), truth.size(), "\"truth\":\"some\"");
+    const RecordingCheckResult ofHeader = checkText(wrong);
+    ASSERT_EQ(ofHeader.findings.size(), 1U);
+    EXPECT_EQ(ofHeader.findings[0].key, "truth");
+    EXPECT_EQ(ofHeader.findings[0].message, "\"some\" is not none, incomplete or complete");
+    EXPECT_EQ(ofHeader.findings[0].line, 1U);
+}
+
 TEST_F(RecordingCheck, SaysThatSomethingIsNoRecording) {
     const std::string others[] = {"", "\x01\x02garbage\n", "{\"format\":\"veskar-fused\"}\n",
                                   "[]\n"};
