@@ -3,6 +3,7 @@
 #pragma once
 
 #include "host/installation/InstallationFields.h"
+#include "host/installation/InstallationKeys.h"
 #include "host/installation/RecordingHeader.h"
 #include "host/json/Fields.h"
 
@@ -53,12 +54,12 @@ void requireFormat(const BasicFields<Value>& fields, const std::string& format, 
 template <typename Value>
 RecordingHeader readHeader(const BasicFields<Value>& fields) {
     requireFormat(fields, "veskar-recording", recordingVersion);
-    fields.allowOnly({"format", "version", "name", "origin", "licence", "camera", "radar", "site",
-                      "epoch", "seed", "truth"});
+    const Keys keys(headerKeys);
+    fields.allowOnly(keys);
     RecordingHeader header;
-    header.name = fields.text("name", "");
-    header.origin = fields.text("origin", "");
-    header.licence = fields.text("licence", "");
+    header.name = fields.text(keys["name"]);
+    header.origin = fields.text(keys["origin"]);
+    header.licence = fields.text(keys["licence"]);
     static_cast<Installation&>(header) = readInstallation(fields);
     header.epoch = fields.optionalNumber("epoch");
     if (fields.has("seed")) {

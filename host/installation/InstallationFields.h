@@ -4,23 +4,27 @@
 
 #include <veskar-host/Installation.h>
 
+#include "host/installation/InstallationKeys.h"
 #include "host/json/Fields.h"
+#include "host/json/LineText.h"
 
 #include <array>
 
 namespace Veskar::Host::Internal {
 
 /// @param fields members of a sensor
+/// @param keys its keys
 /// @param mounting receives its pose
 /// @throw InputError the fault
 template <typename Value>
-void readPose(const BasicFields<Value>& fields, Mounting& mounting) {
-    fields.numbers("position", 3, mounting.position.data());
+void readPose(const BasicFields<Value>& fields, const Keys& keys, Mounting& mounting) {
+    fields.numbers(keys["position"], mounting.position.data());
     const BasicFields<Value> rotation = fields.object("rotation");
-    rotation.allowOnly({"pitch", "yaw", "roll"});
-    mounting.pitch = rotation.number("pitch");
-    mounting.yaw = rotation.number("yaw");
-    mounting.roll = rotation.number("roll");
+    const Keys angles(rotationKeys);
+    rotation.allowOnly(angles);
+    mounting.pitch = rotation.number(angles["pitch"], mounting.pitch);
+    mounting.yaw = rotation.number(angles["yaw"], mounting.yaw);
+    mounting.roll = rotation.number(angles["roll"], mounting.roll);
     if (!(mounting.position[2] > 0.0)) {
         fields.refuse("position", "the height above ground, the third number, must be positive");
     }
@@ -32,23 +36,24 @@ void readPose(const BasicFields<Value>& fields, Mounting& mounting) {
 /// @throw InputError the fault
 template <typename Value>
 CameraSetup readCamera(const BasicFields<Value>& fields) {
-    fields.allowOnly({"bdc", "rotation", "resolution", "sensorOffset", "imageToRadiansPolynomial",
-                      "radiansToImagePolynomial", "fov", "position"});
+    const Keys keys(cameraKeys);
+    fields.allowOnly(keys);
     CameraSetup camera;
-    fields.at("bdc");
-    camera.bdc = fields.boolean("bdc", false);
-    readPose(fields, camera.mounting);
+    camera.bdc = fields.boolean(keys["bdc"], false);
+    readPose(fields, keys, camera.mounting);
     std::array<double, 2> resolution{};
-    fields.numbers("resolution", 2, resolution.data());
-    if (!(resolution[0] >= 1.0 && resolution[1] >= 1.0 && resolution[0] <= 65536.0 &&
-          resolution[1] <= 65536.0)) {
-        fields.refuse("resolution", "width and height must be between 1 and 65536 pixels");
+    fields.numbers(keys["resolution"], resolution.data());
+    const Range pixels = keys["resolution"].allowed;
+    if (!(pixels.contains(resolution[0]) && pixels.contains(resolution[1]))) {
+        fields.refuse("resolution", "width and height must be between " +
+                                        shortestText(pixels.least) + " and " +
+                                        shortestText(pixels.most) + " pixels");
     }
     camera.resolution = {static_cast<int>(resolution[0]), static_cast<int>(resolution[1])};
-    fields.numbers("sensorOffset", 2, camera.sensorOffset.data());
-    fields.numbers("imageToRadiansPolynomial", 4, camera.imageToRadians.data());
-    fields.numbers("radiansToImagePolynomial", 4, camera.radiansToImage.data());
-    fields.numbers("fov", 2, camera.fieldOfView.data());
+    fields.numbers(keys["sensorOffset"], camera.sensorOffset.data());
+    fields.numbers(keys["imageToRadiansPolynomial"], camera.imageToRadians.data());
+    fields.numbers(keys["radiansToImagePolynomial"], camera.radiansToImage.data());
+    fields.numbers(keys["fov"], camera.fieldOfView.data());
     if (!(camera.fieldOfView[0] > 0.0)) {
         fields.refuse("fov", "the horizontal half-angle, the first number, must be positive");
     }
@@ -60,16 +65,15 @@ CameraSetup readCamera(const BasicFields<Value>& fields) {
 /// @throw InputError the fault
 template <typename Value>
 RadarSetup readRadar(const BasicFields<Value>& fields) {
-    constexpr double tiny = 1e-6;
-    fields.allowOnly({"position", "rotation", "rangeStd", "azimuthStd", "velocityStd",
-                      "fieldOfView", "maximumRange"});
+    const Keys keys(radarKeys);
+    fields.allowOnly(keys);
     RadarSetup radar;
-    readPose(fields, radar.mounting);
-    radar.rangeStd = fields.numberWithin("rangeStd", tiny, unlimited);
-    radar.azimuthStd = fields.numberWithin("azimuthStd", tiny, 90.0);
-    radar.velocityStd = fields.numberWithin("velocityStd", tiny, unlimited);
-    radar.fieldOfView = fields.numberWithin("fieldOfView", tiny, 360.0, radar.fieldOfView);
-    radar.maximumRange = fields.numberWithin("maximumRange", tiny, unlimited, radar.maximumRange);
+    readPose(fields, keys, radar.mounting);
+    radar.rangeStd = fields.number(keys["rangeStd"], radar.rangeStd);
+    radar.azimuthStd = fields.number(keys["azimuthStd"], radar.azimuthStd);
+    radar.velocityStd = fields.number(keys["velocityStd"], radar.velocityStd);
+    radar.fieldOfView = fields.number(keys["fieldOfView"], radar.fieldOfView);
+    radar.maximumRange = fields.number(keys["maximumRange"], radar.maximumRange);
     return radar;
 }
 
@@ -78,11 +82,12 @@ RadarSetup readRadar(const BasicFields<Value>& fields) {
 /// @throw InputError the fault
 template <typename Value>
 Site readSite(const BasicFields<Value>& fields) {
-    fields.allowOnly({"latitude", "longitude", "heading"});
+    const Keys keys(siteKeys);
+    fields.allowOnly(keys);
     Site site;
-    site.latitude = fields.numberWithin("latitude", -90.0, 90.0);
-    site.longitude = fields.numberWithin("longitude", -180.0, 180.0);
-    site.heading = fields.numberWithin("heading", -360.0, 360.0);
+    site.latitude = fields.number(keys["latitude"], site.latitude);
+    site.longitude = fields.number(keys["longitude"], site.longitude);
+    site.heading = fields.number(keys["heading"], site.heading);
     return site;
 }
 

@@ -3,6 +3,7 @@
 #include <veskar-host/Installation.h>
 
 #include "host/installation/HeaderFields.h"
+#include "host/installation/InstallationKeys.h"
 #include "host/json/JanssonValue.h"
 
 namespace Veskar::Host {
@@ -21,7 +22,7 @@ Installation installationOf(const JsonDocument& document) {
         const RecordingHeader header = readHeader(fields);
         return {header.camera, header.radar, header.site};
     }
-    fields.allowOnly({"camera", "radar", "site"});
+    fields.allowOnly(installationKeys);
     return readInstallation(fields);
 }
 

@@ -5,20 +5,16 @@
 #include <veskar-host/ExportHost.h>
 
 #include "host/json/JsonKind.h"
+#include "host/json/Keys.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
-#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace Veskar::Host::Internal {
-
-/// For limits of numbers: as large as may be.
-constexpr double unlimited = std::numeric_limits<double>::infinity();
 
 /// The place of a value in a document. Borrows what encloses it; put into words only for a message.
 struct VESKAR_HOST_EXPORT JsonPath {
@@ -64,7 +60,7 @@ public:
     /// @throw InputError for the first such member
     void allowOnly(std::initializer_list<std::string_view> names) const;
     /// @copydoc allowOnly
-    void allowOnly(const std::vector<std::string_view>& names) const;
+    void allowOnly(const Keys& names) const;
 
     /// @param name a member
     /// @return whether it exists and is not null
@@ -101,6 +97,10 @@ public:
     /// @param otherwise default
     /// @return the number
     double numberWithin(std::string_view name, double least, double most, double otherwise) const;
+    /// @param key a key of a number; its limits are allowed values
+    /// @param otherwise default when it is not required and missing
+    /// @return the number
+    double number(const Key& key, double otherwise) const;
     /// @param name a member that is an integer of 32 bits
     /// @return the integer
     std::int32_t integer(std::string_view name) const;
@@ -108,6 +108,10 @@ public:
     /// @param otherwise default
     /// @return the value
     bool boolean(std::string_view name, bool otherwise) const;
+    /// @param key a key of a truth value
+    /// @param otherwise default when it is not required and missing
+    /// @return the value
+    bool boolean(const Key& key, bool otherwise) const;
     /// @param name a member that is a string
     /// @return the string
     std::string text(std::string_view name) const;
@@ -115,6 +119,10 @@ public:
     /// @param otherwise default
     /// @return the string
     std::string text(std::string_view name, std::string_view otherwise) const;
+    /// @param key a key of a string
+    /// @param otherwise default when it is not required and missing
+    /// @return the string
+    std::string text(const Key& key, std::string_view otherwise = {}) const;
     /// @param name a member that is an array
     /// @return the array
     Value array(std::string_view name) const;
@@ -133,6 +141,9 @@ public:
     /// @param count required length of the array
     /// @param values receives the numbers
     void numbers(std::string_view name, std::size_t count, double* values) const;
+    /// @param key a key of an array of numbers
+    /// @param values receives as many numbers as the key requires; their limits are not checked
+    void numbers(const Key& key, double* values) const;
     /// @param name a member that is an object
     /// @return its members
     BasicFields object(std::string_view name) const;

@@ -59,7 +59,7 @@ void BasicFields<Value>::allowOnly(std::initializer_list<std::string_view> names
 }
 
 template <typename Value>
-void BasicFields<Value>::allowOnly(const std::vector<std::string_view>& names) const {
+void BasicFields<Value>::allowOnly(const Keys& names) const {
     refuseOthers(names);
 }
 
@@ -142,6 +142,13 @@ double BasicFields<Value>::numberWithin(std::string_view name, double least, dou
 }
 
 template <typename Value>
+double BasicFields<Value>::number(const Key& key, double otherwise) const {
+    const std::optional<double> found =
+        key.required ? std::optional<double>(number(key.name)) : optionalNumber(key.name);
+    return found ? within(*found, key.name, key.allowed.least, key.allowed.most) : otherwise;
+}
+
+template <typename Value>
 std::int32_t BasicFields<Value>::integer(std::string_view name) const {
     const Value value = at(name);
     if (value.kind() != JsonKind::Integer) {
@@ -164,6 +171,14 @@ bool BasicFields<Value>::boolean(std::string_view name, bool otherwise) const {
 }
 
 template <typename Value>
+bool BasicFields<Value>::boolean(const Key& key, bool otherwise) const {
+    if (key.required) {
+        at(key.name);
+    }
+    return boolean(key.name, otherwise);
+}
+
+template <typename Value>
 std::string BasicFields<Value>::text(std::string_view name) const {
     const Value value = at(name);
     if (value.kind() != JsonKind::String) {
@@ -175,6 +190,11 @@ std::string BasicFields<Value>::text(std::string_view name) const {
 template <typename Value>
 std::string BasicFields<Value>::text(std::string_view name, std::string_view otherwise) const {
     return has(name) ? text(name) : std::string(otherwise);
+}
+
+template <typename Value>
+std::string BasicFields<Value>::text(const Key& key, std::string_view otherwise) const {
+    return key.required ? text(key.name) : text(key.name, otherwise);
 }
 
 template <typename Value>
@@ -200,6 +220,11 @@ void BasicFields<Value>::numbers(std::string_view name, std::size_t count, doubl
         }
         values[i++] = item.number();
     });
+}
+
+template <typename Value>
+void BasicFields<Value>::numbers(const Key& key, double* values) const {
+    numbers(key.name, key.count, values);
 }
 
 template <typename Value>

@@ -2,6 +2,7 @@
 #include "check/CameraCheck.h"
 
 #include "check/Rules.h"
+#include "host/installation/InstallationKeys.h"
 
 #include <algorithm>
 #include <cmath>
@@ -22,71 +23,46 @@ constexpr int cornerStep = 25;
 
 using Numbers = std::vector<double>;
 
-Rules cameraRules(Wanted real) {
-    constexpr Range pixels{1.0, 65536.0};
-    constexpr Range image{-1.0, 1.0};
-    constexpr Range halfAngle{0.0, 3.1416, false, true};
-    return {
-        {"bdc", Wanted::Boolean, "pinhole instead of lens polynomials"},
-        {"rotation", Wanted::Object, "mounting angles"},
-        {"resolution",
-         Wanted::Array,
-         "width and height in pixels",
-         true,
-         pixels,
-         {160.0, 16384.0},
-         2,
-         real == Wanted::Real ? Wanted::Integer : Wanted::Number},
-        {"sensorOffset",
-         Wanted::Array,
-         "optical centre on the image plane",
-         true,
-         image,
-         {-0.2, 0.2},
-         2,
-         real},
-        {"imageToRadiansPolynomial",
-         Wanted::Array,
-         "c0 to c3 from image radius to angle, radians",
-         true,
-         anyNumber,
-         {-10.0, 10.0},
-         4,
-         real},
-        {"radiansToImagePolynomial",
-         Wanted::Array,
-         "c0 to c3 from angle in radians to image radius",
-         true,
-         anyNumber,
-         {-10.0, 10.0},
-         4,
-         real},
-        {"fov",
-         Wanted::Array,
-         "horizontal and vertical half-angles, radians",
-         true,
-         halfAngle,
-         {0.02, 1.5},
-         2,
-         real},
-        {"position",
-         Wanted::Array,
-         "x forward, y left, height, m",
-         true,
-         anyNumber,
-         {-1000.0, 1000.0},
-         3,
-         real},
-    };
+/// @param rules rules for the members of a camera or of its rotation
+/// @param real required type of a number that may have a fraction
+/// @return the rules with this type
+Rules withReals(Rules rules, Wanted real) {
+    for (Rule& rule : rules) {
+        if (rule.key.wanted == Wanted::Number) {
+            rule.key.wanted = real;
+        }
+        // The library takes no fractions of pixels; the program does.
+        const bool isPixels = rule.key.name == "resolution" && real == Wanted::Real;
+        rule.element = isPixels ? Wanted::Integer : real;
+    }
+    return rules;
 }
 
-Rules rotationRules(Wanted real) {
-    constexpr Range turn{-360.0, 360.0};
-    return {
-        {"pitch", real, "downward, degrees", true, turn, {2.0, 90.0}},
-        {"yaw", real, "to the left, degrees", true, turn, {-180.0, 180.0}},
-        {"roll", real, "right side down, degrees", true, turn, {-15.0, 15.0}},
-    };
+Rules cameraRules(Wanted real) {
+    constexpr Range image{-1.0, 1.0};
+    constexpr Range halfAngle{0.0, 3.1416, false, true};
+    static const Rules rules =
+        rulesOf(cameraKeys,
+                {
+                    {"bdc", "pinhole instead of lens polynomials"},
+                    {"rotation", "mounting angles"},
+                    {"resolution", "width and height in pixels", {160.0, 16384.0}},
+                    {"sensorOffset", "optical centre on the image plane", {-0.2, 0.2}, image},
+                    {"imageToRadiansPolynomial",
+                     "c0 to c3 from image radius to angle, radians",
+                     {-10.0, 10.0}},
+                    {"radiansToImagePolynomial",
+                     "c0 to c3 from angle in radians to image radius",
+                     {-10.0, 10.0}},
+                    {"fov", "horizontal and vertical half-angles, radians", {0.02, 1.5}, halfAngle},
+                    {"position", "x forward, y left, height, m", {-1000.0, 1000.0}},
+                });
+    return withReals(rules, real);
+}
+
+Rules cameraRotationRules(Wanted real) {
+    static const Rules rules = rotationRules({2.0, 90.0});
+    return withReals(rules, real);
 }
 
 /// @return the numbers of an array of this length; nothing for other values
@@ -233,13 +209,23 @@ private:
 
 }  // namespace
 
+Rules rotationRules(const Range& usualPitch) {
+    constexpr Range turn{-360.0, 360.0};
+    return rulesOf(rotationKeys, {
+                                     {"pitch", "downward, degrees", usualPitch, turn},
+                                     {"yaw", "to the left, degrees", {-180.0, 180.0}, turn},
+                                     {"roll", "right side down, degrees", {-15.0, 15.0}, turn},
+                                 });
+}
+
 void checkCamera(const LocatedValue& camera, const std::string& path, Wanted real,
                  Findings& findings) {
     // The library ignores unknown keys.
     const Severity unknown = real == Wanted::Real ? Severity::Warning : Severity::Fault;
     checkMembers(camera, path, cameraRules(real), unknown, findings);
     if (const LocatedValue* rotation = objectAt(camera, "rotation")) {
-        checkMembers(*rotation, joinPath(path, "rotation"), rotationRules(real), unknown, findings);
+        checkMembers(*rotation, joinPath(path, "rotation"), cameraRotationRules(real), unknown,
+                     findings);
     }
     GeometryCheck(camera, path, findings).run();
 }

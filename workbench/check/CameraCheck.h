@@ -8,6 +8,10 @@
 
 namespace Workbench {
 
+/// @param usualPitch pitch of a usual mounting, degrees
+/// @return the rules for the members of the rotation of a sensor
+Rules rotationRules(const Range& usualPitch);
+
 /// @param camera an object for Veskar::Camera::parse
 /// @param path its place in the document, "" for the root
 /// @param real Wanted::Real where the library reads the camera and does not accept integers;

@@ -33,21 +33,21 @@ constexpr Range angle{0.0, 90.0, false, false};
 
 const Limits videoLimits{
     {"uvCorrelation", "correlation of u and v", {-1.0, 1.0, false, false}},
-    {"uvVelocityStd", "standard deviation of the image velocity, 1/s", positive, {0.005, 0.5}},
+    {"uvVelocityStd", "standard deviation of the image velocity, 1/s", aboveZero, {0.005, 0.5}},
     {"minimumPseudoRangeStd",
      "least standard deviation of the pseudo range, m",
-     positive,
+     aboveZero,
      {0.5, 10.0}},
     {"maximumPseudoRangeStd",
      "largest standard deviation of the pseudo range, m",
-     positive,
+     aboveZero,
      {2.0, 100.0}},
     {"pseudoRangeDotStd",
      "standard deviation of the pseudo-range rate, m/s",
-     positive,
+     aboveZero,
      {0.5, 20.0}},
     {"minimumAngle", "least angle below the horizon, degrees", angle, {0.2, 10.0}},
-    {"uvPositionStd", "standard deviation of the image position", positive, {0.002, 0.1}},
+    {"uvPositionStd", "standard deviation of the image position", aboveZero, {0.002, 0.1}},
 };
 
 const Limits gainLimits{
@@ -56,17 +56,17 @@ const Limits gainLimits{
 };
 
 const Limits moduleLimits{
-    {"gatingDistance", "combined gate, standard deviations", positive, {3.0, 12.0}},
-    {"positionGatingDistance", "position gate, standard deviations", positive, {1.5, 6.0}},
+    {"gatingDistance", "combined gate, standard deviations", aboveZero, {3.0, 12.0}},
+    {"positionGatingDistance", "position gate, standard deviations", aboveZero, {1.5, 6.0}},
     {"velocityGatingSimilarity", "least cosine between the velocities", cosine, {-1.0, 0.7}},
     {"velocityMinGatingLimit",
      "sum of image speeds from which they count, 1/s",
-     notNegative,
+     fromZero,
      {0.02, 2.0}},
-    {"stationaryBlockingMinSpeed", "radar speed, m/s", notNegative, {0.5, 20.0}},
-    {"stationaryBlockingMaxUVSpeed", "image speed, 1/s", notNegative, {0.0, 0.2}},
-    {"stationaryBlockingMinVideoAge", "age of the video track, s", notNegative, {0.0, 30.0}},
-    {"trackKillTime", "coasting time, s", positive},
+    {"stationaryBlockingMinSpeed", "radar speed, m/s", fromZero, {0.5, 20.0}},
+    {"stationaryBlockingMaxUVSpeed", "image speed, 1/s", fromZero, {0.0, 0.2}},
+    {"stationaryBlockingMinVideoAge", "age of the video track, s", fromZero, {0.0, 30.0}},
+    {"trackKillTime", "coasting time, s", aboveZero},
     {"systemTrackConfirmationLimitUpper",
      "probability that confirms one sensor alone",
      probability,
@@ -79,14 +79,14 @@ const Limits moduleLimits{
     {"trackedOdMotionAnalyzerMinHistoryLength", "positions", count, {2.0, 1000.0}},
     {"trackedOdMotionAnalyzerDistanceThreshold",
      "distance on the image plane",
-     notNegative,
+     fromZero,
      {0.01, 1.0}},
-    {"autocalibrationAgeLimit", "age, s", notNegative, {0.0, 60.0}},
-    {"autocalibrationVideoCoastingLimit", "coasting time, s", notNegative, {0.0, 0.5}},
-    {"autocalibrationEdgeLimit", "distance from the image centre", notNegative, {0.5, 1.0}},
-    {"autocalibrationVideoNearLimit", "distance on the image plane", notNegative, {0.0, 1.0}},
-    {"autocalibrationHumanMinAspect", "width over height", notNegative, {0.1, 1.0}},
-    {"autocalibrationHumanMaxAspect", "width over height", notNegative, {0.2, 2.0}},
+    {"autocalibrationAgeLimit", "age, s", fromZero, {0.0, 60.0}},
+    {"autocalibrationVideoCoastingLimit", "coasting time, s", fromZero, {0.0, 0.5}},
+    {"autocalibrationEdgeLimit", "distance from the image centre", fromZero, {0.5, 1.0}},
+    {"autocalibrationVideoNearLimit", "distance on the image plane", fromZero, {0.0, 1.0}},
+    {"autocalibrationHumanMinAspect", "width over height", fromZero, {0.1, 1.0}},
+    {"autocalibrationHumanMaxAspect", "width over height", fromZero, {0.2, 2.0}},
 };
 
 const Limits priorityLimits{
@@ -94,10 +94,10 @@ const Limits priorityLimits{
     {"vuraHeightFractionLimit", "box height, fraction of the image", fraction},
     {"vodWidthFractionLimit", "box width, fraction of the image", fraction},
     {"vodHeightFractionLimit", "box height, fraction of the image", fraction},
-    {"longlivedLimit", "age, s", notNegative, {0.5, 60.0}},
-    {"travelledDistanceLimit", "distance on the image plane", notNegative, {0.0, 2.0}},
-    {"radarFarLimitHuman", "range, m", notNegative, {5.0, 500.0}},
-    {"radarFarLimitVehicle", "range, m", notNegative, {5.0, 500.0}},
+    {"longlivedLimit", "age, s", fromZero, {0.5, 60.0}},
+    {"travelledDistanceLimit", "distance on the image plane", fromZero, {0.0, 2.0}},
+    {"radarFarLimitHuman", "range, m", fromZero, {5.0, 500.0}},
+    {"radarFarLimitVehicle", "range, m", fromZero, {5.0, 500.0}},
     {"nVideoFramesMissedLimitLow", "evaluations without video", count},
     {"nVideoFramesMissedLimitHigh", "evaluations without video", count},
 };
@@ -107,13 +107,13 @@ const Rules& hostRules() {
     static const Rules rules = [] {
         Rules list;
         for (const Parameter& parameter : parameterTable()) {
-            Rule rule{parameter.name, Wanted::Number, parameter.meaning, false};
-            rule.allowed = {parameter.least, parameter.most, parameter.isLeastAllowed, true};
+            Key key{parameter.name, Wanted::Number, isOptional};
+            key.allowed = {parameter.least, parameter.most, parameter.isLeastAllowed, true};
             if (parameter.count > 1) {
-                rule.wanted = Wanted::Array;
-                rule.elements = parameter.count;
+                key.wanted = Wanted::Array;
+                key.count = parameter.count;
             }
-            list.push_back(rule);
+            list.push_back({key, parameter.meaning});
         }
         return list;
     }();
@@ -185,9 +185,10 @@ private:
             if (value != nullptr && !isFaulty(place)) {
                 const Wanted wanted =
                     value->kind == LocatedValue::Kind::Real ? Wanted::Real : Wanted::Integer;
-                checkNumber(*value, place,
-                            {limit.key, wanted, limit.meaning, true, limit.allowed, limit.usual},
-                            findings_);
+                checkNumber(
+                    *value, place,
+                    {{limit.key, wanted, isRequired, limit.allowed}, limit.meaning, limit.usual},
+                    findings_);
             }
         }
     }

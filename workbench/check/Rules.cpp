@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <set>
+#include <stdexcept>
 
 #include <fmt/format.h>
 
@@ -59,7 +60,7 @@ std::string suggestion(const std::string& key, const Rules& rules) {
     std::vector<std::string> keys;
     keys.reserve(rules.size());
     for (const Rule& rule : rules) {
-        keys.emplace_back(rule.key);
+        keys.emplace_back(rule.key.name);
     }
     const std::string nearest = Veskar::nearestWord(key, keys);
     return nearest.empty() ? "" : fmt::format("; is {} meant?", nearest);
@@ -71,37 +72,38 @@ public:
         : rule_(rule), path_(std::move(path)), findings_(findings) {}
 
     void missing(int line) const {
-        if (rule_.required) {
-            findings_.push_back({Severity::Fault, static_cast<std::uint64_t>(line), path_, "",
-                                 fmt::format("missing; expected {}", expectation(rule_.wanted))});
+        if (rule_.key.required) {
+            findings_.push_back(
+                {Severity::Fault, static_cast<std::uint64_t>(line), path_, "",
+                 fmt::format("missing; expected {}", expectation(rule_.key.wanted))});
         }
     }
 
     void value(const LocatedValue& value) const {
-        if (!hasType(value, rule_.wanted)) {
-            add(Severity::Fault, value, fmt::format("expected {}", expectation(rule_.wanted)));
-        } else if (isNumeric(rule_.wanted)) {
-            number(value, path_, rule_.wanted);
-        } else if (rule_.elements > 0) {
+        if (!hasType(value, rule_.key.wanted)) {
+            add(Severity::Fault, value, fmt::format("expected {}", expectation(rule_.key.wanted)));
+        } else if (isNumeric(rule_.key.wanted)) {
+            number(value, path_, rule_.key.wanted);
+        } else if (rule_.key.count > 0) {
             array(value);
         }
     }
 
 private:
     void number(const LocatedValue& value, const std::string& place, Wanted wanted) const {
-        if (!rule_.allowed.contains(value.number)) {
+        if (!rule_.key.allowed.contains(value.number)) {
             add(Severity::Fault, value, fmt::format("expected {}", expectation(wanted)), place);
         } else if (!rule_.usual.contains(value.number)) {
             add(Severity::Warning, value,
-                fmt::format("unusual for {}; usual is {}", rule_.meaning, rule_.usual.inWords()),
+                fmt::format("unusual for {}; usual is {}", rule_.meaning, inWords(rule_.usual)),
                 place);
         }
     }
 
     void array(const LocatedValue& value) const {
-        if (value.elements.size() != rule_.elements) {
+        if (value.elements.size() != rule_.key.count) {
             add(Severity::Fault, value,
-                fmt::format("expected {} numbers: {}", rule_.elements, rule_.meaning));
+                fmt::format("expected {} numbers: {}", rule_.key.count, rule_.meaning));
             return;
         }
         for (std::size_t i = 0; i < value.elements.size(); ++i) {
@@ -117,7 +119,7 @@ private:
     }
 
     std::string expectation(Wanted wanted) const {
-        const std::string limits = rule_.allowed.inWords();
+        const std::string limits = inWords(rule_.key.allowed);
         return fmt::format("{}{}{}: {}", nameOf(wanted), limits.empty() ? "" : " ", limits,
                            rule_.meaning);
     }
@@ -145,8 +147,9 @@ void checkKeys(const LocatedValue& object, const std::string& path, const Rules&
             findings.push_back({Severity::Fault, line, joinPath(path, key), value.shown(),
                                 "the key stands here a second time; only the last one counts"});
         }
-        const bool isKnown = std::any_of(rules.begin(), rules.end(),
-                                         [&k = key](const Rule& rule) { return rule.key == k; });
+        const bool isKnown = std::any_of(rules.begin(), rules.end(), [&k = key](const Rule& rule) {
+            return rule.key.name == k;
+        });
         if (!isKnown) {
             findings.push_back({unknown, line, joinPath(path, key), value.shown(),
                                 "the key is not known" + suggestion(key, rules)});
@@ -156,27 +159,41 @@ void checkKeys(const LocatedValue& object, const std::string& path, const Rules&
 
 }  // namespace
 
-bool Range::contains(double value) const {
-    const bool isAbove = leastIncluded ? value >= least : value > least;
-    const bool isBelow = mostIncluded ? value <= most : value < most;
-    return isAbove && isBelow;
-}
-
-std::string Range::inWords() const {
-    const bool hasLeast = least > -std::numeric_limits<double>::infinity();
-    const bool hasMost = most < std::numeric_limits<double>::infinity();
-    if (hasLeast && hasMost && leastIncluded && mostIncluded) {
-        return fmt::format("between {} and {}", least, most);
+std::string inWords(const Range& range) {
+    const bool isPositive = range.leastIncluded && range.least == leastPositive;
+    const bool isOpen = isPositive || !range.leastIncluded;
+    const double least = isPositive ? 0.0 : range.least;
+    const bool hasLeast = range.least > -unlimited;
+    const bool hasMost = range.most < unlimited;
+    if (hasLeast && hasMost && !isOpen && range.mostIncluded) {
+        return fmt::format("between {} and {}", least, range.most);
     }
     std::string words;
     if (hasLeast) {
-        words = fmt::format("{} {}", leastIncluded ? "at least" : "above", least);
+        words = fmt::format("{} {}", isOpen ? "above" : "at least", least);
     }
     if (hasMost) {
-        words += fmt::format("{}{} {}", hasLeast ? " and " : "", mostIncluded ? "at most" : "below",
-                             most);
+        words += fmt::format("{}{} {}", hasLeast ? " and " : "",
+                             range.mostIncluded ? "at most" : "below", range.most);
     }
     return words;
+}
+
+Rules rulesOf(const Keys& keys, const std::vector<Note>& notes) {
+    for (const Note& note : notes) {
+        static_cast<void>(keys[note.key]);
+    }
+    Rules rules;
+    for (const Key& key : keys) {
+        const auto note = std::find_if(notes.begin(), notes.end(),
+                                       [&key](const Note& n) { return n.key == key.name; });
+        if (note == notes.end()) {
+            throw std::logic_error("no meaning of the key " + std::string(key.name));
+        }
+        rules.push_back({key, note->meaning, note->usual});
+        rules.back().key.allowed = note->possible.value_or(key.allowed);
+    }
+    return rules;
 }
 
 void checkMembers(const LocatedValue& object, const std::string& path, const Rules& rules,
@@ -187,8 +204,8 @@ void checkMembers(const LocatedValue& object, const std::string& path, const Rul
         return;
     }
     for (const Rule& rule : rules) {
-        const MemberCheck check(rule, joinPath(path, rule.key), findings);
-        if (const LocatedValue* value = object.find(rule.key)) {
+        const MemberCheck check(rule, joinPath(path, rule.key.name), findings);
+        if (const LocatedValue* value = object.find(rule.key.name)) {
             check.value(*value);
         } else {
             check.missing(object.line);

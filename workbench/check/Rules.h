@@ -2,56 +2,47 @@
 // Rules for the members of a JSON object, and the check of an object against them.
 #pragma once
 
+#include "HostLibrary.h"
 #include "check/Finding.h"
 #include "check/LocatedJson.h"
+#include "host/json/Keys.h"
 
-#include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace Workbench {
 
-/// The required type of a member.
-enum class Wanted {
-    Real,     ///< a number with a fraction or exponent, as the library requires it
-    Integer,  ///< a number without these
-    Number,   ///< either
-    Boolean,
-    Text,
-    Object,
-    Array
+/// @param range limits of a number
+/// @return text such as "above 0", "at least 0", "between 0 and 1", "above 0 and below 90";
+///         leastPositive counts as "above 0"
+std::string inWords(const Range& range);
+
+/// What a reader does not know about a key.
+struct Note {
+    std::string_view key;
+    std::string_view meaning;  ///< meaning of the value, with its unit
+    Range usual = anyNumber;   ///< values outside are a warning
+    /// Values outside are a fault although the reader takes them; its own limits by default.
+    std::optional<Range> possible = std::nullopt;
 };
-
-/// A range of numbers.
-struct Range {
-    double least = -std::numeric_limits<double>::infinity();
-    double most = std::numeric_limits<double>::infinity();
-    bool leastIncluded = true;
-    bool mostIncluded = true;
-
-    bool contains(double value) const;
-    /// @return text such as "above 0", "at least 0", "between 0 and 1", "above 0 and below 90"
-    std::string inWords() const;
-};
-
-constexpr Range anyNumber{};
-constexpr Range positive{0.0, std::numeric_limits<double>::infinity(), false, true};
-constexpr Range notNegative{0.0, std::numeric_limits<double>::infinity(), true, true};
 
 /// The rule for one member.
 struct Rule {
-    std::string_view key;
-    Wanted wanted = Wanted::Real;
-    std::string_view meaning;  ///< meaning of the value, with its unit
-    bool required = true;
-    Range allowed = anyNumber;        ///< values outside are a fault
+    Key key;                          ///< values outside of its limits are a fault
+    std::string_view meaning;         ///< meaning of the value, with its unit
     Range usual = anyNumber;          ///< values outside are a warning
-    std::size_t elements = 0;         ///< required length of an array of numbers
     Wanted element = Wanted::Number;  ///< type of the elements of an array of numbers
 };
 
 using Rules = std::vector<Rule>;
+
+/// @param keys the keys of an object, as its reader takes them
+/// @param notes one for each of them, in any order
+/// @return the rules, in the order of the keys
+/// @throw std::logic_error when a key has no note, or a note no key
+Rules rulesOf(const Keys& keys, const std::vector<Note>& notes);
 
 /// Checks the members of an object: missing, unknown and repeated keys, types, limits and usual
 /// values. Continues after a fault.

@@ -4,13 +4,16 @@
 #include <veskar/Vocabulary.h>
 
 #include "check/CameraCheck.h"
+#include "host/installation/InstallationKeys.h"
 #include "recording/LabelWords.h"
+#include "scenario/ScenarioKeys.h"
 
 #include <algorithm>
 #include <optional>
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -19,166 +22,136 @@ namespace {
 
 using Kind = LocatedValue::Kind;
 
-constexpr Range probability{0.0, 1.0};
 constexpr Range turn{-360.0, 360.0};
-constexpr bool optional = false;
 
-const Rules scenarioRules{
-    {"name", Wanted::Text, "short name"},
-    {"description", Wanted::Text, "what happens", optional},
-    {"duration", Wanted::Number, "s", true, positive, {5.0, 3600.0}},
-    {"camera", Wanted::Object, "the camera as stated to the fusion"},
-    {"radar", Wanted::Object, "the radar as stated to the fusion"},
-    {"site", Wanted::Object, "where it plays", optional},
-    {"videoSensor", Wanted::Object, "how the camera really behaves", optional},
-    {"radarSensor", Wanted::Object, "how the radar really behaves", optional},
-    {"objects", Wanted::Array, "what moves"},
-};
+const Rules scenarioRules =
+    rulesOf(scenarioKeys, {
+                              {"name", "short name"},
+                              {"description", "what happens"},
+                              {"duration", "s", {5.0, 3600.0}},
+                              {"camera", "the camera as stated to the fusion"},
+                              {"radar", "the radar as stated to the fusion"},
+                              {"site", "where it plays"},
+                              {"videoSensor", "how the camera really behaves"},
+                              {"radarSensor", "how the radar really behaves"},
+                              {"objects", "what moves"},
+                          });
 
-const Rules headerRules{
-    {"format", Wanted::Text, "\"veskar-recording\""},
-    {"version", Wanted::Integer, "version of the format", true, {1.0, 1.0}},
-    {"name", Wanted::Text, "short name", optional},
-    {"origin", Wanted::Text, "where the data comes from", optional},
-    {"licence", Wanted::Text, "terms", optional},
-    {"camera", Wanted::Object, "the video sensor"},
-    {"radar", Wanted::Object, "the radar"},
-    {"site", Wanted::Object, "where the device stands", optional},
-    {"epoch", Wanted::Number, "UNIX time of time 0", optional},
-    {"seed", Wanted::Integer, "of a simulation", optional, notNegative},
-    {"truth", Wanted::Text, "none, incomplete or complete", optional},
-};
+const Rules headerRules = rulesOf(headerKeys, {
+                                                  {"format", "\"veskar-recording\""},
+                                                  {"version", "version of the format"},
+                                                  {"name", "short name"},
+                                                  {"origin", "where the data comes from"},
+                                                  {"licence", "terms"},
+                                                  {"camera", "the video sensor"},
+                                                  {"radar", "the radar"},
+                                                  {"site", "where the device stands"},
+                                                  {"epoch", "UNIX time of time 0"},
+                                                  {"seed", "of a simulation"},
+                                                  {"truth", "none, incomplete or complete"},
+                                              });
 
-const Rules radarRules{
-    {"position",
-     Wanted::Array,
-     "x forward, y left, height, m",
-     true,
-     anyNumber,
-     {-1000.0, 1000.0},
-     3},
-    {"rotation", Wanted::Object, "mounting angles"},
-    {"rangeStd", Wanted::Number, "noise of the range, m", true, positive, {0.02, 10.0}},
-    {"azimuthStd",
-     Wanted::Number,
-     "noise of the azimuth, degrees",
-     true,
-     {0.0, 90.0, false, true},
-     {0.05, 10.0}},
-    {"velocityStd",
-     Wanted::Number,
-     "noise of each velocity component, m/s",
-     true,
-     positive,
-     {0.02, 10.0}},
-    {"fieldOfView",
-     Wanted::Number,
-     "full angle, degrees",
-     optional,
-     {0.0, 360.0, false, true},
-     {10.0, 360.0}},
-    {"maximumRange", Wanted::Number, "m", optional, positive, {10.0, 20000.0}},
-};
+const Rules radarRules =
+    rulesOf(radarKeys, {
+                           {"position", "x forward, y left, height, m", {-1000.0, 1000.0}},
+                           {"rotation", "mounting angles"},
+                           {"rangeStd", "noise of the range, m", {0.02, 10.0}},
+                           {"azimuthStd", "noise of the azimuth, degrees", {0.05, 10.0}},
+                           {"velocityStd", "noise of each velocity component, m/s", {0.02, 10.0}},
+                           {"fieldOfView", "full angle, degrees", {10.0, 360.0}},
+                           {"maximumRange", "m", {10.0, 20000.0}},
+                       });
 
-const Rules radarRotationRules{
-    {"pitch", Wanted::Number, "downward, degrees", true, turn, {-15.0, 60.0}},
-    {"yaw", Wanted::Number, "to the left, degrees", true, turn, {-180.0, 180.0}},
-    {"roll", Wanted::Number, "right side down, degrees", true, turn, {-15.0, 15.0}},
-};
+const Rules radarRotationRules = rotationRules({-15.0, 60.0});
 
-const Rules siteRules{
-    {"latitude", Wanted::Number, "degrees, north positive", true, {-90.0, 90.0}},
-    {"longitude", Wanted::Number, "degrees, east positive", true, {-180.0, 180.0}},
-    {"heading", Wanted::Number, "of the device's x axis, degrees clockwise from north", true, turn},
-};
+const Rules siteRules =
+    rulesOf(siteKeys, {
+                          {"latitude", "degrees, north positive"},
+                          {"longitude", "degrees, east positive"},
+                          {"heading", "of the device's x axis, degrees clockwise from north"},
+                      });
 
-const Rules mountingErrorRules{
-    {"yaw", Wanted::Number, "degrees", optional, turn, {-5.0, 5.0}},
-    {"pitch", Wanted::Number, "degrees", optional, turn, {-5.0, 5.0}},
-    {"roll", Wanted::Number, "degrees", optional, turn, {-5.0, 5.0}},
-    {"height", Wanted::Number, "m", optional, anyNumber, {-2.0, 2.0}},
-};
+const Rules mountingErrorRules =
+    rulesOf(mountingErrorKeys, {
+                                   {"yaw", "degrees", {-5.0, 5.0}, turn},
+                                   {"pitch", "degrees", {-5.0, 5.0}, turn},
+                                   {"roll", "degrees", {-5.0, 5.0}, turn},
+                                   {"height", "m", {-2.0, 2.0}},
+                               });
 
-const Rules outageRules{
-    {"from", Wanted::Number, "s", true, notNegative},
-    {"to", Wanted::Number, "s", true, notNegative},
-};
+const Rules outageRules = rulesOf(outageKeys, {
+                                                  {"from", "s"},
+                                                  {"to", "s"},
+                                              });
 
-const Rules persistentRules{
-    {"position", Wanted::Array, "x forward, y left, m", true, anyNumber, anyNumber, 2},
-    {"probability", Wanted::Number, "of being detected in a frame", optional, probability},
-    {"wander", Wanted::Number, "m", optional, notNegative, {0.0, 10.0}},
-    {"class", Wanted::Text, "what video takes it for", optional},
-    {"from", Wanted::Number, "s", optional, notNegative},
-    {"to", Wanted::Number, "s", optional, notNegative},
-};
+const Rules persistentRules =
+    rulesOf(persistentKeys, {
+                                {"position", "x forward, y left, m"},
+                                {"probability", "of being detected in a frame"},
+                                {"wander", "m", {0.0, 10.0}},
+                                {"class", "what video takes it for"},
+                                {"from", "s"},
+                                {"to", "s"},
+                            });
 
-const Rules sensorRules{
-    {"rate", Wanted::Number, "frames per second", optional, {0.01, 1000.0}, {0.5, 60.0}},
-    {"phase", Wanted::Number, "time of the first frame, s", optional, notNegative, {0.0, 10.0}},
-    {"latency", Wanted::Number, "s", optional, {0.0, 10.0}, {0.0, 1.0}},
-    {"jitter",
-     Wanted::Number,
-     "standard deviation of the latency, s",
-     optional,
-     {0.0, 10.0},
-     {0.0, 0.3}},
-    {"timestampError", Wanted::Number, "s", optional, {-10.0, 10.0}, {-1.0, 1.0}},
-    {"detectionProbability", Wanted::Number, "in plain view", optional, probability, {0.2, 1.0}},
-    {"maximumRange", Wanted::Number, "m", optional, positive, {5.0, 20000.0}},
-    {"falseAlarms", Wanted::Number, "expected per frame", optional, {0.0, 100.0}, {0.0, 5.0}},
-    {"bursts", Wanted::Number, "expected per minute", optional, {0.0, 6000.0}, {0.0, 60.0}},
-    {"burstDuration", Wanted::Number, "s", optional, positive, {0.1, 10.0}},
-    {"idChurn",
-     Wanted::Number,
-     "id changes per track and minute",
-     optional,
-     {0.0, 6000.0},
-     {0.0, 60.0}},
-    {"emptyFrames", Wanted::Boolean, "whether frames without tracks are sent", optional},
-    {"mountingError", Wanted::Object, "true pose minus stated pose", optional},
-    {"outages", Wanted::Array, "when the sensor is dead", optional},
-    {"persistent", Wanted::Array, "what it takes for an object again and again", optional},
-};
+/// Notes on the keys of both sensors and on those of one.
+std::vector<Note> sensorNotes(const std::vector<Note>& own) {
+    std::vector<Note> notes{
+        {"rate", "frames per second", {0.5, 60.0}},
+        {"phase", "time of the first frame, s", {0.0, 10.0}},
+        {"latency", "s", {0.0, 1.0}},
+        {"jitter", "standard deviation of the latency, s", {0.0, 0.3}},
+        {"timestampError", "s", {-1.0, 1.0}},
+        {"detectionProbability", "in plain view", {0.2, 1.0}},
+        {"maximumRange", "m", {5.0, 20000.0}},
+        {"falseAlarms", "expected per frame", {0.0, 5.0}},
+        {"bursts", "expected per minute", {0.0, 60.0}},
+        {"burstDuration", "s", {0.1, 10.0}},
+        {"idChurn", "id changes per track and minute", {0.0, 60.0}},
+        {"emptyFrames", "whether frames without tracks are sent"},
+        {"mountingError", "true pose minus stated pose"},
+        {"outages", "when the sensor is dead"},
+        {"persistent", "what it takes for an object again and again"},
+    };
+    notes.insert(notes.end(), own.begin(), own.end());
+    return notes;
+}
 
-const Rules videoRules{
-    {"minimumBoxHeight", Wanted::Number, "image units", optional, {0.0, 2.0}, {0.0, 0.3}},
-    {"edgeStd",
-     Wanted::Number,
-     "noise of a box edge, image units",
-     optional,
-     {0.0, 1.0, false},
-     {0.0005, 0.1}},
-    {"footStd", Wanted::Number, "fraction of the box height", optional, probability, {0.0, 0.3}},
-    {"footTime", Wanted::Number, "correlation time, s", optional, positive, {0.1, 30.0}},
-    {"classConfusion", Wanted::Number, "probability per frame", optional, probability, {0.0, 0.5}},
-    {"occlusionLimit", Wanted::Number, "covered fraction", optional, probability, {0.2, 1.0}},
-};
+const Rules videoSensorRules =
+    rulesOf(videoSensorKeys, sensorNotes({
+                                 {"minimumBoxHeight", "image units", {0.0, 0.3}},
+                                 {"edgeStd", "noise of a box edge, image units", {0.0005, 0.1}},
+                                 {"footStd", "fraction of the box height", {0.0, 0.3}},
+                                 {"footTime", "correlation time, s", {0.1, 30.0}},
+                                 {"classConfusion", "probability per frame", {0.0, 0.5}},
+                                 {"occlusionLimit", "covered fraction", {0.2, 1.0}},
+                             }));
 
-const Rules radarSensorRules{
-    {"rangeStd", Wanted::Number, "m", optional, positive, {0.02, 10.0}},
-    {"azimuthStd", Wanted::Number, "degrees", optional, {0.0, 90.0, false, true}, {0.05, 10.0}},
-    {"reflectionStd", Wanted::Number, "fraction of half the object's size", optional, {0.0, 2.0}},
-    {"reflectionTime", Wanted::Number, "correlation time, s", optional, positive, {0.1, 30.0}},
-    {"rangeResolution", Wanted::Number, "m", optional, notNegative, {0.0, 50.0}},
-    {"azimuthResolution", Wanted::Number, "degrees", optional, {0.0, 180.0}, {0.0, 20.0}},
-    {"hiddenFactor", Wanted::Number, "of the detection probability", optional, probability},
-};
+const Rules radarSensorRules =
+    rulesOf(radarSensorKeys, sensorNotes({
+                                 {"rangeStd", "m", {0.02, 10.0}},
+                                 {"azimuthStd", "degrees", {0.05, 10.0}},
+                                 {"reflectionStd", "fraction of half the object's size"},
+                                 {"reflectionTime", "correlation time, s", {0.1, 30.0}},
+                                 {"rangeResolution", "m", {0.0, 50.0}},
+                                 {"azimuthResolution", "degrees", {0.0, 20.0}},
+                                 {"hiddenFactor", "of the detection probability"},
+                             }));
 
-const Rules objectRules{
-    {"class", Wanted::Text, "class of the object"},
-    {"size", Wanted::Array, "length, width, height, m", optional, positive, {0.1, 30.0}, 3},
-    {"color", Wanted::Text, "colour", optional},
-    {"upperClothingColor", Wanted::Text, "colour", optional},
-    {"lowerClothingColor", Wanted::Text, "colour", optional},
-    {"mode", Wanted::Text, "once, loop or backAndForth", optional},
-    {"path", Wanted::Array, "way points", optional},
-    {"area", Wanted::Array, "least x and y, greatest x and y, m", optional, anyNumber, anyNumber,
-     4},
-    {"count", Wanted::Integer, "objects of a crowd", optional, {1.0, 10000.0}, {1.0, 512.0}},
-    {"start", Wanted::Number, "when it sets out, s", optional, notNegative},
-    {"pause", Wanted::Number, "rest at every way point, s", optional, notNegative},
-};
+const Rules objectRules = rulesOf(objectKeys, {
+                                                  {"class", "class of the object"},
+                                                  {"size", "length, width, height, m", {0.1, 30.0}},
+                                                  {"color", "colour"},
+                                                  {"upperClothingColor", "colour"},
+                                                  {"lowerClothingColor", "colour"},
+                                                  {"mode", "once, loop or backAndForth"},
+                                                  {"path", "way points"},
+                                                  {"area", "least x and y, greatest x and y, m"},
+                                                  {"count", "objects of a crowd", {1.0, 512.0}},
+                                                  {"start", "when it sets out, s"},
+                                                  {"pause", "rest at every way point, s"},
+                                                  {"speed", "m/s", {0.1, 50.0}},
+                                              });
 
 class SceneCheck {
 public:
@@ -201,13 +174,11 @@ public:
         }
     }
 
-    void sensor(const LocatedValue& parent, const char* name, const Rules& own) {
+    void sensor(const LocatedValue& parent, const char* name, const Rules& rules) {
         const LocatedValue* sensor = objectAt(parent, name);
         if (sensor == nullptr) {
             return;
         }
-        Rules rules = sensorRules;
-        rules.insert(rules.end(), own.begin(), own.end());
         checkMembers(*sensor, name, rules, Severity::Fault, findings_);
         if (const LocatedValue* error = objectAt(*sensor, "mountingError")) {
             checkMembers(*error, joinPath(name, "mountingError"), mountingErrorRules,
@@ -295,15 +266,12 @@ private:
     void object(const LocatedValue& item, const std::string& path) {
         Rules rules = objectRules;
         const LocatedValue* speed = item.find("speed");
-        const bool isInterval = speed != nullptr && speed->kind == Kind::Array;
-        constexpr Range possible{0.0, 200.0, false, true};
-        rules.push_back({"speed",
-                         isInterval ? Wanted::Array : Wanted::Number,
-                         "m/s",
-                         true,
-                         possible,
-                         {0.1, 50.0},
-                         isInterval ? std::size_t{2} : 0});
+        if (speed != nullptr && speed->kind == Kind::Array) {
+            const auto rule = std::find_if(rules.begin(), rules.end(),
+                                           [](const Rule& r) { return r.key.name == "speed"; });
+            rule->key.wanted = Wanted::Array;
+            rule->key.count = 2;
+        }
         checkMembers(item, path, rules, Severity::Fault, findings_);
         if (item.kind != Kind::Object) {
             return;
@@ -355,7 +323,7 @@ void checkScenario(const LocatedValue& document, Findings& findings) {
     checkMembers(document, "", scenarioRules, Severity::Fault, findings);
     SceneCheck check(findings);
     check.installation(document);
-    check.sensor(document, "videoSensor", videoRules);
+    check.sensor(document, "videoSensor", videoSensorRules);
     check.sensor(document, "radarSensor", radarSensorRules);
     check.objects(document);
 }

@@ -7,9 +7,9 @@
 #include "host/installation/InstallationFields.h"
 #include "io/DocumentValue.h"
 #include "io/TextFile.h"
+#include "scenario/ScenarioKeys.h"
 
-#include <initializer_list>
-#include <string_view>
+#include <array>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -17,67 +17,57 @@
 namespace Workbench {
 namespace {
 
-constexpr double infinite = std::numeric_limits<double>::infinity();
-constexpr double tiny = 1e-6;
 /// Smaller steps and areas (m) are rejected: they would take a huge number of legs.
 constexpr double shortestStep = 1e-3;
 constexpr double smallestArea = 0.1;
-constexpr std::size_t mostObjects = 10000;
 
 Outage readOutage(const Fields& fields) {
-    fields.allowOnly({"from", "to"});
-    const double from = fields.numberWithin("from", 0.0, infinite);
-    return {from, fields.numberWithin("to", from, infinite)};
+    const Keys keys(outageKeys);
+    fields.allowOnly(keys);
+    Outage outage;
+    outage.from = fields.number(keys["from"], outage.from);
+    outage.to = fields.numberWithin("to", outage.from, keys["to"].allowed.most);
+    return outage;
 }
 
 PersistentFalse readPersistent(const Fields& fields) {
-    fields.allowOnly({"position", "probability", "wander", "class", "from", "to"});
+    const Keys keys(persistentKeys);
+    fields.allowOnly(keys);
     PersistentFalse result;
-    fields.numbers("position", 2, result.position.data());
-    result.probability = fields.numberWithin("probability", 0.0, 1.0, result.probability);
-    result.wander = fields.numberWithin("wander", 0.0, infinite, result.wander);
-    result.className = fields.text("class", result.className);
-    result.from = fields.numberWithin("from", 0.0, infinite, result.from);
-    result.to = fields.numberWithin("to", result.from, infinite, result.to);
+    fields.numbers(keys["position"], result.position.data());
+    result.probability = fields.number(keys["probability"], result.probability);
+    result.wander = fields.number(keys["wander"], result.wander);
+    result.className = fields.text(keys["class"], result.className);
+    result.from = fields.number(keys["from"], result.from);
+    result.to = fields.numberWithin("to", result.from, keys["to"].allowed.most, result.to);
     return result;
 }
 
 Mounting readMountingError(const Fields& fields) {
-    fields.allowOnly({"yaw", "pitch", "roll", "height"});
+    const Keys keys(mountingErrorKeys);
+    fields.allowOnly(keys);
     Mounting error;
-    error.yaw = fields.number("yaw", 0.0);
-    error.pitch = fields.number("pitch", 0.0);
-    error.roll = fields.number("roll", 0.0);
-    error.position[2] = fields.number("height", 0.0);
+    error.yaw = fields.number(keys["yaw"], 0.0);
+    error.pitch = fields.number(keys["pitch"], 0.0);
+    error.roll = fields.number(keys["roll"], 0.0);
+    error.position[2] = fields.number(keys["height"], 0.0);
     return error;
 }
 
-// The keys that both sensors have, and those of one sensor.
-std::vector<std::string_view> sensorKeys(std::initializer_list<std::string_view> own) {
-    std::vector<std::string_view> keys = {"rate",          "phase",          "latency",
-                                          "jitter",        "timestampError", "detectionProbability",
-                                          "maximumRange",  "falseAlarms",    "bursts",
-                                          "burstDuration", "idChurn",        "emptyFrames",
-                                          "mountingError", "outages",        "persistent"};
-    keys.insert(keys.end(), own.begin(), own.end());
-    return keys;
-}
-
-void readSensor(const Fields& fields, SensorTraits& sensor) {
-    sensor.rate = fields.numberWithin("rate", 0.01, 1000.0, sensor.rate);
-    sensor.phase = fields.numberWithin("phase", 0.0, infinite, sensor.phase);
-    sensor.latency = fields.numberWithin("latency", 0.0, 10.0, sensor.latency);
-    sensor.jitter = fields.numberWithin("jitter", 0.0, 10.0, sensor.jitter);
-    sensor.timestampError = fields.numberWithin("timestampError", -10.0, 10.0, 0.0);
+void readSensor(const Fields& fields, const Keys& keys, SensorTraits& sensor) {
+    sensor.rate = fields.number(keys["rate"], sensor.rate);
+    sensor.phase = fields.number(keys["phase"], sensor.phase);
+    sensor.latency = fields.number(keys["latency"], sensor.latency);
+    sensor.jitter = fields.number(keys["jitter"], sensor.jitter);
+    sensor.timestampError = fields.number(keys["timestampError"], sensor.timestampError);
     sensor.detectionProbability =
-        fields.numberWithin("detectionProbability", 0.0, 1.0, sensor.detectionProbability);
-    sensor.maximumRange = fields.numberWithin("maximumRange", tiny, infinite, sensor.maximumRange);
-    sensor.falseAlarms = fields.numberWithin("falseAlarms", 0.0, 100.0, sensor.falseAlarms);
-    sensor.bursts = fields.numberWithin("bursts", 0.0, 6000.0, sensor.bursts);
-    sensor.burstDuration =
-        fields.numberWithin("burstDuration", tiny, infinite, sensor.burstDuration);
-    sensor.idChurn = fields.numberWithin("idChurn", 0.0, 6000.0, sensor.idChurn);
-    sensor.emptyFrames = fields.boolean("emptyFrames", sensor.emptyFrames);
+        fields.number(keys["detectionProbability"], sensor.detectionProbability);
+    sensor.maximumRange = fields.number(keys["maximumRange"], sensor.maximumRange);
+    sensor.falseAlarms = fields.number(keys["falseAlarms"], sensor.falseAlarms);
+    sensor.bursts = fields.number(keys["bursts"], sensor.bursts);
+    sensor.burstDuration = fields.number(keys["burstDuration"], sensor.burstDuration);
+    sensor.idChurn = fields.number(keys["idChurn"], sensor.idChurn);
+    sensor.emptyFrames = fields.boolean(keys["emptyFrames"], sensor.emptyFrames);
     if (fields.has("mountingError")) {
         sensor.mountingError = readMountingError(fields.object("mountingError"));
     }
@@ -93,32 +83,28 @@ void readSensor(const Fields& fields, SensorTraits& sensor) {
 }
 
 void readVideo(const Fields& fields, VideoTraits& video) {
-    fields.allowOnly(sensorKeys({"minimumBoxHeight", "edgeStd", "footStd", "footTime",
-                                 "classConfusion", "occlusionLimit"}));
-    readSensor(fields, video);
-    video.minimumBoxHeight =
-        fields.numberWithin("minimumBoxHeight", 0.0, 2.0, video.minimumBoxHeight);
-    video.edgeStd = fields.numberWithin("edgeStd", tiny, 1.0, video.edgeStd);
-    video.footStd = fields.numberWithin("footStd", 0.0, 1.0, video.footStd);
-    video.footTime = fields.numberWithin("footTime", tiny, infinite, video.footTime);
-    video.classConfusion = fields.numberWithin("classConfusion", 0.0, 1.0, video.classConfusion);
-    video.occlusionLimit = fields.numberWithin("occlusionLimit", 0.0, 1.0, video.occlusionLimit);
+    const Keys keys(videoSensorKeys);
+    fields.allowOnly(keys);
+    readSensor(fields, keys, video);
+    video.minimumBoxHeight = fields.number(keys["minimumBoxHeight"], video.minimumBoxHeight);
+    video.edgeStd = fields.number(keys["edgeStd"], video.edgeStd);
+    video.footStd = fields.number(keys["footStd"], video.footStd);
+    video.footTime = fields.number(keys["footTime"], video.footTime);
+    video.classConfusion = fields.number(keys["classConfusion"], video.classConfusion);
+    video.occlusionLimit = fields.number(keys["occlusionLimit"], video.occlusionLimit);
 }
 
 void readRadarSensor(const Fields& fields, RadarTraits& radar) {
-    fields.allowOnly(sensorKeys({"rangeStd", "azimuthStd", "reflectionStd", "reflectionTime",
-                                 "rangeResolution", "azimuthResolution", "hiddenFactor"}));
-    readSensor(fields, radar);
-    radar.rangeStd = fields.numberWithin("rangeStd", tiny, infinite, radar.rangeStd);
-    radar.azimuthStd = fields.numberWithin("azimuthStd", tiny, 90.0, radar.azimuthStd);
-    radar.reflectionStd = fields.numberWithin("reflectionStd", 0.0, 2.0, radar.reflectionStd);
-    radar.reflectionTime =
-        fields.numberWithin("reflectionTime", tiny, infinite, radar.reflectionTime);
-    radar.rangeResolution =
-        fields.numberWithin("rangeResolution", 0.0, infinite, radar.rangeResolution);
-    radar.azimuthResolution =
-        fields.numberWithin("azimuthResolution", 0.0, 180.0, radar.azimuthResolution);
-    radar.hiddenFactor = fields.numberWithin("hiddenFactor", 0.0, 1.0, radar.hiddenFactor);
+    const Keys keys(radarSensorKeys);
+    fields.allowOnly(keys);
+    readSensor(fields, keys, radar);
+    radar.rangeStd = fields.number(keys["rangeStd"], radar.rangeStd);
+    radar.azimuthStd = fields.number(keys["azimuthStd"], radar.azimuthStd);
+    radar.reflectionStd = fields.number(keys["reflectionStd"], radar.reflectionStd);
+    radar.reflectionTime = fields.number(keys["reflectionTime"], radar.reflectionTime);
+    radar.rangeResolution = fields.number(keys["rangeResolution"], radar.rangeResolution);
+    radar.azimuthResolution = fields.number(keys["azimuthResolution"], radar.azimuthResolution);
+    radar.hiddenFactor = fields.number(keys["hiddenFactor"], radar.hiddenFactor);
 }
 
 PathMode readMode(const Fields& fields) {
@@ -160,10 +146,10 @@ void readPath(const Fields& fields, ObjectTraits& object) {
     }
 }
 
-void readArea(const Fields& fields, ObjectTraits& object) {
+void readArea(const Fields& fields, const Keys& keys, ObjectTraits& object) {
     object.mode = PathMode::Wander;
     std::array<double, 4> area{};
-    fields.numbers("area", 4, area.data());
+    fields.numbers(keys["area"], area.data());
     object.areaMinimum = {area[0], area[1]};
     object.areaMaximum = {area[2], area[3]};
     if (!(area[0] < area[2] && area[1] < area[3])) {
@@ -174,35 +160,38 @@ void readArea(const Fields& fields, ObjectTraits& object) {
     }
     if (fields.has("count")) {
         object.count = fields.integer("count");
-        if (object.count < 1 || object.count > static_cast<int>(mostObjects)) {
-            fields.refuse("count", fmt::format("is not between 1 and {}", mostObjects));
+        const Range allowed = keys["count"].allowed;
+        if (!allowed.contains(object.count)) {
+            fields.refuse("count",
+                          fmt::format("is not between {} and {}", allowed.least, allowed.most));
         }
     }
 }
 
-void readSpeed(const Fields& fields, ObjectTraits& object) {
+void readSpeed(const Fields& fields, const Key& key, ObjectTraits& object) {
     if (fields.at("speed").kind() != JsonKind::Array) {
-        object.minimumSpeed = object.maximumSpeed = fields.numberWithin("speed", tiny, 200.0);
+        object.minimumSpeed = object.maximumSpeed = fields.number(key, object.minimumSpeed);
         return;
     }
     std::array<double, 2> speeds{};
     fields.numbers("speed", 2, speeds.data());
     object.minimumSpeed = speeds[0];
     object.maximumSpeed = speeds[1];
-    if (!(tiny <= speeds[0] && speeds[0] <= speeds[1] && speeds[1] <= 200.0)) {
+    if (!(key.allowed.contains(speeds[0]) && speeds[0] <= speeds[1] &&
+          key.allowed.contains(speeds[1]))) {
         fields.refuse("speed", "expected [least, greatest] in m/s");
     }
 }
 
 ObjectTraits readObject(const Fields& fields) {
-    fields.allowOnly({"class", "size", "color", "upperClothingColor", "lowerClothingColor", "mode",
-                      "path", "area", "count", "speed", "start", "pause"});
+    const Keys keys(objectKeys);
+    fields.allowOnly(keys);
     ObjectTraits object;
-    object.className = fields.text("class");
+    object.className = fields.text(keys["class"]);
     object.size = usualSize(object.className);
     if (fields.has("size")) {
-        fields.numbers("size", 3, object.size.data());
-        if (!(object.size.minCoeff() > 0.0)) {
+        fields.numbers(keys["size"], object.size.data());
+        if (!keys["size"].allowed.contains(object.size.minCoeff())) {
             fields.refuse("size", "every extent must be positive");
         }
     }
@@ -217,14 +206,14 @@ ObjectTraits readObject(const Fields& fields) {
         fields.refuse("path", "an object has either a path or an area");
     }
     if (fields.has("area")) {
-        readArea(fields, object);
+        readArea(fields, keys, object);
     } else {
         object.mode = readMode(fields);
         readPath(fields, object);
     }
-    readSpeed(fields, object);
-    object.start = fields.numberWithin("start", 0.0, infinite, object.start);
-    object.pause = fields.numberWithin("pause", 0.0, infinite, object.pause);
+    readSpeed(fields, keys["speed"], object);
+    object.start = fields.number(keys["start"], object.start);
+    object.pause = fields.number(keys["pause"], object.pause);
     return object;
 }
 
@@ -232,12 +221,12 @@ ObjectTraits readObject(const Fields& fields) {
 
 Scenario scenarioOf(const nlohmann::json& json) {
     const Fields fields(json);
-    fields.allowOnly({"name", "description", "duration", "camera", "radar", "site", "videoSensor",
-                      "radarSensor", "objects"});
+    const Keys keys(scenarioKeys);
+    fields.allowOnly(keys);
     Scenario scenario;
-    scenario.name = fields.text("name");
-    scenario.description = fields.text("description", "");
-    scenario.duration = fields.numberWithin("duration", tiny, 1e6);
+    scenario.name = fields.text(keys["name"]);
+    scenario.description = fields.text(keys["description"]);
+    scenario.duration = fields.number(keys["duration"], scenario.duration);
     scenario.camera = readCamera(fields.object("camera"));
     scenario.radar = readRadar(fields.object("radar"));
     if (fields.has("site")) {
