@@ -45,11 +45,20 @@ GateFacts Gate::factsOf(const Track& track, const ClassTraits& traits) const {
 }
 
 std::optional<double> Gate::costInside(const GateSide& system, const GateSide& sensor) const {
-    if (CoarseGate::areFar(system.marginals, sensor.marginals)) {
+    if (!system.supported || !sensor.supported ||
+        CoarseGate::areFar(system.marginals, sensor.marginals)) {
         return std::nullopt;
     }
-    const Outcome outcome = evaluate(system, sensor);
-    return outcome.passed() ? std::optional<double>(costOf(outcome)) : std::nullopt;
+    Outcome outcome;
+    outcome.distance = distanceBetween(*system.track, *sensor.track);
+    if (!isNear(outcome.distance)) {
+        return std::nullopt;
+    }
+    compareVelocities(*system.track, *sensor.track, outcome);
+    if (judge(outcome, system, sensor) != Verdict::Passed) {
+        return std::nullopt;
+    }
+    return costOf(outcome);
 }
 
 /// Whether radar sees speed where video sees a large object that has stood still for long.

@@ -97,6 +97,9 @@ public:
 
 private:
     GateFacts factsOf(const Track& track, const ClassTraits& traits) const;
+    bool isNear(double distance) const { return distance < distanceLimit_; }  ///< false for NaN
+    double distanceBetween(const Track& system, const Track& sensor) const;
+    void compareVelocities(const Track& system, const Track& sensor, Outcome& outcome) const;
     Verdict judge(const Outcome& measured, const GateFacts& system, const GateFacts& sensor) const;
     bool isBlockedAsStationary(const GateFacts& system, const GateFacts& sensor) const;
 
@@ -113,24 +116,31 @@ private:
 
 // Inline, because every pair of a crowd comes here.
 
-inline Gate::Outcome Gate::measure(const Track& system, const Track& sensor) const {
-    Outcome outcome;
+inline double Gate::distanceBetween(const Track& system, const Track& sensor) const {
+    return split_ ? system.positionStatisticalDistance(sensor) : system.statisticalDistance(sensor);
+}
+
+inline void Gate::compareVelocities(const Track& system, const Track& sensor,
+                                    Outcome& outcome) const {
     if (split_) {
-        outcome.distance = system.positionStatisticalDistance(sensor);
         const auto [moving, similarity] =
             system.velocitySimilarity(sensor, velocityMinGatingLimit_);
         outcome.moving = moving;
         outcome.similarity = similarity;
-    } else {
-        outcome.distance = system.statisticalDistance(sensor);
     }
+}
+
+inline Gate::Outcome Gate::measure(const Track& system, const Track& sensor) const {
+    Outcome outcome;
+    outcome.distance = distanceBetween(system, sensor);
+    compareVelocities(system, sensor, outcome);
     return outcome;
 }
 
 /// Every comparison is written so that NaN does not pass.
 inline Gate::Verdict Gate::judge(const Outcome& measured, const GateFacts& system,
                                  const GateFacts& sensor) const {
-    if (!(measured.distance < distanceLimit_)) {
+    if (!isNear(measured.distance)) {
         return Verdict::TooFar;
     }
     if (measured.moving && !(measured.similarity > velocityGatingSimilarity_)) {
