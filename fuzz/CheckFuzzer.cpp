@@ -21,7 +21,7 @@ bool isReadable(const std::string& path) {
         Workbench::RecordingReader reader(path);
         readAll(reader);
         return true;
-    } catch (const Workbench::InputError&) {
+    } catch (const Veskar::Host::InputError&) {
         return false;
     }
 }

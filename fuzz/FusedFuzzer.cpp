@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Workbench::FusedReader reader(file.path());
         readAll(reader);
         static_cast<void>(reader.config());
-    } catch (const Workbench::InputError& error) {
+    } catch (const Veskar::Host::InputError& error) {
         require(*error.what() != '\0', "a refusal has a reason");
     }
     return 0;

@@ -43,7 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const InputFile second(texts.substr(std::min(middle + 1, texts.size())));
     try {
         import(*data == 'A', first.path(), second.path());
-    } catch (const Workbench::InputError& error) {
+    } catch (const Veskar::Host::InputError& error) {
         require(*error.what() != '\0', "a refusal has a reason");
     }
     return 0;

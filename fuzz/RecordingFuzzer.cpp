@@ -31,7 +31,7 @@ Reading readAndWrite(std::string_view text) {
             reading.text += std::visit([](const auto& frame) { return toJsonLine(frame); }, *line);
         }
         reading.isWhole = true;
-    } catch (const Workbench::InputError& error) {
+    } catch (const Veskar::Host::InputError& error) {
         require(*error.what() != '\0', "a refusal has a reason");
     }
     return reading;

@@ -38,7 +38,7 @@ std::string replay(RecordingReader& reader) {
                 run.push(*frame);
             }
         }
-    } catch (const Workbench::InputError& error) {
+    } catch (const Veskar::Host::InputError& error) {
         require(*error.what() != '\0', "a refusal has a reason");
     }
     return fused;
@@ -52,7 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     try {
         RecordingReader reader(file.path(), Workbench::TruthLines::Skip);
         fused = replay(reader);
-    } catch (const Workbench::InputError&) {
+    } catch (const Veskar::Host::InputError&) {
         return 0;  // faulty header
     }
     const InputFile output(fused);

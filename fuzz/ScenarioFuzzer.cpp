@@ -6,8 +6,8 @@
 #include "check/DocumentCheck.h"
 #include "recording/RecordingReader.h"
 #include "recording/RecordingWriter.h"
-#include "scenario/Scenario.h"
 #include "simulate/Simulation.h"
+#include "simulate/scenario/Scenario.h"
 #include "support/InputFile.h"
 #include "support/ReadAll.h"
 #include "support/Require.h"
@@ -25,7 +25,7 @@ struct Enough {};
 std::optional<Workbench::Scenario> read(const std::string& path) {
     try {
         return Workbench::readScenario(path);
-    } catch (const Workbench::InputError& error) {
+    } catch (const Veskar::Host::InputError& error) {
         require(*error.what() != '\0', "a refusal has a reason");
         return std::nullopt;
     }

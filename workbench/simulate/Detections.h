@@ -2,10 +2,10 @@
 // Faults that both simulated sensors share: outages, false objects and id changes.
 #pragma once
 
-#include "scenario/Scenario.h"
 #include "simulate/Motion.h"
 #include "simulate/Random.h"
-#include "tracker/PlanarTracker.h"
+#include "simulate/scenario/Scenario.h"
+#include "simulate/tracker/PlanarTracker.h"
 
 #include <vector>
 

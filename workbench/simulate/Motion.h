@@ -2,8 +2,8 @@
 // The motion of the objects of a scene.
 #pragma once
 
-#include "scenario/Scenario.h"
 #include "simulate/Way.h"
+#include "simulate/scenario/Scenario.h"
 
 #include <cstdint>
 #include <string>

@@ -2,11 +2,11 @@
 // A simulated radar.
 #pragma once
 
-#include "scenario/Scenario.h"
 #include "simulate/Detections.h"
 #include "simulate/Motion.h"
 #include "simulate/Random.h"
-#include "tracker/SensorTrackers.h"
+#include "simulate/scenario/Scenario.h"
+#include "simulate/tracker/SensorTrackers.h"
 
 #include <cstdint>
 #include <map>

@@ -3,11 +3,11 @@
 #pragma once
 
 #include "recording/Recording.h"
-#include "scenario/Scenario.h"
 #include "simulate/Motion.h"
 #include "simulate/RadarSensor.h"
 #include "simulate/Random.h"
 #include "simulate/VideoSensor.h"
+#include "simulate/scenario/Scenario.h"
 
 #include <cstdint>
 #include <functional>

@@ -5,11 +5,11 @@
 #include <veskar-host/Projection.h>
 
 #include "HostLibrary.h"
-#include "scenario/Scenario.h"
 #include "simulate/Detections.h"
 #include "simulate/Motion.h"
 #include "simulate/Random.h"
-#include "tracker/SensorTrackers.h"
+#include "simulate/scenario/Scenario.h"
+#include "simulate/tracker/SensorTrackers.h"
 
 #include <cstdint>
 #include <map>

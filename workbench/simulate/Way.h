@@ -2,8 +2,8 @@
 // The way of an object.
 #pragma once
 
-#include "scenario/Scenario.h"
 #include "simulate/Random.h"
+#include "simulate/scenario/Scenario.h"
 
 #include <cstddef>
 

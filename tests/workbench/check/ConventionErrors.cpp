@@ -6,8 +6,8 @@
 #include "SourceDirectory.h"
 #include "io/OutputFile.h"
 #include "recording/RecordingWriter.h"
-#include "scenario/Scenario.h"
 #include "simulate/Simulation.h"
+#include "simulate/scenario/Scenario.h"
 
 #include <algorithm>
 #include <map>

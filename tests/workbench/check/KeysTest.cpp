@@ -9,8 +9,8 @@
 #include "host/installation/HeaderFields.h"
 #include "host/installation/InstallationKeys.h"
 #include "io/DocumentValue.h"
-#include "scenario/Scenario.h"
-#include "scenario/ScenarioKeys.h"
+#include "simulate/scenario/Scenario.h"
+#include "simulate/scenario/ScenarioKeys.h"
 
 #include <cmath>
 #include <string>

@@ -2,8 +2,8 @@
 // Which radar and video tracks are paired when an installation is judged.
 #include "Process.h"
 #include "check/TrackPairs.h"
-#include "scenario/Scenario.h"
 #include "simulate/Simulation.h"
+#include "simulate/scenario/Scenario.h"
 
 #include <cmath>
 #include <functional>

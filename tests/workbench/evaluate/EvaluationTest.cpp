@@ -3,8 +3,8 @@
 #include "Process.h"
 #include "SourceDirectory.h"
 #include "evaluate/Evaluation.h"
-#include "scenario/Scenario.h"
 #include "simulate/Simulation.h"
+#include "simulate/scenario/Scenario.h"
 
 #include <cmath>
 #include <limits>

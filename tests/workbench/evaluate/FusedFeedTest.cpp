@@ -2,8 +2,8 @@
 #include "FusedText.h"
 #include "Process.h"
 #include "evaluate/FusedFeed.h"
-#include "scenario/Scenario.h"
 #include "simulate/Simulation.h"
+#include "simulate/scenario/Scenario.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -22,7 +22,7 @@ std::string faultOf(const std::string& detections) {
     VeskarTest::spill(directory / "d", detections);
     try {
         importAutoferry({directory / "d", VeskarTest::dataFile("boats.groundTruth.json"), 0.0});
-    } catch (const Workbench::InputError& error) {
+    } catch (const Veskar::Host::InputError& error) {
         const std::string text = error.what();
         const std::size_t file = (directory / "d").size();
         return text.compare(0, file, directory / "d") == 0 ? text.substr(file) : text;

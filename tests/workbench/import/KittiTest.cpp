@@ -35,7 +35,7 @@ std::string faultOf(const std::string& labels, const std::string& calibration) {
     options.calibration = directory / "c";
     try {
         importKitti(options);
-    } catch (const Workbench::InputError& error) {
+    } catch (const Veskar::Host::InputError& error) {
         const std::string text = error.what();
         return text.substr(text.rfind('/') + 1);
     }

@@ -19,7 +19,7 @@ std::string faultOf(const std::string& path) {
     try {
         while (lines.next(line)) {
         }
-    } catch (const Workbench::InputError& error) {
+    } catch (const Veskar::Host::InputError& error) {
         return error.what();
     }
     return "no fault";

@@ -81,7 +81,7 @@ TEST_F(OutputFileTest, SaysWhenTheDiskIsFull) {
     try {
         output.commit();
         FAIL();
-    } catch (const Workbench::InputError& error) {
+    } catch (const Veskar::Host::InputError& error) {
         EXPECT_STREQ(error.what(), "/dev/full: cannot write: No space left on device");
     }
 }
@@ -90,7 +90,7 @@ TEST_F(OutputFileTest, SaysWhenTheDirectoryIsMissing) {
     try {
         const Workbench::OutputFile output(directory / "no/such/file");
         FAIL();
-    } catch (const Workbench::InputError& error) {
+    } catch (const Veskar::Host::InputError& error) {
         EXPECT_THAT(error.what(), HasSubstr("cannot create: No such file or directory"));
     }
 }
@@ -128,7 +128,7 @@ TEST_F(OutputFileTest, MakesWhatALinkLeadsTo) {
 TEST_F(OutputFileTest, RefusesLinksThatLeadInACircle) {
     ASSERT_EQ(::symlink("other", path.c_str()), 0);
     ASSERT_EQ(::symlink("out", (directory / "other").c_str()), 0);
-    EXPECT_THROW(Workbench::OutputFile{path}, Workbench::InputError);
+    EXPECT_THROW(Workbench::OutputFile{path}, Veskar::Host::InputError);
 }
 
 TEST_F(OutputFileTest, TakesTheLongestNameThereIs) {

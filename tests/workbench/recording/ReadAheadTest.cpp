@@ -83,7 +83,7 @@ TEST(ReadAhead, TellsOfAFaultBehindTheLinesBeforeIt) {
     try {
         ahead.next();
         FAIL();
-    } catch (const Workbench::InputError& error) {
+    } catch (const Veskar::Host::InputError& error) {
         EXPECT_EQ(error.what(), path + ":3: time: expected a number, found a string");
     }
 }

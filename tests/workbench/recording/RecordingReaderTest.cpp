@@ -46,7 +46,7 @@ protected:
     std::string faultOfFile(const std::string& text) const {
         try {
             readFile(text);
-        } catch (const Workbench::InputError& error) {
+        } catch (const Veskar::Host::InputError& error) {
             const std::string message = error.what();
             EXPECT_THAT(message, StartsWith(path + ":"));
             return message.substr(path.size() + 1);
@@ -156,7 +156,7 @@ TEST_F(RecordingReaderTest, RefusesASeedThatNotEveryReaderHolds) {
     try {
         const Workbench::RecordingReader reader(path);
         FAIL() << "a seed of 64 bits";
-    } catch (const Workbench::InputError& error) {
+    } catch (const Veskar::Host::InputError& error) {
         EXPECT_THAT(error.what(),
                     HasSubstr(":1: seed: expected an integer from 0 to 9223372036854775807"));
     }
@@ -311,7 +311,7 @@ TEST_F(RecordingReaderTest, RefusesAFileThatIsNotThere) {
     try {
         const Workbench::RecordingReader reader(directory / "missing");
         FAIL();
-    } catch (const Workbench::InputError& error) {
+    } catch (const Veskar::Host::InputError& error) {
         EXPECT_EQ(std::string(error.what()), directory / "missing" + ": No such file or directory");
     }
 }

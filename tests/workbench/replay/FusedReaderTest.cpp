@@ -14,11 +14,11 @@
 
 using testing::HasSubstr;
 using testing::StartsWith;
+using Veskar::Host::InputError;
 using VeskarTest::dataFile;
 using VeskarTest::slurp;
 using VeskarTest::spill;
 using Workbench::FusedReader;
-using Workbench::InputError;
 
 namespace {
 

@@ -2,8 +2,8 @@
 #include "Installation.h"
 #include "Process.h"
 #include "replay/Replay.h"
-#include "scenario/Scenario.h"
 #include "simulate/Simulation.h"
+#include "simulate/scenario/Scenario.h"
 
 #include <algorithm>
 

@@ -56,7 +56,7 @@ TEST(WriteBehind, TellsThatTheDiskIsFull) {
     OutputFile output("/dev/full");
     WriteBehind writer(output, addMuch);
     writer.write(frameAt(0.0));
-    EXPECT_THROW(writer.finish(), Workbench::InputError);
+    EXPECT_THROW(writer.finish(), Veskar::Host::InputError);
 }
 
 TEST(WriteBehind, TakesNothingMoreOnceTheDiskIsFull) {
@@ -67,7 +67,7 @@ TEST(WriteBehind, TakesNothingMoreOnceTheDiskIsFull) {
             writer.write(frameAt(i));
         }
     };
-    EXPECT_THROW(writeOn(), Workbench::InputError);
+    EXPECT_THROW(writeOn(), Veskar::Host::InputError);
 }
 
 TEST(WriteBehind, HandsOnEveryFrameToWhomFollowsAPipe) {

@@ -18,12 +18,12 @@
 using nlohmann::json;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using Veskar::Host::InputError;
 using VeskarTest::dataFile;
 using VeskarTest::numbersOf;
 using VeskarTest::slurp;
 using VeskarTest::spill;
 using VeskarTest::veskar;
-using Workbench::InputError;
 using Workbench::Json;
 
 namespace {

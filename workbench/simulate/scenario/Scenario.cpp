@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "scenario/Scenario.h"
+#include "simulate/scenario/Scenario.h"
 
 #include <veskar-host/InputError.h>
 #include <veskar-host/UsualSize.h>
@@ -7,7 +7,7 @@
 #include "host/installation/InstallationFields.h"
 #include "io/DocumentValue.h"
 #include "io/TextFile.h"
-#include "scenario/ScenarioKeys.h"
+#include "simulate/scenario/ScenarioKeys.h"
 
 #include <array>
 

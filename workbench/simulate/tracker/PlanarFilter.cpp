@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tracker/PlanarFilter.h"
+#include "simulate/tracker/PlanarFilter.h"
 
 #include <Eigen/LU>
 

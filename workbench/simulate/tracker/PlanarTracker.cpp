@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tracker/PlanarTracker.h"
+#include "simulate/tracker/PlanarTracker.h"
 
 #include <veskar/Config.h>
 #include <veskar/TrackAssociator.h>

@@ -2,7 +2,7 @@
 // The tracker within a simulated or emulated sensor: from detections to tracks.
 #pragma once
 
-#include "tracker/PlanarFilter.h"
+#include "simulate/tracker/PlanarFilter.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tracker/SensorTrackers.h"
+#include "simulate/tracker/SensorTrackers.h"
 
 #include <veskar-host/Projection.h>
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "recording/Recording.h"
-#include "tracker/PlanarTracker.h"
+#include "simulate/tracker/PlanarTracker.h"
 
 #include <map>
 #include <optional>

@@ -3,7 +3,7 @@
 
 #include "Process.h"
 #include "SourceDirectory.h"
-#include "scenario/Scenario.h"
+#include "simulate/scenario/Scenario.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -18,7 +18,7 @@ nlohmann::json tiny() {
 std::string faultOf(const nlohmann::json& json) {
     try {
         Workbench::scenarioOf(json);
-    } catch (const Workbench::InputError& error) {
+    } catch (const Veskar::Host::InputError& error) {
         return error.what();
     }
     return "no fault";
@@ -86,7 +86,7 @@ TEST(Scenario, NamesTheFileAndTheLineOfASyntaxError) {
     try {
         Workbench::readScenario(path);
         FAIL();
-    } catch (const Workbench::InputError& error) {
+    } catch (const Veskar::Host::InputError& error) {
         EXPECT_EQ(std::string(error.what()).rfind(path + ":3: column ", 0), 0u) << error.what();
     }
 }

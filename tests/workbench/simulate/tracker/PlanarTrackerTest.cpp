@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tracker/PlanarTracker.h"
-#include "tracker/SensorTrackers.h"
+#include "simulate/tracker/PlanarTracker.h"
+#include "simulate/tracker/SensorTrackers.h"
 
 #include <cmath>
 #include <map>
