@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/Agreement.h"
 
+#include "check/Median.h"
 #include "check/TrackGap.h"
 
 #include <algorithm>
@@ -12,7 +13,7 @@ namespace {
 
 constexpr double sampleInterval = 0.2;  // seconds
 /// How long a frame waits for frames of the other sensor, seconds.
-constexpr double memory = 4.0;
+constexpr double frameMemory = 4.0;
 /// In frames with more pairs of reports, video reports are thinned out.
 constexpr std::size_t mostPairsOfFrame = 4000;
 constexpr std::size_t mostPairs = 40000;
@@ -28,12 +29,6 @@ double differenceOf(double bearing, double other) {
 
 bool isUsable(const ReportBase& report) {
     return report.confirmed && !(report.coasting > 0.0);
-}
-
-double medianOf(std::vector<double> numbers) {
-    const auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
-    std::nth_element(numbers.begin(), middle, numbers.end());
-    return *middle;
 }
 
 }  // namespace
@@ -94,10 +89,10 @@ void Agreement::work() {
     }
     const double latest = std::max(radarFrames_.empty() ? -1e300 : radarFrames_.back().time,
                                    pending_.empty() ? -1e300 : pending_.back().time);
-    while (!radarFrames_.empty() && radarFrames_.front().time < latest - memory) {
+    while (!radarFrames_.empty() && radarFrames_.front().time < latest - frameMemory) {
         radarFrames_.pop_front();
     }
-    while (!pending_.empty() && pending_.front().time < latest - memory) {
+    while (!pending_.empty() && pending_.front().time < latest - frameMemory) {
         pending_.pop_front();
     }
 }

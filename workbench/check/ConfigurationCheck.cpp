@@ -23,13 +23,13 @@ struct Limit {
 
 using Limits = std::vector<Limit>;
 
-constexpr Range gain{0.0, 1.0, false, true};
-constexpr Range probability{0.0, 1.0, true, false};
-constexpr Range fraction{0.0, 1.0, true, true};
+constexpr Range gains{0.0, 1.0, false, true};
+constexpr Range probabilities{0.0, 1.0, true, false};
+constexpr Range fractions{0.0, 1.0, true, true};
 /// A limit of 1 would make the gate divide by zero.
-constexpr Range cosine{-1.0, 1.0, true, false};
-constexpr Range count{1.0, 2147483647.0, true, true};
-constexpr Range angle{0.0, 90.0, false, false};
+constexpr Range cosines{-1.0, 1.0, true, false};
+constexpr Range counts{1.0, 2147483647.0, true, true};
+constexpr Range angles{0.0, 90.0, false, false};
 
 const Limits videoLimits{
     {"uvCorrelation", "correlation of u and v", {-1.0, 1.0, false, false}},
@@ -46,19 +46,19 @@ const Limits videoLimits{
      "standard deviation of the pseudo-range rate, m/s",
      aboveZero,
      {0.5, 20.0}},
-    {"minimumAngle", "least angle below the horizon, degrees", angle, {0.2, 10.0}},
+    {"minimumAngle", "least angle below the horizon, degrees", angles, {0.2, 10.0}},
     {"uvPositionStd", "standard deviation of the image position", aboveZero, {0.002, 0.1}},
 };
 
 const Limits gainLimits{
-    {"radar", "gain of a frame in which radar misses a track", gain, {0.1, 1.0}},
-    {"video", "gain of a frame in which video misses a track", gain, {0.1, 1.0}},
+    {"radar", "gain of a frame in which radar misses a track", gains, {0.1, 1.0}},
+    {"video", "gain of a frame in which video misses a track", gains, {0.1, 1.0}},
 };
 
 const Limits moduleLimits{
     {"gatingDistance", "combined gate, standard deviations", aboveZero, {3.0, 12.0}},
     {"positionGatingDistance", "position gate, standard deviations", aboveZero, {1.5, 6.0}},
-    {"velocityGatingSimilarity", "least cosine between the velocities", cosine, {-1.0, 0.7}},
+    {"velocityGatingSimilarity", "least cosine between the velocities", cosines, {-1.0, 0.7}},
     {"velocityMinGatingLimit",
      "sum of image speeds from which they count, 1/s",
      fromZero,
@@ -69,14 +69,14 @@ const Limits moduleLimits{
     {"trackKillTime", "coasting time, s", aboveZero},
     {"systemTrackConfirmationLimitUpper",
      "probability that confirms one sensor alone",
-     probability,
+     probabilities,
      {0.7, 0.9999}},
     {"systemTrackConfirmationLimitLower",
      "probability that confirms radar and video together",
-     probability,
+     probabilities,
      {0.3, 0.95}},
-    {"trackedOdMotionAnalyzerMaxHistoryLength", "positions", count, {2.0, 1000.0}},
-    {"trackedOdMotionAnalyzerMinHistoryLength", "positions", count, {2.0, 1000.0}},
+    {"trackedOdMotionAnalyzerMaxHistoryLength", "positions", counts, {2.0, 1000.0}},
+    {"trackedOdMotionAnalyzerMinHistoryLength", "positions", counts, {2.0, 1000.0}},
     {"trackedOdMotionAnalyzerDistanceThreshold",
      "distance on the image plane",
      fromZero,
@@ -90,16 +90,16 @@ const Limits moduleLimits{
 };
 
 const Limits priorityLimits{
-    {"vuraWidthFractionLimit", "box width, fraction of the image", fraction},
-    {"vuraHeightFractionLimit", "box height, fraction of the image", fraction},
-    {"vodWidthFractionLimit", "box width, fraction of the image", fraction},
-    {"vodHeightFractionLimit", "box height, fraction of the image", fraction},
+    {"vuraWidthFractionLimit", "box width, fraction of the image", fractions},
+    {"vuraHeightFractionLimit", "box height, fraction of the image", fractions},
+    {"vodWidthFractionLimit", "box width, fraction of the image", fractions},
+    {"vodHeightFractionLimit", "box height, fraction of the image", fractions},
     {"longlivedLimit", "age, s", fromZero, {0.5, 60.0}},
     {"travelledDistanceLimit", "distance on the image plane", fromZero, {0.0, 2.0}},
     {"radarFarLimitHuman", "range, m", fromZero, {5.0, 500.0}},
     {"radarFarLimitVehicle", "range, m", fromZero, {5.0, 500.0}},
-    {"nVideoFramesMissedLimitLow", "evaluations without video", count},
-    {"nVideoFramesMissedLimitHigh", "evaluations without video", count},
+    {"nVideoFramesMissedLimitLow", "evaluations without video", counts},
+    {"nVideoFramesMissedLimitHigh", "evaluations without video", counts},
 };
 
 /// @return the rules for the members of "veskarHost"
@@ -160,8 +160,8 @@ private:
     void checkModule(const LocatedValue& module) {
         const std::string path = "veskarModule";
         limits(module, path, moduleLimits);
-        if (const LocatedValue* gains = objectAt(module, "gainNegative")) {
-            limits(*gains, path + ".gainNegative", gainLimits);
+        if (const LocatedValue* list = objectAt(module, "gainNegative")) {
+            limits(*list, path + ".gainNegative", gainLimits);
         }
         order(module, path, "systemTrackConfirmationLimitLower",
               "systemTrackConfirmationLimitUpper");

@@ -14,7 +14,6 @@
 namespace Workbench {
 namespace {
 
-constexpr double pi = 3.14159265358979323846;
 /// With fewer values, displacements or partners nothing is concluded.
 constexpr std::uint64_t fewestValues = 50;
 constexpr std::uint64_t fewestWays = 6;
@@ -114,12 +113,12 @@ bool Conventions::isPossible(BoxForm form) const {
 
 bool Conventions::isPossible(AzimuthForm form) const {
     const bool isRadians = form == AzimuthForm::Radians || form == AzimuthForm::MirroredRadians;
-    return !isRadians || (azimuths_ >= fewestValues && largestAzimuth_ < pi + 1e-3);
+    return !isRadians || (azimuths_ >= fewestValues && largestAzimuth_ < radians(180.0) + 1e-3);
 }
 
 bool Conventions::isPossible(DirectionForm form) const {
     return form != DirectionForm::Radians ||
-           (azimuths_ >= fewestValues && largestDirection_ < 2.0 * pi + 1e-3);
+           (azimuths_ >= fewestValues && largestDirection_ < radians(360.0) + 1e-3);
 }
 
 bool Conventions::explains(double share) const {

@@ -11,7 +11,7 @@
 #include "check/SceneCheck.h"
 #include "io/LineReader.h"
 #include "io/TextFile.h"
-#include "scenario/Scenario.h"
+#include "simulate/scenario/Scenario.h"
 
 #include <algorithm>
 #include <string_view>

@@ -3,6 +3,7 @@
 
 #include <veskar-host/Projection.h>
 
+#include "check/Median.h"
 #include "check/TrackGap.h"
 
 #include <algorithm>
@@ -16,13 +17,8 @@ constexpr double leastSpeed = 0.5;  // m/s; below it noise dominates
 constexpr std::size_t mostWays = 20000;
 const double leastCosine = std::cos(radians(30.0));
 
-std::optional<double> medianOf(std::vector<float> numbers) {
-    if (numbers.empty()) {
-        return std::nullopt;
-    }
-    const auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
-    std::nth_element(numbers.begin(), middle, numbers.end());
-    return *middle;
+std::optional<double> medianOfAny(const std::vector<float>& numbers) {
+    return numbers.empty() ? std::nullopt : std::optional<double>(medianOf(numbers));
 }
 
 }  // namespace
@@ -100,11 +96,11 @@ double RadarMotion::share(AzimuthForm azimuth, DirectionForm direction) const {
 }
 
 std::optional<double> RadarMotion::speedFactor(AzimuthForm azimuth) const {
-    return medianOf(byAzimuth_[static_cast<std::size_t>(azimuth)].speedFactors);
+    return medianOfAny(byAzimuth_[static_cast<std::size_t>(azimuth)].speedFactors);
 }
 
 std::optional<double> RadarMotion::radialSpeedFactor() const {
-    return medianOf(radialFactors_);
+    return medianOfAny(radialFactors_);
 }
 
 }  // namespace Workbench

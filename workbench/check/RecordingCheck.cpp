@@ -31,7 +31,7 @@ constexpr std::uint64_t plentyOfReports = 200;
 /// Further faults are only counted.
 constexpr std::size_t mostFaults = 100;
 
-Finding findingOf(const InputError& error, std::uint64_t line) {
+Finding faultOf(const InputError& error, std::uint64_t line) {
     return {Severity::Fault, line, error.key(), "", error.reason()};
 }
 
@@ -53,7 +53,7 @@ std::unique_ptr<RecordingReader> open(const std::string& path, Findings& finding
             throw;  // there is no such file
         }
         if (!hasFault(findings)) {
-            findings.push_back(findingOf(error, 1));
+            findings.push_back(faultOf(error, 1));
         }
         return nullptr;
     }
@@ -245,7 +245,7 @@ private:
     }
 
     Finding faultAt(const InputError& error) const {
-        return findingOf(error, reader_.input().lineNumber());
+        return faultOf(error, reader_.input().lineNumber());
     }
 
     static std::string explaining(const char* key, const RecordingCheckResult& result) {
@@ -282,10 +282,10 @@ private:
     /// Whether enough video reports have a radar partner at their position, as far as this can be
     /// judged.
     bool sensorsAgree() const {
-        constexpr double hardlyAny = 0.15;
+        constexpr double leastShare = 0.15;
         const Agreement& tally = conventions_.agreement();
         return tally.asked() < plentyOfReports || pairs_.radarTracks() == 0 ||
-               tally.share({}) > hardlyAny;
+               tally.share({}) > leastShare;
     }
 
     Finding disagreement() const {

@@ -6,7 +6,7 @@
 #include "check/CameraCheck.h"
 #include "host/installation/InstallationKeys.h"
 #include "recording/LabelWords.h"
-#include "scenario/ScenarioKeys.h"
+#include "simulate/scenario/ScenarioKeys.h"
 
 #include <algorithm>
 #include <optional>

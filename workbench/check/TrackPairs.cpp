@@ -13,7 +13,7 @@ namespace {
 
 /// Half the time span for rates, and how long sightings are kept, seconds.
 constexpr double halfSpan = 0.5;
-constexpr double memory = 4.0;
+constexpr double sightingMemory = 4.0;
 constexpr std::size_t mostSamples = 40000;
 
 /// Tracks of one object may differ by errors of the installation up to these gates, and no other
@@ -41,7 +41,7 @@ std::optional<View> interpolate(const Deque& sightings, double time) {
 
 /// Adds an id to a set of bounded size.
 template <typename Id>
-void count(std::set<Id>& counted, const Id& id) {
+void countOnce(std::set<Id>& counted, const Id& id) {
     constexpr std::size_t most = 10000;
     if (counted.size() < most) {
         counted.insert(id);
@@ -145,7 +145,7 @@ void TrackPairs::add(const SensorFrame& frame) {
         const std::optional<View> view = viewOf(report);
         auto& sightings = tracks[baseOf(report).id];
         if (baseOf(report).confirmed) {
-            count(isVideo ? videoIds_ : radarIds_, baseOf(report).id);
+            countOnce(isVideo ? videoIds_ : radarIds_, baseOf(report).id);
         }
         if (view && (sightings.empty() || sightings.back().time < frame.time)) {
             sightings.push_back({frame.time, *view});
@@ -159,7 +159,7 @@ void TrackPairs::add(const SensorFrame& frame) {
         pairAt(pending_.front());
         pending_.pop_front();
     }
-    const double oldest = std::max(lastVideo_, lastRadar_) - memory;
+    const double oldest = std::max(lastVideo_, lastRadar_) - sightingMemory;
     while (!pending_.empty() && pending_.front() < oldest) {
         pending_.pop_front();
     }
@@ -181,7 +181,7 @@ void TrackPairs::pairAt(double time) {
                              countNear(seen, byRadar, aloneFactor) == 1 &&
                              countNear(*partner, byVideo, aloneFactor) == 1;
         if (isAlone) {
-            count(pairIds_, {seen.id, partner->id});
+            countOnce(pairIds_, {seen.id, partner->id});
             // Takes the bearing's rate from video and the depression's from radar, which measure
             // them better.
             keep({time, seen.view[0] - partner->view[0], seen.rate[0],

@@ -23,7 +23,7 @@
 namespace Workbench {
 namespace {
 
-struct Options {
+struct CheckOptions {
     std::string document;
     std::string kind;
     std::string format = "text";
@@ -36,7 +36,7 @@ const std::map<std::string, DocumentKind> kinds{{"configuration", DocumentKind::
                                                 {"scenario", DocumentKind::Scenario},
                                                 {"recording", DocumentKind::Recording}};
 
-DocumentKind kindFor(const Options& options) {
+DocumentKind kindFor(const CheckOptions& options) {
     if (!options.kind.empty()) {
         return kinds.at(options.kind);
     }
@@ -46,7 +46,7 @@ DocumentKind kindFor(const Options& options) {
     return kindOfDocument(options.document);
 }
 
-RecordingCheckResult check(const Options& options, DocumentKind kind) {
+RecordingCheckResult check(const CheckOptions& options, DocumentKind kind) {
     if (kind != DocumentKind::Recording) {
         return {checkDocument(options.document, kind), {}, std::nullopt};
     }
@@ -112,11 +112,11 @@ std::string toJsonText(const RecordingCheckResult& result, const std::string& na
 }
 
 /// @return whether the document passes
-bool isAccepted(const Findings& findings, const Options& options) {
+bool isAccepted(const Findings& findings, const CheckOptions& options) {
     return !hasFault(findings) && !(options.strict && count(findings, Severity::Warning) > 0);
 }
 
-int check(const Options& options) {
+int check(const CheckOptions& options) {
     refuseClashes({{"document", options.document}}, {{"report", options.output}});
     const DocumentKind kind = kindFor(options);
     const std::string name = options.document == "-" ? "<stdin>" : options.document;
@@ -131,7 +131,7 @@ int check(const Options& options) {
 }  // namespace
 
 void addCheckCommand(CLI::App& program, Action& action) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<CheckOptions>();
     CLI::App* command = program.add_subcommand(
         "check", "Say what is wrong with a configuration, a camera, a scenario or a recording");
     command->add_option("document", options->document, "file, or -")->required();

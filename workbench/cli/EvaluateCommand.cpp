@@ -29,7 +29,7 @@
 namespace Workbench {
 namespace {
 
-struct Options {
+struct EvaluateOptions {
     std::string recording;
     std::string fused;
     std::string output = "-";
@@ -78,7 +78,8 @@ void requireTruth(const RecordingReader& reader) {
 }
 
 /// Runs the fusion on the recording and evaluates it.
-int judgeRun(const Options& options, RecordingReader& reader, const EvaluationOptions& wishes) {
+int judgeRun(const EvaluateOptions& options, RecordingReader& reader,
+             const EvaluationOptions& wishes) {
     const auto [config, parameters] = readSettings(options.config, options.changes);
     const RecordingHeader header = withCamera(reader.header(), options.camera);
     requireTruth(reader);
@@ -106,7 +107,8 @@ int judgeRun(const Options& options, RecordingReader& reader, const EvaluationOp
 }
 
 /// Evaluates fused tracks from a file, with the installation and the configuration that it states.
-int judgeFile(const Options& options, RecordingReader& reader, const EvaluationOptions& wishes) {
+int judgeFile(const EvaluateOptions& options, RecordingReader& reader,
+              const EvaluationOptions& wishes) {
     FusedReader fused(options.fused);
     const Provenance provenance = provenanceFor(options.force);
     provenance.compareNames(fused, reader);
@@ -127,7 +129,7 @@ int judgeFile(const Options& options, RecordingReader& reader, const EvaluationO
     return Success;
 }
 
-int evaluate(const Options& options) {
+int evaluate(const EvaluateOptions& options) {
     refuseClashes({{"recording", options.recording},
                    {"fused tracks", options.fused},
                    {"configuration", options.config},
@@ -145,7 +147,7 @@ int evaluate(const Options& options) {
 }  // namespace
 
 void addEvaluateCommand(CLI::App& program, Action& action) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<EvaluateOptions>();
     CLI::App* command = program.add_subcommand(
         "evaluate", "Judge the fusion and each sensor alone by the truth of a recording");
     command->add_option("recording", options->recording, "recording with truth, or -")->required();

@@ -32,7 +32,7 @@
 namespace Workbench {
 namespace {
 
-struct Options {
+struct ReplayOptions {
     std::string recording;
     std::string output = "-";
     std::string config;
@@ -46,7 +46,7 @@ struct Options {
 };
 
 /// The summary must not mix with tracks or explanations on standard output.
-bool summaryGoesToStandardOutput(const Options& options) {
+bool summaryGoesToStandardOutput(const ReplayOptions& options) {
     return options.summary && options.output != "-" && options.explain != "-";
 }
 
@@ -73,9 +73,9 @@ private:
 };
 
 /// Output of the explanations, if requested.
-class Explanations {
+class ExplanationOutput {
 public:
-    explicit Explanations(const std::string& path)
+    explicit ExplanationOutput(const std::string& path)
         : file_(path.empty() ? nullptr : std::make_unique<OutputFile>(path)),
           explainer_([this](const std::string& line) { file_->write(line); }, replayUptime) {}
 
@@ -112,7 +112,7 @@ void feed(RecordingReader& reader, FusionPipeline& run, bool inRealTime) {
     }
 }
 
-int finish(const Options& options, const FusionPipeline& run, const Summary& summary) {
+int finish(const ReplayOptions& options, const FusionPipeline& run, const Summary& summary) {
     if (options.summary) {
         const std::string text = summary.text(run.counts());
         if (summaryGoesToStandardOutput(options)) {
@@ -134,7 +134,7 @@ int finish(const Options& options, const FusionPipeline& run, const Summary& sum
     return Success;
 }
 
-void checkFiles(const Options& options) {
+void checkFiles(const ReplayOptions& options) {
     refuseClashes({{"recording", options.recording},
                    {"configuration", options.config},
                    {"camera", options.camera}},
@@ -143,7 +143,7 @@ void checkFiles(const Options& options) {
                    {"summary", summaryGoesToStandardOutput(options) ? "-" : ""}});
 }
 
-int replay(const Options& options) {
+int replay(const ReplayOptions& options) {
     checkFiles(options);
     const auto [config, parameters] = readSettings(options.config, options.changes);
     RecordingReader reader(options.recording, TruthLines::Skip);
@@ -172,7 +172,7 @@ int replay(const Options& options) {
     FusionPipeline run(
         header, config, [&](const FusedFrame& frame) { writer.write(frame); }, parameters,
         replaying);
-    Explanations explanations(options.explain);
+    ExplanationOutput explanations(options.explain);
     run.setObserver(explanations.observer());
     feed(reader, run, options.realtime);
     const std::string closing =
@@ -189,7 +189,7 @@ int replay(const Options& options) {
 }  // namespace
 
 void addReplayCommand(CLI::App& program, Action& action) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<ReplayOptions>();
     CLI::App* command = program.add_subcommand(
         "replay", "Send a recording through the fusion and write the fused tracks");
     command->add_option("recording", options->recording, "recording, or -")->required();

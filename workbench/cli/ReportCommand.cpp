@@ -21,7 +21,7 @@
 namespace Workbench {
 namespace {
 
-struct Options {
+struct ReportOptions {
     std::string recording;
     std::string output;
     std::string fused;
@@ -31,7 +31,7 @@ struct Options {
     bool force = false;
 };
 
-int report(const Options& options) {
+int report(const ReportOptions& options) {
     refuseClashes({{"recording", options.recording},
                    {"fused tracks", options.fused},
                    {"other fused tracks", options.fused2},
@@ -66,7 +66,7 @@ int report(const Options& options) {
 }  // namespace
 
 void addReportCommand(CLI::App& program, Action& action) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<ReportOptions>();
     CLI::App* command = program.add_subcommand(
         "report", "Show a recording and one or two fusion runs in one HTML file");
     command->add_option("recording", options->recording, "recording")->required();

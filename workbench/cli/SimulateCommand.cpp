@@ -10,8 +10,8 @@
 #include "io/Interruption.h"
 #include "io/OutputFile.h"
 #include "recording/RecordingWriter.h"
-#include "scenario/Scenario.h"
 #include "simulate/Simulation.h"
+#include "simulate/scenario/Scenario.h"
 
 #include <cstdint>
 #include <memory>
@@ -22,14 +22,14 @@
 namespace Workbench {
 namespace {
 
-struct Options {
+struct SimulateOptions {
     std::string scenario;
     std::string output = "-";
     std::uint64_t seed = 1;
     double duration = 0.0;
 };
 
-int simulate(const Options& options) {
+int simulate(const SimulateOptions& options) {
     refuseClashes({{"scenario", options.scenario}}, {{"recording", options.output}});
     Scenario scenario = readScenario(options.scenario);
     if (options.duration > 0.0) {
@@ -56,7 +56,7 @@ int simulate(const Options& options) {
 }  // namespace
 
 void addSimulateCommand(CLI::App& program, Action& action) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<SimulateOptions>();
     CLI::App* command = program.add_subcommand(
         "simulate", "Play a scenario and record what its sensors report, with the truth");
     command->add_option("scenario", options->scenario, "scenario file, or -")->required();

@@ -11,7 +11,7 @@
 #include "io/DocumentValue.h"
 #include "io/Interruption.h"
 #include "io/TextFile.h"
-#include "tracker/SensorTrackers.h"
+#include "simulate/tracker/SensorTrackers.h"
 
 #include <algorithm>
 #include <array>
@@ -32,7 +32,7 @@ constexpr int cameraSensor = 4;
 // The virtual camera: omnidirectional, angle proportional to image radius, a metre above the water.
 // It only represents the geometry of bearings; nothing is measured with it.
 constexpr double cameraHeight = 1.0;
-constexpr double pi = 3.14159265358979323846;
+constexpr double pi = radians(180.0);
 
 // Observed accuracy of the data: some metres for the radar, some degrees for a bearing.
 constexpr double radarRangeStd = 4.0;
@@ -196,7 +196,7 @@ RecordingHeader headerOf(const Scene& scene, double forward) {
 }
 
 // The radar rotates once in 1.67 s.
-TrackerParameters radarTuning() {
+TrackerParameters boatRadarTuning() {
     TrackerParameters tuning;
     tuning.accelerationStd = 0.3;
     tuning.initialVelocityStd = 4.0;
@@ -298,7 +298,7 @@ ImportedRecording importAutoferry(const AutoferryOptions& options) {
     readTargets(options.groundTruth, scene);
     ImportedRecording recording;
     recording.header = headerOf(scene, options.forward);
-    RadarTracker radar(radarTuning(), radarRangeStd, radarAzimuthStd);
+    RadarTracker radar(boatRadarTuning(), radarRangeStd, radarAzimuthStd);
     PlanarTracker camera(bearingTuning());
     for (std::size_t i = 0; i < scene.detections.size(); ++i) {
         const Detection& detection = scene.detections[i];

@@ -13,8 +13,8 @@
 #include "recording/LabelWords.h"
 #include "simulate/Motion.h"
 #include "simulate/Random.h"
-#include "tracker/PlanarFilter.h"
-#include "tracker/SensorTrackers.h"
+#include "simulate/tracker/PlanarFilter.h"
+#include "simulate/tracker/SensorTrackers.h"
 
 #include <algorithm>
 #include <array>
@@ -173,7 +173,7 @@ LabelledFrames readLabels(const std::string& path) {
 }
 
 // Tuned for traffic seen from a moving car, with high relative speeds.
-TrackerParameters radarTuning() {
+TrackerParameters roadRadarTuning() {
     TrackerParameters tuning = RadarTracker::usualParameters();
     tuning.accelerationStd = 3.0;
     tuning.initialVelocityStd = 6.0;
@@ -187,7 +187,7 @@ public:
         : options_(options),
           calibration_(calibration),
           random_(options.seed, "kitti radar"),
-          radar_(radarTuning(), options.rangeStd, options.azimuthStd) {}
+          radar_(roadRadarTuning(), options.rangeStd, options.azimuthStd) {}
 
     ImportedRecording run(const LabelledFrames& frames) {
         ImportedRecording recording;

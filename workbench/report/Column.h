@@ -5,6 +5,7 @@
 #include "recording/Header.h"
 
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,7 +19,10 @@ namespace Workbench {
 /// @return the nearest multiple of the step, as a count limited to +-2^28
 std::int32_t inSteps(double value, double step);
 
-/// Represents a missing number.
+/// What a column takes for a missing number.
+constexpr double noValue = std::numeric_limits<double>::quiet_NaN();
+
+/// Represents a missing number in steps.
 constexpr std::int32_t missing = -(std::int32_t{1} << 28) - 1;
 
 /// A sequence of numbers with small differences, as most quantities of tracks are.

@@ -6,21 +6,18 @@
 #include "io/LineParser.h"
 #include "io/LineReader.h"
 #include "replay/ExplanationWords.h"
+#include "report/Column.h"
 #include "report/Resolution.h"
 #include "report/RunTable.h"
-
-#include <limits>
 
 #include <nlohmann/json.hpp>
 
 namespace Workbench {
 namespace {
 
-constexpr double nothing = std::numeric_limits<double>::quiet_NaN();
-
 /// The page knows kinds by these numbers.
 template <typename Kind>
-std::int32_t numberOf(Kind kind) {
+std::int32_t pageNumberOf(Kind kind) {
     return static_cast<std::int32_t>(kind);
 }
 
@@ -53,22 +50,22 @@ public:
             forEach(frame, wordOf(kind), [&](const LineFields& f) { pair(kind, f); });
         }
         forEach(frame, wordOf(EventKind::Start), [&](const LineFields& f) {
-            events_.add({numberOf(EventKind::Start), f.integer("track"), sensorOf(f, "sensor"),
+            events_.add({pageNumberOf(EventKind::Start), f.integer("track"), sensorOf(f, "sensor"),
                          f.integer("id")},
-                        {nothing, nothing});
+                        {noValue, noValue});
         });
         forEach(frame, wordOf(EventKind::Confirmation), [&](const LineFields& f) {
-            events_.add({numberOf(EventKind::Confirmation), f.integer("track"), 0, 0},
-                        {f.number("probability", nothing), nothing});
+            events_.add({pageNumberOf(EventKind::Confirmation), f.integer("track"), 0, 0},
+                        {f.number("probability", noValue), noValue});
         });
         forEach(frame, wordOf(EventKind::Pruning), [&](const LineFields& f) {
-            events_.add({numberOf(EventKind::Pruning), f.integer("track"), sensorOf(f, "sensor"),
-                         f.integer("id")},
-                        {f.number("coasting", nothing), nothing});
+            events_.add({pageNumberOf(EventKind::Pruning), f.integer("track"),
+                         sensorOf(f, "sensor"), f.integer("id")},
+                        {f.number("coasting", noValue), noValue});
         });
         forEach(frame, wordOf(EventKind::Deletion), [&](const LineFields& f) {
-            events_.add({numberOf(EventKind::Deletion), f.integer("track"), 0, 0},
-                        {nothing, words_.numberOf(f.text("reason"))});
+            events_.add({pageNumberOf(EventKind::Deletion), f.integer("track"), 0, 0},
+                        {noValue, words_.numberOf(f.text("reason"))});
         });
     }
 
@@ -90,11 +87,11 @@ private:
     void pair(PairKind kind, const LineFields& record) {
         const bool isMerge = kind == PairKind::MergeCandidate;
         pairs_.add(
-            {numberOf(kind), record.integer("track"), isMerge ? 0 : sensorOf(record, "sensor"),
+            {pageNumberOf(kind), record.integer("track"), isMerge ? 0 : sensorOf(record, "sensor"),
              record.integer(isMerge ? "other" : "id")},
-            {record.number("distance", nothing), record.number("limit", nothing),
-             record.number("velocitySimilarity", nothing),
-             record.number("similarityLimit", nothing), words_.numberOf(record.text("gate", "")),
+            {record.number("distance", noValue), record.number("limit", noValue),
+             record.number("velocitySimilarity", noValue),
+             record.number("similarityLimit", noValue), words_.numberOf(record.text("gate", "")),
              words_.numberOf(record.text("class", "")),
              words_.numberOf(record.text("outcome", ""))});
     }

@@ -3,10 +3,10 @@
 
 #include <veskar-host/Projection.h>
 
+#include "report/Column.h"
 #include "report/Resolution.h"
 
 #include <cmath>
-#include <limits>
 
 #include <Eigen/Eigenvalues>
 #include <nlohmann/json.hpp>
@@ -14,13 +14,11 @@
 namespace Workbench {
 namespace {
 
-constexpr double nothing = std::numeric_limits<double>::quiet_NaN();
-
 /// The covariance ellipse of one standard deviation.
 struct Ellipse {
-    double major = nothing;  ///< half-axis, m
-    double minor = nothing;  ///< half-axis, m
-    double angle = nothing;  ///< of the major axis, degrees to the left of forward, -90..90
+    double major = noValue;  ///< half-axis, m
+    double minor = noValue;  ///< half-axis, m
+    double angle = noValue;  ///< of the major axis, degrees to the left of forward, -90..90
 };
 
 Ellipse ellipseOf(const Eigen::Matrix2d& covariance) {
@@ -78,7 +76,7 @@ void RunTable::add(const FusedFrame& frame) {
     for (const FusedTrack& track : frame.tracks) {
         // Derivable values are left out: the range follows from the position, the velocity from
         // speed and direction.
-        Eigen::Vector2d position(nothing, nothing);
+        Eigen::Vector2d position(noValue, noValue);
         Ellipse ellipse;
         if (track.ground) {
             position = track.ground->position;
@@ -92,9 +90,9 @@ void RunTable::add(const FusedFrame& frame) {
                                  ellipse.major,
                                  ellipse.minor,
                                  ellipse.angle,
-                                 track.ground ? nothing : track.range,
-                                 track.speed.value_or(nothing),
-                                 track.direction.value_or(nothing),
+                                 track.ground ? noValue : track.range,
+                                 track.speed.value_or(noValue),
+                                 track.direction.value_or(noValue),
                                  track.box.left,
                                  track.box.bottom,
                                  track.box.right,

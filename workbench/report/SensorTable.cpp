@@ -2,20 +2,17 @@
 #include "report/SensorTable.h"
 
 #include "host/fused/SystemTrackReading.h"
+#include "report/Column.h"
 #include "report/Resolution.h"
-
-#include <limits>
 
 #include <nlohmann/json.hpp>
 
 namespace Workbench {
 namespace {
 
-constexpr double nothing = std::numeric_limits<double>::quiet_NaN();
-
 /// The box as the sensor reported it.
 ImageBox boxOf(const Report& report) {
-    const ImageBox none{nothing, nothing, nothing, nothing};
+    const ImageBox none{noValue, noValue, noValue, noValue};
     if (const auto* video = std::get_if<VideoReport>(&report)) {
         return video->box;
     }
@@ -54,20 +51,20 @@ void SensorTable::add(const SensorFrame& frame) {
         const ReportBase& base = baseOf(frame.tracks[i]);
         const FusedTrack track = readTrack(Veskar::SystemTrack(tracks[i], tracks[i]->id), adapter_);
         const Eigen::Vector2d position =
-            track.ground ? track.ground->position : Eigen::Vector2d(nothing, nothing);
+            track.ground ? track.ground->position : Eigen::Vector2d(noValue, noValue);
         const ImageBox box = boxOf(frame.tracks[i]);
         // Derivable values are left out: the image position of a video report is the middle of its
         // box's lower edge, and the range follows from the position.
         const bool standsOnItsBox = std::holds_alternative<VideoReport>(frame.tracks[i]);
         const Eigen::Vector2d place =
-            standsOnItsBox ? Eigen::Vector2d(nothing, nothing) : track.image;
+            standsOnItsBox ? Eigen::Vector2d(noValue, noValue) : track.image;
         // The ground velocity from a camera is too inaccurate; only the radar's is shown.
         const bool isRadar = frame.source == Veskar::Radar;
         const Label& label = track.labels.objectClass;
         table_.add({base.id},
-                   {position[0], position[1], isRadar ? track.speed.value_or(nothing) : nothing,
-                    isRadar ? track.direction.value_or(nothing) : nothing, place[0], place[1],
-                    track.ground ? nothing : track.range, box.left, box.bottom, box.right, box.top,
+                   {position[0], position[1], isRadar ? track.speed.value_or(noValue) : noValue,
+                    isRadar ? track.direction.value_or(noValue) : noValue, place[0], place[1],
+                    track.ground ? noValue : track.range, box.left, box.bottom, box.right, box.top,
                     wholeTenths(base.coasting), base.confirmed ? 1.0 : 0.0,
                     words_.numberOf(label.name), label.probability});
     }

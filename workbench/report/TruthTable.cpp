@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/TruthTable.h"
 
+#include "report/Column.h"
 #include "report/Resolution.h"
-
-#include <limits>
 
 #include <nlohmann/json.hpp>
 
@@ -11,7 +10,6 @@ namespace Workbench {
 
 Json truthTable(const std::vector<TruthFrame>& frames, const Projection& camera, Words& words,
                 double start) {
-    constexpr double unseen = std::numeric_limits<double>::quiet_NaN();
     TrackTable table({"id"}, {{"x", metres},
                               {"y", metres},
                               {"vx", metresPerSecond},
@@ -28,7 +26,7 @@ Json truthTable(const std::vector<TruthFrame>& frames, const Projection& camera,
         for (const TruthObject& object : frame.objects) {
             const Eigen::Vector3d place(object.position[0], object.position[1], 0.0);
             const Eigen::Vector2d uv =
-                camera.sees(place) ? camera.position(place) : Eigen::Vector2d(unseen, unseen);
+                camera.sees(place) ? camera.position(place) : Eigen::Vector2d(noValue, noValue);
             table.add({object.id}, {object.position[0], object.position[1], object.velocity[0],
                                     object.velocity[1], uv[0], uv[1], object.inVideo ? 1.0 : 0.0,
                                     object.inRadar ? 1.0 : 0.0, words.numberOf(object.className)});

@@ -11,7 +11,6 @@
 namespace Workbench {
 namespace {
 
-using Json = nlohmann::json;
 using Observer = Veskar::FusionObserver;
 using GateVerdict = Observer::GateVerdict;
 using ClassVerdict = Observer::ClassVerdict;
@@ -24,11 +23,11 @@ protected:
     ExplainerTest() { explainer.onFrame({Veskar::Radar, uptime + 2.5, 3, 4}); }
 
     /// @return the explained frame
-    Json explained() {
+    nlohmann::json explained() {
         explainer.finish();
         EXPECT_EQ(lines.size(), 1U);
         EXPECT_EQ(lines.front().back(), '\n');
-        return Json::parse(lines.front());
+        return nlohmann::json::parse(lines.front());
     }
 
     static Observer::Gate gate(GateVerdict verdict = GateVerdict::Passed) {
@@ -55,7 +54,7 @@ protected:
 };
 
 TEST_F(ExplainerTest, TellsOfTheFrameOnTheRecordingsClock) {
-    EXPECT_EQ(explained(), Json::parse(R"({"source":"radar","time":2.5,"sensorTracks":3,
+    EXPECT_EQ(explained(), nlohmann::json::parse(R"({"source":"radar","time":2.5,"sensorTracks":3,
                                            "systemTracks":4})"));
 }
 
@@ -66,9 +65,9 @@ TEST_F(ExplainerTest, WritesOneLinePerFrame) {
     explainer.finish();
     explainer.finish();
     ASSERT_EQ(lines.size(), 2U);
-    EXPECT_EQ(Json::parse(lines[0])["starts"].size(), 1U);
-    EXPECT_EQ(Json::parse(lines[1])["source"], "video");
-    EXPECT_FALSE(Json::parse(lines[1]).contains("starts"));
+    EXPECT_EQ(nlohmann::json::parse(lines[0])["starts"].size(), 1U);
+    EXPECT_EQ(nlohmann::json::parse(lines[1])["source"], "video");
+    EXPECT_FALSE(nlohmann::json::parse(lines[1]).contains("starts"));
 }
 
 TEST_F(ExplainerTest, TellsDistanceAndLimitOfEveryCandidate) {
@@ -77,9 +76,10 @@ TEST_F(ExplainerTest, TellsDistanceAndLimitOfEveryCandidate) {
     pair.gate.similarityLimit = 0.25;
     explainer.onCandidate(pair);
     explainer.onCandidate(candidate(8, 3));
-    const Json frame = explained();
-    EXPECT_EQ(frame["candidates"][0],
-              Json::parse(R"({"track":7,"sensor":"radar","id":3,"distance":1.25,"limit":2.5,
+    const nlohmann::json frame = explained();
+    EXPECT_EQ(
+        frame["candidates"][0],
+        nlohmann::json::parse(R"({"track":7,"sensor":"radar","id":3,"distance":1.25,"limit":2.5,
                               "velocitySimilarity":-0.5,"similarityLimit":0.25,"gate":"passed",
                               "class":"not compared","outcome":"other pairs cost less"})"));
     EXPECT_FALSE(frame["candidates"][1].contains("velocitySimilarity"));
@@ -95,7 +95,7 @@ TEST_F(ExplainerTest, WordsEveryVerdictOfTheGate) {
     for (const auto& [verdict, word] : words) {
         explainer.onCandidate(candidate(7, 3, verdict));
     }
-    const Json frame = explained();
+    const nlohmann::json frame = explained();
     for (std::size_t i = 0; i < std::size(words); ++i) {
         EXPECT_EQ(frame["candidates"][i]["gate"], words[i].second);
         EXPECT_EQ(frame["candidates"][i]["outcome"],
@@ -112,7 +112,7 @@ TEST_F(ExplainerTest, WordsEveryVerdictOfTheClasses) {
     }
     pair.allowed = false;
     explainer.onCandidate(pair);
-    const Json candidates = explained()["candidates"];
+    const nlohmann::json candidates = explained()["candidates"];
     EXPECT_EQ(candidates[0]["class"], "not compared");
     EXPECT_EQ(candidates[1]["class"], "match");
     EXPECT_EQ(candidates[2]["class"], "mismatch");
@@ -125,7 +125,7 @@ TEST_F(ExplainerTest, TellsWhichCandidateWasAssigned) {
     explainer.onCandidate(candidate(7, 4));
     explainer.onCandidate(candidate(8, 3));
     explainer.onAssignment({7, Veskar::Radar, 4});
-    const Json candidates = explained()["candidates"];
+    const nlohmann::json candidates = explained()["candidates"];
     EXPECT_EQ(candidates[0]["outcome"], "other pairs cost less");
     EXPECT_EQ(candidates[1]["outcome"], "assigned");
     EXPECT_EQ(candidates[2]["outcome"], "other pairs cost less");
@@ -142,9 +142,10 @@ TEST_F(ExplainerTest, TellsOfContinuationsAndRefusals) {
     report.gate = gate(GateVerdict::TooFar);
     report.refused = true;
     explainer.onContinuation(report);
-    const Json continuations = explained()["continuations"];
-    EXPECT_EQ(continuations[0],
-              Json::parse(R"({"track":7,"sensor":"radar","id":3,"distance":1.25,"limit":2.5,
+    const nlohmann::json continuations = explained()["continuations"];
+    EXPECT_EQ(
+        continuations[0],
+        nlohmann::json::parse(R"({"track":7,"sensor":"radar","id":3,"distance":1.25,"limit":2.5,
                               "gate":"passed","class":"match","outcome":"fused"})"));
     EXPECT_EQ(continuations[1]["gate"], "too far");
     EXPECT_EQ(continuations[1]["outcome"], "fused, then refused");
@@ -160,8 +161,8 @@ TEST_F(ExplainerTest, TellsOfMerges) {
         explainer.onMergeCandidate(pair);
     }
     explainer.onMerge(8, 7);  // whichever survives
-    const Json merges = explained()["mergeCandidates"];
-    EXPECT_EQ(merges[0], Json::parse(R"({"track":7,"other":8,"distance":1.25,"limit":2.5,
+    const nlohmann::json merges = explained()["mergeCandidates"];
+    EXPECT_EQ(merges[0], nlohmann::json::parse(R"({"track":7,"other":8,"distance":1.25,"limit":2.5,
                                          "gate":"passed","outcome":"merged"})"));
     EXPECT_EQ(merges[1]["outcome"], "other pairs cost less");
     EXPECT_EQ(merges[2]["outcome"], "outside the gate");
@@ -175,13 +176,14 @@ TEST_F(ExplainerTest, TellsTheLifeOfSystemTracks) {
     explainer.onDeletion(9, DeletionReason::NoSensorTracks);
     explainer.onDeletion(10, DeletionReason::Merged);
     explainer.onDeletion(11, DeletionReason::RadarCopy);
-    const Json frame = explained();
-    EXPECT_EQ(frame["starts"], Json::parse(R"([{"track":7,"sensor":"video","id":3}])"));
+    const nlohmann::json frame = explained();
+    EXPECT_EQ(frame["starts"], nlohmann::json::parse(R"([{"track":7,"sensor":"video","id":3}])"));
     EXPECT_EQ(frame["confirmations"],
-              Json::parse(R"([{"track":8,"probability":0.96,"limit":0.95}])"));
+              nlohmann::json::parse(R"([{"track":8,"probability":0.96,"limit":0.95}])"));
     EXPECT_EQ(frame["prunings"],
-              Json::parse(R"([{"track":9,"sensor":"radar","id":4,"coasting":0.75}])"));
-    EXPECT_EQ(frame["deletions"], Json::parse(R"([{"track":9,"reason":"no sensor tracks left"},
+              nlohmann::json::parse(R"([{"track":9,"sensor":"radar","id":4,"coasting":0.75}])"));
+    EXPECT_EQ(frame["deletions"],
+              nlohmann::json::parse(R"([{"track":9,"reason":"no sensor tracks left"},
                               {"track":10,"reason":"merged"},
                               {"track":11,"reason":"copy of a shared radar track"}])"));
 }
@@ -191,7 +193,7 @@ TEST_F(ExplainerTest, WritesWhatIsNotFiniteAsNull) {
     pair.gate.distance = std::numeric_limits<double>::infinity();
     pair.gate.velocitySimilarity = std::numeric_limits<double>::quiet_NaN();
     explainer.onCandidate(pair);
-    const Json frame = explained();
+    const nlohmann::json frame = explained();
     EXPECT_TRUE(frame["candidates"][0]["distance"].is_null());
     EXPECT_TRUE(frame["candidates"][0]["velocitySimilarity"].is_null());
 }
