@@ -4,7 +4,6 @@
 #include "track/Dereference.h"
 
 #include <limits>
-#include <optional>
 
 namespace Veskar {
 
@@ -53,8 +52,8 @@ void NearestSensorToSystem::visitFreeInGate(const Track& sensor, Visit visit) {
         if (place.taken) {
             return;
         }
-        if (const std::optional<double> cost = gate_.costInside(place.side, side)) {
-            visit(place, *cost);
+        if (const Gate::Cost cost = gate_.costInside(place.side, side); cost.passed) {
+            visit(place, cost.value);
         }
     });
 }

@@ -120,8 +120,9 @@ void SensorToSystem::visitInGate(const GateSide& side, const GateCols& list, Vis
         return;
     }
     list.search.forEachNear(side.marginals, [&](std::size_t k) {
-        if (const auto cost = gate_.costInside(side, list.entries[k].side)) {
-            visit(list.entries[k].col, *cost);
+        const Gate::Cost cost = gate_.costInside(side, list.entries[k].side);
+        if (cost.passed) {
+            visit(list.entries[k].col, cost.value);
         }
     });
 }

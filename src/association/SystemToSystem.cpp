@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <optional>
 
 namespace Veskar {
 
@@ -51,8 +50,9 @@ void SystemToSystem::findAllowedPairs(const SystemTracks& systems,
                     !(younger.track->startTime > older.track->startTime)) {
                     return;
                 }
-                if (const auto cost = gate_.costInside(older.gateSide, younger.gateSide)) {
-                    pairs.add(younger.index, *cost);
+                const Gate::Cost cost = gate_.costInside(older.gateSide, younger.gateSide);
+                if (cost.passed) {
+                    pairs.add(younger.index, cost.value);
                 }
             });
             pairs.endRows(1);
@@ -92,9 +92,9 @@ const SystemToSystem::Side* SystemToSystem::findNearestWithoutRadar(const Side& 
         if (side.hasRadar || isTaken(side)) {
             return;
         }
-        const std::optional<double> cost = gate_.costInside(radar.gateSide, side.gateSide);
-        if (cost && *cost < least) {
-            least = *cost;
+        const Gate::Cost cost = gate_.costInside(radar.gateSide, side.gateSide);
+        if (cost.passed && cost.value < least) {
+            least = cost.value;
             found = &side;
         }
     });

@@ -44,30 +44,18 @@ GateFacts Gate::factsOf(const Track& track, const ClassTraits& traits) const {
     return facts;
 }
 
-std::optional<double> Gate::costInside(const GateSide& system, const GateSide& sensor) const {
+Gate::Cost Gate::costInside(const GateSide& system, const GateSide& sensor) const {
     if (!system.supported || !sensor.supported ||
         CoarseGate::areFar(system.marginals, sensor.marginals)) {
-        return std::nullopt;
+        return {};
     }
     Outcome outcome;
     outcome.distance = distanceBetween(*system.track, *sensor.track);
     if (!isNear(outcome.distance)) {
-        return std::nullopt;
+        return {};
     }
     compareVelocities(*system.track, *sensor.track, outcome);
-    if (judge(outcome, system, sensor) != Verdict::Passed) {
-        return std::nullopt;
-    }
-    return costOf(outcome);
-}
-
-/// Whether radar sees speed where video sees a large object that has stood still for long.
-bool Gate::isBlockedAsStationary(const GateFacts& system, const GateFacts& sensor) const {
-    const GateFacts& measured = system.speed ? system : sensor;
-    const GateFacts& standing = system.speed ? sensor : system;
-    return measured.speed && *measured.speed > blockingMinSpeed_ &&
-           standing.age > blockingMinAge_ && standing.planarSpeed < blockingMaxPlanarSpeed_ &&
-           standing.boxHeight > blockingMinBoxHeight_;
+    return {costOf(outcome), judge(outcome, system, sensor) == Verdict::Passed};
 }
 
 }  // namespace Veskar

@@ -88,12 +88,18 @@ public:
                       : outcome.distance;
     }
 
+    /// What a pair costs, if it passes. Returned in registers, which an optional is not.
+    struct Cost {
+        double value = 0.0;  ///< of a pair that passes
+        bool passed = false;
+    };
+
     /// evaluate and costOf in one, without measuring a pair that the coarse gate keeps outside.
     ///
     /// @param system the fused track
     /// @param sensor the candidate
-    /// @return the cost of a pair that passes
-    std::optional<double> costInside(const GateSide& system, const GateSide& sensor) const;
+    /// @return the cost
+    Cost costInside(const GateSide& system, const GateSide& sensor) const;
 
 private:
     GateFacts factsOf(const Track& track, const ClassTraits& traits) const;
@@ -135,6 +141,15 @@ inline Gate::Outcome Gate::measure(const Track& system, const Track& sensor) con
     outcome.distance = distanceBetween(system, sensor);
     compareVelocities(system, sensor, outcome);
     return outcome;
+}
+
+/// Whether radar sees speed where video sees a large object that has stood still for long.
+inline bool Gate::isBlockedAsStationary(const GateFacts& system, const GateFacts& sensor) const {
+    const GateFacts& measured = system.speed ? system : sensor;
+    const GateFacts& standing = system.speed ? sensor : system;
+    return measured.speed && *measured.speed > blockingMinSpeed_ &&
+           standing.age > blockingMinAge_ && standing.planarSpeed < blockingMaxPlanarSpeed_ &&
+           standing.boxHeight > blockingMinBoxHeight_;
 }
 
 /// Every comparison is written so that NaN does not pass.
