@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <veskar-host/VideoModel.h>
+#include <veskar-host/VideoReport.h>
 
 #include "host/TestInstallation.h"
 

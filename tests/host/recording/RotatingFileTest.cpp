@@ -119,7 +119,7 @@ TEST_F(RotatingFileTest, LeavesAloneWhatIsNoRegularFile) {
     const std::string pipe = directory.file("pipe");
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     try {
-        RotatingFile(pipe, "h\n", 0, 5);
+        const RotatingFile file(pipe, "h\n", 0, 5);
         FAIL() << "a pipe";
     } catch (const std::system_error& error) {
         EXPECT_THAT(error.what(), HasSubstr(pipe + ": is no regular file"));
