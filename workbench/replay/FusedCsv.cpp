@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "replay/FusedCsv.h"
 
+#include <veskar-host/SensorFrame.h>
+
+#include "HostLibrary.h"
 #include "host/reports/JsonLine.h"
 
 #include <cmath>

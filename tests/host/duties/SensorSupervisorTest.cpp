@@ -130,7 +130,8 @@ TEST(SensorSupervisor, ASlowRadarIsPredictedInBetweenWhileItIsBelieved) {
     last.tracks = {report};
     duties.saw(last);
     std::vector<AddedFrame> radar;
-    for (double now = 2.1; now < 10.0; now += 0.05) {
+    for (int frames = 0; frames < 158; ++frames) {
+        const double now = 2.1 + 0.05 * frames;
         // Video sends frames all the time.
         duties.saw(frame(Veskar::VideoObject, now, now));
         for (const AddedFrame& added : allBefore(duties, now + 0.05)) {

@@ -115,7 +115,8 @@ TEST(FusionPipeline, RadarFramesDoNotWaitForAVideoThatIsSilent) {
 TEST(FusionPipeline, ASlowRadarKeepsItsTracksAlive) {
     std::vector<SensorFrame> frames;
     double nextRadar = 1.0;
-    for (double time = 1.0; time < 12.0; time += 0.1) {
+    for (int i = 0; i < 110; ++i) {
+        const double time = 1.0 + 0.1 * i;
         frames.push_back({Veskar::VideoObject, time, time, {}});
         if (time >= nextRadar) {
             frames.push_back({Veskar::Radar, time, time + 0.01, {radarTrack(1)}});

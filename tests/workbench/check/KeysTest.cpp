@@ -15,6 +15,7 @@
 #include <cmath>
 #include <string>
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -66,7 +67,7 @@ void expectAgreement(const KeyedDocument& document, const nlohmann::json& json,
     const nlohmann::json::json_pointer object(place);
     for (const Key& key : keys) {
         const std::string name(key.name);
-        const std::string what = place + "/" + name;
+        const std::string what = fmt::format("{}/{}", place, name);
         ASSERT_TRUE(json.at(object).contains(name)) << what;
         nlohmann::json changed = json;
         changed[object].erase(name);

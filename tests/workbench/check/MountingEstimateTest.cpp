@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+using Veskar::Host::radians;
+
 namespace Workbench {
 namespace {
 

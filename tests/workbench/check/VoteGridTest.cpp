@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+using Veskar::Host::radians;
+
 namespace Workbench {
 namespace {
 
