@@ -20,10 +20,12 @@ const char* nameOf(TruthKind kind) {
 
 }  // namespace
 
-std::string toJsonLine(const RecordingHeader& header) {
-    LineText text;
-    text += "{\"format\":\"veskar-recording\",\"version\":";
-    text.addInteger(recordingVersion);
+void beginHeader(LineText& text, const std::string& format, int version,
+                 const RecordingHeader& header) {
+    text += "{\"format\":";
+    text.addQuoted(format);
+    text.addName("version");
+    text.addInteger(version);
     text.addName("name");
     text.addQuoted(header.name);
     text.addName("origin");
@@ -34,6 +36,11 @@ std::string toJsonLine(const RecordingHeader& header) {
     append(text, header.camera);
     text.addName("radar");
     append(text, header.radar);
+}
+
+std::string toJsonLine(const RecordingHeader& header) {
+    LineText text;
+    beginHeader(text, "veskar-recording", recordingVersion, header);
     if (header.site) {
         text.addName("site");
         append(text, *header.site);

@@ -5,6 +5,8 @@
 #include <veskar-host/ExportHost.h>
 #include <veskar-host/Installation.h>
 
+#include "host/json/LineText.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -31,6 +33,13 @@ struct RecordingHeader : Installation {
     TruthKind truth = TruthKind::None;  ///< what the truth lines cover
 };
 
+/// Begins the header of a file that is made of a recording, up to its radar.
+/// @param text receives the beginning of an object
+/// @param format name of the file's format
+/// @param version version of the file's format
+/// @param header the recording's header
+VESKAR_HOST_EXPORT void beginHeader(LineText& text, const std::string& format, int version,
+                                    const RecordingHeader& header);
 /// @param header a header
 /// @return its line, with line end
 VESKAR_HOST_EXPORT std::string toJsonLine(const RecordingHeader& header);

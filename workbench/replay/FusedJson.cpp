@@ -3,7 +3,8 @@
 
 #include <veskar-host/HostParameters.h>
 
-#include "host/installation/InstallationText.h"
+#include "host/installation/RecordingHeader.h"
+#include "host/json/LineText.h"
 
 #include <nlohmann/json.hpp>
 
@@ -12,18 +13,7 @@ namespace Workbench {
 std::string fusedHeaderLine(const RecordingHeader& header, const std::string& configuration,
                             const std::string& constants) {
     LineText text;
-    text += "{\"format\":\"veskar-fused\",\"version\":";
-    text.addInteger(fusedVersion);
-    text.addName("name");
-    text.addQuoted(header.name);
-    text.addName("origin");
-    text.addQuoted(header.origin);
-    text.addName("licence");
-    text.addQuoted(header.licence);
-    text.addName("camera");
-    append(text, header.camera);
-    text.addName("radar");
-    append(text, header.radar);
+    beginHeader(text, "veskar-fused", fusedVersion, header);
     text.addName("configuration");
     text += nlohmann::ordered_json::parse(configuration).dump();
     if (constants != HostParameters().toJson()) {
