@@ -80,7 +80,9 @@ Call frame(Veskar::Source source, double time, int objects) {
     Call call;
     call.source = source;
     call.timestamp = time;
-    call.now = std::chrono::nanoseconds(static_cast<std::int64_t>(time * 1e9));
+    constexpr double clockReach = 9.2e9;  // s, 292 years
+    call.now = std::chrono::nanoseconds(
+        static_cast<std::int64_t>(std::clamp(time, -clockReach, clockReach) * 1e9));
     for (int id = 0; id < objects; ++id) {
         call.tracks.push_back(usualReport(source, id, time));
     }
