@@ -20,8 +20,8 @@ constexpr std::size_t mostPairs = 40000;
 
 /// Windows to either side of the ratio 1: readings are compared where distances agree within a
 /// third; a wrong height may be off by any factor.
-constexpr int ratioReach = 3;
-constexpr int heightReach = 50;
+constexpr int ratioWindows = 3;
+constexpr int heightWindows = 50;
 
 double differenceOf(double bearing, double other) {
     return std::remainder(bearing - other, radians(360.0));
@@ -43,7 +43,7 @@ Agreement::Agreement(const RecordingHeader& header)
       origin_(header.camera.mounting.position.head<2>()),
       cameraHeight_(header.camera.mounting.position[2]),
       radar_(header.radar, {}),
-      votes_(boxForms.size() * angleForms.size() * azimuthForms.size(), VoteGrid(ratioReach)) {
+      votes_(boxForms.size() * angleForms.size() * azimuthForms.size(), VoteGrid(ratioWindows)) {
     for (const AngleForm form : angleForms) {
         const std::optional<CameraSetup> camera = readAs(form, header.camera);
         projections_.push_back(camera ? std::optional<Projection>(camera->build()) : std::nullopt);
@@ -240,7 +240,7 @@ double Agreement::share(const Reading& reading) const {
 }
 
 std::optional<Agreement::Height> Agreement::height() const {
-    VoteGrid grid(heightReach);
+    VoteGrid grid(heightWindows);
     for (const Pair& pair : pairs_) {
         grid.vote(pair.video, pair.bearingError, pair.logRatio);
     }

@@ -29,7 +29,7 @@ constexpr Range fractions{0.0, 1.0, true, true};
 /// A limit of 1 would make the gate divide by zero.
 constexpr Range cosines{-1.0, 1.0, true, false};
 constexpr Range counts{1.0, 2147483647.0, true, true};
-constexpr Range angles{0.0, 90.0, false, false};
+constexpr Range depressionAngles{0.0, 90.0, false, false};
 
 const Limits videoLimits{
     {"uvCorrelation", "correlation of u and v", {-1.0, 1.0, false, false}},
@@ -46,7 +46,7 @@ const Limits videoLimits{
      "standard deviation of the pseudo-range rate, m/s",
      aboveZero,
      {0.5, 20.0}},
-    {"minimumAngle", "least angle below the horizon, degrees", angles, {0.2, 10.0}},
+    {"minimumAngle", "least angle below the horizon, degrees", depressionAngles, {0.2, 10.0}},
     {"uvPositionStd", "standard deviation of the image position", aboveZero, {0.002, 0.1}},
 };
 
