@@ -3,6 +3,7 @@
 #pragma once
 
 #include <csignal>
+#include <cstdint>
 
 #include <sys/resource.h>
 
@@ -11,10 +12,11 @@ namespace VeskarTest {
 /// While one lives, no file of this process grows beyond so many bytes.
 class FileSizeLimit {
 public:
-    explicit FileSizeLimit(rlim_t most) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    /// @param most bytes of a file
+    explicit FileSizeLimit(std::uintmax_t most) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
         getrlimit(RLIMIT_FSIZE, &before_);
         rlimit limited = before_;
-        limited.rlim_cur = most;
+        limited.rlim_cur = static_cast<rlim_t>(most);
         setrlimit(RLIMIT_FSIZE, &limited);
     }
     ~FileSizeLimit() {
