@@ -16,8 +16,9 @@ class JsonNode;
 
 /// The configuration of the whole library; docs/configuration.md explains each key.
 ///
-/// A plain value: objects built from it keep a copy. Every record is zero until its keys are read:
-/// a Config{} made by hand lets nothing through the gates and confirms everything. Start from
+/// A plain value: objects built from it keep a copy. Every record is zero until its keys are read,
+/// but for the constants of the rules, which are off: a Config{} made by hand lets nothing through
+/// the gates and confirms everything. Start from
 /// defaults() and change what should be different.
 ///
 /// Each section's parse logs a failure at error priority as "Failed to parse fusion config: " with
@@ -119,12 +120,60 @@ struct VESKAR_EXPORT Config {
         static PriorityConfig parse(const JsonNode& node);
     };
 
+    /// Rules that go beyond the basic fusion ("veskarRules"). The section and each of its keys are
+    /// optional; what is missing, or of the wrong type, has the value it has here, and then the
+    /// rule does nothing. docs/configuration.md says what each rule is for.
+    struct VESKAR_EXPORT Rules {
+        /// When a radar report does not fit a system track that both sensors support, video leaves
+        /// and radar stays.
+        bool radarKeepsSystemTrack = false;
+        /// A report leaves a system track that both sensors support when its position is this far
+        /// (inclusive) from the other sensor's track, as a fraction of positionGatingDistance; 0:
+        /// no limit.
+        double pairGate = 0.0;
+        /// Remember how well pairs of radar and video tracks agree, and how many others are as
+        /// near: a report whose pair disagrees leaves, and system tracks merge by their memory.
+        bool pairMemory = false;
+        double pairMemoryTime = 1.0;        ///< time constant of the memory, s
+        double pairMemoryFreshness = 0.15;  ///< longest coasting time that counts, s (inclusive)
+        /// Mahalanobis distance from which on (inclusive) pairs are equally far.
+        double pairMemoryFar = 4.0;
+        /// Mahalanobis distance below which another track is a rival.
+        double pairMemoryNear = 2.0;
+        /// Mean squared Mahalanobis distance above which a pair disagrees, in a crowd; a pair
+        /// begins with it.
+        double pairMemoryLimit = 1.5;
+        double pairMemoryCrowd = 0.5;  ///< mean number of rivals above which it is a crowd
+        /// A system track takes a new sensor track while its own one coasts, when the sensor has
+        /// never updated both in one of its last 32 frames. Needs freshReportsOnly.
+        bool takeOver = false;
+        /// Reports that coast start no system track and are assigned to none.
+        bool freshReportsOnly = false;
+        double coastingLimit = 0.05;  ///< s; from it on (inclusive) the two rules above act
+        /// Of two system tracks that started at the same time the one with the smaller id counts as
+        /// the older one, and the one with radar survives a merge unless only the other is
+        /// confirmed.
+        bool orderedMerging = false;
+        /// A system track without radar is not confirmed before the standard deviation of its range
+        /// is below this, m, while radar frames arrive; 0: no limit.
+        double videoRangeStd = 0.0;
+        double radarSilence = 1.0;  ///< s since the last radar frame from which on radar is silent
+
+        /// @param node the section
+        /// @return the record
+        static Rules parse(const JsonNode& node);
+    };
+
     FusionInputs inputs;               ///< key "veskarInputs"
     ModuleConfig module;               ///< key "veskarModule"
     PriorityConfig detectionPriority;  ///< key "veskarDetectionPriority"
+    Rules rules;                       ///< key "veskarRules"
 
     /// @return the shipped configuration, config/fusion.json
     static Config defaults();
+    /// @return JSON text of the shipped configuration, with the sections that others read
+    ///         ("veskarHost")
+    static std::string defaultsText();
 
     /// Lists everything that is wrong with a document, and logs nothing.
     ///
@@ -135,7 +184,8 @@ struct VESKAR_EXPORT Config {
     ///         them is Refused
     static std::vector<ConfigFault> findFaults(const std::string& json);
 
-    /// Writes the configuration as it is, every key, optional ones too.
+    /// Writes the configuration as it is, every key, optional ones too; the rules only when one of
+    /// them is not as it is without the section.
     ///
     /// Reals are written with a fraction or exponent and the fewest digits that give them back
     /// exactly, in the classic locale. What is not finite becomes null, which parse refuses. Of

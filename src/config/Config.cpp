@@ -27,6 +27,10 @@ Config::PriorityConfig Config::PriorityConfig::parse(const JsonNode& node) {
     return parseSection<PriorityConfig>(node);
 }
 
+Config::Rules Config::Rules::parse(const JsonNode& node) {
+    return parseSection<Rules>(node);
+}
+
 Config Config::parse(const JsonNode& node) {
     return parseSection<Config>(node);
 }
@@ -41,6 +45,10 @@ Config Config::parse_json_string(const std::string& json) {
 
 Config Config::defaults() {
     return parse_json_string(defaultConfiguration);
+}
+
+std::string Config::defaultsText() {
+    return defaultConfiguration;
 }
 
 }  // namespace Veskar

@@ -150,6 +150,19 @@ private:
         }
     }
 
+    template <typename Record, typename Value>
+    void check(const OptionalSection<Record, Value>& key) {
+        const WrittenValue* value = member(key.name);
+        if (value == nullptr) {
+            return;
+        }
+        if (const std::string reason = misfit<Value>(*value); !reason.empty()) {
+            add(Effect::Replaced, *value, reason + "; its defaults are used");
+        } else {
+            SectionCheck(*value, placeOf(key.name), faults_).template run<Value>();
+        }
+    }
+
     void check(const HumanAspectKeys& keys) {
         const WrittenValue* limits[] = {member(keys.least), member(keys.most)};
         const auto isGood = [](const WrittenValue* value) {

@@ -60,6 +60,17 @@ private:
         member(key.name, record.*key.field);
     }
 
+    template <typename Record, typename Value>
+    void write(const OptionalSection<Record, Value>& key, const Record& record) {
+        const Value& section = record.*key.field;
+        const bool isDefault =
+            std::apply([&](const auto&... k) { return ((section.*k.field == k.fallback) && ...); },
+                       keysOf<Value>);
+        if (!isDefault) {
+            member(key.name, section);
+        }
+    }
+
     void write(const HumanAspectKeys& keys, const ModuleConfig& record) {
         const auto limits = record.autocalibrationAspectLimits.find(Vocabulary::human);
         if (limits != record.autocalibrationAspectLimits.end()) {

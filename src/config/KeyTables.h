@@ -25,6 +25,13 @@ struct OptionalKey {
     Value fallback;
 };
 
+/// A section of optional keys, which may be missing as a whole.
+template <typename Record, typename Value>
+struct OptionalSection {
+    const char* name;
+    Value Record::*field;
+};
+
 /// The limits of a human's box. One without the other says little, so both count or neither.
 struct HumanAspectKeys {
     const char* least = "autocalibrationHumanMinAspect";
@@ -41,6 +48,11 @@ template <typename Record, typename Value>
 constexpr OptionalKey<Record, Value> optional(const char* name, Value Record::*field,
                                               Value fallback) {
     return {name, field, fallback};
+}
+
+template <typename Record, typename Value>
+constexpr OptionalSection<Record, Value> optionalSection(const char* name, Value Record::*field) {
+    return {name, field};
 }
 
 /// The keys of a section in the order of reading, which decides what failure is reported.
@@ -118,11 +130,39 @@ inline constexpr auto keysOf<PriorityConfig> = std::tuple{
     required("autoAnnotationEnabled", &PriorityConfig::autoAnnotationEnabled),
 };
 
+using Rules = Config::Rules;
+
+/// @return a key of the rules, whose default is that of the record
+template <typename Value>
+constexpr OptionalKey<Rules, Value> rule(const char* name, Value Rules::*field) {
+    return {name, field, Rules{}.*field};
+}
+
+template <>
+inline constexpr auto keysOf<Rules> = std::tuple{
+    rule("radarKeepsSystemTrack", &Rules::radarKeepsSystemTrack),
+    rule("pairGate", &Rules::pairGate),
+    rule("pairMemory", &Rules::pairMemory),
+    rule("pairMemoryTime", &Rules::pairMemoryTime),
+    rule("pairMemoryFreshness", &Rules::pairMemoryFreshness),
+    rule("pairMemoryFar", &Rules::pairMemoryFar),
+    rule("pairMemoryNear", &Rules::pairMemoryNear),
+    rule("pairMemoryLimit", &Rules::pairMemoryLimit),
+    rule("pairMemoryCrowd", &Rules::pairMemoryCrowd),
+    rule("takeOver", &Rules::takeOver),
+    rule("freshReportsOnly", &Rules::freshReportsOnly),
+    rule("coastingLimit", &Rules::coastingLimit),
+    rule("orderedMerging", &Rules::orderedMerging),
+    rule("videoRangeStd", &Rules::videoRangeStd),
+    rule("radarSilence", &Rules::radarSilence),
+};
+
 template <>
 inline constexpr auto keysOf<Config> = std::tuple{
     required("veskarInputs", &Config::inputs),
     required("veskarModule", &Config::module),
     required("veskarDetectionPriority", &Config::detectionPriority),
+    optionalSection("veskarRules", &Config::rules),
 };
 
 }  // namespace Veskar

@@ -29,6 +29,15 @@ void readKey(const OptionalKey<Record, Value>& key, const JsonNode& section, Rec
     }
 }
 
+template <typename Record, typename Value>
+void readKey(const OptionalSection<Record, Value>& key, const JsonNode& section, Record& record) {
+    try {
+        record.*key.field = Value::parse(section.get(key.name));
+    } catch (const std::runtime_error&) {
+        record.*key.field = Value{};
+    }
+}
+
 inline void readKey(const HumanAspectKeys& keys, const JsonNode& section, ModuleConfig& record) {
     std::pair<double, double>& limits = record.autocalibrationAspectLimits[Vocabulary::human];
     try {

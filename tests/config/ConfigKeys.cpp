@@ -13,6 +13,7 @@ const std::string video = "veskarInputs/video";
 const std::string module = "veskarModule";
 const std::string gain = "veskarModule/gainNegative";
 const std::string priority = "veskarDetectionPriority";
+const std::string rules = "veskarRules";
 
 }  // namespace
 
@@ -62,6 +63,21 @@ const std::vector<ConfigKey>& configKeys() {
         {priority, FIELD(detectionPriority, nVideoFramesMissedLimitLow), {}},
         {priority, FIELD(detectionPriority, nVideoFramesMissedLimitHigh), {}},
         {priority, FIELD(detectionPriority, autoAnnotationEnabled), {}},
+        {rules, FIELD(rules, radarKeepsSystemTrack), false},
+        {rules, FIELD(rules, pairGate), 0.0},
+        {rules, FIELD(rules, pairMemory), false},
+        {rules, FIELD(rules, pairMemoryTime), 1.0},
+        {rules, FIELD(rules, pairMemoryFreshness), 0.15},
+        {rules, FIELD(rules, pairMemoryFar), 4.0},
+        {rules, FIELD(rules, pairMemoryNear), 2.0},
+        {rules, FIELD(rules, pairMemoryLimit), 1.5},
+        {rules, FIELD(rules, pairMemoryCrowd), 0.5},
+        {rules, FIELD(rules, takeOver), false},
+        {rules, FIELD(rules, freshReportsOnly), false},
+        {rules, FIELD(rules, coastingLimit), 0.05},
+        {rules, FIELD(rules, orderedMerging), false},
+        {rules, FIELD(rules, videoRangeStd), 0.0},
+        {rules, FIELD(rules, radarSilence), 1.0},
     };
     return keys;
 }

@@ -137,9 +137,10 @@ protected:
     }
 };
 
-TEST_P(ConfigKeyTest, IsZeroBeforeItIsRead) {
+TEST_P(ConfigKeyTest, IsZeroBeforeItIsReadUnlessItBelongsToARule) {
     const KeyValue zeros[] = {false, 0, 0.0};
-    EXPECT_EQ(key.field(Config()), zeros[shippedValue.index()]);
+    const bool isRule = key.section == "veskarRules";
+    EXPECT_EQ(key.field(Config()), isRule ? *key.fallback : zeros[shippedValue.index()]);
 }
 
 TEST_P(ConfigKeyTest, SetsItsFieldAndNoOther) {
@@ -234,6 +235,7 @@ TEST(Config, ParsesEachSectionOnItsOwn) {
     parts.inputs = Config::FusionInputs::parse(node("veskarInputs"));
     parts.module = Config::ModuleConfig::parse(node("veskarModule"));
     parts.detectionPriority = Config::PriorityConfig::parse(node("veskarDetectionPriority"));
+    parts.rules = Config::Rules::parse(node("veskarRules"));
     for (const ConfigKey& key : configKeys()) {
         EXPECT_EQ(key.field(parts), key.field(whole)) << key.path();
     }

@@ -61,7 +61,8 @@ std::map<std::string, Row> readRows() {
 class Documentation : public testing::Test {
 protected:
     const std::map<std::string, Row> rows = readRows();
-    const JsonDocument fusion{"config/fusion.json"};
+    /// But for the section of the host, which docs/host-adapter.md explains.
+    const JsonDocument fusion = JsonDocument("config/fusion.json").erase("veskarHost");
     const JsonDocument camera{"config/camera.json"};
 };
 
