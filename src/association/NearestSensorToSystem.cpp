@@ -17,7 +17,7 @@ void NearestSensorToSystem::associate(const SensorTracks& sensors, const SystemT
     for (std::size_t j = 0; j < sensors.size(); ++j) {
         const Track& sensor = dereference(sensors[j]);
         const bool held = heldTracks_.holds(sensor);
-        if (!shares && (held || !givesToNearest)) {
+        if (!rules_.isFresh(sensor) || (!shares && (held || !givesToNearest))) {
             continue;
         }
         if (!gathered) {
@@ -37,8 +37,8 @@ void NearestSensorToSystem::gatherPlaces(const SystemTracks& systems, const Sour
     search_.clear();
     for (std::size_t i = 0; i < systems.size(); ++i) {
         const SystemTrack& system = dereference(systems[i]);
-        if (!system.hasTracks(source)) {
-            places_.push_back({static_cast<int>(i), false, gate_.sideOf(system)});
+        if (rules_.isOpen(system, source)) {
+            places_.push_back({static_cast<int>(i), &system, false, gate_.sideOf(system)});
             search_.add(places_.back().side.marginals);
         }
     }
@@ -49,7 +49,7 @@ void NearestSensorToSystem::visitFreeInGate(const Track& sensor, Visit visit) {
     const GateSide side = gate_.sideOf(sensor);
     search_.forEachNear(side.marginals, [&](std::size_t k) {
         Place& place = places_[k];
-        if (place.taken) {
+        if (place.taken || !rules_.mayReplaceHeld(*place.track, sensor)) {
             return;
         }
         if (const Gate::Cost cost = gate_.costInside(place.side, side); cost.passed) {

@@ -6,6 +6,7 @@
 #include <veskar/SystemTrack.h>
 #include <veskar/Track.h>
 
+#include "association/AssociationRules.h"
 #include "association/HeldTracks.h"
 #include "gating/CoarseGate.h"
 #include "gating/Gate.h"
@@ -26,8 +27,10 @@ public:
 
     /// @param config says what may be shared; must outlive this
     /// @param gate the gate; must outlive this
-    NearestSensorToSystem(const Config::ModuleConfig& config, const Gate& gate)
-        : config_(config), gate_(gate) {}
+    /// @param rules open system tracks and may forbid pairs; must outlive this
+    NearestSensorToSystem(const Config::ModuleConfig& config, const Gate& gate,
+                          const AssociationRules& rules)
+        : config_(config), gate_(gate), rules_(rules) {}
 
     /// @param sensors tracks of one source
     /// @param systems system tracks
@@ -38,9 +41,10 @@ public:
                    Pairs& pairs);
 
 private:
-    /// A system track without a track of the source.
+    /// A system track that takes a track of the source.
     struct Place {
         int index;
+        const SystemTrack* track;
         bool taken;
         GateSide side;
     };
@@ -53,6 +57,7 @@ private:
 
     const Config::ModuleConfig& config_;
     const Gate& gate_;
+    const AssociationRules& rules_;
     std::vector<Place> places_;
     NearSearch search_;  ///< over `places_`
     HeldTracks heldTracks_;

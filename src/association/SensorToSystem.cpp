@@ -10,6 +10,7 @@ namespace Veskar {
 
 void SensorToSystem::start(const SystemTracks& systems, const SensorTracks& sensors,
                            const Source& source) {
+    source_ = source;
     rows_.clear();
     for (const auto& system : systems) {
         rows_.push_back(makeRow(dereference(system), source));
@@ -26,17 +27,17 @@ void SensorToSystem::start(const SystemTracks& systems, const SensorTracks& sens
     }
 }
 
-SensorToSystem::Row SensorToSystem::makeRow(const SystemTrack& track, Source source) {
+SensorToSystem::Row SensorToSystem::makeRow(const SystemTrack& track, Source source) const {
     if (source != Source::VideoObject && source != Source::Radar) {
         return {&track, nullptr, true, {}};
     }
-    return {&track, firstTrack(track, comparedSource(source)), !track.hasTracks(source), {}};
+    return {&track, firstTrack(track, comparedSource(source)), rules_.isOpen(track, source), {}};
 }
 
 void SensorToSystem::findAvailable(Source source) {
     const bool shared = source == Source::Radar && config_.allowRadarToMultiple;
     for (Col& col : cols_) {
-        col.available = !heldTracks_.holds(*col.track) || shared;
+        col.available = (!heldTracks_.holds(*col.track) || shared) && rules_.isFresh(*col.track);
         hasCandidates_ = hasCandidates_ || col.available;
     }
 }
@@ -47,7 +48,7 @@ void SensorToSystem::findCandidates(SparseCosts& pairs) {
     gather(true, candidates_);
     for (const Row& row : rows_) {
         if (row.open) {
-            fillRow(gate_.sideOf(*row.track), pairs);
+            fillRow(row, gate_.sideOf(*row.track), pairs);
         }
         pairs.endRows(1);
     }
@@ -64,7 +65,7 @@ void SensorToSystem::findAllowedPairs(SparseCosts& pairs, std::unordered_set<int
         if (takes || (config_.removeClassMismatches && mayFindMismatches(row))) {
             const GateSide side = gate_.sideOf(*row.track);
             if (takes) {
-                fillRow(side, pairs);
+                fillRow(row, side, pairs);
             }
             enforceClasses(row, side, pairs);
         }
@@ -127,9 +128,12 @@ void SensorToSystem::visitInGate(const GateSide& side, const GateCols& list, Vis
     });
 }
 
-void SensorToSystem::fillRow(const GateSide& side, SparseCosts& pairs) const {
-    visitInGate(side, candidates_,
-                [&pairs](std::size_t col, double cost) { pairs.add(col, cost); });
+void SensorToSystem::fillRow(const Row& row, const GateSide& side, SparseCosts& pairs) const {
+    visitInGate(side, candidates_, [&](std::size_t col, double cost) {
+        if (rules_.mayReplaceHeld(*row.track, *cols_[col].track)) {
+            pairs.add(col, cost);
+        }
+    });
 }
 
 void SensorToSystem::enforceClasses(const Row& row, const GateSide& side, SparseCosts& pairs) {
@@ -192,6 +196,12 @@ void SensorToSystem::visitOthersInGate(const Row& row, const GateSide& side, boo
     visitInGate(side, held_, visitAgreeing);
     if (!row.open) {
         visitInGate(side, candidates_, visitAgreeing);
+    } else if (row.track->hasTracks(source_)) {
+        visitInGate(side, candidates_, [&](std::size_t col, double cost) {
+            if (!rules_.mayReplaceHeld(*row.track, *cols_[col].track)) {
+                visitAgreeing(col, cost);
+            }
+        });
     }
 }
 

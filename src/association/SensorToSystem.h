@@ -8,6 +8,7 @@
 
 #include "assignment/IntIndexed.h"
 #include "assignment/SparseCosts.h"
+#include "association/AssociationRules.h"
 #include "association/HeldTracks.h"
 #include "gating/ClassTraits.h"
 #include "gating/CoarseGate.h"
@@ -30,8 +31,10 @@ public:
 
     /// @param config says what may be shared and what mismatches do; must outlive this
     /// @param gate the gate; must outlive this
-    SensorToSystem(const Config::ModuleConfig& config, const Gate& gate)
-        : config_(config), gate_(gate) {}
+    /// @param rules open system tracks and may forbid pairs; must outlive this
+    SensorToSystem(const Config::ModuleConfig& config, const Gate& gate,
+                   const AssociationRules& rules)
+        : config_(config), gate_(gate), rules_(rules) {}
 
     /// Starts a problem. The tracks must outlive it.
     ///
@@ -58,7 +61,7 @@ public:
 
 private:
     struct Row {
-        const Track* track;
+        const SystemTrack* track;
         const Track* other;      ///< the track that classes are compared with; may be null
         bool open;               ///< takes tracks of this source
         ClassTraits otherClass;  ///< class of `other`
@@ -79,7 +82,7 @@ private:
         NearSearch search;
     };
 
-    static Row makeRow(const SystemTrack& track, Source source);
+    Row makeRow(const SystemTrack& track, Source source) const;
     static bool agrees(const Row& row, const ClassTraits& traits) {
         return row.other == nullptr || row.otherClass.agreesWith(traits);
     }
@@ -91,19 +94,21 @@ private:
     void visitInGate(const GateSide& side, const GateCols& list, Visit visit) const;
     template <typename Visit>
     void visitOthersInGate(const Row& row, const GateSide& side, bool agreeing, Visit visit);
-    void fillRow(const GateSide& side, SparseCosts& pairs) const;
+    void fillRow(const Row& row, const GateSide& side, SparseCosts& pairs) const;
     void enforceClasses(const Row& row, const GateSide& side, SparseCosts& pairs);
     void findMismatches(const Row& row, const GateSide& side, const SparseCosts::Row& found);
     bool hasMatch(const Row& row, const GateSide& side, const SparseCosts::Row& found);
 
     const Config::ModuleConfig& config_;
     const Gate& gate_;
+    const AssociationRules& rules_;
     std::vector<Row> rows_;
     IntIndexed<Col> cols_;
     bool hasCandidates_ = false;  ///< whether some row is open and some column available
     GateCols candidates_;         ///< the available columns
     GateCols held_;               ///< the others, which still count as matches
     bool heldGathered_ = false;
+    Source source_ = Source::VideoObject;  ///< of the columns
     std::vector<std::size_t> mismatches_;  ///< columns inside the gate of the row at hand
     IntIndexed<std::size_t> groupSizes_;   ///< columns of each class group
     HeldTracks heldTracks_;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 
 namespace Veskar {
 
@@ -47,10 +48,10 @@ void SystemToSystem::findAllowedPairs(const SystemTracks& systems,
             search_.forEachNear(older.gateSide.marginals, [&](std::size_t k) {
                 const Side& younger = sides_[k];
                 if ((older.hasVideo && younger.hasVideo) || (older.hasRadar && younger.hasRadar) ||
-                    !(younger.track->startTime > older.track->startTime)) {
+                    !rules_.isOlder(*older.track, *younger.track)) {
                     return;
                 }
-                const Gate::Cost cost = gate_.costInside(older.gateSide, younger.gateSide);
+                const Gate::Cost cost = costOf(older, younger);
                 if (cost.passed) {
                     pairs.add(younger.index, cost.value);
                 }
@@ -75,7 +76,7 @@ void SystemToSystem::pairNearest(const SystemTracks& systems,
         }
         const Side* video = findNearestWithoutRadar(radar);
         if (video != nullptr && video->hasVideo && !video->excluded &&
-            radar.track->startTime > video->track->startTime) {
+            rules_.isOlder(*video->track, *radar.track)) {
             take(*video);
             take(radar);
             pairs.emplace_back(radar.index, video->index);
@@ -92,13 +93,22 @@ const SystemToSystem::Side* SystemToSystem::findNearestWithoutRadar(const Side& 
         if (side.hasRadar || isTaken(side)) {
             return;
         }
-        const Gate::Cost cost = gate_.costInside(radar.gateSide, side.gateSide);
+        const Gate::Cost cost = costOf(radar, side);
         if (cost.passed && cost.value < least) {
             least = cost.value;
             found = &side;
         }
     });
     return found;
+}
+
+Gate::Cost SystemToSystem::costOf(const Side& a, const Side& b) const {
+    const Gate::Cost cost = gate_.costInside(a.gateSide, b.gateSide);
+    if (!cost.passed) {
+        return cost;
+    }
+    const std::optional<double> remembered = rules_.mergeCost(cost.value, *a.track, *b.track);
+    return {remembered.value_or(0.0), remembered.has_value()};
 }
 
 void SystemToSystem::take(const Side& side) {

@@ -5,6 +5,7 @@
 #include <veskar/SystemTrack.h>
 
 #include "assignment/SparseCosts.h"
+#include "association/AssociationRules.h"
 #include "gating/CoarseGate.h"
 #include "gating/Gate.h"
 
@@ -23,7 +24,8 @@ public:
     using Pairs = std::vector<std::pair<int, int>>;
 
     /// @param gate the gate; must outlive this
-    explicit SystemToSystem(const Gate& gate) : gate_(gate) {}
+    /// @param rules order the pairs and may forbid them; must outlive this
+    SystemToSystem(const Gate& gate, const AssociationRules& rules) : gate_(gate), rules_(rules) {}
 
     /// Finds the pairs that may be assigned: the row is the older track, the column the younger,
     /// and no source stands on both sides.
@@ -60,7 +62,10 @@ private:
     void take(const Side& side);
     bool isTaken(const Side& side) const;
 
+    Gate::Cost costOf(const Side& a, const Side& b) const;
+
     const Gate& gate_;
+    const AssociationRules& rules_;
     std::vector<Side> sides_;
     NearSearch search_;          ///< over `sides_`
     std::vector<int> takenIds_;  ///< ascending

@@ -4,6 +4,7 @@
 #include "assignment/AssignmentSolver.h"
 #include "assignment/IntIndexed.h"
 #include "assignment/SparseCosts.h"
+#include "association/AssociationRules.h"
 #include "association/ClassRule.h"
 #include "association/NearestSensorToSystem.h"
 #include "association/SensorToSystem.h"
@@ -50,13 +51,15 @@ struct TrackAssociator::Workspace {
         std::pair<int, int> pair;
     };
 
-    explicit Workspace(const Config& config) : module(config.module), gate(config) {}
+    explicit Workspace(const Config& given) : config(given) {}
 
-    Config::ModuleConfig module;
-    Gate gate;
-    SensorToSystem sensorToSystem{module, gate};
-    NearestSensorToSystem nearestSensorToSystem{module, gate};
-    SystemToSystem systemToSystem{gate};
+    const Config config;
+    const Config::ModuleConfig& module = config.module;
+    Gate gate{config};
+    AssociationRules rules{config};
+    SensorToSystem sensorToSystem{module, gate, rules};
+    NearestSensorToSystem nearestSensorToSystem{module, gate, rules};
+    SystemToSystem systemToSystem{gate, rules};
     AssignmentSolver solver;
     SparseCosts pairs;                ///< what may be assigned
     std::vector<RankedPair> ranking;  ///< pairs of system tracks, cheapest first
@@ -69,6 +72,10 @@ TrackAssociator::TrackAssociator(const Config& config)
 TrackAssociator::~TrackAssociator() = default;
 TrackAssociator::TrackAssociator(TrackAssociator&&) noexcept = default;
 TrackAssociator& TrackAssociator::operator=(TrackAssociator&&) noexcept = default;
+
+AssociationRules& TrackAssociator::rules() {
+    return workspace_->rules;
+}
 
 GatingResult TrackAssociator::checkGating(const Track& systemTrack, const Track& sensorTrack) {
     const Gate& gate = workspace_->gate;

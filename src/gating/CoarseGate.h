@@ -71,8 +71,8 @@ public:
     template <typename Visit>
     void forEachNear(const Marginals& marginals, Visit visit) const {
         for (std::size_t k = 0; k < blocks_.size(); ++k) {
-            const Lanes excess = blocks_[k].excessOver(marginals);
-            if (excess.minCoeff() > 0.0) {
+            Lanes excess;
+            if (blocks_[k].isFar(marginals, excess)) {
                 continue;
             }
             for (std::size_t lane = 0; lane < laneCount; ++lane) {
@@ -93,14 +93,22 @@ private:
         std::array<Lanes, Marginals::positionCount> mean;
         std::array<Lanes, Marginals::positionCount> reach;
 
-        /// @return by how much the squared difference of some position is beyond its reach
-        Lanes excessOver(const Marginals& other) const {
-            Lanes excess = (mean[0] - other.mean[0]).square() - (reach[0] + other.reach[0]);
-            for (std::size_t c = 1; c < Marginals::positionCount; ++c) {
-                excess =
-                    excess.max((mean[c] - other.mean[c]).square() - (reach[c] + other.reach[c]));
+        /// @param other a track
+        /// @param excess by how much the squared difference of some position is beyond its reach;
+        ///               valid unless all are far
+        /// @return whether all are far, which one axis alone often tells
+        bool isFar(const Marginals& other, Lanes& excess) const {
+            excess = excessOver<0>(other);
+            if (excess.minCoeff() > 0.0) {
+                return true;
             }
-            return excess;
+            excess = excess.max(excessOver<1>(other)).max(excessOver<2>(other));
+            return excess.minCoeff() > 0.0;
+        }
+
+        template <std::size_t c>
+        Lanes excessOver(const Marginals& other) const {
+            return (mean[c] - other.mean[c]).square() - (reach[c] + other.reach[c]);
         }
     };
 
