@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Cost of a frame, from the host's call to its return, with the shipped configuration.
+// Cost of a frame, from the host's call to its return, with the plain configuration and with the
+// shipped one, which has all rules.
 //
 // Times only the call, not the creation of the tracks by the host. "LU" is the time per object in
 // units of the Mahalanobis distance in support/LuUnit.h, measured with every benchmark.
@@ -27,6 +28,7 @@ using Veskar::VideoObject;
 using Tracks = std::vector<std::shared_ptr<Veskar::Track>>;
 
 constexpr double period = 0.1;  ///< ten frames a second from each sensor
+constexpr double crowdSpread = 0.01;
 
 /// Processor time of this thread, which other programs on the machine hardly affect.
 double processorSeconds() {
@@ -48,9 +50,12 @@ double measureLu() {
     return (processorSeconds() - start) / count;
 }
 
-Veskar::Config shippedConfig(bool useJVA) {
-    Veskar::Config config = Veskar::Config::parse(VESKAR_SOURCE_DIR "/config/fusion.json");
-    config.module.useJVA = useJVA;
+/// @return the configuration of a benchmark with the arguments of perObject
+Veskar::Config configOf(const benchmark::State& state) {
+    Veskar::Config config =
+        Veskar::Config::parse(state.range(2) != 0 ? VESKAR_SOURCE_DIR "/config/fusion.json"
+                                                  : VESKAR_SOURCE_DIR "/config/fusion-plain.json");
+    config.module.useJVA = state.range(1) != 0;
     return config;
 }
 
@@ -121,14 +126,15 @@ void require(benchmark::State& state, bool condition, const char* what) {
 
 /// Every object is held by both sensors, and both report it ten times a second. One iteration
 /// consists of a video and a radar frame.
+/// @param row positions of the objects
 /// @param observer receives the decisions, or null
-void fuseSteadily(benchmark::State& state, Veskar::FusionObserver* observer) {
+void fuseSteadily(benchmark::State& state, const Row& row, Veskar::FusionObserver* observer) {
     const int objects = static_cast<int>(state.range(0));
     std::chrono::nanoseconds now{};
-    FusionModule module(shippedConfig(state.range(1) != 0), [&now] { return now; });
+    FusionModule module(configOf(state), [&now] { return now; });
     module.setObserver(observer);
-    Walkers videoWalkers(VideoObject, objects);
-    Walkers radarWalkers(Radar, objects);
+    Walkers videoWalkers(VideoObject, objects, row);
+    Walkers radarWalkers(Radar, objects, row);
     double time = 10.0;
     Meter video;
     Meter radar;
@@ -160,13 +166,18 @@ void fuseSteadily(benchmark::State& state, Veskar::FusionObserver* observer) {
 }
 
 void steadyState(benchmark::State& state) {
-    fuseSteadily(state, nullptr);
+    fuseSteadily(state, {}, nullptr);
+}
+
+/// About ten others are in the gate of every object.
+void steadyStateInACrowd(benchmark::State& state) {
+    fuseSteadily(state, {crowdSpread, 0.0}, nullptr);
 }
 
 /// The same with an observer that ignores all events: the cost of passing them.
 void steadyStateObserved(benchmark::State& state) {
     Veskar::FusionObserver observer;
-    fuseSteadily(state, &observer);
+    fuseSteadily(state, {}, &observer);
 }
 
 /// A radar frame shows objects for the first time that only video has tracked so far.
@@ -177,8 +188,7 @@ void newObjects(benchmark::State& state, const Row& videoRow, const Row& radarRo
     const int objects = static_cast<int>(state.range(0));
     Walkers videoWalkers(VideoObject, objects, videoRow);
     Walkers radarWalkers(Radar, objects, radarRow);
-    FusionModule module(shippedConfig(state.range(1) != 0),
-                        [] { return std::chrono::nanoseconds{}; });
+    FusionModule module(configOf(state), [] { return std::chrono::nanoseconds{}; });
     const auto meet = [&](Meter& meter) {
         module.clear();
         module.cycle(VideoObject, 10.0, videoWalkers.at(10.0));
@@ -216,14 +226,24 @@ void newObjectsElsewhere(benchmark::State& state) {
 }
 
 void perObject(benchmark::internal::Benchmark* benchmark) {
-    benchmark->ArgNames({"objects", "JVA"})->UseManualTime()->Unit(benchmark::kMicrosecond);
+    benchmark->ArgNames({"objects", "JVA", "rules"})
+        ->UseManualTime()
+        ->Unit(benchmark::kMicrosecond);
 }
 
-BENCHMARK(steadyState)->Apply(perObject)->ArgsProduct({{8, 32, 64, 128, 256}, {1}})->Complexity();
-BENCHMARK(steadyState)->Apply(perObject)->ArgsProduct({{8, 32, 64, 128, 256}, {0}})->Complexity();
-BENCHMARK(steadyStateObserved)->Apply(perObject)->ArgsProduct({{8, 32, 128}, {1}});
-BENCHMARK(newObjectsJoin)->Apply(perObject)->ArgsProduct({{64}, {1, 0}});
-BENCHMARK(newObjectsInACrowd)->Apply(perObject)->ArgsProduct({{64}, {1, 0}});
-BENCHMARK(newObjectsElsewhere)->Apply(perObject)->ArgsProduct({{64}, {1, 0}});
+BENCHMARK(steadyState)
+    ->Apply(perObject)
+    ->ArgsProduct({{8, 32, 64, 128, 256}, {1}, {0}})
+    ->Complexity();
+BENCHMARK(steadyState)
+    ->Apply(perObject)
+    ->ArgsProduct({{8, 32, 64, 128, 256}, {0}, {0}})
+    ->Complexity();
+BENCHMARK(steadyState)->Apply(perObject)->ArgsProduct({{64, 256}, {1}, {1}});
+BENCHMARK(steadyStateInACrowd)->Apply(perObject)->ArgsProduct({{64}, {1}, {0, 1}});
+BENCHMARK(steadyStateObserved)->Apply(perObject)->ArgsProduct({{8, 32, 128}, {1}, {0, 1}});
+BENCHMARK(newObjectsJoin)->Apply(perObject)->ArgsProduct({{64}, {1, 0}, {0, 1}});
+BENCHMARK(newObjectsInACrowd)->Apply(perObject)->ArgsProduct({{64}, {1, 0}, {0, 1}});
+BENCHMARK(newObjectsElsewhere)->Apply(perObject)->ArgsProduct({{64}, {1, 0}, {0, 1}});
 
 }  // namespace

@@ -18,6 +18,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <unordered_set>
 #include <vector>
 
@@ -139,8 +140,8 @@ public:
     ///                or be replaced before it ends; null: nobody
     void setObserver(FusionObserver* observer);
 
-    /// Forgets all system tracks and the last sensor tracks. Ids go on, waiting radar frames stay.
-    /// An observer is told of no deletions.
+    /// Forgets all system tracks, the last sensor tracks and what the rules remember of the
+    /// sensors. Ids go on, waiting radar frames stay. An observer is told of no deletions.
     void clear();
 
     /// Records the image position of a tracked video detection.
@@ -173,15 +174,22 @@ private:
     void drainRadarQueue(double now);
     void fuseOldestRadarFrame();
     void watchRadarQueue(double now);
+    void observeSensor(Source source, double timestamp,
+                       const std::vector<std::shared_ptr<Track>>& tracks);
     void continueTracks(Source source, const std::vector<std::shared_ptr<Track>>& tracks);
     void continueSystemTrack(SystemTrack& systemTrack, Source source);
-    bool refusesReport(const SystemTrack& systemTrack, const Track& report, Source source,
-                       bool isInsideGate);
+    FusionObserver::Refusal judgeReport(const SystemTrack& systemTrack, const Track& report,
+                                        Source source, bool isInsideGate);
+    void release(SystemTrack& systemTrack, Source source, int id,
+                 FusionObserver::PruningReason reason);
+    void releaseOthers(SystemTrack& systemTrack, Source source, std::optional<int> kept,
+                       FusionObserver::PruningReason reason);
     void mergeSystemTracks();
     void associateTracks(Source source, const std::vector<std::shared_ptr<Track>>& tracks);
     void stepUnmarked(Source source);
     void startSystemTracks(const std::vector<std::shared_ptr<Track>>& tracks);
     void startSystemTrack(std::shared_ptr<Track> track);
+    bool waitsForRadar(const SystemTrack& systemTrack) const;
     void eraseRadarCopies();
 
     Config config_;

@@ -53,6 +53,16 @@ public:
         std::size_t systemTracks = 0;         ///< system tracks before it
     };
 
+    /// Why a report costs its sensor track the place in a system track. Those after OutsideGate
+    /// come with the optional rules and the classes.
+    enum class Refusal {
+        None,           ///< it does not
+        OutsideGate,    ///< the report lies outside the gate of the system track
+        PairTooFar,     ///< it is too far from the other sensor's track ("pairGate")
+        PairDisagrees,  ///< they have disagreed over the last second ("pairMemory")
+        ClassMismatch,  ///< the other sensor's track is of another class ("removeClassMismatches")
+    };
+
     /// A sensor track that a system track holds has reported again.
     struct Continuation {
         int systemTrackId = 0;                                  ///< the system track
@@ -61,30 +71,61 @@ public:
         Gate gate;                                              ///< of the new report
         ClassVerdict classVerdict = ClassVerdict::NotCompared;  ///< of the new report
         /// Whether the report costs the sensor track its place: only where radar and video both
-        /// support the system track. The report itself is fused all the same.
+        /// support the system track. The report itself is fused all the same, and with
+        /// "radarKeepsSystemTrack" video leaves instead of radar.
         bool refused = false;
+        Refusal refusal = Refusal::None;  ///< why
+        /// Mahalanobis distance of the positions of the report and of the other sensor's track;
+        /// with "pairGate" only.
+        std::optional<double> pairDistance;
+    };
+
+    /// What an optional rule has against assigning a sensor track.
+    enum class Hindrance {
+        None,            ///< nothing
+        ReportCoasts,    ///< the report coasts ("freshReportsOnly")
+        SeenBesideHeld,  ///< the sensor has updated it and the held track in one frame ("takeOver")
     };
 
     /// A sensor track that no system track holds yet was compared with a system track that has none
-    /// of its source.
+    /// of its source, or with "takeOver" one that coasts.
     struct Candidate {
         int systemTrackId = 0;                                  ///< the system track
         Source source = Source::VideoObject;                    ///< source of the sensor track
         int sensorTrackId = 0;                                  ///< the sensor track
         Gate gate;                                              ///< of the pair
         ClassVerdict classVerdict = ClassVerdict::NotCompared;  ///< of the pair
-        /// Whether the pair may be assigned: inside the gate, and not of different classes while
-        /// another candidate of the right class is inside the gate too.
+        /// Whether the pair may be assigned: inside the gate, without a hindrance, and not of
+        /// different classes while another candidate of the right class is inside the gate too.
         bool allowed = false;
+        Hindrance hindrance = Hindrance::None;  ///< what a rule has against the pair
+    };
+
+    /// What "pairMemory" knows of a pair of a radar and a video track.
+    struct PairMemory {
+        double squaredDistance = 0.0;  ///< mean squared Mahalanobis distance of the positions
+        double rivals = 0.0;           ///< mean number of other tracks near one of the two
+        bool disagrees = false;        ///< whether they count as different objects
+    };
+
+    /// What speaks against merging two system tracks, beside the gate.
+    enum class MergeHindrance {
+        None,           ///< nothing
+        SameStart,      ///< both started at the same time, without "orderedMerging"
+        PairUnknown,    ///< "pairMemory" knows nothing of their sensor tracks
+        PairDisagrees,  ///< "pairMemory" counts their sensor tracks as different objects
     };
 
     /// Two system tracks with one sensor each were compared, to find out whether they are one
     /// object.
     struct MergeCandidate {
         int olderId = 0;        ///< system track that started first
-        int youngerId = 0;      ///< system track that started strictly later
+        int youngerId = 0;      ///< system track that started later, or has the larger
+                                ///< id where both started at the same time
         Gate gate;              ///< of the pair
         bool excluded = false;  ///< one of them has refused a report in this frame
+        MergeHindrance hindrance = MergeHindrance::None;  ///< what else speaks against it
+        std::optional<PairMemory> memory;  ///< with "pairMemory", when it knows the pair
     };
 
     /// A sensor track and a system track belong together from now on.
@@ -94,12 +135,21 @@ public:
         int sensorTrackId = 0;                ///< the sensor track
     };
 
+    /// Why a sensor track has left.
+    enum class PruningReason {
+        Coasted,         ///< it has coasted for too long
+        Refused,         ///< its report was refused
+        PartnerRefused,  ///< the report of the radar track was ("radarKeepsSystemTrack")
+        TakenOver,       ///< another track of its sensor has taken its place ("takeOver")
+    };
+
     /// A sensor track has left a system track.
     struct Pruning {
-        int systemTrackId = 0;                ///< the system track
-        Source source = Source::VideoObject;  ///< source of the sensor track
-        int sensorTrackId = 0;                ///< the sensor track
-        double coastingTime = 0.0;  ///< seconds without a report; 0 when its report was refused
+        int systemTrackId = 0;                          ///< the system track
+        Source source = Source::VideoObject;            ///< source of the sensor track
+        int sensorTrackId = 0;                          ///< the sensor track
+        double coastingTime = 0.0;                      ///< seconds without a report
+        PruningReason reason = PruningReason::Coasted;  ///< why
     };
 
     /// Why a system track has ended.
@@ -128,6 +178,12 @@ public:
     virtual void onMerge(int survivorId, int otherId);
     /// @param link a sensor track that no system track took, and the system track started from it
     virtual void onStart(const Link& link);
+    /// A sensor track that no system track took starts none, because it coasts
+    /// ("freshReportsOnly"); told in every frame.
+    /// @param source source of the sensor track
+    /// @param sensorTrackId the sensor track
+    /// @param coastingTime seconds without a detection
+    virtual void onStartWithheld(Source source, int sensorTrackId, double coastingTime);
     /// @param systemTrackId a system track that was confirmed in this frame
     /// @param probability its track probability
     /// @param limit the limit that the probability has passed
@@ -137,6 +193,12 @@ public:
     /// @param systemTrackId the system track that has ended
     /// @param reason why
     virtual void onDeletion(int systemTrackId, DeletionReason reason);
+    /// A system track is probable enough, but waits for radar ("videoRangeStd"); told in every
+    /// frame.
+    /// @param systemTrackId the system track
+    /// @param rangeStd standard deviation of its range, m
+    /// @param limit the limit that it is not below, m
+    virtual void onConfirmationWithheld(int systemTrackId, double rangeStd, double limit);
     /// Asked before every frame. An observer that says no is told of frames only, and costs nothing
     /// more than that.
     /// @return whether it wants to know what is decided; by default it does

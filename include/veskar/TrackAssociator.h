@@ -15,6 +15,8 @@
 
 namespace Veskar {
 
+class AssociationRules;
+
 /// What the gate says about a pair of tracks.
 struct GatingResult {
     double distance;  ///< gate distance, without unit; 9999.0 when a class is not supported
@@ -28,12 +30,18 @@ struct GatingResult {
 /// 9999.0. An association call keeps its result until the next one; working memory is kept too, so
 /// that a warm call does not allocate. Null pointers in the inputs are programming errors and stop
 /// the process. Not thread-safe.
+///
+/// The optional rules of the configuration (Config::Rules) also decide who may be paired. Those
+/// that remember the sensors ("pairMemory", "takeOver") learn from the frames of a FusionModule,
+/// which has an associator of its own. An associator that stands alone has seen no frame: with
+/// "pairMemory" it merges nothing, and with "takeOver" it takes every two tracks of a sensor for
+/// one object; leave both off there.
 class VESKAR_EXPORT TrackAssociator {
 public:
     /// Pairs of indices: (system track, sensor track) or (system track, system track).
     using Associations = std::vector<std::pair<int, int>>;
 
-    /// @param config its module section is copied
+    /// @param config copied
     explicit TrackAssociator(const Config& config);
     ~TrackAssociator();
     TrackAssociator(const TrackAssociator&) = delete;
@@ -183,7 +191,9 @@ public:
 
 private:
     struct Workspace;
+    friend class FusionModule;  // shares the rules
 
+    AssociationRules& rules();
     void assignAllowedPairs(std::size_t cols);
     void shareRadarTracks();
     void keepCheapestPairs();

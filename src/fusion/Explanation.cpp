@@ -61,10 +61,12 @@ FusionObserver::Gate Explanation::told(const Gate::Outcome& outcome, const Track
 
 void Explanation::continuation(FusionObserver& observer, const SystemTrack& systemTrack,
                                const Track& report, const Gate::Outcome& outcome,
-                               bool refused) const {
-    observer.onContinuation({systemTrack.id, report.source, report.id,
-                             told(outcome, systemTrack, report), classesOf(systemTrack, report),
-                             refused});
+                               FusionObserver::Refusal refusal) const {
+    const Track* other = firstTrack(systemTrack, comparedSource(report.source));
+    observer.onContinuation(
+        {systemTrack.id, report.source, report.id, told(outcome, systemTrack, report),
+         classesOf(systemTrack, report), refusal != FusionObserver::Refusal::None, refusal,
+         other != nullptr ? rules_.pairDistance(report, *other) : std::nullopt});
 }
 
 void Explanation::findOpenTracks(const Tracks& tracks, const SystemTracks& systemTracks,
@@ -81,8 +83,8 @@ void Explanation::findOpenTracks(const Tracks& tracks, const SystemTracks& syste
 
 void Explanation::candidates(FusionObserver& observer, const Tracks& tracks,
                              const SystemTracks& systemTracks, Source source) {
-    const auto isOpen = [source](const auto& pointer) {
-        return !dereference(pointer).hasTracks(source);
+    const auto isOpen = [this, source](const auto& pointer) {
+        return rules_.isOpen(dereference(pointer), source);
     };
     if (std::none_of(systemTracks.begin(), systemTracks.end(), isOpen)) {
         return;
@@ -106,13 +108,49 @@ void Explanation::candidates(FusionObserver& observer, const Tracks& tracks,
         for (const OpenTrack& open : openTracks_) {
             const Track& track = *open.facts.track;
             const Gate::Outcome outcome = gate_.evaluate(facts, open.facts);
+            const FusionObserver::Hindrance hindrance = hindranceOf(systemTrack, track);
             const bool allowed =
-                config_.useJVA ? allowedPairs_.find(i, open.index) != nullptr : outcome.passed();
+                config_.useJVA ? allowedPairs_.find(i, open.index) != nullptr
+                               : outcome.passed() && hindrance == FusionObserver::Hindrance::None;
             observer.onCandidate({systemTrack.id, source, track.id,
                                   told(outcome, systemTrack, track), classesOf(systemTrack, track),
-                                  allowed});
+                                  allowed, hindrance});
         }
     }
+}
+
+FusionObserver::Hindrance Explanation::hindranceOf(const SystemTrack& systemTrack,
+                                                   const Track& track) const {
+    using Hindrance = FusionObserver::Hindrance;
+    if (!rules_.isFresh(track)) {
+        return Hindrance::ReportCoasts;
+    }
+    return rules_.mayReplaceHeld(systemTrack, track) ? Hindrance::None : Hindrance::SeenBesideHeld;
+}
+
+FusionObserver::MergeHindrance Explanation::mergeHindranceOf(const SystemTrack& older,
+                                                             const SystemTrack& younger) const {
+    using Hindrance = FusionObserver::MergeHindrance;
+    if (!rules_.isOlder(older, younger)) {
+        return Hindrance::SameStart;
+    }
+    if (!rules_.remembersPairs()) {
+        return Hindrance::None;
+    }
+    const PairMemory::Pair* pair = rules_.pairOf(older, younger);
+    if (pair == nullptr) {
+        return Hindrance::PairUnknown;
+    }
+    return rules_.disagrees(*pair) ? Hindrance::PairDisagrees : Hindrance::None;
+}
+
+std::optional<FusionObserver::PairMemory> Explanation::memoryOf(const SystemTrack& a,
+                                                                const SystemTrack& b) const {
+    const PairMemory::Pair* pair = rules_.pairOf(a, b);
+    if (pair == nullptr) {
+        return std::nullopt;
+    }
+    return FusionObserver::PairMemory{pair->squaredDistance, pair->rivals, rules_.disagrees(*pair)};
 }
 
 void Explanation::mergeCandidates(FusionObserver& observer, const SystemTracks& systemTracks,
@@ -127,14 +165,17 @@ void Explanation::mergeCandidates(FusionObserver& observer, const SystemTracks& 
     }
     for (const SingleSensor& older : singles_) {
         for (const SingleSensor& younger : singles_) {
-            if (older.hasRadar != younger.hasRadar &&
-                younger.track->startTime > older.track->startTime) {
+            const bool sameStart = older.track->startTime == younger.track->startTime;
+            const bool isOrdered = sameStart ? older.track->id < younger.track->id
+                                             : older.track->startTime < younger.track->startTime;
+            if (older.hasRadar != younger.hasRadar && isOrdered) {
                 const Gate::Outcome outcome = gate_.evaluate(older.facts, younger.facts);
                 observer.onMergeCandidate(
                     {older.track->id, younger.track->id,
                      told(outcome, *older.track, *younger.track),
-                     excludedIds.count(older.track->id) + excludedIds.count(younger.track->id) >
-                         0});
+                     excludedIds.count(older.track->id) + excludedIds.count(younger.track->id) > 0,
+                     mergeHindranceOf(*older.track, *younger.track),
+                     memoryOf(*older.track, *younger.track)});
             }
         }
     }

@@ -7,11 +7,13 @@
 #include <veskar/SystemTrack.h>
 
 #include "assignment/SparseCosts.h"
+#include "association/AssociationRules.h"
 #include "association/HeldTracks.h"
 #include "association/SensorToSystem.h"
 #include "gating/Gate.h"
 
 #include <memory>
+#include <optional>
 #include <unordered_set>
 #include <vector>
 
@@ -27,16 +29,17 @@ public:
 
     /// @param config the limits; must outlive this
     /// @param gate the gate; must outlive this
-    Explanation(const Config::ModuleConfig& config, const Gate& gate)
-        : config_(config), gate_(gate), problem_(config, gate) {}
+    /// @param rules the optional rules; must outlive this
+    Explanation(const Config::ModuleConfig& config, const Gate& gate, const AssociationRules& rules)
+        : config_(config), gate_(gate), rules_(rules), problem_(config, gate, rules) {}
 
     /// @param observer is told
     /// @param systemTrack before the report is fused
     /// @param report the new report of a sensor track that it holds
     /// @param outcome the gate's, of the two
-    /// @param refused whether the report costs the sensor track its place
+    /// @param refusal why the report costs the sensor track its place
     void continuation(FusionObserver& observer, const SystemTrack& systemTrack, const Track& report,
-                      const Gate::Outcome& outcome, bool refused) const;
+                      const Gate::Outcome& outcome, FusionObserver::Refusal refusal) const;
 
     /// Reports every pair that the assignment may choose, and those that it may not.
     ///
@@ -73,10 +76,16 @@ private:
     };
 
     void findOpenTracks(const Tracks& tracks, const SystemTracks& systemTracks, bool mayShare);
+    FusionObserver::Hindrance hindranceOf(const SystemTrack& systemTrack, const Track& track) const;
+    FusionObserver::MergeHindrance mergeHindranceOf(const SystemTrack& older,
+                                                    const SystemTrack& younger) const;
+    std::optional<FusionObserver::PairMemory> memoryOf(const SystemTrack& a,
+                                                       const SystemTrack& b) const;
     FusionObserver::Gate told(const Gate::Outcome& outcome, const Track& a, const Track& b) const;
 
     const Config::ModuleConfig& config_;
     const Gate& gate_;
+    const AssociationRules& rules_;
     // Working memory, kept from frame to frame.
     HeldTracks heldTracks_;
     std::vector<OpenTrack> openTracks_;

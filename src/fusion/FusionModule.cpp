@@ -2,6 +2,7 @@
 // What every fused frame does.
 #include <veskar/FusionModule.h>
 
+#include "association/ClassRule.h"
 #include "fusion/FusionModuleState.h"
 #include "track/Dereference.h"
 
@@ -50,7 +51,7 @@ FusionModule::FusionModule(const Config& config, SteadyClock steadyClock)
       idGenerator_(publish(std::make_shared<ObjectIdGenerator>())),
       clock_(std::move(steadyClock)),
       arrivals_(std::make_unique<Arrivals>()),
-      workspace_(std::make_unique<Workspace>(config_)) {}
+      workspace_(std::make_unique<Workspace>(config_, associator_.rules())) {}
 
 FusionModule::~FusionModule() = default;
 
@@ -60,6 +61,7 @@ void FusionModule::cycleFrame(Source source, double timestamp, const Tracks& tra
         frameObserver_->onFrame({source, timestamp, tracks.size(), systemTracks.size()});
     }
     predictTracks(timestamp);
+    observeSensor(source, timestamp, tracks);
     std::exception_ptr unsolved;
     try {
         update(source, tracks);
@@ -90,6 +92,15 @@ void FusionModule::predictTracks(double timestamp) {
     }
 }
 
+/// What the optional rules need to know of the sensors, beside the tracks of this frame.
+void FusionModule::observeSensor(Source source, double timestamp, const Tracks& tracks) {
+    workspace_->rules.observe(source, timestamp, tracks, lastSensorTracks_[comparedSource(source)]);
+    workspace_->frameTime = timestamp;
+    if (source == Source::Radar) {
+        workspace_->radarTime = timestamp;
+    }
+}
+
 void FusionModule::setObserver(FusionObserver* observer) {
     frameObserver_ = observer;
     observer_ = observer != nullptr && observer->wantsDecisions() ? observer : nullptr;
@@ -100,6 +111,8 @@ void FusionModule::clear() {
     for (auto& [source, tracks] : lastSensorTracks_) {
         tracks.clear();
     }
+    workspace_->rules.clear();
+    workspace_->radarTime.reset();
 }
 
 bool FusionModule::trackedOdHasMotion(int id, double u, double v) {

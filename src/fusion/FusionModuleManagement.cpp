@@ -6,6 +6,7 @@
 #include "fusion/SystemTracks.h"
 #include "track/Support.h"
 
+#include <cmath>
 #include <utility>
 
 namespace Veskar {
@@ -73,6 +74,12 @@ void FusionModule::initialize(std::shared_ptr<Track> track) {
 
 void FusionModule::startSystemTrack(std::shared_ptr<Track> track) {
     const Track& report = dereference(track);
+    if (!workspace_->rules.isFresh(report)) {
+        if (observer_ != nullptr) {
+            observer_->onStartWithheld(report.source, report.id, report.coastingTime);
+        }
+        return;
+    }
     if (config_.module.removeClassMismatches && excludedTrackIds_.count(report.id) > 0) {
         return;
     }
@@ -88,7 +95,7 @@ void FusionModule::startSystemTrack(std::shared_ptr<Track> track) {
 void FusionModule::management() {
     for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
         SystemTrack& systemTrack = dereference(pointer);
-        if (deservesConfirmation(systemTrack, config_.module)) {
+        if (deservesConfirmation(systemTrack, config_.module) && !waitsForRadar(systemTrack)) {
             if (observer_ != nullptr && !systemTrack.isConfirmed) {
                 tellConfirmation(*observer_, systemTrack, config_.module);
             }
@@ -110,6 +117,26 @@ void FusionModule::management() {
         eraseRadarCopies();
     }
     excludedTrackIds_.clear();
+}
+
+/// Whether video alone saw the object so far, without a certain range, while a radar is there that
+/// should see it.
+bool FusionModule::waitsForRadar(const SystemTrack& systemTrack) const {
+    const double limit = config_.rules.videoRangeStd;
+    if (!(limit > 0.0) || systemTrack.isConfirmed || systemTrack.hasTracks(Source::Radar)) {
+        return false;
+    }
+    const std::optional<double>& radarTime = workspace_->radarTime;
+    const bool isSilent =
+        !radarTime || !(workspace_->frameTime - *radarTime < config_.rules.radarSilence);
+    const double rangeStd = std::sqrt(systemTrack.covariance(4, 4));
+    if (isSilent || rangeStd < limit) {
+        return false;
+    }
+    if (observer_ != nullptr) {
+        observer_->onConfirmationWithheld(systemTrack.id, rangeStd, limit);
+    }
+    return true;
 }
 
 /// A radar track that may feed several system tracks leaves a radar-only one beside the fused ones.

@@ -4,6 +4,7 @@
 
 #include <veskar/FusionModule.h>
 
+#include "association/AssociationRules.h"
 #include "association/HeldTracks.h"
 #include "fusion/Explanation.h"
 #include "fusion/IdSet.h"
@@ -42,13 +43,19 @@ struct FusionModule::Arrivals {
 /// The parts that a frame works with, and its memory, kept so that a warm module allocates little.
 struct FusionModule::Workspace {
     /// @param config must outlive this
-    explicit Workspace(const Config& config) : gate(config), explanation(config.module, gate) {}
+    /// @param sharedRules of the associator; must outlive this
+    Workspace(const Config& config, AssociationRules& sharedRules)
+        : rules(sharedRules), gate(config), explanation(config.module, gate, sharedRules) {}
 
+    AssociationRules& rules;
+    double frameTime = 0.0;           ///< of the frame at hand, s
+    std::optional<double> radarTime;  ///< of the last radar frame, s
     Gate gate;
     Explanation explanation;
     ReportIndex reports;                          ///< the frame's sensor tracks
-    std::vector<int> refusedSensorTracks;         ///< ids that leave the system track at hand
-    std::unordered_set<int> refusedSystemTracks;  ///< ids of those with a report outside the gate
+    std::vector<int> refusedSensorTracks;         ///< ids with a refused report
+    std::vector<int> leavingSensorTracks;         ///< ids that leave for another reason
+    std::unordered_set<int> refusedSystemTracks;  ///< ids of those with a refused report
     std::vector<const SystemTrack*> mergedAway;   ///< system tracks merged into others
     std::vector<const SystemTrack*> marked;       ///< system tracks that the frame supports
     HeldTracks heldTracks;                        ///< sensor tracks that system tracks hold

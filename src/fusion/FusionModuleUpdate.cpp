@@ -2,6 +2,7 @@
 // How a frame's sensor tracks update the system tracks.
 #include <veskar/FusionModule.h>
 
+#include "association/ClassRule.h"
 #include "fusion/FusionModuleState.h"
 #include "fusion/SystemTracks.h"
 #include "track/Support.h"
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <functional>
+#include <utility>
 
 namespace Veskar {
 namespace {
@@ -61,9 +63,10 @@ void FusionModule::continueTracks(Source source,
     }
 }
 
-/// Only a system track that radar and video support can do without one of them, so only there does
-/// the gate refuse reports. A refused report is still fused before its sensor track leaves.
+/// Only a system track that radar and video support can do without one of them, so only there are
+/// reports refused. A refused report is still fused before its sensor track leaves.
 void FusionModule::continueSystemTrack(SystemTrack& systemTrack, Source source) {
+    using Refusal = FusionObserver::Refusal;
     const bool mayRefuse = isFused(systemTrack);
     std::vector<int>& refused = workspace_->refusedSensorTracks;
     refused.clear();
@@ -77,35 +80,73 @@ void FusionModule::continueSystemTrack(SystemTrack& systemTrack, Source source) 
             const Gate& gate = workspace_->gate;
             const Gate::Outcome outcome =
                 gate.evaluate(gate.factsOf(systemTrack), gate.factsOf(report));
-            const bool isRefused =
-                mayRefuse && refusesReport(systemTrack, report, source, outcome.passed());
-            if (isRefused) {
+            const Refusal refusal = mayRefuse
+                                        ? judgeReport(systemTrack, report, source, outcome.passed())
+                                        : Refusal::None;
+            if (refusal != Refusal::None) {
                 refused.push_back(id);
             }
             if (observer_ != nullptr) {
                 workspace_->explanation.continuation(*observer_, systemTrack, report, outcome,
-                                                     isRefused);
+                                                     refusal);
             }
         }
         fuseReport(systemTrack, *found);
     }
+    if (source == Source::Radar && config_.rules.radarKeepsSystemTrack && !refused.empty()) {
+        releaseOthers(systemTrack, Source::VideoObject, std::nullopt,
+                      FusionObserver::PruningReason::PartnerRefused);
+        return;
+    }
     for (const int id : refused) {
-        if (observer_ != nullptr) {
-            const Track& leaving = dereference(systemTrack.getSensorTracks(source).at(id));
-            observer_->onPruning({systemTrack.id, source, id, leaving.coastingTime});
-        }
-        systemTrack.pruneSensorTracksByIdx(source, id);
+        release(systemTrack, source, id, FusionObserver::PruningReason::Refused);
     }
 }
 
-bool FusionModule::refusesReport(const SystemTrack& systemTrack, const Track& report, Source source,
-                                 bool isInsideGate) {
+FusionObserver::Refusal FusionModule::judgeReport(const SystemTrack& systemTrack,
+                                                  const Track& report, Source source,
+                                                  bool isInsideGate) {
+    using Refusal = FusionObserver::Refusal;
+    const bool isRadar = source == Source::Radar;
+    const Track& other = *firstTrack(systemTrack, comparedSource(source));
+    Refusal refusal = Refusal::None;
     if (!isInsideGate) {
-        workspace_->refusedSystemTracks.insert(systemTrack.id);
-        return true;
+        refusal = Refusal::OutsideGate;
+    } else if (workspace_->rules.areApart(report, other)) {
+        refusal = Refusal::PairTooFar;
+    } else if (workspace_->rules.disagree(isRadar ? report : other, isRadar ? other : report)) {
+        refusal = Refusal::PairDisagrees;
     }
-    return config_.module.removeClassMismatches &&
-           !associator_.haveMatchingClasses(systemTrack, report, source);
+    if (refusal != Refusal::None) {
+        workspace_->refusedSystemTracks.insert(systemTrack.id);
+        return refusal;
+    }
+    const bool isMismatch = config_.module.removeClassMismatches &&
+                            !associator_.haveMatchingClasses(systemTrack, report, source);
+    return isMismatch ? Refusal::ClassMismatch : Refusal::None;
+}
+
+void FusionModule::release(SystemTrack& systemTrack, Source source, int id,
+                           FusionObserver::PruningReason reason) {
+    if (observer_ != nullptr) {
+        const Track& leaving = dereference(systemTrack.getSensorTracks(source).at(id));
+        observer_->onPruning({systemTrack.id, source, id, leaving.coastingTime, reason});
+    }
+    systemTrack.pruneSensorTracksByIdx(source, id);
+}
+
+void FusionModule::releaseOthers(SystemTrack& systemTrack, Source source, std::optional<int> kept,
+                                 FusionObserver::PruningReason reason) {
+    std::vector<int>& leaving = workspace_->leavingSensorTracks;
+    leaving.clear();
+    for (const auto& entry : systemTrack.getSensorTracks(source)) {
+        if (entry.first != kept) {
+            leaving.push_back(entry.first);
+        }
+    }
+    for (const int id : leaving) {
+        release(systemTrack, source, id, reason);
+    }
 }
 
 void FusionModule::mergeSystemTracks() {
@@ -124,15 +165,18 @@ void FusionModule::mergeSystemTracks() {
     // A pair can come in both orientations: then the first one counts.
     for (const auto& [row, col] :
          associator_.systemToSystemAssociation(systemTracks, workspace_->refusedSystemTracks)) {
-        SystemTrack& survivor = dereference(elementAt(systemTracks, row));
-        SystemTrack& other = dereference(elementAt(systemTracks, col));
-        if (!isMergedAway(survivor) && !isMergedAway(other)) {
-            if (observer_ != nullptr) {
-                observer_->onMerge(survivor.id, other.id);
-                observer_->onDeletion(other.id, FusionObserver::DeletionReason::Merged);
+        SystemTrack* survivor = &dereference(elementAt(systemTracks, row));
+        SystemTrack* other = &dereference(elementAt(systemTracks, col));
+        if (!isMergedAway(*survivor) && !isMergedAway(*other)) {
+            if (workspace_->rules.survivesInstead(*survivor, *other)) {
+                std::swap(survivor, other);
             }
-            merge(survivor, other);
-            mergedAway.push_back(&other);
+            if (observer_ != nullptr) {
+                observer_->onMerge(survivor->id, other->id);
+                observer_->onDeletion(other->id, FusionObserver::DeletionReason::Merged);
+            }
+            merge(*survivor, *other);
+            mergedAway.push_back(other);
         }
     }
     eraseIf(systemTracks, isMergedAway);
@@ -151,11 +195,13 @@ void FusionModule::associateTracks(Source source,
         SystemTrack& systemTrack = dereference(elementAt(systemTracks, systemIndex));
         const std::shared_ptr<Track>& pointer = elementAt(tracks, sensorIndex);
         const Track& track = dereference(pointer);
-        if (!systemTrack.hasTracks(track.source)) {
+        if (workspace_->rules.isOpen(systemTrack, track.source)) {
             if (observer_ != nullptr) {
                 observer_->onAssignment({systemTrack.id, track.source, track.id});
             }
             fuseReport(systemTrack, pointer);
+            releaseOthers(systemTrack, track.source, track.id,
+                          FusionObserver::PruningReason::TakenOver);
             workspace_->marked.push_back(&systemTrack);
         }
     }

@@ -15,6 +15,8 @@ void FusionObserver::onStart(const Link&) {}
 void FusionObserver::onConfirmation(int, double, double) {}
 void FusionObserver::onPruning(const Pruning&) {}
 void FusionObserver::onDeletion(int, DeletionReason) {}
+void FusionObserver::onConfirmationWithheld(int, double, double) {}
+void FusionObserver::onStartWithheld(Source, int, double) {}
 bool FusionObserver::wantsDecisions() const {
     return true;
 }

@@ -44,9 +44,10 @@ TEST_F(FusionMemory, StaysBoundedOverAMillionFramesWithChurningIds) {
 
 TEST_F(FusionMemory, AllocatesInASteadyStateNoMoreThanTheFramesLists) {
     constexpr int objects = 64;
-    for (const bool useJVA : {true, false}) {
+    for (const int variant : {0, 1, 2, 3}) {
         restart();
-        config.module.useJVA = useJVA;
+        config.module.useJVA = variant % 2 != 0;
+        config.rules = variant < 2 ? Veskar::Config::Rules() : Veskar::Config::defaults().rules;
         const auto frame = [&](auto make, double time) {
             Tracks tracks;
             for (int id = 1; id <= objects; ++id) {
@@ -62,7 +63,7 @@ TEST_F(FusionMemory, AllocatesInASteadyStateNoMoreThanTheFramesLists) {
             showVideo(time, videoTracks);
             showRadar(time, radarTracks);
             if (i >= 5) {
-                EXPECT_LE(allocations.count(), 4U) << "for two frames of 64 reports";
+                EXPECT_LE(allocations.count(), 4U) << "two frames of 64 reports, " << variant;
             }
         }
         EXPECT_EQ(module().systemTracks.size(), static_cast<std::size_t>(objects));

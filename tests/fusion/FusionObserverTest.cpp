@@ -305,13 +305,15 @@ TEST_F(FusionObserverTest, HearsOfMergeCandidatesAndMerges) {
     EXPECT_THAT(heard.deletions, ElementsAre(std::pair(2, DeletionReason::Merged)));
 }
 
-TEST_F(FusionObserverTest, HearsOfNoMergeCandidatesOfTheSameAge) {
+TEST_F(FusionObserverTest, HearsThatMergeCandidatesOfTheSameAgeStayApart) {
     showVideo(10.0, {video(1, 10.0)});
     fuseRadar(10.0, {radar(1, 10.0, {far})});
     ASSERT_THAT(systemIds(), ElementsAre(1, 2));
     watch();
     fuseRadar(10.1, {radar(1, 10.1)});
-    EXPECT_THAT(heard.mergeCandidates, IsEmpty());
+    ASSERT_THAT(heard.mergeCandidates, SizeIs(1));
+    EXPECT_EQ(heard.mergeCandidates[0].gate.verdict, GateVerdict::Passed);
+    EXPECT_EQ(heard.mergeCandidates[0].hindrance, FusionObserver::MergeHindrance::SameStart);
     EXPECT_THAT(heard.merges, IsEmpty());
 }
 
