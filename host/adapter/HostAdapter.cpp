@@ -49,7 +49,7 @@ HostAdapter::HostAdapter(const Installation& installation, const Config& config,
       radarFloor_(floorFor(camera_.camera(), parameters)) {}
 
 std::vector<std::shared_ptr<Track>> HostAdapter::convert(const SensorFrame& frame, double uptime,
-                                                         double ahead) const {
+                                                         double ahead, double slowInterval) const {
     const Moment when{frame.time + uptime + ahead, ahead, frame.source};
     std::vector<std::shared_ptr<Track>> tracks;
     tracks.reserve(frame.tracks.size());
@@ -58,7 +58,7 @@ std::vector<std::shared_ptr<Track>> HostAdapter::convert(const SensorFrame& fram
         const ReportBase& base = baseOf(report);
         const bool isPredicted = ahead > 0.0;
         track->probability = isPredicted ? parameters_.predictedGain : gainOf(base, frame.source);
-        track->coastingTime = isPredicted ? 0.0 : base.coasting;
+        track->coastingTime = coastingOf(base, isPredicted, slowInterval);
         tracks.push_back(std::move(track));
     }
     return tracks;
@@ -72,6 +72,14 @@ double HostAdapter::gainOf(const ReportBase& report, Source source) const {
         return parameters_.tentativeGain;
     }
     return source == Radar ? parameters_.radarGain : parameters_.videoGain;
+}
+
+double HostAdapter::coastingOf(const ReportBase& report, bool isPredicted,
+                               double slowInterval) const {
+    if (slowInterval > 0.0 && parameters_.nominalInterval > 0.0) {
+        return report.coasting * parameters_.nominalInterval / slowInterval;
+    }
+    return isPredicted ? 0.0 : report.coasting;
 }
 
 std::shared_ptr<Track> HostAdapter::convert(const VideoReport& report, const Moment& when) const {

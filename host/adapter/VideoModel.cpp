@@ -1,10 +1,28 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <veskar-host/Projection.h>
 #include <veskar-host/VideoModel.h>
 
 #include <algorithm>
 #include <cmath>
 
 namespace Veskar::Host {
+namespace {
+
+/// Boxes that end closer to the image border than this (image units) are cut.
+constexpr double borderWidth = 0.005;
+
+/// Where the image border cuts a box, so that the middle of its lower edge is not where the object
+/// stands.
+struct Cut {
+    explicit Cut(const ImageBox& box)
+        : atSide(box.left < borderWidth - 1.0 || box.right > 1.0 - borderWidth),
+          below(box.bottom < borderWidth - 1.0) {}
+
+    bool atSide;
+    bool below;
+};
+
+}  // namespace
 
 VideoModel::VideoModel(const Camera& camera, const Config::VideoInput& noise,
                        const HostParameters& parameters)
@@ -22,6 +40,13 @@ double VideoModel::pseudoRangeStd(const Camera::RangeToTarget& pseudo, double v)
                                          noise_.uvPositionStd / camera_.getAspectRatio())
             .range;
     return std::clamp(std::abs(moved), noise_.minimumPseudoRangeStd, noise_.maximumPseudoRangeStd);
+}
+
+/// To first order, for ranges far above the camera's height.
+double VideoModel::slopeRangeStd(double range) const {
+    return parameters_.groundSlopeStd > 0.0 ? range * range / camera_.getPosition()[2] *
+                                                  std::tan(radians(parameters_.groundSlopeStd))
+                                            : 0.0;
 }
 
 double VideoModel::pseudoRangeRate(double u, double v, const Eigen::Vector2d& velocity) const {
@@ -53,13 +78,30 @@ FusionEstimate VideoModel::estimate(const ImageBox& box,
     const double lag = parameters_.rangeStdPerRate * rate;
     const double relative = parameters_.pseudoRangeStdPerRange * range;
     const double base = pseudoRangeStd(pseudo, v);
+    const double slope = slopeRangeStd(range);
     result.covariance.setZero();
     result.covariance.diagonal() << position, speed, position, speed,
-        base * base + relative * relative + lag * lag,
+        base * base + relative * relative + lag * lag + slope * slope,
         noise_.pseudoRangeDotStd * noise_.pseudoRangeDotStd;
     result.covariance(0, 2) = result.covariance(2, 0) = noise_.uvCorrelation * position;
     result.covariance(1, 3) = result.covariance(3, 1) = noise_.uvCorrelation * speed;
+    if (parameters_.cutBoxStd > 0.0) {
+        widenWhereCut(box, result.covariance);
+    }
     return result;
+}
+
+void VideoModel::widenWhereCut(const ImageBox& box, StateMatrix& covariance) const {
+    const Cut cut(box);
+    const double wide = parameters_.cutBoxStd * parameters_.cutBoxStd;
+    if (cut.atSide) {
+        covariance(0, 0) += wide;
+        covariance(4, 4) =
+            std::max(covariance(4, 4), noise_.maximumPseudoRangeStd * noise_.maximumPseudoRangeStd);
+    }
+    if (cut.below) {
+        covariance(2, 2) += wide;
+    }
 }
 
 }  // namespace Veskar::Host

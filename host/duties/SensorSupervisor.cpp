@@ -83,6 +83,7 @@ std::optional<AddedFrame> SensorSupervisor::nextBefore(double now) {
     if (isBelieved(sensor)) {
         added.basis = &sensor.frame;
         added.ahead = elapsed;
+        added.slowInterval = sensor.interval;
         lastReport_ = sensor.due;
         postpone(sensor, parameters_.predictionInterval);
     } else if (source == VideoObject) {
@@ -92,6 +93,11 @@ std::optional<AddedFrame> SensorSupervisor::nextBefore(double now) {
         return nextBefore(now);
     }
     return added;
+}
+
+double SensorSupervisor::slowInterval(Source source) const {
+    const auto sensor = sensors_.find(source);
+    return sensor != sensors_.end() && isSlow(sensor->second) ? sensor->second.interval : 0.0;
 }
 
 std::optional<AddedFrame> SensorSupervisor::videoFor(double time, double now) {

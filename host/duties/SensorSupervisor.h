@@ -20,6 +20,7 @@ struct AddedFrame {
     double received = 0.0;               ///< when it is due on the host's clock, s
     const SensorFrame* basis = nullptr;  ///< frame to be predicted; null: the added frame is empty
     double ahead = 0.0;                  ///< prediction time of `basis`, s
+    double slowInterval = 0.0;           ///< interval of the frames of `basis`'s sensor, s
 };
 
 /// Watches the frames of the sensors and determines the frames to add.
@@ -39,6 +40,9 @@ public:
     std::optional<AddedFrame> videoFor(double time, double now);
     /// @param frame a frame that has arrived
     void saw(const SensorFrame& frame);
+    /// @param source a sensor
+    /// @return the interval of its frames, s; 0 if it is not slow
+    double slowInterval(Source source) const;
 
 private:
     struct Sensor {

@@ -63,7 +63,9 @@ public:
         addBefore(frame.received);
         supervisor_.saw(frame);
         ++(frame.source == Radar ? counts_.radarFrames : counts_.videoFrames);
-        hand({frame.source, frame.time, adapter_.convert(frame, uptime_)}, frame.received);
+        const double slowInterval = supervisor_.slowInterval(frame.source);
+        hand({frame.source, frame.time, adapter_.convert(frame, uptime_, 0.0, slowInterval)},
+             frame.received);
         throwWhatTheSinkThrew();
     }
 
@@ -87,7 +89,8 @@ private:
             ++counts_.addedFrames;
             Tracks tracks;
             if (added->basis != nullptr) {
-                tracks = adapter_.convert(*added->basis, uptime_, added->ahead);
+                tracks =
+                    adapter_.convert(*added->basis, uptime_, added->ahead, added->slowInterval);
             }
             hand({added->source, added->time, std::move(tracks)}, added->received);
         }

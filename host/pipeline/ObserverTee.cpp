@@ -70,6 +70,18 @@ void ObserverTee::onDeletion(int systemTrackId, DeletionReason reason) {
     }
 }
 
+void ObserverTee::onStartWithheld(Source source, int sensorTrackId, double coastingTime) {
+    if (next_ != nullptr) {
+        next_->onStartWithheld(source, sensorTrackId, coastingTime);
+    }
+}
+
+void ObserverTee::onConfirmationWithheld(int systemTrackId, double rangeStd, double limit) {
+    if (next_ != nullptr) {
+        next_->onConfirmationWithheld(systemTrackId, rangeStd, limit);
+    }
+}
+
 bool ObserverTee::wantsDecisions() const {
     return next_ != nullptr && next_->wantsDecisions();
 }

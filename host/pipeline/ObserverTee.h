@@ -27,6 +27,8 @@ public:
     void onConfirmation(int systemTrackId, double probability, double limit) override;
     void onPruning(const Pruning& pruning) override;
     void onDeletion(int systemTrackId, DeletionReason reason) override;
+    void onStartWithheld(Veskar::Source source, int sensorTrackId, double coastingTime) override;
+    void onConfirmationWithheld(int systemTrackId, double rangeStd, double limit) override;
     bool wantsDecisions() const override;
 
 private:

@@ -40,10 +40,14 @@ public:
     /// @param frame one frame of a sensor
     /// @param uptime offset of the module's time base to the frame's, s
     /// @param ahead seconds by which the tracks are predicted with constant velocity before they
-    ///              are converted; if positive, their coasting times are set to 0
+    ///              are converted; if positive, their coasting times are set to 0 unless they
+    ///              are scaled
+    /// @param slowInterval interval of the sensor's frames if it is slow, s, or 0; with
+    ///                     "nominalInterval" its coasting times are scaled
     /// @return its tracks in the same order, at the frame's time plus uptime plus ahead
     std::vector<std::shared_ptr<Track>> convert(const SensorFrame& frame, double uptime = 0.0,
-                                                double ahead = 0.0) const;
+                                                double ahead = 0.0,
+                                                double slowInterval = 0.0) const;
 
     /// @return the camera's geometry
     const Projection& projection() const { return camera_; }
@@ -60,6 +64,7 @@ private:
     std::shared_ptr<Track> convert(const RadarReport& report, const Moment& when) const;
     std::shared_ptr<Track> convert(const ReadyEstimate& report, const Moment& when) const;
     double gainOf(const ReportBase& report, Source source) const;
+    double coastingOf(const ReportBase& report, bool isPredicted, double slowInterval) const;
     Label radarClass(const RadarReport& report, double speed) const;
     ImageBox expectedBox(const Eigen::Vector2d& ground, const FusionEstimate& estimate,
                          const std::string& className) const;

@@ -37,6 +37,15 @@ struct VESKAR_HOST_EXPORT HostParameters {
     /// predict the range between reports.
     double rangeStdPerRate = 0.05;
 
+    /// Standard deviation of the slope of the ground between the camera and an object, degrees. A
+    /// slope s moves the pseudo range R of a camera at height h by R^2 / h tan(s). 0: the ground is
+    /// flat.
+    double groundSlopeStd = 0.0;
+    /// Standard deviation that is added in quadrature to that of the image position, in the
+    /// direction in which the image border cuts a box; that of the pseudo range of a box that is
+    /// cut at a side is at least "maximumPseudoRangeStd". 0: a cut box is taken as it is.
+    double cutBoxStd = 0.0;
+
     double unknownImageVelocityStd = 0.3;    ///< of a video track without velocity, 1/s
     double unknownTangentialSpeedStd = 3.0;  ///< of a radar track with a radial speed only, m/s
     double predictedAccelerationStd = 1.0;   ///< process noise of the host's predictions, m/s^2
@@ -54,6 +63,11 @@ struct VESKAR_HOST_EXPORT HostParameters {
     double slowInterval = 0.4;
     /// Interval of predicted frames, s.
     double predictionInterval = 0.2;
+    /// Coasting times of a slow sensor are scaled as if it sent its frames at this interval, in
+    /// predicted reports, too: the limits of the fusion are made for sensors that send ten frames a
+    /// second, and a slow sensor that misses an object once would lose its track. 0: coasting times
+    /// are taken as reported, and predicted reports do not coast.
+    double nominalInterval = 0.0;
     /// Prediction ends when no frame has come for this many frame intervals of the sensor.
     double belief = 1.5;
     /// Longest prediction without a frame, s; also bounds the number of frames added during a gap.

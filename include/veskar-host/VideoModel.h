@@ -20,6 +20,8 @@ namespace Veskar::Host {
 /// "uvCorrelation" are the noise of the image position and its rate; "minimumAngle" limits the
 /// pseudo range; its standard deviation is what "uvPositionStd" moves it by, kept between
 /// "minimumPseudoRangeStd" and "maximumPseudoRangeStd"; "pseudoRangeDotStd" is that of its rate.
+/// HostParameters add to that what sloping ground ("groundSlopeStd") and a box that the image
+/// border cuts ("cutBoxStd") make uncertain.
 ///
 /// Never changes once it is made: several threads may use one.
 class VESKAR_HOST_EXPORT VideoModel {
@@ -40,6 +42,8 @@ private:
     /// @param pseudo pseudo range in row v
     /// @return its standard deviation, m, without the adapter's additions
     double pseudoRangeStd(const Camera::RangeToTarget& pseudo, double v) const;
+    double slopeRangeStd(double range) const;
+    void widenWhereCut(const ImageBox& box, StateMatrix& covariance) const;
     double pseudoRangeRate(double u, double v, const Eigen::Vector2d& velocity) const;
 
     Camera camera_;

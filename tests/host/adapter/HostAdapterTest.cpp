@@ -217,3 +217,19 @@ TEST_F(HostAdapterTest, ReadyEstimateIsTakenAsItIs) {
     EXPECT_NEAR(later->state[0], 0.12, 1e-12);
     EXPECT_NEAR(later->state[4], 18.0, 1e-12);
 }
+
+TEST_F(HostAdapterTest, CoastingTimesOfASlowSensorAreScaled) {
+    Veskar::Host::RadarReport report = radarReport(footPoint, walk);
+    report.coasting = 2.5;
+    const SensorFrame frame{Veskar::Radar, 5.0, 5.1, {report}};
+    const auto coasting = [&](double ahead, double slowInterval) {
+        return adapter().convert(frame, 0.0, ahead, slowInterval).at(0)->coastingTime;
+    };
+    EXPECT_EQ(coasting(0.0, 2.5), 2.5) << "only with a nominal interval";
+    EXPECT_EQ(coasting(0.2, 2.5), 0.0);
+    parameters.nominalInterval = 0.1;
+    EXPECT_NEAR(coasting(0.0, 2.5), 0.1, 1e-15);
+    EXPECT_NEAR(coasting(0.2, 2.5), 0.1, 1e-15);
+    EXPECT_EQ(coasting(0.0, 0.0), 2.5) << "only of a slow sensor";
+    EXPECT_EQ(coasting(0.2, 0.0), 0.0);
+}

@@ -122,3 +122,47 @@ TEST_F(VideoModelTest, UnknownVelocityIsZeroAndWide) {
     EXPECT_EQ(result.state[3], 0.0);
     EXPECT_NEAR(result.covariance(1, 1), std::pow(parameters.unknownImageVelocityStd, 2), 1e-15);
 }
+
+TEST_F(VideoModelTest, ASlopeOfTheGroundMovesFarRangesMost) {
+    const auto flat = estimate(report());
+    parameters.groundSlopeStd = 2.0;
+    const auto sloped = estimate(report());
+    const double R = flat.state[4];
+    const double moved = R * R / camera.getPosition()[2] * std::tan(2.0 * M_PI / 180.0);
+    EXPECT_GT(moved, 0.5);
+    EXPECT_NEAR(sloped.covariance(4, 4) - flat.covariance(4, 4), moved * moved, 1e-9);
+    Veskar::StateMatrix others = sloped.covariance - flat.covariance;
+    others(4, 4) = 0.0;
+    EXPECT_EQ(others.norm(), 0.0);
+    EXPECT_EQ(sloped.state, flat.state);
+}
+
+TEST_F(VideoModelTest, ABoxCutAtASideTellsNeitherColumnNorRange) {
+    noise.maximumPseudoRangeStd = 25.0;
+    parameters.cutBoxStd = 0.3;
+    Veskar::Host::VideoReport whole = report();
+    whole.box = {-0.994, -0.2, -0.9, 0.1};
+    Veskar::Host::VideoReport cut = whole;
+    cut.box.left = -0.996;
+    const auto P = estimate(cut).covariance;
+    EXPECT_NEAR(P(0, 0), std::pow(noise.uvPositionStd, 2) + 0.09, 1e-12);
+    EXPECT_EQ(P(4, 4), 625.0);
+    EXPECT_NEAR(P(2, 2), std::pow(noise.uvPositionStd, 2), 1e-12);
+    EXPECT_NEAR(estimate(whole).covariance(0, 0), std::pow(noise.uvPositionStd, 2), 1e-12);
+    EXPECT_LT(estimate(whole).covariance(4, 4), 625.0);
+    cut.box = {0.9, -0.2, 0.996, 0.1};
+    EXPECT_EQ(estimate(cut).covariance(4, 4), 625.0);
+    parameters.cutBoxStd = 0.0;
+    EXPECT_LT(estimate(cut).covariance(4, 4), 625.0);
+}
+
+TEST_F(VideoModelTest, ABoxCutBelowDoesNotTellItsRow) {
+    parameters.cutBoxStd = 0.3;
+    Veskar::Host::VideoReport cut = report();
+    cut.box.bottom = -0.996;
+    const auto P = estimate(cut).covariance;
+    EXPECT_NEAR(P(2, 2), std::pow(noise.uvPositionStd, 2) + 0.09, 1e-12);
+    EXPECT_NEAR(P(0, 0), std::pow(noise.uvPositionStd, 2), 1e-12);
+    cut.box.bottom = -0.994;
+    EXPECT_NEAR(estimate(cut).covariance(2, 2), std::pow(noise.uvPositionStd, 2), 1e-12);
+}

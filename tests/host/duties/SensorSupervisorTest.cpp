@@ -109,6 +109,21 @@ TEST(SensorSupervisor, ATenHertzRadarIsNeverPredicted) {
     }
 }
 
+TEST(SensorSupervisor, TellsTheIntervalOfASlowSensor) {
+    SensorSupervisor duties;
+    EXPECT_EQ(duties.slowInterval(Veskar::Radar), 0.0);
+    for (const double time : {1.0, 2.5, 4.0}) {
+        duties.saw(frame(Veskar::VideoObject, time, time));
+        duties.saw(frame(Veskar::Radar, time, time));
+    }
+    EXPECT_EQ(duties.slowInterval(Veskar::Radar), 1.5);
+    const auto added = duties.nextBefore(4.3);
+    ASSERT_TRUE(added);
+    EXPECT_EQ(added->slowInterval, 1.5);
+    duties.saw(frame(Veskar::Radar, 4.1, 4.1));
+    EXPECT_EQ(duties.slowInterval(Veskar::Radar), 0.0);
+}
+
 TEST(SensorSupervisor, AGapDoesNotMakeASensorSlow) {
     SensorSupervisor duties;
     for (const double time : {1.0, 1.1, 1.2, 4.2}) {

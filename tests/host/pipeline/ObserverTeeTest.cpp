@@ -33,6 +33,12 @@ public:
     void onConfirmation(int systemTrackId, double probability, double limit) override {
         add("confirmation", systemTrackId + probability + limit);
     }
+    void onStartWithheld(Veskar::Source /*source*/, int sensorTrackId, double coasting) override {
+        add("start withheld", sensorTrackId + coasting);
+    }
+    void onConfirmationWithheld(int systemTrackId, double rangeStd, double limit) override {
+        add("confirmation withheld", systemTrackId + rangeStd + limit);
+    }
     void onPruning(const Pruning& pruning) override { add("pruning", pruning.coastingTime); }
     void onDeletion(int systemTrackId, DeletionReason reason) override {
         add("deletion", systemTrackId + (reason == DeletionReason::RadarCopy ? 1000 : 0));
@@ -62,7 +68,9 @@ void tellEverything(FusionObserver& observer) {
     observer.onAssignment({1, Veskar::Radar, 5});
     observer.onMerge(6, 7);
     observer.onStart({1, Veskar::Radar, 8});
+    observer.onStartWithheld(Veskar::Radar, 11, 0.125);
     observer.onConfirmation(9, 0.25, 0.5);
+    observer.onConfirmationWithheld(12, 0.25, 0.5);
     FusionObserver::Pruning pruning;
     pruning.coastingTime = 0.75;
     observer.onPruning(pruning);
@@ -76,15 +84,17 @@ TEST(ObserverTee, HandsEverythingOn) {
     ObserverTee tee;
     tee.setNext(&listener);
     tellEverything(tee);
-    EXPECT_THAT(listener.told,
-                ElementsAre(std::pair("frame", 1.5), std::pair("continuation", 2.0),
-                            std::pair("candidate", 3.0), std::pair("merge candidate", 4.0),
-                            std::pair("assignment", 5.0), std::pair("merge", 607.0),
-                            std::pair("start", 8.0), std::pair("confirmation", 9.75),
-                            std::pair("pruning", 0.75), std::pair("deletion", 1010.0)));
+    EXPECT_THAT(
+        listener.told,
+        ElementsAre(std::pair("frame", 1.5), std::pair("continuation", 2.0),
+                    std::pair("candidate", 3.0), std::pair("merge candidate", 4.0),
+                    std::pair("assignment", 5.0), std::pair("merge", 607.0),
+                    std::pair("start", 8.0), std::pair("start withheld", 11.125),
+                    std::pair("confirmation", 9.75), std::pair("confirmation withheld", 12.75),
+                    std::pair("pruning", 0.75), std::pair("deletion", 1010.0)));
     tee.setNext(nullptr);
     tellEverything(tee);
-    EXPECT_EQ(listener.told.size(), 10U);
+    EXPECT_EQ(listener.told.size(), 12U);
 }
 
 TEST(ObserverTee, RemembersTheLastFrameUntilItIsTaken) {
