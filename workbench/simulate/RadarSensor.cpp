@@ -4,6 +4,7 @@
 #include <veskar-host/Projection.h>
 
 #include "HostLibrary.h"
+#include "simulate/Sight.h"
 
 #include <algorithm>
 #include <array>
@@ -18,6 +19,7 @@ constexpr double dopplerStd = 0.2;  // m/s
 
 RadarSensor::RadarSensor(const Scenario& scenario, std::uint64_t seed)
     : traits_(scenario.radarSensor),
+      walls_(scenario.walls),
       position_(truePose(scenario.radar.mounting, traits_.mountingError).position),
       fromDevice_(truePose(scenario.radar.mounting, traits_.mountingError).rotation().transpose()),
       halfAngle_(0.5 * scenario.radar.fieldOfView),
@@ -68,6 +70,14 @@ bool RadarSensor::isHidden(const ObjectState& object,
     });
 }
 
+double RadarSensor::chanceOfDetection(const ObjectState& object,
+                                      const std::vector<ObjectState>& objects) const {
+    if (isBehindWall(walls_, position_.head<2>(), object.centre)) {
+        return 0.0;
+    }
+    return (isHidden(object, objects) ? traits_.hiddenFactor : 1.0) * traits_.detectionProbability;
+}
+
 std::vector<RadarDetection> RadarSensor::resolve(std::vector<RadarDetection> reflections) const {
     // Reflections in one resolution cell merge into one at their mean.
     std::vector<RadarDetection> resolved;
@@ -102,8 +112,8 @@ std::vector<Report> RadarSensor::look(double time, const std::vector<ObjectState
     std::vector<RadarDetection> reflections;
     for (const ObjectState& object : objects) {
         const std::optional<RadarDetection> reflection = reflect(object, dt);
-        const double factor = isHidden(object, objects) ? traits_.hiddenFactor : 1.0;
-        if (random_.chance(factor * traits_.detectionProbability) && reflection) {
+        if (random_.chance(chanceOfDetection(object, objects)) && reflection &&
+            !(std::abs(*reflection->radialSpeed) < traits_.minimumRadialSpeed)) {
             reflections.push_back(*reflection);
         }
     }

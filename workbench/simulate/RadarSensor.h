@@ -38,10 +38,13 @@ public:
 
 private:
     std::optional<RadarDetection> reflect(const ObjectState& object, double dt);
+    double chanceOfDetection(const ObjectState& object,
+                             const std::vector<ObjectState>& objects) const;
     bool isHidden(const ObjectState& object, const std::vector<ObjectState>& objects) const;
     std::vector<RadarDetection> resolve(std::vector<RadarDetection> reflections) const;
 
     const RadarTraits& traits_;
+    const std::vector<Wall>& walls_;
     Eigen::Vector3d position_;    ///< true position, device frame, m
     Eigen::Matrix3d fromDevice_;  ///< rotation into the radar's frame
     double halfAngle_;            ///< of the field of view, degrees

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulate/Simulation.h"
 
+#include "simulate/Sight.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -72,8 +74,12 @@ void Simulation::recordTruth(double time) {
         object.velocity = state.velocity;
         object.size = state.traits->size;
         object.centre = state.centre;
-        object.inVideo = statedCamera_.sees({object.position[0], object.position[1], 0.0});
-        object.inRadar = radar_.measure(object.position, object.velocity).has_value();
+        object.inVideo =
+            statedCamera_.sees({object.position[0], object.position[1], 0.0}) &&
+            !isBehindWall(scenario_.walls, statedCamera_.origin().head<2>(), state.centre);
+        object.inRadar = radar_.measure(object.position, object.velocity).has_value() &&
+                         !isBehindWall(scenario_.walls, scenario_.radar.mounting.position.head<2>(),
+                                       state.centre);
         frame.objects.push_back(object);
     }
     underway_.emplace(time, std::move(frame));

@@ -3,6 +3,8 @@
 
 #include <veskar-host/UsualSize.h>
 
+#include "simulate/Sight.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -31,6 +33,7 @@ constexpr ImageBox wholeImage{-1.0, -1.0, 1.0, 1.0};
 
 VideoSensor::VideoSensor(const Scenario& scenario, std::uint64_t seed)
     : traits_(scenario.video),
+      walls_(scenario.walls),
       camera_(mountedCamera(scenario)),
       random_(seed, "video"),
       falseObjects_(traits_, camera_.origin().head<2>(), radians(scenario.camera.mounting.yaw),
@@ -55,7 +58,8 @@ std::vector<VideoSensor::View> VideoSensor::views(const std::vector<ObjectState>
     for (const ObjectState& object : objects) {
         const Eigen::Vector3d middle(object.centre[0], object.centre[1],
                                      0.5 * object.traits->size[2]);
-        if (camera_.sees(middle)) {
+        if (camera_.sees(middle) &&
+            !isBehindWall(walls_, camera_.origin().head<2>(), object.centre)) {
             result.push_back({&object, boxOf(camera_, object),
                               (object.nearestPoint() - camera_.origin().head<2>()).norm(), 0.0});
         }

@@ -49,6 +49,7 @@ private:
     Label classOf(const ObjectTraits& object);
 
     const VideoTraits& traits_;
+    const std::vector<Wall>& walls_;
     Projection camera_;  ///< with its true pose
     Random random_;
     FalseObjects falseObjects_;

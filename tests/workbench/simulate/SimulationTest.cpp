@@ -89,6 +89,12 @@ double countTracks(const std::vector<SensorFrame>& frames) {
     return count;
 }
 
+int detectedIn(const SensorFrame& frame) {
+    return static_cast<int>(std::count_if(
+        frame.tracks.begin(), frame.tracks.end(),
+        [](const Workbench::Report& track) { return baseOf(track).coasting == 0.0; }));
+}
+
 // The walker's ground position at a time of the clean scene.
 Eigen::Vector2d walkerAt(double time) {
     return {25.0 - 0.25, -6.0 + 1.5 * time};
@@ -223,6 +229,43 @@ TEST(Simulation, ACarHidesWhatIsBehindItFromVideo) {
         }
     }
     EXPECT_GT(hidden, 15);
+}
+
+TEST(Simulation, AWallHidesWhatIsBehindItFromBothSensors) {
+    Scenario scenario = clean();
+    scenario.walls = {{{20.0, -1.0}, {20.0, 1.0}}};
+    const Played played = play(scenario);
+    for (const auto* frames : {&played.video, &played.radar}) {
+        int seen = 0;
+        for (const SensorFrame& frame : *frames) {
+            const bool isBehind = std::abs(walkerAt(frame.time)[1]) < 1.0;
+            const int detected = detectedIn(frame);
+            EXPECT_TRUE(!isBehind || detected == 0) << frame.time;
+            seen += detected;
+        }
+        EXPECT_GT(seen, 50);
+    }
+    for (const TruthFrame& frame : played.truth) {
+        const double y = walkerAt(frame.time)[1];
+        if (std::abs(y) < 1.0 || std::abs(y) > 2.0) {
+            EXPECT_EQ(frame.objects.at(0).inVideo, std::abs(y) > 2.0) << frame.time;
+            EXPECT_EQ(frame.objects.at(0).inRadar, std::abs(y) > 2.0) << frame.time;
+        }
+    }
+}
+
+TEST(Simulation, RadarDoesNotDetectWhatHardlyMovesTowardsIt) {
+    Scenario scenario = clean();
+    scenario.radarSensor.minimumRadialSpeed = 0.2;
+    int seen = 0;
+    for (const SensorFrame& frame : play(scenario).radar) {
+        // The radial speed of the walker, who passes at 25 m, grows with the way from the middle.
+        const double way = std::abs(walkerAt(frame.time)[1]);
+        const int detected = detectedIn(frame);
+        EXPECT_TRUE(way > 2.0 || detected == 0) << frame.time;
+        seen += detected;
+    }
+    EXPECT_GT(seen, 10);
 }
 
 TEST(Simulation, NothingIsSeenOutsideTheFieldOfView) {

@@ -30,6 +30,15 @@ Outage readOutage(const Fields& fields) {
     return outage;
 }
 
+Wall readWall(const Fields& fields) {
+    const Keys keys(wallKeys);
+    fields.allowOnly(keys);
+    Wall wall;
+    fields.numbers(keys["from"], wall.from.data());
+    fields.numbers(keys["to"], wall.to.data());
+    return wall;
+}
+
 PersistentFalse readPersistent(const Fields& fields) {
     const Keys keys(persistentKeys);
     fields.allowOnly(keys);
@@ -105,6 +114,7 @@ void readRadarSensor(const Fields& fields, RadarTraits& radar) {
     radar.rangeResolution = fields.number(keys["rangeResolution"], radar.rangeResolution);
     radar.azimuthResolution = fields.number(keys["azimuthResolution"], radar.azimuthResolution);
     radar.hiddenFactor = fields.number(keys["hiddenFactor"], radar.hiddenFactor);
+    radar.minimumRadialSpeed = fields.number(keys["minimumRadialSpeed"], radar.minimumRadialSpeed);
 }
 
 PathMode readMode(const Fields& fields) {
@@ -238,6 +248,10 @@ Scenario scenarioOf(const nlohmann::json& json) {
     scenario.radarSensor.maximumRange = scenario.radar.maximumRange;
     if (fields.has("radarSensor")) {
         readRadarSensor(fields.object("radarSensor"), scenario.radarSensor);
+    }
+    if (fields.has("walls")) {
+        fields.forEach("walls",
+                       [&](const Fields& item) { scenario.walls.push_back(readWall(item)); });
     }
     std::size_t objects = 0;
     fields.forEach("objects", [&](const Fields& item) {

@@ -43,6 +43,12 @@ struct Outage {
     double to = 0.0;    ///< s
 };
 
+/// A straight wall that nothing is seen through or over.
+struct Wall {
+    Eigen::Vector2d from{0.0, 0.0};  ///< one end, device frame, m
+    Eigen::Vector2d to{0.0, 0.0};    ///< the other end
+};
+
 /// A place where a sensor repeatedly detects a false object.
 struct PersistentFalse {
     Eigen::Vector2d position{0.0, 0.0};                   ///< device frame, m
@@ -91,6 +97,9 @@ struct RadarTraits : SensorTraits {
     double rangeResolution = 1.0;    ///< closer objects merge, m
     double azimuthResolution = 5.0;  ///< closer objects merge, degrees
     double hiddenFactor = 0.5;       ///< factor of the detection probability behind another object
+    /// Objects with a lower radial speed, m/s, are filtered out, as still ones are by radars that
+    /// tell moving objects from the background by their Doppler shift.
+    double minimumRadialSpeed = 0.0;
 };
 
 /// A scene.
@@ -103,6 +112,7 @@ struct Scenario {
     std::optional<Site> site;  ///< geographic position of the scene
     VideoTraits video;
     RadarTraits radarSensor;
+    std::vector<Wall> walls;
     std::vector<ObjectTraits> objects;
 };
 

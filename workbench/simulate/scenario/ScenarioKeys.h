@@ -22,6 +22,7 @@ inline constexpr std::array scenarioKeys{
     Key{"site", Wanted::Object, isOptional},
     Key{"videoSensor", Wanted::Object, isOptional},
     Key{"radarSensor", Wanted::Object, isOptional},
+    Key{"walls", Wanted::Array, isOptional},
     Key{"objects", Wanted::Array},
 };
 
@@ -63,6 +64,7 @@ inline constexpr std::array radarSensorKeys =
                            Key{"rangeResolution", Wanted::Number, isOptional, fromZero},
                            Key{"azimuthResolution", Wanted::Number, isOptional, {0.0, 180.0}},
                            Key{"hiddenFactor", Wanted::Number, isOptional, {0.0, 1.0}},
+                           Key{"minimumRadialSpeed", Wanted::Number, isOptional, fromZero},
                        });
 
 inline constexpr std::array mountingErrorKeys{
@@ -75,6 +77,11 @@ inline constexpr std::array mountingErrorKeys{
 inline constexpr std::array outageKeys{
     Key{"from", Wanted::Number, isRequired, fromZero},
     Key{"to", Wanted::Number, isRequired, fromZero},
+};
+
+inline constexpr std::array wallKeys{
+    Key{"from", Wanted::Array, isRequired, anyNumber, 2},
+    Key{"to", Wanted::Array, isRequired, anyNumber, 2},
 };
 
 inline constexpr std::array persistentKeys{
