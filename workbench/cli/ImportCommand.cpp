@@ -92,6 +92,8 @@ void addKitti(CLI::App& command, Action& action) {
         ->check(within(0.0, 1.0));
     format->add_option("--seed", options->seed, "of the radar's noise and dropout (default: 1)")
         ->check(wholeNumber());
+    format->add_flag("!--incomplete-truth", options->isTruthComplete,
+                     "mark the truth as incomplete: tracks without a label do not count as false");
     addOutput(*format, options->output);
     format->footer(
         "Example:\n  veskar import kitti label_02/0000.txt calib/0000.txt -o 0000.jsonl\n");

@@ -248,7 +248,7 @@ private:
         header.radar.fieldOfView = 120.0;
         header.radar.maximumRange = 120.0;
         header.seed = options_.seed;
-        header.truth = TruthKind::Incomplete;
+        header.truth = options_.isTruthComplete ? TruthKind::Complete : TruthKind::Incomplete;
         return header;
     }
 

@@ -22,6 +22,8 @@ struct KittiOptions {
     double azimuthStd = 1.0;            ///< noise of the simulated radar, degrees
     double detectionProbability = 0.9;  ///< of the simulated radar
     std::uint64_t seed = 1;             ///< of the simulated radar's noise and missed detections
+    /// Whether the labels are all that the sensors can see, as they are of sensors made from them.
+    bool isTruthComplete = true;
 };
 
 /// @param options what to import

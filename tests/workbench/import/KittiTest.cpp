@@ -154,6 +154,13 @@ TEST(Kitti, ATypeWithoutClassIsNamedOnce) {
     EXPECT_EQ(recording.truth.at(1).objects.at(1).className, "vehicle_other");
 }
 
+TEST(Kitti, TruthIsCompleteUnlessSaidOtherwise) {
+    Workbench::KittiOptions options = sample();
+    EXPECT_EQ(importKitti(options).header.truth, Workbench::TruthKind::Complete);
+    options.isTruthComplete = false;
+    EXPECT_EQ(importKitti(options).header.truth, Workbench::TruthKind::Incomplete);
+}
+
 TEST(Kitti, SaysWhatIsWrong) {
     EXPECT_EQ(faultOf(labelLine, "P0: 1 2 3\n"), "c: no line P2");
     EXPECT_EQ(faultOf(labelLine, "\nP2: 700 0 x\n"), "c:2: expected 12 numbers after P2");
