@@ -36,10 +36,31 @@ Json linkOf(int systemTrackId, Veskar::Source source, int sensorTrackId) {
     return Json{{"track", systemTrackId}, {"sensor", sourceName(source)}, {"id", sensorTrackId}};
 }
 
+PairOutcome outcomeOf(const Observer::Continuation& continuation) {
+    switch (continuation.refusal) {
+        case Observer::Refusal::None:
+            return PairOutcome::Fused;
+        case Observer::Refusal::PairTooFar:
+            return PairOutcome::RefusedTooFar;
+        case Observer::Refusal::PairDisagrees:
+            return PairOutcome::RefusedDisagreeing;
+        case Observer::Refusal::OutsideGate:
+        case Observer::Refusal::ClassMismatch:
+            break;  // the verdicts say why
+    }
+    return PairOutcome::FusedThenRefused;
+}
+
 /// Why a pair was not assigned, as far as it is known before the assignment.
 PairOutcome outcomeOf(const Observer::Candidate& candidate) {
+    if (candidate.hindrance == Observer::Hindrance::ReportCoasts) {
+        return PairOutcome::ReportCoasts;
+    }
     if (candidate.gate.verdict != Observer::GateVerdict::Passed) {
         return PairOutcome::OutsideGate;
+    }
+    if (candidate.hindrance == Observer::Hindrance::SeenBesideHeld) {
+        return PairOutcome::SeenBesideHeld;
     }
     return candidate.allowed ? PairOutcome::OthersCostLess : PairOutcome::BetterClassPresent;
 }
@@ -49,8 +70,20 @@ PairOutcome outcomeOf(const Observer::MergeCandidate& candidate) {
     if (candidate.excluded) {
         return PairOutcome::ReportRefused;
     }
-    const bool isInside = candidate.gate.verdict == Observer::GateVerdict::Passed;
-    return isInside ? PairOutcome::OthersCostLess : PairOutcome::OutsideGate;
+    if (candidate.gate.verdict != Observer::GateVerdict::Passed) {
+        return PairOutcome::OutsideGate;
+    }
+    switch (candidate.hindrance) {
+        case Observer::MergeHindrance::SameStart:
+            return PairOutcome::SameStart;
+        case Observer::MergeHindrance::PairUnknown:
+            return PairOutcome::PairUnknown;
+        case Observer::MergeHindrance::PairDisagrees:
+            return PairOutcome::PairDisagrees;
+        case Observer::MergeHindrance::None:
+            break;
+    }
+    return PairOutcome::OthersCostLess;
 }
 
 }  // namespace
@@ -75,8 +108,10 @@ void Explainer::onContinuation(const Continuation& continuation) {
         linkOf(continuation.systemTrackId, continuation.source, continuation.sensorTrackId);
     addGate(record, continuation.gate);
     record["class"] = wordOf(continuation.classVerdict);
-    record["outcome"] =
-        wordOf(continuation.refused ? PairOutcome::FusedThenRefused : PairOutcome::Fused);
+    if (continuation.pairDistance) {
+        record["pairDistance"] = numberOf(*continuation.pairDistance);
+    }
+    record["outcome"] = wordOf(outcomeOf(continuation));
     line_[wordOf(PairKind::Continuation)].push_back(std::move(record));
 }
 
@@ -91,6 +126,10 @@ void Explainer::onCandidate(const Candidate& candidate) {
 void Explainer::onMergeCandidate(const MergeCandidate& candidate) {
     Json record{{"track", candidate.olderId}, {"other", candidate.youngerId}};
     addGate(record, candidate.gate);
+    if (candidate.memory) {
+        record["meanSquaredDistance"] = numberOf(candidate.memory->squaredDistance);
+        record["rivals"] = numberOf(candidate.memory->rivals);
+    }
     record["outcome"] = wordOf(outcomeOf(candidate));
     line_[wordOf(PairKind::MergeCandidate)].push_back(std::move(record));
 }
@@ -118,14 +157,26 @@ void Explainer::onStart(const Link& link) {
         linkOf(link.systemTrackId, link.source, link.sensorTrackId));
 }
 
+void Explainer::onStartWithheld(Veskar::Source source, int sensorTrackId, double coastingTime) {
+    line_[wordOf(EventKind::StartWithheld)].push_back({{"sensor", sourceName(source)},
+                                                       {"id", sensorTrackId},
+                                                       {"coasting", numberOf(coastingTime)}});
+}
+
 void Explainer::onConfirmation(int systemTrackId, double probability, double limit) {
     line_[wordOf(EventKind::Confirmation)].push_back(
         {{"track", systemTrackId}, {"probability", numberOf(probability)}, {"limit", limit}});
 }
 
+void Explainer::onConfirmationWithheld(int systemTrackId, double rangeStd, double limit) {
+    line_[wordOf(EventKind::ConfirmationWithheld)].push_back(
+        {{"track", systemTrackId}, {"rangeStd", numberOf(rangeStd)}, {"limit", limit}});
+}
+
 void Explainer::onPruning(const Pruning& pruning) {
     Json record = linkOf(pruning.systemTrackId, pruning.source, pruning.sensorTrackId);
     record["coasting"] = numberOf(pruning.coastingTime);
+    record["reason"] = wordOf(pruning.reason);
     line_[wordOf(EventKind::Pruning)].push_back(std::move(record));
 }
 

@@ -33,6 +33,8 @@ public:
     void onMerge(int survivorId, int otherId) override;
     void onStart(const Link& link) override;
     void onConfirmation(int systemTrackId, double probability, double limit) override;
+    void onStartWithheld(Veskar::Source source, int sensorTrackId, double coastingTime) override;
+    void onConfirmationWithheld(int systemTrackId, double rangeStd, double limit) override;
     void onPruning(const Pruning& pruning) override;
     void onDeletion(int systemTrackId, DeletionReason reason) override;
 

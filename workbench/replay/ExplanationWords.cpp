@@ -22,8 +22,12 @@ const char* wordOf(EventKind kind) {
     switch (kind) {
         case EventKind::Start:
             return "starts";
+        case EventKind::StartWithheld:
+            return "withheldStarts";
         case EventKind::Confirmation:
             return "confirmations";
+        case EventKind::ConfirmationWithheld:
+            return "withheldConfirmations";
         case EventKind::Pruning:
             return "prunings";
         case EventKind::Deletion:
@@ -38,6 +42,10 @@ const char* wordOf(PairOutcome outcome) {
             return "fused";
         case PairOutcome::FusedThenRefused:
             return "fused, then refused";
+        case PairOutcome::RefusedTooFar:
+            return "fused, then refused: too far from its partner";
+        case PairOutcome::RefusedDisagreeing:
+            return "fused, then refused: disagrees with its partner";
         case PairOutcome::Assigned:
             return "assigned";
         case PairOutcome::Merged:
@@ -50,6 +58,16 @@ const char* wordOf(PairOutcome outcome) {
             return "a candidate of the right class is there";
         case PairOutcome::ReportRefused:
             return "a report was refused in this frame";
+        case PairOutcome::ReportCoasts:
+            return "the report coasts";
+        case PairOutcome::SeenBesideHeld:
+            return "its sensor sees it beside the held track";
+        case PairOutcome::SameStart:
+            return "both started at the same time";
+        case PairOutcome::PairUnknown:
+            return "nothing is remembered of the pair";
+        case PairOutcome::PairDisagrees:
+            return "the pair disagrees";
     }
     return nullptr;
 }
@@ -90,6 +108,20 @@ const char* wordOf(FusionObserver::DeletionReason reason) {
             return "merged";
         case FusionObserver::DeletionReason::RadarCopy:
             return "copy of a shared radar track";
+    }
+    return nullptr;
+}
+
+const char* wordOf(FusionObserver::PruningReason reason) {
+    switch (reason) {
+        case FusionObserver::PruningReason::Coasted:
+            return "coasted";
+        case FusionObserver::PruningReason::Refused:
+            return "its report was refused";
+        case FusionObserver::PruningReason::PartnerRefused:
+            return "the report of its radar partner was refused";
+        case FusionObserver::PruningReason::TakenOver:
+            return "another track of its sensor took its place";
     }
     return nullptr;
 }

@@ -20,16 +20,20 @@ enum class PairKind : std::int32_t {
 
 /// What happened to a system track.
 enum class EventKind : std::int32_t {
-    Start,         ///< it started from a sensor track
-    Confirmation,  ///< it was confirmed
-    Pruning,       ///< a sensor track left it
-    Deletion,      ///< it ended
+    Start,                 ///< it started from a sensor track
+    StartWithheld,         ///< a sensor track started none, because it coasts
+    Confirmation,          ///< it was confirmed
+    ConfirmationWithheld,  ///< it is probable enough, and waits for radar
+    Pruning,               ///< a sensor track left it
+    Deletion,              ///< it ended
 };
 
 /// What became of a compared pair.
 enum class PairOutcome : std::int32_t {
     Fused,               ///< continuation: the report was fused
-    FusedThenRefused,    ///< continuation: the report was fused and cost the sensor track its place
+    FusedThenRefused,    ///< continuation: the report was fused, and then was refused
+    RefusedTooFar,       ///< the same, because it is too far from the other sensor's track
+    RefusedDisagreeing,  ///< the same, because both have disagreed over the last second
     Assigned,            ///< candidate: they belong together from now on
     Merged,              ///< merge candidate: one was folded into the other
     OutsideGate,         ///< not assigned or merged: the gate did not pass
@@ -37,6 +41,11 @@ enum class PairOutcome : std::int32_t {
     BetterClassPresent,  ///< candidate, not allowed: another one inside the gate has the right
                          ///< class
     ReportRefused,       ///< merge candidate, excluded: one of them refused a report in this frame
+    ReportCoasts,        ///< candidate: the report coasts, and only fresh ones are assigned
+    SeenBesideHeld,  ///< candidate: its sensor has seen it beside the track that it would replace
+    SameStart,       ///< merge candidate: both started at the same time
+    PairUnknown,     ///< merge candidate: nothing is remembered of the pair
+    PairDisagrees,   ///< merge candidate: they have disagreed over the last second
 };
 
 /// @param kind of a pair
@@ -58,5 +67,8 @@ const char* wordOf(Veskar::FusionObserver::ClassVerdict verdict);
 /// @param reason why a system track has ended
 /// @return its word
 const char* wordOf(Veskar::FusionObserver::DeletionReason reason);
+/// @param reason why a sensor track has left
+/// @return its word
+const char* wordOf(Veskar::FusionObserver::PruningReason reason);
 
 }  // namespace Workbench

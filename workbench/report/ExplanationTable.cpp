@@ -54,14 +54,23 @@ public:
                          f.integer("id")},
                         {noValue, noValue});
         });
+        forEach(frame, wordOf(EventKind::StartWithheld), [&](const LineFields& f) {
+            events_.add(
+                {pageNumberOf(EventKind::StartWithheld), 0, sensorOf(f, "sensor"), f.integer("id")},
+                {f.number("coasting", noValue), noValue});
+        });
         forEach(frame, wordOf(EventKind::Confirmation), [&](const LineFields& f) {
             events_.add({pageNumberOf(EventKind::Confirmation), f.integer("track"), 0, 0},
                         {f.number("probability", noValue), noValue});
         });
+        forEach(frame, wordOf(EventKind::ConfirmationWithheld), [&](const LineFields& f) {
+            events_.add({pageNumberOf(EventKind::ConfirmationWithheld), f.integer("track"), 0, 0},
+                        {f.number("rangeStd", noValue), noValue});
+        });
         forEach(frame, wordOf(EventKind::Pruning), [&](const LineFields& f) {
             events_.add({pageNumberOf(EventKind::Pruning), f.integer("track"),
                          sensorOf(f, "sensor"), f.integer("id")},
-                        {f.number("coasting", noValue), noValue});
+                        {f.number("coasting", noValue), words_.numberOf(f.text("reason", ""))});
         });
         forEach(frame, wordOf(EventKind::Deletion), [&](const LineFields& f) {
             events_.add({pageNumberOf(EventKind::Deletion), f.integer("track"), 0, 0},

@@ -141,6 +141,7 @@ TEST_F(ExplainerTest, TellsOfContinuationsAndRefusals) {
     explainer.onContinuation(report);
     report.gate = gate(GateVerdict::TooFar);
     report.refused = true;
+    report.refusal = Observer::Refusal::OutsideGate;
     explainer.onContinuation(report);
     const nlohmann::json continuations = explained()["continuations"];
     EXPECT_EQ(
@@ -149,6 +150,86 @@ TEST_F(ExplainerTest, TellsOfContinuationsAndRefusals) {
                               "gate":"passed","class":"match","outcome":"fused"})"));
     EXPECT_EQ(continuations[1]["gate"], "too far");
     EXPECT_EQ(continuations[1]["outcome"], "fused, then refused");
+}
+
+TEST_F(ExplainerTest, SaysWhichRuleRefusesAReport) {
+    const std::pair<Observer::Refusal, const char*> words[] = {
+        {Observer::Refusal::None, "fused"},
+        {Observer::Refusal::OutsideGate, "fused, then refused"},
+        {Observer::Refusal::ClassMismatch, "fused, then refused"},
+        {Observer::Refusal::PairTooFar, "fused, then refused: too far from its partner"},
+        {Observer::Refusal::PairDisagrees, "fused, then refused: disagrees with its partner"}};
+    for (const auto& [refusal, word] : words) {
+        Observer::Continuation report;
+        report.gate = gate();
+        report.refused = refusal != Observer::Refusal::None;
+        report.refusal = refusal;
+        explainer.onContinuation(report);
+    }
+    Observer::Continuation report;
+    report.gate = gate();
+    report.pairDistance = 2.25;
+    explainer.onContinuation(report);
+    const nlohmann::json continuations = explained()["continuations"];
+    for (std::size_t i = 0; i < std::size(words); ++i) {
+        EXPECT_EQ(continuations[i]["outcome"], words[i].second);
+        EXPECT_FALSE(continuations[i].contains("pairDistance"));
+    }
+    EXPECT_EQ(continuations[5]["pairDistance"], 2.25);
+}
+
+TEST_F(ExplainerTest, SaysWhichRuleHindersACandidate) {
+    Observer::Candidate pair = candidate(7, 3);
+    pair.allowed = false;
+    pair.hindrance = Observer::Hindrance::ReportCoasts;
+    explainer.onCandidate(pair);
+    pair.hindrance = Observer::Hindrance::SeenBesideHeld;
+    explainer.onCandidate(pair);
+    pair.gate = gate(GateVerdict::TooFar);
+    explainer.onCandidate(pair);
+    const nlohmann::json candidates = explained()["candidates"];
+    EXPECT_EQ(candidates[0]["outcome"], "the report coasts");
+    EXPECT_EQ(candidates[1]["outcome"], "its sensor sees it beside the held track");
+    EXPECT_EQ(candidates[2]["outcome"], "outside the gate");
+}
+
+TEST_F(ExplainerTest, SaysWhichRuleHindersAMerge) {
+    const std::pair<Observer::MergeHindrance, const char*> words[] = {
+        {Observer::MergeHindrance::None, "other pairs cost less"},
+        {Observer::MergeHindrance::SameStart, "both started at the same time"},
+        {Observer::MergeHindrance::PairUnknown, "nothing is remembered of the pair"},
+        {Observer::MergeHindrance::PairDisagrees, "the pair disagrees"}};
+    for (const auto& [hindrance, word] : words) {
+        Observer::MergeCandidate pair;
+        pair.gate = gate();
+        pair.hindrance = hindrance;
+        if (hindrance == Observer::MergeHindrance::PairDisagrees) {
+            pair.memory = Observer::PairMemory{4.5, 1.25, true};
+        }
+        explainer.onMergeCandidate(pair);
+    }
+    const nlohmann::json merges = explained()["mergeCandidates"];
+    for (std::size_t i = 0; i < std::size(words); ++i) {
+        EXPECT_EQ(merges[i]["outcome"], words[i].second);
+    }
+    EXPECT_FALSE(merges[2].contains("rivals"));
+    EXPECT_EQ(merges[3]["meanSquaredDistance"], 4.5);
+    EXPECT_EQ(merges[3]["rivals"], 1.25);
+}
+
+TEST_F(ExplainerTest, SaysWhyASensorTrackLeaves) {
+    const std::pair<Observer::PruningReason, const char*> words[] = {
+        {Observer::PruningReason::Coasted, "coasted"},
+        {Observer::PruningReason::Refused, "its report was refused"},
+        {Observer::PruningReason::PartnerRefused, "the report of its radar partner was refused"},
+        {Observer::PruningReason::TakenOver, "another track of its sensor took its place"}};
+    for (const auto& [reason, word] : words) {
+        explainer.onPruning({9, Veskar::Radar, 4, 0.0, reason});
+    }
+    const nlohmann::json prunings = explained()["prunings"];
+    for (std::size_t i = 0; i < std::size(words); ++i) {
+        EXPECT_EQ(prunings[i]["reason"], words[i].second);
+    }
 }
 
 TEST_F(ExplainerTest, TellsOfMerges) {
@@ -171,17 +252,24 @@ TEST_F(ExplainerTest, TellsOfMerges) {
 
 TEST_F(ExplainerTest, TellsTheLifeOfSystemTracks) {
     explainer.onStart({7, Veskar::VideoObject, 3});
+    explainer.onStartWithheld(Veskar::Radar, 5, 0.25);
     explainer.onConfirmation(8, 0.96, 0.95);
+    explainer.onConfirmationWithheld(8, 4.5, 3.0);
     explainer.onPruning({9, Veskar::Radar, 4, 0.75});
     explainer.onDeletion(9, DeletionReason::NoSensorTracks);
     explainer.onDeletion(10, DeletionReason::Merged);
     explainer.onDeletion(11, DeletionReason::RadarCopy);
     const nlohmann::json frame = explained();
     EXPECT_EQ(frame["starts"], nlohmann::json::parse(R"([{"track":7,"sensor":"video","id":3}])"));
+    EXPECT_EQ(frame["withheldStarts"],
+              nlohmann::json::parse(R"([{"sensor":"radar","id":5,"coasting":0.25}])"));
     EXPECT_EQ(frame["confirmations"],
               nlohmann::json::parse(R"([{"track":8,"probability":0.96,"limit":0.95}])"));
     EXPECT_EQ(frame["prunings"],
-              nlohmann::json::parse(R"([{"track":9,"sensor":"radar","id":4,"coasting":0.75}])"));
+              nlohmann::json::parse(
+                  R"([{"track":9,"sensor":"radar","id":4,"coasting":0.75,"reason":"coasted"}])"));
+    EXPECT_EQ(frame["withheldConfirmations"],
+              nlohmann::json::parse(R"([{"track":8,"rangeStd":4.5,"limit":3.0}])"));
     EXPECT_EQ(frame["deletions"],
               nlohmann::json::parse(R"([{"track":9,"reason":"no sensor tracks left"},
                               {"track":10,"reason":"merged"},

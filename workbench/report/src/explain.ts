@@ -18,12 +18,19 @@ export interface Reason {
 const outcomeTones: Readonly<Record<PairOutcome, Tone>> = {
   'fused': 'good',
   'fused, then refused': 'bad',
+  'fused, then refused: too far from its partner': 'bad',
+  'fused, then refused: disagrees with its partner': 'bad',
   'assigned': 'good',
   'merged': 'good',
   'outside the gate': 'plain',
   'other pairs cost less': 'plain',
   'a candidate of the right class is there': 'plain',
   'a report was refused in this frame': 'plain',
+  'the report coasts': 'plain',
+  'its sensor sees it beside the held track': 'plain',
+  'both started at the same time': 'plain',
+  'nothing is remembered of the pair': 'plain',
+  'the pair disagrees': 'plain',
 };
 
 const classDetails: Readonly<Record<ClassVerdict, string>> = {
@@ -55,13 +62,21 @@ const eventTexts: Readonly<Record<EventKind, EventText>> = {
     isOfSensor: true,
     reasonOf: ({ track, sensor }) => ({ tone: 'good', title: `Track ${track} started`, detail: `from ${sensor}, which no track took` }),
   },
+  withheldStarts: {
+    isOfSensor: true,
+    reasonOf: ({ sensor, value }) => ({ tone: 'plain', title: `${sensor} starts no track`, detail: `it has coasted for ${value.toFixed(2)} s` }),
+  },
   confirmations: {
     isOfSensor: false,
     reasonOf: ({ value }) => ({ tone: 'good', title: 'Confirmed', detail: `probability ${value.toFixed(2)}` }),
   },
+  withheldConfirmations: {
+    isOfSensor: false,
+    reasonOf: ({ value }) => ({ tone: 'plain', title: 'Waits for radar', detail: `standard deviation of the range ${value.toFixed(2)} m` }),
+  },
   prunings: {
     isOfSensor: true,
-    reasonOf: ({ track, sensor, value }) => ({ tone: 'bad', title: `${sensor} left track ${track}`, detail: value > 0 ? `after ${value.toFixed(2)} s without a report` : 'its report was refused' }),
+    reasonOf: ({ track, sensor, value, reason }) => ({ tone: 'bad', title: `${sensor} left track ${track}`, detail: value > 0 ? `${reason || 'coasted'}, after ${value.toFixed(2)} s without a report` : reason || 'its report was refused' }),
   },
   deletions: {
     isOfSensor: false,

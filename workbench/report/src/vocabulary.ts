@@ -18,7 +18,9 @@ export type PairKind = (typeof pairKinds)[number];
 
 export const eventKinds = [
   'starts',
+  'withheldStarts',
   'confirmations',
+  'withheldConfirmations',
   'prunings',
   'deletions',
 ] as const;
@@ -27,12 +29,19 @@ export type EventKind = (typeof eventKinds)[number];
 export const pairOutcomes = [
   'fused',
   'fused, then refused',
+  'fused, then refused: too far from its partner',
+  'fused, then refused: disagrees with its partner',
   'assigned',
   'merged',
   'outside the gate',
   'other pairs cost less',
   'a candidate of the right class is there',
   'a report was refused in this frame',
+  'the report coasts',
+  'its sensor sees it beside the held track',
+  'both started at the same time',
+  'nothing is remembered of the pair',
+  'the pair disagrees',
 ] as const;
 export type PairOutcome = (typeof pairOutcomes)[number];
 
