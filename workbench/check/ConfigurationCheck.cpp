@@ -102,6 +102,19 @@ const Limits priorityLimits{
     {"nVideoFramesMissedLimitHigh", "evaluations without video", counts},
 };
 
+const Limits ruleLimits{
+    {"pairGate", "fraction of positionGatingDistance; 0 is no limit", fromZero, {0.0, 1.5}},
+    {"pairMemoryTime", "time constant, s", aboveZero, {0.2, 10.0}},
+    {"pairMemoryFreshness", "coasting time, s", fromZero, {0.01, 1.0}},
+    {"pairMemoryFar", "standard deviations", aboveZero, {2.0, 10.0}},
+    {"pairMemoryNear", "standard deviations", aboveZero, {0.5, 5.0}},
+    {"pairMemoryLimit", "squared standard deviations", aboveZero, {0.5, 9.0}},
+    {"pairMemoryCrowd", "number of tracks", fromZero, {0.1, 4.0}},
+    {"coastingLimit", "coasting time, s", aboveZero, {0.01, 0.5}},
+    {"videoRangeStd", "standard deviation of a range, m; 0 is no limit", fromZero, {0.0, 50.0}},
+    {"radarSilence", "time without a radar frame, s", aboveZero, {0.2, 10.0}},
+};
+
 /// @return the rules for the members of "veskarHost"
 const Rules& hostRules() {
     static const Rules rules = [] {
@@ -151,6 +164,11 @@ public:
             order(*priority, "veskarDetectionPriority", "nVideoFramesMissedLimitLow",
                   "nVideoFramesMissedLimitHigh");
         }
+        if (const LocatedValue* rules = objectAt(document, "veskarRules")) {
+            limits(*rules, "veskarRules", ruleLimits);
+            order(*rules, "veskarRules", "pairMemoryNear", "pairMemoryFar");
+            checkTakeOver(*rules);
+        }
         if (const LocatedValue* host = document.find("veskarHost")) {
             checkMembers(*host, "veskarHost", hostRules(), Severity::Fault, findings_);
         }
@@ -174,6 +192,19 @@ private:
                 {Severity::Warning, static_cast<std::uint64_t>(killTime->line),
                  path + ".trackKillTime", killTime->text,
                  "sensor tracks leave after 0.5 s of coasting, whatever this says"});
+        }
+    }
+
+    void checkTakeOver(const LocatedValue& rules) {
+        const LocatedValue* takeOver = rules.find("takeOver");
+        const LocatedValue* fresh = rules.find("freshReportsOnly");
+        const auto isOn = [](const LocatedValue* value) {
+            return value != nullptr && value->text == "true";
+        };
+        if (isOn(takeOver) && !isOn(fresh)) {
+            findings_.push_back({Severity::Warning, static_cast<std::uint64_t>(takeOver->line),
+                                 "veskarRules.takeOver", takeOver->text,
+                                 "without freshReportsOnly a lost track takes its object back"});
         }
     }
 

@@ -34,6 +34,7 @@ const Rules scenarioRules =
                               {"site", "where it plays"},
                               {"videoSensor", "how the camera really behaves"},
                               {"radarSensor", "how the radar really behaves"},
+                              {"walls", "what nothing is seen through"},
                               {"objects", "what moves"},
                           });
 
@@ -84,6 +85,11 @@ const Rules outageRules = rulesOf(outageKeys, {
                                                   {"to", "s"},
                                               });
 
+const Rules wallRules = rulesOf(wallKeys, {
+                                              {"from", "one end, x forward, y left, m"},
+                                              {"to", "the other end, m"},
+                                          });
+
 const Rules persistentRules =
     rulesOf(persistentKeys, {
                                 {"position", "x forward, y left, m"},
@@ -127,16 +133,17 @@ const Rules videoSensorRules =
                                  {"occlusionLimit", "covered fraction", {0.2, 1.0}},
                              }));
 
-const Rules radarSensorRules =
-    rulesOf(radarSensorKeys, sensorNotes({
-                                 {"rangeStd", "m", {0.02, 10.0}},
-                                 {"azimuthStd", "degrees", {0.05, 10.0}},
-                                 {"reflectionStd", "fraction of half the object's size"},
-                                 {"reflectionTime", "correlation time, s", {0.1, 30.0}},
-                                 {"rangeResolution", "m", {0.0, 50.0}},
-                                 {"azimuthResolution", "degrees", {0.0, 20.0}},
-                                 {"hiddenFactor", "of the detection probability"},
-                             }));
+const Rules radarSensorRules = rulesOf(
+    radarSensorKeys, sensorNotes({
+                         {"rangeStd", "m", {0.02, 10.0}},
+                         {"azimuthStd", "degrees", {0.05, 10.0}},
+                         {"reflectionStd", "fraction of half the object's size"},
+                         {"reflectionTime", "correlation time, s", {0.1, 30.0}},
+                         {"rangeResolution", "m", {0.0, 50.0}},
+                         {"azimuthResolution", "degrees", {0.0, 20.0}},
+                         {"hiddenFactor", "of the detection probability"},
+                         {"minimumRadialSpeed", "slower objects are not seen, m/s", {0.0, 5.0}},
+                     }));
 
 const Rules objectRules = rulesOf(objectKeys, {
                                                   {"class", "class of the object"},
@@ -192,6 +199,12 @@ public:
             checkMembers(item, path, persistentRules, Severity::Fault, findings_);
             interval(item, path);
             className(item, path);
+        });
+    }
+
+    void walls(const LocatedValue& scenario) {
+        elements(scenario, "", "walls", [this](const LocatedValue& item, const auto& path) {
+            checkMembers(item, path, wallRules, Severity::Fault, findings_);
         });
     }
 
@@ -325,6 +338,7 @@ void checkScenario(const LocatedValue& document, Findings& findings) {
     check.installation(document);
     check.sensor(document, "videoSensor", videoSensorRules);
     check.sensor(document, "radarSensor", radarSensorRules);
+    check.walls(document);
     check.objects(document);
 }
 

@@ -114,7 +114,7 @@ Settings readSettings(const std::string& path, const std::vector<std::string>& c
         (isHosts ? ofHost : ofConfiguration).emplace_back(key, change.substr(equals + 1));
     }
     const std::string name = path.empty() ? "--set" : path;
-    std::string text = path.empty() ? Veskar::Config::defaults().toJson() : readText(path);
+    std::string text = path.empty() ? Veskar::Config::defaultsText() : readText(path);
     Settings settings{configOf(text, name), parametersOf(text, name)};
     if (!ofConfiguration.empty()) {
         settings.config = configOf(withChanges(text, ofConfiguration), "--set");

@@ -79,12 +79,30 @@ TEST_F(DocumentCheck, FindsNothingWrongWithWhatIsShipped) {
     EXPECT_THAT(checkDocument(source + "/config/fusion.json", DocumentKind::Configuration),
                 IsEmpty());
     EXPECT_THAT(checkDocument(source + "/config/camera.json", DocumentKind::Camera), IsEmpty());
-    for (const char* name : {"perimeter", "road", "crossing", "night-fog", "crowd"}) {
+    EXPECT_THAT(checkDocument(source + "/config/fusion-plain.json", DocumentKind::Configuration),
+                IsEmpty());
+    for (const char* name : {"perimeter", "road", "crossing", "night-fog", "crowd", "doors", "gate",
+                             "standing", "dead-radar", "dead-camera"}) {
         EXPECT_THAT(
             checkDocument(source + "/config/scenarios/" + name + ".json", DocumentKind::Scenario),
             IsEmpty())
             << name;
     }
+}
+
+TEST_F(DocumentCheck, FindsRulesThatCannotWork) {
+    begin("fusion.json", DocumentKind::Configuration);
+    replace("\"pairMemoryTime\": 1.0", "\"pairMemoryTime\": 0.0");
+    replace("\"pairMemoryNear\": 2.0", "\"pairMemoryNear\": 4.5");
+    replace("\"coastingLimit\": 0.05", "\"coastingLimit\": 0.8");
+    replace("\"freshReportsOnly\": true", "\"freshReportsOnly\": false");
+    const Findings findings = check();
+    EXPECT_THAT(findings, SizeIs(4));
+    EXPECT_EQ(only(findings, "veskarRules.pairMemoryTime").severity, Severity::Fault);
+    EXPECT_THAT(only(findings, "veskarRules.pairMemoryNear").message,
+                HasSubstr("at most 4.0, the value of pairMemoryFar"));
+    EXPECT_EQ(only(findings, "veskarRules.coastingLimit").severity, Severity::Warning);
+    EXPECT_EQ(only(findings, "veskarRules.takeOver").severity, Severity::Warning);
 }
 
 TEST_F(DocumentCheck, ReadsScenariosWithComments) {
@@ -110,7 +128,7 @@ TEST_F(DocumentCheck, RecognisesWhatADocumentIs) {
 }
 
 TEST_F(DocumentCheck, ListsAllTenFaultsOfAConfiguration) {
-    begin("fusion.json", DocumentKind::Configuration);
+    begin("fusion-plain.json", DocumentKind::Configuration);
     replace("\"uvCorrelation\": 0.0", "\"uvCorrelation\": 1.5");
     replace("\"uvVelocityStd\": 0.05", "\"uvVelocityStd\": -0.05");
     replace("\"minimumPseudoRangeStd\": 2.0", "\"minimumPseudoRangeStd\": 9.0");
@@ -154,7 +172,7 @@ TEST_F(DocumentCheck, ListsAllTenFaultsOfAConfiguration) {
 }
 
 TEST_F(DocumentCheck, WarnsOfLegalButSuspiciousValues) {
-    begin("fusion.json", DocumentKind::Configuration);
+    begin("fusion-plain.json", DocumentKind::Configuration);
     replace("\"velocityGatingSimilarity\": 0.0", "\"velocityGatingSimilarity\": 0.95");
     replace("\"trackKillTime\": 0.5", "\"trackKillTime\": 2.0");
     replace("        \"autocalibrationHumanMinAspect\": 0.3,\n", "");
@@ -171,7 +189,7 @@ TEST_F(DocumentCheck, WarnsOfLegalButSuspiciousValues) {
 }
 
 TEST_F(DocumentCheck, SaysThatARepeatedKeyCountsOnce) {
-    begin("fusion.json", DocumentKind::Configuration);
+    begin("fusion-plain.json", DocumentKind::Configuration);
     replace("\"useJVA\": true", "\"useJVA\": true,\n        \"useJVA\": false");
     const Findings findings = check();
     ASSERT_THAT(findings, SizeIs(1));
@@ -181,7 +199,7 @@ TEST_F(DocumentCheck, SaysThatARepeatedKeyCountsOnce) {
 }
 
 TEST_F(DocumentCheck, TellsTheLineOfBrokenSyntax) {
-    begin("fusion.json", DocumentKind::Configuration);
+    begin("fusion-plain.json", DocumentKind::Configuration);
     replace("\"useJVA\": true,", "\"useJVA\" true,");
     const Findings findings = check();
     ASSERT_THAT(findings, SizeIs(1));

@@ -127,6 +127,7 @@ nlohmann::json wholeScenario() {
         addNumbers(traits["persistent"][0], persistentKeys);
         traits["persistent"][0]["from"] = 0.0;
     }
+    scenario["walls"] = nlohmann::json::array({{{"from", {5.0, 0.0}}, {"to", {5.0, 2.0}}}});
     addNumbers(scenario["objects"][0], objectKeys);
     return scenario;
 }
@@ -145,6 +146,7 @@ TEST(Keys, OfAScenarioAreThoseOfItsReaderAndOfItsCheck) {
     expectAgreement(scenarios, json, "/videoSensor/mountingError", mountingErrorKeys);
     expectAgreement(scenarios, json, "/videoSensor/outages/0", outageKeys);
     expectAgreement(scenarios, json, "/videoSensor/persistent/0", persistentKeys);
+    expectAgreement(scenarios, json, "/walls/0", wallKeys);
 }
 
 TEST(Keys, OfAnObjectAreThoseOfItsReaderAndOfItsCheck) {

@@ -130,6 +130,7 @@ TEST_F(Program, WrongUsageIsStatus2) {
 // The golden files were made by
 //   veskar simulate tiny.scenario.json -o tiny.jsonl
 //   veskar replay tiny.jsonl -o tiny.fused.jsonl
+//   veskar replay tiny.jsonl --config fusion-plain.json -o tiny.plain.fused.jsonl
 //   veskar import kitti kitti.labels.txt kitti.calibration.txt -o kitti.jsonl
 //   veskar import autoferry boats.detections.json boats.groundTruth.json -o boats.jsonl
 // and reviewed; changing them means changing the product.
@@ -142,6 +143,14 @@ TEST_F(Program, ReplayWritesTheGoldenTracks) {
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.errors, IsEmpty());
     expectLinesAlike(outcome.output, "tiny.fused.jsonl");
+}
+
+TEST_F(Program, ReplayWithoutRulesWritesTheGoldenTracks) {
+    const Outcome outcome = veskar({"replay", dataFile("tiny.jsonl"), "--config",
+                                    VESKAR_SOURCE_DIR "/config/fusion-plain.json"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.errors, IsEmpty());
+    expectLinesAlike(outcome.output, "tiny.plain.fused.jsonl");
 }
 
 TEST_F(Program, ImportKittiWritesTheGoldenRecording) {

@@ -99,11 +99,12 @@ protected:
 TEST_F(Provenance, ARunStatesDigestsThatAnybodyCanRecompute) {
     const std::string text = slurp(fused);
     const auto stated = digestsIn(text);
-    EXPECT_EQ(stated.size(), 3U);
+    EXPECT_EQ(stated.size(), 4U);
     EXPECT_EQ(stated["recording"], recordingDigestOf(slurp(recording)));
     const auto header = nlohmann::json::parse(text.substr(0, text.find('\n')));
     EXPECT_EQ(stated["camera"], digestOf(header["camera"].dump()));
     EXPECT_EQ(stated["configuration"], digestOf(header["configuration"].dump()));
+    EXPECT_EQ(stated["host"], digestOf(header["veskarHost"].dump()));
     EXPECT_EQ(digestsIn(slurp(why)), stated);
     EXPECT_THAT(veskar({"replay", recording, "--format", "csv"}).output, Not(HasSubstr("digests")));
 }
