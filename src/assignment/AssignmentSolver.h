@@ -41,9 +41,12 @@ public:
 
 private:
     bool gatherCells(const CostMatrix& cost, std::size_t rowCount, std::size_t colCount);
-    bool leavesAllowedPair(const AllowedMatrix& allowed) const;
+    void transpose(const CostMatrix& cost, std::size_t rowCount, std::size_t colCount);
+    static bool leavesAllowedPair(const AllowedMatrix& allowed, const std::vector<int>& columnOf,
+                                  const std::vector<int>& rowOf);
 
     SparseCosts cells_;
+    std::vector<double> exchanged_;  ///< a matrix with rows and columns exchanged
     UniqueAssignment unique_;
     JonkerVolgenant dense_;
 };

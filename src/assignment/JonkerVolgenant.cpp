@@ -1,88 +1,98 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "assignment/JonkerVolgenant.h"
 
+#include "assignment/Lanes.h"
+
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <numeric>
 #include <utility>
-
-#include <Eigen/Core>
 
 namespace Veskar {
 namespace {
 
 constexpr int none = -1;
 constexpr double largest = std::numeric_limits<double>::max();
+constexpr double infinite = std::numeric_limits<double>::infinity();
 
 double finiteCost(double cost) {
     return std::isfinite(cost) ? cost : forbiddenCost;
 }
 
-bool areFinite(const double* costs, std::size_t count) {
-    // The sum of x - x is 0 for finite x and NaN for all others.
-    double sum = 0.0;
-    for (std::size_t j = 0; j < count; ++j) {
-        sum += costs[j] - costs[j];
-    }
-    return sum == 0.0;
-}
-
-/// Four reduced costs at once, in whatever vector registers the processor has.
-using Lanes = Eigen::Array<double, 4, 1>;
-constexpr int laneCount = 4;
-
+/// Two reduced costs at once.
 Lanes reducedCosts(const double* costs, const double* prices) {
-    return Eigen::Map<const Lanes>(costs) - Eigen::Map<const Lanes>(prices);
+    return loadLanes(costs) - loadLanes(prices);
 }
 
 double leastReducedCost(const double* costs, const double* prices, int count) {
-    Lanes lanes = Lanes::Constant(largest);
+    Lanes a = lanesOf(largest);
+    Lanes b = a;
     int j = 0;
-    for (; j + laneCount <= count; j += laneCount) {
-        lanes = lanes.min(reducedCosts(costs + j, prices + j));
+    for (; j + 2 * laneCount <= count; j += 2 * laneCount) {
+        a = minOf(reducedCosts(costs + j, prices + j), a);
+        b = minOf(reducedCosts(costs + j + laneCount, prices + j + laneCount), b);
     }
-    double least = lanes.minCoeff();
+    double least = leastOf(minOf(a, b));
     for (; j < count; ++j) {
         least = std::min(least, costs[j] - prices[j]);
     }
     return least;
 }
 
+/// Lowers two prices to costs, where those are lower, and notes the row of the costs.
+void lowerPrices(Lanes costs, IntLanes row, double* prices, std::int64_t* cheapestRow) {
+    const Lanes before = loadLanes(prices);
+    const IntLanes cheaper = costs < before;
+    storeLanes(prices, select(cheaper, costs, before));
+    storeLanes(cheapestRow, select(cheaper, row, loadLanes(cheapestRow)));
+}
+
 /// The smallest number and the one after it.
 struct SmallestTwo {
-    double least;
-    double second;
+    double least = largest;
+    double second = largest;
+
+    /// @return whether the number is the smallest so far
+    bool see(double h) {
+        const bool isLeast = h < least;
+        second = std::min(second, std::max(least, h));
+        least = std::min(least, h);
+        return isLeast;
+    }
 };
 
-SmallestTwo smallestTwoOf(const Lanes& least, const Lanes& second) {
-    using Half = Eigen::Array<double, laneCount / 2, 1>;
-    const Half a = least.head<laneCount / 2>();
-    const Half b = least.tail<laneCount / 2>();
-    const Half halfLeast = a.min(b);
-    const Half halfSecond =
-        second.head<laneCount / 2>().min(second.tail<laneCount / 2>()).min(a.max(b));
-    return {halfLeast.minCoeff(), std::min(halfSecond.minCoeff(), halfLeast.maxCoeff())};
+/// The same lane by lane.
+struct SmallestTwoLanes {
+    Lanes least = lanesOf(largest);
+    Lanes second = least;
+
+    void see(Lanes h) {
+        second = minOf(maxOf(least, h), second);
+        least = minOf(h, least);
+    }
+};
+
+SmallestTwo smallestTwoOf(const SmallestTwoLanes& a, const SmallestTwoLanes& b) {
+    const Lanes least = minOf(a.least, b.least);
+    const Lanes second = minOf(minOf(a.second, b.second), maxOf(a.least, b.least));
+    const double larger = least[0] < least[1] ? least[1] : least[0];
+    return {leastOf(least), std::min(leastOf(second), larger)};
 }
 
 SmallestTwo smallestTwoReducedCosts(const double* costs, const double* prices, int count) {
-    Lanes least = Lanes::Constant(largest);
-    Lanes second = least;
+    SmallestTwoLanes a;
+    SmallestTwoLanes b;
     int j = 0;
-    while (j + laneCount <= count) {
-        const Lanes h = reducedCosts(costs + j, prices + j);
-        second = second.min(least.max(h));
-        least = least.min(h);
-        j += laneCount;
-        // No reduced cost is below zero: two zeros end the search.
-        if (j % 32 == 0 && second.minCoeff() == 0.0) {
-            return {0.0, 0.0};
-        }
+    for (; j + 2 * laneCount <= count; j += 2 * laneCount) {
+        a.see(reducedCosts(costs + j, prices + j));
+        b.see(reducedCosts(costs + j + laneCount, prices + j + laneCount));
     }
-    SmallestTwo two = smallestTwoOf(least, second);
+    SmallestTwo two = smallestTwoOf(a, b);
     for (; j < count; ++j) {
-        const double h = costs[j] - prices[j];
-        two.second = std::min(two.second, std::max(two.least, h));
-        two.least = std::min(two.least, h);
+        two.see(costs[j] - prices[j]);
     }
     return two;
 }
@@ -93,18 +103,20 @@ void JonkerVolgenant::start(std::size_t size) {
     n_ = static_cast<int>(size);
     if (forbiddenRow_.size() < size) {
         forbiddenRow_.resize(size, forbiddenCost);
+        v_.resize(size);
+        cheapestRow_.resize(size);
+        rowOf_.resize(size);
+        matches_.resize(size);
+        freeRows_.reserve(size);
+        displaced_.reserve(size);
+        pathCost_.resize(size);
+        predecessor_.resize(size);
+        columns_.resize(size);
     }
-    rows_.assign(size, forbiddenRow_.data());
-    v_.resize(size);
-    columnOf_.assign(size, none);
-    rowOf_.assign(size, none);
-    matches_.assign(size, 0);
+    rows_.resize(size);
+    columnOf_.resize(size);
     freeRows_.clear();
-    freeRows_.reserve(size);
-    displaced_.reserve(size);
-    pathCost_.resize(size);
-    predecessor_.resize(size);
-    columns_.resize(size);
+    std::fill_n(rows_.data(), size, forbiddenRow_.data());
 }
 
 /// @return memory for a row of its own, all forbidden
@@ -120,11 +132,15 @@ double* JonkerVolgenant::makeRow(std::size_t row) {
 }
 
 void JonkerVolgenant::setRow(std::size_t row, const double* costs, std::size_t count) {
-    if (count == rows_.size() && areFinite(costs, count)) {
+    if (count == rows_.size()) {
         rows_[row] = costs;
     } else {
-        std::transform(costs, costs + count, makeRow(row), finiteCost);
+        copyRow(row, costs, count);
     }
+}
+
+void JonkerVolgenant::copyRow(std::size_t row, const double* costs, std::size_t count) {
+    std::transform(costs, costs + count, makeRow(row), finiteCost);
 }
 
 void JonkerVolgenant::setRow(std::size_t row, const SparseCosts::Row& cells) {
@@ -143,37 +159,112 @@ void JonkerVolgenant::assign(int row, int col) {
 }
 
 const std::vector<int>& JonkerVolgenant::solve() {
-    reduceColumns();
-    transferReductions();
-    reduceRows();
-    reduceRows();
-    for (const int row : freeRows_) {
-        augment(row);
+    if (!priceColumns()) {
+        copyRowsThatAreNotFinite();
+        priceColumns();
+    }
+    if (!assignCheapestRows()) {
+        transferReductions();
+        reduceRows();
+        reduceRows();
+        for (const int row : freeRows_) {
+            augment(row);
+        }
     }
     return columnOf_;
 }
 
-/// Prices every column at its least cost and gives it to the row of that cost.
-void JonkerVolgenant::reduceColumns() {
+/// Prices every column at its least cost.
+/// @return whether all costs are finite; otherwise the prices are useless
+bool JonkerVolgenant::priceColumns() {
+    std::fill_n(v_.data(), n_, infinite);
+    std::fill_n(cheapestRow_.data(), n_, 0);
+    double sum = 0.0;
+    for (int i = 0; i < n_; ++i) {
+        sum += priceColumns(i);
+    }
+    // A finite sum has finite terms; another one may be of finite costs that are huge.
+    return std::isfinite(sum) || areRowsFinite();
+}
+
+/// Lowers prices to the costs of a row.
+/// @return a sum of these, so that they are read once only
+double JonkerVolgenant::priceColumns(int i) {
+    constexpr int blockSize = 4 * laneCount;
+    constexpr std::ptrdiff_t second = laneCount;
+    constexpr std::ptrdiff_t third = second + laneCount;
+    constexpr std::ptrdiff_t fourth = third + laneCount;
+    const double* costs = rows_[i];
     double* prices = v_.data();
-    int* cheapestRow = predecessor_.data();
-    std::copy_n(rows_[0], n_, prices);
-    std::fill_n(cheapestRow, n_, 0);
-    for (int i = 1; i < n_; ++i) {
-        const double* costs = rows_[i];
-        for (int j = 0; j < n_; ++j) {
-            if (costs[j] < prices[j]) {
-                prices[j] = costs[j];
-                cheapestRow[j] = i;
+    std::int64_t* cheapestRow = cheapestRow_.data();
+    const IntLanes row = lanesOf(std::int64_t{i});
+    Lanes sum = lanesOf(0.0);
+    int j = 0;
+    for (; j + blockSize <= n_; j += blockSize) {
+        const Lanes a = loadLanes(costs + j);
+        const Lanes b = loadLanes(costs + j + second);
+        const Lanes c = loadLanes(costs + j + third);
+        const Lanes d = loadLanes(costs + j + fourth);
+        sum = sum + ((a + b) + (c + d));
+        // The later the row, the more seldom it has a least cost: blocks without one are left.
+        const IntLanes cheaper =
+            (a < loadLanes(prices + j)) | (b < loadLanes(prices + j + second)) |
+            (c < loadLanes(prices + j + third)) | (d < loadLanes(prices + j + fourth));
+        if (anyOf(cheaper)) {
+            for (int k = j; k < j + blockSize; k += laneCount) {
+                lowerPrices(loadLanes(costs + k), row, prices + k, cheapestRow + k);
             }
         }
     }
-    for (int j = n_ - 1; j >= 0; --j) {
-        const int i = cheapestRow[j];
-        if (++matches_[i] == 1) {
-            assign(i, j);
+    double total = sum[0] + sum[1];
+    for (; j < n_; ++j) {
+        total += costs[j];
+        if (costs[j] < prices[j]) {
+            prices[j] = costs[j];
+            cheapestRow[j] = i;
         }
     }
+    return total;
+}
+
+bool JonkerVolgenant::isRowFinite(int row) const {
+    return std::all_of(rows_[row], rows_[row] + n_,
+                       [](double cost) { return std::isfinite(cost); });
+}
+
+bool JonkerVolgenant::areRowsFinite() const {
+    for (int i = 0; i < n_; ++i) {
+        if (!isRowFinite(i)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void JonkerVolgenant::copyRowsThatAreNotFinite() {
+    for (int i = 0; i < n_; ++i) {
+        if (!isRowFinite(i)) {
+            copyRow(static_cast<std::size_t>(i), rows_[i], rows_.size());
+        }
+    }
+}
+
+/// Gives every column to the row that has its least cost, unless that row has got one already.
+/// @return whether all rows have got one, which is the assignment then
+bool JonkerVolgenant::assignCheapestRows() {
+    std::fill_n(columnOf_.data(), n_, none);
+    std::fill_n(rowOf_.data(), n_, none);
+    std::fill_n(matches_.data(), n_, 0);
+    int* matches = matches_.data();
+    int assigned = 0;
+    for (int j = n_ - 1; j >= 0; --j) {
+        const auto i = static_cast<int>(cheapestRow_[static_cast<std::size_t>(j)]);
+        if (++matches[i] == 1) {
+            assign(i, j);
+            ++assigned;
+        }
+    }
+    return assigned == n_;
 }
 
 /// Lowers the price of every column whose row has no other column, as far as it remains the
@@ -184,10 +275,10 @@ void JonkerVolgenant::transferReductions() {
         if (matches_[i] == 0) {
             freeRows_.push_back(i);
         } else if (matches_[i] == 1) {
-            const int own = columnOf_[i];
-            const int after = own + 1;
-            v_[own] -= std::min(leastReducedCost(rows_[i], prices, own),
-                                leastReducedCost(rows_[i] + after, prices + after, n_ - after));
+            double& own = v_[columnOf_[i]];
+            const double price = own;
+            own = -infinite;  // leaves the column out of the search
+            own = price - leastReducedCost(rows_[i], prices, n_);
         }
     }
 }
@@ -210,19 +301,27 @@ JonkerVolgenant::BestTwo JonkerVolgenant::scanBestTwo(int row) const {
 }
 
 JonkerVolgenant::BestTwo JonkerVolgenant::findBestTwo(int row) const {
-    constexpr int worthLanes = 16;
-    if (n_ < worthLanes) {
-        return scanBestTwo(row);
-    }
+    // The least of each block takes half as many instructions as the two smallest numbers, which
+    // have to be found in the block of the smallest alone.
+    constexpr int blockSize = 32;
     const double* costs = rows_[row];
     const double* prices = v_.data();
-    const SmallestTwo two = smallestTwoReducedCosts(costs, prices, n_);
-    int j = 0;
-    while (j < n_ && costs[j] - prices[j] != two.least) {
-        ++j;
+    SmallestTwo ofBlocks;
+    int best = 0;
+    // No reduced cost is below zero: two zeros end the search.
+    for (int block = 0; block < n_ && n_ > blockSize && ofBlocks.second > 0.0; block += blockSize) {
+        const int count = std::min(blockSize, n_ - block);
+        best = ofBlocks.see(leastReducedCost(costs + block, prices + block, count)) ? block : best;
     }
-    const bool overflow = j == n_ || !(two.second < largest);
-    return overflow ? scanBestTwo(row) : BestTwo{two.least, j, two.second};
+    const SmallestTwo inBlock =
+        smallestTwoReducedCosts(costs + best, prices + best, std::min(blockSize, n_ - best));
+    int col = best;
+    while (col < n_ && costs[col] - prices[col] != inBlock.least) {
+        ++col;
+    }
+    const double second = std::min(inBlock.second, ofBlocks.second);
+    const bool overflow = col == n_ || !(second < largest);
+    return overflow ? scanBestTwo(row) : BestTwo{inBlock.least, col, second};
 }
 
 /// @return the first column with the second best reduced cost; -1 when there is none

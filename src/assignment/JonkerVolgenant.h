@@ -6,6 +6,7 @@
 #include "assignment/SparseCosts.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace Veskar {
@@ -61,8 +62,14 @@ private:
     };
 
     double* makeRow(std::size_t row);
+    void copyRow(std::size_t row, const double* costs, std::size_t count);
     void assign(int row, int col);
-    void reduceColumns();
+    bool priceColumns();
+    double priceColumns(int i);
+    bool isRowFinite(int row) const;
+    bool areRowsFinite() const;
+    void copyRowsThatAreNotFinite();
+    bool assignCheapestRows();
     void transferReductions();
     void reduceRows();
     BestTwo findBestTwo(int row) const;
@@ -75,22 +82,23 @@ private:
     int relax(int scanned);
 
     int n_ = 0;
-    IntIndexed<const double*> rows_;    ///< costs of each row
-    std::vector<double> forbiddenRow_;  ///< the costs of a row without any
-    std::vector<double> ownRows_;       ///< rows that are built or copied here
-    IntIndexed<double> v_;              ///< column prices
-    IntIndexed<int> columnOf_;          ///< column of each row
-    IntIndexed<int> rowOf_;             ///< row of each column, -1 while unassigned
-    IntIndexed<int> matches_;           ///< columns in which a row is the cheapest
-    std::vector<int> freeRows_;         ///< rows without a column
-    std::vector<int> displaced_;        ///< rows that a pass of the row reduction leaves free
-    IntIndexed<double> pathCost_;       ///< shortest path from the free row to each column
-    IntIndexed<int> predecessor_;       ///< row before each column on that path
-    IntIndexed<int> columns_;           ///< search order: scanned, then nearest, then the rest
-    int low_ = 0;                       ///< columns before this position are scanned
-    int up_ = 0;                        ///< columns from low to here are the nearest
-    int last_ = -1;                     ///< last position whose column gets a new price
-    double nearest_ = 0.0;              ///< path cost of the nearest columns
+    IntIndexed<const double*> rows_;         ///< costs of each row
+    std::vector<double> forbiddenRow_;       ///< the costs of a row without any
+    std::vector<double> ownRows_;            ///< rows that are built or copied here
+    IntIndexed<double> v_;                   ///< column prices
+    std::vector<std::int64_t> cheapestRow_;  ///< row of each column's least cost
+    IntIndexed<int> columnOf_;               ///< column of each row
+    IntIndexed<int> rowOf_;                  ///< row of each column, -1 while unassigned
+    IntIndexed<int> matches_;                ///< columns in which a row is the cheapest
+    std::vector<int> freeRows_;              ///< rows without a column
+    std::vector<int> displaced_;             ///< rows that a pass of the row reduction leaves free
+    IntIndexed<double> pathCost_;            ///< shortest path from the free row to each column
+    IntIndexed<int> predecessor_;            ///< row before each column on that path
+    IntIndexed<int> columns_;                ///< search order: scanned, then nearest, then the rest
+    int low_ = 0;                            ///< columns before this position are scanned
+    int up_ = 0;                             ///< columns from low to here are the nearest
+    int last_ = -1;                          ///< last position whose column gets a new price
+    double nearest_ = 0.0;                   ///< path cost of the nearest columns
 };
 
 }  // namespace Veskar

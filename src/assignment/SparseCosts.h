@@ -31,7 +31,7 @@ public:
     };
 
     void clear() {
-        cells_.clear();
+        cellCount_ = 0;
         rowEnds_.clear();
     }
     /// Adds a whole row: the costs that are finite and not forbidden.
@@ -40,22 +40,32 @@ public:
     /// @param count number of columns
     void addRow(const double* costs, std::size_t count);
     /// Adds a pair to the row that is being filled.
-    void add(std::size_t col, double cost) { cells_.push_back({static_cast<int>(col), cost}); }
+    void add(std::size_t col, double cost) {
+        makeRoom(1);
+        cells_[cellCount_++] = {static_cast<int>(col), cost};
+    }
     /// Drops pairs from the row that is being filled.
     /// @param drop which, by column
     template <typename Drop>
     void dropIf(Drop drop) {
-        const auto begin = cells_.begin() + static_cast<std::ptrdiff_t>(openRowBegin());
-        cells_.erase(
-            std::remove_if(begin, cells_.end(), [&drop](const Cell& c) { return drop(c.col); }),
-            cells_.end());
+        Cell* const cells = cells_.data();
+        const Cell* const end = std::remove_if(cells + openRowBegin(), cells + cellCount_,
+                                               [&drop](const Cell& c) { return drop(c.col); });
+        cellCount_ = static_cast<std::size_t>(end - cells);
     }
     /// Ends the row that is being filled.
     /// @param count how many rows end here; all but the first are empty
-    void endRows(std::size_t count) { rowEnds_.insert(rowEnds_.end(), count, cells_.size()); }
+    void endRows(std::size_t count) { rowEnds_.insert(rowEnds_.end(), count, cellCount_); }
+    void endRow() { rowEnds_.push_back(cellCount_); }
+
+    /// Takes over the pairs of a problem with rows and columns exchanged.
+    ///
+    /// @param costs the problem
+    /// @param colCount its number of columns
+    void setTransposed(const SparseCosts& costs, std::size_t colCount);
 
     /// @return the row that is being filled
-    Row openRow() const { return {cells_.data() + openRowBegin(), cells_.data() + cells_.size()}; }
+    Row openRow() const { return {cells_.data() + openRowBegin(), cells_.data() + cellCount_}; }
     /// @param i a row that is filled
     /// @return its pairs
     Row row(std::size_t i) const {
@@ -72,15 +82,24 @@ public:
                              [](const Cell& cell, int wanted) { return cell.col < wanted; });
         return found != cellsOfRow.end() && found->col == col ? found : nullptr;
     }
+    bool hasEmptyRow() const;
     std::size_t rowCount() const { return rowEnds_.size(); }
-    std::size_t cellCount() const { return cells_.size(); }
+    std::size_t cellCount() const { return cellCount_; }
 
 private:
     std::size_t openRowBegin() const { return rowEnds_.empty() ? 0 : rowEnds_.back(); }
 
-    std::vector<Cell> cells_;
+    /// Makes room for further cells.
+    void makeRoom(std::size_t count) {
+        if (cells_.size() < cellCount_ + count) {
+            grow(cellCount_ + count);
+        }
+    }
+    void grow(std::size_t count);
+
+    std::vector<Cell> cells_;  ///< those of all rows, then room for more
+    std::size_t cellCount_ = 0;
     std::vector<std::size_t> rowEnds_;
-    std::vector<Cell> scratch_;
 };
 
 }  // namespace Veskar

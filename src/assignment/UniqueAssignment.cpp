@@ -15,48 +15,85 @@ constexpr double infinite = std::numeric_limits<double>::infinity();
 }  // namespace
 
 bool UniqueAssignment::solve(const SparseCosts& costs, std::size_t colCount) {
+    // Every row that has to stay without a column takes a search: rows are what there is less of.
+    isTransposed_ = costs.rowCount() > colCount;
+    if (!isTransposed_) {
+        return solveRows(costs, colCount);
+    }
+    transposed_.setTransposed(costs, colCount);
+    return solveRows(transposed_, costs.rowCount());
+}
+
+bool UniqueAssignment::solveRows(const SparseCosts& costs, std::size_t colCount) {
     start(costs.rowCount(), colCount, costs.cellCount());
-    if (!takeFreeMinima(costs)) {
+    if (!takeFreeMinima(costs) || hasManyTies()) {
         return false;
     }
-    for (const int freeRow : freeRows_) {
-        const int row = displace(costs, freeRow);
-        if (row != none && !augment(costs, row)) {
-            return false;
-        }
-    }
-    return proof_.holds(costs, solution_);
+    return (freeRows_.empty() || assignFreeRows(costs, colCount)) && proof_.holds(costs, solution_);
 }
 
 void UniqueAssignment::start(std::size_t rowCount, std::size_t colCount, std::size_t cellCount) {
-    solution_.u.assign(rowCount, forbiddenCost);
-    solution_.v.assign(colCount, 0.0);
-    solution_.columnOf.assign(rowCount, none);
-    solution_.rowOf.assign(colCount, none);
+    solution_.u.resize(rowCount);
+    solution_.v.resize(colCount);
+    solution_.columnOf.resize(rowCount);
+    solution_.rowOf.resize(colCount);
+    solution_.doubtful.resize(rowCount);
+    std::fill_n(solution_.v.data(), colCount, 0.0);
+    std::fill_n(solution_.rowOf.data(), colCount, none);
+    freeRows_.clear();
+    effort_ = 16 * (rowCount + colCount + cellCount);
+}
+
+void UniqueAssignment::startSearches(std::size_t colCount) {
     pathLength_.assign(colCount, infinite);
     predecessor_.resize(colCount);
     scanned_.assign(colCount, 0);
-    freeRows_.clear();
-    effort_ = 16 * (rowCount + colCount + cellCount);
+    reached_.clear();
+}
+
+/// Counts cells that were looked at.
+void UniqueAssignment::spend(const SparseCosts::Row& cells) {
+    effort_ -= std::min(effort_, static_cast<std::size_t>(cells.end() - cells.begin()));
+}
+
+/// Whether the cheapest cell of most rows is none: a proof that costs much and fails.
+bool UniqueAssignment::hasManyTies() const {
+    const auto ties = std::count(solution_.doubtful.begin(), solution_.doubtful.end(), 1);
+    return 2 * static_cast<std::size_t>(ties) > solution_.doubtful.size() + 1;
 }
 
 /// Gives every row its cheapest column, first come, first served.
 /// @return whether a proof is possible at all
 bool UniqueAssignment::takeFreeMinima(const SparseCosts& costs) {
-    for (std::size_t i = 0; i < solution_.columnOf.size(); ++i) {
+    const std::size_t rowCount = costs.rowCount();
+    double* prices = solution_.u.data();
+    int* columnOf = solution_.columnOf.data();
+    int* rowOf = solution_.rowOf.data();
+    char* doubtful = solution_.doubtful.data();
+    for (std::size_t i = 0; i < rowCount; ++i) {
+        bool admitted = true;
+        double least = forbiddenCost;
+        double second = forbiddenCost;
         int col = none;
         for (const SparseCosts::Cell& cell : costs.row(i)) {
-            if (!UniquenessProof::admits(cell.cost)) {
-                return false;
-            }
-            if (cell.cost < solution_.u[i]) {
-                solution_.u[i] = cell.cost;
-                col = cell.col;
+            const double cost = cell.cost;
+            admitted = admitted & UniquenessProof::isBelowForbidden(cost);
+            if (cost < second) {  // seldom
+                second = std::max(least, cost);
+                col = cost < least ? cell.col : col;
+                least = std::min(least, cost);
             }
         }
-        if (col != none && solution_.rowOf[col] == none) {
-            solution_.rowOf[col] = static_cast<int>(i);
-            solution_.columnOf[i] = col;
+        if (!admitted || least < -forbiddenCost) {
+            return false;
+        }
+        prices[i] = least;
+        columnOf[i] = none;
+        doubtful[i] =
+            static_cast<char>(col != none && second - least <= UniquenessProof::clearMargin);
+        if (col != none && rowOf[col] == none) {
+            rowOf[col] = static_cast<int>(i);
+            columnOf[i] = col;
         } else if (col != none) {
             freeRows_.push_back(static_cast<int>(i));
         }
@@ -64,33 +101,59 @@ bool UniqueAssignment::takeFreeMinima(const SparseCosts& costs) {
     return true;
 }
 
+/// @return false when the limit of the effort was reached
+bool UniqueAssignment::assignFreeRows(const SparseCosts& costs, std::size_t colCount) {
+    displaceAll(costs);
+    displaceAll(costs);
+    if (!freeRows_.empty()) {
+        startSearches(colCount);
+    }
+    return std::all_of(freeRows_.begin(), freeRows_.end(),
+                       [&](int row) { return augment(costs, row); });
+}
+
+/// Lets every free row displace others, and lists the rows that have no column at the end.
+void UniqueAssignment::displaceAll(const SparseCosts& costs) {
+    std::size_t count = 0;
+    for (const int freeRow : freeRows_) {
+        const int row = displace(costs, freeRow);
+        if (row != none) {
+            freeRows_[count++] = row;
+        }
+    }
+    freeRows_.resize(count);
+}
+
 /// Lets a free row take its best column, at a price at which its second best choice is as good, and
 /// the row that loses that column do the same, for a few rows.
 /// @return the row that has no column at the end, or -1
 int UniqueAssignment::displace(const SparseCosts& costs, int freeRow) {
-    constexpr int chainLimit = 8;
+    constexpr int chainLimit = 16;
+    double* prices = solution_.v.data();
+    int* rowOf = solution_.rowOf.data();
     int row = freeRow;
-    for (int k = 0; k < chainLimit && row != none; ++k) {
+    for (int k = 0; k < chainLimit && row != none && effort_ > 0; ++k) {
+        const SparseCosts::Row cells = costs.row(row);
         double least = forbiddenCost;
         double second = forbiddenCost;
         int col = none;
-        for (const SparseCosts::Cell& cell : costs.row(row)) {
-            const double reduced = cell.cost - solution_.v[cell.col];
-            if (reduced < least) {
-                second = least;
-                least = reduced;
-                col = cell.col;
-            } else {
-                second = std::min(second, reduced);
+        for (const SparseCosts::Cell& cell : cells) {
+            const double reduced = cell.cost - prices[cell.col];
+            if (reduced < second) {  // seldom
+                second = std::max(least, reduced);
+                col = reduced < least ? cell.col : col;
+                least = std::min(least, reduced);
             }
         }
+        spend(cells);
         solution_.u[row] = second;
+        solution_.doubtful[row] = 1;
         if (col == none) {
             return none;  // cheaper without a column
         }
-        solution_.v[col] -= second - least;
-        const int loser = solution_.rowOf[col];
-        solution_.rowOf[col] = row;
+        prices[col] -= second - least;
+        const int loser = rowOf[col];
+        rowOf[col] = row;
         solution_.columnOf[row] = col;
         if (loser != none) {
             solution_.columnOf[loser] = none;
@@ -105,7 +168,6 @@ int UniqueAssignment::displace(const SparseCosts& costs, int freeRow) {
 /// @return false when the limit of the effort was reached
 bool UniqueAssignment::augment(const SparseCosts& costs, int freeRow) {
     heap_.clear();
-    reached_.clear();
     double length = forbiddenCost - solution_.u[freeRow];
     int leftOut = freeRow;
     relax(costs, freeRow, 0.0);
@@ -154,7 +216,7 @@ void UniqueAssignment::relax(const SparseCosts& costs, int row, double length) {
             std::push_heap(heap_.begin(), heap_.end(), std::greater<>());
         }
     }
-    effort_ -= std::min(effort_, static_cast<std::size_t>(cells.end() - cells.begin()));
+    spend(cells);
 }
 
 /// @return the nearest column that is not scanned; -1 without one or at the limit of the effort
@@ -173,14 +235,17 @@ int UniqueAssignment::popNearest() {
 /// Changes the prices so that the reduced costs along the shortest path become 0.
 void UniqueAssignment::changePrices(int freeRow, double length) {
     solution_.u[freeRow] += length;
+    solution_.doubtful[freeRow] = 1;
     for (const int col : reached_) {
         if (scanned_[col] != 0) {
             solution_.u[solution_.rowOf[col]] += length - pathLength_[col];
+            solution_.doubtful[solution_.rowOf[col]] = 1;
             solution_.v[col] -= length - pathLength_[col];
             scanned_[col] = 0;
         }
         pathLength_[col] = infinite;
     }
+    reached_.clear();
 }
 
 /// Moves the rows along the path that ends in a column, back to the row that had none.

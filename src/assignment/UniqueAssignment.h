@@ -27,12 +27,13 @@ public:
     bool solve(const SparseCosts& costs, std::size_t colCount);
 
     /// @return after a success: the column of each row, -1 for a row that gets no cell
-    const std::vector<int>& columns() const { return solution_.columnOf; }
-    /// @return after a success: number of columns
-    std::size_t colCount() const { return solution_.rowOf.size(); }
-    /// @param col a column
-    /// @return after a success: whether some row has it
-    bool usesColumn(std::size_t col) const { return solution_.rowOf[col] >= 0; }
+    const std::vector<int>& columns() const {
+        return isTransposed_ ? solution_.rowOf : solution_.columnOf;
+    }
+    /// @return after a success: the row of each column, -1 for a column that no row gets
+    const std::vector<int>& rows() const {
+        return isTransposed_ ? solution_.columnOf : solution_.rowOf;
+    }
 
 private:
     /// A path to a column and its length.
@@ -41,8 +42,14 @@ private:
         int col;
         bool operator>(const Path& other) const { return length > other.length; }
     };
+    bool solveRows(const SparseCosts& costs, std::size_t colCount);
     void start(std::size_t rowCount, std::size_t colCount, std::size_t cellCount);
+    void startSearches(std::size_t colCount);
+    void spend(const SparseCosts::Row& cells);
+    bool hasManyTies() const;
     bool takeFreeMinima(const SparseCosts& costs);
+    bool assignFreeRows(const SparseCosts& costs, std::size_t colCount);
+    void displaceAll(const SparseCosts& costs);
     int displace(const SparseCosts& costs, int freeRow);
     bool augment(const SparseCosts& costs, int freeRow);
     void relax(const SparseCosts& costs, int row, double length);
@@ -50,6 +57,8 @@ private:
     void changePrices(int freeRow, double length);
     void flip(int col);
 
+    SparseCosts transposed_;
+    bool isTransposed_ = false;  ///< whether rows and columns are exchanged in the solution
     PricedAssignment solution_;
     UniquenessProof proof_;
     std::vector<int> freeRows_;      ///< rows whose best column went to another one

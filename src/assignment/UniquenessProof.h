@@ -19,6 +19,10 @@ struct PricedAssignment {
     IntIndexed<double> v;      ///< column prices
     IntIndexed<int> columnOf;  ///< column of each row or none
     IntIndexed<int> rowOf;     ///< row of each column or none
+    /// Rows to look at. All others keep the price of their cheapest cell, which they have, or the
+    /// forbidden cost without any, and no other cell of theirs is within the margin of it: as no
+    /// column price is above 0, no slack of theirs is, either.
+    IntIndexed<char> doubtful = {};
 };
 
 /// Proves that every other assignment is clearly worse, so that any solver has to find this one,
@@ -39,9 +43,9 @@ public:
     /// @param cost cost of a pair that is not forbidden
     /// @return whether the proof covers it: clearly better than forbidden, and of a size at which
     ///         the margin exceeds the rounding error
-    static bool admits(double cost) {
-        return cost >= -forbiddenCost && cost <= forbiddenCost - clearMargin;
-    }
+    static bool admits(double cost) { return cost >= -forbiddenCost && isBelowForbidden(cost); }
+    /// @return the part of that which concerns the forbidden cost
+    static bool isBelowForbidden(double cost) { return cost <= forbiddenCost - clearMargin; }
 
     /// @param costs the problem
     /// @param solved its assignment and prices
@@ -51,15 +55,27 @@ public:
 private:
     static bool columnPricesAreOptimal(const PricedAssignment& solved);
     bool inspectRow(const SparseCosts::Row& cells, const PricedAssignment& solved, std::size_t row);
-    bool hasTightCycle(const PricedAssignment& solved);
+    void collectLeftOver(const PricedAssignment& solved);
+    void endMover(std::size_t row, std::size_t first);
+    bool hasTightCycle();
+    bool closesFrom(std::size_t start);
+
+    enum State : char { Done, Unvisited, OnPath };
+    struct Step {
+        std::size_t node;
+        std::size_t nextMove;
+    };
 
     /// Moves with a slack within the margin, row after row: a row takes the column of the named
     /// row, which has to move in turn. All that is left over is one more node: through it rows
     /// leave the assignment and columns become free.
     std::vector<std::size_t> moves_;
-    std::vector<std::size_t> firstMove_;  ///< of each row in `moves_`
-    std::vector<int> movesInto_;          ///< how many of `moves_` lead to each row
-    std::vector<std::size_t> settled_;    ///< rows that no chain of moves leads back to
+    std::vector<std::size_t> movers_;     ///< rows that have such moves, and what is left over
+    std::vector<std::size_t> firstMove_;  ///< of each row in `moves_`, if it has any
+    std::vector<std::size_t> lastMove_;   ///< behind those
+    std::vector<State> state_;            ///< of each row in the search for a cycle
+    std::vector<Step> path_;              ///< the rows that are being visited
+    bool reachesLeftOver_ = false;        ///< whether some move leads to what is left over
 };
 
 }  // namespace Veskar

@@ -176,8 +176,10 @@ void TrackAssociator::runJVA(int rows, int cols, std::vector<std::vector<double>
     if (rows <= 0 || cols <= 0) {
         return;
     }
-    const std::vector<int>& columnOf = workspace_->solver.solve(
-        cost, allowed, static_cast<std::size_t>(rows), static_cast<std::size_t>(cols));
+    const int* columnOf =
+        workspace_->solver
+            .solve(cost, allowed, static_cast<std::size_t>(rows), static_cast<std::size_t>(cols))
+            .data();
     for (int i = 0; i < rows; ++i) {
         const auto row = static_cast<std::size_t>(i);
         const int j = columnOf[row];

@@ -143,6 +143,13 @@ TEST(JonkerVolgenant, TreatsCostsThatAreNotFiniteAsForbidden) {
     EXPECT_EQ(solve({{infinite, 20000.0}, {20000.0, infinite}}), (std::vector<int>{0, 1}));
 }
 
+// A sum of finite costs that overflows does not make them forbidden.
+TEST(JonkerVolgenant, TakesHugeCostsForFinite) {
+    EXPECT_EQ(solve({{1e308, 1.0}, {1.0, 1e308}}), (std::vector<int>{1, 0}));
+    EXPECT_EQ(solve({{1e308, 1.1e308}, {1e308, 1.3e308}}), (std::vector<int>{1, 0}));
+    EXPECT_EQ(solve({{nan, 1.1e308}, {1e308, 1e308}}), (std::vector<int>{0, 1}));
+}
+
 TEST(JonkerVolgenant, PadsShortAndMissingRowsWithForbiddenPairs) {
     JonkerVolgenant solver;
     const std::vector<double> first = {5.0, 1.0};

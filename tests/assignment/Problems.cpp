@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "assignment/Problems.h"
 
+#include <cmath>
+#include <functional>
+#include <limits>
+
 namespace VeskarTest {
 namespace {
 
@@ -17,7 +21,70 @@ Costs fill(int n, Cost cost) {
     return C;
 }
 
+using Draw = std::function<double()>;
+
+/// @return draws the costs of one problem
+Draw chooseCosts(RandomEstimates& random) {
+    const int kind = random.integer(0, 7);
+    if (kind == 0) {
+        const int range = random.integer(1, 9);
+        return [&random, range] { return random.integer(0, range); };
+    }
+    if (kind == 1) {
+        const double step = std::pow(10.0, random.uniform(-13.0, -3.0));
+        return [&random, step] { return 1.0 + step * random.uniform(0.0, 1.0); };
+    }
+    if (kind == 2) {
+        return [&random] { return 0.25 * random.integer(-40, 40); };
+    }
+    if (kind == 3) {
+        return [&random] { return random.uniform(9990.0, 10005.0); };
+    }
+    if (kind == 4) {
+        const double others[] = {std::numeric_limits<double>::quiet_NaN(),
+                                 std::numeric_limits<double>::infinity(),
+                                 -std::numeric_limits<double>::infinity(), forbidden};
+        const double other = others[random.integer(0, 3)];
+        return [&random, other] {
+            return random.integer(0, 9) == 0 ? other : random.uniform(0.0, 5.0);
+        };
+    }
+    const double range = std::pow(10.0, random.uniform(-2.0, 4.0));
+    return [&random, range] { return random.uniform(0.0, range); };
+}
+
+/// @return whether each of a number of rows or columns has cells
+std::vector<bool> chooseUsed(RandomEstimates& random, int count) {
+    const double share = random.integer(0, 1) == 0 ? 1.0 : random.uniform(0.5, 1.0);
+    std::vector<bool> used(count);
+    for (int i = 0; i < count; ++i) {
+        used[i] = random.uniform(0.0, 1.0) < share;
+    }
+    return used;
+}
+
 }  // namespace
+
+Costs makeAny(RandomEstimates& random, int rows, int cols) {
+    const Draw draw = chooseCosts(random);
+    const std::vector<bool> usedRows = chooseUsed(random, rows);
+    const std::vector<bool> usedCols = chooseUsed(random, cols);
+    const double densities[] = {1.0, random.uniform(0.0, 1.0), random.uniform(0.0, 6.0) / cols};
+    const double density = densities[random.integer(0, 2)];
+    const int crowds = random.integer(0, 3) == 0 ? random.integer(2, 8) : 1;
+    const bool partners = random.integer(0, 1) == 0;  // row i has column i
+    Costs C(rows, std::vector<double>(cols, forbidden));
+    for (int i = 0; i < rows; ++i) {
+        for (int j = 0; j < cols; ++j) {
+            const bool near = i * crowds / rows == j * crowds / cols;
+            const bool chosen = random.uniform(0.0, 1.0) < density || (partners && i == j);
+            if (usedRows[i] && usedCols[j] && near && chosen) {
+                C[i][j] = draw();
+            }
+        }
+    }
+    return C;
+}
 
 Costs makeGated(RandomEstimates& random, int n, double density) {
     return fill(n, [&](int /*i*/, int /*j*/) {

@@ -17,6 +17,10 @@ Costs makeGated(RandomEstimates& random, int n, double density);
 /// prices rise in tiny steps up to the forbidden cost.
 Costs makePriceWar(RandomEstimates& random, int n, double step);
 
+/// A matrix of any shape: dense or sparse, in crowds, with rows and columns without a cell, with
+/// costs that are far apart, tied, nearly tied, around the forbidden cost or not finite.
+Costs makeAny(RandomEstimates& random, int rows, int cols);
+
 /// A method to fill a square matrix.
 struct Family {
     const char* name;

@@ -142,32 +142,49 @@ TEST(UniqueAssignment, RefusesCostsBeyondTheForbiddenOne) {
     EXPECT_FALSE(UniqueAssignment().solve(costs, 1));
 }
 
-// Eight rows allow every column: the effort of the searches grows with the problem.
+// Rows that stand close together beside a line of columns: each takes the nearest column and moves
+// all others on, so that the effort of the searches grows faster than the problem.
 TEST(UniqueAssignment, GivesUpWhereThatTakesTooLong) {
-    RandomEstimates random(23);
-    const auto isSolved = [&random](std::size_t cols) {
+    const auto isSolved = [](int size) {
         SparseCosts costs;
-        for (std::size_t i = 0; i < cols * 5 / 4; ++i) {
-            std::vector<double> row(cols, F);
-            for (int k = 0; k < 8; ++k) {
-                const int col = random.integer(0, static_cast<int>(cols) - 1);
-                row[static_cast<std::size_t>(col)] = random.uniform(0.0, 5.0);
+        for (int i = 0; i < size; ++i) {
+            for (int j = 0; j < size; ++j) {
+                const double distance = 0.011 * i - j;
+                costs.add(static_cast<std::size_t>(j), 0.01 * distance * distance);
             }
-            costs.addRow(row.data(), row.size());
+            costs.endRow();
         }
-        return UniqueAssignment().solve(costs, cols);
+        return UniqueAssignment().solve(costs, static_cast<std::size_t>(size));
     };
-    EXPECT_TRUE(isSolved(50));
-    EXPECT_FALSE(isSolved(1200));
+    EXPECT_TRUE(isSolved(4));
+    EXPECT_FALSE(isSolved(300));
+}
+
+// Of a problem with more rows than columns the columns are assigned.
+TEST(UniqueAssignment, AnswersProblemsWithMoreRowsThanColumns) {
+    UniqueAssignment solver;
+    const Costs C = {{1.0, F}, {3.0, 7.0}, {2.0, F}, {F, F}};
+    ASSERT_TRUE(solver.solve(cellsOf(C), 2));
+    EXPECT_EQ(solver.columns(), (std::vector<int>{0, 1, -1, -1}));
+    EXPECT_EQ(solver.rows(), (std::vector<int>{0, 1}));
+    EXPECT_FALSE(solver.solve(cellsOf({{1.0}, {1.0}, {2.0}}), 1));
+    ASSERT_TRUE(solver.solve(cellsOf({{1.0, 2.0, F}}), 3));
+    EXPECT_EQ(solver.columns(), (std::vector<int>{0}));
+    EXPECT_EQ(solver.rows(), (std::vector<int>{0, -1, -1}));
 }
 
 TEST(UniqueAssignment, DoesNotAllocateOnceWarm) {
     RandomEstimates random(24);
-    const SparseCosts costs = cellsOf(makeGated(random, 60, 0.04));
+    const Costs C = makeGated(random, 60, 0.04);
+    const Costs tall = makeAny(random, 60, 20);
+    const SparseCosts costs = cellsOf(C);
+    const SparseCosts tallCosts = cellsOf(tall);
     UniqueAssignment solver;
     EXPECT_TRUE(solver.solve(costs, 60));
+    solver.solve(tallCosts, 20);
     const AllocationScope allocations;
     EXPECT_TRUE(solver.solve(costs, 60));
+    solver.solve(tallCosts, 20);
     EXPECT_EQ(allocations.count(), 0u);
 }
 

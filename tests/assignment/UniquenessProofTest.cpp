@@ -12,7 +12,8 @@ namespace {
 
 using VeskarTest::F;
 
-bool holds(const SparseCosts& costs, const PricedAssignment& solved) {
+bool holds(const SparseCosts& costs, PricedAssignment solved) {
+    solved.doubtful.assign(solved.u.size(), 1);
     return UniquenessProof().holds(costs, solved);
 }
 
@@ -55,6 +56,15 @@ TEST_F(ThreeRows, AreNotProvenWhenSomePairIsCheaperThanItsPrices) {
 TEST_F(ThreeRows, AreNotProvenWhenAnAssignedPairIsDearerThanItsPrices) {
     solved.u[0] -= 0.1;
     EXPECT_FALSE(holds(costs, solved));
+}
+
+// Rows that are not in doubt are not looked at: their price is that of their cheapest cell.
+TEST_F(ThreeRows, AreLookedAtWhereTheyAreInDoubt) {
+    price(-9992.5, -9990.9);  // row 2 in column 1
+    solved.doubtful = {1, 1, 0};
+    EXPECT_TRUE(UniquenessProof().holds(costs, solved));
+    solved.doubtful = {0, 0, 1};
+    EXPECT_FALSE(UniquenessProof().holds(costs, solved));
 }
 
 // Other optimal prices: a tight move is no counterexample as long as tight moves form no closed
