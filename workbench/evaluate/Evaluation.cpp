@@ -6,8 +6,9 @@
 #include "host/fused/SystemTrackReading.h"
 
 #include <algorithm>
-#include <cmath>
+#include <atomic>
 #include <limits>
+#include <thread>
 #include <utility>
 
 #include <fmt/format.h>
@@ -16,6 +17,9 @@ namespace Workbench {
 namespace {
 
 const std::string wholeScene = "all";
+/// So many moments wait until they are judged together: one tracker after the other finds its
+/// tables in the cache, and starting threads costs nothing in comparison.
+constexpr std::size_t batch = 32;
 
 /// Nothing when the track has no valid ground position.
 std::optional<Picture::Reported> reportedOf(const FusedTrack& track) {
@@ -37,63 +41,21 @@ std::optional<Picture::Reported> reportedOf(const FusedTrack& track) {
     return reported;
 }
 
-Instant instantOf(const TruthFrame& truth, std::vector<JudgedTrack> tracks) {
-    Instant instant{truth.time, {}, std::move(tracks)};
-    for (const TruthObject& object : truth.objects) {
-        instant.truths.push_back({object.id, object.className, object.position, object.velocity});
-    }
-    return instant;
-}
-
-bool isInFieldOfView(const RadarSetup& radar, const Eigen::Vector2d& position) {
-    const Eigen::Vector2d offset = position - radar.mounting.position.head<2>();
-    const double yaw = radians(radar.mounting.yaw);
-    const Eigen::Vector2d forward(std::cos(yaw), std::sin(yaw));
-    const double offAxis =
-        std::abs(std::atan2(forward[0] * offset[1] - forward[1] * offset[0], forward.dot(offset)));
-    return offset.norm() <= radar.maximumRange && offAxis <= radians(0.5 * radar.fieldOfView);
-}
-
-/// Restricts an instant to a part of the scene. A track that is matched to an object is kept or
-/// left out with the object, so that tracks near the border between two parts count neither as
-/// missed nor as false.
-template <typename TruthIsKept, typename TrackIsKept>
-Instant partOf(const Instant& whole, const Pairs& pairs, TruthIsKept truthIsKept,
-               TrackIsKept trackIsKept) {
-    Instant part{whole.time, {}, {}};
-    std::vector<bool> keepTruth;
-    for (const TrueObject& truth : whole.truths) {
-        keepTruth.push_back(truthIsKept(keepTruth.size(), truth));
-        if (keepTruth.back()) {
-            part.truths.push_back(truth);
-        }
-    }
-    std::vector<bool> keepTrack;
-    for (const JudgedTrack& track : whole.tracks) {
-        keepTrack.push_back(trackIsKept(track));
-    }
-    for (const auto& [truth, track] : pairs) {
-        keepTrack[static_cast<std::size_t>(track)] = keepTruth[static_cast<std::size_t>(truth)];
-    }
-    for (std::size_t i = 0; i < keepTrack.size(); ++i) {
-        if (keepTrack[i]) {
-            part.tracks.push_back(whole.tracks[i]);
-        }
-    }
-    return part;
-}
-
 }  // namespace
 
 Evaluation::Evaluation(const RecordingHeader& installation, const Veskar::Config& config,
                        const EvaluationOptions& options)
-    : header_(installation), options_(options), adapter_(installation, config) {
-    const Picture empty(options_.coastingLimit);
-    trackers_.push_back({"fusion", std::nullopt, 0, empty, {}, {}});
+    : options_(options),
+      adapter_(installation, config),
+      parts_(installation, adapter_.projection(), options) {
+    const auto add = [&](const std::string& name, std::optional<Veskar::Source> source, int hits) {
+        trackers_.push_back({name, source, hits, Picture(options_.coastingLimit),
+                             std::make_unique<TrackerJudgement>(parts_)});
+    };
+    add("fusion", std::nullopt, 0);
     for (const Veskar::Source source : {Veskar::Radar, Veskar::VideoObject}) {
         for (const int hits : options_.confirmationHits) {
-            trackers_.push_back(
-                {fmt::format("{} {}", sourceName(source), hits), source, hits, empty, {}, {}});
+            add(fmt::format("{} {}", sourceName(source), hits), source, hits);
         }
     }
 }
@@ -143,18 +105,21 @@ void Evaluation::takeSensor(const SensorFrame& frame) {
 /// Converts sensor tracks like system tracks with a single sensor, so that both are judged alike.
 void Evaluation::show(Veskar::Source source, double time,
                       const std::vector<std::shared_ptr<Veskar::Track>>& tracks) {
-    for (Judged& tracker : trackers_) {
+    std::vector<std::pair<int, Picture::Reported>> seen;  // with the number of detections
+    for (const std::shared_ptr<Veskar::Track>& track : tracks) {
+        const Veskar::SystemTrack alone(track, track->id);
+        if (auto reported = reportedOf(readTrack(alone, adapter_))) {
+            seen.emplace_back(hitsOfTrack_[{source, track->id}], std::move(*reported));
+        }
+    }
+    for (Tracker& tracker : trackers_) {
         if (tracker.source != source) {
             continue;
         }
         SensorTracks reports;
-        for (const std::shared_ptr<Veskar::Track>& track : tracks) {
-            if (hitsOfTrack_[{source, track->id}] < tracker.hits) {
-                continue;
-            }
-            const Veskar::SystemTrack alone(track, track->id);
-            if (const auto reported = reportedOf(readTrack(alone, adapter_))) {
-                reports.push_back(*reported);
+        for (const auto& [hits, reported] : seen) {
+            if (hits >= tracker.hits) {
+                reports.push_back(reported);
             }
         }
         tracker.picture.replace(time, std::move(reports));
@@ -162,102 +127,114 @@ void Evaluation::show(Veskar::Source source, double time,
 }
 
 void Evaluation::judge(const TruthFrame& truth) {
+    waiting_.emplace_back();
+    Moment& moment = waiting_.back();
+    PartedScene& truths = moment.truth.truths;
+    truths.scene.instant.time = truth.time;
     for (const TruthObject& object : truth.objects) {
-        const bool isNew =
-            std::find(classes_.begin(), classes_.end(), object.className) == classes_.end();
-        if (isNew && object.className != wholeScene) {
-            classes_.push_back(object.className);
+        const std::string& name = object.className;
+        if (name != wholeScene &&
+            std::find(classes_.begin(), classes_.end(), name) == classes_.end()) {
+            classes_.push_back(name);
         }
+        const int number =
+            truthNumbers_.try_emplace(object.id, static_cast<int>(truthNumbers_.size()))
+                .first->second;
+        truths.scene.instant.truths.push_back(
+            {object.id, number, name, object.position, object.velocity});
+        truths.truths.push_back(parts_.membershipOf(name, object.position, classes_));
+        moment.truth.isEvaluated.push_back(!options_.commonFieldOfView ||
+                                           (object.inVideo && object.inRadar));
     }
-    for (Judged& tracker : trackers_) {
-        judge(tracker, truth);
+    moment.truth.classes = classes_;
+    for (const Tracker& tracker : trackers_) {
+        moment.tracks.push_back(tracker.picture.at(truth.time));
     }
     ++judged_;
-}
-
-void Evaluation::judge(Judged& tracker, const TruthFrame& truth) {
-    const SetDistanceParameters setDistance{options_.cutoff, 2.0};
-    const Instant everything = instantOf(truth, tracker.picture.at(truth.time));
-    const Instant scene = partOf(
-        everything, matchWithinCutoff(everything, setDistance),
-        [&](std::size_t i, const TrueObject&) {
-            return !options_.commonFieldOfView ||
-                   (truth.objects[i].inVideo && truth.objects[i].inRadar);
-        },
-        [&](const JudgedTrack& track) {
-            return !options_.commonFieldOfView || isInCommonView(track.position);
-        });
-    Scorecard& whole = card(tracker, wholeScene);
-    whole.add(scene);
-    tracker.moments.push_back({truth.time, gospa(scene, setDistance), whole.matches()});
-
-    const Pairs pairs = matchWithinCutoff(scene, setDistance);
-    for (const std::string& name : classes_) {
-        card(tracker, name)
-            .add(partOf(
-                scene, pairs,
-                [&](std::size_t, const TrueObject& object) { return object.className == name; },
-                [&](const JudgedTrack& track) { return track.className == name; }));
-    }
-    for (const double band : options_.bands) {
-        const std::string name = bandName(band);
-        const auto isInside = [&](const auto& member) { return bandOf(member.position) == name; };
-        card(tracker, name)
-            .add(partOf(
-                scene, pairs,
-                [&](std::size_t, const TrueObject& object) { return isInside(object); }, isInside));
+    if (waiting_.size() == batch) {
+        judgeWaiting();
     }
 }
 
-Scorecard& Evaluation::card(Judged& tracker, const std::string& part) {
-    return tracker.cards
-        .try_emplace(part, options_.cutoff, adapter_.projection().origin().head<2>())
-        .first->second;
+/// Judges the waiting moments on other threads, after the earlier ones.
+void Evaluation::judgeWaiting() {
+    finishJudging();
+    underWay_ = std::exchange(waiting_, {});
+    forEachTracker([this](std::size_t i) {
+        for (Moment& moment : underWay_) {
+            trackers_[i].judgement->judge(moment.truth, std::move(moment.tracks[i]));
+        }
+    });
 }
 
-bool Evaluation::isInCommonView(const Eigen::Vector2d& position) const {
-    return adapter_.projection().sees({position[0], position[1], 0.0}) &&
-           isInFieldOfView(header_.radar, position);
-}
-
-std::string Evaluation::bandName(double from) const {
-    const auto next = std::upper_bound(options_.bands.begin(), options_.bands.end(), from);
-    return next == options_.bands.end() ? fmt::format("{} m and more", from)
-                                        : fmt::format("{} to {} m", from, *next);
-}
-
-/// Empty for ranges below the first band.
-std::string Evaluation::bandOf(const Eigen::Vector2d& position) const {
-    const double range = (position - adapter_.projection().origin().head<2>()).norm();
-    const auto next = std::upper_bound(options_.bands.begin(), options_.bands.end(), range);
-    return next == options_.bands.begin() ? "" : bandName(*std::prev(next));
-}
-
-std::vector<PartFigures> Evaluation::figures() const {
-    std::vector<std::string> parts{wholeScene};
-    parts.insert(parts.end(), classes_.begin(), classes_.end());
-    for (const double band : options_.bands) {
-        parts.push_back(bandName(band));
+/// Starts a function of the tracker's place for every tracker.
+void Evaluation::forEachTracker(const std::function<void(std::size_t)>& function) {
+    const std::size_t count = trackers_.size();
+    const std::size_t threads =
+        std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, count);
+    const auto next = std::make_shared<std::atomic<std::size_t>>(0);
+    for (std::size_t thread = 0; thread < threads; ++thread) {
+        threads_.push_back(std::async(std::launch::async, [=] {
+            for (std::size_t i = (*next)++; i < count; i = (*next)++) {
+                function(i);
+            }
+        }));
     }
+}
+
+void Evaluation::finishJudging() {
+    for (std::future<void>& thread : threads_) {
+        thread.wait();
+    }
+    for (std::future<void>& thread : std::exchange(threads_, {})) {
+        thread.get();
+    }
+}
+
+std::string Evaluation::bandName(std::size_t band) const {
+    const double from = options_.bands[band];
+    return band + 1 == options_.bands.size()
+               ? fmt::format("{} m and more", from)
+               : fmt::format("{} to {} m", from, options_.bands[band + 1]);
+}
+
+std::vector<PartFigures> Evaluation::figures() {
+    judgeWaiting();
+    finishJudging();
+    forEachTracker([this](std::size_t i) { trackers_[i].judgement->judgeAgain(); });
+    finishJudging();
     std::vector<PartFigures> result;
-    for (const std::string& part : parts) {
-        PartFigures figures{part, {}};
-        for (const Judged& tracker : trackers_) {
-            const auto card = tracker.cards.find(part);
-            if (card != tracker.cards.end()) {
-                figures.trackers.push_back({tracker.name, card->second.figures()});
+    const auto addPart = [&](const std::string& name, auto cardOf) {
+        PartFigures& part = result.emplace_back(PartFigures{name, {}});
+        for (const Tracker& tracker : trackers_) {
+            if (judged_ > 0) {
+                part.trackers.push_back(
+                    {tracker.name, cardOf(tracker.judgement->cards()).figures()});
             }
         }
-        result.push_back(std::move(figures));
+    };
+    addPart(wholeScene,
+            [](const TrackerJudgement::Cards& cards) -> const Scorecard& { return cards.whole; });
+    for (std::size_t i = 0; i < classes_.size(); ++i) {
+        addPart(classes_[i], [&](const TrackerJudgement::Cards& cards) -> const Scorecard& {
+            return cards.classes[i];
+        });
+    }
+    for (std::size_t i = 0; i < options_.bands.size(); ++i) {
+        addPart(bandName(i), [&](const TrackerJudgement::Cards& cards) -> const Scorecard& {
+            return cards.bands[i];
+        });
     }
     return result;
 }
 
-std::vector<GospaSeries> Evaluation::gospaOverTime() const {
+std::vector<GospaSeries> Evaluation::gospaOverTime() {
+    judgeWaiting();
+    finishJudging();
     std::vector<GospaSeries> series;
     series.reserve(trackers_.size());
-    for (const Judged& tracker : trackers_) {
-        series.push_back({tracker.name, tracker.moments});
+    for (const Tracker& tracker : trackers_) {
+        series.push_back({tracker.name, tracker.judgement->moments()});
     }
     return series;
 }

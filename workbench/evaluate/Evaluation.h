@@ -5,28 +5,24 @@
 #include <veskar-host/FusedFrame.h>
 #include <veskar-host/HostAdapter.h>
 
+#include "evaluate/EvaluationOptions.h"
 #include "evaluate/Picture.h"
-#include "evaluate/Scorecard.h"
-#include "evaluate/metrics/Assignment.h"
+#include "evaluate/TrackerJudgement.h"
 #include "host/duties/SensorSupervisor.h"
 #include "recording/Recording.h"
 
+#include <cstddef>
+#include <functional>
+#include <future>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace Workbench {
-
-/// Options of an evaluation.
-struct EvaluationOptions {
-    double cutoff = 5.0;                               ///< see Scorecard, m
-    std::vector<double> bands{0.0, 20.0, 40.0, 80.0};  ///< lower limits of the range bands, m
-    std::vector<int> confirmationHits{3, 8, 15};       ///< hits to confirm sensor tracks
-    double coastingLimit = 0.5;                        ///< of every tracker, s
-    /// Evaluates only where both sensors can see; otherwise the whole scene.
-    bool commonFieldOfView = true;
-};
 
 /// The metrics of one tracker over one part of the scene.
 struct TrackerFigures {
@@ -40,14 +36,6 @@ struct PartFigures {
     std::vector<TrackerFigures> trackers;
 };
 
-/// GOSPA of one tracker at one instant of the truth, over the whole scene.
-struct GospaMoment {
-    double time = 0.0;  ///< s
-    Gospa gospa;        ///< when the truth is incomplete, its false tracks and its distance are
-                        ///< meaningless
-    std::map<int, int> matches;  ///< track id by object id, as matched by CLEAR MOT
-};
-
 /// GOSPA of one tracker over time.
 struct GospaSeries {
     std::string tracker;  ///< as in TrackerFigures
@@ -59,6 +47,10 @@ struct GospaSeries {
 ///
 /// At every instant of the truth, the tracks that have arrived by then are predicted to it with
 /// constant velocity. A sensor track counts as confirmed after a number of detections under its id.
+///
+/// Some metrics need a second pass over all instants. What it reads is stored in a temporary file
+/// when it is much, so that memory does not grow with the duration of the recording, only with the
+/// number of objects and tracks that have been near each other.
 class Evaluation {
 public:
     /// @param installation the header of the recording
@@ -67,50 +59,63 @@ public:
     /// @param options what to evaluate
     Evaluation(const RecordingHeader& installation, const Veskar::Config& config,
                const EvaluationOptions& options);
+    Evaluation(const Evaluation&) = delete;
+    Evaluation& operator=(const Evaluation&) = delete;
 
     /// @param frame the fused tracks after a frame, in the order of arrival; must be added before
     ///              the first truth line that is later than its arrival
     void add(const FusedFrame& frame);
     /// @param line the lines in the order of the recording
+    /// @throw InputError when a temporary file cannot be written
     void add(const RecordingLine& line);
 
+    /// Makes the second pass.
+    /// @throw InputError when a temporary file cannot be written or read
+    /// @throw Interrupted when a signal has come
     /// @return metrics of the whole scene, then of the classes, then of the range bands
-    std::vector<PartFigures> figures() const;
+    std::vector<PartFigures> figures();
     /// @return number of evaluated instants
     int instants() const { return judged_; }
-    /// @return GOSPA at every evaluated instant, of the fusion and of each sensor
-    std::vector<GospaSeries> gospaOverTime() const;
+    /// @return GOSPA at every evaluated instant, of the fusion and of each sensor, if they are kept
+    std::vector<GospaSeries> gospaOverTime();
 
 private:
-    struct Judged {
+    struct Tracker {
         std::string name;
         std::optional<Veskar::Source> source;  ///< none: the fusion
         int hits;                              ///< detections that confirm a sensor track
         Picture picture;
-        std::map<std::string, Scorecard> cards;  ///< by part
-        std::vector<GospaMoment> moments;        ///< of the whole scene
+        std::unique_ptr<TrackerJudgement> judgement;
     };
     using SensorTracks = std::vector<Picture::Reported>;
+    /// The truth at one time and the tracks of every tracker.
+    struct Moment {
+        TrueMoment truth;
+        std::vector<std::vector<JudgedTrack>> tracks;
+    };
 
     void takeSensor(const SensorFrame& frame);
     void predictSlowSensors(double time);
     void show(Veskar::Source source, double time,
               const std::vector<std::shared_ptr<Veskar::Track>>& tracks);
     void judge(const TruthFrame& truth);
-    void judge(Judged& tracker, const TruthFrame& truth);
-    Scorecard& card(Judged& tracker, const std::string& part);
-    bool isInCommonView(const Eigen::Vector2d& position) const;
-    std::string bandName(double from) const;
-    std::string bandOf(const Eigen::Vector2d& position) const;
+    void judgeWaiting();
+    void finishJudging();
+    void forEachTracker(const std::function<void(std::size_t)>& function);
+    std::string bandName(std::size_t band) const;
 
-    RecordingHeader header_;
     EvaluationOptions options_;
     HostAdapter adapter_;
     SensorSupervisor duties_;
-    std::vector<Judged> trackers_;
+    SceneParts parts_;
+    std::vector<Tracker> trackers_;
     std::map<std::pair<Veskar::Source, int>, int> hitsOfTrack_;
     std::vector<std::string> classes_;
+    std::unordered_map<int, int> truthNumbers_;
     int judged_ = 0;
+    std::vector<Moment> waiting_;
+    std::vector<Moment> underWay_;
+    std::vector<std::future<void>> threads_;  ///< the last member: destroyed first, which waits
 };
 
 }  // namespace Workbench

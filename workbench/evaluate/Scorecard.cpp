@@ -13,17 +13,28 @@ Scorecard::Scorecard(double cutoff, const Eigen::Vector2d& observer)
       quality_(0.5 * cutoff),
       accuracy_(observer) {}
 
-void Scorecard::add(const Instant& instant) {
-    const Pairs pairs = matchWithinCutoff(instant, setDistance_);
-    gospaMean_.add(instant);
-    ospaMean_.add(instant);
-    clearMot_.add(instant);
-    identity_.add(instant);
-    hota_.add(instant);
-    quality_.add(instant);
-    accuracy_.add(instant, pairs);
-    consistency_.add(instant, pairs);
-    delay_.add(instant, pairs);
+void Scorecard::add(const JudgedScene& scene) {
+    const auto& [instant, near, matches] = scene;
+    const Gospa costs = gospa(instant, matches, setDistance_);
+    gospaMean_.add(costs);
+    ospaMean_.add(costs);
+    clearMot_.add(instant, near);
+    identity_.add(instant, near);
+    hota_.add(instant, near);
+    quality_.add(instant, near);
+    accuracy_.add(instant, matches);
+    consistency_.add(instant, matches);
+    delay_.add(instant, matches);
+}
+
+void Scorecard::beginAgain() {
+    hota_.beginAgain();
+    accuracy_.beginAgain();
+}
+
+void Scorecard::addAgain(const JudgedScene& scene) {
+    hota_.addAgain(scene.instant, scene.near);
+    accuracy_.addAgain(scene.instant, scene.matches);
 }
 
 std::vector<Figure> Scorecard::figures() const {

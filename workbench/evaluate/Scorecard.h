@@ -2,6 +2,7 @@
 // All metrics of one tracker over one part of the scene.
 #pragma once
 
+#include "evaluate/JudgedScene.h"
 #include "evaluate/metrics/Accuracy.h"
 #include "evaluate/metrics/ClearMot.h"
 #include "evaluate/metrics/ConfirmationDelay.h"
@@ -10,8 +11,7 @@
 #include "evaluate/metrics/PictureQuality.h"
 #include "evaluate/metrics/SetDistance.h"
 
-#include <map>
-#include <string>
+#include <utility>
 #include <vector>
 
 namespace Workbench {
@@ -34,12 +34,17 @@ public:
     /// @param observer position of the sensors on the ground, m
     Scorecard(double cutoff, const Eigen::Vector2d& observer);
 
-    void add(const Instant& instant);
+    /// First pass over the instants of the part.
+    void add(const JudgedScene& scene);
+    /// Begins the second pass.
+    void beginAgain();
+    /// The same calls as of add; positions, numbers and matches suffice.
+    void addAgain(const JudgedScene& scene);
 
-    /// @return all metrics, always in the same order
+    /// @return all metrics after both passes, always in the same order
     std::vector<Figure> figures() const;
     /// @return see ClearMot::matches
-    const std::map<int, int>& matches() const { return clearMot_.matches(); }
+    const std::vector<std::pair<int, int>>& matches() const { return clearMot_.matches(); }
 
 private:
     SetDistanceParameters setDistance_;

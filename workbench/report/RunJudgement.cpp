@@ -14,6 +14,7 @@ namespace Workbench {
 
 RunJudgement::RunJudgement(const RecordingHeader& installation, const Veskar::Config& config)
     : header_(installation) {
+    options_.keepsMoments = true;
     if (header_.truth != TruthKind::None) {
         evaluation_.emplace(installation, config, options_);
     }
@@ -31,7 +32,7 @@ void RunJudgement::add(const RecordingLine& line) {
     }
 }
 
-Json RunJudgement::json(double start) const {
+Json RunJudgement::json(double start) {
     if (!evaluation_ || evaluation_->instants() == 0) {
         return nullptr;
     }
@@ -53,7 +54,7 @@ Json RunJudgement::json(double start) const {
             {"matches", matches.json()},        {"parts", parts()}};
 }
 
-Json RunJudgement::parts() const {
+Json RunJudgement::parts() {
     Json all = Json::array();
     for (const PartFigures& part : evaluation_->figures()) {
         if (part.trackers.empty()) {

@@ -25,10 +25,10 @@ public:
     /// @return {"cutoff": m, "moments": n, "time": column of n, "gospa": column of n, "matches":
     ///         see TrackTable (its tracks are true objects, its column the system track of each),
     ///         "parts": the metrics}; null when nothing was evaluated
-    Json json(double start) const;
+    Json json(double start);
 
 private:
-    Json parts() const;
+    Json parts();
 
     RecordingHeader header_;
     EvaluationOptions options_;

@@ -36,8 +36,11 @@ TEST(Accuracy, MeasuresRangeFromTheObserver) {
 
 TEST(Accuracy, TakesTheMedianOfThePositionErrors) {
     Accuracy metric(origin);
-    metric.add(instantOf(0, {{1, 10}, {2, 20}, {3, 30}}, {{7, 11}, {8, 22}, {9, 130}}),
-               {{0, 0}, {1, 1}, {2, 2}});
+    const Instant instant = instantOf(0, {{1, 10}, {2, 20}, {3, 30}}, {{7, 11}, {8, 22}, {9, 130}});
+    const Pairs pairs{{0, 0}, {1, 1}, {2, 2}};
+    metric.add(instant, pairs);
+    metric.beginAgain();
+    metric.addAgain(instant, pairs);
     EXPECT_DOUBLE_EQ(metric.result().positionMedian, 2.0);
 }
 

@@ -13,10 +13,10 @@ constexpr SimilarityParameters parameters{4.0, 0.5};
 TEST(ClearMot, CountsMatchesMissesAndFalseTracks) {
     ClearMot metric(parameters);
     // Object 1 on track 7 at 1 m, object 2 missed, track 8 false.
-    metric.add(instantOf(0, {{1, 0}, {2, 50}}, {{7, 1}, {8, 100}}));
+    add(metric, instantOf(0, {{1, 0}, {2, 50}}, {{7, 1}, {8, 100}}));
     // No tracks; then no objects.
-    metric.add(instantOf(1, {{1, 0}, {2, 50}}, {}));
-    metric.add(instantOf(2, {}, {{7, 1}}));
+    add(metric, instantOf(1, {{1, 0}, {2, 50}}, {}));
+    add(metric, instantOf(2, {}, {{7, 1}}));
     const ClearMot::Result result = metric.result();
     EXPECT_EQ(result.TP, 1);
     EXPECT_EQ(result.FN, 3);
@@ -30,28 +30,28 @@ TEST(ClearMot, CountsMatchesMissesAndFalseTracks) {
 
 TEST(ClearMot, MatchesUpToTheThreshold) {
     ClearMot at(parameters);
-    at.add(instantOf(0, {{1, 0}}, {{7, 2.0}}));  // similarity 0.5
+    add(at, instantOf(0, {{1, 0}}, {{7, 2.0}}));  // similarity 0.5
     EXPECT_EQ(at.result().TP, 1);
     ClearMot beyond(parameters);
-    beyond.add(instantOf(0, {{1, 0}}, {{7, 2.001}}));
+    add(beyond, instantOf(0, {{1, 0}}, {{7, 2.001}}));
     EXPECT_EQ(beyond.result().TP, 0);
 }
 
 TEST(ClearMot, KeepsAMatchWhenAnotherTrackComesNearer) {
     ClearMot metric(parameters);
-    metric.add(instantOf(0, {{1, 0}}, {{7, 1}}));
-    metric.add(instantOf(1, {{1, 0}}, {{7, 1.9}, {8, 0}}));
+    add(metric, instantOf(0, {{1, 0}}, {{7, 1}}));
+    add(metric, instantOf(1, {{1, 0}}, {{7, 1.9}, {8, 0}}));
     EXPECT_EQ(metric.result().IDSW, 0);
     EXPECT_DOUBLE_EQ(metric.result().motpDistance, (1.0 + 1.9) / 2.0);
 }
 
 TEST(ClearMot, CountsASwitchAgainstTheLastTrackTheObjectHad) {
     ClearMot metric(parameters);
-    metric.add(instantOf(0, {{1, 0}}, {{7, 0}}));
-    metric.add(instantOf(1, {{1, 0}}, {{9, 90}}));  // lost
-    metric.add(instantOf(2, {{1, 0}}, {{8, 0}}));   // matched with another track: switch
-    metric.add(instantOf(3, {{1, 0}}, {{9, 90}}));  // lost
-    metric.add(instantOf(4, {{1, 0}}, {{8, 0}}));   // matched with the same track: no switch
+    add(metric, instantOf(0, {{1, 0}}, {{7, 0}}));
+    add(metric, instantOf(1, {{1, 0}}, {{9, 90}}));  // lost
+    add(metric, instantOf(2, {{1, 0}}, {{8, 0}}));   // matched with another track: switch
+    add(metric, instantOf(3, {{1, 0}}, {{9, 90}}));  // lost
+    add(metric, instantOf(4, {{1, 0}}, {{8, 0}}));   // matched with the same track: no switch
     EXPECT_EQ(metric.result().IDSW, 1);
     EXPECT_DOUBLE_EQ(metric.result().tracksPerObject, 2.0);
     // Three intervals of tracking are two fragmentations.
@@ -60,8 +60,8 @@ TEST(ClearMot, CountsASwitchAgainstTheLastTrackTheObjectHad) {
 
 TEST(ClearMot, CountsTwoSwitchesWhenTwoObjectsSwapTheirTracks) {
     ClearMot metric(parameters);
-    metric.add(instantOf(0, {{1, 0}, {2, 10}}, {{7, 0}, {8, 10}}));
-    metric.add(instantOf(1, {{1, 0}, {2, 10}}, {{7, 10}, {8, 0}}));
+    add(metric, instantOf(0, {{1, 0}, {2, 10}}, {{7, 0}, {8, 10}}));
+    add(metric, instantOf(1, {{1, 0}, {2, 10}}, {{7, 10}, {8, 0}}));
     // 4 matches, no misses: (4 - 0 - 2) / 4.
     EXPECT_EQ(metric.result().IDSW, 2);
     EXPECT_EQ(metric.result().Frag, 0);
@@ -79,7 +79,7 @@ TEST(ClearMot, SortsObjectsByTheShareOfTheirLifeThatIsTracked) {
                 tracks.push_back({object, 100.0 * object});
             }
         }
-        metric.add(instantOf(i, {{0, 0}, {1, 100}, {2, 200}, {3, 300}}, tracks));
+        add(metric, instantOf(i, {{0, 0}, {1, 100}, {2, 200}, {3, 300}}, tracks));
     }
     const ClearMot::Result result = metric.result();
     EXPECT_EQ(result.MT, 1);

@@ -68,7 +68,7 @@ protected:
     }
 
     double figure(const std::string& part, const std::string& key,
-                  const std::string& tracker = "fusion") const {
+                  const std::string& tracker = "fusion") {
         for (const PartFigures& figures : evaluation->figures()) {
             for (const TrackerFigures& ofTracker : figures.trackers) {
                 for (const Figure& one : ofTracker.figures) {
@@ -82,7 +82,7 @@ protected:
         return 0.0;
     }
 
-    std::vector<std::string> parts() const {
+    std::vector<std::string> parts() {
         std::vector<std::string> names;
         for (const PartFigures& figures : evaluation->figures()) {
             names.push_back(figures.part);
@@ -159,6 +159,30 @@ TEST_F(EvaluationTest, AClassNamedAsTheWholeSceneDoesNotCountTwice) {
     EXPECT_EQ(parts()[1], "0 to 20 m");
 }
 
+TEST_F(EvaluationTest, CountsAClassFromItsFirstObjectInALongRecording) {
+    begin();
+    // A walker with one track for 100 s, and a car that nobody finds for the last 60.
+    for (int i = 0; i < 100; ++i) {
+        std::vector<TruthObject> objects{truthAt(1, 15.0, 0.0)};
+        if (i >= 40) {
+            objects.push_back(truthAt(2, 30.0, 0.0, "car"));
+        }
+        judge({fusedAt(1, 15.0, 1.0)}, objects, i);
+        if (i == 69) {
+            // Figures in between change nothing.
+            EXPECT_EQ(figure("all", "missed_per_instant"), 30.0 / 70.0);
+            EXPECT_NEAR(figure("human", "HOTA"), 16.0 / 19.0, 1e-12);
+        }
+    }
+    EXPECT_EQ(evaluation->instants(), 100);
+    EXPECT_EQ(figure("car", "missed_per_instant"), 1.0);
+    EXPECT_EQ(figure("all", "missed_per_instant"), 0.6);
+    EXPECT_EQ(figure("all", "position_median"), 1.0);
+    // Similarity 0.8 reaches 16 of 19 thresholds. DetA 100 / 160, the walker's overlap is 1.
+    EXPECT_NEAR(figure("human", "HOTA"), 16.0 / 19.0, 1e-12);
+    EXPECT_NEAR(figure("all", "HOTA"), 16.0 / 19.0 * std::sqrt(0.625), 1e-12);
+}
+
 TEST_F(EvaluationTest, KnowsNoErrorsByTheBordersOfItsParts) {
     options.bands = {0.0, 20.0};
     begin();
@@ -190,6 +214,7 @@ TEST_F(EvaluationTest, JudgesWhereBothSensorsCanSeeUnlessToldOtherwise) {
 
 TEST_F(EvaluationTest, GivesGospaOfEveryMoment) {
     options.confirmationHits = {3};
+    options.keepsMoments = true;
     begin();
     judge({fusedAt(1, 20.0, 3.0)}, {truthAt(1, 20.0, 0.0)}, 1.0);
     judge({fusedAt(1, 20.0, 3.0)}, {truthAt(1, 20.0, 0.0), truthAt(2, 30.0, 0.0)}, 2.0);
@@ -218,6 +243,7 @@ TEST_F(EvaluationTest, GivesGospaOfEveryMoment) {
 
 TEST_F(EvaluationTest, ASensorsTrackCountsOnceItHasBeenSeenOftenEnough) {
     options.confirmationHits = {1, 3};
+    options.keepsMoments = true;
     begin();
     RadarReport report;
     report.id = 4;

@@ -20,7 +20,7 @@ TEST(Identity, GivesAnObjectItsLongestTrackOnly) {
         } else if (i > 6) {
             tracks.push_back({8, 0.5});
         }
-        metric.add(instantOf(i, {{1, 0}}, tracks));
+        add(metric, instantOf(i, {{1, 0}}, tracks));
     }
     // IDTP 6, IDFN 10 - 6, IDFP 9 - 6.
     const Identity::Result result = metric.result();
@@ -37,26 +37,26 @@ TEST(Identity, AssignsOverTheWholeTimeAndNotGreedily) {
     // Track 7 matches object 1 three times and object 2 twice, track 8 matches object 1 twice.
     // 1-7 alone gives 3; 1-8 and 2-7 give 2 + 2.
     for (int i = 0; i < 3; ++i) {
-        metric.add(instantOf(i, {{1, 0}}, {{7, 0}}));
+        add(metric, instantOf(i, {{1, 0}}, {{7, 0}}));
     }
     for (int i = 3; i < 5; ++i) {
-        metric.add(instantOf(i, {{1, 0}, {2, 50}}, {{8, 0}, {7, 50}}));
+        add(metric, instantOf(i, {{1, 0}, {2, 50}}, {{8, 0}, {7, 50}}));
     }
     EXPECT_EQ(metric.result().IDTP, 4);
 }
 
 TEST(Identity, MatchesUpToTheThreshold) {
     Identity at(parameters);
-    at.add(instantOf(0, {{1, 0}}, {{7, 2.0}}));
+    add(at, instantOf(0, {{1, 0}}, {{7, 2.0}}));
     EXPECT_EQ(at.result().IDTP, 1);
     Identity beyond(parameters);
-    beyond.add(instantOf(0, {{1, 0}}, {{7, 2.001}}));
+    add(beyond, instantOf(0, {{1, 0}}, {{7, 2.001}}));
     EXPECT_EQ(beyond.result().IDTP, 0);
 }
 
 TEST(Identity, WithoutTracksEverythingIsMissed) {
     Identity metric(parameters);
-    metric.add(instantOf(0, {{1, 0}, {2, 9}}, {}));
+    add(metric, instantOf(0, {{1, 0}, {2, 9}}, {}));
     EXPECT_EQ(metric.result().IDFN, 2);
     EXPECT_EQ(metric.result().IDF1, 0.0);
 }

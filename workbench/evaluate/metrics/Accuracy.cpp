@@ -3,7 +3,6 @@
 
 #include "evaluate/metrics/Average.h"
 
-#include <algorithm>
 #include <cmath>
 
 #include <Eigen/Cholesky>
@@ -13,15 +12,6 @@ namespace {
 
 /// The 95 % quantile of the chi-square distribution with two degrees of freedom, -2 ln 0.05.
 const double chiSquare95 = -2.0 * std::log(0.05);
-
-double median(std::vector<float> values) {
-    if (values.empty()) {
-        return nothingToAverage;
-    }
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return static_cast<double>(*middle);
-}
 
 }  // namespace
 
@@ -33,7 +23,7 @@ void Accuracy::add(const Instant& instant, const Pairs& pairs) {
         const Eigen::Vector2d sight = (truth.position - observer_).normalized();
         const double along = sight.dot(error);
         const double across = sight.x() * error.y() - sight.y() * error.x();
-        errors_.push_back(static_cast<float>(error.norm()));
+        errors_.count(static_cast<float>(error.norm()));
         radial_ += along;
         crossRange_ += across;
         squaredRadial_ += along * along;
@@ -46,12 +36,20 @@ void Accuracy::add(const Instant& instant, const Pairs& pairs) {
     }
 }
 
+void Accuracy::addAgain(const Instant& instant, const Pairs& pairs) {
+    for (const auto& [i, j] : pairs) {
+        const Eigen::Vector2d error = instant.tracks[static_cast<std::size_t>(j)].position -
+                                      instant.truths[static_cast<std::size_t>(i)].position;
+        errors_.countAgain(static_cast<float>(error.norm()));
+    }
+}
+
 Accuracy::Result Accuracy::result() const {
     const auto n = static_cast<double>(errors_.size());
     Result result;
     result.matches = static_cast<int>(errors_.size());
     result.positionRmse = std::sqrt(average(squaredRadial_ + squaredCrossRange_, n));
-    result.positionMedian = median(errors_);
+    result.positionMedian = errors_.result();
     result.radialRmse = std::sqrt(average(squaredRadial_, n));
     result.crossRangeRmse = std::sqrt(average(squaredCrossRange_, n));
     result.radialBias = average(radial_, n);

@@ -4,8 +4,7 @@
 
 #include "evaluate/metrics/Assignment.h"
 #include "evaluate/metrics/Instant.h"
-
-#include <vector>
+#include "evaluate/metrics/Median.h"
 
 namespace Workbench {
 
@@ -22,11 +21,16 @@ public:
     /// @param pairs matches of @p instant, (true object, track)
     void add(const Instant& instant, const Pairs& pairs);
 
+    /// Begins a second pass over the same instants, which the median needs.
+    void beginAgain() { errors_.beginAgain(); }
+    /// The same calls as of add.
+    void addAgain(const Instant& instant, const Pairs& pairs);
+
     /// Values without anything to average are NaN.
     struct Result {
         int matches = 0;
         double positionRmse = 0.0;    ///< m
-        double positionMedian = 0.0;  ///< m
+        double positionMedian = 0.0;  ///< m; known after the second pass
         double radialRmse = 0.0;      ///< m
         double crossRangeRmse = 0.0;  ///< m
         double radialBias = 0.0;      ///< mean error, m; positive: reported too far away
@@ -39,7 +43,7 @@ public:
 
 private:
     Eigen::Vector2d observer_;
-    std::vector<float> errors_;
+    Median errors_;
     double squaredRadial_ = 0.0;
     double squaredCrossRange_ = 0.0;
     double radial_ = 0.0;

@@ -17,16 +17,18 @@ constexpr double mostlyLost = 0.2;
 
 }  // namespace
 
-void ClearMot::add(const Instant& instant) {
-    const auto truthAt = [&](Eigen::Index i) -> const TrueObject& {
-        return instant.truths[static_cast<std::size_t>(i)];
-    };
-    const auto trackAt = [&](Eigen::Index j) -> const JudgedTrack& {
-        return instant.tracks[static_cast<std::size_t>(j)];
-    };
+ClearMot::ObjectHistory& ClearMot::historyOf(const TrueObject& object) {
+    const auto place = static_cast<std::size_t>(object.number);
+    if (place >= objects_.size()) {
+        objects_.resize(place + 1);
+    }
+    return objects_[place];
+}
+
+void ClearMot::add(const Instant& instant, const NearPairs& near) {
     matchedNow_.clear();
     for (const TrueObject& truth : instant.truths) {
-        ++objects_[truth.id].present;
+        ++historyOf(truth).present;
     }
     if (instant.truths.empty() || instant.tracks.empty()) {
         counts_.FN += static_cast<int>(instant.truths.size());
@@ -34,36 +36,41 @@ void ClearMot::add(const Instant& instant) {
         return;
     }
 
-    const Eigen::MatrixXd similarity = similarities(instant, parameters_.zeroDistance);
-    Eigen::MatrixXd gain = Eigen::MatrixXd::Zero(similarity.rows(), similarity.cols());
-    for (Eigen::Index i = 0; i < gain.rows(); ++i) {
-        const ObjectHistory& object = objects_[truthAt(i).id];
-        for (Eigen::Index j = 0; j < gain.cols(); ++j) {
-            if (similarity(i, j) < parameters_.threshold - std::numeric_limits<double>::epsilon()) {
-                continue;
-            }
-            const bool continued =
-                object.matchedInPreviousInstant && object.lastTrackId == trackAt(j).id;
-            gain(i, j) = similarity(i, j) + (continued ? continuationGain : 0.0);
+    std::vector<Gain> gains;
+    gains.reserve(near.size());
+    for (const NearPair& pair : near) {
+        const double alike = similarity(pair.distance, parameters_.zeroDistance);
+        if (alike < parameters_.threshold - std::numeric_limits<double>::epsilon()) {
+            continue;
         }
+        const ObjectHistory& object =
+            historyOf(instant.truths[static_cast<std::size_t>(pair.truth)]);
+        const bool continued =
+            object.matchedAt == instant_ &&
+            object.lastTrack == instant.tracks[static_cast<std::size_t>(pair.track)].number;
+        gains.push_back({pair.truth, pair.track, alike + (continued ? continuationGain : 0.0)});
     }
-    const Pairs pairs = assignWithGreatestGain(gain);
-
-    for (const auto& [i, j] : pairs) {
-        ObjectHistory& object = objects_[truthAt(i).id];
-        const int trackId = trackAt(j).id;
-        counts_.IDSW += !object.trackIds.empty() && object.lastTrackId != trackId ? 1 : 0;
-        object.beginnings += object.matchedInPreviousInstant ? 0 : 1;
-        object.lastTrackId = trackId;
+    const std::vector<std::size_t> pairs =
+        assignWithGreatestGain(instant.truths.size(), instant.tracks.size(), gains);
+    for (const std::size_t place : pairs) {
+        const TrueObject& truth = instant.truths[static_cast<std::size_t>(gains[place].row)];
+        const JudgedTrack& track = instant.tracks[static_cast<std::size_t>(gains[place].column)];
+        ObjectHistory& object = historyOf(truth);
+        const bool isSwitch = object.matched > 0 && object.lastTrack != track.number;
+        counts_.IDSW += isSwitch ? 1 : 0;
+        object.beginnings += object.matchedAt == instant_ ? 0 : 1;
+        if (isSwitch || object.matched == 0) {
+            object.tracks.insert(track.number);
+        }
+        object.lastTrack = track.number;
+        object.matchedAt = instant_ + 1;
         ++object.matched;
-        object.trackIds.insert(trackId);
-        matchedNow_[truthAt(i).id] = trackId;
-        similaritySum_ += similarity(i, j);
-        distanceSum_ += (trackAt(j).position - truthAt(i).position).norm();
+        matchedNow_.emplace_back(truth.id, track.id);
+        const double distance = (track.position - truth.position).norm();
+        similaritySum_ += similarity(distance, parameters_.zeroDistance);
+        distanceSum_ += distance;
     }
-    for (auto& [id, object] : objects_) {
-        object.matchedInPreviousInstant = matchedNow_.count(id) > 0;
-    }
+    ++instant_;
     counts_.TP += static_cast<int>(pairs.size());
     counts_.FN += static_cast<int>(instant.truths.size() - pairs.size());
     counts_.FP += static_cast<int>(instant.tracks.size() - pairs.size());
@@ -71,9 +78,12 @@ void ClearMot::add(const Instant& instant) {
 
 ClearMot::Result ClearMot::result() const {
     Result result = counts_;
-    std::size_t trackIds = 0;
+    std::size_t tracks = 0;
     int objectsMatched = 0;
-    for (const auto& [id, object] : objects_) {
+    for (const ObjectHistory& object : objects_) {
+        if (object.present == 0) {
+            continue;
+        }
         const double share = static_cast<double>(object.matched) / object.present;
         if (share > mostlyTracked) {
             ++result.MT;
@@ -83,10 +93,10 @@ ClearMot::Result ClearMot::result() const {
             ++result.ML;
         }
         result.Frag += std::max(0, object.beginnings - 1);
-        trackIds += object.trackIds.size();
+        tracks += object.tracks.size();
         objectsMatched += object.matched > 0 ? 1 : 0;
     }
-    result.tracksPerObject = average(static_cast<double>(trackIds), objectsMatched);
+    result.tracksPerObject = average(static_cast<double>(tracks), objectsMatched);
     result.MOTA = static_cast<double>(result.TP - result.FP - result.IDSW) /
                   std::max(1, result.TP + result.FN);
     result.MOTP = similaritySum_ / std::max(1, result.TP);

@@ -3,9 +3,11 @@
 #pragma once
 
 #include "evaluate/metrics/Instant.h"
+#include "evaluate/metrics/NearPairs.h"
 
-#include <map>
 #include <set>
+#include <utility>
+#include <vector>
 
 namespace Workbench {
 
@@ -25,7 +27,8 @@ class ClearMot {
 public:
     explicit ClearMot(const SimilarityParameters& parameters) : parameters_(parameters) {}
 
-    void add(const Instant& instant);
+    /// @param near pairs of @p instant, at least those that are similar enough to match
+    void add(const Instant& instant, const NearPairs& near);
 
     struct Result {
         double MOTA = 0.0;          ///< (TP - FP - IDSW) / (TP + FN)
@@ -45,22 +48,24 @@ public:
     };
     Result result() const;
 
-    /// @return track ids by object id, of the matches at the last instant
-    const std::map<int, int>& matches() const { return matchedNow_; }
+    /// @return ids of object and track of the matches at the last instant
+    const std::vector<std::pair<int, int>>& matches() const { return matchedNow_; }
 
 private:
     struct ObjectHistory {
         int present = 0;
         int matched = 0;
         int beginnings = 0;
-        bool matchedInPreviousInstant = false;
-        int lastTrackId = 0;
-        std::set<int> trackIds;
+        int matchedAt = 0;  ///< count of instants after its last match; 0: never matched
+        int lastTrack = 0;  ///< number
+        std::set<int> tracks;
     };
+    ObjectHistory& historyOf(const TrueObject& object);
 
     SimilarityParameters parameters_;
-    std::map<int, ObjectHistory> objects_;
-    std::map<int, int> matchedNow_;  ///< track by object
+    std::vector<ObjectHistory> objects_;  ///< by number
+    std::vector<std::pair<int, int>> matchedNow_;
+    int instant_ = 1;  ///< count of those with objects and tracks
     Result counts_;
     double similaritySum_ = 0.0;
     double distanceSum_ = 0.0;

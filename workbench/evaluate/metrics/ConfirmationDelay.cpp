@@ -9,11 +9,18 @@ namespace Workbench {
 
 void ConfirmationDelay::add(const Instant& instant, const Pairs& pairs) {
     for (const TrueObject& truth : instant.truths) {
-        objects_.try_emplace(truth.id, ObjectTimes{instant.time, std::nullopt});
+        const auto place = static_cast<std::size_t>(truth.number);
+        if (place >= objects_.size()) {
+            objects_.resize(place + 1);
+        }
+        if (!objects_[place]) {
+            objects_[place] = ObjectTimes{truth.id, instant.time, std::nullopt};
+        }
     }
     for (const auto& pair : pairs) {
-        ObjectTimes& object = objects_[instant.truths[static_cast<std::size_t>(pair.first)].id];
-        object.found = object.found.value_or(instant.time);
+        const TrueObject& truth = instant.truths[static_cast<std::size_t>(pair.first)];
+        std::optional<double>& found = objects_[static_cast<std::size_t>(truth.number)]->found;
+        found = found.value_or(instant.time);
     }
 }
 
@@ -21,7 +28,15 @@ ConfirmationDelay::Result ConfirmationDelay::result() const {
     Result result;
     result.longest = nothingToAverage;
     double sum = 0.0;
-    for (const auto& [id, object] : objects_) {
+    std::vector<ObjectTimes> objects;
+    for (const std::optional<ObjectTimes>& object : objects_) {
+        if (object) {
+            objects.push_back(*object);
+        }
+    }
+    std::sort(objects.begin(), objects.end(),
+              [](const ObjectTimes& a, const ObjectTimes& b) { return a.id < b.id; });
+    for (const ObjectTimes& object : objects) {
         if (!object.found) {
             ++result.objectsNeverFound;
             continue;

@@ -5,8 +5,8 @@
 #include "evaluate/metrics/Assignment.h"
 #include "evaluate/metrics/Instant.h"
 
-#include <map>
 #include <optional>
+#include <vector>
 
 namespace Workbench {
 
@@ -27,10 +27,11 @@ public:
 
 private:
     struct ObjectTimes {
+        int id = 0;
         double appeared = 0.0;
         std::optional<double> found;
     };
-    std::map<int, ObjectTimes> objects_;
+    std::vector<std::optional<ObjectTimes>> objects_;  ///< by number
 };
 
 }  // namespace Workbench

@@ -12,103 +12,94 @@ namespace {
 
 constexpr double epsilon = std::numeric_limits<double>::epsilon();
 
-/// Counts for one localisation threshold.
-struct ThresholdCounts {
-    double matches = 0.0;
-    double truths = 0.0;
-    double tracks = 0.0;
-    double similarity = 0.0;
-    std::map<std::pair<int, int>, double> matchesOfPair;
-
-    double detection() const { return matches / std::max(1.0, truths + tracks - matches); }
-    double localisation() const { return std::max(1e-10, similarity) / std::max(1e-10, matches); }
-    double association(const IdCounts& truthCounts, const IdCounts& trackCounts) const {
-        double sum = 0.0;
-        for (const auto& [pair, n] : matchesOfPair) {
-            sum +=
-                n * n / std::max(1.0, truthCounts.of(pair.first) + trackCounts.of(pair.second) - n);
-        }
-        return sum / std::max(1.0, matches);
+/// @return how many thresholds a similarity reaches
+std::size_t thresholdsReached(double alike) {
+    std::size_t reached = 0;
+    while (reached < Hota::thresholdCount &&
+           alike >= 0.05 * (static_cast<double>(reached) + 1.0) - epsilon) {
+        ++reached;
     }
-};
+    return reached;
+}
 
 }  // namespace
 
-void Hota::add(const Instant& instant) {
-    const std::vector<int> truths = countAppearances(instant.truths, truthCounts_);
-    const std::vector<int> tracks = countAppearances(instant.tracks, trackCounts_);
-    const Eigen::MatrixXd similarity = similarities(instant, zeroDistance_);
-    const Eigen::VectorXd ofTruth = similarity.rowwise().sum();
-    const Eigen::RowVectorXd ofTrack = similarity.colwise().sum();
-    Moment moment{{}, static_cast<int>(truths.size()), static_cast<int>(tracks.size())};
-    for (Eigen::Index i = 0; i < similarity.rows(); ++i) {
-        for (Eigen::Index j = 0; j < similarity.cols(); ++j) {
-            const double s = similarity(i, j);
-            const double denominator = ofTruth(i) + ofTrack(j) - s;
-            if (s > 0.0 && denominator > epsilon) {
-                const int truth = truths[static_cast<std::size_t>(i)];
-                const int track = tracks[static_cast<std::size_t>(j)];
-                potentialMatches_[{truth, track}] += s / denominator;
-                moment.pairs.push_back({truth, track, s});
-            }
+void Hota::add(const Instant& instant, const NearPairs& near) {
+    countAppearances(instant.truths, truthCounts_);
+    countAppearances(instant.tracks, trackCounts_);
+    std::vector<double> ofTruth(instant.truths.size());
+    std::vector<double> ofTrack(instant.tracks.size());
+    for (const NearPair& pair : near) {
+        const double alike = similarity(pair.distance, zeroDistance_);
+        ofTruth[static_cast<std::size_t>(pair.truth)] += alike;
+        ofTrack[static_cast<std::size_t>(pair.track)] += alike;
+    }
+    for (const NearPair& pair : near) {
+        const double alike = similarity(pair.distance, zeroDistance_);
+        const double denominator = ofTruth[static_cast<std::size_t>(pair.truth)] +
+                                   ofTrack[static_cast<std::size_t>(pair.track)] - alike;
+        potentialMatches_[pair.number] += denominator > epsilon ? alike / denominator : 0.0;
+    }
+}
+
+void Hota::beginAgain() {
+    matches_ = {};
+    similaritySums_ = {};
+}
+
+void Hota::addAgain(const Instant& instant, const NearPairs& near) {
+    const std::vector<int> truths = ranksOf(instant.truths, truthCounts_);
+    const std::vector<int> tracks = ranksOf(instant.tracks, trackCounts_);
+    std::vector<Gain> gains;
+    gains.reserve(near.size());
+    for (const NearPair& pair : near) {
+        const double potential = potentialMatches_[pair.number];
+        const double lengths = truthCounts_.of(truths[static_cast<std::size_t>(pair.truth)]) +
+                               trackCounts_.of(tracks[static_cast<std::size_t>(pair.track)]);
+        const double alignment = potential / (lengths - potential);
+        gains.push_back(
+            {pair.truth, pair.track, alignment * similarity(pair.distance, zeroDistance_)});
+    }
+    for (const std::size_t place :
+         assignWithGreatestGain(instant.truths.size(), instant.tracks.size(), gains)) {
+        const NearPair& pair = near[place];
+        const double alike = similarity(pair.distance, zeroDistance_);
+        const std::size_t reached = thresholdsReached(alike);
+        if (reached > 0) {
+            CountedPair<Reached>& match = matches_[pair.number];
+            match.truth = truths[static_cast<std::size_t>(pair.truth)];
+            match.track = tracks[static_cast<std::size_t>(pair.track)];
+            ++match.count[reached - 1];
+        }
+        for (std::size_t k = 0; k < reached; ++k) {
+            similaritySums_[k] += alike;
         }
     }
-    moments_.push_back(std::move(moment));
-}
-
-double Hota::alignment(int truth, int track) const {
-    const double potential = potentialMatches_.at({truth, track});
-    return potential / (truthCounts_.of(truth) + trackCounts_.of(track) - potential);
-}
-
-std::vector<Hota::Similar> Hota::match(const Moment& moment) const {
-    IdCounts rows;
-    IdCounts columns;
-    std::vector<std::pair<int, int>> cells;
-    cells.reserve(moment.pairs.size());
-    for (const Similar& pair : moment.pairs) {
-        cells.emplace_back(rows.countAppearance(pair.truth), columns.countAppearance(pair.track));
-    }
-    Eigen::MatrixXd gain = Eigen::MatrixXd::Zero(rows.size(), columns.size());
-    Eigen::MatrixXi indexOf = Eigen::MatrixXi::Zero(rows.size(), columns.size());
-    for (std::size_t k = 0; k < cells.size(); ++k) {
-        const Similar& pair = moment.pairs[k];
-        const auto& [row, column] = cells[k];
-        gain(row, column) = alignment(pair.truth, pair.track) * pair.similarity;
-        indexOf(row, column) = static_cast<int>(k);
-    }
-    std::vector<Similar> matched;
-    for (const auto& [row, column] : assignWithGreatestGain(gain)) {
-        matched.push_back(moment.pairs[static_cast<std::size_t>(indexOf(row, column))]);
-    }
-    return matched;
 }
 
 Hota::Result Hota::result() const {
-    std::array<ThresholdCounts, thresholdCount> thresholds;
-    for (const Moment& moment : moments_) {
-        const std::vector<Similar> matched = match(moment);
-        for (int k = 0; k < thresholdCount; ++k) {
-            ThresholdCounts& counts = thresholds[static_cast<std::size_t>(k)];
-            counts.truths += moment.truths;
-            counts.tracks += moment.tracks;
-            for (const Similar& pair : matched) {
-                if (pair.similarity >= 0.05 * (k + 1) - epsilon) {
-                    counts.matches += 1.0;
-                    counts.similarity += pair.similarity;
-                    counts.matchesOfPair[{pair.truth, pair.track}] += 1.0;
-                }
-            }
+    const double truths = truthCounts_.total();
+    const double tracks = trackCounts_.total();
+    std::array<double, thresholdCount> counts{};
+    std::array<double, thresholdCount> overlaps{};
+    for (const auto& [truth, track, reached] : sorted(matches_)) {
+        const double lengths = truthCounts_.of(truth) + trackCounts_.of(track);
+        double n = 0.0;
+        for (std::size_t k = thresholdCount; k-- > 0;) {
+            n += reached[k];
+            counts[k] += n;
+            overlaps[k] += n * n / std::max(1.0, lengths - n);
         }
     }
     Result result;
-    for (const ThresholdCounts& counts : thresholds) {
-        const double detection = counts.detection();
-        const double association = counts.association(truthCounts_, trackCounts_);
+    for (std::size_t k = 0; k < thresholdCount; ++k) {
+        const double detection = counts[k] / std::max(1.0, truths + tracks - counts[k]);
+        const double association = overlaps[k] / std::max(1.0, counts[k]);
         result.DetA += detection / thresholdCount;
         result.AssA += association / thresholdCount;
         result.HOTA += std::sqrt(detection * association) / thresholdCount;
-        result.LocA += counts.localisation() / thresholdCount;
+        result.LocA +=
+            std::max(1e-10, similaritySums_[k]) / std::max(1e-10, counts[k]) / thresholdCount;
     }
     return result;
 }

@@ -3,10 +3,10 @@
 #pragma once
 
 #include "evaluate/metrics/IdCounts.h"
+#include "evaluate/metrics/NearPairs.h"
+#include "evaluate/metrics/PairValues.h"
 
 #include <array>
-#include <map>
-#include <utility>
 
 namespace Workbench {
 
@@ -14,14 +14,22 @@ namespace Workbench {
 /// a higher order metric for evaluating multi-object tracking", IJCV 129, 2021), as in TrackEval,
 /// on the similarity by distance.
 ///
-/// The matching depends on the whole recording; until the end, the pairs with positive similarity
-/// of every instant are stored.
+/// The matching at an instant depends on how well each object and each track are aligned over the
+/// whole recording. Therefore the instants are passed twice: first all with `add`, then, after
+/// `beginAgain`, all with `addAgain` in the same order. Memory depends on the number of pairs that
+/// were ever near, not on the number of instants.
 class Hota {
 public:
     /// @param distance distance of similarity zero, m
     explicit Hota(double distance) : zeroDistance_(distance) {}
 
-    void add(const Instant& instant);
+    /// First pass.
+    /// @param near pairs of @p instant with their numbers, at least those with positive similarity
+    void add(const Instant& instant, const NearPairs& near);
+    /// Begins the second pass.
+    void beginAgain();
+    /// The same calls as of add.
+    void addAgain(const Instant& instant, const NearPairs& near);
 
     /// Means over the localisation thresholds 0.05, 0.10 ... 0.95.
     struct Result {
@@ -30,30 +38,21 @@ public:
         double AssA = 0.0;  ///< mean overlap of both identities, over the matches
         double LocA = 0.0;  ///< mean similarity of the matches
     };
+    /// @return the metric, after both passes
     Result result() const;
 
     static constexpr int thresholdCount = 19;
 
 private:
-    struct Similar {
-        int truth;
-        int track;
-        double similarity;
-    };
-    struct Moment {
-        std::vector<Similar> pairs;
-        int truths;
-        int tracks;
-    };
-
-    std::vector<Similar> match(const Moment& moment) const;
-    double alignment(int truth, int track) const;
+    /// Counts of matches, by the number of thresholds that they reach less one.
+    using Reached = std::array<int, thresholdCount>;
 
     double zeroDistance_;
     IdCounts truthCounts_;
     IdCounts trackCounts_;
-    std::map<std::pair<int, int>, double> potentialMatches_;
-    std::vector<Moment> moments_;
+    PairValues<double> potentialMatches_;
+    PairValues<CountedPair<Reached>> matches_;
+    std::array<double, thresholdCount> similaritySums_{};
 };
 
 }  // namespace Workbench

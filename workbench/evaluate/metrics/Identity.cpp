@@ -7,16 +7,15 @@
 
 namespace Workbench {
 
-void Identity::add(const Instant& instant) {
+void Identity::add(const Instant& instant, const NearPairs& near) {
     const std::vector<int> truths = countAppearances(instant.truths, truthCounts_);
     const std::vector<int> tracks = countAppearances(instant.tracks, trackCounts_);
-    const Eigen::MatrixXd similarity = similarities(instant, parameters_.zeroDistance);
-    for (Eigen::Index i = 0; i < similarity.rows(); ++i) {
-        for (Eigen::Index j = 0; j < similarity.cols(); ++j) {
-            if (similarity(i, j) >= parameters_.threshold) {
-                ++agreements_[{truths[static_cast<std::size_t>(i)],
-                               tracks[static_cast<std::size_t>(j)]}];
-            }
+    for (const NearPair& pair : near) {
+        if (similarity(pair.distance, parameters_.zeroDistance) >= parameters_.threshold) {
+            CountedPair<int>& agreement = agreements_[pair.number];
+            agreement.truth = truths[static_cast<std::size_t>(pair.truth)];
+            agreement.track = tracks[static_cast<std::size_t>(pair.track)];
+            ++agreement.count;
         }
     }
 }
@@ -24,13 +23,16 @@ void Identity::add(const Instant& instant) {
 Identity::Result Identity::result() const {
     // Assigning an object to a track with k agreements turns 2 k errors into k hits, so minimising
     // the errors means maximising the agreements.
-    Eigen::MatrixXd gain = Eigen::MatrixXd::Zero(truthCounts_.size(), trackCounts_.size());
-    for (const auto& [pair, count] : agreements_) {
-        gain(pair.first, pair.second) = count;
+    const std::vector<CountedPair<int>> agreements = sorted(agreements_);
+    std::vector<Gain> gains;
+    gains.reserve(agreements.size());
+    for (const auto& [truth, track, count] : agreements) {
+        gains.push_back({truth, track, static_cast<double>(count)});
     }
     Result result;
-    for (const auto& [truth, track] : assignWithGreatestGain(gain)) {
-        result.IDTP += static_cast<int>(gain(truth, track));
+    for (const std::size_t place :
+         assignWithGreatestGain(truthCounts_.size(), trackCounts_.size(), gains)) {
+        result.IDTP += agreements[place].count;
     }
     result.IDFN = truthCounts_.total() - result.IDTP;
     result.IDFP = trackCounts_.total() - result.IDTP;

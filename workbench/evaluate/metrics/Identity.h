@@ -4,9 +4,7 @@
 
 #include "evaluate/metrics/ClearMot.h"
 #include "evaluate/metrics/IdCounts.h"
-
-#include <map>
-#include <utility>
+#include "evaluate/metrics/PairValues.h"
 
 namespace Workbench {
 
@@ -18,7 +16,9 @@ class Identity {
 public:
     explicit Identity(const SimilarityParameters& parameters) : parameters_(parameters) {}
 
-    void add(const Instant& instant);
+    /// @param near pairs of @p instant with their numbers, at least those that are similar enough
+    ///             to match
+    void add(const Instant& instant, const NearPairs& near);
 
     struct Result {
         double IDF1 = 0.0;  ///< IDTP / (IDTP + IDFP / 2 + IDFN / 2)
@@ -34,7 +34,7 @@ private:
     SimilarityParameters parameters_;
     IdCounts truthCounts_;
     IdCounts trackCounts_;
-    std::map<std::pair<int, int>, int> agreements_;  ///< instants, by numbers of object and track
+    PairValues<CountedPair<int>> agreements_;  ///< instants
 };
 
 }  // namespace Workbench

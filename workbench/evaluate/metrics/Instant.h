@@ -13,6 +13,7 @@ namespace Workbench {
 /// A true object at one time, on the ground plane.
 struct TrueObject {
     int id = 0;
+    int number = 0;  ///< see Instant
     std::string className;
     Eigen::Vector2d position = Eigen::Vector2d::Zero();  ///< m
     std::optional<Eigen::Vector2d> velocity;             ///< m/s, when the truth states it
@@ -21,6 +22,7 @@ struct TrueObject {
 /// A confirmed track of the evaluated tracker at the same time, on the ground plane.
 struct JudgedTrack {
     int id = 0;
+    int number = 0;  ///< see Instant
     std::string className;
     Eigen::Vector2d position = Eigen::Vector2d::Zero();            ///< m
     Eigen::Vector2d velocity = Eigen::Vector2d::Zero();            ///< m/s
@@ -28,20 +30,12 @@ struct JudgedTrack {
     Eigen::Matrix2d velocityCovariance = Eigen::Matrix2d::Zero();  ///< (m/s)^2
 };
 
-/// Objects and tracks at one time. Ids are unique within each list.
+/// Objects and tracks at one time. Ids are unique within each list. The metrics identify objects
+/// and tracks by their numbers, which count the ids of a recording from 0 without gaps.
 struct Instant {
     double time = 0.0;  ///< s
     std::vector<TrueObject> truths;
     std::vector<JudgedTrack> tracks;
 };
-
-/// @return the distances in metres, one row per true object, one column per track
-Eigen::MatrixXd distances(const Instant& instant);
-
-/// Similarity by distance, as TrackEval defines it for points: max(0, 1 - distance / zeroDistance).
-///
-/// @param zeroDistance distance of zero similarity, m
-/// @return one row per true object, one column per track
-Eigen::MatrixXd similarities(const Instant& instant, double zeroDistance);
 
 }  // namespace Workbench

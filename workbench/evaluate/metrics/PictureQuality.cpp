@@ -4,26 +4,28 @@
 #include "evaluate/metrics/Average.h"
 
 #include <algorithm>
-#include <set>
+#include <vector>
 
 namespace Workbench {
 
-void PictureQuality::add(const Instant& instant) {
+void PictureQuality::add(const Instant& instant, const NearPairs& near) {
     truths_ += static_cast<int>(instant.truths.size());
     tracks_ += static_cast<int>(instant.tracks.size());
-    if (instant.truths.empty()) {
-        return;
+    std::vector<const NearPair*> nearest(instant.tracks.size());
+    for (const NearPair& pair : near) {
+        const NearPair*& ofTrack = nearest[static_cast<std::size_t>(pair.track)];
+        if (pair.distance <= radius_ && (ofTrack == nullptr || pair.distance < ofTrack->distance)) {
+            ofTrack = &pair;
+        }
     }
-    const Eigen::MatrixXd distance = distances(instant);
-    std::set<Eigen::Index> tracked;
-    for (Eigen::Index track = 0; track < distance.cols(); ++track) {
-        Eigen::Index nearest = 0;
-        if (distance.col(track).minCoeff(&nearest) <= radius_) {
-            tracked.insert(nearest);
+    std::vector<bool> isTracked(instant.truths.size());
+    for (const NearPair* pair : nearest) {
+        if (pair != nullptr) {
+            isTracked[static_cast<std::size_t>(pair->truth)] = true;
             ++assignedTracks_;
         }
     }
-    trackedTruths_ += static_cast<int>(tracked.size());
+    trackedTruths_ += static_cast<int>(std::count(isTracked.begin(), isTracked.end(), true));
 }
 
 PictureQuality::Result PictureQuality::result() const {

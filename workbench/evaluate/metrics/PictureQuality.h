@@ -3,6 +3,7 @@
 #pragma once
 
 #include "evaluate/metrics/Instant.h"
+#include "evaluate/metrics/NearPairs.h"
 
 namespace Workbench {
 
@@ -15,7 +16,8 @@ public:
     /// @param reach largest distance of a track from its object, m
     explicit PictureQuality(double reach) : radius_(reach) {}
 
-    void add(const Instant& instant);
+    /// @param near pairs of @p instant, at least those within the radius
+    void add(const Instant& instant, const NearPairs& near);
 
     /// Values without anything to average are NaN.
     struct Result {

@@ -17,6 +17,15 @@ namespace {
 constexpr double zeroDistance = 4.0;
 constexpr SimilarityParameters parameters{zeroDistance, 0.5};
 
+/// Appends instants until there are so many, each made from its number.
+template <typename MakeInstant>
+void extend(std::vector<Instant>& instants, int count, MakeInstant makeInstant) {
+    instants.reserve(static_cast<std::size_t>(count));
+    for (auto i = static_cast<int>(instants.size()); i < count; ++i) {
+        instants.push_back(makeInstant(i));
+    }
+}
+
 /// The track of one object at consecutive instants: an id and how often it is seen. Id 0 is none.
 using Spells = std::vector<std::pair<int, int>>;
 
@@ -33,16 +42,14 @@ std::vector<Instant> oneObject(const Spells& spells) {
 
 Hota::Result hotaOf(const std::vector<Instant>& instants) {
     Hota metric(zeroDistance);
-    for (const Instant& instant : instants) {
-        metric.add(instant);
-    }
+    addTwice(metric, instants);
     return metric.result();
 }
 
 ClearMot::Result clearMotOf(const std::vector<Instant>& instants) {
     ClearMot metric(parameters);
     for (const Instant& instant : instants) {
-        metric.add(instant);
+        add(metric, instant);
     }
     return metric.result();
 }
@@ -50,7 +57,7 @@ ClearMot::Result clearMotOf(const std::vector<Instant>& instants) {
 Identity::Result identityOf(const std::vector<Instant>& instants) {
     Identity metric(parameters);
     for (const Instant& instant : instants) {
-        metric.add(instant);
+        add(metric, instant);
     }
     return metric.result();
 }
@@ -120,13 +127,10 @@ TEST(ClearMotPaper, SumsTheErrorsBeforeItDivides) {
     // then one of them is visible and tracked for four. A mean of the ratios of the instants would
     // be 1/2; summed up, 16 of 20 are missed.
     std::vector<Instant> instants;
-    instants.reserve(4);
-    for (int i = 0; i < 4; ++i) {
-        instants.push_back(instantOf(i, {{1, 0}, {2, 50}, {3, 100}, {4, 150}}, {}));
-    }
-    for (int i = 4; i < 8; ++i) {
-        instants.push_back(instantOf(i, {{4, 150}}, {{7, 150}}));
-    }
+    extend(instants, 4, [](int i) {
+        return instantOf(i, {{1, 0}, {2, 50}, {3, 100}, {4, 150}}, {});
+    });
+    extend(instants, 8, [](int i) { return instantOf(i, {{4, 150}}, {{7, 150}}); });
     const ClearMot::Result result = clearMotOf(instants);
     EXPECT_EQ(result.FN, 16);
     EXPECT_EQ(result.TP, 4);
@@ -136,10 +140,7 @@ TEST(ClearMotPaper, SumsTheErrorsBeforeItDivides) {
 TEST(ClearMotPaper, TakesAnObjectBeyondTheThresholdAsMissedAndItsTrackAsFalse) {
     // The track drifts away from its object: 0, 1, 2 and 3 m, the threshold is 2 m.
     std::vector<Instant> instants;
-    instants.reserve(4);
-    for (int i = 0; i < 4; ++i) {
-        instants.push_back(instantOf(i, {{1, 0}}, {{7, 1.0 * i}}));
-    }
+    extend(instants, 4, [](int i) { return instantOf(i, {{1, 0}}, {{7, 1.0 * i}}); });
     const ClearMot::Result result = clearMotOf(instants);
     EXPECT_EQ(result.TP, 3);
     EXPECT_EQ(result.FN, 1);
@@ -154,16 +155,10 @@ TEST(ClearMotPaper, CountsAMismatchOncePerChange) {
     // the objects it leaves are missed. However long it follows a wrong object, the change alone
     // counts, and only where the object had another track: object 2 had track 8, object 3 track 9.
     std::vector<Instant> instants;
-    instants.reserve(4);
-    for (int i = 0; i < 4; ++i) {
-        instants.push_back(instantOf(i, {{1, 0}, {2, 50}, {3, 100}}, {{7, 0}, {8, 50}, {9, 100}}));
-    }
-    for (int i = 4; i < 8; ++i) {
-        instants.push_back(instantOf(i, {{1, 0}, {2, 50}, {3, 100}}, {{7, 50}, {9, 100}}));
-    }
-    for (int i = 8; i < 12; ++i) {
-        instants.push_back(instantOf(i, {{1, 0}, {2, 50}, {3, 100}}, {{7, 100}}));
-    }
+    const std::vector<At> objects{{1, 0}, {2, 50}, {3, 100}};
+    extend(instants, 4, [&](int i) { return instantOf(i, objects, {{7, 0}, {8, 50}, {9, 100}}); });
+    extend(instants, 8, [&](int i) { return instantOf(i, objects, {{7, 50}, {9, 100}}); });
+    extend(instants, 12, [&](int i) { return instantOf(i, objects, {{7, 100}}); });
     const ClearMot::Result result = clearMotOf(instants);
     EXPECT_EQ(result.IDSW, 2);
     EXPECT_EQ(result.FN, 4 + 8);
@@ -175,11 +170,11 @@ TEST(ClearMotPaper, CountsBothWhenTracksAreSwapped) {
     // Two tracks are swapped and swapped back: two mismatches at each change. A mapping over the
     // whole sequence would charge every instant between them instead.
     std::vector<Instant> instants;
-    for (int i = 0; i < 9; ++i) {
+    extend(instants, 9, [](int i) {
         const bool isSwapped = i >= 3 && i < 6;
-        instants.push_back(instantOf(i, {{1, 0}, {2, 50}},
-                                     {{7, isSwapped ? 50.0 : 0.0}, {8, isSwapped ? 0.0 : 50.0}}));
-    }
+        return instantOf(i, {{1, 0}, {2, 50}},
+                         {{7, isSwapped ? 50.0 : 0.0}, {8, isSwapped ? 0.0 : 50.0}});
+    });
     EXPECT_EQ(clearMotOf(instants).IDSW, 4);
     EXPECT_NEAR(clearMotOf(instants).MOTA, 1.0 - 4.0 / 18.0, 1e-12);
 }
@@ -252,10 +247,7 @@ TEST(IdentityPaper, GivesOneIdentityToOneObjectOnly) {
     // is alone then. It can be the identity of object 1 only: 30 hits, 20 false positives, 20
     // false negatives.
     std::vector<Instant> instants;
-    instants.reserve(50);
-    for (int i = 0; i < 50; ++i) {
-        instants.push_back(instantOf(i, {{i < 30 ? 1 : 2, 0}}, {{7, 0}}));
-    }
+    extend(instants, 50, [](int i) { return instantOf(i, {{i < 30 ? 1 : 2, 0}}, {{7, 0}}); });
     const Identity::Result result = identityOf(instants);
     EXPECT_EQ(result.IDTP, 30);
     EXPECT_EQ(result.IDFP, 20);
@@ -270,11 +262,10 @@ TEST(IdentityPaper, LeavesAnObjectAloneWhenThatCostsLess) {
     // false positives; unmatched 3 and 10. One hit is gained in any case, as in the precision
     // 1 / 10 and the recall 1 / 3.
     std::vector<Instant> instants;
-    instants.reserve(10);
-    for (int i = 0; i < 10; ++i) {
-        instants.push_back(instantOf(i, i < 3 ? std::vector<At>{{1, 0}} : std::vector<At>{},
-                                     {{7, i == 0 ? 0.0 : 50.0}}));
-    }
+    extend(instants, 10, [](int i) {
+        return instantOf(i, i < 3 ? std::vector<At>{{1, 0}} : std::vector<At>{},
+                         {{7, i == 0 ? 0.0 : 50.0}});
+    });
     const Identity::Result result = identityOf(instants);
     EXPECT_EQ(result.IDTP, 1);
     EXPECT_NEAR(result.IDP, 0.1, 1e-12);

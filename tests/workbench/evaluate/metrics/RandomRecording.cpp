@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/metrics/RandomRecording.h"
 
+#include "evaluate/Instants.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -109,6 +111,7 @@ private:
             if (!isBlind && shown.insert(id).second) {
                 JudgedTrack track;
                 track.id = id;
+                track.number = numberOf(id);
                 track.position = placed(position);
                 now.tracks.push_back(track);
             }
@@ -121,6 +124,7 @@ private:
             if (walker.isPresent && !isEmpty) {
                 TrueObject truth;
                 truth.id = walker.id;
+                truth.number = numberOf(walker.id);
                 truth.position = placed(walker.position);
                 now.truths.push_back(truth);
             }

@@ -26,9 +26,7 @@ constexpr double accuracy = 1e-12;
 
 MatrixForm::Figures programsHota(const std::vector<Instant>& instants) {
     Hota metric(zeroDistance);
-    for (const Instant& instant : instants) {
-        metric.add(instant);
-    }
+    addTwice(metric, instants);
     const Hota::Result result = metric.result();
     return {result.HOTA, result.DetA, result.AssA, result.LocA};
 }
@@ -36,7 +34,7 @@ MatrixForm::Figures programsHota(const std::vector<Instant>& instants) {
 MatrixForm::Figures programsClearMot(const std::vector<Instant>& instants) {
     ClearMot metric({zeroDistance, threshold});
     for (const Instant& instant : instants) {
-        metric.add(instant);
+        add(metric, instant);
     }
     const ClearMot::Result r = metric.result();
     MatrixForm::Figures figures{r.MOTA, r.MOTP, r.motpDistance};
@@ -50,7 +48,7 @@ MatrixForm::Figures programsClearMot(const std::vector<Instant>& instants) {
 MatrixForm::Figures programsIdentity(const std::vector<Instant>& instants) {
     Identity metric({zeroDistance, threshold});
     for (const Instant& instant : instants) {
-        metric.add(instant);
+        add(metric, instant);
     }
     const Identity::Result r = metric.result();
     MatrixForm::Figures figures{r.IDF1, r.IDP, r.IDR};
