@@ -11,12 +11,6 @@
 #include <cmath>
 
 namespace Workbench {
-namespace {
-
-constexpr double dopplerStd = 0.2;  // m/s
-
-}  // namespace
-
 RadarSensor::RadarSensor(const Scenario& scenario, std::uint64_t seed)
     : traits_(scenario.radarSensor),
       walls_(scenario.walls),
@@ -63,8 +57,13 @@ bool RadarSensor::isHidden(const ObjectState& object,
     const double distance = sight.norm();
     return std::any_of(objects.begin(), objects.end(), [&](const ObjectState& other) {
         const Eigen::Vector2d offset = other.centre - position_.head<2>();
+        const double across = std::abs(offset[0] * sight[1] - offset[1] * sight[0]);
+        // Most others are far beside the line of sight, which takes no division to see.
+        if (across > other.traits->size[1] * distance) {
+            return false;
+        }
         const double along = offset.dot(sight) / distance;
-        const double beside = std::abs(offset[0] * sight[1] - offset[1] * sight[0]) / distance;
+        const double beside = across / distance;
         return other.id != object.id && along > 0.0 && along < distance - 0.5 &&
                beside < 0.5 * other.traits->size[1];
     });
@@ -123,6 +122,7 @@ std::vector<Report> RadarSensor::look(double time, const std::vector<ObjectState
             detections.push_back(*reflection);
         }
     }
+    constexpr double dopplerStd = 0.2;  // m/s
     for (RadarDetection& detection : detections) {
         detection.range = std::max(0.5, detection.range + traits_.rangeStd * random_.normal());
         detection.azimuth += traits_.azimuthStd * random_.normal();

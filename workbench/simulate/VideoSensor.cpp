@@ -68,8 +68,10 @@ std::vector<VideoSensor::View> VideoSensor::views(const std::vector<ObjectState>
                      [](const View& a, const View& b) { return a.distance < b.distance; });
     for (std::size_t i = 0; i < result.size(); ++i) {
         for (std::size_t nearer = 0; nearer < i; ++nearer) {
-            result[i].covered += areaOf(common(result[i].box, result[nearer].box)) /
-                                 std::max(areaOf(result[i].box), 1e-12);
+            const double covered = areaOf(common(result[i].box, result[nearer].box));
+            if (covered > 0.0) {
+                result[i].covered += covered / std::max(areaOf(result[i].box), 1e-12);
+            }
         }
     }
     return result;

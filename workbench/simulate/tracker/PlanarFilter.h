@@ -27,6 +27,21 @@ public:
     /// @param noise its covariance
     /// @return squared Mahalanobis distance of the innovation
     double squaredDistance(const Eigen::Vector2d& position, const Eigen::Matrix2d& noise) const;
+    /// A quick answer for most of the pairs in a crowd: no eigenvalue of a covariance exceeds its
+    /// trace.
+    ///
+    /// @param position a measured position
+    /// @param noise its covariance
+    /// @param squaredGate limit of squaredDistance
+    /// @return true only when the squared distance is above the limit
+    bool isFarOutside(const Eigen::Vector2d& position, const Eigen::Matrix2d& noise,
+                      double squaredGate) const {
+        constexpr double rounding = 1.001;
+        const double x = position[0] - state_[0];
+        const double y = position[1] - state_[1];
+        const double trace = P(0, 0) + P(1, 1) + noise(0, 0) + noise(1, 1);
+        return x * x + y * y > rounding * squaredGate * trace;
+    }
 
     /// @return estimated position
     Eigen::Vector2d position() const { return state_.head<2>(); }

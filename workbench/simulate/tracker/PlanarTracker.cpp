@@ -81,8 +81,13 @@ std::vector<std::pair<std::size_t, std::size_t>> PlanarTracker::assign(
     Groups groups(list_.size() + detections.size());
     for (std::size_t i = 0; i < list_.size(); ++i) {
         for (std::size_t j = 0; j < detections.size(); ++j) {
-            const double cost =
-                list_[i].filter.squaredDistance(detections[j].position, detections[j].covariance);
+            const PlanarDetection& detection = detections[j];
+            const PlanarFilter& filter = list_[i].filter;
+            if (filter.isFarOutside(detection.position, detection.covariance,
+                                    tuning_.squaredGate)) {
+                continue;
+            }
+            const double cost = filter.squaredDistance(detection.position, detection.covariance);
             if (cost < tuning_.squaredGate) {
                 candidates.push_back({i, j, cost});
                 groups.join(i, list_.size() + j);
