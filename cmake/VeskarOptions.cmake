@@ -11,6 +11,12 @@ option(VESKAR_BUILD_EXAMPLES "Build the example programs" ${PROJECT_IS_TOP_LEVEL
 set(VESKAR_REPORT AUTO CACHE STRING
     "Build the page of `veskar report` with Node.js: ON, OFF, or AUTO where that can be done")
 set_property(CACHE VESKAR_REPORT PROPERTY STRINGS AUTO ON OFF)
+set(VESKAR_LIVE AUTO CACHE STRING
+    "Build `veskar run` and `veskar record`: ON, OFF, or AUTO where their libraries are installed")
+set_property(CACHE VESKAR_LIVE PROPERTY STRINGS AUTO ON OFF)
+set(VESKAR_LIVE_RTSP AUTO CACHE STRING
+    "Let `veskar run` read RTSP with GStreamer: ON, OFF, or AUTO where that is installed")
+set_property(CACHE VESKAR_LIVE_RTSP PROPERTY STRINGS AUTO ON OFF)
 option(VESKAR_INSTALL "Install the library and what else is built" ${PROJECT_IS_TOP_LEVEL})
 option(VESKAR_WERROR "Turn warnings in veskar's own code into errors" OFF)
 set(VESKAR_SANITIZE "" CACHE STRING "Sanitizers for everything built here, for example address,undefined")

@@ -5,6 +5,7 @@
 #include <veskar-host/veskar-host.h>
 #include <veskar/Config.h>
 
+#include "host/TestInstallation.h"
 #include "support/InputFile.h"
 #include "support/Require.h"
 
@@ -27,17 +28,6 @@ auto read(Read take) -> std::optional<decltype(take())> {
     }
 }
 
-Installation usual() {
-    Installation installation;
-    installation.camera.mounting.position = {0.0, 0.0, 5.0};
-    installation.camera.mounting.pitch = 20.0;
-    installation.camera.imageToRadians = {0.0, 0.7853981633974483, 0.0, 0.0};
-    installation.camera.radiansToImage = {0.0, 1.2732395447351628, 0.0, 0.0};
-    installation.camera.fieldOfView = {0.7853981633974483, 0.44};
-    installation.radar.mounting.position = {0.0, 0.0, 4.6};
-    return installation;
-}
-
 void fuse(const Installation& installation, const SensorFrame& frame) {
     static const Veskar::Config config = Veskar::Config::defaults();
     FusionPipeline::Options options;
@@ -54,7 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string text(asText(data, size));
     const auto frame = read([&] { return parseSensorFrame(text); });
     if (frame) {
-        fuse(usual(), *frame);
+        fuse(VeskarTest::testInstallation(), *frame);
         read([&] { return parseSensorFrame(toJsonLine(*frame)); });
     }
     if (const auto installation = read([&] { return Installation::parseString(text); })) {

@@ -4,10 +4,10 @@
 #include <veskar-host/InputError.h>
 #include <veskar/Config.h>
 
+#include "host/pipeline/ReplayOptions.h"
 #include "recording/RecordingReader.h"
 #include "replay/FusedJson.h"
 #include "replay/FusedReader.h"
-#include "replay/Replay.h"
 #include "support/InputFile.h"
 #include "support/ReadAll.h"
 #include "support/Require.h"

@@ -2,6 +2,7 @@
 // JSON values of Jansson, which the core uses, too.
 #pragma once
 
+#include <veskar-host/ExportHost.h>
 #include <veskar-host/InputError.h>
 
 #include "host/json/Fields.h"
@@ -18,7 +19,7 @@
 namespace Veskar::Host::Internal {
 
 /// A value of a JsonDocument. Borrows the document.
-class JanssonValue {
+class VESKAR_HOST_EXPORT JanssonValue {
 public:
     // NOLINTNEXTLINE(google-explicit-constructor): a value is all there is to it
     JanssonValue(const json_t* value) : value_(value) {}
@@ -68,16 +69,16 @@ private:
     const json_t* value_;
 };
 
-extern template class BasicFields<JanssonValue>;
+extern template class VESKAR_HOST_EXPORT BasicFields<JanssonValue>;
 
 /// Invalid JSON text.
-class JsonFault : public InputError {
+class VESKAR_HOST_EXPORT JsonFault : public InputError {
 public:
     using InputError::InputError;
 };
 
 /// A JSON document.
-class JsonDocument {
+class VESKAR_HOST_EXPORT JsonDocument {
 public:
     /// Deviations from strict JSON text of one value that are accepted.
     enum class Leniency {

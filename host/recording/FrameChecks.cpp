@@ -5,6 +5,7 @@
 
 #include "host/json/LineText.h"
 
+#include <cmath>
 #include <string>
 
 namespace Veskar::Host::Internal {
@@ -70,6 +71,10 @@ bool FrameOrder::isFar(const SensorFrame& frame) const {
     const auto before = lastTime_.find(frame.source);
     return (before != lastTime_.end() && Internal::isFar(frame.time, before->second)) ||
            (lastReceived_ && Internal::isFar(frame.received, *lastReceived_));
+}
+
+bool FrameOrder::mayEnd(double received) const {
+    return std::isfinite(received) && (!lastReceived_ || received >= *lastReceived_);
 }
 
 }  // namespace Veskar::Host::Internal

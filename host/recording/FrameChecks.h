@@ -30,6 +30,9 @@ public:
     /// @return whether its stamps are far from those before it: those of a bad clock or of another
     ///         time base, and not of a frame that was overtaken
     bool isFar(const SensorFrame& frame) const;
+    /// @param received until when frames were awaited
+    /// @return whether that can stand behind the frames
+    bool mayEnd(double received) const;
 
 private:
     std::map<Source, double> lastTime_;

@@ -5,6 +5,7 @@
 #include "host/installation/HeaderFields.h"
 #include "host/installation/RecordingHeader.h"
 #include "host/json/JanssonValue.h"
+#include "host/json/LineText.h"
 #include "host/recording/FrameChecks.h"
 #include "host/recording/RotatingFile.h"
 
@@ -115,6 +116,11 @@ public:
         hasFrames_.notify_one();
     }
 
+    void end(double received) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        end_ = received;
+    }
+
     Counts counts() const {
         const std::lock_guard<std::mutex> lock(mutex_);
         return counts_;
@@ -166,6 +172,7 @@ private:
             }
             if (isOver) {
                 refuseHeldBack();
+                recordEnd();
             }
             if (isUnsynced_ && (isOver || Clock::now() >= nextSync_)) {
                 sync();
@@ -218,6 +225,18 @@ private:
         }
     }
 
+    void recordEnd() {
+        if (!end_ || !order_.mayEnd(*end_)) {
+            return;
+        }
+        try {
+            file_.append(R"({"end":)" + Internal::shortestText(*end_) + "}\n");
+            isUnsynced_ = true;
+        } catch (const std::exception& error) {
+            leaveOut(&Counts::failed, failedLog_, error.what());
+        }
+    }
+
     void append(const Line& line) {
         file_.append(line.text);
         order_.take(line.frame);
@@ -259,12 +278,13 @@ private:
     }
 
     const std::size_t mostWaiting_;
-    mutable std::mutex mutex_;  // guards the next six members
+    mutable std::mutex mutex_;  // guards the next seven members
     std::condition_variable hasFrames_;
     std::deque<SensorFrame> frames_;
     std::size_t waiting_ = 0;  ///< memory of the frames, bytes
     Counts counts_;
     bool isClosed_ = false;
+    std::optional<double> end_;
     bool isBehind_ = false;  ///< frames were dropped of which nothing has been told
 
     // Used by the writer's thread only.
@@ -294,6 +314,10 @@ FrameRecorder::~FrameRecorder() = default;
 
 void FrameRecorder::write(const SensorFrame& frame) {
     writer_->write(frame);
+}
+
+void FrameRecorder::end(double received) {
+    writer_->end(received);
 }
 
 FrameRecorder::Counts FrameRecorder::counts() const {

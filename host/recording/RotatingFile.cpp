@@ -3,10 +3,12 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <fstream>
 #include <system_error>
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -62,6 +64,8 @@ void RotatingFile::open() {
     if (descriptor_ < 0) {
         fail(path_);
     }
+    // Says that it is in use. Where the file system has no locks, files that hold nothing are kept.
+    ::flock(descriptor_, LOCK_EX | LOCK_NB);
     size_ = 0;
     try {
         appendToFile(header_);
@@ -90,7 +94,7 @@ void RotatingFile::makeWay() const {
     if (!exists(path_)) {
         return;
     }
-    if (kept_ == 0) {
+    if (kept_ == 0 || !isWorthKeeping()) {
         if (::unlink(path_.c_str()) != 0) {
             fail(path_);
         }
@@ -106,6 +110,31 @@ void RotatingFile::makeWay() const {
             fail(from);
         }
     }
+}
+
+/// @return whether the file holds lines, or another object holds it open and may write some
+bool RotatingFile::isWorthKeeping() const {
+    const int descriptor = ::open(path_.c_str(), O_RDONLY | O_CLOEXEC);
+    const bool isFree = descriptor >= 0 && ::flock(descriptor, LOCK_EX | LOCK_NB) == 0;
+    // The lock ends with the descriptor, behind the look at the file.
+    const bool isWorth = !isFree || holdsLines();
+    if (descriptor >= 0) {
+        ::close(descriptor);
+    }
+    return isWorth;
+}
+
+/// @return whether the file holds more than the header of such a file, or nothing at all
+bool RotatingFile::holdsLines() const {
+    std::ifstream file(path_);
+    if (header_.empty()) {
+        return file.peek() != std::ifstream::traits_type::eof();
+    }
+    constexpr std::size_t telling = 27;  // {"format":"veskar-recording
+    std::string line;
+    const bool isHeader = std::getline(file, line) && !file.eof() &&
+                          line.compare(0, telling, header_, 0, telling) == 0;
+    return !isHeader || file.peek() != std::ifstream::traits_type::eof();
 }
 
 void RotatingFile::append(std::string_view line) {

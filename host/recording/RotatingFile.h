@@ -2,6 +2,8 @@
 // A rotated file of lines that ends with a complete line even after write errors.
 #pragma once
 
+#include <veskar-host/ExportHost.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -10,9 +12,11 @@
 namespace Veskar::Host::Internal {
 
 /// Lines after a header, each written with a single write. Throws std::system_error on faults.
-class RotatingFile {
+class VESKAR_HOST_EXPORT RotatingFile {
 public:
-    /// @param path the file; an existing one is rotated
+    /// @param path the file; an existing one is rotated, unless it has no line behind its header
+    ///             and nobody writes it: a host that fails again and again must not push recordings
+    ///             out
     /// @param header first line of every file
     /// @param rotateAfter size in bytes that is not exceeded; 0: no limit
     /// @param kept number of rotated files that are kept
@@ -33,6 +37,8 @@ private:
     void open();
     void close();
     void makeWay() const;
+    bool isWorthKeeping() const;
+    bool holdsLines() const;
     std::string numbered(std::size_t number) const;
     void appendToFile(std::string_view line);
 

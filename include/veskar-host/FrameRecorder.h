@@ -33,7 +33,7 @@ namespace Veskar::Host {
 /// Faults never reach the host. They are counted and logged at error priority, each cause at most
 /// once a minute.
 ///
-/// write may be called by one thread at a time, counts by any thread.
+/// write and end may be called by one thread at a time, counts by any thread.
 class VESKAR_HOST_EXPORT FrameRecorder {
 public:
     /// Further fields of the header, and limits.
@@ -61,8 +61,8 @@ public:
         std::string lastFault;       ///< the last reason for one of the last three; empty: none
     };
 
-    /// Creates the file and writes the header. A file that is there is rotated, with the default
-    /// options of the other constructor.
+    /// Creates the file and writes the header. A recording that is there is rotated, with the
+    /// default options of the other constructor; one without any frame is replaced.
     /// @param path the file
     /// @param installation written into the header
     /// @throw InputError when the file cannot be created, the path is there and no regular file, or
@@ -84,6 +84,11 @@ public:
     /// dropped: those that wait stand in order, and the gap begins where the disk fell behind.
     /// @param frame in the order of arrival
     void write(const SensorFrame& frame);
+    /// Says until when the host waited for frames, which the last line of the recording states: a
+    /// replay goes on until then for sensors that were silent. Left out when it is before the last
+    /// frame or not finite. Nothing may be written after it.
+    /// @param received the last argument of FusionPipeline::advance
+    void end(double received);
 
     /// @return the counts since construction
     Counts counts() const;

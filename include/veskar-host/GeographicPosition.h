@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// From the device's frame to geographic positions.
+// From the device's frame to geographic positions and back.
 #pragma once
 
 #include <veskar-host/ExportHost.h>
@@ -25,5 +25,13 @@ VESKAR_HOST_EXPORT double deviceAzimuth(const Eigen::Vector2d& ground);
 /// @return its position, marked as valid
 VESKAR_HOST_EXPORT ::Dbus::GeoLocation::Position geographicPosition(const Site& site,
                                                                     const Eigen::Vector2d& ground);
+
+/// The inverse of geographicPosition.
+///
+/// @param site geographic position and heading of the device
+/// @param position a position near it (WGS84)
+/// @return the ground point, device frame, m
+VESKAR_HOST_EXPORT Eigen::Vector2d groundPoint(const Site& site,
+                                               const ::Dbus::GeoLocation::Position& position);
 
 }  // namespace Veskar::Host

@@ -4,8 +4,8 @@
 #include <veskar/Config.h>
 
 #include "device/TrackLine.h"
+#include "host/pipeline/ReplayOptions.h"
 #include "recording/RecordingReader.h"
-#include "replay/Replay.h"
 
 #include <cstdio>
 #include <cstdlib>

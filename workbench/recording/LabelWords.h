@@ -1,25 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
-// Synonyms of the vocabulary's classes and colours.
+// Advice on words outside the vocabulary.
 #pragma once
 
+#include "host/reports/LabelWords.h"
 #include "recording/Recording.h"
 
 #include <functional>
 #include <optional>
 #include <set>
 #include <string>
-#include <string_view>
 #include <utility>
 
 namespace Workbench {
-
-/// The kinds of words in the vocabulary.
-enum class WordKind { Class, Color };
-
-/// @param kind kind of the word
-/// @param word a word as used by data sets or users, in any case: "Pedestrian", "lorry", "grey"
-/// @return the vocabulary's word for it; nothing when it is no known synonym
-std::optional<std::string> meantWord(WordKind kind, std::string_view word);
 
 /// @param kind kind of the word
 /// @param word a label

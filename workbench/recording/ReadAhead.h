@@ -25,6 +25,8 @@ public:
     /// @return as RecordingReader::next
     /// @throw InputError as RecordingReader::next
     std::optional<RecordingLine> next();
+    /// @return as RecordingReader::end; asked for when next has given nothing
+    std::optional<double> end() const { return reader_.end(); }
     /// @return how much of the recording was handed out before the last line, 0 to 1; negative when
     ///         unknown
     double fractionRead() const { return fraction_; }

@@ -55,7 +55,7 @@ TruthFrame readTruthFrame(const LineFields& fields) {
     return frame;
 }
 
-RecordingLine readLine(const LineFields& fields) {
+RecordingLine readFrameOfSource(const LineFields& fields) {
     const std::string source = fields.text("source");
     if (source == "video") {
         return readSensorFrame(fields, Veskar::VideoObject);
@@ -112,15 +112,39 @@ std::optional<RecordingLine> RecordingReader::next() {
     std::string_view text;
     while (lines_.next(text)) {
         const bool isSkipped = truthLines_ == TruthLines::Skip && startsAsTruth(text);
-        if (!isBlank(text) && !isSkipped) {
-            RecordingLine line = parse(text);
-            if (std::holds_alternative<SensorFrame>(line)) {
-                digestLine(text);
-            }
+        if (isBlank(text) || isSkipped) {
+            continue;
+        }
+        std::optional<RecordingLine> line = parse(text);
+        if (!line || std::holds_alternative<SensorFrame>(*line)) {
+            digestLine(text);
+        }
+        if (line) {
             return line;
         }
     }
     return std::nullopt;
+}
+
+/// @return a frame; nothing for the end
+std::optional<RecordingLine> RecordingReader::readLine(const LineFields& fields) {
+    if (end_) {
+        throw InputError("a line behind the end of the recording");
+    }
+    if (fields.has("source") || !fields.has("end")) {
+        return readFrameOfSource(fields);
+    }
+    readEnd(fields);
+    return std::nullopt;
+}
+
+void RecordingReader::readEnd(const LineFields& fields) {
+    fields.allowOnly({"end"});
+    const double end = fields.number("end");
+    if (!order_.mayEnd(end)) {
+        fields.refuse("end", fmt::format("{} is before the last frame was received", end));
+    }
+    end_ = end;
 }
 
 void RecordingReader::digestLine(std::string_view text) {
@@ -130,18 +154,22 @@ void RecordingReader::digestLine(std::string_view text) {
     content_.add("\n");
 }
 
-RecordingLine RecordingReader::parse(std::string_view text) {
-    RecordingLine line = parser_->read(lines_, text, readLine);
+std::optional<RecordingLine> RecordingReader::parse(std::string_view text) {
+    std::optional<RecordingLine> line =
+        parser_->read(lines_, text, [this](const LineFields& fields) { return readLine(fields); });
+    if (!line) {
+        return line;
+    }
     using Cause = RefusedFrame::Cause;
     Cause cause = Cause::Time;
     try {
-        std::visit([&](const auto& frame) { checkOrder(frame); }, line);
-        if (const auto* frame = std::get_if<SensorFrame>(&line)) {
+        std::visit([&](const auto& frame) { checkOrder(frame); }, *line);
+        if (const auto* frame = std::get_if<SensorFrame>(&*line)) {
             cause = Cause::Box;
             refuseBoxesUpsideDown(*frame);
         }
     } catch (const InputError& error) {
-        if (auto* frame = std::get_if<SensorFrame>(&line)) {
+        if (auto* frame = std::get_if<SensorFrame>(&*line)) {
             throw RefusedFrame({lines_.place(), error}, cause, std::move(*frame));
         }
         throw InputError(lines_.place(), error);

@@ -5,6 +5,7 @@
 #include "host/recording/FrameChecks.h"
 #include "io/Digest.h"
 #include "io/LineReader.h"
+#include "io/LineValue.h"
 #include "recording/Recording.h"
 
 #include <functional>
@@ -45,8 +46,11 @@ public:
     /// @return the next frame; nothing at the end
     /// @throw InputError the fault of the line
     std::optional<RecordingLine> next();
-    /// @return digest of the header and of the sensor frames read so far: of their lines in file
-    ///         order, each without its line end and followed by a line feed
+    /// @return until when the sensors were awaited, s, by the clock of SensorFrame::received;
+    ///         nothing before the end, and when the recording does not say it
+    std::optional<double> end() const { return end_; }
+    /// @return digest of the header, the sensor frames and the end read so far: of their lines in
+    ///         file order, each without its line end and followed by a line feed
     std::string digest() const { return content_.text(); }
     /// As LineReader::stop.
     void stop() { lines_.stop(); }
@@ -54,7 +58,9 @@ public:
     const LineReader& input() const { return lines_; }
 
 private:
-    RecordingLine parse(std::string_view text);
+    std::optional<RecordingLine> parse(std::string_view text);
+    std::optional<RecordingLine> readLine(const LineFields& fields);
+    void readEnd(const LineFields& fields);
     void digestLine(std::string_view text);
     void checkOrder(const SensorFrame& frame);
     void checkOrder(const TruthFrame& frame);
@@ -66,6 +72,7 @@ private:
     Digest content_;
     FrameOrder order_;
     std::optional<double> lastTruth_;
+    std::optional<double> end_;
 };
 
 }  // namespace Workbench

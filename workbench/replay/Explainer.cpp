@@ -9,7 +9,6 @@
 namespace Workbench {
 namespace {
 
-using Json = nlohmann::ordered_json;
 using Observer = Veskar::FusionObserver;
 
 /// The frame's time as in recordings, rounded to a microsecond.

@@ -4,6 +4,8 @@
 
 #include <veskar/FusionObserver.h>
 
+#include "recording/Header.h"
+
 #include <functional>
 #include <string>
 
@@ -39,8 +41,6 @@ public:
     void onDeletion(int systemTrackId, DeletionReason reason) override;
 
 private:
-    using Json = nlohmann::ordered_json;
-
     Sink sink_;
     double ahead_;
     Json line_;

@@ -97,7 +97,7 @@ std::optional<std::set<std::string>> readTags(const LineFields& fields) {
     return tags;
 }
 
-FusedTrack readTrack(const LineFields& fields) {
+FusedTrack trackOf(const LineFields& fields) {
     FusedTrack track;
     track.id = fields.integer("id");
     track.confirmed = fields.boolean("confirmed", false);
@@ -149,7 +149,7 @@ FusedFrame readFrame(const LineFields& fields) {
     frame.received = fields.number("received");
     frame.tracks.reserve(fields.array("tracks").size());
     fields.forEach("tracks",
-                   [&](const LineFields& track) { frame.tracks.push_back(readTrack(track)); });
+                   [&](const LineFields& track) { frame.tracks.push_back(trackOf(track)); });
     refuseRepeatedIds<FusedTrack>(frame.tracks, "tracks",
                                   [](const FusedTrack& track) { return track.id; });
     return frame;

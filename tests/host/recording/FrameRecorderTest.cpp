@@ -175,6 +175,21 @@ TEST_F(FrameRecorderTest, RotatesBySizeAndBeginsEachFileWithTheHeader) {
     }
 }
 
+TEST_F(FrameRecorderTest, StatesAtTheEndUntilWhenFramesWereAwaited) {
+    const auto lastLine = [&](double end) {
+        {
+            FrameRecorder recorder(path, VeskarTest::testInstallation());
+            recorder.write(frameAt(1.5));
+            recorder.end(end);
+        }
+        return linesOf(path).back();
+    };
+    EXPECT_EQ(lastLine(1.75), R"({"end":1.75})");
+    EXPECT_EQ(lastLine(1.5), R"({"end":1.5})");
+    EXPECT_THAT(lastLine(1.4999), HasSubstr("\"source\""));
+    EXPECT_THAT(lastLine(std::numeric_limits<double>::infinity()), HasSubstr("\"source\""));
+}
+
 TEST_F(FrameRecorderTest, KeepsWhatAnEarlierRunRecorded) {
     { FrameRecorder(path, installation).write(frameAt(1.0)); }
     { FrameRecorder(path, installation).write(frameAt(2.0)); }

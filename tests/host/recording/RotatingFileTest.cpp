@@ -60,6 +60,49 @@ TEST_F(RotatingFileTest, BeginsAFileWhenItIsTold) {
     EXPECT_EQ(textOf(".2"), "none");
 }
 
+TEST_F(RotatingFileTest, MovesNoFileThatHoldsNothing) {
+    put("", R"({"format":"veskar-recording","epoch":1})"
+            "\n{}\n");
+    const std::string header = R"({"format":"veskar-recording","epoch":2})"
+                               "\n";
+    for (int start = 0; start < 5; ++start) {
+        const RotatingFile file(path, header, 0, 2);
+    }
+    EXPECT_EQ(textOf(""), header);
+    EXPECT_THAT(textOf(".1"), HasSubstr("\"epoch\":1"));
+    EXPECT_EQ(textOf(".2"), "none");
+}
+
+TEST_F(RotatingFileTest, KeepsWhatAnotherOneIsAboutToWrite) {
+    const std::string header = R"({"format":"veskar-recording"})"
+                               "\n";
+    RotatingFile before(path, header, 0, 2);
+    const RotatingFile after(path, header, 0, 2);
+    before.append("late\n");
+    EXPECT_EQ(textOf(".1"), header + "late\n");
+    EXPECT_EQ(textOf(""), header);
+}
+
+TEST_F(RotatingFileTest, TakesNoOtherFileForOneThatHoldsNothing) {
+    const std::string header = R"({"format":"veskar-recording"})"
+                               "\n";
+    for (const char* other : {"one line\n", R"({"format":"veskar-recording"})", "\n"}) {
+        put("", other);
+        const RotatingFile file(path, header, 0, 2);
+        EXPECT_EQ(textOf(".1"), other);
+    }
+}
+
+TEST_F(RotatingFileTest, MovesNoEmptyFileWithoutHeader) {
+    put("", "1\n");
+    for (int start = 0; start < 5; ++start) {
+        const RotatingFile file(path, "", 0, 2);
+    }
+    EXPECT_EQ(textOf(""), "");
+    EXPECT_EQ(textOf(".1"), "1\n");
+    EXPECT_EQ(textOf(".2"), "none");
+}
+
 TEST_F(RotatingFileTest, MovesNoFileTwiceWhileNoneCanBeBegun) {
     put("", "new");
     put(".1", "old");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Synonyms of classes and colours.
+// Advice on words outside the vocabulary.
 #include <veskar/Vocabulary.h>
 
 #include "recording/LabelWords.h"
@@ -12,27 +12,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-TEST(LabelWords, MapsTheUsualSynonyms) {
-    const std::pair<const char*, const char*> words[] = {{"person", "human"},
-                                                         {"Pedestrian", "human"},
-                                                         {"Person_sitting", "human"},
-                                                         {"Cyclist", "motorcycle_bicycle"},
-                                                         {"bicycle", "motorcycle_bicycle"},
-                                                         {"bike", "bike"},
-                                                         {"lorry", "truck"},
-                                                         {"Van", "vehicle_other"},
-                                                         {"Tram", "vehicle_other"},
-                                                         {"Car", "car"},
-                                                         {"license plate", "license_plate"},
-                                                         {"DOG", "animal"}};
-    for (const auto& [word, meant] : words) {
-        EXPECT_EQ(meantWord(WordKind::Class, word), meant) << word;
-    }
-    EXPECT_EQ(meantWord(WordKind::Color, "Grey"), "gray");
-    EXPECT_EQ(meantWord(WordKind::Class, "Misc"), std::nullopt);
-    EXPECT_EQ(meantWord(WordKind::Color, "car"), std::nullopt);
-}
 
 TEST(LabelWords, SaysNothingOfTheVocabulary) {
     for (const std::string& word : Veskar::Vocabulary::knownClasses) {

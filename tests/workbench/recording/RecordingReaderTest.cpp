@@ -7,6 +7,7 @@
 #include "recording/RecordingWriter.h"
 #include "recording/RefusedFrame.h"
 
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -128,6 +129,30 @@ TEST_F(RecordingReaderTest, PassesOverTruthUnreadWhenToldTo) {
 
 TEST_F(RecordingReaderTest, SkipsBlankLines) {
     EXPECT_EQ(read("\n" + goodVideo + "\n  \n" + goodRadar).size(), 2u);
+}
+
+TEST_F(RecordingReaderTest, ReadsTheEnd) {
+    const std::string lines = goodVideo + "\n" + goodRadar + "\n";
+    const auto readerOf = [&](const std::string& text) {
+        VeskarTest::spill(path, toJsonLine(VeskarTest::installation()) + text);
+        auto reader = std::make_unique<Workbench::RecordingReader>(path);
+        EXPECT_TRUE(reader->next());
+        EXPECT_TRUE(reader->next());
+        EXPECT_FALSE(reader->end());
+        EXPECT_FALSE(reader->next());
+        return reader;
+    };
+    EXPECT_FALSE(readerOf(lines)->end());
+    const auto whole = readerOf(lines + "{\"end\":2.5}\n\n");
+    EXPECT_EQ(whole->end(), 2.5);
+    EXPECT_NE(whole->digest(), readerOf(lines)->digest());
+    // When the last frame was received, but not before.
+    EXPECT_EQ(readerOf(lines + "{\"end\":1.7}\n")->end(), 1.7);
+    EXPECT_EQ(faultOf(lines + "{\"end\":1.69}"),
+              "4: end: 1.69 is before the last frame was received");
+    EXPECT_EQ(faultOf("{\"end\":2}\n" + goodVideo), "3: a line behind the end of the recording");
+    EXPECT_EQ(faultOf("{\"end\":2,\"begin\":1}"), "2: begin: unknown key");
+    EXPECT_EQ(faultOf("{\"end\":\"now\"}"), "2: end: expected a number, found a string");
 }
 
 TEST_F(RecordingReaderTest, ReadsTheHeader) {

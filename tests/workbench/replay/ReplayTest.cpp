@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Installation.h"
 #include "Process.h"
-#include "replay/Replay.h"
+#include "host/pipeline/ReplayOptions.h"
 #include "simulate/Simulation.h"
 #include "simulate/scenario/Scenario.h"
 
