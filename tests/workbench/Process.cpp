@@ -4,13 +4,10 @@
 #include "Programs.h"
 #include "SourceDirectory.h"
 
-#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -85,39 +82,6 @@ Outcome run(const std::vector<std::string>& arguments, const std::string& input)
 Outcome veskar(std::vector<std::string> arguments, const std::string& input) {
     arguments.insert(arguments.begin(), VESKAR_PROGRAM);
     return run(arguments, input);
-}
-
-Pipe::Pipe() {
-    if (::pipe2(ends_.data(), O_CLOEXEC) != 0) {
-        throw std::runtime_error("cannot make a pipe");
-    }
-}
-
-Pipe::~Pipe() {
-    ::close(ends_[0]);
-    end();
-}
-
-void Pipe::end() {
-    if (ends_[1] >= 0) {
-        ::close(ends_[1]);
-        ends_[1] = -1;
-    }
-}
-
-void Pipe::put(const std::string& text) const {
-    if (::write(ends_[1], text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
-        throw std::runtime_error("cannot fill a pipe");
-    }
-}
-
-void Pipe::fill() const {
-    const std::string page(4096, 'x');
-    ::fcntl(ends_[1], F_SETPIPE_SZ, page.size());
-    ::fcntl(ends_[1], F_SETFL, O_NONBLOCK);
-    while (::write(ends_[1], page.data(), page.size()) > 0) {
-    }
-    ::fcntl(ends_[1], F_SETFL, 0);
 }
 
 RunningProgram::RunningProgram(std::vector<std::string> arguments, const Streams& streams,
@@ -198,7 +162,14 @@ void RunningProgram::awaitIdle() const {
 }
 
 void RunningProgram::send(int signal) const {
-    ::kill(child_, signal);
+    // -1 would be every process.
+    if (child_ > 0) {
+        ::kill(child_, signal);
+    }
+}
+
+std::string RunningProgram::errors() const {
+    return slurp(directory_ / "err");
 }
 
 Outcome RunningProgram::finish() {
@@ -225,27 +196,6 @@ std::string slurp(const std::string& path) {
 
 void spill(const std::string& path, const std::string& text) {
     std::ofstream(path, std::ios::binary) << text;
-}
-
-TemporaryDirectory::TemporaryDirectory() {
-    const char* base = std::getenv("TMPDIR");
-    path_ = std::string(base != nullptr ? base : "/tmp") + "/veskar-test-XXXXXX";
-    if (::mkdtemp(path_.data()) == nullptr) {
-        throw std::runtime_error("cannot create a directory");
-    }
-}
-
-TemporaryDirectory::~TemporaryDirectory() {
-    std::filesystem::remove_all(path_);
-}
-
-std::vector<std::string> TemporaryDirectory::names() const {
-    std::vector<std::string> found;
-    for (const auto& entry : std::filesystem::directory_iterator(path_)) {
-        found.push_back(entry.path().filename());
-    }
-    std::sort(found.begin(), found.end());
-    return found;
 }
 
 }  // namespace VeskarTest

@@ -2,7 +2,8 @@
 // Runs the program as a user does.
 #pragma once
 
-#include <array>
+#include "support/TemporaryDirectory.h"
+
 #include <functional>
 #include <string>
 #include <vector>
@@ -27,45 +28,6 @@ Outcome run(const std::vector<std::string>& arguments, const std::string& input 
 /// @param input standard input
 /// @return its results
 Outcome veskar(std::vector<std::string> arguments, const std::string& input = "");
-
-/// A temporary directory, removed with its contents.
-class TemporaryDirectory {
-public:
-    TemporaryDirectory();
-    ~TemporaryDirectory();
-    TemporaryDirectory(const TemporaryDirectory&) = delete;
-    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-    /// @param name a file name
-    /// @return its path in the directory
-    std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-    /// @return names of all files in it, sorted
-    std::vector<std::string> names() const;
-
-private:
-    std::string path_;
-};
-
-/// A pipe with both ends held by the test, which are not inherited unless requested.
-class Pipe {
-public:
-    Pipe();
-    ~Pipe();
-    Pipe(const Pipe&) = delete;
-    Pipe& operator=(const Pipe&) = delete;
-
-    int readingEnd() const { return ends_[0]; }
-    int writingEnd() const { return ends_[1]; }
-    /// @param text text for the reader, at most the capacity of the pipe
-    void put(const std::string& text) const;
-    /// Fills the pipe completely.
-    void fill() const;
-    /// Closes the writing end, so that a reader reaches the end.
-    void end();
-
-private:
-    std::array<int, 2> ends_{-1, -1};
-};
 
 /// The veskar program, running in parallel to the test.
 class RunningProgram {
@@ -95,6 +57,10 @@ public:
     void awaitOutput() const;
     /// @param signal sent to it
     void send(int signal) const;
+    /// @return its process
+    pid_t id() const { return child_; }
+    /// @return what it has written to its standard error, which is a file
+    std::string errors() const;
     /// @return its results; status -SIGKILL when it did not end within a minute
     Outcome finish();
 

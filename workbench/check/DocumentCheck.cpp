@@ -8,6 +8,7 @@
 #include "HostLibrary.h"
 #include "check/CameraCheck.h"
 #include "check/ConfigurationCheck.h"
+#include "check/RunCheck.h"
 #include "check/SceneCheck.h"
 #include "io/LineReader.h"
 #include "io/TextFile.h"
@@ -36,6 +37,8 @@ void checkText(const std::string& text, DocumentKind kind, Findings& findings) {
     } else if (!isJson) {
         findings.push_back(
             {Severity::Fault, static_cast<std::uint64_t>(fault.line), "", "", fault.reason});
+    } else if (kind == DocumentKind::Run) {
+        checkRun(text, document, findings);
     } else if (kind == DocumentKind::Camera) {
         checkCamera(document, "", Wanted::Real, findings);
     } else {
@@ -49,6 +52,8 @@ void checkByReading(const std::string& text, DocumentKind kind) {
         case DocumentKind::Configuration:
             Veskar::Config::parse_json_string(text);
             break;
+        case DocumentKind::Run:
+            break;  // its check is the reader
         case DocumentKind::Camera:
             Veskar::Camera::parse(text);
             break;
@@ -70,6 +75,9 @@ DocumentKind kindOfDocument(const std::string& path) {
     const auto names = [&start](const char* key) {
         return start.find(std::string("\"") + key + "\"") != std::string::npos;
     };
+    if (names("sensors") && names("installation")) {
+        return DocumentKind::Run;
+    }
     if (names("veskar-recording") || names("tracks")) {
         return DocumentKind::Recording;
     }

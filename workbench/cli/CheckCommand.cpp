@@ -34,6 +34,7 @@ struct CheckOptions {
 const std::map<std::string, DocumentKind> kinds{{"configuration", DocumentKind::Configuration},
                                                 {"camera", DocumentKind::Camera},
                                                 {"scenario", DocumentKind::Scenario},
+                                                {"run", DocumentKind::Run},
                                                 {"recording", DocumentKind::Recording}};
 
 DocumentKind kindFor(const CheckOptions& options) {
@@ -133,12 +134,14 @@ int check(const CheckOptions& options) {
 void addCheckCommand(CLI::App& program, Action& action) {
     auto options = std::make_shared<CheckOptions>();
     CLI::App* command = program.add_subcommand(
-        "check", "Say what is wrong with a configuration, a camera, a scenario or a recording");
+        "check",
+        "Say what is wrong with a configuration, a camera, a scenario, run.json or a recording");
     command->add_option("document", options->document, "file, or -")->required();
     command
         ->add_option("--as", options->kind,
-                     "configuration, camera, scenario or recording (default: what it looks like)")
-        ->check(CLI::IsMember({"configuration", "camera", "scenario", "recording"}));
+                     "configuration, camera, scenario, run or recording (default: what it looks "
+                     "like)")
+        ->check(CLI::IsMember({"configuration", "camera", "scenario", "run", "recording"}));
     command->add_option("--format", options->format, "text or json (default: text)")
         ->check(CLI::IsMember({"text", "json"}));
     command->add_option("-o,--output", options->output, "report to write (default: -)");

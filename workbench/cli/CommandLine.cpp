@@ -5,6 +5,7 @@
 
 #include "cli/Commands.h"
 #include "io/Interruption.h"
+#include "io/Journal.h"
 #include "io/OutputFile.h"
 #include "io/Printable.h"
 
@@ -73,16 +74,18 @@ void writeError(const std::string& text) {
 }
 
 void warn(const std::string& text) {
-    writeError(fmt::format("veskar: warning: {}\n", printable(text)));
+    writeError(fmt::format("{}veskar: warning: {}\n", journalPrefix(LOG_WARNING), printable(text)));
 }
 
 int runCommandLine(int count, const char* const* arguments) {
     occupyStandardStreams();
-    // Writing to a closed pipe is an error with a message and exit status 2, not a signal.
+    // Writing to a closed pipe, or beyond the size that a file may have, is an error with a message
+    // and exit status 2, not a signal.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     listenForInterruption();
-    // Show messages that the library logs on standard error, too.
-    openlog("veskar", LOG_PERROR, LOG_USER);
+    // Show messages that the library logs on standard error, too; the journal has them already.
+    openlog("veskar", isReadByJournal(STDERR_FILENO) ? 0 : LOG_PERROR, LOG_USER);
 
     CLI::App program("Tries, tunes and judges the fusion of radar and video tracks.", "veskar");
     program.set_version_flag("--version", std::string("veskar ") + Veskar::veskarVersion());
@@ -95,6 +98,7 @@ int runCommandLine(int count, const char* const* arguments) {
     addEvaluateCommand(program, action);
     addCheckCommand(program, action);
     addReportCommand(program, action);
+    addLiveCommands(program, action);
 
     try {
         return run(program, action, count, arguments);
@@ -102,7 +106,7 @@ int runCommandLine(int count, const char* const* arguments) {
         writeError("veskar: interrupted\n");
         endBy(interruption.signal());
     } catch (const std::exception& error) {
-        writeError(fmt::format("veskar: {}\n", printable(error.what())));
+        writeError(fmt::format("{}veskar: {}\n", journalPrefix(LOG_ERR), printable(error.what())));
         return BadInput;
     }
 }

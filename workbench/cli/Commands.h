@@ -27,5 +27,9 @@ void addEvaluateCommand(CLI::App& program, Action& action);
 void addCheckCommand(CLI::App& program, Action& action);
 /// @copydoc addSimulateCommand
 void addReportCommand(CLI::App& program, Action& action);
+/// Adds `run` and `record`; where the program was built without them, they say why.
+/// @param program as above
+/// @param action as above
+void addLiveCommands(CLI::App& program, Action& action);
 
 }  // namespace Workbench

@@ -10,11 +10,11 @@
 #include "cli/Progress.h"
 #include "evaluate/EvaluationReport.h"
 #include "evaluate/FusedFeed.h"
+#include "host/pipeline/ReplayOptions.h"
 #include "io/Interruption.h"
 #include "io/OutputFile.h"
 #include "recording/RecordingReader.h"
 #include "replay/FusedReader.h"
-#include "replay/Replay.h"
 
 #include <algorithm>
 #include <functional>

@@ -7,6 +7,7 @@
 #include "cli/Inputs.h"
 #include "cli/Progress.h"
 #include "host/fused/FusedText.h"
+#include "host/pipeline/ReplayOptions.h"
 #include "io/Interruption.h"
 #include "io/OutputFile.h"
 #include "recording/ReadAhead.h"
@@ -14,7 +15,6 @@
 #include "replay/Explainer.h"
 #include "replay/FusedCsv.h"
 #include "replay/FusedJson.h"
-#include "replay/Replay.h"
 #include "replay/RunDigests.h"
 #include "replay/Summary.h"
 #include "replay/WriteBehind.h"
@@ -109,6 +109,12 @@ void feed(RecordingReader& reader, FusionPipeline& run, bool inRealTime) {
             run.push(*frame);
         }
         progress.update(lines.fractionRead());
+    }
+    if (const std::optional<double> end = lines.end()) {
+        if (inRealTime) {
+            pace.waitFor(*end);
+        }
+        run.advance(*end);
     }
 }
 

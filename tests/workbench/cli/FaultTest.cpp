@@ -5,6 +5,7 @@
 #include "Programs.h"
 #include "SourceDirectory.h"
 #include "report/Page.h"
+#include "support/Pipe.h"
 
 #include <algorithm>
 #include <array>
@@ -26,6 +27,7 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
+using testing::StartsWith;
 using VeskarTest::dataFile;
 using VeskarTest::Outcome;
 using VeskarTest::Pipe;
@@ -33,6 +35,7 @@ using VeskarTest::RunningProgram;
 using VeskarTest::slurp;
 using VeskarTest::spill;
 using VeskarTest::veskar;
+using VeskarTest::writeAll;
 
 namespace {
 
@@ -177,7 +180,7 @@ TEST_F(Fault, AGoodInputPasses) {
 TEST_F(Fault, ASignalEndsACommandWhoseInputIsSilent) {
     for (const Input& input : inputs()) {
         const Pipe silent;
-        interrupt(input.with("-") + Words{"-o", out}, {silent.readingEnd(), -1});
+        interrupt(input.with("-") + Words{"-o", out}, {silent.reader.get(), -1});
     }
 }
 
@@ -187,21 +190,21 @@ TEST_F(Fault, ASignalEndsACommandWhoseInputFallsSilent) {
         const std::string text = slurp(input.good).substr(0, 60000);
         for (const int signal : signals) {
             const Pipe pipe;
-            pipe.put(text.substr(0, text.size() / 2));
-            interrupt(input.with("-") + Words{"-o", out}, {pipe.readingEnd(), -1}, signal);
+            writeAll(pipe.writer.get(), text.substr(0, text.size() / 2));
+            interrupt(input.with("-") + Words{"-o", out}, {pipe.reader.get(), -1}, signal);
         }
     }
 }
 
 TEST_F(Fault, ASignalEndsACommandWhoseReaderTakesNothing) {
     const Pipe full;
-    full.fill();
+    fill(full);
     for (const Words& command : commands()) {
-        interrupt(command + Words{"-o", "-"}, {-1, full.writingEnd()});
+        interrupt(command + Words{"-o", "-"}, {-1, full.writer.get()});
     }
-    interrupt({"--help"}, {-1, full.writingEnd()});
-    interrupt({"replay", recording, "-o", "/dev/null", "--summary"}, {-1, full.writingEnd()});
-    interrupt({"replay", recording, "-o", "/dev/null", "--explain", "-"}, {-1, full.writingEnd()});
+    interrupt({"--help"}, {-1, full.writer.get()});
+    interrupt({"replay", recording, "-o", "/dev/null", "--summary"}, {-1, full.writer.get()});
+    interrupt({"replay", recording, "-o", "/dev/null", "--explain", "-"}, {-1, full.writer.get()});
 }
 
 TEST_F(Fault, ASignalEndsACommandWhosePipeHasNoOtherEnd) {
@@ -254,7 +257,7 @@ TEST_F(Fault, ATerminalThatClosesTakesNoBarAndLeavesNoOutput) {
 TEST_F(Fault, ASignalThatComesTwiceIsOne) {
     const Pipe silent;
     for (const int signal : signals) {
-        RunningProgram program({"replay", "-", "-o", out}, {silent.readingEnd(), -1});
+        RunningProgram program({"replay", "-", "-o", out}, {silent.reader.get(), -1});
         program.awaitIdle();
         program.send(signal);
         program.send(signal);
@@ -265,12 +268,12 @@ TEST_F(Fault, ASignalThatComesTwiceIsOne) {
 
 TEST_F(Fault, ASignalThatTheProgramShallIgnoreIsIgnored) {
     Pipe pipe;
-    RunningProgram program({"replay", "-", "-o", out}, {pipe.readingEnd(), -1}, SIGHUP);
+    RunningProgram program({"replay", "-", "-o", out}, {pipe.reader.get(), -1}, SIGHUP);
     program.awaitIdle();
     program.send(SIGHUP);
-    pipe.put(slurp(recording));
+    writeAll(pipe.writer.get(), slurp(recording));
     // The child has inherited no writing end.
-    pipe.end();
+    pipe.writer.reset();
     EXPECT_EQ(program.finish().status, 0);
     EXPECT_EQ(slurp(out), veskar({"replay", recording}).output);
 }
@@ -398,6 +401,26 @@ TEST_F(Fault, AWarningThatCannotBeWrittenChangesNoStatus) {
             EXPECT_EQ(outcome.output, usual.output);
         }
     }
+}
+
+TEST_F(Fault, LinesForTheJournalHaveTheirPriority) {
+    std::string settings = slurp(std::string(VESKAR_SOURCE_DIR) + "/config/fusion.json");
+    const std::string key = "\"removeClassMismatches\"";
+    settings.replace(settings.find(key), key.size(), "\"removeClassMissmatches\"");
+    spill(directory / "misspelt", settings);
+    // Standard error is the file that the variable names, as the journal's socket would be.
+    const auto withJournal = [](const std::string& stream, const Words& arguments) {
+        return VeskarTest::run(Words{"bash", "-c", "JOURNAL_STREAM=" + stream + " exec \"$@\"",
+                                     "bash", VESKAR_PROGRAM} +
+                               arguments);
+    };
+    const std::string here = "$(stat -L -c %d:%i /proc/self/fd/2)";
+    const Words warned = {"replay", recording, "--config", directory / "misspelt", "-o", out};
+    EXPECT_THAT(withJournal(here, warned).errors, StartsWith("<4>veskar: warning: "));
+    EXPECT_THAT(withJournal("1:1", warned).errors, StartsWith("veskar: warning: "));
+    const Words failed = {"replay", directory / "no such file", "-o", out};
+    EXPECT_THAT(withJournal(here, failed).errors, StartsWith("<3>veskar: "));
+    EXPECT_THAT(withJournal("1:1", failed).errors, StartsWith("veskar: "));
 }
 
 TEST_F(Fault, AHostileInputIsRefusedWithAMessageAndWithoutAnOutput) {
