@@ -80,7 +80,8 @@ install(
   DIRECTORY "${PROJECT_SOURCE_DIR}/config/"
   DESTINATION "${CMAKE_INSTALL_DATADIR}/veskar/config"
   COMPONENT tools)
-file(GLOB schemas CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/workbench/*/schema/*.json")
+file(GLOB schemas CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/workbench/*/schema/*.json"
+     "${PROJECT_SOURCE_DIR}/live/*/schema/*.json")
 install(
   FILES ${schemas}
   DESTINATION "${CMAKE_INSTALL_DATADIR}/veskar/schema"

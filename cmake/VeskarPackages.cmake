@@ -30,6 +30,7 @@ set(CPACK_PRE_BUILD_SCRIPTS "${CMAKE_CURRENT_LIST_DIR}/VeskarPackagesStage.cmake
 set(CPACK_POST_BUILD_SCRIPTS "${CMAKE_CURRENT_LIST_DIR}/VeskarPackagesFinish.cmake")
 # Used by the files that CPack runs.
 set(CPACK_VESKAR_SOURCE_DIR "${PROJECT_SOURCE_DIR}")
+set(CPACK_VESKAR_LIVE_MISSING "${VESKAR_LIVE_MISSING}")
 
 set(library_package libveskar${PROJECT_VERSION_MAJOR})
 set(dev_package libveskar-dev)
@@ -89,13 +90,20 @@ set(CPACK_DEBIAN_HOSTDEV_PACKAGE_SUGGESTS ${doc_package})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ${tools_package})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
-    "fusion of radar and video tracks - workbench
-The command-line program by which fusion is tried and tuned on recordings,
-configurations and scenarios to start from, and the schemas of its files.")
+    "fusion of radar and video tracks - program and service
+The command-line program by which fusion is tried and tuned on recordings and
+by which sensors are fused live, as a service too, with configurations and
+scenarios to start from, and the schemas of its files.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS
     "${library_package} ${this_version}, ${host_library_package} ${this_version}")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS ${doc_package})
+if(TARGET veskar_live AND NOT VESKAR_LIVE_RTSP_MISSING)
+  set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS gstreamer1.0-plugins-good)
+endif()
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/packaging/tools/postinst"
+                                             "${PROJECT_SOURCE_DIR}/packaging/tools/postrm"
+                                             "${PROJECT_SOURCE_DIR}/packaging/tools/prerm")
 
 set(CPACK_DEBIAN_DOC_PACKAGE_NAME ${doc_package})
 set(CPACK_DEBIAN_DOC_PACKAGE_SECTION doc)

@@ -26,3 +26,10 @@ compress(${pages})
 # The host's configuration, which belongs to the administrator: updates do not overwrite it.
 file(COPY "${CPACK_VESKAR_SOURCE_DIR}/config/fusion.json"
      DESTINATION "${stage}/runtime/etc/veskar")
+
+# The service of the live program, and where Debian's administrators look for examples.
+if(CPACK_VESKAR_LIVE_MISSING)
+  message(FATAL_ERROR "${CPACK_VESKAR_LIVE_MISSING}")
+endif()
+file(COPY "${packaging}/veskar.service" DESTINATION "${stage}/tools/lib/systemd/system")
+file(CREATE_LINK ../../veskar/config "${stage}/tools/usr/share/doc/veskar-tools/examples" SYMBOLIC)
