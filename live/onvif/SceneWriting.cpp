@@ -69,10 +69,11 @@ private:
         real(at, "y", value[1], decimals);
     }
 
+    /// Zeros lose their sign: in JSON, -0 is the integer 0.
     void exactVector(Index parent, std::string_view name, const Eigen::Vector2d& value) {
         const Index at = tree_.add(parent, name);
-        tree_.addAttribute(at, "x", value[0]);
-        tree_.addAttribute(at, "y", value[1]);
+        tree_.addAttribute(at, "x", value[0] + 0.0);
+        tree_.addAttribute(at, "y", value[1] + 0.0);
     }
 
     void transformation(Index parent, const Transformation& value) {
@@ -268,7 +269,9 @@ private:
         }
         const Index at = tree_.add(parent, "ObjectTree");
         for (const Renaming& one : frame.renames) {
-            regrouping(at, "Rename", {{one.from}, {one.to}});
+            const Index rename = list(at, "Rename");
+            name(tree_.add(rename, "from"), one.from);
+            name(tree_.add(rename, "to"), one.to);
         }
         for (const Regrouping& one : frame.splits) {
             regrouping(at, "Split", one);

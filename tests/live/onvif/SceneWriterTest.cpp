@@ -86,6 +86,24 @@ TEST(SceneWriter, EscapesWhatWouldBeMarkup) {
     EXPECT_EQ(SceneReader().readJson(toJson({frame}), leftOut).at(0).source, "a<b>&\"c\"\n\x01");
 }
 
+// Longer than what a string holds without memory of its own.
+TEST(SceneWriter, WritesTheNamesOfRenamedObjects) {
+    SceneFrame frame;
+    frame.renames = {{{"the-first-name-of-an-object", "b7c1f2d0-0001-4a00-8000-00000000aaaa"},
+                      {"the-second-name-of-an-object", "b7c1f2d0-0001-4a00-8000-00000000bbbb"}}};
+    EXPECT_THAT(toJson({frame}),
+                HasSubstr("\"Rename\":[{\"from\":{\"@ObjectId\":\"the-first-name-of-an-object\","
+                          "\"@UUID\":\"b7c1f2d0-0001-4a00-8000-00000000aaaa\"},"
+                          "\"to\":{\"@ObjectId\":\"the-second-name-of-an-object\","
+                          "\"@UUID\":\"b7c1f2d0-0001-4a00-8000-00000000bbbb\"}}]"));
+}
+
+TEST(SceneWriter, WritesNoNegativeZeroInTransformations) {
+    SceneFrame frame;
+    frame.transformation.translate = {-0.0, 1.0};
+    EXPECT_THAT(toXml({frame}), HasSubstr("<tt:Translate x=\"0\" y=\"1\"/>"));
+}
+
 /// The order of the schema, for the elements that a scene has.
 const char* const schemaOrder[][20] = {
     {"Frame", "Transformation", "Object", "ObjectTree"},
