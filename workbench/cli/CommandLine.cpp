@@ -4,6 +4,7 @@
 #include <veskar/Version.h>
 
 #include "cli/Commands.h"
+#include "cli/Usage.h"
 #include "io/Interruption.h"
 #include "io/Journal.h"
 #include "io/OutputFile.h"
@@ -28,7 +29,8 @@ void addFooter(CLI::App& program) {
     program.footer(
         "Exit status: 0 done; 1 done, but the answer is no; 2 wrong usage, wrong input or an "
         "output that cannot be written. Interrupted (Ctrl-C), it ends by the signal and leaves no "
-        "unfinished output.\n"
+        "unfinished output; shells tell that as 130. A reader of its standard output that leaves "
+        "early, as head does, is no error.\n"
         "\"-\" stands for standard input or standard output. An output that is one of the files "
         "to read, or another output, is refused.\n"
         "\n"
@@ -54,15 +56,17 @@ int run(CLI::App& program, const Action& action, int count, const char* const* a
     try {
         program.parse(count, arguments);
     } catch (const CLI::ParseError& error) {
-        std::ostringstream answer;
-        std::ostringstream complaint;
-        const bool isFault = program.exit(error, answer, complaint) != 0;
-        writeError(complaint.str());
+        if (error.get_exit_code() != 0) {
+            writeError(complaintOf(program, error));
+            return BadInput;
+        }
         // Help and version are printed through exceptions, but are not errors.
+        std::ostringstream answer;
+        program.exit(error, answer, answer);
         OutputFile output("-");
         output.write(answer.str());
         output.commit();
-        return isFault ? BadInput : Success;
+        return Success;
     }
     return action ? action() : Success;
 }
@@ -79,8 +83,8 @@ void warn(const std::string& text) {
 
 int runCommandLine(int count, const char* const* arguments) {
     occupyStandardStreams();
-    // Writing to a closed pipe, or beyond the size that a file may have, is an error with a message
-    // and exit status 2, not a signal.
+    // Writing to a closed pipe, or beyond the size that a file may have, is an error that
+    // OutputFile tells, not a signal.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     listenForInterruption();
@@ -88,7 +92,7 @@ int runCommandLine(int count, const char* const* arguments) {
     openlog("veskar", isReadByJournal(STDERR_FILENO) ? 0 : LOG_PERROR, LOG_USER);
 
     CLI::App program("Tries, tunes and judges the fusion of radar and video tracks.", "veskar");
-    program.set_version_flag("--version", std::string("veskar ") + Veskar::veskarVersion());
+    program.set_version_flag("-V,--version", std::string("veskar ") + Veskar::veskarVersion());
     program.require_subcommand(1);
     addFooter(program);
     Action action;
@@ -96,15 +100,19 @@ int runCommandLine(int count, const char* const* arguments) {
     addImportCommand(program, action);
     addReplayCommand(program, action);
     addEvaluateCommand(program, action);
+    addInfoCommand(program, action);
     addCheckCommand(program, action);
     addReportCommand(program, action);
     addLiveCommands(program, action);
+    addHelpCommand(program, action);
 
     try {
         return run(program, action, count, arguments);
     } catch (const Interrupted& interruption) {
         writeError("veskar: interrupted\n");
         endBy(interruption.signal());
+    } catch (const ReaderLeft&) {
+        return Success;
     } catch (const std::exception& error) {
         writeError(fmt::format("{}veskar: {}\n", journalPrefix(LOG_ERR), printable(error.what())));
         return BadInput;

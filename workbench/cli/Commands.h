@@ -26,6 +26,8 @@ void addEvaluateCommand(CLI::App& program, Action& action);
 /// @copydoc addSimulateCommand
 void addCheckCommand(CLI::App& program, Action& action);
 /// @copydoc addSimulateCommand
+void addInfoCommand(CLI::App& program, Action& action);
+/// @copydoc addSimulateCommand
 void addReportCommand(CLI::App& program, Action& action);
 /// Adds `run` and `record`; where the program was built without them, they say why.
 /// @param program as above

@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <utility>
@@ -43,10 +44,18 @@ struct EvaluateOptions {
 };
 
 /// Sorts the values and removes duplicates, so that nothing is evaluated twice.
-template <typename Value>
-void sortOnce(std::vector<Value>& values) {
+void sortOnce(std::vector<int>& values) {
     std::sort(values.begin(), values.end());
     values.erase(std::unique(values.begin(), values.end()), values.end());
+}
+
+/// Bands out of order are a mistake that sorting would hide: "--bands 40 20".
+void requireAscending(const std::vector<double>& bands) {
+    const auto fault = std::adjacent_find(bands.begin(), bands.end(), std::greater_equal<>());
+    if (fault != bands.end()) {
+        throw InputError(
+            fmt::format("--bands: {} comes after {}: they must ascend", *std::next(fault), *fault));
+    }
 }
 
 /// Evaluates the whole recording.
@@ -138,7 +147,7 @@ int evaluate(const EvaluateOptions& options) {
     RecordingReader reader(options.recording);
     EvaluationOptions wishes = options.evaluation;
     wishes.commonFieldOfView = !options.wholeScene;
-    sortOnce(wishes.bands);
+    requireAscending(wishes.bands);
     sortOnce(wishes.confirmationHits);
     return options.fused.empty() ? judgeRun(options, reader, wishes)
                                  : judgeFile(options, reader, wishes);

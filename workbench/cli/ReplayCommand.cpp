@@ -76,7 +76,8 @@ private:
 class ExplanationOutput {
 public:
     explicit ExplanationOutput(const std::string& path)
-        : file_(path.empty() ? nullptr : std::make_unique<OutputFile>(path)),
+        : file_(path.empty() ? nullptr
+                             : std::make_unique<OutputFile>(path, OutputFile::Reader::MustStay)),
           explainer_([this](const std::string& line) { file_->write(line); }, replayUptime) {}
 
     Veskar::FusionObserver* observer() { return file_ ? &explainer_ : nullptr; }
@@ -156,7 +157,9 @@ int replay(const ReplayOptions& options) {
     const RecordingHeader header = withCamera(reader.header(), options.camera);
     const bool isCsv = options.format == "csv";
 
-    OutputFile output(options.output);
+    using Reader = OutputFile::Reader;
+    OutputFile output(options.output,
+                      options.explain.empty() ? Reader::MayLeave : Reader::MustStay);
     output.write(isCsv ? csvHeader()
                        : fusedHeaderLine(header, config.toJson(), parameters.toJson()));
     Summary summary;

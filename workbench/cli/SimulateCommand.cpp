@@ -41,7 +41,9 @@ class SimulationSink {
 public:
     SimulationSink(const SimulateOptions& options, const RecordingHeader& header) {
         if (!options.recording().empty()) {
-            file_.emplace(options.recording());
+            using Reader = OutputFile::Reader;
+            file_.emplace(options.recording(),
+                          options.publish.empty() ? Reader::MayLeave : Reader::MustStay);
             file_->write(toJsonLine(header));
         }
         if (!options.publish.empty()) {

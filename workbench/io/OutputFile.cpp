@@ -47,8 +47,8 @@ std::string directoryOf(const std::filesystem::path& path) {
     return path.has_parent_path() ? path.parent_path() : ".";
 }
 
-OutputFile::OutputFile(const std::string& path)
-    : path_(path), shownName_(path == "-" ? "<stdout>" : path) {
+OutputFile::OutputFile(const std::string& path, Reader reader)
+    : path_(path), reader_(reader), shownName_(path == "-" ? "<stdout>" : path) {
     open();
     if (descriptor_ < 0) {
         fail("create");
@@ -112,6 +112,9 @@ void OutputFile::flush() {
             ::write(descriptor_, left.data(), std::min(left.size(), longestWrite_));
         if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
             continue;
+        }
+        if (count < 0 && errno == EPIPE && isStandardOutput() && reader_ == Reader::MayLeave) {
+            throw ReaderLeft();
         }
         if (count < 0) {
             fail("write");

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <exception>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -16,16 +18,27 @@ std::filesystem::path behindLinks(std::filesystem::path path);
 /// @return the directory that contains it
 std::string directoryOf(const std::filesystem::path& path);
 
+/// The reader of standard output has seen enough, as `head` has.
+class ReaderLeft : public std::exception {
+public:
+    const char* what() const noexcept override { return "the reader of standard output has left"; }
+};
+
 /// Writes to a temporary file in the same directory and renames it when it is complete, so that no
 /// partial output becomes visible and an existing file survives a failure. Symbolic links are
 /// followed, whether their target exists or not. Standard output ("-") and files that are not
 /// regular (pipes, devices) are written directly.
 class OutputFile {
 public:
+    /// Whether the reader of standard output may leave before its end. It must stay where something
+    /// else would remain unfinished, too.
+    enum class Reader : std::uint8_t { MayLeave, MustStay };
+
     /// @param path the file, or "-"
+    /// @param reader what is expected of a reader of standard output
     /// @throw InputError when it cannot be created
     /// @throw Interrupted when a signal comes while a pipe has no reader
-    explicit OutputFile(const std::string& path);
+    explicit OutputFile(const std::string& path, Reader reader = Reader::MayLeave);
     /// Removes the temporary file unless commit was called.
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
@@ -33,6 +46,7 @@ public:
 
     /// @param text appended
     /// @throw InputError when writing fails (full disk, closed pipe)
+    /// @throw ReaderLeft when the reader of standard output has left and may do so
     /// @throw Interrupted when a signal has come
     void write(std::string_view text);
 
@@ -54,6 +68,7 @@ private:
     void syncDirectory() const;
 
     std::string path_;
+    Reader reader_;
     std::string shownName_;
     std::string target_;         ///< the file behind all links
     std::string temporaryPath_;  ///< empty when written directly
