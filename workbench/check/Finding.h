@@ -23,6 +23,7 @@ struct Finding {
     std::string value;        ///< as written; empty when there is none
     std::string message;      ///< the fault and what was expected
     bool namesValue = false;  ///< whether the message itself contains the value
+    std::uint64_t count = 1;  ///< how many it stands for
 };
 
 using Findings = std::vector<Finding>;

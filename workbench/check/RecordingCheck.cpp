@@ -8,15 +8,20 @@
 #include "check/LocatedJson.h"
 #include "check/SceneCheck.h"
 #include "check/TrackPairs.h"
+#include "io/Counted.h"
 #include "recording/LabelWords.h"
 #include "recording/RecordingReader.h"
 #include "recording/RefusedFrame.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
+#include <cstdint>
+#include <map>
 #include <memory>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -29,7 +34,7 @@ constexpr std::size_t fewestBlocks = 8;
 /// With this many reports, isolated objects would suffice to judge the installation.
 constexpr std::uint64_t plentyOfReports = 200;
 /// Further faults are only counted.
-constexpr std::size_t mostFaults = 100;
+constexpr std::uint64_t mostFaults = 100;
 
 Finding faultOf(const InputError& error, std::uint64_t line) {
     return {Severity::Fault, line, error.key(), "", error.reason()};
@@ -66,7 +71,7 @@ Finding noteOf(std::string key, std::string message) {
 void judgeFrames(const char* name, const FrameStatistics& frames, Findings& findings) {
     if (frames.frames() < 2) {
         findings.push_back({Severity::Warning, 0, name, "",
-                            fmt::format("{} frames in the whole recording", frames.frames())});
+                            counted(frames.frames(), "frame") + " in the whole recording"});
         return;
     }
     const double interval = frames.medianInterval();
@@ -82,9 +87,10 @@ void judgeFrames(const char* name, const FrameStatistics& frames, Findings& find
     if (longest.length > limit) {
         findings.push_back(
             {Severity::Warning, longest.line, name, "",
-             fmt::format("no frame for {:.2f} s after {:.2f} s, the longest of {} gaps of more "
-                         "than {:.2f} s{}",
-                         longest.length, longest.after, frames.gapsLongerThan(limit), limit,
+             fmt::format("no frame for {:.2f} s after {:.2f} s, the longest of {} of more than "
+                         "{:.2f} s{}",
+                         longest.length, longest.after,
+                         counted(frames.gapsLongerThan(limit), "gap"), limit,
                          std::string_view(name) == "video"
                              ? "; a host sends empty frames then, or radar frames wait 1.5 s"
                              : "")});
@@ -159,6 +165,8 @@ public:
     void add(Finding finding) {
         if (++count_ <= mostFaults) {
             list_.push_back(std::move(finding));
+        } else {
+            countKind(finding.key);
         }
     }
 
@@ -166,21 +174,55 @@ public:
     /// @param key key of the convention that explains all of them; empty when there is none
     void tell(const std::string& key, Findings& findings) const {
         if (!key.empty() && count_ > 0) {
-            findings.push_back(
-                {Severity::Fault, list_.front().line, key, "",
-                 fmt::format("{} frames are refused for it, this is the first", count_)});
+            findings.push_back({Severity::Fault, list_.front().line, key, "",
+                                count_ == 1 ? "the frame is refused for it"
+                                            : fmt::format("{} frames are refused for it, this is "
+                                                          "the first",
+                                                          count_),
+                                false, count_});
             return;
         }
         findings.insert(findings.end(), list_.begin(), list_.end());
         if (count_ > mostFaults) {
+            const std::uint64_t more = count_ - mostFaults;
             findings.push_back({Severity::Fault, 0, "", "",
-                                fmt::format("{} more faulty lines", count_ - mostFaults)});
+                                counted(more, "more faulty line") + kinds(), false, more});
         }
     }
 
 private:
-    std::size_t count_ = 0;
+    /// Counts those beyond the listed ones by the member that is at fault, whatever its index.
+    void countKind(const std::string& key) {
+        constexpr std::size_t mostKinds = 20;
+        std::string kind;
+        for (const char c : key) {
+            const bool isIndex = std::isdigit(static_cast<unsigned char>(c)) != 0 &&
+                                 !kind.empty() && kind.back() == '[';
+            kind += isIndex ? "" : std::string(1, c);
+        }
+        const bool isKnown = !kind.empty() && (kinds_.count(kind) > 0 || kinds_.size() < mostKinds);
+        ++(isKnown ? kinds_[kind] : others_);
+    }
+
+    /// @return ": 20 in tracks[].range, 3 in time, 1 elsewhere", the most frequent first
+    std::string kinds() const {
+        std::vector<std::pair<std::string, std::uint64_t>> sorted(kinds_.begin(), kinds_.end());
+        std::stable_sort(sorted.begin(), sorted.end(),
+                         [](const auto& a, const auto& b) { return a.second > b.second; });
+        std::string text;
+        for (const auto& [kind, count] : sorted) {
+            text += fmt::format("{}{} in {}", text.empty() ? ": " : ", ", count, kind);
+        }
+        if (others_ > 0 && !text.empty()) {
+            text += fmt::format(", {} elsewhere", others_);
+        }
+        return text;
+    }
+
+    std::uint64_t count_ = 0;
     Findings list_;
+    std::map<std::string, std::uint64_t> kinds_;
+    std::uint64_t others_ = 0;
 };
 
 /// Gathers the evidence from the lines of a recording.

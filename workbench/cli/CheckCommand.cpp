@@ -8,13 +8,18 @@
 #include "cli/Commands.h"
 #include "cli/Files.h"
 #include "cli/Progress.h"
+#include "io/Counted.h"
 #include "io/Interruption.h"
 #include "io/OutputFile.h"
+#include "io/Printable.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -24,11 +29,17 @@ namespace Workbench {
 namespace {
 
 struct CheckOptions {
-    std::string document;
+    std::vector<std::string> documents;
     std::string kind;
     std::string format = "text";
     std::string output = "-";
     bool strict = false;
+};
+
+/// What was found in one document.
+struct CheckedDocument {
+    std::string name;
+    RecordingCheckResult result;
 };
 
 const std::map<std::string, DocumentKind> kinds{{"configuration", DocumentKind::Configuration},
@@ -37,42 +48,46 @@ const std::map<std::string, DocumentKind> kinds{{"configuration", DocumentKind::
                                                 {"run", DocumentKind::Run},
                                                 {"recording", DocumentKind::Recording}};
 
-DocumentKind kindFor(const CheckOptions& options) {
-    if (!options.kind.empty()) {
-        return kinds.at(options.kind);
+DocumentKind kindOf(const std::string& document, const std::string& stated) {
+    if (!stated.empty()) {
+        return kinds.at(stated);
     }
-    if (options.document == "-") {
+    if (document == "-") {
         throw InputError("<stdin>", InputError("say with --as what it is"));
     }
-    return kindOfDocument(options.document);
+    return kindOfDocument(document);
 }
 
-RecordingCheckResult check(const CheckOptions& options, DocumentKind kind) {
+RecordingCheckResult check(const std::string& document, DocumentKind kind) {
     if (kind != DocumentKind::Recording) {
-        return {checkDocument(options.document, kind), {}, std::nullopt};
+        return {checkDocument(document, kind), {}, std::nullopt};
     }
     Progress progress("checking");
-    return checkRecording(options.document, [&](std::uint64_t read, std::uint64_t size) {
+    return checkRecording(document, [&](std::uint64_t read, std::uint64_t size) {
         throwIfInterrupted();
         progress.update(size == 0 ? -1.0 : static_cast<double>(read) / static_cast<double>(size));
     });
 }
 
-std::size_t count(const Findings& findings, Severity severity) {
-    std::size_t sum = 0;
+std::uint64_t count(const Findings& findings, Severity severity) {
+    std::uint64_t sum = 0;
     for (const Finding& finding : findings) {
-        sum += finding.severity == severity ? 1 : 0;
+        sum += finding.severity == severity ? finding.count : 0;
     }
     return sum;
 }
 
-std::string toText(const Findings& findings, const std::string& name) {
+std::string toText(const std::vector<CheckedDocument>& checked) {
     std::string text;
-    for (const Finding& finding : findings) {
-        text += toText(finding, name) + "\n";
+    for (const auto& [name, result] : checked) {
+        for (const Finding& finding : result.findings) {
+            text += toText(finding, name) + "\n";
+        }
+        text += fmt::format("{}: {}, {}\n", name,
+                            counted(count(result.findings, Severity::Fault), "fault"),
+                            counted(count(result.findings, Severity::Warning), "warning"));
     }
-    return text + fmt::format("{}: {} faults, {} warnings\n", name,
-                              count(findings, Severity::Fault), count(findings, Severity::Warning));
+    return text;
 }
 
 nlohmann::ordered_json toJson(const Estimated& estimated) {
@@ -81,7 +96,8 @@ nlohmann::ordered_json toJson(const Estimated& estimated) {
             {"significant", estimated.isSignificant}};
 }
 
-std::string toJsonText(const RecordingCheckResult& result, const std::string& name) {
+nlohmann::ordered_json toJson(const CheckedDocument& checked) {
+    const auto& [name, result] = checked;
     nlohmann::ordered_json json{{"document", name},
                                 {"faults", count(result.findings, Severity::Fault)},
                                 {"warnings", count(result.findings, Severity::Warning)},
@@ -92,7 +108,8 @@ std::string toJsonText(const RecordingCheckResult& result, const std::string& na
                                     {"line", finding.line},
                                     {"key", finding.key},
                                     {"value", finding.value},
-                                    {"message", finding.message}});
+                                    {"message", finding.message},
+                                    {"count", finding.count}});
     }
     json["conventions"] = nlohmann::ordered_json::array();
     for (const Convention& convention : result.conventions) {
@@ -109,7 +126,18 @@ std::string toJsonText(const RecordingCheckResult& result, const std::string& na
                                 {"heightMetres", toJson(result.mounting->height)},
                                 {"lagSeconds", toJson(result.mounting->lag)}};
     }
-    return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    return json;
+}
+
+/// @return one object, or an array of them when several documents were asked for
+std::string toJsonText(const std::vector<CheckedDocument>& checked, bool isOne) {
+    nlohmann::ordered_json all = nlohmann::ordered_json::array();
+    for (const CheckedDocument& one : checked) {
+        all.push_back(toJson(one));
+    }
+    return (isOne ? all[0] : all)
+               .dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) +
+           "\n";
 }
 
 /// @return whether the document passes
@@ -118,15 +146,33 @@ bool isAccepted(const Findings& findings, const CheckOptions& options) {
 }
 
 int check(const CheckOptions& options) {
-    refuseClashes({{"document", options.document}}, {{"report", options.output}});
-    const DocumentKind kind = kindFor(options);
-    const std::string name = options.document == "-" ? "<stdin>" : options.document;
+    std::vector<NamedFile> inputs;
+    for (const std::string& document : options.documents) {
+        inputs.push_back({"document", document});
+    }
+    refuseClashes(inputs, {{"report", options.output}});
+    const bool isOne = options.documents.size() == 1;
     OutputFile output(options.output);
-    const RecordingCheckResult result = check(options, kind);
-    output.write(options.format == "json" ? toJsonText(result, name)
-                                          : toText(result.findings, name));
+    std::vector<CheckedDocument> checked;
+    int status = Success;
+    for (const std::string& document : options.documents) {
+        try {
+            checked.push_back({document == "-" ? "<stdin>" : document,
+                               check(document, kindOf(document, options.kind))});
+            const bool passes = isAccepted(checked.back().result.findings, options);
+            status = std::max<int>(status, passes ? Success : NegativeAnswer);
+        } catch (const InputError& error) {
+            if (isOne) {
+                throw;
+            }
+            // The others are checked all the same.
+            writeError(fmt::format("veskar: {}\n", printable(error.what())));
+            status = BadInput;
+        }
+    }
+    output.write(options.format == "json" ? toJsonText(checked, isOne) : toText(checked));
     output.commit();
-    return isAccepted(result.findings, options) ? Success : NegativeAnswer;
+    return status;
 }
 
 }  // namespace
@@ -136,10 +182,10 @@ void addCheckCommand(CLI::App& program, Action& action) {
     CLI::App* command = program.add_subcommand(
         "check",
         "Say what is wrong with a configuration, a camera, a scenario, run.json or a recording");
-    command->add_option("document", options->document, "file, or -")->required();
+    command->add_option("document", options->documents, "files, or -")->required();
     command
         ->add_option("--as", options->kind,
-                     "configuration, camera, scenario, run or recording (default: what it looks "
+                     "configuration, camera, scenario, run or recording (default: what each looks "
                      "like)")
         ->check(CLI::IsMember({"configuration", "camera", "scenario", "run", "recording"}));
     command->add_option("--format", options->format, "text or json (default: text)")
@@ -149,7 +195,8 @@ void addCheckCommand(CLI::App& program, Action& action) {
     command->footer(
         "A recording's objects that both sensors see also tell whether camera and radar point the "
         "same way, how high the camera really hangs, and how late the radar's time stamps are.\n"
-        "Exit status 1: there are faults, or with --strict warnings; warnings alone leave it 0.\n"
+        "Exit status 1: there are faults, or with --strict warnings; warnings alone leave it 0. Of "
+        "several documents all are checked, and the worst counts.\n"
         "\n"
         "Example:\n  veskar check config/fusion.json --strict\n  veskar check perimeter.jsonl");
     command->callback([options, &action] { action = [options] { return check(*options); }; });

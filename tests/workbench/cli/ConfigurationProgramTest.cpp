@@ -163,7 +163,7 @@ TEST_F(ConfigurationProgram, CheckStrictLetsWarningsCount) {
     EXPECT_EQ(veskar({"check", config}).status, 0);
     const Outcome strict = veskar({"check", config, "--strict"});
     EXPECT_EQ(strict.status, 1);
-    EXPECT_THAT(strict.output, EndsWith("0 faults, 1 warnings\n"));
+    EXPECT_THAT(strict.output, EndsWith("0 faults, 1 warning\n"));
     EXPECT_THAT(veskar({"check", "--help"}).output, HasSubstr("--strict"));
 }
 
