@@ -104,6 +104,7 @@ int runCommandLine(int count, const char* const* arguments) {
     addCheckCommand(program, action);
     addReportCommand(program, action);
     addLiveCommands(program, action);
+    addCompletionCommand(program, action);
     addHelpCommand(program, action);
 
     try {

@@ -29,6 +29,8 @@ void addCheckCommand(CLI::App& program, Action& action);
 void addInfoCommand(CLI::App& program, Action& action);
 /// @copydoc addSimulateCommand
 void addReportCommand(CLI::App& program, Action& action);
+/// @copydoc addSimulateCommand
+void addCompletionCommand(CLI::App& program, Action& action);
 /// Adds `run` and `record`; where the program was built without them, they say why.
 /// @param program as above
 /// @param action as above
