@@ -35,7 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Workbench::checkDocument(file.path(), kind);
         return 0;
     }
-    const auto result = Workbench::checkRecording(file.path(), [](auto, auto) {});
+    const auto result = Workbench::checkRecording(file.path(), [](const auto&) {});
     require(isReadable(file.path()) || hasFault(result.findings), "what is refused has a fault");
     return 0;
 }

@@ -370,8 +370,8 @@ private:
 
 }  // namespace
 
-RecordingCheckResult checkRecording(
-    const std::string& path, const std::function<void(std::uint64_t, std::uint64_t)>& progress) {
+RecordingCheckResult checkRecording(const std::string& path,
+                                    const std::function<void(const LineReader&)>& progress) {
     RecordingCheckResult result;
     const std::unique_ptr<RecordingReader> opened = open(path, result.findings);
     if (!opened) {
@@ -395,7 +395,7 @@ RecordingCheckResult checkRecording(
             }
             lines.take(error);
         }
-        progress(reader.input().bytesRead(), reader.input().size());
+        progress(reader.input());
     }
     lines.judge(result);
     return result;

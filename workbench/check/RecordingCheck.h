@@ -13,6 +13,8 @@
 
 namespace Workbench {
 
+class LineReader;
+
 /// Results of the check of a recording.
 struct RecordingCheckResult {
     Findings findings;
@@ -21,11 +23,11 @@ struct RecordingCheckResult {
 };
 
 /// @param path the recording, or "-"
-/// @param progress called with the number of bytes read and the size of the file (0 when unknown)
+/// @param progress called after each line with the file that is being read
 /// @return faults and suspicious values, rates and delays as notes, and the estimate
 /// @throw InputError when the recording cannot be read
-RecordingCheckResult checkRecording(
-    const std::string& path, const std::function<void(std::uint64_t, std::uint64_t)>& progress);
+RecordingCheckResult checkRecording(const std::string& path,
+                                    const std::function<void(const LineReader&)>& progress);
 
 /// @param header the installation as stated
 /// @param estimate as estimated from the tracks

@@ -10,6 +10,7 @@
 #include "cli/Progress.h"
 #include "io/Counted.h"
 #include "io/Interruption.h"
+#include "io/LineReader.h"
 #include "io/OutputFile.h"
 #include "io/Printable.h"
 
@@ -63,9 +64,9 @@ RecordingCheckResult check(const std::string& document, DocumentKind kind) {
         return {checkDocument(document, kind), {}, std::nullopt};
     }
     Progress progress("checking");
-    return checkRecording(document, [&](std::uint64_t read, std::uint64_t size) {
+    return checkRecording(document, [&](const LineReader& input) {
         throwIfInterrupted();
-        progress.update(size == 0 ? -1.0 : static_cast<double>(read) / static_cast<double>(size));
+        progress.update(input.fractionRead());
     });
 }
 

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -67,16 +68,76 @@ bool LineReader::fill() {
         // One byte more than the maximum, to detect longer lines.
         buffer_.resize(std::min(2 * end_, maximumLineLength + 1) + padding);
     }
+    const std::size_t count = decoder_ ? readCompressed() : readPlain();
+    end_ += count;
+    return count > 0;
+}
+
+std::size_t LineReader::read(char* to, std::size_t room) {
     ssize_t count = 0;
     do {
         waitForInput();
-        count = ::read(descriptor_, buffer_.data() + end_, buffer_.size() - padding - end_);
+        count = ::read(descriptor_, to, room);
     } while (count < 0 && (errno == EINTR || errno == EAGAIN));
     if (count < 0) {
         throw InputError(shownName_, InputError(std::strerror(errno)));
     }
-    end_ += static_cast<std::size_t>(count);
-    return count > 0;
+    return static_cast<std::size_t>(count);
+}
+
+std::size_t LineReader::readPlain() {
+    char* const to = buffer_.data() + end_;
+    std::size_t count = read(to, buffer_.size() - padding - end_);
+    if (!std::exchange(isBeginning_, false)) {
+        return count;
+    }
+    // No text that is read here begins like compressed data: waiting for all of their mark keeps
+    // nobody waiting.
+    const auto mayBeCompressed = [&] { return *to == '\x1f' || *to == '\x28'; };
+    for (std::size_t more = count; more > 0 && count < 4 && mayBeCompressed(); count += more) {
+        more = read(to + count, buffer_.size() - padding - end_ - count);
+    }
+    decoder_ = decoderOf({to, count});
+    if (!decoder_) {
+        return count;
+    }
+    compressed_.assign(buffer_.size(), '\0');
+    std::memcpy(compressed_.data(), to, count);
+    compressedEnd_ = count;
+    return readCompressed();
+}
+
+std::size_t LineReader::readCompressed() {
+    for (;;) {
+        Decoder::Step step;
+        try {
+            step = decoder_->decode(
+                {compressed_.data() + compressedBegin_, compressedEnd_ - compressedBegin_},
+                buffer_.data() + end_, buffer_.size() - padding - end_);
+        } catch (const InputError& error) {
+            throw InputError(fmt::format("{}:{}", shownName_, number_ + 1), error);
+        }
+        compressedBegin_ += step.taken;
+        decoded_ += step.taken;
+        if (step.written > 0) {
+            return step.written;
+        }
+        if (step.taken > 0) {
+            continue;
+        }
+        const std::size_t rest = compressedEnd_ - compressedBegin_;
+        std::memmove(compressed_.data(), compressed_.data() + compressedBegin_, rest);
+        compressedBegin_ = 0;
+        const std::size_t count = read(compressed_.data() + rest, compressed_.size() - rest);
+        compressedEnd_ = rest + count;
+        if (count == 0) {
+            if (!decoder_->isAtEnd()) {
+                throw InputError(fmt::format("{}:{}", shownName_, number_ + 1),
+                                 InputError("the compressed data end too early"));
+            }
+            return 0;
+        }
+    }
 }
 
 bool LineReader::next(std::string_view& line) {
@@ -110,7 +171,8 @@ bool LineReader::next(std::string_view& line) {
 }
 
 double LineReader::fractionRead() const {
-    return total_ == 0 ? -1.0 : static_cast<double>(consumed_) / static_cast<double>(total_);
+    const std::uint64_t done = decoder_ ? decoded_ : consumed_;
+    return total_ == 0 ? -1.0 : static_cast<double>(done) / static_cast<double>(total_);
 }
 
 std::string LineReader::place() const {

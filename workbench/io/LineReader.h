@@ -2,15 +2,19 @@
 // Reads text line by line in constant memory.
 #pragma once
 
+#include "io/Compression.h"
+
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace Workbench {
 
-/// The lines of a file, or of standard input when the path is "-".
+/// The lines of a file, or of standard input when the path is "-". What is compressed with gzip or
+/// Zstandard is recognised by its first bytes and read as the text that it holds.
 class LineReader {
 public:
     /// @param path the file, or "-"
@@ -26,7 +30,9 @@ public:
     /// @param line receives the line without its end; valid until the next call, with `padding`
     ///        readable bytes behind it
     /// @return false at the end of the file
-    /// @throw InputError when reading fails or the line is longer than maximumLineLength
+    /// @throw InputError when reading fails, the line is longer than maximumLineLength, or
+    /// compressed
+    ///        data are damaged or not complete
     /// @throw Interrupted when a signal has come
     bool next(std::string_view& line);
 
@@ -38,12 +44,8 @@ public:
     bool lastLineIsOpen() const { return openEnded_; }
     /// @return number of the line last read, from 1
     std::uint64_t lineNumber() const { return number_; }
-    /// @return bytes handed out so far
-    std::uint64_t bytesRead() const { return consumed_; }
-    /// @return size of a regular file in bytes; 0 when it is not known
-    std::uint64_t size() const { return total_; }
-    /// @return how much of a regular file has been handed out, 0 to 1; negative when that is
-    /// unknown
+    /// @return how much of a regular file has been handed out (of a compressed one, read), 0 to 1;
+    ///         negative when that is unknown
     double fractionRead() const;
     /// @return name for messages: the path, or "<stdin>"
     const std::string& name() const { return shownName_; }
@@ -57,6 +59,9 @@ public:
 
 private:
     bool fill();
+    std::size_t readPlain();
+    std::size_t readCompressed();
+    std::size_t read(char* to, std::size_t room);
     void waitForInput() const;
 
     std::string shownName_;
@@ -69,7 +74,13 @@ private:
     bool openEnded_ = false;
     std::uint64_t number_ = 0;
     std::uint64_t consumed_ = 0;
-    std::uint64_t total_ = 0;
+    std::uint64_t total_ = 0;  ///< size of a regular file, bytes; 0 when it is not known
+    std::unique_ptr<Decoder> decoder_;
+    std::vector<char> compressed_;     ///< read, and the next to be decoded
+    std::size_t compressedBegin_ = 0;  ///< of what has not been decoded
+    std::size_t compressedEnd_ = 0;
+    std::uint64_t decoded_ = 0;  ///< compressed bytes so far
+    bool isBeginning_ = true;    ///< nothing has been read
 };
 
 }  // namespace Workbench

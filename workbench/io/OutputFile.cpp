@@ -57,6 +57,9 @@ OutputFile::OutputFile(const std::string& path, Reader reader)
     const bool isFile = ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
     longestWrite_ = isFile ? std::numeric_limits<std::size_t>::max() : PIPE_BUF;
     buffer_.reserve(bufferSize + 4096);
+    if (!isStandardOutput()) {
+        encoder_ = encoderFor(path);
+    }
 }
 
 void OutputFile::open() {
@@ -100,12 +103,20 @@ void OutputFile::fail(const char* doing) const {
 void OutputFile::write(std::string_view text) {
     buffer_ += text;
     if (buffer_.size() >= bufferSize) {
-        flush();
+        writeOut(Encoder::Until::Convenient);
     }
 }
 
 void OutputFile::flush() {
-    std::string_view left = buffer_;
+    writeOut(Encoder::Until::Now);
+}
+
+void OutputFile::writeOut(Encoder::Until until) {
+    std::string compressed;
+    if (encoder_) {
+        compressed = encoder_->encode(buffer_, until);
+    }
+    std::string_view left = encoder_ ? compressed : buffer_;
     while (!left.empty()) {
         waitFor({{descriptor_, POLLOUT, 0}});
         const ssize_t count =
@@ -133,7 +144,7 @@ void OutputFile::syncDirectory() const {
 }
 
 void OutputFile::commit() {
-    flush();
+    writeOut(Encoder::Until::End);
     if (!temporaryPath_.empty() &&
         (::fchmod(descriptor_, usualMode()) != 0 || ::fsync(descriptor_) != 0)) {
         fail("write");

@@ -2,10 +2,13 @@
 // An output that appears complete or not at all.
 #pragma once
 
+#include "io/Compression.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -27,7 +30,8 @@ public:
 /// Writes to a temporary file in the same directory and renames it when it is complete, so that no
 /// partial output becomes visible and an existing file survives a failure. Symbolic links are
 /// followed, whether their target exists or not. Standard output ("-") and files that are not
-/// regular (pipes, devices) are written directly.
+/// regular (pipes, devices) are written directly. Files whose names end in ".gz" or ".zst" are
+/// compressed.
 class OutputFile {
 public:
     /// Whether the reader of standard output may leave before its end. It must stay where something
@@ -63,6 +67,7 @@ public:
 
 private:
     [[noreturn]] void fail(const char* doing) const;
+    void writeOut(Encoder::Until until);
     void open();
     void openTemporary();
     void syncDirectory() const;
@@ -73,7 +78,8 @@ private:
     std::string target_;         ///< the file behind all links
     std::string temporaryPath_;  ///< empty when written directly
     std::string buffer_;
-    std::size_t longestWrite_ = 0;  ///< bytes that do not block once the descriptor is ready
+    std::unique_ptr<Encoder> encoder_;  ///< nothing: it is not compressed
+    std::size_t longestWrite_ = 0;      ///< bytes that do not block once the descriptor is ready
     int descriptor_ = -1;
 };
 

@@ -77,7 +77,7 @@ int main(int count, char** arguments) {
                 const std::string path = directory / "recording";
                 VeskarTest::write(recorded, error, path);
                 cells[error.what][scenario].add(
-                    error, Workbench::checkRecording(path, [](std::uint64_t, std::uint64_t) {}));
+                    error, Workbench::checkRecording(path, [](const Workbench::LineReader&) {}));
             }
         }
     }

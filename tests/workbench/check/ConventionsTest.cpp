@@ -26,7 +26,7 @@ protected:
     RecordingCheckResult checked(const VeskarTest::Recorded& recorded,
                                  const ConventionError& error) {
         write(recorded, error, directory / "recording");
-        return checkRecording(directory / "recording", [](std::uint64_t, std::uint64_t) {});
+        return checkRecording(directory / "recording", [](const Workbench::LineReader&) {});
     }
     RecordingCheckResult checked(const VeskarTest::Recorded& recorded, const char* what) {
         return checked(recorded, VeskarTest::conventionError(what));

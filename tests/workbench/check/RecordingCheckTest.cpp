@@ -45,7 +45,7 @@ protected:
 
     RecordingCheckResult checkText(const std::string& text) {
         spill(directory / "recording", text);
-        return checkRecording(directory / "recording", [](std::uint64_t, std::uint64_t) {});
+        return checkRecording(directory / "recording", [](const Workbench::LineReader&) {});
     }
 
     /// @return the keys of the installation with warnings
@@ -162,7 +162,7 @@ TEST_F(RecordingCheck, SaysThatSomethingIsNoRecording) {
         ASSERT_TRUE(hasFault(result.findings)) << text;
         EXPECT_EQ(result.findings[0].line, 1U) << text;
     }
-    EXPECT_THROW(checkRecording(directory / "nowhere", [](std::uint64_t, std::uint64_t) {}),
+    EXPECT_THROW(checkRecording(directory / "nowhere", [](const Workbench::LineReader&) {}),
                  std::runtime_error);
 }
 
