@@ -51,7 +51,7 @@ Cases casesOf(const std::vector<CommandEntry>& tree) {
 }
 
 /// A word in single quotes for fish.
-std::string quoted(const std::string& text) {
+std::string fishWord(const std::string& text) {
     std::string result = "'";
     for (const char c : text) {
         result += c == '\'' || c == '\\' ? std::string("\\") + c : std::string(1, c);
@@ -123,12 +123,11 @@ std::string completionForFish(const std::vector<CommandEntry>& tree) {
         for (std::size_t i = 1; i < command.path.size(); ++i) {
             given += (i == 1 ? "" : "; and ") + ("__fish_seen_subcommand_from " + command.path[i]);
         }
-        std::string none;
         if (!command.commands.empty()) {
-            none = "not __fish_seen_subcommand_from " + joined(command.commands);
+            given += given.empty() ? "" : "; and ";
+            given += "not __fish_seen_subcommand_from " + joined(command.commands);
         }
-        const std::string where =
-            quoted(given + (given.empty() || none.empty() ? "" : "; and ") + none);
+        const std::string where = fishWord(given);
         for (const std::string& name : command.commands) {
             text += fmt::format("complete -c veskar -f -n {} -a {}\n", where, name);
         }
@@ -138,8 +137,8 @@ std::string completionForFish(const std::vector<CommandEntry>& tree) {
                 text += name[1] == '-' ? " -l " + name.substr(2) : " -s " + name.substr(1);
             }
             text += option.takesValue ? " -r" : "";
-            text += option.values.empty() ? "" : " -f -a " + quoted(joined(option.values));
-            text += " -d " + quoted(option.description) + "\n";
+            text += option.values.empty() ? "" : " -f -a " + fishWord(joined(option.values));
+            text += " -d " + fishWord(option.description) + "\n";
         }
     }
     return text;

@@ -5,7 +5,6 @@
 
 #include <cmath>
 #include <ctime>
-#include <vector>
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
@@ -22,11 +21,11 @@ std::string row(const char* name, const std::string& text) {
 
 /// "12 human, 3 car", in the order of their names.
 std::string countsOf(const std::map<std::string, std::uint64_t>& numbers) {
-    std::vector<std::string> parts;
+    std::string text;
     for (const auto& [name, count] : numbers) {
-        parts.push_back(fmt::format("{} {}", count, name));
+        text += fmt::format("{}{} {}", text.empty() ? "" : ", ", count, name);
     }
-    return fmt::format("{}", fmt::join(parts, ", "));
+    return text;
 }
 
 std::map<std::string, std::uint64_t> classesOf(const std::map<std::int32_t, std::string>& objects) {

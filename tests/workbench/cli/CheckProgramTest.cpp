@@ -27,10 +27,10 @@ protected:
         const std::string tiny = slurp(dataFile("tiny.jsonl"));
         std::string text = tiny.substr(0, tiny.find('\n') + 1);
         for (int i = 0; i < wrongRanges; ++i) {
-            const std::string track = R"({"id":1,"range":20,"azimuth":0,"radialSpeed":0})";
+            const std::string track = R"({"id":1,"range":20,"azimuth":0,"radialSpeed":0},)";
             const std::string wrong = R"({"id":2,"range":-1,"azimuth":0,"radialSpeed":0})";
             text += R"({"source":"radar","time":)" + std::to_string(i) + R"(,"tracks":[)" +
-                    (i % 2 == 0 ? track + "," : "") + wrong + "]}\n";
+                    (i % 2 == 0 ? track + wrong : wrong) + "]}\n";
         }
         for (int i = 0; i < garbage; ++i) {
             text += "{]\n";
