@@ -28,7 +28,6 @@ using Veskar::VideoObject;
 using Tracks = std::vector<std::shared_ptr<Veskar::Track>>;
 
 constexpr double period = 0.1;  ///< ten frames a second from each sensor
-constexpr double crowdSpread = 0.01;
 
 /// Processor time of this thread, which other programs on the machine hardly affect.
 double processorSeconds() {
@@ -64,6 +63,26 @@ struct Row {
     double spread = 1.0;  ///< fraction of that width
     double shift = 0.0;   ///< along u
 };
+
+/// A crowd of the same density whatever its size.
+/// @param objects their number
+/// @param neighbours of each object inside its gate, roughly
+Row crowdOf(int objects, int neighbours) {
+    return {0.1 / neighbours * objects / 64.0, 0.0};
+}
+
+/// What each sensor sees.
+struct View {
+    int videoObjects;
+    Row videoRow;
+    int radarObjects;
+    Row radarRow;
+};
+
+/// Both see the same.
+View commonView(int objects, const Row& row) {
+    return {objects, row, objects, row};
+}
 
 /// A sensor's view of objects in a row, all walking at the same speed, with individual covariances.
 class Walkers {
@@ -124,17 +143,19 @@ void require(benchmark::State& state, bool condition, const char* what) {
     }
 }
 
-/// Every object is held by both sensors, and both report it ten times a second. One iteration
-/// consists of a video and a radar frame.
-/// @param row positions of the objects
+/// Every sensor reports the objects that it sees ten times a second. One iteration consists of a
+/// video and a radar frame.
+/// @param view what they see
+/// @param expected system tracks
 /// @param observer receives the decisions, or null
-void fuseSteadily(benchmark::State& state, const Row& row, Veskar::FusionObserver* observer) {
+void fuseSteadily(benchmark::State& state, const View& view, std::size_t expected,
+                  Veskar::FusionObserver* observer = nullptr) {
     const int objects = static_cast<int>(state.range(0));
     std::chrono::nanoseconds now{};
     FusionModule module(configOf(state), [&now] { return now; });
     module.setObserver(observer);
-    Walkers videoWalkers(VideoObject, objects, row);
-    Walkers radarWalkers(Radar, objects, row);
+    Walkers videoWalkers(VideoObject, view.videoObjects, view.videoRow);
+    Walkers radarWalkers(Radar, view.radarObjects, view.radarRow);
     double time = 10.0;
     Meter video;
     Meter radar;
@@ -156,8 +177,7 @@ void fuseSteadily(benchmark::State& state, const Row& row, Veskar::FusionObserve
         state.SetIterationTime(video.getSeconds() + radar.getSeconds() - before);
     }
     const double unit = (lu + measureLu()) / 2.0 * objects;
-    require(state, module.systemTracks.size() == static_cast<std::size_t>(objects),
-            "not every object is one system track");
+    require(state, module.systemTracks.size() == expected, "not the system tracks expected");
     state.counters["LU(video)"] = video.perFrame() / unit;
     state.counters["LU(radar)"] = radar.perFrame() / unit;
     state.counters["allocs(video)"] = video.allocationsPerFrame();
@@ -165,29 +185,45 @@ void fuseSteadily(benchmark::State& state, const Row& row, Veskar::FusionObserve
     state.SetComplexityN(objects);
 }
 
-void steadyState(benchmark::State& state) {
-    fuseSteadily(state, {}, nullptr);
+/// Both sensors hold every object.
+void fuseSteadily(benchmark::State& state, const Row& row, Veskar::FusionObserver* observer) {
+    const int objects = static_cast<int>(state.range(0));
+    fuseSteadily(state, commonView(objects, row), static_cast<std::size_t>(objects), observer);
 }
 
-/// About ten others are in the gate of every object.
+void steadyState(benchmark::State& state) {
+    fuseSteadily(state, Row{}, nullptr);
+}
+
 void steadyStateInACrowd(benchmark::State& state) {
-    fuseSteadily(state, {crowdSpread, 0.0}, nullptr);
+    fuseSteadily(state, crowdOf(static_cast<int>(state.range(0)), 10), nullptr);
+}
+
+/// The same place for every number of objects: about ten others are in the gate of each of 64, and
+/// eighty in that of 512.
+void steadyStateInADenseCrowd(benchmark::State& state) {
+    fuseSteadily(state, crowdOf(64, 10), nullptr);
 }
 
 /// The same with an observer that ignores all events: the cost of passing them.
 void steadyStateObserved(benchmark::State& state) {
     Veskar::FusionObserver observer;
-    fuseSteadily(state, {}, &observer);
+    fuseSteadily(state, Row{}, &observer);
+}
+
+/// Each sensor sees another half of the objects, so that all system tracks could still be merged.
+void steadyStateUnfused(benchmark::State& state) {
+    const int objects = static_cast<int>(state.range(0));
+    const int half = objects / 2;
+    fuseSteadily(state, {half, {0.5, -0.5}, half, {0.5, 0.5}}, static_cast<std::size_t>(objects));
 }
 
 /// A radar frame shows objects for the first time that only video has tracked so far.
-/// @param radarRow positions as seen by radar
+/// @param view what they see
 /// @param expected system tracks afterwards
-void newObjects(benchmark::State& state, const Row& videoRow, const Row& radarRow,
-                std::size_t expected) {
-    const int objects = static_cast<int>(state.range(0));
-    Walkers videoWalkers(VideoObject, objects, videoRow);
-    Walkers radarWalkers(Radar, objects, radarRow);
+void newObjects(benchmark::State& state, const View& view, std::size_t expected) {
+    Walkers videoWalkers(VideoObject, view.videoObjects, view.videoRow);
+    Walkers radarWalkers(Radar, view.radarObjects, view.radarRow);
     FusionModule module(configOf(state), [] { return std::chrono::nanoseconds{}; });
     const auto meet = [&](Meter& meter) {
         module.clear();
@@ -205,24 +241,38 @@ void newObjects(benchmark::State& state, const Row& videoRow, const Row& radarRo
         state.SetIterationTime(meter.getSeconds() - before);
     }
     require(state, module.systemTracks.size() == expected, "not the system tracks expected");
+    const auto objects = static_cast<double>(state.range(0));
     state.counters["LU"] = meter.perFrame() / ((lu + measureLu()) / 2.0 * objects);
     state.counters["allocs"] = meter.allocationsPerFrame();
+    state.SetComplexityN(state.range(0));
 }
 
 /// They are far apart, and each joins its system track.
 void newObjectsJoin(benchmark::State& state) {
-    newObjects(state, {}, {}, static_cast<std::size_t>(state.range(0)));
+    const int objects = static_cast<int>(state.range(0));
+    newObjects(state, commonView(objects, {}), static_cast<std::size_t>(objects));
 }
 
-/// They are so close that every pair passes the gate, and each joins one.
+/// All are so close to each other that every pair passes the gate.
+constexpr Row oneGate{1e-4, 0.0};
+
+/// Each joins one.
 void newObjectsInACrowd(benchmark::State& state) {
-    const Row crowd{1e-4, 0.0};
-    newObjects(state, crowd, crowd, static_cast<std::size_t>(state.range(0)));
+    const int objects = static_cast<int>(state.range(0));
+    newObjects(state, commonView(objects, oneGate), static_cast<std::size_t>(objects));
+}
+
+/// Radar sees more than an assignment can give away, and the others start system tracks.
+void manyNewObjectsInACrowd(benchmark::State& state) {
+    constexpr int radarObjects = 448;
+    newObjects(state, {static_cast<int>(state.range(0)), oneGate, radarObjects, oneGate},
+               radarObjects);
 }
 
 /// Radar sees other objects, which start system tracks.
 void newObjectsElsewhere(benchmark::State& state) {
-    newObjects(state, {}, {1.0, 100.0}, 2 * static_cast<std::size_t>(state.range(0)));
+    const int objects = static_cast<int>(state.range(0));
+    newObjects(state, {objects, {}, objects, {1.0, 100.0}}, 2 * static_cast<std::size_t>(objects));
 }
 
 void perObject(benchmark::internal::Benchmark* benchmark) {
@@ -231,19 +281,19 @@ void perObject(benchmark::internal::Benchmark* benchmark) {
         ->Unit(benchmark::kMicrosecond);
 }
 
-BENCHMARK(steadyState)
-    ->Apply(perObject)
-    ->ArgsProduct({{8, 32, 64, 128, 256}, {1}, {0}})
-    ->Complexity();
-BENCHMARK(steadyState)
-    ->Apply(perObject)
-    ->ArgsProduct({{8, 32, 64, 128, 256}, {0}, {0}})
-    ->Complexity();
-BENCHMARK(steadyState)->Apply(perObject)->ArgsProduct({{64, 256}, {1}, {1}});
-BENCHMARK(steadyStateInACrowd)->Apply(perObject)->ArgsProduct({{64}, {1}, {0, 1}});
+const std::vector<std::int64_t> growing = {64, 128, 256, 512};
+
+BENCHMARK(steadyState)->Apply(perObject)->ArgsProduct({growing, {1}, {1}})->Complexity();
+BENCHMARK(steadyState)->Apply(perObject)->ArgsProduct({{8, 32, 64, 128, 256}, {1, 0}, {0}});
+BENCHMARK(steadyStateInACrowd)->Apply(perObject)->ArgsProduct({growing, {1}, {1}})->Complexity();
+BENCHMARK(steadyStateInACrowd)->Apply(perObject)->ArgsProduct({{64}, {1}, {0}});
+BENCHMARK(steadyStateInADenseCrowd)->Apply(perObject)->ArgsProduct({{512}, {1}, {0, 1}});
+BENCHMARK(steadyStateUnfused)->Apply(perObject)->ArgsProduct({growing, {1}, {1}})->Complexity();
 BENCHMARK(steadyStateObserved)->Apply(perObject)->ArgsProduct({{8, 32, 128}, {1}, {0, 1}});
-BENCHMARK(newObjectsJoin)->Apply(perObject)->ArgsProduct({{64}, {1, 0}, {0, 1}});
+BENCHMARK(newObjectsJoin)->Apply(perObject)->ArgsProduct({growing, {1}, {1}})->Complexity();
+BENCHMARK(newObjectsJoin)->Apply(perObject)->ArgsProduct({{64}, {1, 0}, {0}});
 BENCHMARK(newObjectsInACrowd)->Apply(perObject)->ArgsProduct({{64}, {1, 0}, {0, 1}});
+BENCHMARK(manyNewObjectsInACrowd)->Apply(perObject)->ArgsProduct({{64}, {1}, {0, 1}});
 BENCHMARK(newObjectsElsewhere)->Apply(perObject)->ArgsProduct({{64}, {1, 0}, {0, 1}});
 
 }  // namespace

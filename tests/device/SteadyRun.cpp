@@ -83,6 +83,7 @@ void run(const char* configuration) {
     constexpr int warmUp = 200;
     constexpr int frames = 1000;
     std::size_t inCycle = 0;
+    std::size_t reportCount = 0;
     std::size_t warm = 0;
     std::size_t end = 0;
     for (int frame = 1; frame <= warmUp + frames; ++frame) {
@@ -90,6 +91,7 @@ void run(const char* configuration) {
         const Veskar::Source source = frame % 2 == 0 ? Veskar::Radar : Veskar::VideoObject;
         scene.moveTo(now);
         const auto reports = scene.report(source);
+        reportCount += reports.size();
         const std::size_t allocationsBefore = allocations;
         fusion.cycle(source, now, reports);
         inCycle += allocations - allocationsBefore;
@@ -101,6 +103,7 @@ void run(const char* configuration) {
         end = live;
     }
     std::printf("frames: %d\n", warmUp + frames);
+    std::printf("reports: %zu\n", reportCount);
     std::printf("system tracks: %zu\n", fusion.systemTracks.size());
     std::printf("peak heap: %zu\n", peak - before);
     std::printf("heap growth: %td\n", static_cast<std::ptrdiff_t>(end - warm));
