@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "assignment/SparseCosts.h"
 
-#include "assignment/Lanes.h"
+#include "arithmetic/Lanes.h"
 
 #include <algorithm>
 #include <cmath>

@@ -6,6 +6,7 @@
 
 #include "association/AssociationRules.h"
 #include "association/HeldTracks.h"
+#include "fusion/ContinuedEstimates.h"
 #include "fusion/Explanation.h"
 #include "fusion/IdSet.h"
 #include "fusion/LogLimit.h"
@@ -53,6 +54,7 @@ struct FusionModule::Workspace {
     Gate gate;
     Explanation explanation;
     ReportIndex reports;                          ///< the frame's sensor tracks
+    ContinuedEstimates continued;                 ///< of system tracks that go on
     std::vector<int> refusedSensorTracks;         ///< ids with a refused report
     std::vector<int> leavingSensorTracks;         ///< ids that leave for another reason
     std::unordered_set<int> refusedSystemTracks;  ///< ids of those with a refused report

@@ -51,6 +51,7 @@ void FusionModule::update(Source source, const std::vector<std::shared_ptr<Track
 void FusionModule::continueTracks(Source source,
                                   const std::vector<std::shared_ptr<Track>>& tracks) {
     workspace_->reports.assign(tracks);
+    workspace_->continued.assign(systemTracks, source, workspace_->reports);
     for (const std::shared_ptr<SystemTrack>& pointer : systemTracks) {
         SystemTrack& systemTrack = dereference(pointer);
         if (!systemTrack.hasTracks(source)) {
@@ -70,7 +71,8 @@ void FusionModule::continueSystemTrack(SystemTrack& systemTrack, Source source) 
     const bool mayRefuse = isFused(systemTrack);
     std::vector<int>& refused = workspace_->refusedSensorTracks;
     refused.clear();
-    for (const auto& [id, previous] : systemTrack.getSensorTracks(source)) {
+    const SystemTrack::SensorTracks& held = systemTrack.getSensorTracks(source);
+    for (const auto& [id, previous] : held) {
         const std::shared_ptr<Track>* found = workspace_->reports.find(id);
         if (found == nullptr) {
             continue;
@@ -91,7 +93,11 @@ void FusionModule::continueSystemTrack(SystemTrack& systemTrack, Source source) 
                                                      refusal);
             }
         }
-        fuseReport(systemTrack, *found);
+        if (ContinuedEstimates::covers(held)) {
+            fuseReport(systemTrack, *found, workspace_->continued.next());
+        } else {
+            fuseReport(systemTrack, *found);
+        }
     }
     if (source == Source::Radar && config_.rules.radarKeepsSystemTrack && !refused.empty()) {
         releaseOthers(systemTrack, Source::VideoObject, std::nullopt,

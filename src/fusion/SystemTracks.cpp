@@ -2,8 +2,18 @@
 #include "fusion/SystemTracks.h"
 
 #include "track/Dereference.h"
+#include "track/TakeReport.h"
 
 namespace Veskar {
+namespace {
+
+/// Everything but the estimate.
+void takeEvidence(SystemTrack& systemTrack, const Track& report) {
+    systemTrack.updateTrackProbability(report.probability);
+    takeLabels(systemTrack, report);
+}
+
+}  // namespace
 
 void takeLabels(SystemTrack& systemTrack, const Track& report) {
     systemTrack.updateClass(report);
@@ -14,8 +24,13 @@ void takeLabels(SystemTrack& systemTrack, const Track& report) {
 
 void fuseReport(SystemTrack& systemTrack, const std::shared_ptr<Track>& report) {
     systemTrack.updateState(report);
-    systemTrack.updateTrackProbability(dereference(report).probability);
-    takeLabels(systemTrack, dereference(report));
+    takeEvidence(systemTrack, dereference(report));
+}
+
+void fuseReport(SystemTrack& systemTrack, const std::shared_ptr<Track>& report,
+                const FusedEstimate& fused) {
+    takeReport(systemTrack, report, fused);
+    takeEvidence(systemTrack, dereference(report));
 }
 
 }  // namespace Veskar

@@ -5,6 +5,7 @@
 #include <veskar/SystemTrack.h>
 
 #include "track/Dereference.h"
+#include "track/EstimateChange.h"
 
 #include <algorithm>
 #include <memory>
@@ -17,6 +18,10 @@ void takeLabels(SystemTrack& systemTrack, const Track& report);
 
 /// Fuses a report into the estimate, weighs it in the track probability and takes its labels.
 void fuseReport(SystemTrack& systemTrack, const std::shared_ptr<Track>& report);
+
+/// The same with an estimate that has been computed already, see takeReport.
+void fuseReport(SystemTrack& systemTrack, const std::shared_ptr<Track>& report,
+                const FusedEstimate& fused);
 
 /// Deletes system tracks; the others keep their order.
 template <typename Predicate>

@@ -4,40 +4,38 @@
 #include <veskar/SystemTrack.h>
 
 #include "track/Dereference.h"
-#include "track/Information.h"
+#include "track/EstimateChange.h"
+#include "track/TakeReport.h"
 
 #include <utility>
 
 namespace Veskar {
-namespace {
-
-Information informationOf(const Track& track) {
-    return Information::fromEstimate(track.state, track.covariance);
-}
-
-}  // namespace
 
 void SystemTrack::updateState(std::shared_ptr<Track> track) {
+    const Track& report = dereference(track);
+    const SensorTracks& held = sensorTracks[report.source];
+    const auto previous = held.find(report.id);
+    const Track* replaced = previous == held.end() ? nullptr : &dereference(previous->second);
+    takeReport(*this, std::move(track), estimateAfter({this, &report, replaced}));
+}
+
+void takeReport(SystemTrack& system, std::shared_ptr<Track> track, const FusedEstimate& fused) {
     Track& report = dereference(track);
     const auto [entry, isNew] =
-        sensorTracks[report.source].try_emplace(report.id, std::move(track));
-
-    Information fused = informationOf(*this);
+        system.sensorTracks[report.source].try_emplace(report.id, std::move(track));
     if (!isNew) {
-        const Track& previous = dereference(entry->second);
-        fused -= informationOf(previous);
-        report.startTime = previous.startTime;
+        report.startTime = dereference(entry->second).startTime;
         entry->second = std::move(track);
     }
-    fused += informationOf(report);
-    fused.toEstimate(state, covariance);
+    system.state = fused.x;
+    system.covariance = fused.P;
 
     // The video box has priority over the radar box.
     if (report.source == Source::VideoObject ||
-        (report.source == Source::Radar && !hasTracks(Source::VideoObject))) {
-        boundingBox = report.boundingBox;
+        (report.source == Source::Radar && !system.hasTracks(Source::VideoObject))) {
+        system.boundingBox = report.boundingBox;
     }
-    updateOriginAndStartTime();
+    system.updateOriginAndStartTime();
 }
 
 void SystemTrack::applyDefusion(const Track& track) {
@@ -46,9 +44,9 @@ void SystemTrack::applyDefusion(const Track& track) {
     if (supports < 2) {
         return;
     }
-    Information fused = informationOf(*this);
-    fused -= informationOf(track);
-    fused.toEstimate(state, covariance);
+    const FusedEstimate fused = estimateAfter({this, nullptr, &track});
+    state = fused.x;
+    covariance = fused.P;
 }
 
 void SystemTrack::predict(double t) {

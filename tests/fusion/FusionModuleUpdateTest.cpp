@@ -3,6 +3,7 @@
 // and the probability step of tracks without update.
 #include "fusion/FusionFixture.h"
 #include "support/EigenMatchers.h"
+#include "support/TrackFactory.h"
 
 #include <cmath>
 
@@ -46,6 +47,58 @@ TEST_F(FusionUpdate, ReplacesWhatASensorTrackHasContributed) {
     makeFusedTrack();
     showVideo(10.0, {video(1, 10.0, {0.1})});
     EXPECT_NEAR(systemTrack(0).state[0], 0.05, 1e-12) << "mean of video at 0.1 and radar at 0";
+    EXPECT_NEAR(systemTrack(0).covariance(0, 0), usualVariance / 2.0, 1e-12);
+}
+
+/// Estimates are computed two by two.
+TEST_F(FusionUpdate, UpdatesEveryTrackAsIfItWereAlone) {
+    constexpr int objects = 3;
+    RandomEstimates random(601);
+    const auto reportOf = [&random](int id, double time) {
+        Report report;
+        report.id = id;
+        report.time = time;
+        report.state = random.state();
+        report.state[0] += 100.0 * id;
+        report.covariance = random.covariance();
+        report.className = "human";
+        auto track = makeTrack(report);
+        track->probability = 2.0;
+        return track;
+    };
+    std::vector<Tracks> frames;
+    for (const double time : {10.0, 10.1, 10.2}) {
+        frames.emplace_back();
+        for (int id = 1; id <= objects; ++id) {
+            frames.back().push_back(reportOf(id, time));
+        }
+    }
+    const auto showFrames = [&](std::size_t first, std::size_t count) {
+        restart();
+        for (const Tracks& frame : frames) {
+            Tracks shown;
+            for (std::size_t k = first; k < first + count; ++k) {
+                shown.push_back(std::make_shared<Veskar::Track>(*frame[k]));
+            }
+            showVideo(shown.front()->time, shown);
+        }
+    };
+    showFrames(0, objects);
+    const auto together = module().systemTracks;
+    ASSERT_EQ(together.size(), std::size_t{objects});
+    for (std::size_t k = 0; k < objects; ++k) {
+        showFrames(k, 1);
+        EXPECT_EQ(systemTrack(0).state, together[k]->state);
+        EXPECT_EQ(systemTrack(0).covariance, together[k]->covariance);
+    }
+}
+
+TEST_F(FusionUpdate, UpdatesATrackWithTwoSensorTracksOfOneSource) {
+    showVideo(10.0, {video(1, 10.0, {0.0})});
+    systemTrack(0).updateState(video(2, 10.0, {0.2}));
+    showVideo(10.0, {video(1, 10.0, {0.1}), video(2, 10.0, {0.3})});
+    EXPECT_THAT(heldIds(0, VideoObject), ElementsAre(1, 2));
+    EXPECT_NEAR(systemTrack(0).state[0], 0.2, 1e-12) << "mean of 0.1 and 0.3";
     EXPECT_NEAR(systemTrack(0).covariance(0, 0), usualVariance / 2.0, 1e-12);
 }
 

@@ -45,6 +45,12 @@ inline Lanes operator+(Lanes a, Lanes b) {
 inline Lanes operator-(Lanes a, Lanes b) {
     return {{a[0] - b[0], a[1] - b[1]}};
 }
+inline Lanes operator*(Lanes a, Lanes b) {
+    return {{a[0] * b[0], a[1] * b[1]}};
+}
+inline Lanes operator/(Lanes a, Lanes b) {
+    return {{a[0] / b[0], a[1] / b[1]}};
+}
 inline IntLanes operator<(Lanes a, Lanes b) {
     return {{a[0] < b[0] ? -1 : 0, a[1] < b[1] ? -1 : 0}};
 }
