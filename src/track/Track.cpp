@@ -3,6 +3,7 @@
 #include <veskar/Track.h>
 #include <veskar/Vocabulary.h>
 
+#include "arithmetic/Unroll.h"
 #include "track/OrderedSum.h"
 
 #include <cmath>
@@ -33,16 +34,24 @@ auto positions(const StateMatrix& P) {
     return Eigen::Map<const Eigen::Matrix3d, Eigen::Unaligned, Eigen::Stride<12, 2>>(P.data());
 }
 
-/// x = F x and P = F P F' with F = constantVelocity(dt): F adds dt times the rates' rows to the
-/// rows of the first two positions, F' does the same to the columns.
+/// x = F x and P = F P F' with F = constantVelocity(dt), which adds dt times the rates' rows to the
+/// rows of the first two positions, and does the same to the columns. The sums are written such
+/// that a symmetric P stays symmetric to the last bit.
 void predictFinite(StateVector& x, StateMatrix& P, double dt) {
-    for (const int position : {0, 2}) {
-        x[position] += dt * x[position + 1];
-        P.row(position) += dt * P.row(position + 1);
-    }
-    for (const int position : {0, 2}) {
-        P.col(position) += dt * P.col(position + 1);
-    }
+    unroll<2>([&](auto column) {
+        constexpr Eigen::Index j = 2 * column;
+        x[j] += dt * x[j + 1];
+        unroll<2>([&](auto row) {
+            constexpr Eigen::Index i = 2 * row;
+            const double rates = dt * P(i + 1, j + 1);
+            P(i, j) += dt * (P(i + 1, j) + P(i, j + 1) + rates);
+            P(i + 1, j) += rates;
+            P(i, j + 1) += rates;
+        });
+        P.col(j).tail<2>() += dt * P.col(j + 1).tail<2>();
+        P(j, 4) += dt * P(j + 1, 4);
+        P(j, 5) += dt * P(j + 1, 5);
+    });
 }
 
 /// Cofactors divided by the determinant; a singular S gives values that are not finite.

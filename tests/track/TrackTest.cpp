@@ -200,6 +200,27 @@ TEST(Track, OnlyVideoObjectsHaveAnAge) {
     EXPECT_EQ(video->getAge(), 2.0);
 }
 
+TEST(TrackPrediction, KeepsASymmetricCovarianceSymmetricToTheLastBit) {
+    RandomEstimates random(211);
+    for (int i = 0; i < 100; ++i) {
+        const auto track = makeTrack(Source::Radar, 1, random.estimate());
+        track->predict(track->time + random.uniform(-1.0, 1.0));
+        EXPECT_EQ(track->covariance, track->covariance.transpose().eval());
+    }
+}
+
+TEST(TrackPrediction, TakesACovarianceAsItIs) {
+    RandomEstimates random(212);
+    const auto track = makeTrack(Source::Radar, 1, random.estimate());
+    for (Eigen::Index i = 0; i < track->covariance.size(); ++i) {
+        track->covariance.data()[i] = random.uniform(-1.0, 1.0);
+    }
+    const StateMatrix F = Veskar::constantVelocity(0.3);
+    const StateMatrix expected = F * track->covariance * F.transpose();
+    track->predict(track->time + 0.3);
+    EXPECT_THAT(track->covariance, IsApprox(expected, 1e-14));
+}
+
 TEST(TrackPrediction, IsTheConstantVelocityModel) {
     RandomEstimates random(401);
     for (int i = 0; i < 500; ++i) {
