@@ -112,10 +112,18 @@ inline Lanes maxOf(Lanes a, Lanes b) {
 inline double leastOf(Lanes a) {
     return a[0] < a[1] ? a[0] : a[1];
 }
+/// @return a bit for each lane in which a comparison holds, the first lane's being 1
+inline unsigned bitsOf(IntLanes mask) {
+#if defined(__SSE2__)
+    return static_cast<unsigned>(_mm_movemask_pd(reinterpret_cast<__m128d>(mask)));
+#else
+    return (mask[0] != 0 ? 1U : 0U) | (mask[1] != 0 ? 2U : 0U);
+#endif
+}
 /// @return whether a comparison holds in some lane
 inline bool anyOf(IntLanes mask) {
 #if defined(__SSE2__)
-    return _mm_movemask_pd(reinterpret_cast<__m128d>(mask)) != 0;
+    return bitsOf(mask) != 0;
 #else
     return (mask[0] | mask[1]) != 0;
 #endif

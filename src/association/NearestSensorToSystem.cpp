@@ -34,14 +34,14 @@ void NearestSensorToSystem::associate(const SensorTracks& sensors, const SystemT
 
 void NearestSensorToSystem::gatherPlaces(const SystemTracks& systems, const Source& source) {
     places_.clear();
-    search_.clear();
     for (std::size_t i = 0; i < systems.size(); ++i) {
         const SystemTrack& system = dereference(systems[i]);
         if (rules_.isOpen(system, source)) {
             places_.push_back({static_cast<int>(i), &system, false, gate_.sideOf(system)});
-            search_.add(places_.back().side.marginals);
         }
     }
+    search_.assign(places_.size(),
+                   [this](std::size_t k) -> const Marginals& { return places_[k].side.marginals; });
 }
 
 template <typename Visit>

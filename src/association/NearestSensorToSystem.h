@@ -8,8 +8,8 @@
 
 #include "association/AssociationRules.h"
 #include "association/HeldTracks.h"
-#include "gating/CoarseGate.h"
 #include "gating/Gate.h"
+#include "gating/NearSearch.h"
 
 #include <memory>
 #include <utility>

@@ -84,10 +84,8 @@ void PairMemory::gather(const Tracks& tracks, std::vector<Fresh>& fresh) const {
 }
 
 void PairMemory::findCandidates() {
-    search_.clear();
-    for (const Fresh& video : video_) {
-        search_.add(marginalsOf(video.position));
-    }
+    search_.assign(video_.size(),
+                   [this](std::size_t k) { return marginalsOf(video_[k].position); });
     const double far = squared(rules_.pairMemoryFar);
     const double near = squared(rules_.pairMemoryNear);
     candidates_.clear();

@@ -6,7 +6,7 @@
 #include <veskar/Track.h>
 
 #include "association/PositionEstimate.h"
-#include "gating/CoarseGate.h"
+#include "gating/NearSearch.h"
 
 #include <cstddef>
 #include <memory>

@@ -105,14 +105,15 @@ bool SensorToSystem::mayFindMismatches(const Row& row) const {
 /// Lists the columns that can lie inside a gate.
 void SensorToSystem::gather(bool available, GateCols& list) {
     list.entries.clear();
-    list.search.clear();
     for (std::size_t j = 0; j < cols_.size(); ++j) {
         const Col& col = cols_[j];
         if (col.available == available && col.traits.supported) {
             list.entries.push_back({j, gate_.sideOf(*col.track, col.traits)});
-            list.search.add(list.entries.back().side.marginals);
         }
     }
+    list.search.assign(list.entries.size(), [&list](std::size_t k) -> const Marginals& {
+        return list.entries[k].side.marginals;
+    });
 }
 
 template <typename Visit>

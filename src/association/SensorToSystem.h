@@ -11,8 +11,8 @@
 #include "association/AssociationRules.h"
 #include "association/HeldTracks.h"
 #include "gating/ClassTraits.h"
-#include "gating/CoarseGate.h"
 #include "gating/Gate.h"
+#include "gating/NearSearch.h"
 
 #include <memory>
 #include <unordered_set>

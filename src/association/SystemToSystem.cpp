@@ -26,11 +26,12 @@ void SystemToSystem::start(const SystemTracks& systems,
 }
 
 void SystemToSystem::inspectTracks() {
-    search_.clear();
     for (Side& side : sides_) {
         side.gateSide = gate_.sideOf(*side.track);
-        search_.add(side.gateSide.marginals);
     }
+    search_.assign(sides_.size(), [this](std::size_t k) -> const Marginals& {
+        return sides_[k].gateSide.marginals;
+    });
 }
 
 void SystemToSystem::findAllowedPairs(const SystemTracks& systems,

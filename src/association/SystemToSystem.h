@@ -6,8 +6,8 @@
 
 #include "assignment/SparseCosts.h"
 #include "association/AssociationRules.h"
-#include "gating/CoarseGate.h"
 #include "gating/Gate.h"
+#include "gating/NearSearch.h"
 
 #include <memory>
 #include <unordered_set>

@@ -117,19 +117,4 @@ bool CoarseGate::areFar(const Marginals& a, const Marginals& b) {
     return far;
 }
 
-void NearSearch::add(const Marginals& marginals) {
-    const auto lane = static_cast<Eigen::Index>(size_ % laneCount);
-    if (lane == 0) {
-        Block block;
-        block.mean.fill(Lanes::Zero());
-        block.reach.fill(Lanes::Zero());
-        blocks_.push_back(block);
-    }
-    for (std::size_t c = 0; c < Marginals::positionCount; ++c) {
-        blocks_.back().mean[c][lane] = marginals.mean[c];
-        blocks_.back().reach[c][lane] = marginals.reach[c];
-    }
-    ++size_;
-}
-
 }  // namespace Veskar

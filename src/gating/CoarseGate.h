@@ -6,9 +6,6 @@
 
 #include <array>
 #include <cstddef>
-#include <vector>
-
-#include <Eigen/Core>
 
 namespace Veskar {
 
@@ -54,66 +51,6 @@ public:
 private:
     std::size_t components_;
     double scale_;  ///< factor from variances to reaches
-};
-
-/// Tracks that many others are compared with, by their positions.
-class NearSearch {
-public:
-    void clear() {
-        blocks_.clear();
-        size_ = 0;
-    }
-    /// @param marginals the next track
-    void add(const Marginals& marginals);
-
-    /// @param marginals another track
-    /// @param visit called in ascending order with the number of every track that may be near
-    template <typename Visit>
-    void forEachNear(const Marginals& marginals, Visit visit) const {
-        for (std::size_t k = 0; k < blocks_.size(); ++k) {
-            Lanes excess;
-            if (blocks_[k].isFar(marginals, excess)) {
-                continue;
-            }
-            for (std::size_t lane = 0; lane < laneCount; ++lane) {
-                const std::size_t number = k * laneCount + lane;
-                if (!(excess[static_cast<Eigen::Index>(lane)] > 0.0) && number < size_) {
-                    visit(number);
-                }
-            }
-        }
-    }
-
-private:
-    static constexpr std::size_t laneCount = 4;
-    /// Four tracks at once, in whatever vector registers the processor has.
-    using Lanes = Eigen::Array<double, laneCount, 1>;
-
-    struct Block {
-        std::array<Lanes, Marginals::positionCount> mean;
-        std::array<Lanes, Marginals::positionCount> reach;
-
-        /// @param other a track
-        /// @param excess by how much the squared difference of some position is beyond its reach;
-        ///               valid unless all are far
-        /// @return whether all are far, which one axis alone often tells
-        bool isFar(const Marginals& other, Lanes& excess) const {
-            excess = excessOver<0>(other);
-            if (excess.minCoeff() > 0.0) {
-                return true;
-            }
-            excess = excess.max(excessOver<1>(other)).max(excessOver<2>(other));
-            return excess.minCoeff() > 0.0;
-        }
-
-        template <std::size_t c>
-        Lanes excessOver(const Marginals& other) const {
-            return (mean[c] - other.mean[c]).square() - (reach[c] + other.reach[c]);
-        }
-    };
-
-    std::vector<Block> blocks_;
-    std::size_t size_ = 0;
 };
 
 }  // namespace Veskar

@@ -11,7 +11,6 @@
 using namespace VeskarTest;
 using Veskar::CoarseGate;
 using Veskar::Marginals;
-using Veskar::NearSearch;
 using Veskar::StateMatrix;
 using Veskar::Track;
 
@@ -186,40 +185,6 @@ TEST(CoarseGate, JudgesPositionsByTheirOwnCovariance) {
     x[0] = 100.0;
     EXPECT_TRUE(areFar(CoarseGate(true, 1.0), origin, makeTrackAt(x, P)));
     EXPECT_FALSE(areFar(CoarseGate(false, 1.0), origin, makeTrackAt(x, P)));
-}
-
-TEST(NearSearch, FindsInOrderWhatIsNotFarByPosition) {
-    RandomEstimates random(42);
-    const CoarseGate coarseGate(true, 2.0);
-    NearSearch search;
-    for (const int count : {0, 1, 3, 4, 5, 17, 64}) {
-        search.clear();
-        std::vector<Marginals> tracks;
-        for (int k = 0; k < count; ++k) {
-            Track track = makeTrackAt(10.0 * random.state(), 0.1 * random.covariance());
-            if (k % 7 == 3) {
-                track.covariance *= -1.0;  // never far
-            }
-            tracks.push_back(coarseGate.marginalsOf(track));
-            search.add(tracks.back());
-        }
-        for (int k = 0; k < 20; ++k) {
-            Track track = makeTrackAt(10.0 * random.state(), 0.1 * random.covariance());
-            if (k % 5 == 4) {
-                track.covariance *= -1.0;
-            }
-            const Marginals marginals = coarseGate.marginalsOf(track);
-            std::vector<std::size_t> expected;
-            for (std::size_t number = 0; number < tracks.size(); ++number) {
-                if (!CoarseGate::areFar(marginals, tracks[number])) {
-                    expected.push_back(number);
-                }
-            }
-            std::vector<std::size_t> found;
-            search.forEachNear(marginals, [&](std::size_t number) { found.push_back(number); });
-            EXPECT_EQ(found, expected);
-        }
-    }
 }
 
 }  // namespace
