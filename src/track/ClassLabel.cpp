@@ -3,16 +3,15 @@
 
 #include <veskar/SystemTrack.h>
 
+#include "track/ExactType.h"
 #include "track/Support.h"
-
-#include <typeinfo>
 
 namespace Veskar {
 namespace {
 
 /// The track whose own class is the answer of `track`, as far as the library decides that.
 const Track& answeringTrack(const Track& track) {
-    if (typeid(track) != typeid(SystemTrack)) {
+    if (!isExactly<SystemTrack>(track)) {
         return track;
     }
     const auto& system = static_cast<const SystemTrack&>(track);
@@ -21,7 +20,7 @@ const Track& answeringTrack(const Track& track) {
 }
 
 bool answersFromMember(const Track& track) {
-    return typeid(track) == typeid(Track) || typeid(track) == typeid(SystemTrack);
+    return isExactly<Track>(track) || isExactly<SystemTrack>(track);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <veskar/SystemTrack.h>
 #include <veskar/Vocabulary.h>
 
+#include "track/ExactType.h"
 #include "track/Support.h"
 
 #include <algorithm>
@@ -19,17 +20,24 @@ struct Label {
     std::string (Track::*getName)() const;
     double (Track::*getProbability)() const;
 
-    /// The latest known label of a video-object track wins.
     void update(SystemTrack& system, const Track& track) const {
         if (track.source != Source::VideoObject) {
             return;
         }
-        std::string reported = (track.*getName)();
+        if (isExactly<Track>(track)) {
+            take(system, track.*name, track);  // without the copy that the getter makes
+        } else {
+            take(system, (track.*getName)(), track);
+        }
+    }
+
+    /// The latest known label of a video-object track wins.
+    void take(SystemTrack& system, const std::string& reported, const Track& track) const {
         if (reported == Vocabulary::unknown) {
             return;
         }
         system.*voted = true;
-        system.*name = std::move(reported);
+        system.*name = reported;
         system.*probability = (track.*getProbability)();
     }
 

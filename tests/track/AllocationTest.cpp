@@ -63,6 +63,20 @@ TEST_F(TrackAllocations, AreNotNeededToTakeTracksOut) {
     EXPECT_FALSE(system->hasTracks(Source::Radar));
 }
 
+TEST_F(TrackAllocations, AreNotNeededToTakeTheLabelsOfTheNextReport) {
+    const auto report = makeTrack(Source::VideoObject, 1, random.estimate());
+    report->className = "motorcycle_bicycle";  // longer than what a string keeps inside itself
+    report->colorName = "a colour with a long name";
+    const auto take = [&] {
+        system->updateClass(*report);
+        system->updateColor(*report);
+    };
+    take();
+    EXPECT_EQ(allocationsOf(take), 0U);
+    EXPECT_EQ(system->className, report->className);
+    EXPECT_EQ(system->colorName, report->colorName);
+}
+
 TEST_F(TrackAllocations, AreNotNeededToPredict) {
     EXPECT_EQ(allocationsOf([&] { system->predict(10.1); }), 0U);
 }
