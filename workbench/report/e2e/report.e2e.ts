@@ -217,6 +217,56 @@ describe('the report of the perimeter', () => {
     expect(await place()).toEqual(before);
   });
 
+  it('labels the axis of the number of tracks with whole numbers', async () => {
+    const page = await open(path, { width: 1400, height: 900 });
+    await page.keyboard.press('2');
+    await settle(page);
+    expect((await probe(page, 'plotLabels'))[1]).toEqual(['0', '1', '2', '3']);
+  });
+
+  it('draws the shown time as an unbroken line, in plots with dashed series, too', async () => {
+    const page = await open(path);
+    await page.keyboard.press('2');
+    await seek(page, 30);
+    await settle(page);
+    const column = await page.evaluate(() => {
+      const canvas = document.querySelectorAll<HTMLCanvasElement>('.plot canvas')[1];
+      const over = canvas.parentElement!.querySelector<HTMLElement>('.u-over')!;
+      const ratio = canvas.width / canvas.clientWidth;
+      const x = Math.round((over.offsetLeft + over.offsetWidth / 2) * ratio);
+      const { data } = canvas.getContext('2d')!.getImageData(x, Math.ceil(over.offsetTop * ratio) + 1, 1, Math.floor(over.offsetHeight * ratio) - 2);
+      return Array.from({ length: data.length / 4 }, (_, i) => data[4 * i + 3]);
+    });
+    expect(column.length).toBeGreaterThan(50);
+    expect(column.every((alpha) => alpha > 60)).toBe(true);
+  });
+
+  it('lets the keys of the tabs choose a tab, not a time', async () => {
+    const page = await open(path);
+    await seek(page, 20);
+    await page.getByRole('tab', { name: 'Timeline' }).focus();
+    await page.keyboard.press('ArrowRight');
+    const chosen = page.locator('[role="tab"][aria-selected="true"]');
+    expect(await chosen.textContent()).toBe('Plots');
+    expect(await chosen.evaluate((tab) => tab === document.activeElement)).toBe(true);
+    await page.keyboard.press('End');
+    expect(await chosen.textContent()).toBe('Configuration');
+    await page.keyboard.press('ArrowRight');
+    expect(await chosen.textContent()).toBe('Timeline');
+    expect(await probe(page, 'time')).toBe(20);
+    expect(await page.locator('[role="tab"][tabindex="0"]').count()).toBe(1);
+  });
+
+  it('lets Space press a button that the keyboard has focused', async () => {
+    const page = await open(path);
+    await page.locator('.scrubber').focus();
+    await page.keyboard.press('Tab');
+    await page.keyboard.press('Tab');
+    await page.keyboard.press('Space');
+    expect(await probe(page, 'playing')).toBe(false);
+    expect(await page.locator('.speed').textContent()).toBe('2×');
+  });
+
   it('shows the metrics, part by part', async () => {
     const page = await open(path);
     await page.getByRole('tab', { name: 'Metrics' }).click();
@@ -339,6 +389,13 @@ describe('any report', () => {
     const mark = marksOf((await probe(page, 'plan'))[0], 'system')[0];
     await page.locator('.plan-view canvas').tap({ position: { x: mark.x, y: mark.y } });
     expect((await probe(page, 'selection'))?.id).toBe(mark.id);
+    await settle(page);
+    // What is known of it stands in view, above the playback.
+    const facts = (await page.locator('.inspector .facts').boundingBox())!;
+    expect(facts.y).toBeLessThan(transport.y - 200);
+    await page.locator('.handle').tap();
+    expect(await page.locator('.inspector .facts').isVisible()).toBe(false);
+    expect((await page.locator('.handle').boundingBox())!.y).toBeLessThan(transport.y);
     await shoot(page, 'phone');
   });
 

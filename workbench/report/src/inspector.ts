@@ -2,7 +2,7 @@
 // What is known of the selected object at the shown time.
 import type { Mark } from './canvas';
 import { timeText } from './clock';
-import { element, type Properties } from './dom';
+import { element, setText, type Properties } from './dom';
 import { frameWithReasons, reasonsOf } from './explain';
 import { factsOfSensor, factsOfSystem, factsOfTruth, quantity, type Facts } from './facts';
 import { coastingShown, letterOf, lookupTime, type Model, type Run, type Seen } from './model';
@@ -12,15 +12,32 @@ import { sourceNames } from './vocabulary';
 /** While the time runs, the text changes at most once in this time, ms, so that it can be read. */
 const readingTime = 100;
 
-/** The side panel. `select` is called for what is named there. */
+/**
+ * The side panel; on a phone a sheet above the playback, of which only the heading shows until something is selected
+ * or the heading is tapped. `select` is called for what is named there.
+ */
 export class Inspector {
-  readonly root = element('aside', { class: 'inspector', 'aria-label': 'Selected object' });
+  readonly root: HTMLElement;
+  private readonly heading = element('span', {});
+  private readonly handle = element('button', { type: 'button', class: 'handle', 'aria-expanded': 'false', click: () => this.open(!this.isOpen) }, this.heading);
+  private readonly body = element('div', { class: 'inspector-body' });
   private shown = { time: NaN, selection: '', when: -Infinity };
 
   constructor(
     private readonly model: Model,
     private readonly select: (selection: Selection) => void,
-  ) {}
+  ) {
+    this.root = element('aside', { class: 'inspector', 'aria-label': 'Objects' }, this.handle, this.body);
+  }
+
+  private get isOpen(): boolean {
+    return this.root.classList.contains('open');
+  }
+
+  private open(isOpen: boolean): void {
+    this.root.classList.toggle('open', isOpen);
+    this.handle.setAttribute('aria-expanded', String(isOpen));
+  }
 
   /**
    * Shows the selected object: a new selection at once, a new time when the last text could be read.
@@ -37,8 +54,12 @@ export class Inspector {
     if (isSame && when - this.shown.when < readingTime) {
       return false;
     }
+    if (key !== this.shown.selection) {
+      this.open(selection !== null);
+    }
     this.shown = { time, selection: key, when };
-    this.root.replaceChildren(...(selection ? ofSelection(this.model, selection, time, this.select) : overview(this.model, time, this.select)));
+    setText(this.heading, selection ? titleOf(this.model, selection) : nowText(this.model, time));
+    this.body.replaceChildren(...(selection ? ofSelection(this.model, selection, time, this.select) : overview(this.model, time, this.select)));
     return true;
   }
 }
@@ -65,6 +86,16 @@ function overview(model: Model, time: number, select: (selection: Selection) => 
         : element('ul', { class: 'tracks' }, ...Array.from(rows, (row) => trackButton(model, run, index, row, select)))));
   });
   return blocks;
+}
+
+/** How many tracks there are at a time, in each run. */
+function nowText(model: Model, time: number): string {
+  return model.runs.map((run, index) => {
+    const rows = run.tracks.rowsOf(run.frameAt(lookupTime(time)));
+    const confirmed = run.tracks.column('confirmed');
+    const count = rows.filter((row) => confirmed[row] === 1).length;
+    return `${model.isPair ? `${letterOf(index)}: ` : ''}${count} confirmed, ${rows.length - count} tentative`;
+  }).join('; ');
 }
 
 function trackButton(model: Model, run: Run, index: number, row: number, select: (selection: Selection) => void): HTMLElement {

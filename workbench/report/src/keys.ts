@@ -47,9 +47,20 @@ export function helpOf(shortcuts: readonly Shortcut[]): HTMLDialogElement {
   return dialog;
 }
 
+/** Whether a control needs a key itself: fields any, what the keyboard has focused those that press it. */
+function isOwn(target: EventTarget | null, key: string): boolean {
+  if (!(target instanceof HTMLElement)) {
+    return false;
+  }
+  if (target.matches('select, textarea, input:not([type="range"], [type="checkbox"])')) {
+    return key !== 'Escape';
+  }
+  return (key === ' ' || key === 'Enter') && target.matches('button:focus-visible, a:focus-visible, summary, input[type="checkbox"]');
+}
+
 export function listenToKeys(shortcuts: readonly Shortcut[], help: HTMLDialogElement): void {
   addEventListener('keydown', (event) => {
-    if (event.ctrlKey || event.metaKey || event.altKey || help.open) {
+    if (event.ctrlKey || event.metaKey || event.altKey || help.open || isOwn(event.target, event.key)) {
       return;
     }
     const action = event.key === '?' ? () => help.showModal() : actionOf(shortcuts, event.key, event.shiftKey);

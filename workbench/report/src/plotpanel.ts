@@ -16,9 +16,9 @@ export class PlotPanel {
     seek: (time: number) => void,
   ) {
     const { duration } = model;
-    this.gospa = new Plot('GOSPA, m', duration, 'The recording has no truth to judge by.', [0, null], seek);
-    this.counts = new Plot('Number of tracks', duration, '', [0, null], seek);
-    this.probability = new Plot('Probability of the selected track', duration, 'Select a system track.', [0, 1.02], seek);
+    this.gospa = new Plot('GOSPA, m', duration, 'The recording has no truth to judge by.', { least: 0, most: null, isWhole: false }, seek);
+    this.counts = new Plot('Number of tracks', duration, '', { least: 0, most: null, isWhole: true }, seek);
+    this.probability = new Plot('Probability of the selected track', duration, 'Select a system track.', { least: 0, most: 1.02, isWhole: false }, seek);
     this.all = [this.gospa, this.counts, this.probability];
   }
 
@@ -35,9 +35,7 @@ export class PlotPanel {
 
   draw(time: number): void {
     for (const plot of this.all) {
-      plot.currentTime = time;
-      plot.resize();
-      plot.redraw();
+      plot.draw(time);
     }
   }
 }

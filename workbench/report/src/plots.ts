@@ -15,6 +15,18 @@ export interface Series {
   readonly values: Float64Array;
 }
 
+/** The axis of a plot's values. */
+export interface ValueScale {
+  readonly least: number;
+  /** Null: as the values need. */
+  readonly most: number | null;
+  /** Whether only whole numbers make sense. */
+  readonly isWhole: boolean;
+}
+
+/** Distances of the labels of whole numbers. */
+const wholeSteps = [1, 2, 5, 10, 20, 50, 100, 200, 500, 1000, 2000, 5000];
+
 /** Largest number of drawn points per series, about that of a wide screen's pixels. */
 const mostPoints = 4000;
 
@@ -98,12 +110,14 @@ export class Plot {
   private plot: uPlot | null = null;
   private series: readonly Series[] = [];
   private palette: Palette | null = null;
+  private currentTime = 0;
+  private labelled: readonly string[] = [];
 
   constructor(
     title: string,
     private readonly duration: number,
     private readonly empty: string,
-    private readonly range: [number, number | null],
+    private readonly scale: ValueScale,
     private readonly seek: (time: number) => void,
   ) {
     this.root = element('section', { class: 'plot', 'aria-label': title }, element('header', {}, element('h3', {}, title), this.keys), this.holder);
@@ -120,21 +134,24 @@ export class Plot {
     this.rebuild();
   }
 
-  /** Redraws when its container has changed size. */
-  resize(): void {
+  /** The values of the axis that are labelled, for tests. */
+  get labels(): readonly string[] {
+    return this.labelled;
+  }
+
+  /** Draws the time, and everything when its container has changed size. */
+  draw(time: number): void {
+    this.currentTime = time;
     const { clientWidth, clientHeight } = this.holder;
     if (this.plot && clientWidth > 0 && (this.plot.width !== clientWidth || this.plot.height !== clientHeight)) {
+      // Draws, too; redraw() in the same turn would keep the axes of the old size.
       this.plot.setSize({ width: clientWidth, height: clientHeight });
     } else if (!this.plot && clientWidth > 0 && this.series.length > 0) {
       this.rebuild();
+    } else {
+      this.plot?.redraw(false);
     }
   }
-
-  redraw(): void {
-    this.plot?.redraw(false);
-  }
-
-  currentTime = 0;
 
   private rebuild(): void {
     this.plot?.destroy();
@@ -168,7 +185,7 @@ export class Plot {
 
   private options(width: number, height: number, palette: Palette): uPlot.Options {
     const axis = { stroke: palette.muted, grid: { stroke: palette.line, width: 1 }, ticks: { stroke: palette.line, width: 1, size: 4 }, font: '11px system-ui, sans-serif' };
-    const [least, most] = this.range;
+    const { least, most, isWhole } = this.scale;
     return {
       width,
       height,
@@ -180,7 +197,14 @@ export class Plot {
       },
       axes: [
         { ...axis, size: 22, values: (_, ticks) => ticks.map((tick) => tickText(tick, this.duration >= 180)) },
-        { ...axis, size: 36 },
+        {
+          ...axis,
+          size: 36,
+          // Close enough that a low plot has more than its lowest value labelled.
+          space: 16,
+          values: (_, ticks) => (this.labelled = ticks.map((tick) => tick.toLocaleString('en'))),
+          ...(isWhole && { incrs: wholeSteps }),
+        },
       ],
       series: [
         {},
@@ -191,6 +215,8 @@ export class Plot {
           (plot) => {
             const x = plot.valToPos(this.currentTime, 'x', true);
             plot.ctx.save();
+            // The last series may have been dashed.
+            plot.ctx.setLineDash([]);
             plot.ctx.strokeStyle = palette.select;
             plot.ctx.lineWidth = 1.5 * devicePixelRatio;
             plot.ctx.beginPath();

@@ -17,6 +17,8 @@ export interface Probe {
   readonly image: readonly (readonly Mark[])[];
   readonly lanes: readonly { readonly run: number; readonly id: number; readonly switches: number }[];
   readonly plotPoints: readonly number[];
+  /** The labels of the plots' axes of values. */
+  readonly plotLabels: readonly (readonly string[])[];
   readonly drawMilliseconds: readonly number[];
   readonly loadMilliseconds: number;
   /** Shows a time and draws it at once; how long that took, ms. */
@@ -43,6 +45,7 @@ export function probeOf({ state, clock, views, timeline, plots, loop, loadMillis
     get image() { return views.map((view) => view.image.surface.marks); },
     get lanes() { return timeline.lanes.map((lane) => ({ run: lane.run, id: lane.life.id, switches: lane.switches.length })); },
     get plotPoints() { return plots.all.map((plot) => plot.points); },
+    get plotLabels() { return plots.all.map((plot) => plot.labels); },
     get drawMilliseconds() { return loop.milliseconds; },
     loadMilliseconds,
     draw(time: number) {

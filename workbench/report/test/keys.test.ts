@@ -3,6 +3,7 @@ import { describe, expect, it } from 'vitest';
 import { Clock } from '../src/clock';
 import type { Commands } from '../src/commands';
 import { actionOf, shortcutsOf } from '../src/keys';
+import { neighbourTab } from '../src/tabs';
 
 /** Commands that write down how they were called. */
 function recorder(): { commands: Commands; calls: string[] } {
@@ -44,5 +45,15 @@ describe('a key', () => {
   it('that is no shortcut does nothing', () => {
     expect(actionOf(shortcuts, 'q', false)).toBeUndefined();
     expect(actionOf(shortcuts, 'Tab', true)).toBeUndefined();
+  });
+});
+
+describe('a key on a focused tab', () => {
+  it('leads to its neighbours, around the ends', () => {
+    expect(neighbourTab('timeline', 'ArrowRight')).toBe('plots');
+    expect(neighbourTab('timeline', 'ArrowLeft')).toBe('configuration');
+    expect(neighbourTab('metrics', 'Home')).toBe('timeline');
+    expect(neighbourTab('plots', 'End')).toBe('configuration');
+    expect(neighbourTab('plots', ' ')).toBeUndefined();
   });
 });
