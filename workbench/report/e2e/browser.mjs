@@ -57,7 +57,7 @@ export async function open(path, { width = 1280, height = 720, dark = false, pho
     void dialog.dismiss();
   });
   page.on('request', (request) => {
-    if (request.url() !== address && !request.url().startsWith('data:')) {
+    if (request.url().replace(/#.*/, '') !== address && !request.url().startsWith('data:')) {
       requests.push(request.url());
     }
   });

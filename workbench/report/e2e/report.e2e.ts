@@ -100,6 +100,32 @@ describe('the report of the perimeter', () => {
     await shoot(page, 'perimeter');
   });
 
+  it('begins where something is confirmed', async () => {
+    const page = await open(path);
+    expect(await probe(page, 'time')).toBeGreaterThan(0);
+    expect(marksOf((await probe(page, 'plan'))[0], 'system').length).toBeGreaterThan(0);
+  });
+
+  it('has an address for what it shows', async () => {
+    const page = await open(path);
+    await seek(page, 30);
+    await page.locator('.tracks button').nth(1).click();
+    await page.keyboard.press('2');
+    const selection = (await probe(page, 'selection'))!;
+    await until(page, 'location.hash.includes("select=system") && location.hash.includes("tab=plots")');
+    const address = page.url();
+    // Another fragment, as a reader enters it, then the first one in a new page.
+    await page.evaluate('location.hash = "#t=12.5&tab=metrics"');
+    await until(page, 'veskarReport.time === 12.5');
+    expect(await page.locator('.figures').isVisible()).toBe(true);
+    await page.goto('about:blank');
+    await page.goto(address);
+    await until(page, 'window.veskarReport && veskarReport.drawMilliseconds.length > 0');
+    expect(await probe(page, 'time')).toBe(30);
+    expect(await probe(page, 'selection')).toEqual(selection);
+    expect(await page.locator('.panel.plots').isVisible()).toBe(true);
+  });
+
   it('draws confirmed tracks in their colour at the positions of their marks', async () => {
     const page = await open(path);
     await seek(page, 12);

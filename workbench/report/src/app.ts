@@ -9,8 +9,10 @@ import { DrawingLoop } from './drawing';
 import { headerOf } from './header';
 import { Inspector } from './inspector';
 import { helpOf, listenToKeys, shortcutsOf } from './keys';
+import { LinkKeeper, placeOf } from './link';
 import { showMetrics } from './metrics';
 import { Model } from './model';
+import { firstMoment } from './moment';
 import { readPalette, type Palette } from './palette';
 import { PlotPanel } from './plotpanel';
 import { probeOf, type Probe } from './probe';
@@ -34,6 +36,7 @@ export class App implements Commands {
   private readonly tabs: Tabs;
   private readonly transport: Transport;
   private readonly inspector: Inspector;
+  private readonly link = new LinkKeeper(() => this.followLink());
   private palette!: Palette;
 
   constructor(
@@ -62,6 +65,8 @@ export class App implements Commands {
     this.showLanes();
     this.showTheme();
     this.showTab(this.tabs.current);
+    this.clock.seek(firstMoment(this.model.runs));
+    this.followLink();
     this.probe = probeOf({
       state: this.state,
       clock: this.clock,
@@ -109,8 +114,25 @@ export class App implements Commands {
       this.plots.draw(time);
     }
     this.transport.draw();
+    if (!this.clock.playing) {
+      this.link.note({ time, selection: this.state.selection, tab: this.tabs.current });
+    }
     if (!this.inspector.draw(this.state.selection, time)) {
       this.loop.request();
+    }
+  }
+
+  /** Shows what the fragment of the page's address names. */
+  private followLink(): void {
+    const { time, selection, tab } = placeOf(location.hash, this.model.runs.length);
+    if (tab) {
+      this.showTab(tab);
+    }
+    if (selection) {
+      this.select(selection);
+    }
+    if (time !== undefined) {
+      this.seek(time);
     }
   }
 
