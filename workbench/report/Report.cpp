@@ -159,7 +159,7 @@ Json reportData(const ReportInputs& inputs, const Provenance& provenance,
               {"recording", aboutRecording(first.header)},
               {"start", start},
               {"duration", span.to - start},
-              {"scene", sceneOutline(camera, first.header.camera, first.header.radar)},
+              {"scene", sceneOutline(camera, first.header)},
               {"video", part.video.json(start)},
               {"radar", part.radar.json(start)}};
     data["truth"] =

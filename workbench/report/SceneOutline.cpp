@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/SceneOutline.h"
 
+#include <veskar-host/GeographicPosition.h>
+
 #include <algorithm>
 #include <cmath>
 #include <vector>
@@ -83,6 +85,18 @@ Json ringInImage(const Projection& camera, double distance) {
     return line;
 }
 
+Json earthAt(const Site& site) {
+    // Facing north, x is north and y is west.
+    const Site north{site.latitude, site.longitude, 0.0};
+    const auto ahead = geographicPosition(north, {1.0, 0.0});
+    const auto right = geographicPosition(north, {0.0, -1.0});
+    return {{"latitude", site.latitude},
+            {"longitude", site.longitude},
+            {"heading", site.heading},
+            {"latitudePerNorth", ahead.latitude - site.latitude},
+            {"longitudePerEast", right.longitude - site.longitude}};
+}
+
 }  // namespace
 
 std::vector<double> ringDistances(double maximumRange) {
@@ -99,7 +113,9 @@ std::vector<double> ringDistances(double maximumRange) {
     return distances;
 }
 
-Json sceneOutline(const Projection& camera, const CameraSetup& setup, const RadarSetup& radar) {
+Json sceneOutline(const Projection& camera, const Installation& installation) {
+    const CameraSetup& setup = installation.camera;
+    const RadarSetup& radar = installation.radar;
     Json scene{{"aspect", static_cast<double>(setup.resolution[0]) / setup.resolution[1]},
                {"camera",
                 {{"position", pointOf(camera.origin().head<2>(), 100.0)},
@@ -114,6 +130,7 @@ Json sceneOutline(const Projection& camera, const CameraSetup& setup, const Rada
         scene["rings"].push_back(
             {{"distance", distance}, {"image", ringInImage(camera, distance)}});
     }
+    scene["earth"] = installation.site ? earthAt(*installation.site) : Json(nullptr);
     return scene;
 }
 

@@ -19,14 +19,16 @@ std::vector<double> ringDistances(double maximumRange);
 /// {"aspect": width by height of the image,
 ///  "camera": {"position": [x, y], "footprint": [[x, y], ...]},
 ///  "radar": {"position": [x, y], "yaw": degrees to the left, "fieldOfView": degrees, "range": m},
-///  "rings": [{"distance": m, "image": [[u, v], ...]}, ...]}
-/// The footprint is the polygon of the ground that the camera sees, up to the radar's range; the
-/// rings' image positions are those of ground points at that distance inside the image.
+///  "rings": [{"distance": m, "image": [[u, v], ...]}, ...],
+///  "earth": {"latitude": degrees, "longitude": degrees, "heading": degrees from north,
+///            "latitudePerNorth": degrees per m, "longitudePerEast": degrees per m}}
+/// "earth" is null when the site is not known; positions on Earth are linear in the plane of the
+/// ground. The footprint is the polygon of the ground that the camera sees, up to the radar's
+/// range; the rings' image positions are those of ground points at that distance inside the image.
 ///
 /// @param camera the camera
-/// @param setup the camera's description
-/// @param radar the radar
+/// @param installation the descriptions of the camera, the radar and the site
 /// @return the object
-Json sceneOutline(const Projection& camera, const CameraSetup& setup, const RadarSetup& radar);
+Json sceneOutline(const Projection& camera, const Installation& installation);
 
 }  // namespace Workbench

@@ -203,6 +203,42 @@ TEST_F(Report, HoldsTheReportsOfTheSensorsWhereTheyLieOnTheGround) {
     }
 }
 
+TEST_F(Report, TellsWhereOnEarthTheGroundIs) {
+    const Json data = dataOf({recording, {{fused, ""}}});
+    const Json& earth = data["scene"]["earth"];
+    const double heading = earth["heading"].get<double>() * M_PI / 180.0;
+    // Files have millimetres and 1e-8 of a degree.
+    constexpr double tolerance = 2e-8;
+    std::size_t checked = 0;
+    for (const json& line : linesOf(fused)) {
+        for (const json& track : line["tracks"]) {
+            const double x = track["position"][0];
+            const double y = track["position"][1];
+            const double north = x * std::cos(heading) + y * std::sin(heading);
+            const double east = x * std::sin(heading) - y * std::cos(heading);
+            EXPECT_NEAR(
+                earth["latitude"].get<double>() + north * earth["latitudePerNorth"].get<double>(),
+                track["geo"]["latitude"], tolerance);
+            EXPECT_NEAR(
+                earth["longitude"].get<double>() + east * earth["longitudePerEast"].get<double>(),
+                track["geo"]["longitude"], tolerance);
+            ++checked;
+        }
+    }
+    EXPECT_GT(checked, 100U);
+}
+
+TEST_F(Report, KnowsNoPlaceOnEarthWithoutASite) {
+    std::string text = slurp(recording);
+    const std::size_t site = text.find("\"site\":");
+    ASSERT_NE(site, std::string::npos);
+    text.erase(site, text.find('}', site) + 2 - site);
+    const std::string elsewhere = directory / "elsewhere.jsonl";
+    spill(elsewhere, text);
+    ASSERT_EQ(veskar({"replay", elsewhere, "-o", fused}).status, 0);
+    EXPECT_TRUE(dataOf({elsewhere, {{fused, ""}}})["scene"]["earth"].is_null());
+}
+
 TEST_F(Report, HoldsTheTruth) {
     const Json data = dataOf({recording, {{fused, ""}}});
     const auto rows = rowsOf(data["truth"]["table"]);

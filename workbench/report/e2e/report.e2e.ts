@@ -180,6 +180,9 @@ describe('the report of the perimeter', () => {
     const inspector = page.locator('.inspector');
     expect(await inspector.locator('h2').first().textContent()).toBe(`System track ${mark.id}`);
     expect(await inspector.textContent()).toContain('human');
+    expect(await inspector.textContent()).toMatch(/\d+\.\d m ahead, \d+\.\d m (left|right)/);
+    expect(await inspector.textContent()).toMatch(/55\.71\d+° N, 13\.22\d+° E/);
+    expect(await inspector.textContent()).toMatch(/(north|east|south|west), \d+° from north/);
     expect(await inspector.textContent()).toContain('Matched with');
     expect(await inspector.locator('.reasons li').first().textContent()).toMatch(/(video|radar) \d+: fused/);
     await page.keyboard.press('2');

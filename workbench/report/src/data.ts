@@ -5,6 +5,17 @@ import type { PackedTable } from './table';
 
 export type Point = readonly [number, number];
 
+/** Where on Earth the device is; positions are linear in the plane of the ground. */
+export interface EarthData {
+  readonly latitude: number;
+  readonly longitude: number;
+  /** Of the device, degrees clockwise from north. */
+  readonly heading: number;
+  /** Degrees per metre. */
+  readonly latitudePerNorth: number;
+  readonly longitudePerEast: number;
+}
+
 export interface SceneData {
   readonly aspect: number;
   readonly camera: { readonly position: Point; readonly footprint: readonly Point[] };
@@ -15,6 +26,8 @@ export interface SceneData {
     readonly range: number;
   };
   readonly rings: readonly { readonly distance: number; readonly image: readonly Point[] }[];
+  /** Null: not known. */
+  readonly earth: EarthData | null;
 }
 
 export interface SeenData {

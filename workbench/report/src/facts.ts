@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What is known of an object at a time, in words and numbers with units.
 import { hasCoasted, type Model, type Run, type Seen } from './model';
+import { directionText, earthText, placeText } from './places';
 import { ellipseScale } from './scene';
 
 export type Facts = [name: string, value: string][];
@@ -17,12 +18,12 @@ export function factsOfSystem(model: Model, run: Run, row: number): Facts {
     ['Standing', at('confirmed') === 1 ? 'confirmed' : 'tentative'],
     ['Probability', quantity(at('probability'), 3)],
     ['Class', withShare(labelled('class'), at('classProbability'))],
-    ['Position', pairText(at('x'), at('y'), 'm')],
+    ...placeFacts(model, at('x'), at('y')),
     ['95 % ellipse', Number.isNaN(at('major')) ? '–' : `${(ellipseScale * at('major')).toFixed(2)} × ${(ellipseScale * at('minor')).toFixed(2)} m`],
     ['Distance', quantity(distance(at), 1, 'm')],
     ['Speed', quantity(at('speed'), 2, 'm/s')],
-    ['Direction', quantity(at('direction'), 0, '°')],
-    ['Image', pairText((at('left') + at('right')) / 2, at('bottom'), '', 3)],
+    ['Heads', directionText(at('direction'), model.scene.earth)],
+    ['Image', pairText((at('left') + at('right')) / 2, at('bottom'))],
   ];
   const optional: [string, string][] = [
     ['Colour', labelled('color')],
@@ -43,11 +44,17 @@ export function factsOfSensor(model: Model, seen: Seen, row: number): Facts {
     ['Standing', at('confirmed') === 1 ? 'confirmed by the sensor' : 'not confirmed'],
     ['Coasting', hasCoasted(at('coasting')) ? quantity(at('coasting'), 1, 's') : 'no'],
     ['Class', withShare(model.word(at('class')), at('classProbability'))],
-    ['Position', pairText(at('x'), at('y'), 'm')],
+    ...placeFacts(model, at('x'), at('y')),
     ['Distance', quantity(distance(at), 1, 'm')],
     ['Speed', quantity(at('speed'), 2, 'm/s')],
-    ['Image', Number.isNaN(at('u')) ? pairText((at('left') + at('right')) / 2, at('bottom'), '', 3) : pairText(at('u'), at('v'), '', 3)],
+    ['Image', Number.isNaN(at('u')) ? pairText((at('left') + at('right')) / 2, at('bottom')) : pairText(at('u'), at('v'))],
   ];
+}
+
+/** Where a point of the ground is, seen from the device and, when its site is known, on Earth. */
+function placeFacts(model: Model, x: number, y: number): Facts {
+  const { earth } = model.scene;
+  return [['Position', placeText(x, y)], ...(earth ? [['On Earth', earthText(earth, x, y)] as [string, string]] : [])];
 }
 
 /** Over ground from the device; the slant range of what has no place on the ground. */
@@ -60,9 +67,10 @@ export function factsOfTruth(model: Model, row: number): Facts {
   const views = [at('video') === 1 ? 'camera' : '', at('radar') === 1 ? 'radar' : ''].filter((name) => name !== '');
   return [
     ['Class', model.word(at('class'))],
-    ['Position', pairText(at('x'), at('y'), 'm')],
+    ...placeFacts(model, at('x'), at('y')),
     ['Distance', quantity(Math.hypot(at('x'), at('y')), 1, 'm')],
     ['Speed', quantity(Math.hypot(at('vx'), at('vy')), 2, 'm/s')],
+    ['Heads', directionText((Math.atan2(-at('vy'), at('vx')) * 180) / Math.PI, model.scene.earth)],
     ['In view of', views.join(' and ') || 'no sensor'],
   ];
 }
@@ -71,6 +79,6 @@ function withShare(word: string, share: number): string {
   return word === 'unknown' ? '–' : `${word}${share > 0 ? ` ${Math.round(100 * share)} %` : ''}`;
 }
 
-function pairText(x: number, y: number, unit: string, decimals = 2): string {
-  return Number.isNaN(x) ? '–' : `${x.toFixed(decimals)}, ${y.toFixed(decimals)}${unit && ` ${unit}`}`;
+function pairText(x: number, y: number): string {
+  return Number.isNaN(x) ? '–' : `${x.toFixed(3)}, ${y.toFixed(3)}`;
 }

@@ -4,6 +4,7 @@ import { Plates, Surface, type Mark } from './canvas';
 import type { Point } from './data';
 import { hasCoasted, type Model, type Run } from './model';
 import { trackColour, type Palette } from './palette';
+import { drawAxes, drawNorth } from './planaxes';
 import { ellipseScale, isSelected, labelOf, shownAt } from './scene';
 import type { State } from './state';
 import { traceCross, traceDiamond } from './symbols';
@@ -109,7 +110,7 @@ export class Plan {
 
   private fitted(): Transform {
     const { back, front, right, left } = this.extent;
-    const margin = 26;
+    const margin = 30;
     const width = Math.max(40, this.surface.width - 2 * margin);
     const height = Math.max(40, this.surface.height - 2 * margin);
     const scale = Math.min(width / (left - right), height / (front - back));
@@ -128,6 +129,12 @@ export class Plan {
     context.font = '11px system-ui, sans-serif';
     const transform = this.transform();
     this.drawGround(context, transform, palette);
+    const { width, height } = this.surface;
+    drawAxes(context, transform, width, height, palette);
+    const { earth } = this.model.scene;
+    if (earth) {
+      drawNorth(context, earth.heading, 24, 62, palette);
+    }
     const shown = shownAt(this.model, this.run, state, time);
     if (state.layers.trails) {
       this.drawTrails(context, transform, shown.system, palette);

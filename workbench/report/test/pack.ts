@@ -101,6 +101,7 @@ export function smallReport(changes: Partial<ReportData> = {}): ReportData {
       camera: { position: [0, 0], footprint: [] },
       radar: { position: [0, 0], yaw: 0, fieldOfView: 120, range: 50 },
       rings: [{ distance: 10, image: [] }],
+      earth: null,
     },
     words,
     video: seen([{ key: { id: 7 }, rows: times.map((time) => ({ frame: time, x: 10 + time, y: -2, u: 0.1, v: 0, left: 0, bottom: 0, right: 0.1, top: 0.2, coasting: 0 })) }]),

@@ -66,7 +66,7 @@ describe('the facts', () => {
     const facts = new Map(factsOfSystem(model, run, run.rowAt(1, 3)));
     expect(facts.get('Standing')).toBe('confirmed');
     expect(facts.get('Class')).toBe('car 80 %');
-    expect(facts.get('Position')).toBe('13.00, -2.00 m');
+    expect(facts.get('Position')).toBe('13.0 m ahead, 2.0 m right');
     expect(facts.get('95 % ellipse')).toBe('2.45 × 1.22 m');
     expect(facts.get('Speed')).toBe('–');
     expect(facts.get('Distance')).toBe('13.2 m');
@@ -76,7 +76,7 @@ describe('the facts', () => {
     expect(facts.has('Tags')).toBe(false);
   });
   it('of a sensor track', () => {
-    expect(new Map(factsOfSensor(model, model.radar, 0)).get('Position')).toBe('11.00, -2.00 m');
+    expect(new Map(factsOfSensor(model, model.radar, 0)).get('Position')).toBe('11.0 m ahead, 2.0 m right');
     expect(new Map(factsOfSensor(model, model.radar, 0)).get('Image')).toBe('0.100, 0.000');
   });
   it('have units', () => {
