@@ -4,6 +4,7 @@ import { afterEach, beforeAll, describe, expect, it } from 'vitest';
 import type { Page } from 'playwright-core';
 import type { Mark } from '../src/canvas';
 import type { Probe } from '../src/probe';
+import { violationsOf } from './accessibility';
 import { open as openBrowser, type Opened, type Wishes } from './browser.mjs';
 import { at, comparisonOf, hostileReport, markup, reportOf } from './reports';
 
@@ -339,6 +340,7 @@ describe('two runs of the crossing', () => {
     await page.keyboard.press('3');
     await settle(page);
     expect((await page.locator('.figures thead th').allTextContents()).slice(0, 4)).toEqual(['Figure', 'A', 'B', 'B − A']);
+    expect((await page.locator('.figures tr', { hasText: 'IDSW' }).locator('td').allTextContents())[2]).toMatch(/^\+\d+ A better$/);
     await page.keyboard.press('4');
     await settle(page);
     expect(await page.locator('.differs').allTextContents()).toEqual(['veskarModule.positionGatingDistance30.4']);
@@ -362,6 +364,38 @@ describe('two runs of the crossing', () => {
 });
 
 describe('any report', () => {
+  it.each([
+    ['on a desktop', {}],
+    ['in the dark', { dark: true }],
+    ['on a phone', { width: 390, height: 844, phone: true }],
+  ])('is accessible %s', async (_, wishes: Wishes) => {
+    const page = await open(at('crossing.pair.html'), wishes);
+    await page.emulateMedia({ reducedMotion: 'reduce' });
+    await seek(page, 25);
+    for (const tab of ['Timeline', 'Plots', 'Metrics', 'Configuration']) {
+      await page.getByRole('tab', { name: tab }).click();
+      await settle(page);
+      expect(await violationsOf(page)).toEqual([]);
+    }
+    await page.keyboard.press(']');
+    await settle(page);
+    expect(await violationsOf(page)).toEqual([]);
+    await page.getByRole('button', { name: 'Keys' }).click();
+    expect(await violationsOf(page)).toEqual([]);
+  });
+
+  it('tells screen readers what its drawings show', async () => {
+    const page = await open(at('perimeter.html'));
+    await seek(page, 30);
+    expect(await page.locator('.scrubber').getAttribute('aria-valuetext')).toMatch(/^0:30\.00 of 1:00\.00, 3 confirmed, \d tentative$/);
+    const plan = page.locator('.plan-view canvas');
+    await until(page, `document.querySelector('.plan-view canvas').getAttribute('aria-label').includes('0:30.00')`);
+    expect(await plan.getAttribute('aria-label')).toMatch(/3 confirmed: 1 human \d+\.\d m ahead/);
+    expect(await page.locator('.timeline canvas').getAttribute('aria-label')).toMatch(/at most 3 at a time/);
+    await page.keyboard.press('2');
+    expect(await page.locator('.plot-area').nth(1).getAttribute('aria-label')).toContain('confirmed: 0.00 to 3.00');
+  });
+
   it('does not interpret text of a recording as markup', async () => {
     const page = await open(hostileReport());
     await seek(page, 15);

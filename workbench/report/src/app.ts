@@ -4,18 +4,20 @@ import { Clock } from './clock';
 import type { Commands } from './commands';
 import { showConfiguration } from './configuration';
 import type { ReportData } from './data';
+import { countText } from './describe';
 import { element } from './dom';
 import { DrawingLoop } from './drawing';
 import { headerOf } from './header';
 import { Inspector } from './inspector';
 import { helpOf, listenToKeys, shortcutsOf } from './keys';
-import { LinkKeeper, placeOf } from './link';
+import { linkOf, placeOf } from './link';
 import { showMetrics } from './metrics';
 import { Model } from './model';
 import { firstMoment } from './moment';
 import { readPalette, type Palette } from './palette';
 import { PlotPanel } from './plotpanel';
 import { probeOf, type Probe } from './probe';
+import { Rest } from './rest';
 import { RunView } from './runview';
 import { initialState, isSame, type Layers, type Selection, type State, type Views } from './state';
 import { panelOf, Tabs, type Tab } from './tabs';
@@ -36,7 +38,7 @@ export class App implements Commands {
   private readonly tabs: Tabs;
   private readonly transport: Transport;
   private readonly inspector: Inspector;
-  private readonly link = new LinkKeeper(() => this.followLink());
+  private readonly rest = new Rest(() => this.settle());
   private palette!: Palette;
 
   constructor(
@@ -56,7 +58,7 @@ export class App implements Commands {
       metrics: panelOf('metrics'),
       configuration: panelOf('configuration'),
     }, (tab) => this.showTab(tab));
-    this.transport = new Transport(this.clock, this);
+    this.transport = new Transport(this.clock, this, (time) => countText(this.model, time));
     this.inspector = new Inspector(this.model, (selection) => this.select(selection));
     this.build();
     showMetrics(this.tabs.panels.metrics, this.model);
@@ -101,6 +103,7 @@ export class App implements Commands {
     listenToTimeline(this.timeline, this.clock, this);
     addEventListener('resize', () => this.loop.request());
     new ResizeObserver(() => this.loop.request()).observe(this.root);
+    addEventListener('hashchange', () => this.followLink());
     onSystemTheme(() => this.showTheme());
   }
 
@@ -115,11 +118,18 @@ export class App implements Commands {
     }
     this.transport.draw();
     if (!this.clock.playing) {
-      this.link.note({ time, selection: this.state.selection, tab: this.tabs.current });
+      this.rest.disturb();
     }
     if (!this.inspector.draw(this.state.selection, time)) {
       this.loop.request();
     }
+  }
+
+  /** Lets the page's address and the words for screen readers follow what is shown. */
+  private settle(): void {
+    const { time } = this.clock;
+    history.replaceState(null, '', linkOf({ time, selection: this.state.selection, tab: this.tabs.current }));
+    this.views.forEach((view) => view.describe(time));
   }
 
   /** Shows what the fragment of the page's address names. */

@@ -33,6 +33,13 @@ export class Surface {
     this.context = context;
   }
 
+  /** Tells those who do not see it what is drawn. */
+  describe(text: string): void {
+    if (this.canvas.getAttribute('aria-label') !== text) {
+      this.canvas.setAttribute('aria-label', text);
+    }
+  }
+
   /** Adopts the size given by the style sheet; false when it is empty. */
   begin(): boolean {
     const { clientWidth, clientHeight } = this.canvas;

@@ -38,7 +38,7 @@ export function showConfiguration(root: HTMLElement, model: Model): void {
   const summary = count === 0 ? 'Both runs used the same configuration.' : `${count} ${count === 1 ? 'setting differs' : 'settings differ'}; they stand on top.`;
   root.replaceChildren(
     ...(model.isPair ? [element('p', { class: 'hint' }, summary)] : []),
-    element('div', { class: 'scroll' }, element('table', { class: 'settings' },
+    element('div', { class: 'scroll', tabindex: '0', role: 'region', 'aria-label': 'Configuration' }, element('table', { class: 'settings' },
       element('thead', {}, element('tr', {}, element('th', { scope: 'col' }, 'Setting'), ...model.runs.map((_, i) => element('th', { scope: 'col' }, model.isPair ? letterOf(i) : 'Value')))),
       element('tbody', {}, ...settings.map(({ path, values, differs }) => element('tr', { class: differs ? 'differs' : '' }, element('th', { scope: 'row' }, path), ...values.map((value) => element('td', {}, value))))))));
 }

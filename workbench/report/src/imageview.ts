@@ -63,13 +63,13 @@ export class ImageView {
     this.drawRadar(context, frame, shown.radar, state, palette);
     this.drawTruth(context, frame, shown.truth, state, palette);
     context.restore();
-    context.strokeStyle = palette.line;
+    context.strokeStyle = palette.ring;
     context.strokeRect(frame.left + 0.5, frame.top + 0.5, frame.width - 1, frame.height - 1);
   }
 
   /** Draws lines of equal ground distance, which give depth to the empty image. */
   private drawRings(context: CanvasRenderingContext2D, frame: Frame, palette: Palette): void {
-    context.strokeStyle = palette.line;
+    context.strokeStyle = palette.ring;
     context.fillStyle = palette.muted;
     let lowest = Infinity;
     for (const { distance, image } of this.model.scene.rings) {

@@ -2,6 +2,7 @@
 // What is known of the selected object at the shown time.
 import type { Mark } from './canvas';
 import { timeText } from './clock';
+import { countText } from './describe';
 import { element, setText, type Properties } from './dom';
 import { frameWithReasons, reasonsOf } from './explain';
 import { factsOfSensor, factsOfSystem, factsOfTruth, quantity, type Facts } from './facts';
@@ -58,7 +59,7 @@ export class Inspector {
       this.open(selection !== null);
     }
     this.shown = { time, selection: key, when };
-    setText(this.heading, selection ? titleOf(this.model, selection) : nowText(this.model, time));
+    setText(this.heading, selection ? titleOf(this.model, selection) : countText(this.model, time));
     this.body.replaceChildren(...(selection ? ofSelection(this.model, selection, time, this.select) : overview(this.model, time, this.select)));
     return true;
   }
@@ -86,16 +87,6 @@ function overview(model: Model, time: number, select: (selection: Selection) => 
         : element('ul', { class: 'tracks' }, ...Array.from(rows, (row) => trackButton(model, run, index, row, select)))));
   });
   return blocks;
-}
-
-/** How many tracks there are at a time, in each run. */
-function nowText(model: Model, time: number): string {
-  return model.runs.map((run, index) => {
-    const rows = run.tracks.rowsOf(run.frameAt(lookupTime(time)));
-    const confirmed = run.tracks.column('confirmed');
-    const count = rows.filter((row) => confirmed[row] === 1).length;
-    return `${model.isPair ? `${letterOf(index)}: ` : ''}${count} confirmed, ${rows.length - count} tentative`;
-  }).join('; ');
 }
 
 function trackButton(model: Model, run: Run, index: number, row: number, select: (selection: Selection) => void): HTMLElement {

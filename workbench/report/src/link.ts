@@ -34,22 +34,3 @@ export function placeOf(fragment: string, runs: number): Place {
     ...(tab && { tab }),
   };
 }
-
-/** Browsers limit how often an address may change: it follows when nothing has changed for so long, ms. */
-const restTime = 300;
-
-/** Keeps the page's address that of what is shown. */
-export class LinkKeeper {
-  private waiting = 0;
-
-  /** Calls `go` when the reader enters another fragment. */
-  constructor(go: () => void) {
-    addEventListener('hashchange', go);
-  }
-
-  /** Notes what is shown; it becomes the address when it has stayed for a while. */
-  note(place: Required<Place>): void {
-    clearTimeout(this.waiting);
-    this.waiting = window.setTimeout(() => history.replaceState(null, '', linkOf(place)), restTime);
-  }
-}

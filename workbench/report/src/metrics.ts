@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Shows the metrics of the evaluation as a table.
 import { element } from './dom';
-import type { Model } from './model';
+import { letterOf, type Model } from './model';
 
 export interface Table {
   readonly columns: readonly string[];
@@ -39,7 +39,9 @@ export function tableOf(model: Model, part: string): Table | null {
     const cells = [text(a)];
     if (second) {
       const difference = a === null || b === null ? null : b - a;
-      cells.push(text(b), difference === null ? '–' : `${difference > 0 ? '+' : ''}${text(difference)}`);
+      const which = better(figure.key, a, b);
+      const word = which === 0 ? '' : ` ${letterOf(which > 0 ? 1 : 0)} better`;
+      cells.push(text(b), difference === null ? '–' : `${difference > 0 ? '+' : ''}${text(difference)}${word}`);
     }
     return { label: figure.label, cells: [...cells, ...sensors.map(text)], better: second ? better(figure.key, a, b) : 0 };
   });
@@ -57,7 +59,7 @@ export function showMetrics(root: HTMLElement, model: Model, part = 'all'): void
   const chips = element('div', { class: 'segments', role: 'group', 'aria-label': 'Part of the scene' },
     ...parts.map((name) => element('button', { type: 'button', 'aria-pressed': `${name === part}`, click: () => showMetrics(root, model, name) }, name)));
   const split = model.isPair ? 3 : 1;
-  root.replaceChildren(chips, element('div', { class: 'scroll' }, element('table', { class: 'figures' },
+  root.replaceChildren(chips, element('div', { class: 'scroll', tabindex: '0', role: 'region', 'aria-label': 'Metrics' }, element('table', { class: 'figures' },
     element('thead', {}, element('tr', {}, element('th', { scope: 'col' }, 'Figure'),
       ...table.columns.map((name, i) => element('th', { scope: 'col', class: i < split ? 'own' : '' }, name)))),
     element('tbody', {}, ...table.rows.map(({ label, cells, better: which }) => element('tr', {},

@@ -6,6 +6,7 @@ export interface Palette {
   readonly muted: string;
   readonly faint: string;
   readonly line: string;
+  readonly ring: string;
   readonly surface: string;
   readonly ground: string;
   readonly system: string;
@@ -23,6 +24,7 @@ const names: Record<keyof Palette, string> = {
   muted: '--muted',
   faint: '--faint',
   line: '--line',
+  ring: '--ring',
   surface: '--surface',
   ground: '--ground',
   system: '--system',

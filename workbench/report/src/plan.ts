@@ -166,7 +166,7 @@ export class Plan {
     }
 
     const [ox, oy] = toScreen(transform, ...camera.position);
-    context.strokeStyle = palette.line;
+    context.strokeStyle = palette.ring;
     context.fillStyle = palette.muted;
     for (const { distance } of rings) {
       context.beginPath();

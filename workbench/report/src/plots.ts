@@ -102,10 +102,20 @@ function nameOf(model: Model, run: number): string {
   return model.isPair ? letterOf(run) : 'fusion';
 }
 
+/** What a plot shows, in words. */
+export function rangeText(series: readonly Series[]): string {
+  return series.map(({ label, values }) => {
+    const known = values.filter((value) => !Number.isNaN(value));
+    const least = known.reduce((a, b) => Math.min(a, b), Infinity);
+    const most = known.reduce((a, b) => Math.max(a, b), -Infinity);
+    return known.length === 0 ? `${label}: no values` : `${label}: ${least.toFixed(2)} to ${most.toFixed(2)}`;
+  }).join('; ') || 'no data';
+}
+
 /** A plot with its title, or a hint how to get data when it has no series. */
 export class Plot {
   readonly root: HTMLElement;
-  private readonly holder = element('div', { class: 'plot-area' });
+  private readonly holder = element('div', { class: 'plot-area', role: 'img' });
   private readonly keys = element('div', { class: 'plot-keys' });
   private plot: uPlot | null = null;
   private series: readonly Series[] = [];
@@ -120,7 +130,7 @@ export class Plot {
     private readonly scale: ValueScale,
     private readonly seek: (time: number) => void,
   ) {
-    this.root = element('section', { class: 'plot', 'aria-label': title }, element('header', {}, element('h3', {}, title), this.keys), this.holder);
+    this.root = element('section', { class: 'plot', 'aria-label': title }, element('header', {}, element('h2', {}, title), this.keys), this.holder);
   }
 
   /** Number of drawn points, for tests. */
@@ -157,6 +167,7 @@ export class Plot {
     this.plot?.destroy();
     this.plot = null;
     this.holder.replaceChildren();
+    this.holder.setAttribute('aria-label', rangeText(this.series));
     this.keys.replaceChildren(
       ...this.series.map(({ label, colour, dash }) => {
         const swatch = element('i', { class: dash ? 'swatch dashed' : 'swatch' });

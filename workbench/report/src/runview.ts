@@ -2,6 +2,7 @@
 // Plan and image of one run, under its name.
 import type { Mark } from './canvas';
 import type { Commands } from './commands';
+import { sceneText } from './describe';
 import { button, element, setText } from './dom';
 import { ImageView } from './imageview';
 import { countsOf, letterOf, lookupTime, type Model, type Run } from './model';
@@ -19,7 +20,7 @@ export class RunView {
   private readonly countText = element('span', { class: 'counts' });
 
   constructor(
-    model: Model,
+    private readonly model: Model,
     private readonly run: Run,
     index: number,
     commands: Commands,
@@ -45,6 +46,13 @@ export class RunView {
     this.plan.draw(state, time, palette);
     this.image.draw(state, time, palette);
     this.showCounts(time);
+  }
+
+  /** Tells in words what is drawn. */
+  describe(time: number): void {
+    const text = sceneText(this.model, this.run, time);
+    this.plan.surface.describe(`Plan of ${this.run.label} ${text}`);
+    this.image.surface.describe(`Camera image of ${this.run.label} ${text}`);
   }
 
   private showCounts(time: number): void {

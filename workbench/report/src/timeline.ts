@@ -2,6 +2,7 @@
 // Lanes of the system tracks: lifetime, sensor tracks, confirmation, class, and identity switches.
 import { Surface } from './canvas';
 import { tickText } from './clock';
+import { timelineText } from './describe';
 import { letterOf, type Life, type Model, type Stretch, type Switch } from './model';
 import { trackColour, type Palette } from './palette';
 import type { Selection, State } from './state';
@@ -51,13 +52,15 @@ export function tickSpacing(duration: number, width: number): number {
 }
 
 export class Timeline {
-  readonly surface = new Surface('Timeline of the system tracks');
+  readonly surface: Surface;
   lanes: readonly Lane[] = [];
   scroll = 0;
   private readonly picture = document.createElement('canvas');
   private pictured: readonly unknown[] = [];
 
-  constructor(private readonly model: Model) {}
+  constructor(private readonly model: Model) {
+    this.surface = new Surface(`Timeline: ${timelineText(model)}`);
+  }
 
   get contentHeight(): number {
     return axisHeight + this.lanes.length * laneHeight;

@@ -14,13 +14,14 @@ export class Transport {
   constructor(
     private readonly clock: Clock,
     commands: Commands,
+    private readonly describe: (time: number) => string,
   ) {
     this.slider.min = '0';
     this.slider.max = String(clock.duration);
     this.slider.step = '0.001';
     this.slider.addEventListener('input', () => commands.seek(Number(this.slider.value)));
     this.playButton = button('', 'Play (Space)', () => commands.togglePlaying(), { class: 'play' });
-    this.root = element('div', { class: 'transport', role: 'group', 'aria-label': 'Playback' },
+    this.root = element('section', { class: 'transport', 'aria-label': 'Playback' },
       button(icon('back'), 'One frame back (←)', () => commands.step(-1), { class: 'icon' }),
       this.playButton,
       button(icon('on'), 'One frame on (→)', () => commands.step(1), { class: 'icon' }),
@@ -35,7 +36,9 @@ export class Transport {
   draw(): void {
     const { time, duration, playing, speed } = this.clock;
     this.slider.value = String(time);
-    this.slider.setAttribute('aria-valuetext', timeText(time));
+    if (!playing) {
+      this.slider.setAttribute('aria-valuetext', `${timeText(time)} of ${timeText(duration)}, ${this.describe(time)}`);
+    }
     this.slider.style.setProperty('--done', `${(100 * time) / Math.max(1e-9, duration)}%`);
     setText(this.clockText, timeText(time));
     setText(this.speedText, `${speed}×`);

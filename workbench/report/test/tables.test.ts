@@ -32,7 +32,7 @@ describe('the metrics', () => {
   it('of two runs have their difference, and the better one is marked', () => {
     const table = tableOf(two, 'all')!;
     expect(table.columns).toEqual(['A', 'B', 'B − A', 'radar 3']);
-    expect(table.rows[0]).toEqual({ label: 'GOSPA [m]', cells: ['1.50', '1.00', '-0.50', '4.00'], better: 1 });
+    expect(table.rows[0]).toEqual({ label: 'GOSPA [m]', cells: ['1.50', '1.00', '-0.50 B better', '4.00'], better: 1 });
     expect(table.rows[1].cells).toEqual(['0.5', '–', '–', '–']);
   });
 
