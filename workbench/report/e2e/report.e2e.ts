@@ -107,6 +107,16 @@ describe('the report of the perimeter', () => {
     expect(marksOf((await probe(page, 'plan'))[0], 'system').length).toBeGreaterThan(0);
   });
 
+  it('says at the top how good the fusion was, and leads to where it was worst', async () => {
+    const page = await open(path);
+    const verdict = page.locator('.verdict');
+    expect(await verdict.textContent()).toMatch(/^The fusion is better than the best single sensor \((radar|video) \d+\): its mean error \(GOSPA\) is 0\.\d\d m instead of 1\.\d\d m, \d+ % less\. Most of the error, \d+ %, are (inaccurate positions|missed objects|false tracks); no object changed its track\. It went worst around 0:0\d\.\d\d: the error is \d\.\d m/);
+    await verdict.locator('button').click();
+    const time = await probe(page, 'time');
+    expect(await verdict.textContent()).toContain(`0:0${time.toFixed(2)}`);
+    expect((await probe(page, 'selection'))?.kind).toBe('truth');
+  });
+
   it('has an address for what it shows', async () => {
     const page = await open(path);
     await seek(page, 30);
@@ -344,6 +354,11 @@ describe('two runs of the crossing', () => {
     await page.keyboard.press('4');
     await settle(page);
     expect(await page.locator('.differs').allTextContents()).toEqual(['veskarModule.positionGatingDistance30.4']);
+  });
+
+  it('are judged against each other at the top', async () => {
+    const page = await open(path);
+    expect(await page.locator('.verdict').textContent()).toMatch(/^Run A is better than run B: .* % less\. Most of the error of run B, /);
   });
 
   it('mark identity switches', async () => {

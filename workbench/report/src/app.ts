@@ -25,6 +25,7 @@ import { applyTheme, onSystemTheme, otherTheme } from './theme';
 import { lanesOf, Timeline } from './timeline';
 import { listenToTimeline } from './timelinepointer';
 import { Transport } from './transport';
+import { verdictLine } from './verdict';
 
 export class App implements Commands {
   readonly probe: Probe;
@@ -91,6 +92,10 @@ export class App implements Commands {
     this.root.dataset['views'] = this.state.views;
     this.root.replaceChildren(
       headerOf(this.model, this.state, this, help),
+      verdictLine(this.model, (time, selection) => {
+        this.seek(time);
+        this.select(selection);
+      }),
       element('main', { class: 'stage' }, ...this.views.map((view) => view.root)),
       this.transport.root,
       this.tabs.root,
