@@ -378,6 +378,52 @@ describe('two runs of the crossing', () => {
   });
 });
 
+describe('the report of a crowd', () => {
+  let path = '';
+  beforeAll(() => {
+    path = reportOf('crowd');
+  });
+
+  it('lets labels yield instead of covering each other', async () => {
+    const page = await open(path, { width: 1400, height: 900 });
+    await seek(page, 30);
+    const mark = marksOf((await probe(page, 'plan'))[0], 'system')[20];
+    await page.keyboard.press('2');
+    await page.locator(`[data-track="${mark.id}"]`).click();
+    await settle(page);
+    const [labels] = await probe(page, 'planLabels');
+    expect(labels.length).toBeGreaterThan(25);
+    expect(labels[0].text).toMatch(new RegExp(`^${mark.id}\\b`));
+    for (const [i, a] of labels.entries()) {
+      expect(labels.slice(i + 1).filter((b) => a.left < b.right && b.left < a.right && a.top < b.bottom && b.top < a.bottom)).toEqual([]);
+    }
+  });
+
+  it('finds tracks by search, filter and order', async () => {
+    const page = await open(path);
+    await seek(page, 30);
+    const entries = page.locator('.tracks li');
+    const all = await entries.count();
+    expect(all).toBeGreaterThan(50);
+    await page.getByLabel('Standing').selectOption('doubtful');
+    const doubtful = await entries.count();
+    expect(doubtful).toBeGreaterThan(0);
+    expect(doubtful).toBeLessThan(all / 2);
+    expect(await entries.first().textContent()).toMatch(/doubtful0\.[0-4]\d$/);
+    await page.getByLabel('Standing').selectOption('');
+    await page.getByLabel('Order by').selectOption('distance');
+    const distances = (await entries.locator('.number').allTextContents()).slice(0, 20).map(parseFloat);
+    expect(distances).toEqual([...distances].sort((a, b) => a - b));
+    const search = page.getByLabel('Search tracks');
+    await search.fill('');
+    // Keys of the page are letters of the search here; the time runs on meanwhile.
+    await search.pressSequentially('radar 4');
+    expect(await probe(page, 'time')).toBe(30);
+    expect(await search.evaluate((field) => field === document.activeElement)).toBe(true);
+    expect(await page.locator('.inspector .hint').textContent()).toMatch(/^[01] of \d+ system tracks$/);
+  });
+});
+
 describe('any report', () => {
   it.each([
     ['on a desktop', {}],

@@ -20,6 +20,7 @@ export class Surface {
   width = 0;
   height = 0;
   marks: Mark[] = [];
+  labels: Plate[] = [];
   private ratio = 1;
 
   constructor(label: string) {
@@ -46,6 +47,7 @@ export class Surface {
     this.width = clientWidth;
     this.height = clientHeight;
     this.marks = [];
+    this.labels = [];
     if (clientWidth === 0 || clientHeight === 0) {
       return false;
     }
@@ -108,41 +110,73 @@ export class Surface {
   }
 }
 
-interface Rectangle {
+/** A written label and its place, CSS pixels. */
+export interface Plate {
+  readonly text: string;
   readonly left: number;
   readonly top: number;
   readonly right: number;
   readonly bottom: number;
 }
 
-/** Writes labels on opaque plates that do not overlap, so that they stay readable. */
-export class Plates {
-  private readonly taken: Rectangle[] = [];
+type Offset = readonly [x: number, y: number, align: 'left' | 'right'];
 
+/** The name of an object beside it. */
+export interface Label {
+  /** From the best to the shortest. */
+  readonly texts: readonly string[];
+  readonly ink: string;
+  /** Where it may stand, the best first. */
+  readonly places: readonly Offset[];
+  /** Labels of lower rank come first; those of rank 0 are written even where there is no room. */
+  readonly rank: number;
+}
+
+/**
+ * Writes labels on opaque plates that do not overlap: where there is no room for one, a shorter text is tried, then it
+ * yields.
+ */
+export class Plates {
   constructor(
-    private readonly context: CanvasRenderingContext2D,
+    private readonly surface: Surface,
     private readonly ground: string,
   ) {}
 
-  /** Writes at the first of the given offsets where there is room. */
-  write(text: string, ink: string, places: readonly (readonly [x: number, y: number, align: 'left' | 'right'])[]): void {
-    const { context } = this;
-    const width = context.measureText(text).width + 6;
-    const rectangles = places.map(([x, y, align]) => {
-      const left = align === 'left' ? x - 3 : x + 3 - width;
-      return { left, top: y - 11, right: left + width, bottom: y + 4 };
+  write(labels: readonly Label[]): void {
+    for (const label of [...labels].sort((a, b) => a.rank - b.rank)) {
+      const plate = this.plateOf(label);
+      if (plate) {
+        this.surface.labels.push(plate);
+        this.draw(plate, label.ink);
+      }
+    }
+  }
+
+  private plateOf({ texts, places, rank }: Label): Plate | undefined {
+    const plates = texts.flatMap((text) => {
+      const width = this.surface.context.measureText(text).width + 6;
+      return places.map(([x, y, align]) => {
+        const left = align === 'left' ? x - 3 : x + 3 - width;
+        return { text, left, top: y - 11, right: left + width, bottom: y + 4 };
+      });
     });
-    const free = rectangles.find((one) => !this.taken.some((other) => overlap(one, other))) ?? rectangles[0];
-    this.taken.push(free);
+    const { width, height, labels } = this.surface;
+    const isFree = (plate: Plate) =>
+      plate.left >= 0 && plate.top >= 0 && plate.right <= width && plate.bottom <= height && !labels.some((other) => overlap(plate, other));
+    return plates.find(isFree) ?? (rank === 0 ? plates[0] : undefined);
+  }
+
+  private draw({ text, left, top, right, bottom }: Plate, ink: string): void {
+    const { context } = this.surface;
     context.globalAlpha = 0.82;
     context.fillStyle = this.ground;
-    context.fillRect(free.left, free.top, width, free.bottom - free.top);
+    context.fillRect(left, top, right - left, bottom - top);
     context.globalAlpha = 1;
     context.fillStyle = ink;
-    context.fillText(text, free.left + 3, free.top + 11.5);
+    context.fillText(text, left + 3, top + 11.5);
   }
 }
 
-function overlap(a: Rectangle, b: Rectangle): boolean {
+function overlap(a: Plate, b: Plate): boolean {
   return a.left < b.right && b.left < a.right && a.top < b.bottom && b.top < a.bottom;
 }

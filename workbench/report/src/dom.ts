@@ -8,6 +8,7 @@ export interface Properties {
   id?: string;
   type?: string;
   title?: string;
+  placeholder?: string;
   for?: string;
   value?: string;
   tabindex?: string;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What is known of an object at a time, in words and numbers with units.
+import { isDoubtful } from './doubt';
 import { hasCoasted, type Model, type Run, type Seen } from './model';
 import { directionText, earthText, placeText } from './places';
 import { ellipseScale } from './scene';
@@ -15,7 +16,7 @@ export function factsOfSystem(model: Model, run: Run, row: number): Facts {
   const at = (name: string) => run.tracks.column(name)[row];
   const labelled = (name: string) => model.word(at(name));
   const facts: Facts = [
-    ['Standing', at('confirmed') === 1 ? 'confirmed' : 'tentative'],
+    ['Standing', isDoubtful(run, row) ? 'confirmed, but doubtful by now' : at('confirmed') === 1 ? 'confirmed' : 'tentative'],
     ['Probability', quantity(at('probability'), 3)],
     ['Class', withShare(labelled('class'), at('classProbability'))],
     ...placeFacts(model, at('x'), at('y')),

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // The scene in the image plane: boxes on the normalised image plane, without the camera's picture.
-import { Plates, Surface, type Mark } from './canvas';
+import { Plates, Surface, type Label, type Mark } from './canvas';
 import type { Point } from './data';
+import { isDoubtful } from './doubt';
 import { hasCoasted, type Model, type Run } from './model';
 import { trackColour, type Palette } from './palette';
-import { isSelected, labelOf, shownAt } from './scene';
+import { isSelected, shownAt, trackLabel } from './scene';
 import type { State } from './state';
 import { traceCross, traceDiamond } from './symbols';
 
@@ -111,18 +112,19 @@ export class ImageView {
     const { tracks } = this.run;
     const columns = boxColumns(tracks);
     const [confirmed, classes, ids] = [tracks.column('confirmed'), tracks.column('class'), tracks.key('id')];
-    const plates = new Plates(context, palette.ground);
+    const labels: Label[] = [];
     for (const row of rows) {
       const box = boxOf(frame, columns, row);
       if (!box) {
         continue;
       }
       const isConfirmed = confirmed[row] === 1;
+      const isDoubted = isDoubtful(this.run, row);
       const id = ids[tracks.track[row]];
       const ink = trackColour(palette, this.index, isConfirmed);
       context.strokeStyle = ink;
       context.fillStyle = ink;
-      context.setLineDash(isConfirmed ? [] : [3, 3]);
+      context.setLineDash(isDoubted ? [8, 4] : isConfirmed ? [] : [3, 3]);
       context.lineWidth = isConfirmed ? 2 : 1;
       context.globalAlpha = isConfirmed ? 0.1 : 0.04;
       context.fillRect(box.left, box.top, box.width, box.height);
@@ -137,14 +139,16 @@ export class ImageView {
         y: box.top + box.height / 2,
         box,
       };
-      if (isConfirmed || isSelected(state.selection, mark, this.index)) {
+      const selected = isSelected(state.selection, mark, this.index);
+      if (isConfirmed || selected) {
         const { left, top, width, height } = box;
-        plates.write(labelOf(id, this.model.word(classes[row])), ink, [
+        labels.push(trackLabel(id, this.model.word(classes[row]), ink, [
           [left, top - 6, 'left'], [left + width, top - 6, 'right'], [left, top + height + 15, 'left'], [left, top - 21, 'left'],
-        ]);
+        ], selected, isDoubted));
       }
       this.record(mark, state, palette);
     }
+    new Plates(this.surface, palette.ground).write(labels);
   }
 
   private drawRadar(context: CanvasRenderingContext2D, frame: Frame, rows: Int32Array, state: State, palette: Palette): void {

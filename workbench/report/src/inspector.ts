@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // What is known of the selected object at the shown time.
-import type { Mark } from './canvas';
 import { timeText } from './clock';
 import { countText } from './describe';
 import { element, setText, type Properties } from './dom';
 import { frameWithReasons, reasonsOf } from './explain';
-import { factsOfSensor, factsOfSystem, factsOfTruth, quantity, type Facts } from './facts';
+import { factsOfSensor, factsOfSystem, factsOfTruth, type Facts } from './facts';
 import { coastingShown, letterOf, lookupTime, type Model, type Run, type Seen } from './model';
+import { signOf } from './signs';
 import type { Selection } from './state';
+import { TrackList } from './tracklist';
 import { sourceNames } from './vocabulary';
 
 /** While the time runs, the text changes at most once in this time, ms, so that it can be read. */
@@ -22,12 +23,16 @@ export class Inspector {
   private readonly heading = element('span', {});
   private readonly handle = element('button', { type: 'button', class: 'handle', 'aria-expanded': 'false', click: () => this.open(!this.isOpen) }, this.heading);
   private readonly body = element('div', { class: 'inspector-body' });
+  private readonly list: TrackList;
+  private readonly legend: HTMLElement;
   private shown = { time: NaN, selection: '', when: -Infinity };
 
   constructor(
     private readonly model: Model,
     private readonly select: (selection: Selection) => void,
   ) {
+    this.list = new TrackList(model, select);
+    this.legend = legendOf(model);
     this.root = element('aside', { class: 'inspector', 'aria-label': 'Objects' }, this.handle, this.body);
   }
 
@@ -60,52 +65,35 @@ export class Inspector {
     }
     this.shown = { time, selection: key, when };
     setText(this.heading, selection ? titleOf(this.model, selection) : countText(this.model, time));
-    this.body.replaceChildren(...(selection ? ofSelection(this.model, selection, time, this.select) : overview(this.model, time, this.select)));
+    if (selection) {
+      this.body.replaceChildren(...ofSelection(this.model, selection, time, this.select));
+    } else {
+      this.list.draw(time);
+      if (!this.list.root.isConnected) {
+        this.body.replaceChildren(this.list.root, this.legend);
+      }
+    }
     return true;
   }
 }
 
 const legend: readonly [string, string][] = [
   ['system', 'Confirmed system track'],
+  ['doubtful', 'Confirmed, but doubtful by now'],
   ['tentative', 'Tentative system track'],
   ['radar', 'Radar track'],
   ['video', 'Video track'],
   ['truth', 'True object'],
 ];
 
-function overview(model: Model, time: number, select: (selection: Selection) => void): HTMLElement[] {
-  const blocks = [
-    element('section', { class: 'block' }, element('h2', {}, 'Legend'), element('ul', { class: 'legend' },
-      ...legend.filter(([kind]) => kind !== 'truth' || model.truth).map(([kind, text]) => element('li', {}, element('i', { class: `sign ${kind}` }), text)))),
-  ];
-  model.runs.forEach((run, index) => {
-    const rows = run.tracks.rowsOf(run.frameAt(lookupTime(time)));
-    const title = model.isPair ? `Run ${letterOf(index)} now` : 'Now';
-    blocks.push(element('section', { class: 'block' }, element('h2', {}, title),
-      rows.length === 0
-        ? element('p', { class: 'empty' }, 'No system track.')
-        : element('ul', { class: 'tracks' }, ...Array.from(rows, (row) => trackButton(model, run, index, row, select)))));
-  });
-  return blocks;
-}
-
-function trackButton(model: Model, run: Run, index: number, row: number, select: (selection: Selection) => void): HTMLElement {
-  const { tracks } = run;
-  const id = tracks.key('id')[tracks.track[row]];
-  const isConfirmed = tracks.column('confirmed')[row] === 1;
-  return entryOf(signOf(isConfirmed ? 'system' : 'tentative', index), `${id}`, { 'data-track': `${id}`, click: () => select({ kind: 'system', run: index, id }) },
-    element('span', {}, model.word(tracks.column('class')[row])),
-    element('span', { class: 'number' }, quantity(tracks.column('probability')[row], 2)));
+function legendOf(model: Model): HTMLElement {
+  return element('section', { class: 'block' }, element('h2', {}, 'Legend'), element('ul', { class: 'legend' },
+    ...legend.filter(([kind]) => kind !== 'truth' || model.truth).map(([kind, text]) => element('li', {}, element('i', { class: `sign ${kind}` }), text))));
 }
 
 /** An object in a list, to be selected. */
 function entryOf(sign: HTMLElement, name: string, properties: Properties, ...details: HTMLElement[]): HTMLElement {
   return element('li', {}, element('button', { type: 'button', ...properties }, sign, element('b', {}, name), ...details));
-}
-
-/** The sign of an object; the confirmed tracks of the second run have one of their own. */
-function signOf(kind: Mark['kind'], run: number): HTMLElement {
-  return element('i', { class: `sign ${kind === 'system' && run === 1 ? 'other' : kind}` });
 }
 
 function ofSelection(model: Model, selection: Selection, time: number, select: (selection: Selection) => void): HTMLElement[] {

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // The ground in plan view: metres, device at the origin, forward is up.
-import { Plates, Surface, type Mark } from './canvas';
+import { Plates, Surface, type Label, type Mark } from './canvas';
 import type { Point } from './data';
+import { isDoubtful } from './doubt';
 import { hasCoasted, type Model, type Run } from './model';
 import { trackColour, type Palette } from './palette';
 import { drawAxes, drawNorth } from './planaxes';
-import { ellipseScale, isSelected, labelOf, shownAt } from './scene';
+import { ellipseScale, isSelected, shownAt, trackLabel } from './scene';
 import type { State } from './state';
 import { traceCross, traceDiamond } from './symbols';
 import type { SourceName } from './vocabulary';
@@ -261,12 +262,13 @@ export class Plan {
     const [x, y, speed, direction, confirmed, classes] = [column('x'), column('y'), column('speed'), column('direction'), column('confirmed'), column('class')];
     const [major, minor, angle] = [column('major'), column('minor'), column('angle')];
     const ids = tracks.key('id');
-    const plates = new Plates(context, palette.ground);
+    const labels: Label[] = [];
     for (const row of rows) {
       if (Number.isNaN(x[row])) {
         continue;
       }
       const isConfirmed = confirmed[row] === 1;
+      const isDoubted = isDoubtful(this.run, row);
       const id = ids[tracks.track[row]];
       const [px, py] = toScreen(transform, x[row], y[row]);
       const ink = trackColour(palette, this.index, isConfirmed);
@@ -274,7 +276,7 @@ export class Plan {
       context.fillStyle = ink;
       if (state.layers.ellipses && major[row] > 0) {
         const size = ellipseScale * transform.scale;
-        context.setLineDash(isConfirmed ? [] : [3, 3]);
+        context.setLineDash(isDoubted ? [8, 4] : isConfirmed ? [] : [3, 3]);
         context.beginPath();
         // The ground's y axis points left on the screen, so positive angles turn counter-clockwise.
         context.ellipse(px, py, major[row] * size, minor[row] * size, -Math.PI / 2 - (angle[row] * Math.PI) / 180, 0, 2 * Math.PI);
@@ -293,23 +295,25 @@ export class Plan {
       }
       context.beginPath();
       context.arc(px, py, isConfirmed ? 4.5 : 3.5, 0, 2 * Math.PI);
-      if (isConfirmed) {
+      if (isConfirmed && !isDoubted) {
         context.fill();
       } else {
         context.fillStyle = palette.ground;
         context.fill();
+        context.lineWidth = isDoubted ? 2.5 : context.lineWidth;
         context.stroke();
       }
       context.lineWidth = 1;
       const mark: Mark = { kind: isConfirmed ? 'system' : 'tentative', id, x: px, y: py };
       const selected = isSelected(state.selection, mark, this.index);
       if (isConfirmed || selected) {
-        plates.write(labelOf(id, this.model.word(classes[row])), ink, [
+        labels.push(trackLabel(id, this.model.word(classes[row]), ink, [
           [px + 9, py - 6, 'left'], [px - 9, py - 6, 'right'], [px + 9, py + 16, 'left'], [px - 9, py + 16, 'right'],
-        ]);
+        ], selected, isDoubted));
       }
       this.record(mark, state, palette);
     }
+    new Plates(this.surface, palette.ground).write(labels);
   }
 
   private record(mark: Mark, state: State, palette: Palette): void {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a browser test can ask the page, as `veskarReport`.
-import type { Mark } from './canvas';
+import type { Mark, Plate } from './canvas';
 import type { Clock } from './clock';
 import type { DrawingLoop } from './drawing';
 import type { PlotPanel } from './plotpanel';
@@ -15,6 +15,8 @@ export interface Probe {
   readonly selection: Selection | null;
   readonly plan: readonly (readonly Mark[])[];
   readonly image: readonly (readonly Mark[])[];
+  /** The labels in the plans. */
+  readonly planLabels: readonly (readonly Plate[])[];
   readonly lanes: readonly { readonly run: number; readonly id: number; readonly switches: number }[];
   readonly plotPoints: readonly number[];
   /** The labels of the plots' axes of values. */
@@ -43,6 +45,7 @@ export function probeOf({ state, clock, views, timeline, plots, loop, loadMillis
     get selection() { return state.selection; },
     get plan() { return views.map((view) => view.plan.surface.marks); },
     get image() { return views.map((view) => view.image.surface.marks); },
+    get planLabels() { return views.map((view) => view.plan.surface.labels); },
     get lanes() { return timeline.lanes.map((lane) => ({ run: lane.run, id: lane.life.id, switches: lane.switches.length })); },
     get plotPoints() { return plots.all.map((plot) => plot.points); },
     get plotLabels() { return plots.all.map((plot) => plot.labels); },

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Selects the tracks that plan and image view show at a time.
-import type { Mark } from './canvas';
+import type { Label, Mark } from './canvas';
 import { lookupTime, type Model, type Run } from './model';
 import type { Selection, State } from './state';
 
@@ -37,6 +37,12 @@ export function shownAt(model: Model, run: Run, state: State, time: number): Sho
 /** What is written beside a system track. */
 export function labelOf(id: number, className: string): string {
   return className === 'unknown' ? `${id}` : `${id} ${className}`;
+}
+
+/** The same as a label: the selected track's is always written, then those of doubtful tracks. */
+export function trackLabel(id: number, className: string, ink: string, places: Label['places'], isSelected: boolean, isDoubted: boolean): Label {
+  const doubt = isDoubted ? ' ?' : '';
+  return { texts: [labelOf(id, className) + doubt, `${id}${doubt}`], ink, places, rank: isSelected ? 0 : isDoubted ? 1 : 2 };
 }
 
 export function isSelected(selection: Selection | null, mark: Pick<Mark, 'kind' | 'id'>, run: number): boolean {

@@ -18,6 +18,9 @@ export interface Verdict {
 /** Differences below this share are none worth a word. */
 const leastShare = 0.02;
 
+/** After the first confirmation the others follow; errors in the meantime say little, s. */
+const startTime = 1;
+
 /** The metrics to compare by: the first that the recording allows. */
 const measures: readonly { readonly key: string; readonly name: string; readonly unit: string; readonly isMoreBetter: boolean }[] = [
   { key: 'GOSPA', name: 'mean error (GOSPA)', unit: ' m', isMoreBetter: false },
@@ -101,7 +104,7 @@ function faultOf(judgement: Judgement, owner: string): string {
     : `${identity[0].toUpperCase()}${identity.slice(1)}${owner && ` in run${owner.slice(-2)}`}.`;
 }
 
-/** The second with the largest mean GOSPA after the first confirmation; -1 without any. */
+/** The moment with the largest GOSPA in the second with the largest mean, after `from`; -1 without any. */
 export function worstMoment(judgement: Judgement, from: number): number {
   const { times, gospa } = judgement;
   let [worst, most, sum, begin] = [-1, 0, 0, 0];
@@ -126,7 +129,7 @@ export function worstMoment(judgement: Judgement, from: number): number {
 function worstOf(model: Model, run: Run, index: number): Verdict['where'] {
   const judgement = run.judgement as Judgement;
   const confirmed = run.lives.reduce((least, life) => (life.confirmed < least ? life.confirmed : least), Infinity);
-  const moment = worstMoment(judgement, confirmed);
+  const moment = worstMoment(judgement, confirmed + startTime);
   if (moment < 0) {
     return null;
   }
