@@ -135,7 +135,8 @@ FusedHeader readHeader(const nlohmann::json& json) {
             configuration.dump(),
             digestOf(fields.at("camera").json()),
             digestOf(configuration),
-            fields.has("veskarHost") ? digestOf(fields.at("veskarHost").json()) : ""};
+            fields.has("veskarHost") ? digestOf(fields.at("veskarHost").json()) : "",
+            fields.has("veskarHost") ? fields.at("veskarHost").json().dump() : ""};
 }
 
 bool isRefused(const Veskar::ConfigFault& fault) {

@@ -27,6 +27,8 @@ struct FusedHeader {
     std::string cameraDigest;         ///< see digestOf
     std::string configurationDigest;  ///< see digestOf
     std::string hostDigest;           ///< see digestOfConstants
+    /// JSON text of the host's constants that differ from their defaults; empty when none does
+    std::string constants;
 };
 
 /// Reads and checks the lines of fused tracks. Memory does not depend on their number.

@@ -2,6 +2,7 @@
 #include "report/Report.h"
 
 #include <veskar-host/HostAdapter.h>
+#include <veskar-host/HostParameters.h>
 #include <veskar-host/InputError.h>
 #include <veskar/Config.h>
 #include <veskar/Version.h>
@@ -113,6 +114,22 @@ std::string fileNameOf(const std::string& path) {
     return path.substr(path.rfind('/') + 1);
 }
 
+/// A configuration with the constants of the host, as files of configurations have them.
+Json settingsOf(const Veskar::Config& config, const std::string& constants) {
+    Json settings = Json::parse(config.toJson());
+    if (!constants.empty()) {
+        settings["veskarHost"] = Json::parse(constants);
+    }
+    return settings;
+}
+
+/// What a run uses when no configuration is named.
+Json defaultSettings() {
+    const std::string constants =
+        HostParameters::fromConfig(Veskar::Config::defaultsText()).toJson();
+    return settingsOf(Veskar::Config::defaults(), constants);
+}
+
 Json aboutRecording(const RecordingHeader& header) {
     Json about = toJson(header);
     about.erase("camera");
@@ -164,11 +181,12 @@ Json reportData(const ReportInputs& inputs, const Provenance& provenance,
               {"radar", part.radar.json(start)}};
     data["truth"] =
         part.truth.empty() ? Json(nullptr) : truthTable(part.truth, camera, words, start);
+    data["defaults"] = defaultSettings();
     data["runs"] = Json::array();
     for (std::size_t i = 0; i < runs.size(); ++i) {
         Json& run = data["runs"].emplace_back(runs[i]->table.json(start));
         run["label"] = fileNameOf(inputs.runs[i].fused);
-        run["configuration"] = Json::parse(runs[i]->config.toJson());
+        run["configuration"] = settingsOf(runs[i]->config, runs[i]->reader.header().constants);
         run["judgement"] = runs[i]->judgement.json(start);
         run["explanation"] = nullptr;
         if (const std::string& path = inputs.runs[i].explain; !path.empty()) {

@@ -239,6 +239,22 @@ TEST_F(Report, KnowsNoPlaceOnEarthWithoutASite) {
     EXPECT_TRUE(dataOf({elsewhere, {{fused, ""}}})["scene"]["earth"].is_null());
 }
 
+TEST_F(Report, HoldsTheSettingsThatTheRunUsedAndTheDefaults) {
+    ASSERT_EQ(veskar({"replay", recording, "-o", fused, "--set", "veskarHost.cutBoxStd=0.7",
+                      "--set", "veskarModule.trackKillTime=0.25"})
+                  .status,
+              0);
+    const Json data = dataOf({recording, {{fused, ""}}});
+    const Json& used = data["runs"][0]["configuration"];
+    EXPECT_EQ(used["veskarHost"]["cutBoxStd"], 0.7);
+    EXPECT_EQ(used["veskarModule"]["trackKillTime"], 0.25);
+    const Json& defaults = data["defaults"];
+    EXPECT_EQ(defaults["veskarHost"]["cutBoxStd"], 0.3);
+    EXPECT_EQ(defaults["veskarModule"]["trackKillTime"], 0.5);
+    EXPECT_EQ(used["veskarRules"], defaults["veskarRules"]);
+    EXPECT_EQ(used["veskarModule"].size(), defaults["veskarModule"].size());
+}
+
 TEST_F(Report, HoldsTheTruth) {
     const Json data = dataOf({recording, {{fused, ""}}});
     const auto rows = rowsOf(data["truth"]["table"]);

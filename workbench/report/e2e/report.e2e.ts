@@ -353,7 +353,11 @@ describe('two runs of the crossing', () => {
     expect((await page.locator('.figures tr', { hasText: 'IDSW' }).locator('td').allTextContents())[2]).toMatch(/^\+\d+ A better$/);
     await page.keyboard.press('4');
     await settle(page);
-    expect(await page.locator('.differs').allTextContents()).toEqual(['veskarModule.positionGatingDistance30.4']);
+    expect(await page.locator('.differs').allTextContents()).toEqual(['veskarModule.positionGatingDistance30.43']);
+    expect(await page.locator('.configuration .hint').textContent()).toBe('1 setting differs between the runs. 1 setting differs from the defaults.');
+    const subjects = await page.locator('.subject').allTextContents();
+    expect(subjects[0]).toBe('Differs between A and B');
+    expect(subjects).toContain('From reports to tracks');
   });
 
   it('are judged against each other at the top', async () => {

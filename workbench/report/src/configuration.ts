@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Shows the configurations of the runs and their differences.
+// Shows the configurations of the runs by subject, and what differs between them and from the defaults.
 import { element } from './dom';
 import { letterOf, type Model } from './model';
 
@@ -19,26 +19,68 @@ export function leavesOf(value: unknown, path = ''): Map<string, string> {
 export interface Setting {
   readonly path: string;
   readonly values: readonly string[];
+  readonly usual: string;
+  /** Whether the runs differ in it. */
   readonly differs: boolean;
+  /** Whether a run has not used the default. */
+  readonly isChanged: boolean;
 }
 
-export function settingsOf(configurations: readonly unknown[]): Setting[] {
+export interface Subject {
+  readonly title: string;
+  readonly settings: readonly Setting[];
+}
+
+/** What stands for a setting that a file does not have. */
+const absent = '–';
+
+/** The sections of a configuration. */
+const subjects: Readonly<Record<string, string>> = {
+  veskarModule: 'Fusion: gating, association, confirmation',
+  veskarRules: 'Rules beyond the basic fusion',
+  veskarInputs: 'Accuracy of the inputs',
+  veskarHost: 'From reports to tracks',
+  veskarDetectionPriority: 'Detection priority',
+};
+
+/** All settings: those in which the runs differ, those that are not as by default, then the others by subject. */
+export function subjectsOf(configurations: readonly unknown[], defaults: unknown): Subject[] {
   const all = configurations.map((configuration) => leavesOf(configuration));
-  const paths = [...new Set(all.flatMap((leaves) => [...leaves.keys()]))];
-  const settings = paths.map((path) => {
-    const values = all.map((leaves) => leaves.get(path) ?? '–');
-    return { path, values, differs: values.some((value) => value !== values[0]) };
+  const usual = leavesOf(defaults);
+  const paths = [...new Set([...all, usual].flatMap((leaves) => [...leaves.keys()]))];
+  const settings = paths.map((path): Setting => {
+    const values = all.map((leaves) => leaves.get(path) ?? absent);
+    const common = usual.get(path) ?? absent;
+    return { path, values, usual: common, differs: values.some((value) => value !== values[0]), isChanged: values.some((value) => value !== common) };
   });
-  return settings.sort((a, b) => Number(b.differs) - Number(a.differs));
+  const sectionOf = ({ path }: Setting) => path.split('.')[0];
+  const others = settings.filter(({ differs, isChanged }) => !differs && !isChanged);
+  const sections = [...new Set([...Object.keys(subjects), ...others.map(sectionOf)])];
+  return [
+    { title: 'Differs between A and B', settings: settings.filter(({ differs }) => differs) },
+    { title: 'Not as by default', settings: settings.filter(({ differs, isChanged }) => !differs && isChanged) },
+    ...sections.map((section) => ({ title: subjects[section] ?? section, settings: others.filter((setting) => sectionOf(setting) === section) })),
+  ].filter((subject) => subject.settings.length > 0);
+}
+
+function summaryOf(model: Model, all: readonly Setting[]): string {
+  const differing = all.filter((setting) => setting.differs).length;
+  const changed = all.filter((setting) => setting.isChanged).length;
+  const count = (n: number, word: string) => `${n} ${n === 1 ? `setting ${word}s` : `settings ${word}`}`;
+  const runs = !model.isPair ? [] : differing === 0 ? ['Both runs used the same configuration.'] : [`${count(differing, 'differ')} between the runs.`];
+  return [...runs, changed === 0 ? 'Everything is as by default.' : `${count(changed, 'differ')} from the defaults.`].join(' ');
 }
 
 export function showConfiguration(root: HTMLElement, model: Model): void {
-  const settings = settingsOf(model.runs.map((run) => run.configuration));
-  const count = settings.filter((setting) => setting.differs).length;
-  const summary = count === 0 ? 'Both runs used the same configuration.' : `${count} ${count === 1 ? 'setting differs' : 'settings differ'}; they stand on top.`;
+  const shown = subjectsOf(model.runs.map((run) => run.configuration), model.data.defaults);
+  const columns = [...model.runs.map((_, i) => (model.isPair ? letterOf(i) : 'Used')), 'Default'];
+  const rowOf = ({ path, values, usual, differs, isChanged }: Setting) =>
+    element('tr', { class: [differs ? 'differs' : '', isChanged ? 'changed' : ''].join(' ').trim() }, element('th', { scope: 'row' }, path),
+      ...values.map((value) => element('td', { class: value === usual ? '' : 'unusual' }, value)), element('td', {}, usual));
   root.replaceChildren(
-    ...(model.isPair ? [element('p', { class: 'hint' }, summary)] : []),
+    element('p', { class: 'hint' }, summaryOf(model, shown.flatMap(({ settings }) => settings))),
     element('div', { class: 'scroll', tabindex: '0', role: 'region', 'aria-label': 'Configuration' }, element('table', { class: 'settings' },
-      element('thead', {}, element('tr', {}, element('th', { scope: 'col' }, 'Setting'), ...model.runs.map((_, i) => element('th', { scope: 'col' }, model.isPair ? letterOf(i) : 'Value')))),
-      element('tbody', {}, ...settings.map(({ path, values, differs }) => element('tr', { class: differs ? 'differs' : '' }, element('th', { scope: 'row' }, path), ...values.map((value) => element('td', {}, value))))))));
+      element('thead', {}, element('tr', {}, element('th', { scope: 'col' }, 'Setting'), ...columns.map((name) => element('th', { scope: 'col' }, name)))),
+      ...shown.map(({ title, settings }) => element('tbody', {},
+        element('tr', { class: 'subject' }, element('th', { scope: 'rowgroup', colspan: String(columns.length + 1) }, title)), ...settings.map(rowOf))))));
 }

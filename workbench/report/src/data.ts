@@ -93,5 +93,7 @@ export interface ReportData {
   readonly video: SeenData;
   readonly radar: SeenData;
   readonly truth: SeenData | null;
+  /** What a run uses when no configuration is named. */
+  readonly defaults: unknown;
   readonly runs: readonly RunData[];
 }

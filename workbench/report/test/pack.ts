@@ -107,6 +107,7 @@ export function smallReport(changes: Partial<ReportData> = {}): ReportData {
     video: seen([{ key: { id: 7 }, rows: times.map((time) => ({ frame: time, x: 10 + time, y: -2, u: 0.1, v: 0, left: 0, bottom: 0, right: 0.1, top: 0.2, coasting: 0 })) }]),
     radar: seen([{ key: { id: 9 }, rows: [{ frame: 1, x: 11, y: -2, u: 0.1, v: 0, coasting: 0 }] }]),
     truth: null,
+    defaults: { veskarModule: { gate: 3, list: [1, 2] } },
     runs: [smallRun()],
     ...changes,
   };

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 import { describe, expect, it } from 'vitest';
-import { leavesOf, settingsOf } from '../src/configuration';
+import { leavesOf, subjectsOf } from '../src/configuration';
 import { factsOfSensor, factsOfSystem, quantity } from '../src/facts';
 import { better, tableOf } from '../src/metrics';
 import { Model } from '../src/model';
@@ -50,12 +50,17 @@ describe('the configuration', () => {
     expect([...leavesOf({ a: { b: 1, c: [true, 'x'] }, d: null })]).toEqual([['a.b', '1'], ['a.c[0]', 'true'], ['a.c[1]', '"x"'], ['d', 'null']]);
   });
 
-  it('shows differing settings first', () => {
-    expect(settingsOf([{ a: 1, b: 2 }, { a: 1, b: 3, c: 4 }])).toEqual([
-      { path: 'b', values: ['2', '3'], differs: true },
-      { path: 'c', values: ['–', '4'], differs: true },
-      { path: 'a', values: ['1', '1'], differs: false },
+  it('shows what differs first, then the rest by subject', () => {
+    const used = { other: { a: 1 }, veskarRules: { r: 5 }, veskarModule: { b: 2, c: 4 } };
+    const subjects = subjectsOf([used, { ...used, veskarModule: { b: 3, c: 4 } }], { ...used, veskarModule: { b: 2, c: 0, d: 7 } });
+    expect(subjects.map(({ title, settings }) => [title, ...settings.map(({ path }) => path)])).toEqual([
+      ['Differs between A and B', 'veskarModule.b'],
+      ['Not as by default', 'veskarModule.c', 'veskarModule.d'],
+      ['Rules beyond the basic fusion', 'veskarRules.r'],
+      ['other', 'other.a'],
     ]);
+    expect(subjects[0].settings[0]).toEqual({ path: 'veskarModule.b', values: ['2', '3'], usual: '2', differs: true, isChanged: true });
+    expect(subjects[1].settings[1]).toMatchObject({ values: ['–', '–'], usual: '7' });
   });
 });
 
