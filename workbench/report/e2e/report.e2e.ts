@@ -307,6 +307,42 @@ describe('the report of the perimeter', () => {
     expect(await page.locator('.speed').textContent()).toBe('2×');
   });
 
+  it('zooms timeline and plots in time', async () => {
+    const page = await open(path);
+    await seek(page, 20);
+    await page.getByRole('button', { name: 'Show less time' }).click();
+    await page.getByRole('button', { name: 'Show less time' }).click();
+    const { from, to } = await probe(page, 'span');
+    expect(to - from).toBeCloseTo(15, 6);
+    expect(from < 20 && 20 < to).toBe(true);
+    // A click in the middle of the lanes goes to the middle of what is shown.
+    const { width } = (await page.locator('.timeline canvas').boundingBox())!;
+    await page.locator('.timeline canvas').click({ position: { x: 118 + (width - 128) / 2, y: 60 } });
+    expect(await probe(page, 'time')).toBeCloseTo((from + to) / 2, 1);
+    await seek(page, 50);
+    const moved = await probe(page, 'span');
+    expect(moved.from < 50 && 50 < moved.to).toBe(true);
+    await page.getByRole('button', { name: 'Show all of the time' }).click();
+    expect(await probe(page, 'span')).toEqual({ from: 0, to: expect.closeTo(60, 0) });
+  });
+
+  it('tells values with units where the pointer rests', async () => {
+    const page = await open(path, { width: 1400, height: 900 });
+    await seek(page, 30);
+    const tip = page.locator('.tooltip');
+    const mark = marksOf((await probe(page, 'plan'))[0], 'system')[0];
+    await page.locator('.plan-view canvas').hover({ position: { x: mark.x, y: mark.y } });
+    expect(await tip.textContent()).toMatch(new RegExp(`^System track ${mark.id}Standing: confirmedProbability: 1\\.000Class: human \\d+ %Position: .* m ahead, .*Speed: \\d\\.\\d\\d m/s$`));
+    await page.locator('.timeline canvas').hover({ position: { x: 500, y: 31 } });
+    expect(await tip.textContent()).toMatch(/^\d human at 0:\d\d\.\d\dconfirmed, probability \d\.\d\dvideo \d+: (seen|coasting)/);
+    await page.keyboard.press('2');
+    await page.locator('.plot .u-over').first().hover({ position: { x: 100, y: 40 } });
+    await page.mouse.move(0, 0);
+    expect(await tip.isVisible()).toBe(false);
+    await page.locator('.plot .u-over').first().hover({ position: { x: 104, y: 40 } });
+    expect(await tip.textContent()).toMatch(/^0:\d\d\.\d\dfusion: \d\.\d\d m$/);
+  });
+
   it('shows the metrics, part by part', async () => {
     const page = await open(path);
     await page.getByRole('tab', { name: 'Metrics' }).click();
@@ -525,6 +561,37 @@ describe('any report', () => {
     expect(await page.locator('.inspector .facts').isVisible()).toBe(false);
     expect((await page.locator('.handle').boundingBox())!.y).toBeLessThan(transport.y);
     await shoot(page, 'phone');
+  });
+
+  it.each([[1400, 900], [1920, 1080]])('leaves little empty beside the camera image at %i x %i', async (width, height) => {
+    const page = await open(at('perimeter.html'), { width, height });
+    const box = (await page.locator('.image-view').boundingBox())!;
+    const used = Math.min(box.width, (box.height * 16) / 9);
+    expect((used * used * 9) / 16 / (box.width * box.height)).toBeGreaterThan(0.8);
+    expect((await page.locator('.plan-view').boundingBox())!.width).toBeGreaterThan(300);
+  });
+
+  it('has borders that move by pointer and keys, and are remembered', async () => {
+    const page = await open(at('perimeter.html'), { width: 1400, height: 900 });
+    const widthOf = async (part: string) => (await page.locator(part).boundingBox())!.width;
+    const before = await widthOf('.inspector');
+    const time = await probe(page, 'time');
+    await page.getByRole('separator', { name: 'Width of the side panel' }).focus();
+    await page.keyboard.press('ArrowLeft');
+    expect(await widthOf('.inspector')).toBe(before + 24);
+    expect(await probe(page, 'time')).toBe(time);
+    const camera = await widthOf('.image-view');
+    const border = (await page.locator('.splitter-camera').boundingBox())!;
+    await page.mouse.move(border.x + 4, border.y + 50);
+    await page.mouse.down();
+    await page.mouse.move(border.x + 104, border.y + 50, { steps: 3 });
+    await page.mouse.up();
+    expect(await widthOf('.image-view')).toBeCloseTo(camera - 100, -1);
+    await page.reload();
+    await until(page, 'window.veskarReport && veskarReport.drawMilliseconds.length > 0');
+    expect(await widthOf('.inspector')).toBe(before + 24);
+    await page.locator('.splitter-side').dblclick();
+    expect(await widthOf('.inspector')).toBe(before);
   });
 
   it('fits on a small laptop without scrolling', async () => {

@@ -19,11 +19,14 @@ import { PlotPanel } from './plotpanel';
 import { probeOf, type Probe } from './probe';
 import { Rest } from './rest';
 import { RunView } from './runview';
+import { splitterOf } from './splitter';
 import { initialState, isSame, type Layers, type Selection, type State, type Views } from './state';
 import { panelOf, Tabs, type Tab } from './tabs';
 import { applyTheme, onSystemTheme, otherTheme } from './theme';
-import { lanesOf, Timeline } from './timeline';
-import { listenToTimeline } from './timelinepointer';
+import { gutter, lanesOf, Timeline } from './timeline';
+import { listenToTimeline, timelineTools } from './timelinepointer';
+import { laneLines, markLines } from './tips';
+import { Tooltip } from './tooltip';
 import { Transport } from './transport';
 import { verdictLine } from './verdict';
 
@@ -39,6 +42,7 @@ export class App implements Commands {
   private readonly tabs: Tabs;
   private readonly transport: Transport;
   private readonly inspector: Inspector;
+  private readonly tooltip = new Tooltip();
   private readonly rest = new Rest(() => this.settle());
   private palette!: Palette;
 
@@ -50,11 +54,11 @@ export class App implements Commands {
     this.model = new Model(data);
     this.clock = new Clock(this.model.duration, this.model.moments);
     this.loop = new DrawingLoop(this.clock, () => this.draw());
-    this.views = this.model.runs.map((run, i) => new RunView(this.model, run, i, this));
+    this.views = this.model.runs.map((run, i) => new RunView(this.model, run, i, this, () => this.loop.request()));
     this.timeline = new Timeline(this.model);
     this.plots = new PlotPanel(this.model, (time) => this.seek(time));
     this.tabs = new Tabs({
-      timeline: panelOf('timeline', this.timeline.surface.canvas),
+      timeline: panelOf('timeline', this.timeline.surface.canvas, timelineTools(this.timeline, this.clock, this)),
       plots: panelOf('plots', ...this.plots.all.map((plot) => plot.root)),
       metrics: panelOf('metrics'),
       configuration: panelOf('configuration'),
@@ -90,6 +94,12 @@ export class App implements Commands {
     const help = helpOf(shortcuts);
     listenToKeys(shortcuts, help);
     this.root.dataset['views'] = this.state.views;
+    document.documentElement.style.setProperty('--aspect', String(this.model.scene.aspect));
+    const changed = () => this.loop.request();
+    const sideBorder = splitterOf({ name: 'side', label: 'Width of the side panel', panelIs: 'right', panel: this.inspector.root, least: 220, most: () => innerWidth * 0.45, changed });
+    const lowerBorder = splitterOf({ name: 'lower', label: 'Height of the details', panelIs: 'below', panel: this.tabs.root, least: 120, most: () => innerHeight * 0.6, changed });
+    this.inspector.root.append(sideBorder);
+    this.tabs.root.append(lowerBorder);
     this.root.replaceChildren(
       headerOf(this.model, this.state, this, help),
       verdictLine(this.model, (time, selection) => {
@@ -101,11 +111,17 @@ export class App implements Commands {
       this.tabs.root,
       this.inspector.root,
       element('footer', {}, `veskar ${program}`, recording.licence ? ` · ${recording.licence}` : ''),
-      help);
+      help,
+      this.tooltip.root);
   }
 
   private listen(): void {
     listenToTimeline(this.timeline, this.clock, this);
+    const { surface } = this.timeline;
+    this.tooltip.watch(surface.canvas, (x, y) => laneLines(this.model, this.timeline.laneAt(y), x < gutter ? this.clock.time : this.timeline.timeAt(x)));
+    this.views.forEach((view, run) => [view.plan.surface, view.image.surface].forEach((drawn) =>
+      this.tooltip.watch(drawn.canvas, (x, y) => markLines(this.model, drawn.hit(x, y, 12), run, this.clock.time))));
+    this.plots.all.forEach((plot) => this.tooltip.watch(plot.root, (x, _, part) => plot.linesAt(x, part)));
     addEventListener('resize', () => this.loop.request());
     new ResizeObserver(() => this.loop.request()).observe(this.root);
     addEventListener('hashchange', () => this.followLink());
@@ -113,16 +129,19 @@ export class App implements Commands {
   }
 
   private draw(): void {
-    const { time } = this.clock;
+    const { time, playing } = this.clock;
+    if (playing) {
+      this.timeline.include(time);
+    }
     this.views.forEach((view) => view.draw(this.state, time, this.palette));
     if (this.tabs.current === 'timeline') {
       this.timeline.draw(this.state, time, this.palette);
     }
     if (this.tabs.current === 'plots') {
-      this.plots.draw(time);
+      this.plots.draw(time, this.timeline.span);
     }
     this.transport.draw();
-    if (!this.clock.playing) {
+    if (!playing) {
       this.rest.disturb();
     }
     if (!this.inspector.draw(this.state.selection, time)) {
@@ -155,11 +174,13 @@ export class App implements Commands {
 
   seek(time: number): void {
     this.clock.seek(time);
+    this.timeline.include(this.clock.time);
     this.loop.request();
   }
 
   step(count: number): void {
     this.clock.step(count);
+    this.timeline.include(this.clock.time);
     this.loop.request();
   }
 
@@ -217,6 +238,20 @@ export class App implements Commands {
 
   scrollTimeline(amount: number): void {
     this.timeline.scrollBy(amount);
+    this.loop.request();
+  }
+
+  zoomTimeline(x: number, factor: number): void {
+    if (factor > 0) {
+      this.timeline.zoomAt(x, factor);
+    } else {
+      this.timeline.showAll();
+    }
+    this.loop.request();
+  }
+
+  panTimeline(pixels: number): void {
+    this.timeline.panBy(pixels);
     this.loop.request();
   }
 

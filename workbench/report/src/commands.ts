@@ -20,6 +20,10 @@ export interface Commands {
   zoomPlans(x: number, y: number, factor: number): void;
   fitPlans(): void;
   scrollTimeline(amount: number): void;
+  /** Zooms the timeline and the plots around a pixel of the timeline; factor 0 shows all of the time. */
+  zoomTimeline(x: number, factor: number): void;
+  /** Moves timeline and plots in time, pixels. */
+  panTimeline(pixels: number): void;
 
   toggleLayer(layer: keyof Layers): void;
   showViews(views: Views): void;

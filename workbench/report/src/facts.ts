@@ -1,15 +1,46 @@
 // SPDX-License-Identifier: Apache-2.0
 // What is known of an object at a time, in words and numbers with units.
 import { isDoubtful } from './doubt';
-import { hasCoasted, type Model, type Run, type Seen } from './model';
+import { hasCoasted, letterOf, lookupTime, type Model, type Run, type Seen } from './model';
 import { directionText, earthText, placeText } from './places';
 import { ellipseScale } from './scene';
+import type { Selection } from './state';
 
 export type Facts = [name: string, value: string][];
 
 /** A number with its unit; a dash where there is none. */
 export function quantity(value: number | undefined, decimals: number, unit = ''): string {
   return value === undefined || Number.isNaN(value) ? '–' : `${value.toFixed(decimals)}${unit && ` ${unit}`}`;
+}
+
+/** The name of a selected object. */
+export function titleOf(model: Model, selection: Selection): string {
+  switch (selection.kind) {
+    case 'system':
+      return `System track ${selection.id}${model.isPair ? ` of ${letterOf(selection.run)}` : ''}`;
+    case 'truth':
+      return `Object ${selection.id}`;
+    default:
+      return `${selection.kind === 'video' ? 'Video' : 'Radar'} track ${selection.id}`;
+  }
+}
+
+/** What is known of a selected object at a time; null when it is not there. */
+export function factsAt(model: Model, selection: Selection, time: number): Facts | null {
+  const now = lookupTime(time);
+  if (selection.kind === 'system') {
+    const run = model.runs[selection.run];
+    const row = run.rowAt(selection.id, now);
+    return row < 0 ? null : factsOfSystem(model, run, row);
+  }
+  const seen = selection.kind === 'truth' ? model.truth : model.seen(selection.kind);
+  const track = seen?.trackOf(selection.id) ?? -1;
+  const frame = seen?.frameAt(now) ?? -1;
+  const row = seen && track >= 0 && frame >= 0 ? seen.table.rowAt(track, frame) : -1;
+  if (row < 0) {
+    return null;
+  }
+  return selection.kind === 'truth' ? factsOfTruth(model, row) : factsOfSensor(model, seen as Seen, row);
 }
 
 export function factsOfSystem(model: Model, run: Run, row: number): Facts {

@@ -4,8 +4,8 @@ import { timeText } from './clock';
 import { countText } from './describe';
 import { element, setText, type Properties } from './dom';
 import { frameWithReasons, reasonsOf } from './explain';
-import { factsOfSensor, factsOfSystem, factsOfTruth, type Facts } from './facts';
-import { coastingShown, letterOf, lookupTime, type Model, type Run, type Seen } from './model';
+import { factsAt, titleOf } from './facts';
+import { coastingShown, lookupTime, type Model, type Run } from './model';
 import { signOf } from './signs';
 import type { Selection } from './state';
 import { TrackList } from './tracklist';
@@ -111,34 +111,6 @@ function ofSelection(model: Model, selection: Selection, time: number, select: (
     why(model, run, selection, time),
   ];
   return blocks.filter((block): block is HTMLElement => block !== null);
-}
-
-function titleOf(model: Model, selection: Selection): string {
-  switch (selection.kind) {
-    case 'system':
-      return `System track ${selection.id}${model.isPair ? ` of ${letterOf(selection.run)}` : ''}`;
-    case 'truth':
-      return `Object ${selection.id}`;
-    default:
-      return `${selection.kind === 'video' ? 'Video' : 'Radar'} track ${selection.id}`;
-  }
-}
-
-function factsAt(model: Model, selection: Selection, time: number): Facts | null {
-  const now = lookupTime(time);
-  if (selection.kind === 'system') {
-    const run = model.runs[selection.run];
-    const row = run.rowAt(selection.id, now);
-    return row < 0 ? null : factsOfSystem(model, run, row);
-  }
-  const seen = selection.kind === 'truth' ? model.truth : model.seen(selection.kind);
-  const track = seen?.trackOf(selection.id) ?? -1;
-  const frame = seen?.frameAt(now) ?? -1;
-  const row = seen && track >= 0 && frame >= 0 ? seen.table.rowAt(track, frame) : -1;
-  if (row < 0) {
-    return null;
-  }
-  return selection.kind === 'truth' ? factsOfTruth(model, row) : factsOfSensor(model, seen as Seen, row);
 }
 
 function absence(model: Model, selection: Selection): string {

@@ -309,6 +309,7 @@ export class Plan {
       if (isConfirmed || selected) {
         labels.push(trackLabel(id, this.model.word(classes[row]), ink, [
           [px + 9, py - 6, 'left'], [px - 9, py - 6, 'right'], [px + 9, py + 16, 'left'], [px - 9, py + 16, 'right'],
+          [px + 9, py - 21, 'left'], [px + 9, py + 31, 'left'],
         ], selected, isDoubted));
       }
       this.record(mark, state, palette);

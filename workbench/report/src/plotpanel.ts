@@ -4,6 +4,7 @@ import type { Model } from './model';
 import type { Palette } from './palette';
 import { countSeries, gospaSeries, Plot, probabilitySeries } from './plots';
 import type { Selection } from './state';
+import type { Span } from './timeline';
 
 export class PlotPanel {
   readonly all: readonly Plot[];
@@ -16,9 +17,9 @@ export class PlotPanel {
     seek: (time: number) => void,
   ) {
     const { duration } = model;
-    this.gospa = new Plot('GOSPA, m', duration, 'The recording has no truth to judge by.', { least: 0, most: null, isWhole: false }, seek);
-    this.counts = new Plot('Number of tracks', duration, '', { least: 0, most: null, isWhole: true }, seek);
-    this.probability = new Plot('Probability of the selected track', duration, 'Select a system track.', { least: 0, most: 1.02, isWhole: false }, seek);
+    this.gospa = new Plot('GOSPA, m', duration, 'The recording has no truth to judge by.', { least: 0, most: null, isWhole: false, unit: ' m' }, seek);
+    this.counts = new Plot('Number of tracks', duration, '', { least: 0, most: null, isWhole: true, unit: '' }, seek);
+    this.probability = new Plot('Probability of the selected track', duration, 'Select a system track.', { least: 0, most: 1.02, isWhole: false, unit: '' }, seek);
     this.all = [this.gospa, this.counts, this.probability];
   }
 
@@ -33,9 +34,10 @@ export class PlotPanel {
     this.probability.show(probabilitySeries(this.model, selection, palette), palette);
   }
 
-  draw(time: number): void {
+  /** Draws the part of the time that the timeline shows. */
+  draw(time: number, span: Span): void {
     for (const plot of this.all) {
-      plot.draw(time);
+      plot.draw(time, span);
     }
   }
 }

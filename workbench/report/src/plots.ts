@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // Plots values over time.
 import uPlot from 'uplot';
-import { tickText } from './clock';
+import { tickText, timeText } from './clock';
 import { element } from './dom';
 import { countsOf, letterOf, type Model, type Run } from './model';
 import { runColour, type Palette } from './palette';
 import type { Selection } from './state';
+import { lastNotAfter } from './table';
+import type { Span } from './timeline';
 
 export interface Series {
   readonly label: string;
@@ -22,6 +24,8 @@ export interface ValueScale {
   readonly most: number | null;
   /** Whether only whole numbers make sense. */
   readonly isWhole: boolean;
+  /** As written behind a value. */
+  readonly unit: string;
 }
 
 /** Distances of the labels of whole numbers. */
@@ -121,15 +125,17 @@ export class Plot {
   private series: readonly Series[] = [];
   private palette: Palette | null = null;
   private currentTime = 0;
+  private span: Span;
   private labelled: readonly string[] = [];
 
   constructor(
     title: string,
-    private readonly duration: number,
+    duration: number,
     private readonly empty: string,
     private readonly scale: ValueScale,
     private readonly seek: (time: number) => void,
   ) {
+    this.span = { from: 0, to: duration };
     this.root = element('section', { class: 'plot', 'aria-label': title }, element('header', {}, element('h2', {}, title), this.keys), this.holder);
   }
 
@@ -149,9 +155,26 @@ export class Plot {
     return this.labelled;
   }
 
+  /** The time and the values at a place in the area of the lines, with units; none elsewhere. */
+  linesAt(x: number, part: EventTarget | null): readonly string[] {
+    if (!this.plot || part !== this.plot.over) {
+      return [];
+    }
+    const time = this.plot.posToVal(x, 'x');
+    const { isWhole, unit } = this.scale;
+    return [timeText(time), ...this.series.map(({ label, times, values }) => {
+      const value = values[lastNotAfter(times, time)] ?? NaN;
+      return `${label}: ${Number.isNaN(value) ? '–' : `${value.toFixed(isWhole ? 0 : 2)}${unit}`}`;
+    })];
+  }
+
   /** Draws the time, and everything when its container has changed size. */
-  draw(time: number): void {
+  draw(time: number, span: Span): void {
     this.currentTime = time;
+    if (span !== this.span) {
+      this.span = span;
+      this.plot?.setScale('x', { min: span.from, max: span.to });
+    }
     const { clientWidth, clientHeight } = this.holder;
     if (this.plot && clientWidth > 0 && (this.plot.width !== clientWidth || this.plot.height !== clientHeight)) {
       // Draws, too; redraw() in the same turn would keep the axes of the old size.
@@ -203,11 +226,11 @@ export class Plot {
       legend: { show: false },
       cursor: { y: false, drag: { x: false, y: false } },
       scales: {
-        x: { time: false, range: [0, this.duration] },
+        x: { time: false, range: () => [this.span.from, this.span.to] },
         y: { range: (_, __, highest) => [least, most ?? Math.max(1, highest * 1.08)] },
       },
       axes: [
-        { ...axis, size: 22, values: (_, ticks) => ticks.map((tick) => tickText(tick, this.duration >= 180)) },
+        { ...axis, size: 22, values: (_, ticks) => ticks.map((tick) => tickText(tick, this.span.to >= 180)) },
         {
           ...axis,
           size: 36,

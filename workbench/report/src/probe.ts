@@ -6,7 +6,7 @@ import type { DrawingLoop } from './drawing';
 import type { PlotPanel } from './plotpanel';
 import type { RunView } from './runview';
 import type { Selection, State } from './state';
-import type { Timeline } from './timeline';
+import type { Span, Timeline } from './timeline';
 
 /** What is shown, and how long drawing takes. */
 export interface Probe {
@@ -18,6 +18,8 @@ export interface Probe {
   /** The labels in the plans. */
   readonly planLabels: readonly (readonly Plate[])[];
   readonly lanes: readonly { readonly run: number; readonly id: number; readonly switches: number }[];
+  /** The part of the time that timeline and plots show, s. */
+  readonly span: Span;
   readonly plotPoints: readonly number[];
   /** The labels of the plots' axes of values. */
   readonly plotLabels: readonly (readonly string[])[];
@@ -47,6 +49,7 @@ export function probeOf({ state, clock, views, timeline, plots, loop, loadMillis
     get image() { return views.map((view) => view.image.surface.marks); },
     get planLabels() { return views.map((view) => view.plan.surface.labels); },
     get lanes() { return timeline.lanes.map((lane) => ({ run: lane.run, id: lane.life.id, switches: lane.switches.length })); },
+    get span() { return timeline.span; },
     get plotPoints() { return plots.all.map((plot) => plot.points); },
     get plotLabels() { return plots.all.map((plot) => plot.labels); },
     get drawMilliseconds() { return loop.milliseconds; },

@@ -10,6 +10,7 @@ import type { Palette } from './palette';
 import { Plan } from './plan';
 import { listenToPlan } from './planpointer';
 import { selectionOf } from './scene';
+import { splitterOf } from './splitter';
 import type { State } from './state';
 
 export class RunView {
@@ -24,6 +25,7 @@ export class RunView {
     private readonly run: Run,
     index: number,
     commands: Commands,
+    changed: () => void,
   ) {
     this.counts = countsOf(run);
     this.plan = new Plan(model, run, index);
@@ -32,9 +34,13 @@ export class RunView {
       model.isPair && element('b', { class: `badge run-${index}` }, letterOf(index)),
       element('span', { class: 'file', title: run.label }, run.label), this.countText);
     const fit = button('Fit', 'Fit the plan (F)', () => commands.fitPlans(), { class: 'fit' });
-    this.root = element('section', { class: 'run' }, title, element('div', { class: 'views' },
+    const imageView = element('div', { class: 'view image-view' }, this.image.surface.canvas, element('span', { class: 'caption' }, 'Camera'));
+    const views = element('div', { class: 'views' });
+    views.append(
       element('div', { class: 'view plan-view' }, this.plan.surface.canvas, element('span', { class: 'caption' }, 'Plan'), fit),
-      element('div', { class: 'view image-view' }, this.image.surface.canvas, element('span', { class: 'caption' }, 'Camera'))));
+      ...(model.isPair ? [] : [splitterOf({ name: 'camera', label: 'Width of the camera image', panelIs: 'right', panel: imageView, least: 160, most: () => views.offsetWidth - 200, changed })]),
+      imageView);
+    this.root = element('section', { class: 'run' }, title, views);
 
     const pick = (mark: Mark | null) => commands.select(mark && selectionOf(mark, index));
     const { surface } = this.image;

@@ -51,14 +51,40 @@ export function tickSpacing(duration: number, width: number): number {
   return [0.5, 1, 2, 5, 10, 20, 30, 60, 120, 300, 600, 1800, 3600].find((step) => step >= least) ?? 7200;
 }
 
+/** A part of the time, s. */
+export interface Span {
+  readonly from: number;
+  readonly to: number;
+}
+
+/** The shortest part of the time that is shown, s. */
+const leastSpan = 1;
+
+/** A part of the time moved into that of the report. */
+export function within({ from, to }: Span, duration: number): Span {
+  const by = from < 0 ? -from : Math.min(0, duration - to);
+  return { from: Math.max(0, from + by), to: Math.min(duration, to + by) };
+}
+
+/** A part of the time that is shorter by a factor, around a time. */
+export function zoomed({ from, to }: Span, around: number, factor: number, duration: number): Span {
+  const length = Math.min(duration, Math.max(Math.min(leastSpan, duration), (to - from) / factor));
+  const share = (around - from) / Math.max(1e-9, to - from);
+  const begin = around - share * length;
+  return within({ from: begin, to: begin + length }, duration);
+}
+
 export class Timeline {
   readonly surface: Surface;
   lanes: readonly Lane[] = [];
   scroll = 0;
+  /** The shown time, s. */
+  span: Span;
   private readonly picture = document.createElement('canvas');
   private pictured: readonly unknown[] = [];
 
   constructor(private readonly model: Model) {
+    this.span = { from: 0, to: model.duration };
     this.surface = new Surface(`Timeline: ${timelineText(model)}`);
   }
 
@@ -98,15 +124,45 @@ export class Timeline {
   }
 
   timeAt(x: number): number {
-    return ((x - gutter) / this.plotWidth) * this.model.duration;
+    return this.span.from + ((x - gutter) / this.plotWidth) * (this.span.to - this.span.from);
   }
 
   private get plotWidth(): number {
     return Math.max(1, this.surface.width - gutter - 10);
   }
 
+  /** The pixel of a time, at the nearest edge when it is not shown. */
+  placeOf(time: number): number {
+    return Math.min(gutter + this.plotWidth, Math.max(gutter, this.x(time)));
+  }
+
   private x(time: number): number {
-    return gutter + (time / Math.max(1e-9, this.model.duration)) * this.plotWidth;
+    return gutter + ((time - this.span.from) / Math.max(1e-9, this.span.to - this.span.from)) * this.plotWidth;
+  }
+
+  /** Shows another part of the time, with the time under a pixel at the same place. */
+  zoomAt(x: number, factor: number): void {
+    this.span = zoomed(this.span, this.timeAt(Math.max(gutter, x)), factor, this.model.duration);
+  }
+
+  /** Moves the shown part of the time, pixels. */
+  panBy(pixels: number): void {
+    const { from, to } = this.span;
+    const by = (pixels / this.plotWidth) * (to - from);
+    this.span = within({ from: from + by, to: to + by }, this.model.duration);
+  }
+
+  showAll(): void {
+    this.span = { from: 0, to: this.model.duration };
+  }
+
+  /** Moves the shown part so that it has a time. */
+  include(time: number): void {
+    const { from, to } = this.span;
+    if (time < from || time > to) {
+      const half = (to - from) / 2;
+      this.span = within({ from: time - half, to: time + half }, this.model.duration);
+    }
   }
 
   draw(state: State, time: number, palette: Palette): void {
@@ -116,7 +172,7 @@ export class Timeline {
     this.scrollBy(0);
     const { context, height } = this.surface;
     // While scrubbing only the time line moves; the lanes are kept as a cached image.
-    const shown = [this.lanes, this.scroll, this.surface.canvas.width, this.surface.canvas.height, state.selection, palette];
+    const shown = [this.lanes, this.scroll, this.surface.canvas.width, this.surface.canvas.height, state.selection, palette, this.span];
     if (shown.every((part, i) => part === this.pictured[i])) {
       context.drawImage(this.picture, 0, 0, this.surface.width, height);
     } else {
@@ -125,6 +181,9 @@ export class Timeline {
       this.picture.width = this.surface.canvas.width;
       this.picture.height = this.surface.canvas.height;
       this.picture.getContext('2d')?.drawImage(this.surface.canvas, 0, 0);
+    }
+    if (time < this.span.from || time > this.span.to) {
+      return;
     }
     context.strokeStyle = palette.select;
     context.lineWidth = 1.5;
@@ -153,8 +212,9 @@ export class Timeline {
   private drawAxis(context: CanvasRenderingContext2D, palette: Palette): void {
     context.fillStyle = palette.muted;
     context.strokeStyle = palette.line;
-    const spacing = tickSpacing(this.model.duration, this.plotWidth);
-    for (let time = 0; time <= this.model.duration + 1e-9; time += spacing) {
+    const { from, to } = this.span;
+    const spacing = tickSpacing(to - from, this.plotWidth);
+    for (let time = Math.ceil(from / spacing - 1e-9) * spacing; time <= to + 1e-9; time += spacing) {
       const x = Math.round(this.x(time)) + 0.5;
       context.beginPath();
       context.moveTo(x, axisHeight - 5);
@@ -182,6 +242,10 @@ export class Timeline {
     context.fillStyle = Number.isNaN(lane.life.confirmed) ? palette.muted : palette.text;
     context.fillText(lane.label, 10, top + 15, gutter - 18);
 
+    context.save();
+    context.beginPath();
+    context.rect(gutter - 6, top, this.surface.width, laneHeight);
+    context.clip();
     const bar = (stretch: { from: number; to: number }, y: number, height: number) =>
       context.fillRect(this.x(stretch.from), y, Math.max(1, this.x(stretch.to) - this.x(stretch.from)), height);
     for (const stretch of lane.life.standing) {
@@ -223,5 +287,6 @@ export class Timeline {
         context.lineWidth = 1;
       }
     }
+    context.restore();
   }
 }

@@ -6,7 +6,7 @@ import { extentOf, toScreen } from '../src/plan';
 import { probabilityOf, thin } from '../src/plots';
 import { isSelected, shownAt } from '../src/scene';
 import { initialState, isSame } from '../src/state';
-import { lanesOf, mainClass, tickSpacing } from '../src/timeline';
+import { lanesOf, mainClass, tickSpacing, within, zoomed } from '../src/timeline';
 import { smallReport, smallRun } from './pack';
 
 const model = new Model(smallReport());
@@ -76,6 +76,14 @@ describe('the timeline', () => {
   it('labels a track with the class that it had for the longest time', () => {
     expect(mainClass([{ from: 0, to: 1, value: 'car' }, { from: 1, to: 3, value: 'human' }, { from: 3, to: 4.5, value: 'car' }])).toBe('car');
     expect(mainClass([])).toBe('unknown');
+  });
+
+  it('zooms around a time and stays within the report', () => {
+    expect(zoomed({ from: 0, to: 60 }, 20, 2, 60)).toEqual({ from: 10, to: 40 });
+    expect(zoomed({ from: 10, to: 40 }, 20, 0.1, 60)).toEqual({ from: 0, to: 60 });
+    expect(zoomed({ from: 0, to: 60 }, 60, 1000, 60)).toEqual({ from: 59, to: 60 });
+    expect(within({ from: 50, to: 70 }, 60)).toEqual({ from: 40, to: 60 });
+    expect(within({ from: -5, to: 15 }, 60)).toEqual({ from: 0, to: 20 });
   });
 
   it('keeps a distance between its ticks', () => {
