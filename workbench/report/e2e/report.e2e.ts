@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Tests reports of the shipped scenarios in a browser, with the actions of a user.
+import { readFileSync } from 'node:fs';
 import { afterEach, beforeAll, describe, expect, it } from 'vitest';
 import type { Page } from 'playwright-core';
 import type { Mark } from '../src/canvas';
@@ -341,6 +342,25 @@ describe('the report of the perimeter', () => {
     expect(await tip.isVisible()).toBe(false);
     await page.locator('.plot .u-over').first().hover({ position: { x: 104, y: 40 } });
     expect(await tip.textContent()).toMatch(/^0:\d\d\.\d\dfusion: \d\.\d\d m$/);
+  });
+
+  it('saves plots as SVG and tables as CSV', async () => {
+    const page = await open(path);
+    const saved = async (button: string) => {
+      const [download] = await Promise.all([page.waitForEvent('download'), page.getByRole('button', { name: button }).first().click()]);
+      return { name: download.suggestedFilename(), text: readFileSync(await download.path(), 'utf8') };
+    };
+    await page.keyboard.press('2');
+    await settle(page);
+    const plot = await saved('Save the plot as SVG');
+    expect(plot.name).toBe('GOSPA, m.svg');
+    expect(plot.text).toMatch(/^<svg .*<path d="M48\.0 \d+\.\d(L[0-9. ]+){100,}" stroke="#/s);
+    await page.keyboard.press('3');
+    const metrics = await saved('Save the metrics as CSV');
+    expect(metrics.name).toBe('metrics.csv');
+    expect(metrics.text).toMatch(/^\ufeffFigure,fusion,radar 3,.*\r\nGOSPA \[m\],0\.\d{3},/);
+    await page.keyboard.press('4');
+    expect((await saved('Save the configuration as CSV')).text).toContain('veskarModule.trackKillTime,0.5,0.5\r\n');
   });
 
   it('shows the metrics, part by part', async () => {

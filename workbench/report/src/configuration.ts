@@ -2,6 +2,7 @@
 // Shows the configurations of the runs by subject, and what differs between them and from the defaults.
 import { element } from './dom';
 import { letterOf, type Model } from './model';
+import { csvButton } from './save';
 
 /** The leaves of a JSON document by path. */
 export function leavesOf(value: unknown, path = ''): Map<string, string> {
@@ -78,7 +79,7 @@ export function showConfiguration(root: HTMLElement, model: Model): void {
     element('tr', { class: [differs ? 'differs' : '', isChanged ? 'changed' : ''].join(' ').trim() }, element('th', { scope: 'row' }, path),
       ...values.map((value) => element('td', { class: value === usual ? '' : 'unusual' }, value)), element('td', {}, usual));
   root.replaceChildren(
-    element('p', { class: 'hint' }, summaryOf(model, shown.flatMap(({ settings }) => settings))),
+    element('div', { class: 'panel-tools' }, element('p', { class: 'hint' }, summaryOf(model, shown.flatMap(({ settings }) => settings))), csvButton(root, 'configuration')),
     element('div', { class: 'scroll', tabindex: '0', role: 'region', 'aria-label': 'Configuration' }, element('table', { class: 'settings' },
       element('thead', {}, element('tr', {}, element('th', { scope: 'col' }, 'Setting'), ...columns.map((name) => element('th', { scope: 'col' }, name)))),
       ...shown.map(({ title, settings }) => element('tbody', {},

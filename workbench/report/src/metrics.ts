@@ -2,6 +2,7 @@
 // Shows the metrics of the evaluation as a table.
 import { element } from './dom';
 import { letterOf, type Model } from './model';
+import { csvButton } from './save';
 
 export interface Table {
   readonly columns: readonly string[];
@@ -59,7 +60,7 @@ export function showMetrics(root: HTMLElement, model: Model, part = 'all'): void
   const chips = element('div', { class: 'segments', role: 'group', 'aria-label': 'Part of the scene' },
     ...parts.map((name) => element('button', { type: 'button', 'aria-pressed': `${name === part}`, click: () => showMetrics(root, model, name) }, name)));
   const split = model.isPair ? 3 : 1;
-  root.replaceChildren(chips, element('div', { class: 'scroll', tabindex: '0', role: 'region', 'aria-label': 'Metrics' }, element('table', { class: 'figures' },
+  root.replaceChildren(element('div', { class: 'panel-tools' }, chips, csvButton(root, 'metrics')), element('div', { class: 'scroll', tabindex: '0', role: 'region', 'aria-label': 'Metrics' }, element('table', { class: 'figures' },
     element('thead', {}, element('tr', {}, element('th', { scope: 'col' }, 'Figure'),
       ...table.columns.map((name, i) => element('th', { scope: 'col', class: i < split ? 'own' : '' }, name)))),
     element('tbody', {}, ...table.rows.map(({ label, cells, better: which }) => element('tr', {},

@@ -2,20 +2,14 @@
 // Plots values over time.
 import uPlot from 'uplot';
 import { tickText, timeText } from './clock';
-import { element } from './dom';
+import { button, element } from './dom';
 import { countsOf, letterOf, type Model, type Run } from './model';
 import { runColour, type Palette } from './palette';
+import { save } from './save';
 import type { Selection } from './state';
+import { svgOf, type Line } from './svg';
 import { lastNotAfter } from './table';
 import type { Span } from './timeline';
-
-export interface Series {
-  readonly label: string;
-  readonly colour: string;
-  readonly dash?: number[];
-  readonly times: Float64Array;
-  readonly values: Float64Array;
-}
 
 /** The axis of a plot's values. */
 export interface ValueScale {
@@ -68,7 +62,7 @@ export function probabilityOf(run: Run, id: number): { times: Float64Array; valu
   };
 }
 
-export function gospaSeries(model: Model, palette: Palette): Series[] {
+export function gospaSeries(model: Model, palette: Palette): Line[] {
   return model.runs.flatMap((run, index) =>
     run.judgement
       ? [{ label: nameOf(model, index), colour: runColour(palette, index), times: run.judgement.times, values: run.judgement.gospa }]
@@ -76,8 +70,8 @@ export function gospaSeries(model: Model, palette: Palette): Series[] {
   );
 }
 
-export function countSeries(model: Model, palette: Palette): Series[] {
-  const series: Series[] = [];
+export function countSeries(model: Model, palette: Palette): Line[] {
+  const series: Line[] = [];
   if (model.truth) {
     const counts = new Float64Array(model.truth.table.frames);
     model.truth.table.frame.forEach((frame) => ++counts[frame]);
@@ -94,7 +88,7 @@ export function countSeries(model: Model, palette: Palette): Series[] {
   return series;
 }
 
-export function probabilitySeries(model: Model, selection: Selection | null, palette: Palette): Series[] {
+export function probabilitySeries(model: Model, selection: Selection | null, palette: Palette): Line[] {
   if (selection?.kind !== 'system') {
     return [];
   }
@@ -107,7 +101,7 @@ function nameOf(model: Model, run: number): string {
 }
 
 /** What a plot shows, in words. */
-export function rangeText(series: readonly Series[]): string {
+export function rangeText(series: readonly Line[]): string {
   return series.map(({ label, values }) => {
     const known = values.filter((value) => !Number.isNaN(value));
     const least = known.reduce((a, b) => Math.min(a, b), Infinity);
@@ -121,22 +115,23 @@ export class Plot {
   readonly root: HTMLElement;
   private readonly holder = element('div', { class: 'plot-area', role: 'img' });
   private readonly keys = element('div', { class: 'plot-keys' });
+  private readonly saveButton = button('SVG', 'Save the plot as SVG', () => this.save(), { class: 'save' });
   private plot: uPlot | null = null;
-  private series: readonly Series[] = [];
+  private series: readonly Line[] = [];
   private palette: Palette | null = null;
   private currentTime = 0;
   private span: Span;
   private labelled: readonly string[] = [];
 
   constructor(
-    title: string,
+    private readonly title: string,
     duration: number,
     private readonly empty: string,
     private readonly scale: ValueScale,
     private readonly seek: (time: number) => void,
   ) {
     this.span = { from: 0, to: duration };
-    this.root = element('section', { class: 'plot', 'aria-label': title }, element('header', {}, element('h2', {}, title), this.keys), this.holder);
+    this.root = element('section', { class: 'plot', 'aria-label': title }, element('header', {}, element('h2', {}, title), this.keys, this.saveButton), this.holder);
   }
 
   /** Number of drawn points, for tests. */
@@ -144,7 +139,7 @@ export class Plot {
     return this.plot ? this.series.reduce((sum, { times }) => sum + times.length, 0) : 0;
   }
 
-  show(series: readonly Series[], palette: Palette): void {
+  show(series: readonly Line[], palette: Palette): void {
     this.series = series;
     this.palette = palette;
     this.rebuild();
@@ -191,6 +186,7 @@ export class Plot {
     this.plot = null;
     this.holder.replaceChildren();
     this.holder.setAttribute('aria-label', rangeText(this.series));
+    this.saveButton.hidden = this.series.length === 0;
     this.keys.replaceChildren(
       ...this.series.map(({ label, colour, dash }) => {
         const swatch = element('i', { class: dash ? 'swatch dashed' : 'swatch' });
@@ -206,6 +202,13 @@ export class Plot {
     if (clientWidth > 0 && this.palette) {
       this.plot = new uPlot(this.options(clientWidth, clientHeight, this.palette), this.join(), this.holder);
     }
+  }
+
+  private save(): void {
+    const { least, most, isWhole } = this.scale;
+    const highest = this.series.reduce((top, { values }) => values.reduce((a, b) => (b > a ? b : a), top), 0);
+    const figure = { title: this.title, lines: this.series, span: this.span, least, most: most ?? Math.max(1, highest * 1.08), isWhole };
+    save(`${this.title}.svg`, 'image/svg+xml', svgOf(figure));
   }
 
   /** Joins series with individual times on one axis. */
