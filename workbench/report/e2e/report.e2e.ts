@@ -564,6 +564,26 @@ describe('any report', () => {
     expect(light(await named(page, '--page'))).toBeGreaterThan(200);
   });
 
+  it('prints everything below each other, in light colours', async () => {
+    const page = await open(at('perimeter.html'), { dark: true });
+    await seek(page, 30);
+    const isShown = () => page.locator('.panel.timeline, .panel.plots, .panel.metrics, .panel.configuration').evaluateAll((panels) => panels.map((panel) => (panel as HTMLElement).offsetHeight > 60));
+    await page.evaluate('dispatchEvent(new Event("beforeprint"))');
+    expect(await isShown()).toEqual([true, true, true, true]);
+    expect(await page.locator('.transport').isVisible()).toBe(false);
+    expect(light(await named(page, '--page'))).toBeGreaterThan(200);
+    expect(light(await colourAt(page, '.image-view canvas', 200, 300))).toBeGreaterThan(200);
+    // Nothing is cut off: every part ends before the next one begins.
+    const edges = await page.locator('.verdict, .run, .panel, .inspector').evaluateAll((parts) => parts.map((part) => part.getBoundingClientRect()).map(({ top, bottom }) => [top, bottom]));
+    edges.slice(1).forEach(([top], i) => expect(top).toBeGreaterThanOrEqual(edges[i][1] - 1));
+    await page.evaluate('dispatchEvent(new Event("afterprint"))');
+    expect(await isShown()).toEqual([true, false, false, false]);
+    expect(light(await named(page, '--page'))).toBeLessThan(40);
+    const pages = (await page.pdf({ path: at('perimeter.pdf'), width: '210mm', height: '297mm', scale: 0.7 })).toString('latin1').match(/\/Type \/Page\b/g)!.length;
+    expect(pages).toBeGreaterThan(1);
+    expect(pages).toBeLessThan(9);
+  });
+
   it('fits on a phone', async () => {
     const page = await open(at('perimeter.html'), { width: 390, height: 844, phone: true });
     await seek(page, 30);

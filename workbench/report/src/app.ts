@@ -124,6 +124,8 @@ export class App implements Commands {
     this.plots.all.forEach((plot) => this.tooltip.watch(plot.root, (x, _, part) => plot.linesAt(x, part)));
     addEventListener('resize', () => this.loop.request());
     new ResizeObserver(() => this.loop.request()).observe(this.root);
+    addEventListener('beforeprint', () => this.print(true));
+    addEventListener('afterprint', () => this.print(false));
     addEventListener('hashchange', () => this.followLink());
     onSystemTheme(() => this.showTheme());
   }
@@ -168,6 +170,25 @@ export class App implements Commands {
     if (time !== undefined) {
       this.seek(time);
     }
+  }
+
+  /** Lays out everything below each other, in light colours, while the page is printed. */
+  private print(isPrinting: boolean): void {
+    document.documentElement.classList.toggle('printing', isPrinting);
+    if (isPrinting) {
+      applyTheme('light');
+      this.tabs.showAll();
+      this.tabs.panels.timeline.style.setProperty('height', `${Math.min(900, this.timeline.contentHeight + 8)}px`);
+    } else {
+      this.tabs.panels.timeline.style.removeProperty('height');
+      this.tabs.show(this.tabs.current);
+      applyTheme(this.state.theme);
+    }
+    this.palette = readPalette();
+    this.plots.show(this.state.selection, this.palette);
+    this.views.forEach((view) => view.draw(this.state, this.clock.time, this.palette));
+    this.timeline.draw(this.state, this.clock.time, this.palette);
+    this.plots.draw(this.clock.time, this.timeline.span);
   }
 
   // --- Playback ----------------------------------------------------------------------------------

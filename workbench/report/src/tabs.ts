@@ -36,6 +36,10 @@ export class Tabs {
     this.root = element('section', { class: 'lower', 'aria-label': 'Details' }, list, ...tabNames.map((tab) => panels[tab]));
   }
 
+  showAll(): void {
+    tabNames.forEach((tab) => (this.panels[tab].hidden = false));
+  }
+
   show(shown: Tab): void {
     this.current = shown;
     for (const tab of tabNames) {
