@@ -181,7 +181,6 @@ Json reportData(const ReportInputs& inputs, const Provenance& provenance,
               {"radar", part.radar.json(start)}};
     data["truth"] =
         part.truth.empty() ? Json(nullptr) : truthTable(part.truth, camera, words, start);
-    data["defaults"] = defaultSettings();
     data["runs"] = Json::array();
     for (std::size_t i = 0; i < runs.size(); ++i) {
         Json& run = data["runs"].emplace_back(runs[i]->table.json(start));
@@ -195,6 +194,12 @@ Json reportData(const ReportInputs& inputs, const Provenance& provenance,
             run["explanation"] = std::move(explanations.table);
         }
     }
+    // Most runs use the defaults: then they are not written twice. The order of keys does not
+    // matter.
+    Json defaults = defaultSettings();
+    const bool isUsual =
+        nlohmann::json(defaults) == nlohmann::json(data["runs"][0]["configuration"]);
+    data["defaults"] = isUsual ? Json(nullptr) : std::move(defaults);
     data["words"] = words.list();
     return data;
 }

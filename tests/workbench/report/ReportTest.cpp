@@ -239,6 +239,12 @@ TEST_F(Report, KnowsNoPlaceOnEarthWithoutASite) {
     EXPECT_TRUE(dataOf({elsewhere, {{fused, ""}}})["scene"]["earth"].is_null());
 }
 
+TEST_F(Report, HoldsDefaultSettingsOnce) {
+    const Json data = dataOf({recording, {{fused, ""}}});
+    EXPECT_TRUE(data["defaults"].is_null());
+    EXPECT_EQ(data["runs"][0]["configuration"]["veskarHost"]["cutBoxStd"], 0.3);
+}
+
 TEST_F(Report, HoldsTheSettingsThatTheRunUsedAndTheDefaults) {
     ASSERT_EQ(veskar({"replay", recording, "-o", fused, "--set", "veskarHost.cutBoxStd=0.7",
                       "--set", "veskarModule.trackKillTime=0.25"})

@@ -73,7 +73,7 @@ function summaryOf(model: Model, all: readonly Setting[]): string {
 }
 
 export function showConfiguration(root: HTMLElement, model: Model): void {
-  const shown = subjectsOf(model.runs.map((run) => run.configuration), model.data.defaults);
+  const shown = subjectsOf(model.runs.map((run) => run.configuration), model.data.defaults ?? model.runs[0].configuration);
   const columns = [...model.runs.map((_, i) => (model.isPair ? letterOf(i) : 'Used')), 'Default'];
   const rowOf = ({ path, values, usual, differs, isChanged }: Setting) =>
     element('tr', { class: [differs ? 'differs' : '', isChanged ? 'changed' : ''].join(' ').trim() }, element('th', { scope: 'row' }, path),

@@ -93,7 +93,7 @@ export interface ReportData {
   readonly video: SeenData;
   readonly radar: SeenData;
   readonly truth: SeenData | null;
-  /** What a run uses when no configuration is named. */
+  /** What a run uses when no configuration is named; null: what the first run used. */
   readonly defaults: unknown;
   readonly runs: readonly RunData[];
 }
