@@ -304,6 +304,7 @@ describe('the report of the perimeter', () => {
     await page.keyboard.press('Tab');
     await page.keyboard.press('Tab');
     await page.keyboard.press('Space');
+    await settle(page);
     expect(await probe(page, 'playing')).toBe(false);
     expect(await page.locator('.speed').textContent()).toBe('2×');
   });
