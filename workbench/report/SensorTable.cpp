@@ -1,28 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/SensorTable.h"
 
-#include "host/fused/SystemTrackReading.h"
+#include "host/fused/SensorTrackReading.h"
 #include "report/Column.h"
 #include "report/Resolution.h"
 
 #include <nlohmann/json.hpp>
 
 namespace Workbench {
-namespace {
-
-/// The box as the sensor reported it.
-ImageBox boxOf(const Report& report) {
-    const ImageBox none{noValue, noValue, noValue, noValue};
-    if (const auto* video = std::get_if<VideoReport>(&report)) {
-        return video->box;
-    }
-    if (const auto* estimate = std::get_if<ReadyEstimate>(&report)) {
-        return estimate->box.value_or(none);
-    }
-    return none;
-}
-
-}  // namespace
 
 SensorTable::SensorTable(const HostAdapter& hostAdapter, Words& vocabulary)
     : adapter_(hostAdapter),
@@ -46,13 +31,11 @@ SensorTable::SensorTable(const HostAdapter& hostAdapter, Words& vocabulary)
 void SensorTable::add(const SensorFrame& frame) {
     times_.push_back(frame.time);
     table_.beginFrame();
-    const std::vector<std::shared_ptr<Veskar::Track>> tracks = adapter_.convert(frame);
-    for (std::size_t i = 0; i < tracks.size(); ++i) {
-        const ReportBase& base = baseOf(frame.tracks[i]);
-        const FusedTrack track = readTrack(Veskar::SystemTrack(tracks[i], tracks[i]->id), adapter_);
+    const FusedFrame read = readTracks(frame, adapter_);
+    for (std::size_t i = 0; i < read.tracks.size(); ++i) {
+        const FusedTrack& track = read.tracks[i];
         const Eigen::Vector2d position =
             track.ground ? track.ground->position : Eigen::Vector2d(noValue, noValue);
-        const ImageBox box = boxOf(frame.tracks[i]);
         // Derivable values are left out: the image position of a video report is the middle of its
         // box's lower edge, and the range follows from the position.
         const bool standsOnItsBox = std::holds_alternative<VideoReport>(frame.tracks[i]);
@@ -61,12 +44,12 @@ void SensorTable::add(const SensorFrame& frame) {
         // The ground velocity from a camera is too inaccurate; only the radar's is shown.
         const bool isRadar = frame.source == Veskar::Radar;
         const Label& label = track.labels.objectClass;
-        table_.add({base.id},
+        table_.add({track.id},
                    {position[0], position[1], isRadar ? track.speed.value_or(noValue) : noValue,
                     isRadar ? track.direction.value_or(noValue) : noValue, place[0], place[1],
-                    track.ground ? noValue : track.range, box.left, box.bottom, box.right, box.top,
-                    wholeTenths(base.coasting), base.confirmed ? 1.0 : 0.0,
-                    words_.numberOf(label.name), label.probability});
+                    track.ground ? noValue : track.range, track.box.left, track.box.bottom,
+                    track.box.right, track.box.top, wholeTenths(track.sensors.front().coasting),
+                    track.confirmed ? 1.0 : 0.0, words_.numberOf(label.name), label.probability});
     }
 }
 
