@@ -36,6 +36,18 @@ FileDescriptor openSecret(const std::string& path) {
     return file;
 }
 
+std::string contentsOf(const std::string& path) {
+    const FileDescriptor file = openSecret(path);
+    // MQTT limits user and password to 65,535 bytes.
+    std::string contents(std::size_t{128} << 10, '\0');
+    const ssize_t count = ::read(file.get(), contents.data(), contents.size());
+    if (count < 0) {
+        throw InputError(path, InputError(textOf(errno)));
+    }
+    contents.resize(static_cast<std::size_t>(count));
+    return contents;
+}
+
 /// Takes the first line out of a text.
 std::string_view takeLine(std::string_view& text) {
     const std::size_t end = text.find('\n');
@@ -68,16 +80,15 @@ void checkSecret(const std::string& name) {
     openSecret(secretPath(name));
 }
 
+std::string readSecretLine(const std::string& name) {
+    const std::string contents = contentsOf(secretPath(name));
+    std::string_view rest = contents;
+    return std::string(takeLine(rest));
+}
+
 Credentials Credentials::read(const std::string& name) {
     const std::string path = secretPath(name);
-    const FileDescriptor file = openSecret(path);
-    // MQTT limits both to 65,535 bytes.
-    std::string contents(std::size_t{128} << 10, '\0');
-    const ssize_t count = ::read(file.get(), contents.data(), contents.size());
-    if (count < 0) {
-        throw InputError(path, InputError(textOf(errno)));
-    }
-    contents.resize(static_cast<std::size_t>(count));
+    const std::string contents = contentsOf(path);
     std::string_view rest = contents;
     Credentials credentials;
     credentials.user = takeLine(rest);

@@ -31,6 +31,11 @@ bool isHandedOver(const std::string& name);
 std::string secretPath(const std::string& name);
 
 /// @param name as secretPath() takes it
+/// @return the first line of the file
+/// @throw InputError when it cannot be read, or by every user
+std::string readSecretLine(const std::string& name);
+
+/// @param name as secretPath() takes it
 /// @throw InputError when it cannot be read, or by every user
 void checkSecret(const std::string& name);
 

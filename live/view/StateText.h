@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+// What viewers get.
+#pragma once
+
+#include "live/view/ViewMailbox.h"
+
+#include <string>
+
+namespace Veskar::Live {
+
+/// @param state what is shown
+/// @return {"fused": F, "video": F, "radar": F} on one line, without line end. F is a frame as in
+///         files of fused tracks (docs/recording-format.md); those of the sensors hold their tracks
+///         as if each alone were a system track, and are null before the first one.
+std::string textOf(const ViewState& state);
+
+/// @param name of the event
+/// @param data its text, on one line
+/// @return the event as a browser's EventSource reads it
+std::string eventOf(const char* name, const std::string& data);
+
+}  // namespace Veskar::Live

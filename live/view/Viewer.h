@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+// One viewer of the live view, and what it has not been told yet.
+#pragma once
+
+#include "live/view/ViewMailbox.h"
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string>
+
+struct MHD_Connection;
+
+namespace Veskar::Live {
+
+/// What there is to be told, each kind with a number that grows.
+class ViewNews {
+public:
+    /// Older decisions are forgotten.
+    static constexpr std::size_t mostDecisions = 512;
+
+    struct NumberedDecision {
+        std::uint64_t number;
+        Decision decision;
+    };
+
+    /// @param hello what each viewer is told first, JSON on one line
+    explicit ViewNews(const std::string& hello);
+
+    /// @param contents what the fusion has handed over
+    void add(ViewMailbox::Contents contents);
+
+    /// @return events, each a whole text
+    const std::string& hello() const { return hello_; }
+    const std::string& state() const { return state_; }
+    const std::string& status() const { return status_; }
+    /// @return the last decisions, oldest first
+    const std::deque<NumberedDecision>& decisions() const { return decisions_; }
+    /// @return numbers of the last state, status and decision; 0: none yet
+    std::uint64_t stateNumber() const { return stateNumber_; }
+    std::uint64_t statusNumber() const { return statusNumber_; }
+    std::uint64_t decisionNumber() const { return decisionNumber_; }
+
+private:
+    std::string hello_;
+    std::string state_;
+    std::string status_;
+    std::deque<NumberedDecision> decisions_;
+    std::uint64_t stateNumber_ = 0;
+    std::uint64_t statusNumber_ = 0;
+    std::uint64_t decisionNumber_ = 0;
+};
+
+/// What a viewer was told, and the text under way to it: one at a time, so that a slow viewer
+/// costs no memory and misses states instead of lagging behind.
+class Viewer {
+public:
+    /// @param connection of the viewer
+    /// @param subject what it has selected
+    Viewer(MHD_Connection* connection, std::optional<Subject> subject)
+        : connection_(connection), subject_(subject) {}
+
+    /// Copies what the viewer gets next.
+    /// @param news what there is
+    /// @param buffer receives it
+    /// @param size of the buffer
+    /// @return bytes that were copied; 0: the viewer knows everything
+    std::size_t read(const ViewNews& news, char* buffer, std::size_t size);
+    /// @return whether there is something that the viewer does not know
+    bool isBehind(const ViewNews& news) const;
+
+    MHD_Connection* connection() const { return connection_; }
+    const std::optional<Subject>& subject() const { return subject_; }
+
+    bool isWaiting = false;  ///< its connection is suspended
+
+private:
+    void compose(const ViewNews& news);
+
+    MHD_Connection* connection_;
+    std::optional<Subject> subject_;
+    bool isGreeted_ = false;
+    std::uint64_t state_ = 0;
+    std::uint64_t status_ = 0;
+    std::uint64_t decision_ = 0;
+    std::string text_;
+    std::size_t sent_ = 0;
+};
+
+}  // namespace Veskar::Live
