@@ -38,6 +38,12 @@ void LiveFusion::push(Host::SensorFrame frame, Steady now) {
     }
 }
 
+void LiveFusion::observe(FusionObserver* observer) {
+    if (pipeline_) {
+        pipeline_->setObserver(observer);
+    }
+}
+
 void LiveFusion::advance(Steady now) {
     advanceTo(intake_.clock(now));
 }

@@ -55,6 +55,10 @@ public:
     ///         was nothing
     std::unique_ptr<Host::FrameRecorder> end(Steady now);
 
+    /// @param observer receives the decisions of the fusion, or null; must outlive this or be
+    ///                 replaced before. A new fusion is not observed.
+    void observe(FusionObserver* observer);
+
     /// @return what was counted of the frames
     const FrameIntake::Counts& taken() const { return intake_.counts(); }
     /// @return what the fusion counts since fuse was called; nothing when it was not

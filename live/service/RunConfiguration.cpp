@@ -9,9 +9,11 @@
 #include "host/json/JanssonValue.h"
 #include "live/rtsp/RtspUrl.h"
 #include "live/service/RtspPlaces.h"
+#include "live/view/LiveView.h"
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cmath>
 #include <filesystem>
 #include <type_traits>
@@ -359,6 +361,44 @@ RecordSettings readRecord(const Fields& fields) {
     return record;
 }
 
+std::set<std::string> inLowerCase(const std::set<std::string>& texts) {
+    std::set<std::string> lower;
+    for (std::string text : texts) {
+        std::transform(text.begin(), text.end(), text.begin(), [](unsigned char letter) {
+            return static_cast<char>(std::tolower(letter));
+        });
+        lower.insert(std::move(text));
+    }
+    return lower;
+}
+
+/// @throw InputError when others could see what happens without a token
+void refuseUnguarded(const ViewSettings& view) {
+    if (!view.isLocal() && view.token.empty()) {
+        throw Host::InputError("view.token",
+                               "missing: \"" + view.place.host +
+                                   "\" is not the loopback interface, and viewers have to be told "
+                                   "from others");
+    }
+}
+
+ViewSettings readView(const Fields& fields) {
+    if (const std::string missing = viewMissing(); !missing.empty()) {
+        throw Host::InputError("view", missing);
+    }
+    fields.allowOnly({"address", "token", "names"});
+    ViewSettings view;
+    if (fields.has("address")) {
+        view.place = networkPlace<NetworkPlace>(fields, "address");
+    }
+    if (fields.has("token")) {
+        view.token = someText(fields, "token");
+    }
+    view.names = inLowerCase(textsIn(fields, "names"));
+    refuseUnguarded(view);
+    return view;
+}
+
 Host::Installation readPlace(const Fields& fields) {
     if (fields.at("installation").kind() == JsonKind::String) {
         try {
@@ -586,8 +626,8 @@ void refuseSharing(const RunConfiguration& run) {
 RunConfiguration RunConfiguration::parse(std::string_view text) {
     const Host::Internal::JsonDocument document(text);
     const Fields fields(document.root());
-    fields.allowOnly(
-        {"$schema", "installation", "fusion", "brokers", "sensors", "outputs", "status", "record"});
+    fields.allowOnly({"$schema", "installation", "fusion", "brokers", "sensors", "outputs",
+                      "status", "record", "view"});
     RunConfiguration run;
     run.installation = readPlace(fields);
     if (fields.at("installation").kind() == JsonKind::String) {
@@ -612,11 +652,31 @@ RunConfiguration RunConfiguration::parse(std::string_view text) {
     if (fields.has("record")) {
         run.record = readRecord(fields.object("record"));
     }
+    if (fields.has("view")) {
+        run.view = readView(fields.object("view"));
+    }
     settleTopics(run);
     shareInput(run.sensors);
     refuseSharing(run);
     refuseEchoes(run);
     return run;
+}
+
+void RunConfiguration::showAt(const std::string& address) {
+    if (const std::string missing = viewMissing(); !missing.empty()) {
+        throw Host::InputError("view", missing);
+    }
+    if (!view) {
+        view.emplace();
+    }
+    if (!address.empty()) {
+        try {
+            view->place = NetworkPlace::parse(address);
+        } catch (const Host::InputError& error) {
+            throw Host::InputError("view.address", error.reason());
+        }
+    }
+    refuseUnguarded(*view);
 }
 
 }  // namespace Veskar::Live

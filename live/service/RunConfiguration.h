@@ -11,6 +11,7 @@
 #include "live/transport/FileOutput.h"
 #include "live/transport/ListeningSocket.h"
 #include "live/transport/MqttOptions.h"
+#include "live/view/ViewSettings.h"
 
 #include <cstdint>
 #include <optional>
@@ -119,12 +120,17 @@ struct RunConfiguration {
     std::vector<OutputSettings> outputs;
     StatusSettings status;
     std::optional<RecordSettings> record;
+    std::optional<ViewSettings> view;
 
     /// @param text JSON text; docs/live-service.md describes it. An installation that it names is
     ///             read, too; no other file is.
     /// @return the configuration
     /// @throw InputError the first fault, as "sensors[1].latency: -1 is not between 0 and 60"
     static RunConfiguration parse(std::string_view text);
+    /// Shows the view, where the document does not.
+    /// @param address "HOST:PORT"; empty: that of the document, or the usual one
+    /// @throw InputError why it cannot be used, as "view.address: ..."
+    void showAt(const std::string& address);
 };
 
 }  // namespace Veskar::Live

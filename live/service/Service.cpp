@@ -42,7 +42,8 @@ bool wantsTags(const RunConfiguration& run) {
 
 }  // namespace
 
-Service::Service(RunConfiguration run, ReadSettings readSettings, Faults& faults)
+Service::Service(RunConfiguration run, ReadSettings readSettings, Faults& faults,
+                 ViewContent content)
     : run_(std::move(run)),
       readSettings_(std::move(readSettings)),
       faults_(faults),
@@ -55,14 +56,17 @@ Service::Service(RunConfiguration run, ReadSettings readSettings, Faults& faults
         signals_.push_back(loop_.onSignal(signal, [this] { loop_.stop(); }));
     }
     signals_.push_back(loop_.onSignal(SIGHUP, [this] { reload(); }));
-    open();
+    open(std::move(content));
 }
 
 /// What can fail without a trace comes first: files of an earlier run are moved only by a program
 /// that starts.
-void Service::open() {
+void Service::open(ViewContent content) {
     if (readSettings_) {
-        fusion_.fuse(readSettings_());
+        if (run_.view) {
+            view_ = makeView(*run_.view, std::move(content));
+        }
+        fuse(readSettings_());
     }
     for (const BrokerSettings& broker : run_.brokers) {
         brokers_[broker.name] = std::make_unique<MqttClient>(loop_, broker.options, faults_);
@@ -75,6 +79,14 @@ void Service::open() {
         addOutputs();
     }
     fusion_.record(makeRecorder());
+}
+
+void Service::fuse(const FusionSettings& settings) {
+    fusion_.fuse(settings);
+    if (view_) {
+        view_->convertWith(std::make_shared<Host::HostAdapter>(run_.installation, settings.config,
+                                                               settings.parameters));
+    }
 }
 
 void Service::addOutputs() {
@@ -96,9 +108,7 @@ void Service::addOutputs() {
 void Service::addSensor(const SensorSettings& settings) {
     auto sensor = std::make_unique<Sensor>(
         Sensor{SensorFeed(settings, run_.installation, faults_,
-                          [this](Host::SensorFrame frame) {
-                              fusion_.push(std::move(frame), EventLoop::Clock::now());
-                          }),
+                          [this](Host::SensorFrame frame) { take(std::move(frame)); }),
                settings.source, nullptr});
     // Those that share an input get every line, and leave out those of the other one.
     const auto forEach = [this, own = sensor.get(),
@@ -125,6 +135,15 @@ void Service::addSensor(const SensorSettings& settings) {
             [this] { endOfInput(); });
     }
     sensors_.push_back(std::move(sensor));
+}
+
+void Service::take(Host::SensorFrame frame) {
+    const EventLoop::Clock::time_point now = EventLoop::Clock::now();
+    frame.received = secondsOf(now.time_since_epoch());
+    if (view_) {
+        view_->see(frame);
+    }
+    fusion_.push(std::move(frame), now);
 }
 
 void Service::receive(const Message& message, Sensor& sensor) {
@@ -197,7 +216,7 @@ void Service::reload() {
             output->endTracks(std::chrono::system_clock::now().time_since_epoch());
         }
         if (settings) {
-            fusion_.fuse(*settings);
+            fuse(*settings);
         }
         fusion_.record(std::move(recorder));
     } catch (const Host::InputError& error) {
@@ -220,13 +239,26 @@ void Service::endOfInput() {
 
 void Service::tick() {
     fusion_.advance(EventLoop::Clock::now());
+    updateView();
     ticks_.expireAfter(tickInterval);
+}
+
+void Service::updateView() {
+    if (view_) {
+        fusion_.observe(view_->observer());
+        if (view_->wantsStatus()) {
+            view_->tell(report().toJson());
+        }
+    }
 }
 
 void Service::fused(const Host::FusedFrame& frame) {
     const UtcTime utc = utcOf(frame.time);
     for (const auto& output : outputs_) {
         output->offer(frame, utc);
+    }
+    if (view_) {
+        view_->show(frame);
     }
     ++framesOut_;
     tracksOut_ += frame.tracks.size();

@@ -10,6 +10,7 @@
 #include "live/service/StatusReport.h"
 #include "live/service/TrackOutput.h"
 #include "live/transport/EventLoop.h"
+#include "live/view/LiveView.h"
 
 #include <functional>
 #include <future>
@@ -39,11 +40,15 @@ public:
     /// @param readSettings called now and at each SIGHUP; empty: frames are only recorded, and
     ///                     outputs are left out
     /// @param faults receives what goes wrong
+    /// @param content what the view shows, where the run has one
     /// @throw InputError when something cannot be opened or read
-    Service(RunConfiguration run, ReadSettings readSettings, Faults& faults);
+    Service(RunConfiguration run, ReadSettings readSettings, Faults& faults,
+            ViewContent content = {});
 
     /// Runs to the end.
     void run();
+    /// @return the port of the view; 0: there is none
+    std::uint16_t viewPort() const { return view_ ? view_->port() : std::uint16_t{0}; }
 
 private:
     /// A sensor and where its messages come from.
@@ -53,8 +58,11 @@ private:
         std::shared_ptr<Input> input;
     };
 
-    void open();
+    void open(ViewContent content);
+    void fuse(const FusionSettings& settings);
+    void updateView();
     void addSensor(const SensorSettings& settings);
+    void take(Host::SensorFrame frame);
     void receive(const Message& message, Sensor& sensor);
     void addStatus();
     void addOutputs();
@@ -79,6 +87,7 @@ private:
     std::unique_ptr<Output> statusTopic_;
     std::unique_ptr<Output> statusSocket_;
     std::optional<MetricsServer> metrics_;
+    std::unique_ptr<LiveView> view_;  // observes the fusion
     LiveFusion fusion_;
     std::vector<std::unique_ptr<Sensor>> sensors_;
     std::future<void> retiring_;  ///< a recorder that writes what waits

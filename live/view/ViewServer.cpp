@@ -257,7 +257,7 @@ int ViewServer::openStream(MHD_Connection* connection) {
         }
     }
     auto stream = std::make_unique<Glue::Stream>(
-        Glue::Stream{*this, viewers_.emplace(viewers_.end(), connection, subject)});
+        Glue::Stream{*this, viewers_.emplace(viewers_.end(), connection, subject, news_)});
     audience_.add(subject);
     const Response response(MHD_create_response_from_callback(
         MHD_SIZE_UNKNOWN, streamBlock, &Glue::read, stream.get(), &Glue::close));

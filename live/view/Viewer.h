@@ -57,8 +57,14 @@ class Viewer {
 public:
     /// @param connection of the viewer
     /// @param subject what it has selected
-    Viewer(MHD_Connection* connection, std::optional<Subject> subject)
-        : connection_(connection), subject_(subject) {}
+    /// @param news what there is: only what comes later is told, for it may be that nobody has
+    ///             watched for long
+    Viewer(MHD_Connection* connection, std::optional<Subject> subject, const ViewNews& news)
+        : connection_(connection),
+          subject_(subject),
+          state_(news.stateNumber()),
+          status_(news.statusNumber()),
+          decision_(news.decisionNumber()) {}
 
     /// Copies what the viewer gets next.
     /// @param news what there is
@@ -80,9 +86,9 @@ private:
     MHD_Connection* connection_;
     std::optional<Subject> subject_;
     bool isGreeted_ = false;
-    std::uint64_t state_ = 0;
-    std::uint64_t status_ = 0;
-    std::uint64_t decision_ = 0;
+    std::uint64_t state_;
+    std::uint64_t status_;
+    std::uint64_t decision_;
     std::string text_;
     std::size_t sent_ = 0;
 };

@@ -9,6 +9,7 @@
 #include "live/transport/Credentials.h"
 #include "live/transport/ListeningSocket.h"
 #include "live/transport/MqttSession.h"
+#include "live/view/Admission.h"
 #include "recording/LabelWords.h"
 
 #include <algorithm>
@@ -102,6 +103,10 @@ public:
         if (run_.status.prometheus) {
             checkAddress(*run_.status.prometheus, "status.prometheus");
         }
+        if (run_.view) {
+            checkAddress(run_.view->place, "view.address");
+            checkToken(run_.view->token);
+        }
         checkUse();
     }
 
@@ -160,6 +165,18 @@ private:
         }
     }
 
+    /// What systemd hands over is not here to be checked.
+    void checkToken(const std::string& file) {
+        if (file.empty() || Live::isHandedOver(file)) {
+            return;
+        }
+        try {
+            Live::Admission::readToken(file);
+        } catch (const InputError& error) {
+            add(Severity::Fault, "view.token", error.what());
+        }
+    }
+
     /// Binds a socket to the address, without a port.
     void checkAddress(const Live::NetworkPlace& place, const std::string& key) {
         try {
@@ -197,7 +214,7 @@ private:
     }
 
     void checkUse() {
-        if (run_.outputs.empty() && !run_.record) {
+        if (run_.outputs.empty() && !run_.record && !run_.view) {
             add(Severity::Warning, "outputs", "names no output: nobody gets what is fused");
         }
         const Live::StatusSettings& status = run_.status;

@@ -8,12 +8,15 @@
 #include "cli/FramePublisher.h"
 #include "cli/Inputs.h"
 #include "cli/RunChanges.h"
+#include "cli/ViewContent.h"
 #include "io/Interruption.h"
 #include "live/service/RunConfiguration.h"
 #include "live/service/SensorPublisher.h"
 #include "live/service/Service.h"
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -30,6 +33,7 @@ struct LiveOptions {
     std::string run = "/etc/veskar/run.json";
     std::vector<std::string> changes;
     std::string record;
+    std::optional<std::string> view;  ///< address; may be empty
 };
 
 Live::RunConfiguration readRun(const LiveOptions& options, const RunChanges& changes) {
@@ -41,6 +45,9 @@ Live::RunConfiguration readRun(const LiveOptions& options, const RunChanges& cha
                 run.record.emplace();
             }
             run.record->path = options.record;
+        }
+        if (options.view) {
+            run.showAt(*options.view);
         }
         return run;
     } catch (const InputError& error) {
@@ -71,9 +78,17 @@ void warnOf(const std::string& text) {
     warn(text);
 }
 
-int serve(const Live::RunConfiguration& run, const Live::Service::ReadSettings& readSettings) {
+int serve(const Live::RunConfiguration& run, const Live::Service::ReadSettings& readSettings,
+          Live::ViewContent content = {}) {
     Live::Faults faults(warnOf);
-    Live::Service(run, readSettings, faults).run();
+    Live::Service service(run, readSettings, faults, std::move(content));
+    if (const std::uint16_t port = service.viewPort(); port != 0) {
+        const std::string& host = run.view->place.host;
+        const bool isIPv6 = host.find(':') != std::string::npos;
+        writeError(fmt::format(
+            isIPv6 ? "Live view: http://[{}]:{}/\n" : "Live view: http://{}:{}/\n", host, port));
+    }
+    service.run();
     return Success;
 }
 
@@ -81,10 +96,11 @@ int run(const LiveOptions& options) {
     const RunChanges changes = RunChanges::of(options.changes);
     const Live::RunConfiguration run = readRun(options, changes);
     checkFiles(run, options);
-    return serve(run, [path = run.fusion, ofFusion = changes.ofFusion] {
+    const auto readFusion = [path = run.fusion, ofFusion = changes.ofFusion] {
         auto [config, parameters] = readSettings(path, ofFusion);
         return Live::FusionSettings{config, parameters};
-    });
+    };
+    return serve(run, readFusion, run.view ? viewContentOf(run) : Live::ViewContent());
 }
 
 int record(const LiveOptions& options) {
@@ -115,6 +131,13 @@ void addRun(CLI::App& program, Action& action) {
                      "KEY=VALUE: another value in run.json (sensors.0.latency=0.1), for a constant "
                      "of the host or for a key of the fusion's configuration; may be repeated")
         ->allow_extra_args(false);
+    command
+        ->add_option_function<std::string>(
+            "--view", [options](const std::string& address) { options->view = address; },
+            "shows what happens to browsers at ADDRESS:PORT (default: that of run.json, or "
+            "127.0.0.1:8650); behind the configuration, or as --view=ADDRESS:PORT")
+        ->type_name("ADDRESS:PORT")
+        ->expected(0, 1);
     command->footer(
         "Runs until SIGTERM or Ctrl-C. SIGHUP reads the fusion's configuration again and begins a "
         "new recording; connections stay.\n"

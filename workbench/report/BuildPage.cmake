@@ -1,15 +1,21 @@
 # SPDX-License-Identifier: Apache-2.0
-# Run by the build: bundles the page's sources with NODE in DIRECTORY, which contains the bundler,
-# and writes the page as C++ source to CODE.
+# Run by the build: bundles the pages' sources with NODE in DIRECTORY, which contains the bundler,
+# and writes the pages as C++ source to CODE.
 file(COPY "${SOURCE}/src" "${SOURCE}/package.json" "${SOURCE}/tsconfig.json" "${SOURCE}/build.mjs"
      DESTINATION "${DIRECTORY}")
 
-execute_process(COMMAND "${NODE}" build.mjs page.html WORKING_DIRECTORY "${DIRECTORY}"
-                COMMAND_ERROR_IS_FATAL ANY)
+# Bundles the page of a folder into a variable.
+function(bundle folder variable)
+  execute_process(COMMAND "${NODE}" build.mjs "${variable}.html" "${folder}"
+                  WORKING_DIRECTORY "${DIRECTORY}" COMMAND_ERROR_IS_FATAL ANY)
+  file(READ "${DIRECTORY}/${variable}.html" page)
+  string(FIND "${page}" ")page\"" clash)
+  if(NOT clash EQUAL -1)
+    message(FATAL_ERROR "the page contains the end of the literal that holds it")
+  endif()
+  set(${variable} "${page}" PARENT_SCOPE)
+endfunction()
 
-file(READ "${DIRECTORY}/page.html" page)
-string(FIND "${page}" ")page\"" clash)
-if(NOT clash EQUAL -1)
-  message(FATAL_ERROR "the page contains the end of the literal that holds it")
-endif()
+bundle(. page)
+bundle(live live_page)
 configure_file("${SOURCE}/Page.cpp.in" "${CODE}" @ONLY)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The HTML page of `veskar report`, compiled into the program.
+// The HTML pages of `veskar report` and of the live view, compiled into the program.
 #pragma once
 
 #include <string_view>
@@ -9,7 +9,10 @@ namespace Workbench {
 /// The HTML document without the data; empty when this program was built without it.
 extern const std::string_view reportPage;
 
-/// Why the page is missing; empty when it is there.
+/// The HTML document of the live view; empty when this program was built without it.
+extern const std::string_view livePage;
+
+/// Why the pages are missing; empty when they are there.
 extern const std::string_view reportPageMissing;
 
 /// Placeholder of the data in the page.

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// Bundles the page into one HTML file: node build.mjs OUTPUT
+// Bundles a page into one HTML file: node build.mjs OUTPUT [FOLDER]
+// The folder below src has the page's main.ts and index.html: "." is the report, "live" the live view.
 // The page's content security policy permits only what is in the bundle.
 import { createHash } from 'node:crypto';
 import { readFileSync, writeFileSync } from 'node:fs';
 import { build } from 'esbuild';
 
-const output = process.argv[2] ?? 'page.html';
+const [output = 'page.html', folder = '.'] = process.argv.slice(2);
 const result = await build({
-  entryPoints: ['src/main.ts'],
+  entryPoints: [`src/${folder}/main.ts`],
   bundle: true,
   minify: true,
   target: ['es2021'],
@@ -34,14 +35,15 @@ const policy = [
   "default-src 'none'",
   `script-src ${hashOf(script)}`,
   `style-src ${hashOf(style)}`,
-  "img-src data:",
+  // The report is a file without any source of its own.
+  ...(folder === '.' ? ['img-src data:'] : ["img-src 'self' data:", "connect-src 'self'"]),
   "base-uri 'none'",
   "form-action 'none'",
   "require-trusted-types-for 'script'",
 ].join('; ');
 
 // Functions as replacement, so that $ in the bundle is not interpreted.
-const page = readFileSync('src/index.html', 'utf8')
+const page = readFileSync(`src/${folder}/index.html`, 'utf8')
   .replace('@policy@', () => policy)
   .replace('@style@', () => style)
   .replace('@script@', () => script);

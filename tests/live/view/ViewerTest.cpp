@@ -70,16 +70,33 @@ TEST(ViewMailbox, IsBounded) {
 
 TEST(Viewer, IsGreetedFirst) {
     const ViewNews news(R"({"a":1})");
-    Viewer viewer(nullptr, {});
+    Viewer viewer(nullptr, {}, news);
     EXPECT_TRUE(viewer.isBehind(news));
     EXPECT_EQ(readAll(viewer, news), "retry: 1000\nevent: hello\ndata: {\"a\":1}\n\n");
     EXPECT_FALSE(viewer.isBehind(news));
     EXPECT_THAT(readAll(viewer, news), IsEmpty());
 }
 
+TEST(Viewer, IsNotToldWhatWasBefore) {
+    ViewNews news("{}");
+    ViewMailbox::Contents contents;
+    contents.state = stateAt(1.0);
+    contents.status = "{}";
+    contents.decisions = {{{{}, 12}, "{}\n"}};
+    news.add(contents);
+    Viewer viewer(nullptr, Subject{{}, 12}, news);
+    EXPECT_EQ(readAll(viewer, news), news.hello());
+    contents.state = stateAt(2.0);
+    news.add(contents);
+    const std::string text = readAll(viewer, news);
+    EXPECT_THAT(text, HasSubstr(R"("time":2,)"));
+    EXPECT_THAT(text, HasSubstr("event: status"));
+    EXPECT_THAT(text, HasSubstr("event: decision"));
+}
+
 TEST(Viewer, GetsWholeTextsAndThenTheNewestState) {
     ViewNews news("{}");
-    Viewer viewer(nullptr, {});
+    Viewer viewer(nullptr, {}, news);
     readAll(viewer, news);
     ViewMailbox::Contents contents;
     contents.state = stateAt(1.0);
@@ -106,8 +123,8 @@ TEST(Viewer, GetsWholeTextsAndThenTheNewestState) {
 TEST(Viewer, GetsTheDecisionsAboutItsTrackOnly) {
     ViewNews news("{}");
     const Subject mine{{}, 12};
-    Viewer viewer(nullptr, mine);
-    Viewer other(nullptr, {});
+    Viewer viewer(nullptr, mine, news);
+    Viewer other(nullptr, {}, news);
     readAll(viewer, news);
     readAll(other, news);
     ViewMailbox::Contents contents;

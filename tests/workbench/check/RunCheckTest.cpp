@@ -4,6 +4,7 @@
 #include "SourceDirectory.h"
 #include "check/DocumentCheck.h"
 #include "check/RunCheck.h"
+#include "live/view/LiveView.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -130,6 +131,25 @@ TEST_F(RunCheck, TriesTheAddresses) {
     run["sensors"][0]["input"]["address"] = "127.0.0.1:5000";
     run["sensors"][1]["input"]["address"] = "localhost:5001";
     run["outputs"][0]["to"]["address"] = "127.0.0.1:5002";
+    EXPECT_THAT(told(), IsEmpty());
+}
+
+TEST_F(RunCheck, TriesTheView) {
+    if (!Veskar::Live::viewMissing().empty()) {
+        run["view"] = nlohmann::json::object();
+        EXPECT_THAT(told(), ElementsAre(StartsWith("view: this program was built without")));
+        return;
+    }
+    run["view"] = {{"address", "192.0.2.1:8650"}, {"token", "/nowhere/token"}};
+    EXPECT_THAT(told(), ElementsAre("view.address: 192.0.2.1: Cannot assign requested address @ "
+                                    "\"address\": \"192.0.2.1:8650\",",
+                                    "view.token: /nowhere/token: No such file or directory @ "
+                                    "\"token\": \"/nowhere/token\""));
+    run["view"] = {{"address", "127.0.0.1:8650"}, {"token", secret("short\n")}};
+    EXPECT_THAT(told(), ElementsAre(testing::HasSubstr("has 5 bytes, not 16 at least")));
+    run["view"]["token"] = secret("0123456789abcdef\n");
+    EXPECT_THAT(told(), IsEmpty());
+    run["view"]["token"] = "$CREDENTIALS_DIRECTORY/token";
     EXPECT_THAT(told(), IsEmpty());
 }
 

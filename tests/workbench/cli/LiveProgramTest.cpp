@@ -5,6 +5,7 @@
 #include "SourceDirectory.h"
 #include "cli/live/LiveSite.h"
 #include "live/support/Client.h"
+#include "live/view/LiveView.h"
 #include "support/Pipe.h"
 
 #include <chrono>
@@ -364,6 +365,9 @@ TEST_F(LiveProgram, ItsSchemaAndItsReaderAgree) {
         {{"format", "events"}, {"to", {{"type", "mqtt"}, {"topic", "b/events"}}}});
     run_["status"] = {{"prometheus", "127.0.0.1:9100"}, {"mqtt", {{"topic", "b/status"}}}};
     run_["record"] = {{"path", "/tmp/a"}};
+    if (Veskar::Live::viewMissing().empty()) {
+        run_["view"] = {{"address", "127.0.0.1:8650"}, {"names", {"gate.local"}}};
+    }
     const nlohmann::json whole = run_;
     const auto isValid = [](const nlohmann::json& document) {
         const std::string schema =
@@ -403,6 +407,8 @@ TEST_F(LiveProgram, ItsSchemaAndItsReaderAgree) {
                                                              {"/brokers/0/password", "secret"},
                                                              {"/status/interval", 0},
                                                              {"/record/path", ""},
+                                                             {"/view/address", "eth0:8650"},
+                                                             {"/view/files", "/"},
                                                              {"/installation", 1},
                                                              {"/more", 1}}) {
         nlohmann::json faulty = whole;

@@ -4,7 +4,7 @@ import { Clock } from './clock';
 import type { Commands } from './commands';
 import { showConfiguration } from './configuration';
 import type { ReportData } from './data';
-import { countText } from './describe';
+import { countText, timelineText } from './describe';
 import { element } from './dom';
 import { DrawingLoop } from './drawing';
 import { headerOf } from './header';
@@ -55,7 +55,7 @@ export class App implements Commands {
     this.clock = new Clock(this.model.duration, this.model.moments);
     this.loop = new DrawingLoop(this.clock, () => this.draw());
     this.views = this.model.runs.map((run, i) => new RunView(this.model, run, i, this, () => this.loop.request()));
-    this.timeline = new Timeline(this.model);
+    this.timeline = new Timeline(this.model, timelineText(this.model));
     this.plots = new PlotPanel(this.model, (time) => this.seek(time));
     this.tabs = new Tabs({
       timeline: panelOf('timeline', this.timeline.surface.canvas, timelineTools(this.timeline, this.clock, this)),

@@ -6,11 +6,17 @@ export interface PackedColumn {
   readonly data: string;
 }
 
+/** A column of the report, or numbers that need no decoding, as the live view collects them. */
+export type Column = PackedColumn | Float64Array;
+
 /** Represents a missing number. */
 export const missing = -(2 ** 28) - 1;
 
 /** Decodes a column of `count` integers (steps). */
-export function unpack(column: PackedColumn, count: number): Int32Array {
+export function unpack(column: Column, count: number): Int32Array {
+  if (column instanceof Float64Array) {
+    return Int32Array.from(column);
+  }
   const bytes = atob(column.data);
   const steps = new Int32Array(count);
   let at = 0;
@@ -45,7 +51,10 @@ export function unpack(column: PackedColumn, count: number): Int32Array {
 }
 
 /** Decodes the numbers of a column; NaN where missing. */
-export function numbersOf(column: PackedColumn, count: number): Float64Array {
+export function numbersOf(column: Column, count: number): Float64Array {
+  if (column instanceof Float64Array) {
+    return column;
+  }
   const numbers = new Float64Array(count);
   const steps = unpack(column, count);
   for (let i = 0; i < count; ++i) {

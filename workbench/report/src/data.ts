@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The data that the program writes into the page, see workbench/report/Report.cpp.
-import type { PackedColumn } from './column';
+import type { Column } from './column';
 import type { PackedTable } from './table';
 
 export type Point = readonly [number, number];
@@ -31,7 +31,7 @@ export interface SceneData {
 }
 
 export interface SeenData {
-  readonly time: PackedColumn;
+  readonly time: Column;
   readonly table: PackedTable;
 }
 
@@ -45,9 +45,9 @@ export interface FigureData {
 
 export interface JudgementData {
   readonly cutoff: number;
-  readonly time: PackedColumn;
+  readonly time: Column;
   readonly moments: number;
-  readonly gospa: PackedColumn;
+  readonly gospa: Column;
   /** The system track matched with each true object; columns: track. */
   readonly matches: PackedTable;
   readonly parts: readonly {
@@ -58,17 +58,17 @@ export interface JudgementData {
 }
 
 export interface ExplanationData {
-  readonly time: PackedColumn;
-  readonly source: PackedColumn;
+  readonly time: Column;
+  readonly source: Column;
   readonly pairs: PackedTable;
   readonly events: PackedTable;
 }
 
 export interface RunData {
   readonly label: string;
-  readonly time: PackedColumn;
-  readonly received: PackedColumn;
-  readonly source: PackedColumn;
+  readonly time: Column;
+  readonly received: Column;
+  readonly source: Column;
   readonly tracks: PackedTable;
   readonly sensors: PackedTable;
   readonly configuration: unknown;

@@ -18,7 +18,7 @@ export function headerOf(model: Model, state: State, commands: Commands, help: H
       button(icon('help'), 'Keys (?)', () => help.showModal(), { class: 'icon' })));
 }
 
-function layerToggles(model: Model, state: State, commands: Commands): HTMLElement {
+export function layerToggles(model: Pick<Model, 'truth'>, state: State, commands: Pick<Commands, 'toggleLayer'>): HTMLElement {
   const names: [layer: keyof Layers, label: string, sign: string][] = [
     ['video', 'Video', 'video'], ['radar', 'Radar', 'radar'], ['tentative', 'Tentative', 'tentative'],
     ['truth', 'Truth', 'truth'], ['trails', 'Trails', ''], ['ellipses', 'Ellipses', ''],
@@ -36,7 +36,7 @@ function layerToggles(model: Model, state: State, commands: Commands): HTMLEleme
     }));
 }
 
-function viewSwitch(state: State, commands: Commands): HTMLElement {
+export function viewSwitch(state: State, commands: Pick<Commands, 'showViews'>): HTMLElement {
   const names: [Views, string][] = [['plan', 'Plan'], ['both', 'Both'], ['image', 'Camera']];
   const group = element('div', { class: 'segments', role: 'group', 'aria-label': 'Views' });
   for (const [views, label] of names) {

@@ -64,7 +64,6 @@ export function extentOf(model: Model): Extent {
 
 export class Plan {
   readonly surface: Surface;
-  private readonly extent: Extent;
   private zoom = 1;
   private offset: Point = [0, 0];
 
@@ -72,9 +71,9 @@ export class Plan {
     private readonly model: Model,
     private readonly run: Run,
     private readonly index: number,
+    private readonly extent: Extent = extentOf(model),
   ) {
     this.surface = new Surface(`Plan view of ${run.label}`);
-    this.extent = extentOf(model);
   }
 
   get isFitted(): boolean {

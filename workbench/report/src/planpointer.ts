@@ -9,7 +9,7 @@ interface Place {
   readonly y: number;
 }
 
-export function listenToPlan(plan: Plan, pick: (mark: Mark | null) => void, commands: Commands): void {
+export function listenToPlan(plan: Plan, pick: (mark: Mark | null) => void, commands: Pick<Commands, 'panPlans' | 'zoomPlans' | 'fitPlans'>): void {
   const { canvas } = plan.surface;
   const pointers = new Map<number, Place>();
   let moved = 0;

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // Decodes tables of tracks over time, as encoded by workbench/report/TrackTable.h.
-import { missing, unpack, type PackedColumn } from './column';
+import { missing, unpack, type Column } from './column';
 
 export interface PackedTable {
   readonly frames: number;
   readonly tracks: number;
   readonly rows: number;
-  readonly keys: Readonly<Record<string, PackedColumn>>;
-  readonly counts: PackedColumn;
-  readonly skipped: PackedColumn;
-  readonly columns: Readonly<Record<string, PackedColumn>>;
+  readonly keys: Readonly<Record<string, Column>>;
+  readonly counts: Column;
+  readonly skipped: Column;
+  readonly columns: Readonly<Record<string, Column>>;
 }
 
 /** Rows of numbers, ordered by track, then by frame. */
@@ -58,8 +58,9 @@ export class Table {
       if (!packed) {
         throw new Error(`the report has no column ${name}`);
       }
-      const steps = unpack(packed, this.rows);
-      numbers = Float32Array.from(steps, (value) => (value === missing ? NaN : value * packed.step));
+      numbers = packed instanceof Float64Array
+        ? Float32Array.from(packed)
+        : Float32Array.from(unpack(packed, this.rows), (value) => (value === missing ? NaN : value * packed.step));
       this.unpacked.set(name, numbers);
     }
     return numbers;

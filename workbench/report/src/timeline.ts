@@ -2,8 +2,7 @@
 // Lanes of the system tracks: lifetime, sensor tracks, confirmation, class, and identity switches.
 import { Surface } from './canvas';
 import { tickText } from './clock';
-import { timelineText } from './describe';
-import { letterOf, type Life, type Model, type Stretch, type Switch } from './model';
+import { letterOf, type Life, type Model, type Run, type Stretch, type Switch } from './model';
 import { trackColour, type Palette } from './palette';
 import type { Selection, State } from './state';
 import { traceDiamond } from './symbols';
@@ -20,7 +19,13 @@ export interface Lane {
   readonly switches: readonly Switch[];
 }
 
-export function lanesOf(model: Model, withTentative: boolean): Lane[] {
+/** What lanes are made of. */
+export interface Lived {
+  readonly isPair: boolean;
+  readonly runs: readonly Pick<Run, 'lives' | 'judgement'>[];
+}
+
+export function lanesOf(model: Lived, withTentative: boolean): Lane[] {
   const lanes = model.runs.flatMap((run, index) =>
     run.lives
       .filter((life) => withTentative || !Number.isNaN(life.confirmed))
@@ -83,9 +88,14 @@ export class Timeline {
   private readonly picture = document.createElement('canvas');
   private pictured: readonly unknown[] = [];
 
-  constructor(private readonly model: Model) {
+  /** @param summary what it shows, for those who do not see it */
+  constructor(
+    private readonly model: Pick<Model, 'duration'>,
+    summary: string,
+    private readonly textOfTick: (seconds: number, inMinutes: boolean) => string = tickText,
+  ) {
     this.span = { from: 0, to: model.duration };
-    this.surface = new Surface(`Timeline: ${timelineText(model)}`);
+    this.surface = new Surface(`Timeline: ${summary}`);
   }
 
   get contentHeight(): number {
@@ -222,7 +232,7 @@ export class Timeline {
       context.globalAlpha = 0.6;
       context.stroke();
       context.globalAlpha = 1;
-      const text = tickText(time, spacing >= 60 || this.model.duration >= 120);
+      const text = this.textOfTick(time, spacing >= 60 || this.model.duration >= 120);
       const isLast = x + 4 + context.measureText(text).width > this.surface.width;
       context.textAlign = isLast ? 'right' : 'left';
       context.fillText(text, isLast ? x - 3 : x + 3, 11);
