@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Opens a report in headless Chromium.
+// Opens a report, or the live view, in headless Chromium.
 import { mkdtempSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
@@ -23,7 +23,7 @@ import { chromium } from 'playwright-core';
 /**
  * Opens a report in a new browser without stored data.
  *
- * @param {string} path
+ * @param {string} path of a file, or an address of the live view
  * @param {Wishes} wishes
  * @returns {Promise<Opened>}
  */
@@ -41,7 +41,7 @@ export async function open(path, { width = 1280, height = 720, dark = false, pho
       '--disable-background-networking', '--disable-component-update', '--force-color-profile=srgb'],
   });
   const page = await context.newPage();
-  const address = pathToFileURL(path).href;
+  const address = path.startsWith('http:') ? path : pathToFileURL(path).href;
   /** @type {string[]} */
   const complaints = [];
   /** @type {string[]} */

@@ -12,8 +12,8 @@ function fromEnvironment(name: string): string {
   return value;
 }
 
-const program = fromEnvironment('VESKAR_PROGRAM');
-const config = fromEnvironment('VESKAR_CONFIG');
+export const program = fromEnvironment('VESKAR_PROGRAM');
+export const config = fromEnvironment('VESKAR_CONFIG');
 /** Directory of recordings, reports and pictures. */
 export const output = fromEnvironment('VESKAR_E2E_OUTPUT');
 mkdirSync(output, { recursive: true });
