@@ -17,8 +17,11 @@ as_root() {
   fi
 }
 
+# part_missing PRESET PART: prints why its program lacks an optional part; nothing when it has it.
+part_missing() { sed -n "s/^VESKAR_$2_MISSING:INTERNAL=//p" "build/$1/CMakeCache.txt"; }
+
 # page_missing PRESET: prints why its program has no page for the report; nothing when it has one.
-page_missing() { sed -n 's/^VESKAR_REPORT_MISSING:INTERNAL=//p' "build/$1/CMakeCache.txt"; }
+page_missing() { part_missing "$1" REPORT; }
 
 # Makes later builds use a compiler cache, if there is one.
 use_compiler_cache() {

@@ -5,6 +5,7 @@ import type { Page } from 'playwright-core';
 import type { LiveProbe } from '../src/live/liveapp';
 import { open as openBrowser, type Opened } from './browser.mjs';
 import { LiveSite, truthOf } from './livesite';
+import { at } from './reports';
 
 let site: LiveSite;
 let opened: Opened[] = [];
@@ -42,6 +43,14 @@ afterEach(async () => {
   }
 });
 
+/** Selects a track, lets the timeline fill, and takes the picture for the documentation. */
+async function takePicture(page: Page, name: string): Promise<void> {
+  await pause(15_000);
+  await page.locator('.objects button').nth(1).click();
+  await untilIn(page, 'document.querySelector(".inspector .reasons li") !== null');
+  await page.screenshot({ path: at(name) });
+}
+
 describe('the live view of people on a perimeter', () => {
   beforeAll(async () => {
     site = await LiveSite.start('perimeter');
@@ -75,6 +84,7 @@ describe('the live view of people on a perimeter', () => {
     }
     // The plot resolves some centimetres; the estimates are within half a metre.
     expect(best).toBeLessThan(0.5);
+    await takePicture(page, 'live-perimeter.png');
   });
 
   it('shows the health of both sensors and the objects', async () => {
@@ -147,5 +157,27 @@ describe('the live view of people on a perimeter', () => {
     await untilIn(page, 'document.querySelector(".connection").textContent === "No frames" || document.querySelectorAll(".health .silent").length > 0');
     site.publish();
     await untilIn(page, 'document.querySelector(".connection").textContent === "Live" && document.querySelectorAll(".health .silent").length === 0');
+  });
+});
+
+describe('the live view of a crowd', () => {
+  beforeAll(async () => {
+    site = await LiveSite.start('crowd');
+  });
+  afterAll(() => site.stop());
+
+  it('shows and lists every object', async () => {
+    const page = await open();
+    await untilIn(page, 'veskarLive.plan.filter((mark) => mark.kind === "system").length > 40');
+    await page.keyboard.press('Space');
+    await pause(300);
+    const ids = await page.evaluate('veskarLive.plan.filter((mark) => mark.kind === "system" || mark.kind === "tentative").map((mark) => String(mark.id)).sort()');
+    const listed = await page.locator('.objects button').evaluateAll((all) => all.map((one) => one.getAttribute('data-track')!).sort());
+    for (const id of ids as string[]) {
+      expect(listed).toContain(id);
+    }
+    expect(await page.locator('.objects h2').textContent()).toMatch(/^Objects: \d\d confirmed, \d+ tentative$/);
+    await page.keyboard.press('Space');
+    await takePicture(page, 'live-crowd.png');
   });
 });
