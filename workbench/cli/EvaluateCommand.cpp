@@ -1,24 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <veskar-host/FusedFrame.h>
-#include <veskar-host/InputError.h>
-
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Files.h"
 #include "cli/Inputs.h"
 #include "cli/OptionChecks.h"
 #include "cli/Progress.h"
-#include "evaluate/EvaluationReport.h"
-#include "evaluate/FusedFeed.h"
-#include "host/pipeline/ReplayOptions.h"
-#include "io/Interruption.h"
+#include "evaluate/RecordingJudgement.h"
 #include "io/OutputFile.h"
-#include "recording/RecordingReader.h"
-#include "replay/FusedReader.h"
 
-#include <algorithm>
-#include <functional>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <utility>
@@ -43,99 +32,19 @@ struct EvaluateOptions {
     EvaluationOptions evaluation;
 };
 
-/// Sorts the values and removes duplicates, so that nothing is evaluated twice.
-void sortOnce(std::vector<int>& values) {
-    std::sort(values.begin(), values.end());
-    values.erase(std::unique(values.begin(), values.end()), values.end());
-}
-
-/// Bands out of order are a mistake that sorting would hide: "--bands 40 20".
-void requireAscending(const std::vector<double>& bands) {
-    const auto fault = std::adjacent_find(bands.begin(), bands.end(), std::greater_equal<>());
-    if (fault != bands.end()) {
-        throw InputError(
-            fmt::format("--bands: {} comes after {}: they must ascend", *std::next(fault), *fault));
+RecordingFigures judge(const EvaluateOptions& options) {
+    JudgementTask task;
+    task.recording = options.recording;
+    task.fused = options.fused;
+    task.camera = options.camera;
+    task.options = options.evaluation;
+    task.options.commonFieldOfView = !options.wholeScene;
+    if (options.fused.empty()) {
+        task.settings = readSettings(options.config, options.changes, warn);
     }
-}
-
-/// Evaluates the whole recording.
-/// @param follow passes the fused frames before a line to the evaluation
-/// @return the report
-std::string judge(RecordingReader& reader, Evaluation& evaluation, EvaluationReport report,
-                  const std::string& format,
-                  const std::function<void(const RecordingLine&)>& follow) {
     Progress progress("evaluating");
-    while (const auto line = reader.next()) {
-        throwIfInterrupted();
-        follow(*line);
-        evaluation.add(*line);
-        progress.update(reader.input().fractionRead());
-    }
-    if (evaluation.instants() == 0) {
-        throw InputError(reader.input().name(), InputError("the recording has no truth line"));
-    }
-    report.instants = evaluation.instants();
-    report.parts = evaluation.figures();
-    return format == "json" ? toJsonText(report) : toTable(report);
-}
-
-void requireTruth(const RecordingReader& reader) {
-    if (reader.header().truth == TruthKind::None) {
-        throw InputError(reader.input().name(),
-                         InputError("the recording has no truth to judge by"));
-    }
-}
-
-/// Runs the fusion on the recording and evaluates it.
-int judgeRun(const EvaluateOptions& options, RecordingReader& reader,
-             const EvaluationOptions& wishes) {
-    const auto [config, parameters] = readSettings(options.config, options.changes);
-    const RecordingHeader header = withCamera(reader.header(), options.camera);
-    requireTruth(reader);
-    OutputFile output(options.output);
-    Evaluation evaluation(header, config, wishes);
-    FusionPipeline run(
-        header, config, [&](const FusedFrame& frame) { evaluation.add(frame); }, parameters,
-        replayOptions());
-    output.write(judge(reader, evaluation, {header, wishes, 0, {}}, options.format,
-                       [&](const RecordingLine& line) {
-                           if (const auto* frame = std::get_if<SensorFrame>(&line)) {
-                               run.push(*frame);
-                           } else {
-                               run.advance(std::get<TruthFrame>(line).time);
-                           }
-                       }));
-    output.commit();
-    if (run.counts().failedFrames > 0) {
-        writeError(
-            fmt::format("veskar: {}: the fusion could not associate {} frames; the first: {}\n",
-                        options.recording, run.counts().failedFrames, run.counts().firstFailure));
-        return NegativeAnswer;
-    }
-    return Success;
-}
-
-/// Evaluates fused tracks from a file, with the installation and the configuration that it states.
-int judgeFile(const EvaluateOptions& options, RecordingReader& reader,
-              const EvaluationOptions& wishes) {
-    FusedReader fused(options.fused);
-    const Provenance provenance = provenanceFor(options.force);
-    provenance.compareNames(fused, reader);
-    const RecordingHeader header = headerOfRun(fused, reader.header());
-    requireTruth(reader);
-    OutputFile output(options.output);
-    Evaluation evaluation(header, fused.config(), wishes);
-    FusedFeed feed(fused, [&](const FusedFrame& frame) { evaluation.add(frame); });
-    const std::string report = judge(reader, evaluation, {header, wishes, 0, {}}, options.format,
-                                     [&](const RecordingLine& line) { feed.follow(line); });
-    while (fused.next()) {
-        // Reads to the end: the digests come after the last fused frame.
-        throwIfInterrupted();
-    }
-    provenance.compareRun(fused, reader);
-    output.write(report);
-    output.commit();
-    return Success;
+    return judgeRecording(std::move(task), provenanceFor(options.force),
+                          [&](double fraction) { progress.update(fraction); });
 }
 
 int evaluate(const EvaluateOptions& options) {
@@ -144,13 +53,17 @@ int evaluate(const EvaluateOptions& options) {
                    {"configuration", options.config},
                    {"camera", options.camera}},
                   {{"report", options.output}});
-    RecordingReader reader(options.recording);
-    EvaluationOptions wishes = options.evaluation;
-    wishes.commonFieldOfView = !options.wholeScene;
-    requireAscending(wishes.bands);
-    sortOnce(wishes.confirmationHits);
-    return options.fused.empty() ? judgeRun(options, reader, wishes)
-                                 : judgeFile(options, reader, wishes);
+    OutputFile output(options.output);
+    const RecordingFigures figures = judge(options);
+    output.write(options.format == "json" ? toJsonText(figures.report) : toTable(figures.report));
+    output.commit();
+    if (figures.counts.failedFrames > 0) {
+        writeError(fmt::format(
+            "veskar: {}: the fusion could not associate {} frames; the first: {}\n",
+            options.recording, figures.counts.failedFrames, figures.counts.firstFailure));
+        return NegativeAnswer;
+    }
+    return Success;
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "live/service/RunConfiguration.h"
 #include "live/service/SensorPublisher.h"
 #include "live/service/Service.h"
+#include "replay/Settings.h"
 
 #include <cstdint>
 #include <memory>
@@ -97,7 +98,7 @@ int run(const LiveOptions& options) {
     const Live::RunConfiguration run = readRun(options, changes);
     checkFiles(run, options);
     const auto readFusion = [path = run.fusion, ofFusion = changes.ofFusion] {
-        auto [config, parameters] = readSettings(path, ofFusion);
+        auto [config, parameters] = readSettings(path, ofFusion, warn);
         return Live::FusionSettings{config, parameters};
     };
     return serve(run, readFusion, run.view ? viewContentOf(run) : Live::ViewContent());

@@ -8,15 +8,12 @@
 #include "cli/Inputs.h"
 #include "cli/Progress.h"
 #include "io/Interruption.h"
-#include "io/OutputFile.h"
-#include "report/Page.h"
-#include "report/Report.h"
+#include "report/ReportFile.h"
 
 #include <memory>
 #include <string>
 
 #include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
 
 namespace Workbench {
 namespace {
@@ -38,9 +35,6 @@ int report(const ReportOptions& options) {
                    {"explanations", options.explain},
                    {"other explanations", options.explain2}},
                   {{"report", options.output}});
-    if (reportPage.empty()) {
-        throw InputError(std::string(reportPageMissing));
-    }
     if (options.fused2.empty() && !options.explain2.empty()) {
         throw InputError("--explain2 needs a second run to explain");
     }
@@ -48,18 +42,11 @@ int report(const ReportOptions& options) {
     if (!options.fused2.empty()) {
         inputs.runs.push_back({options.fused2, options.explain2});
     }
-    OutputFile output(options.output);
     Progress progress("reporting");
-    const Json data =
-        reportData(inputs, provenanceFor(options.force), [&](const LineReader& input) {
-            throwIfInterrupted();
-            progress.update(input.fractionRead());
-        });
-    const std::size_t mark = reportPage.find(reportPageMark);
-    output.write(reportPage.substr(0, mark));
-    output.write(embeddable(data));
-    output.write(reportPage.substr(mark + reportPageMark.size()));
-    output.commit();
+    writeReport(inputs, options.output, provenanceFor(options.force), [&](const LineReader& input) {
+        throwIfInterrupted();
+        progress.update(input.fractionRead());
+    });
     return Success;
 }
 

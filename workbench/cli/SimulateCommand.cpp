@@ -83,7 +83,7 @@ int simulate(const SimulateOptions& options) {
     }
     Progress progress("simulating");
     Simulation simulation(scenario, options.seed);
-    UnknownWords words = wordsToWarnOf(options.scenario == "-" ? "<stdin>" : options.scenario);
+    UnknownWords words(wordWarnings(options.scenario == "-" ? "<stdin>" : options.scenario));
     SimulationSink sink(options, simulation.header());
     simulation.run(
         [&](const RecordingLine& line) {

@@ -74,8 +74,8 @@ TEST(Usage, AShortOptionTellsTheVersion) {
 TEST(Usage, BandsMustAscend) {
     const std::string recording = dataFile("tiny.jsonl");
     for (const auto& [bands, complaint] : std::vector<std::pair<Words, std::string>>{
-             {{"40", "20"}, "veskar: --bands: 20 comes after 40: they must ascend\n"},
-             {{"0", "20", "20"}, "veskar: --bands: 20 comes after 20: they must ascend\n"}}) {
+             {{"40", "20"}, "veskar: bands: 20 comes after 40: they must ascend\n"},
+             {{"0", "20", "20"}, "veskar: bands: 20 comes after 20: they must ascend\n"}}) {
         Words arguments{"evaluate", recording, "--bands"};
         arguments.insert(arguments.end(), bands.begin(), bands.end());
         const Outcome outcome = veskar(arguments);
