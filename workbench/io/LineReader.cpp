@@ -4,6 +4,7 @@
 #include <veskar-host/InputError.h>
 
 #include "HostLibrary.h"
+#include "io/FileError.h"
 #include "io/Interruption.h"
 
 #include <algorithm>
@@ -22,13 +23,13 @@ namespace Workbench {
 LineReader::LineReader(const std::string& path) : shownName_(path == "-" ? "<stdin>" : path) {
     descriptor_ = path == "-" ? ::dup(STDIN_FILENO) : openFile(path, O_RDONLY);
     if (descriptor_ < 0) {
-        throw InputError(shownName_, InputError(std::strerror(errno)));
+        throw FileError(shownName_, errno);
     }
     stopDescriptor_ = ::eventfd(0, EFD_CLOEXEC);
     if (stopDescriptor_ < 0) {
         const int fault = errno;
         ::close(descriptor_);
-        throw InputError(shownName_, InputError(std::strerror(fault)));
+        throw FileError(shownName_, fault);
     }
     struct stat status {};
     if (::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
@@ -80,7 +81,7 @@ std::size_t LineReader::read(char* to, std::size_t room) {
         count = ::read(descriptor_, to, room);
     } while (count < 0 && (errno == EINTR || errno == EAGAIN));
     if (count < 0) {
-        throw InputError(shownName_, InputError(std::strerror(errno)));
+        throw FileError(shownName_, errno);
     }
     return static_cast<std::size_t>(count);
 }

@@ -4,20 +4,19 @@
 #include <veskar-host/InputError.h>
 
 #include "HostLibrary.h"
+#include "io/FileError.h"
 #include "io/Interruption.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <limits>
 #include <system_error>
 #include <utility>
 
 #include <fcntl.h>
-#include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -96,8 +95,8 @@ OutputFile::~OutputFile() {
 }
 
 void OutputFile::fail(const char* doing) const {
-    throw InputError(shownName_,
-                     InputError(fmt::format("cannot {}: {}", doing, std::strerror(errno))));
+    const int number = errno;
+    throw FileError(shownName_, number, std::string("cannot ") + doing + ": ");
 }
 
 void OutputFile::write(std::string_view text) {
