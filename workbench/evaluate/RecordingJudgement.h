@@ -21,7 +21,7 @@ struct JudgementTask {
     std::string fused;          ///< file of its fused tracks, or "-"; empty: the fusion runs
     std::string camera;         ///< of the fusion that runs, see withCamera
     Settings settings;          ///< of the fusion that runs
-    EvaluationOptions options;  ///< bands and hits may be in any order
+    EvaluationOptions options;  ///< bands ascend, hits are in any order
 };
 
 /// The figures of a recording.
@@ -36,7 +36,7 @@ struct RecordingFigures {
 /// @param progress receives the part of the recording that has been read, 0 to 1; negative when
 ///                 unknown; may be empty
 /// @return the figures
-/// @throw InputError the fault of an input, or that the recording has no truth
+/// @throw InputError the fault of an input or of the bands, or that the recording has no truth
 /// @throw Interrupted when a signal has come
 RecordingFigures judgeRecording(JudgementTask task, const Provenance& provenance,
                                 const std::function<void(double)>& progress);

@@ -104,8 +104,7 @@ FusionPipeline::Counts replay(const ReplayTask& task, const ReplayHooks& hooks) 
     const bool isCsv = task.format == ReplayTask::Format::Csv;
 
     using Reader = OutputFile::Reader;
-    OutputFile output(task.output,
-                      task.explanations.empty() ? Reader::MayLeave : Reader::MustStay);
+    OutputFile output(task.output, task.explanations.empty() ? Reader::MayLeave : Reader::MustStay);
     output.write(isCsv ? csvHeader()
                        : fusedHeaderLine(header, config.toJson(), parameters.toJson()));
     WriteBehind writer(
