@@ -9,6 +9,8 @@ cpp      compiled and linked with warnings as errors, and compiled again behind
          into main() or into a prelude.
 sh       run by bash, which stops at the first command that fails. The blocks of a document run one
          after the other in one directory, beside the repository's config/, with veskar on the PATH.
+python   run by Debian's Python with the installed package, in the directory of the document's sh
+         blocks.
 cmake    included by a prelude, a project that is configured, or run as a script.
 json     parsed line by line (JSON Lines), or as one value over several lines.
 text, mermaid
@@ -46,6 +48,7 @@ PLACE = re.compile(r"^\s*(//|#) snippet$", re.MULTILINE)
 WORDS = {
     "cpp": {"prelude"},
     "sh": {"setup", "syntax"},
+    "python": set(),
     "cmake": {"prelude", "script"},
     "json": {"prelude", "check", "schema"},
 }
@@ -125,6 +128,7 @@ class Checker:
             LD_LIBRARY_PATH=str(libraries),
             PKG_CONFIG_PATH=str(libraries / "pkgconfig"),
             CMAKE_PREFIX_PATH=str(prefix),
+            PYTHONPATH=str(prefix / "lib/python3/dist-packages"),
         )
         self.flags = self.run(
             "pkg-config", "--cflags", "--libs", "veskar-host", "glib-2.0"
@@ -173,6 +177,11 @@ class Checker:
         if "setup" in snippet.words:
             self.run("bash", "-euc", snippet.words["setup"])
         self.run("bash", "-Eeuo", "pipefail", "-c", f'{trap}. "{script}"')
+
+    def python(self, snippet):
+        script = self.scratch / (Path(snippet.document).name + ".py")
+        script.write_text(snippet.padded())
+        self.run("/usr/bin/python3", script)
 
     def named_things_exist(self, snippet):
         presets = json.loads((ROOT / "CMakePresets.json").read_text())["configurePresets"]

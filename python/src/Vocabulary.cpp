@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <veskar/Track.h>
+#include <veskar/Vocabulary.h>
+
+#include "Bindings.h"
+
+namespace Bindings {
+
+void bindVocabulary(py::module_& module) {
+    namespace Words = Veskar::Vocabulary;
+
+    py::enum_<Veskar::Source>(module, "Source", "Where a track or a frame comes from.")
+        .value("VIDEO", Veskar::VideoObject, "video object detections")
+        .value("VURA", Veskar::VideoVura, "the second, motion-based video tracker")
+        .value("RADAR", Veskar::Radar, "radar")
+        .value("SYSTEM", Veskar::System, "a fused system track");
+    py::enum_<Veskar::CoordinateSystem>(module, "CoordinateSystem",
+                                        "The frame of a track's state; never converted.")
+        .value("UNSPECIFIED", Veskar::Unspecified, "the producer does not say")
+        .value("GROUND_PLANE", Veskar::GroundPlane, "metres on the ground around the device")
+        .value("IMAGE_PLANE_RANGE", Veskar::ImagePlaneRange,
+               "(u, u rate, v, v rate, range, range rate); the frame of system tracks");
+
+    py::module_ words = module.def_submodule(
+        "vocabulary", "The words of labels, and what the fusion knows about them.");
+    words.attr("KNOWN_CLASSES") = py::frozenset(py::cast(Words::knownClasses));
+    words.attr("SUPPORTED_CLASSES") = py::frozenset(py::cast(Words::supportedClasses));
+    words.attr("KNOWN_COLORS") = py::frozenset(py::cast(Words::knownColors));
+    words.attr("CLASS_GROUPS") = py::cast(Words::classGroups);
+    words.attr("UNKNOWN") = Words::unknown;
+    words.def("is_known_class", Words::isKnownClass, py::arg("word"),
+              "Whether a class label is one of KNOWN_CLASSES.");
+    words.def("is_known_color", Words::isKnownColor, py::arg("word"),
+              "Whether a colour label is one of KNOWN_COLORS.");
+}
+
+}  // namespace Bindings

@@ -1,0 +1,10 @@
+# SPDX-License-Identifier: Apache-2.0
+"""How records are copied and pickled."""
+
+
+def rebuild(cls, values):
+    """Make a record of a class of the values of its fields."""
+    record = cls()
+    for name, value in zip(cls._fields, values):
+        setattr(record, name, value)
+    return record
