@@ -28,5 +28,7 @@ void bindSystemTrack(py::module_& module);
 void bindAssociation(py::module_& module);
 void bindObserver(py::module_& module);
 void bindFusion(py::module_& module);
+void bindRecordings(py::module_& module);
+void bindWorkbench(py::module_& module);
 
 }  // namespace Bindings

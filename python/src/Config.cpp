@@ -3,6 +3,7 @@
 #include <veskar-host/InputError.h>
 #include <veskar/Config.h>
 
+#include "Progress.h"
 #include "Record.h"
 #include "io/TextFile.h"
 
@@ -17,13 +18,6 @@ namespace {
 using Veskar::Config;
 using Veskar::ConfigFault;
 using Veskar::Host::InputError;
-
-/// Shows what the fusion does not use as written as a Python warning.
-void warnInPython(const std::string& text) {
-    if (PyErr_WarnEx(PyExc_UserWarning, text.c_str(), 2) != 0) {
-        throw py::error_already_set();
-    }
-}
 
 Config configOf(const std::string& text, const std::string& file) {
     const std::vector<ConfigFault> faults = Config::findFaults(text);

@@ -4,6 +4,8 @@
 The core, on estimates with covariance: Config, Track, FusionModule, TrackAssociator, Camera, and
 FusionObserver for what the fusion decides.
 
+The workbench: simulate, read_recording, replay, evaluate, check, report; map for all cores.
+
 Positions on the ground are metres in the device's frame (x forward, y to the left), times seconds,
 image positions on the normalised image plane (-1..1, right and up).
 """
@@ -43,3 +45,16 @@ from ._veskar import (
     vocabulary,
 )
 from .observer import FusionObserver
+from .parallel import map
+from .workbench import (
+    Finding,
+    Metrics,
+    Recording,
+    Run,
+    check,
+    evaluate,
+    read_recording,
+    replay,
+    report,
+    simulate,
+)
