@@ -30,5 +30,6 @@ void bindObserver(py::module_& module);
 void bindFusion(py::module_& module);
 void bindRecordings(py::module_& module);
 void bindWorkbench(py::module_& module);
+void bindMetrics(py::module_& module);
 
 }  // namespace Bindings

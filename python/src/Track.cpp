@@ -83,7 +83,8 @@ void addMembers(py::class_<Track, std::shared_ptr<Track>>& type) {
 }  // namespace
 
 void bindTrack(py::module_& module) {
-    const Eigen::Vector4d noBox = Eigen::Vector4d::Zero();
+    // No array: NumPy is imported when the first one is made.
+    const py::tuple noBox = py::make_tuple(0.0, 0.0, 0.0, 0.0);
     py::class_<Track, std::shared_ptr<Track>> type(
         module, "Track", "A Gaussian estimate with identity, times, labels and image box.");
     type.def(py::init(&makeTrack), py::arg("state"), py::arg("covariance"), py::arg("time"),

@@ -6,10 +6,13 @@ FusionObserver for what the fusion decides.
 
 The workbench: simulate, read_recording, replay, evaluate, check, report; map for all cores.
 
+veskar.metrics: GOSPA, OSPA, HOTA, CLEAR MOT and identity of any tracker.
+
 Positions on the ground are metres in the device's frame (x forward, y to the left), times seconds,
 image positions on the normalised image plane (-1..1, right and up).
 """
 
+from . import metrics
 from ._veskar import (
     Camera,
     Candidate,

@@ -1,8 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """All cores: work in several processes, each with a fusion of its own."""
 
-import concurrent.futures
-import multiprocessing
 import os
 import sys
 
@@ -32,6 +30,10 @@ def map(function, items, processes=None, progress=None):
     Exception
         the first one of the function, in the order of the items
     """
+    # Not with the package, which most uses should not wait for.
+    import concurrent.futures
+    import multiprocessing
+
     items = list(items)
     shown = sys.stderr.isatty() if progress is None else progress
     processes = processes or len(os.sched_getaffinity(0))
@@ -41,7 +43,7 @@ def map(function, items, processes=None, progress=None):
         futures = [pool.submit(function, item) for item in items]
         try:
             if shown:
-                _draw(futures)
+                _draw(concurrent.futures.as_completed(futures), len(futures))
             return [future.result() for future in futures]
         except BaseException:
             for future in futures:
@@ -49,10 +51,10 @@ def map(function, items, processes=None, progress=None):
             raise
 
 
-def _draw(futures, width=40):
-    for done, _ in enumerate(concurrent.futures.as_completed(futures), 1):
-        filled = width * done // len(futures)
+def _draw(finished, count, width=40):
+    for done, _ in enumerate(finished, 1):
+        filled = width * done // count
         bar = "#" * filled + "." * (width - filled)
-        sys.stderr.write(f"\r[{bar}] {done}/{len(futures)}")
+        sys.stderr.write(f"\r[{bar}] {done}/{count}")
         sys.stderr.flush()
     sys.stderr.write("\n")
