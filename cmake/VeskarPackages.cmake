@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Debian packages: `cpack -B DIRECTORY` in a build directory, or scripts/package for all that is
 # shipped. One package per component: libveskar1 (runtime), libveskar-dev (dev), libveskar-host1
-# (hostruntime), libveskar-host-dev (hostdev), veskar-tools (tools), veskar-doc (doc). A package
+# (hostruntime), libveskar-host-dev (hostdev), veskar-tools (tools), veskar-doc (doc), and
+# python3-veskar (python) where that is built. A package
 # depends on what dpkg-shlibdeps finds in its programs and libraries.
 # The version of the packages is that of the newest entry of their changelog: the project's, with
 # "~..." behind it until that is released (which sorts before it), and a revision that begins with
@@ -105,6 +106,27 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/packaging/to
                                              "${PROJECT_SOURCE_DIR}/packaging/tools/postrm"
                                              "${PROJECT_SOURCE_DIR}/packaging/tools/prerm")
 
+# The module is made for one version of Python.
+set(python_package python3-veskar)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME ${python_package})
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION
+    "fusion of radar and video tracks - Python package
+The libraries and the workbench in Python: fusing tracks with NumPy, simulating
+and replaying recordings, and judging trackers, with results as data frames.")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+    "${library_package} ${this_version}, ${host_library_package} ${this_version}, python3-numpy")
+if(TARGET veskar_python)
+  math(EXPR next_minor "${Python_VERSION_MINOR} + 1")
+  string(APPEND CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+         ", python3 (>= ${Python_VERSION_MAJOR}.${Python_VERSION_MINOR})"
+         ", python3 (<< ${Python_VERSION_MAJOR}.${next_minor})")
+  list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
+set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "python3-pandas, ${tools_package}")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-matplotlib, ${doc_package}")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)
+
 set(CPACK_DEBIAN_DOC_PACKAGE_NAME ${doc_package})
 set(CPACK_DEBIAN_DOC_PACKAGE_SECTION doc)
 set(CPACK_DEBIAN_DOC_PACKAGE_ARCHITECTURE all)
@@ -128,4 +150,7 @@ endif()
 set(CPACK_VESKAR_PACKAGES runtime:${library_package}:same dev:${dev_package}:same
                           hostruntime:${host_library_package}:same hostdev:${host_dev_package}:same
                           tools:${tools_package}:foreign doc:${doc_package}:foreign)
+if(TARGET veskar_python)
+  list(APPEND CPACK_VESKAR_PACKAGES python:${python_package}:no)
+endif()
 include(CPack)

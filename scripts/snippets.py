@@ -24,6 +24,7 @@ prelude=FILE  of docs/snippets; its line that holds nothing but "snippet" in a c
 setup=COMMAND run by bash before the block
 syntax=WHY    sh: not run (it installs, needs root or the network, or CI runs it elsewhere); bash
               reads it, and the scripts and presets that it names must exist
+              python: compiled, but not run
 script        cmake: run as a script, without a project
 check=KIND    json: the block, behind its prelude, goes through `veskar check --as KIND`
 schema=FILE   json: every line is valid by this JSON Schema of the repository
@@ -48,7 +49,7 @@ PLACE = re.compile(r"^\s*(//|#) snippet$", re.MULTILINE)
 WORDS = {
     "cpp": {"prelude"},
     "sh": {"setup", "syntax"},
-    "python": set(),
+    "python": {"syntax"},
     "cmake": {"prelude", "script"},
     "json": {"prelude", "check", "schema"},
 }
@@ -181,6 +182,9 @@ class Checker:
     def python(self, snippet):
         script = self.scratch / (Path(snippet.document).name + ".py")
         script.write_text(snippet.padded())
+        if "syntax" in snippet.words:
+            self.run("/usr/bin/python3", "-m", "py_compile", script)
+            return
         self.run("/usr/bin/python3", script)
 
     def named_things_exist(self, snippet):
