@@ -159,6 +159,27 @@ private:
                            {"sensor", "class"}};
 };
 
+/// Reads the sensor frames of a recording one by one.
+class RecordingFrames {
+public:
+    explicit RecordingFrames(const std::string& path)
+        : reader_(path, Workbench::TruthLines::Skip) {}
+
+    Workbench::SensorFrame next() {
+        auto line = reader_.next();
+        if (!line) {
+            throw py::stop_iteration();
+        }
+        return std::get<Workbench::SensorFrame>(std::move(*line));
+    }
+
+    /// Known once all frames have been read.
+    std::optional<double> end() const { return reader_.end(); }
+
+private:
+    Workbench::RecordingReader reader_;
+};
+
 /// Reads fused tracks some rows at a time.
 class FusedRows {
 public:
@@ -247,6 +268,14 @@ void bindRecordings(py::module_& module) {
         .def(py::init<const std::string&, bool>(), py::arg("path"), py::arg("truth"))
         .def("header", &RecordingRows::header)
         .def("next", &RecordingRows::next, py::arg("rows"));
+    py::class_<RecordingFrames>(module, "RecordingFrames",
+                                "Iterates over the sensor frames of a recording.")
+        .def(py::init<const std::string&>(), py::arg("path"))
+        .def("__iter__", [](const py::object& self) { return self; })
+        .def("__next__", &RecordingFrames::next)
+        .def_property_readonly("end", &RecordingFrames::end,
+                               "until when the sensors were awaited, s, once all frames have been "
+                               "read; None when the recording does not say it");
     py::class_<FusedRows>(module, "_FusedRows")
         .def(py::init<const std::string&>(), py::arg("path"))
         .def("next", &FusedRows::next, py::arg("rows"));

@@ -4,6 +4,8 @@
 The core, on estimates with covariance: Config, Track, FusionModule, TrackAssociator, Camera, and
 FusionObserver for what the fusion decides.
 
+The host's part, on the sensors' own reports: Installation, SensorFrame, FusionPipeline.
+
 The workbench: simulate, read_recording, replay, evaluate, check, report; map for all cores.
 
 veskar.metrics: GOSPA, OSPA, HOTA, CLEAR MOT and identity of any tracker.
@@ -15,6 +17,7 @@ image positions on the normalised image plane (-1..1, right and up).
 from . import metrics
 from ._veskar import (
     Camera,
+    CameraSetup,
     Candidate,
     ClassVerdict,
     Config,
@@ -22,24 +25,46 @@ from ._veskar import (
     Continuation,
     CoordinateSystem,
     DeletionReason,
+    FusedFrame,
+    FusedTrack,
     FusionModule,
+    FusionPipeline,
     Gate,
     GateVerdict,
     GatingResult,
+    GeographicPosition,
+    GroundPosition,
     Hindrance,
+    HostAdapter,
+    HostParameters,
+    ImageBox,
     InputError,
+    Installation,
+    Label,
+    Labels,
     Link,
     MergeCandidate,
     MergeHindrance,
+    Mounting,
     ObservedFrame,
     PairMemory,
+    PipelineCounts,
+    Projection,
     Pruning,
     PruningReason,
+    RadarReport,
+    RadarSetup,
+    ReadyEstimate,
+    RecordingFrames,
     Refusal,
+    SensorFrame,
+    Site,
     Source,
+    Support,
     SystemTrack,
     Track,
     TrackAssociator,
+    VideoReport,
     __version__,
     constant_velocity,
     find_faults,

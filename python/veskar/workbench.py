@@ -74,6 +74,13 @@ class Recording:
     def __reduce__(self):
         return Recording, (self.path,)
 
+    def frames(self):
+        """Iterate over the sensor frames lazily, as SensorFrame, for FusionPipeline.push.
+
+        The attribute `end` of the iterator, once it is through, is the time to advance to.
+        """
+        return _veskar.RecordingFrames(self.path)
+
     def batches(self, rows=100_000, truth=True):
         """Read lazily, some rows at a time.
 
