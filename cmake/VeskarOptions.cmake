@@ -7,7 +7,9 @@ option(VESKAR_BUILD_FUZZERS "Build the fuzz targets (needs clang with libFuzzer)
 option(VESKAR_BUILD_HOST "Build libveskar-host, the library for hosts" ON)
 option(VESKAR_BUILD_WORKBENCH "Build the veskar command-line program (needs libveskar-host)"
        ${PROJECT_IS_TOP_LEVEL})
-option(VESKAR_PYTHON "Build the Python package (needs the workbench and pybind11)" OFF)
+set(VESKAR_PYTHON OFF CACHE STRING
+    "Build the Python package: ON, OFF, or AUTO where pybind11 is installed (needs the workbench)")
+set_property(CACHE VESKAR_PYTHON PROPERTY STRINGS AUTO ON OFF)
 option(VESKAR_BUILD_EXAMPLES "Build the example programs" ${PROJECT_IS_TOP_LEVEL})
 set(VESKAR_REPORT AUTO CACHE STRING
     "Build the page of `veskar report` with Node.js: ON, OFF, or AUTO where that can be done")
