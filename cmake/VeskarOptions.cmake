@@ -23,6 +23,9 @@ set_property(CACHE VESKAR_LIVE_RTSP PROPERTY STRINGS AUTO ON OFF)
 set(VESKAR_VIEW AUTO CACHE STRING
     "Let `veskar run` show itself in browsers: ON, OFF, or AUTO where libmicrohttpd is installed")
 set_property(CACHE VESKAR_VIEW PROPERTY STRINGS AUTO ON OFF)
+set(VESKAR_CALIBRATE AUTO CACHE STRING
+    "Build `veskar calibrate`: ON, OFF, or AUTO where Ceres is installed")
+set_property(CACHE VESKAR_CALIBRATE PROPERTY STRINGS AUTO ON OFF)
 option(VESKAR_INSTALL "Install the library and what else is built" ${PROJECT_IS_TOP_LEVEL})
 option(VESKAR_WERROR "Turn warnings in veskar's own code into errors" OFF)
 set(VESKAR_SANITIZE "" CACHE STRING "Sanitizers for everything built here, for example address,undefined")

@@ -102,6 +102,7 @@ int runCommandLine(int count, const char* const* arguments) {
     addEvaluateCommand(program, action);
     addInfoCommand(program, action);
     addCheckCommand(program, action);
+    addCalibrateCommand(program, action);
     addReportCommand(program, action);
     addLiveCommands(program, action);
     addCompletionCommand(program, action);

@@ -31,6 +31,10 @@ void addInfoCommand(CLI::App& program, Action& action);
 void addReportCommand(CLI::App& program, Action& action);
 /// @copydoc addSimulateCommand
 void addCompletionCommand(CLI::App& program, Action& action);
+/// Adds `calibrate`; where the program was built without it, it says why.
+/// @param program as above
+/// @param action as above
+void addCalibrateCommand(CLI::App& program, Action& action);
 /// Adds `run` and `record`; where the program was built without them, they say why.
 /// @param program as above
 /// @param action as above

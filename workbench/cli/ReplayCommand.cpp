@@ -24,6 +24,7 @@ struct ReplayOptions {
     std::string config;
     std::vector<std::string> changes;
     std::string camera;
+    std::string installation;
     std::string format = "jsonl";
     std::string explain;
     bool realtime = false;
@@ -61,7 +62,8 @@ int tell(const ReplayOptions& options, const FusionPipeline::Counts& counts,
 void checkFiles(const ReplayOptions& options) {
     refuseClashes({{"recording", options.recording},
                    {"configuration", options.config},
-                   {"camera", options.camera}},
+                   {"camera", options.camera},
+                   {"installation", options.installation}},
                   {{"tracks", options.output},
                    {"explanations", options.explain},
                    {"summary", summaryGoesToStandardOutput(options) ? "-" : ""}});
@@ -73,6 +75,7 @@ ReplayTask taskOf(const ReplayOptions& options) {
     task.output = options.output;
     task.explanations = options.explain;
     task.camera = options.camera;
+    task.installation = options.installation;
     task.format = options.format == "csv" ? ReplayTask::Format::Csv : ReplayTask::Format::JsonLines;
     task.inRealTime = options.realtime;
     task.withTags = options.tags;
@@ -108,6 +111,9 @@ void addReplayCommand(CLI::App& program, Action& action) {
     command->add_option("-o,--output", options->output, "fused tracks to write (default: -)");
     addSettingsOptions(*command, options->config, options->changes);
     command->add_option("--camera", options->camera, "camera to use instead of the recording's");
+    command->add_option("--installation", options->installation,
+                        "installation to use instead of the recording's: a header, or a file with "
+                        "camera and radar");
     command->add_option("--format", options->format, "jsonl or csv (default: jsonl)")
         ->check(CLI::IsMember({"jsonl", "csv"}));
     command->add_option("--explain", options->explain,

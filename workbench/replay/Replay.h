@@ -22,6 +22,7 @@ struct ReplayTask {
     std::string output = "-";           ///< file of the fused tracks, or "-"
     std::string explanations;           ///< file of the explanations, or "-"; empty: none
     std::string camera;                 ///< see withCamera
+    std::string installation;           ///< see withInstallation; the camera above comes after it
     Format format = Format::JsonLines;  ///< of the fused tracks
     bool inRealTime = false;            ///< keep the recording's pace
     bool withTags = false;              ///< see FusionPipeline::Options

@@ -128,4 +128,11 @@ RecordingHeader withCamera(RecordingHeader header, const std::string& cameraPath
     return header;
 }
 
+RecordingHeader withInstallation(RecordingHeader header, const std::string& path) {
+    if (!path.empty()) {
+        static_cast<Installation&>(header) = Installation::parse(path);
+    }
+    return header;
+}
+
 }  // namespace Workbench

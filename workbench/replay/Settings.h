@@ -36,4 +36,11 @@ Settings readSettings(const std::string& path, const std::vector<std::string>& c
 /// @throw InputError the fault of the camera
 RecordingHeader withCamera(RecordingHeader header, const std::string& cameraPath);
 
+/// @param header header of a recording
+/// @param path an installation to use instead of the recording's, as `veskar calibrate` writes it;
+///             empty: the recording's
+/// @return the header with that installation
+/// @throw InputError the fault of the installation
+RecordingHeader withInstallation(RecordingHeader header, const std::string& path);
+
 }  // namespace Workbench

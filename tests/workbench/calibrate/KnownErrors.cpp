@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "KnownErrors.h"
+
+#include "SourceDirectory.h"
+#include "simulate/Simulation.h"
+
+#include <variant>
+
+namespace VeskarTest {
+
+using namespace Workbench;
+
+CalibrationScene KnownErrors::scene() const {
+    CalibrationScene scene;
+    for (const SensorFrame& frame : frames) {
+        scene.sightings.add(frame);
+    }
+    scene.moments = momentsOf(scene.sightings);
+    return scene;
+}
+
+KnownErrors simulated(const std::string& scenario, double seconds, const ScenarioChange& change) {
+    Scenario description =
+        readScenario(std::string(VESKAR_SOURCE_DIR) + "/config/scenarios/" + scenario + ".json");
+    description.duration = seconds;
+    change(description);
+    Simulation simulation(description, 41);
+    KnownErrors result{simulation.header(), {}};
+    simulation.run(
+        [&](const RecordingLine& line) {
+            if (const auto* frame = std::get_if<SensorFrame>(&line)) {
+                result.frames.push_back(*frame);
+            }
+        },
+        [](double) {});
+    return result;
+}
+
+FreeParameters usualParameters() {
+    FreeParameters usual{};
+    for (const Parameter parameter : allParameters()) {
+        usual[static_cast<std::size_t>(parameter)] = traitsOf(parameter).isAskedFor;
+    }
+    return usual;
+}
+
+}  // namespace VeskarTest
