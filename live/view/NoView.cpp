@@ -10,9 +10,8 @@ std::string viewMissing() {
     return VESKAR_VIEW_MISSING;
 }
 
-std::unique_ptr<LiveView> makeView(const ViewSettings& /*settings*/,
-                                   ViewContent /*content*/) {  // NOLINT(performance-unnecessary-value-param):
-                                                               // kept by the other one
+// NOLINTNEXTLINE(performance-unnecessary-value-param): kept by the other one
+std::unique_ptr<LiveView> makeView(const ViewSettings& /*settings*/, ViewContent /*content*/) {
     throw Host::InputError(viewMissing());
 }
 
