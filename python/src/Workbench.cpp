@@ -161,16 +161,13 @@ py::list check(const std::string& path, const py::object& listener) {
     {
         const py::gil_scoped_release unlocked;
         const Workbench::DocumentKind kind = Workbench::kindOfDocument(path);
-        findings =
-            kind == Workbench::DocumentKind::Recording
-                ? Workbench::checkRecording(path,
-                                            [&](std::uint64_t read, std::uint64_t size) {
-                                                progress(size == 0 ? -1.0
-                                                                   : static_cast<double>(read) /
-                                                                         static_cast<double>(size));
-                                            })
-                      .findings
-                : Workbench::checkDocument(path, kind);
+        findings = kind == Workbench::DocumentKind::Recording
+                       ? Workbench::checkRecording(path,
+                                                   [&](const Workbench::LineReader& input) {
+                                                       progress(input.fractionRead());
+                                                   })
+                             .findings
+                       : Workbench::checkDocument(path, kind);
     }
     const char* const words[] = {"fault", "warning", "note"};
     py::list found;

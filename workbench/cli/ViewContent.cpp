@@ -40,11 +40,10 @@ Veskar::Live::ViewContent viewContentOf(const Veskar::Live::RunConfiguration& ru
     const Installation& installation = run.installation;
     const HostAdapter adapter(installation, Veskar::Config::defaults());
     const auto start = std::chrono::system_clock::now().time_since_epoch();
-    const Json hello{
-        {"program", Veskar::veskarVersion()},
-        {"start", std::to_string(start.count())},
-        {"scene", sceneOutline(adapter.projection(), installation.camera, installation.radar)},
-        {"sensors", sensorsOf(run)}};
+    const Json hello{{"program", Veskar::veskarVersion()},
+                     {"start", std::to_string(start.count())},
+                     {"scene", sceneOutline(adapter.projection(), installation)},
+                     {"sensors", sensorsOf(run)}};
     return {std::string(livePage), embeddable(hello), [](Veskar::Live::ViewContent::Lines lines) {
                 return std::make_unique<Explainer>(std::move(lines), replayUptime);
             }};
