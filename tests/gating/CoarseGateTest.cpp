@@ -10,7 +10,6 @@
 
 using namespace VeskarTest;
 using Veskar::CoarseGate;
-using Veskar::Marginals;
 using Veskar::StateMatrix;
 using Veskar::Track;
 
