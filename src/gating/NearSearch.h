@@ -67,7 +67,7 @@ private:
 
     /// Some tracks that follow each other on the axis.
     struct Block {
-        static constexpr std::size_t capacity = 2 * laneCount;
+        static constexpr std::size_t capacity = std::size_t{2} * laneCount;
         using Coordinate = std::array<double, capacity>;
 
         std::array<Coordinate, axisCount> mean;
