@@ -64,6 +64,7 @@ TEST_P(Stretched, FindsInOrderWhatIsNotFarByPosition) {
     std::size_t compared = 0;
     for (const int count : {0, 1, 3, 4, 5, 17, 64, 200, 64, 1}) {
         std::vector<Marginals> tracks;
+        tracks.reserve(static_cast<std::size_t>(count));
         for (int k = 0; k < count; ++k) {
             tracks.push_back(draw(k % 50 == 49));
         }
@@ -85,7 +86,9 @@ INSTANTIATE_TEST_SUITE_P(NearSearch, Stretched, testing::Values(0, 2, 4));
 TEST(NearSearch, FindsTracksOfAllReaches) {
     RandomEstimates random(43);
     const double reaches[] = {0.0, 1e-300, 1e-12, 1e-4, 1.0, 1e4, 1e300, infinite, -1.0};
+    constexpr int count = 300;
     std::vector<Marginals> tracks;
+    tracks.reserve(count);
     const auto draw = [&](int k) {
         Marginals marginals{};
         for (std::size_t c = 0; c < Marginals::positionCount; ++c) {
@@ -95,12 +98,12 @@ TEST(NearSearch, FindsTracksOfAllReaches) {
         }
         return marginals;
     };
-    for (int k = 0; k < 300; ++k) {
+    for (int k = 0; k < count; ++k) {
         tracks.push_back(draw(k));
     }
     NearSearch search;
     assign(search, tracks);
-    for (int k = 0; k < 300; ++k) {
+    for (int k = 0; k < count; ++k) {
         const Marginals wanted = draw(k);
         ASSERT_EQ(find(search, wanted), findOneByOne(tracks, wanted)) << k;
     }

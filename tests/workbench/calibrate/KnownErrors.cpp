@@ -36,6 +36,11 @@ KnownErrors simulated(const std::string& scenario, double seconds, const Scenari
     return result;
 }
 
+Workbench::Installation perimeterInstallation() {
+    const KnownErrors perimeter = simulated("perimeter", 1.0, [](Scenario&) {});
+    return static_cast<const Workbench::Installation&>(perimeter.header);
+}
+
 FreeParameters usualParameters() {
     FreeParameters usual{};
     for (const Parameter parameter : allParameters()) {

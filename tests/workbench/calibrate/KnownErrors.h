@@ -29,6 +29,9 @@ struct KnownErrors {
 /// @return the recording
 KnownErrors simulated(const std::string& scenario, double seconds, const ScenarioChange& change);
 
+/// @return the installation that the shipped perimeter scene states
+Workbench::Installation perimeterInstallation();
+
 /// @return what `veskar calibrate` estimates without being told
 Workbench::FreeParameters usualParameters();
 

@@ -24,7 +24,7 @@ protected:
         return look;
     }
 
-    Installation stated = VeskarTest::simulated("perimeter", 1.0, [](Scenario&) {}).header;
+    Installation stated = VeskarTest::perimeterInstallation();
     ObjectModel model{stated, Placement::Zero()};
 };
 

@@ -11,12 +11,8 @@ using namespace Workbench;
 
 namespace {
 
-Installation shipped() {
-    return VeskarTest::simulated("perimeter", 1.0, [](Scenario&) {}).header;
-}
-
 TEST(Placement, AddsErrorsToThePoses) {
-    const Installation stated = shipped();
+    const Installation stated = VeskarTest::perimeterInstallation();
     Placement errors = Placement::Zero();
     errors[indexOf(Parameter::CameraYaw)] = radians(2.0);
     errors[indexOf(Parameter::CameraPitch)] = radians(-1.0);
@@ -37,7 +33,7 @@ TEST(Placement, AddsErrorsToThePoses) {
 }
 
 TEST(Placement, ScalesTheImageAboutTheOpticalCentre) {
-    const Installation stated = shipped();
+    const Installation stated = VeskarTest::perimeterInstallation();
     Placement errors = Placement::Zero();
     errors[indexOf(Parameter::FocalScale)] = 0.05;
     const Projection before(stated.camera.build());
