@@ -134,7 +134,7 @@ TEST_F(ViewServerTest, SurvivesWhatIsNoRequest) {
     start();
     for (const std::string& garbage :
          {std::string("\r\n\r\n\r\n"), std::string(100'000, 'x'),
-          std::string("GET / HTTP/9\r\n\r\n"), std::string("GET /\0/ HTTP/1.1\r\n\r\n", 21),
+          std::string("GET / HTTP/9\r\n\r\n"), std::string("GET /\0/ HTTP/1.1\r\n\r\n", 20),
           std::string("POST / HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Length: 5\r\n\r\nhello")}) {
         Client client(server_->port(), garbage);
         client.vanish();
