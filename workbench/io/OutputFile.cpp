@@ -142,8 +142,15 @@ void OutputFile::syncDirectory() const {
     }
 }
 
+void OutputFile::complete() {
+    if (!isComplete_) {
+        writeOut(Encoder::Until::End);
+        isComplete_ = true;
+    }
+}
+
 void OutputFile::commit() {
-    writeOut(Encoder::Until::End);
+    complete();
     if (!temporaryPath_.empty() &&
         (::fchmod(descriptor_, usualMode()) != 0 || ::fsync(descriptor_) != 0)) {
         fail("write");

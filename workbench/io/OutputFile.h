@@ -58,7 +58,12 @@ public:
     /// @throw InputError as write
     void flush();
 
-    /// Makes the output durable and visible. Must be the last call.
+    /// Writes all that is left, so that little can fail in commit: of several outputs, all are
+    /// completed before the first is committed. Nothing may be written afterwards.
+    /// @throw InputError as write
+    void complete();
+
+    /// Completes the output and makes it durable and visible. Must be the last call.
     /// @throw InputError as write, or when the file cannot be renamed
     void commit();
 
@@ -81,6 +86,7 @@ private:
     std::unique_ptr<Encoder> encoder_;  ///< nothing: it is not compressed
     std::size_t longestWrite_ = 0;      ///< bytes that do not block once the descriptor is ready
     int descriptor_ = -1;
+    bool isComplete_ = false;
 };
 
 }  // namespace Workbench

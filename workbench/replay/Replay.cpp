@@ -54,10 +54,15 @@ public:
           explainer_([this](const std::string& line) { file_->write(line); }, replayUptime) {}
 
     Veskar::FusionObserver* observer() { return file_ ? &explainer_ : nullptr; }
-    void finish(const std::string& closing) {
+    void complete(const std::string& closing) {
         if (file_) {
             explainer_.finish();
             file_->write(closing);
+            file_->complete();
+        }
+    }
+    void commit() {
+        if (file_) {
             file_->commit();
         }
     }
@@ -130,11 +135,13 @@ FusionPipeline::Counts replay(const ReplayTask& task, const ReplayHooks& hooks) 
     feed(reader, run, task.inRealTime, hooks);
     const std::string closing =
         closingLine(digestsOfRun(reader.digest(), header, config.toJson(), parameters.toJson()));
-    explanations.finish(closing);
+    explanations.complete(closing);
     writer.finish();
     if (!isCsv) {
         output.write(closing);
     }
+    output.complete();
+    explanations.commit();
     output.commit();
     return run.counts();
 }

@@ -34,6 +34,21 @@ TEST_F(OutputFileTest, AppearsOnlyWhenItIsComplete) {
     EXPECT_THAT(directory.names(), ElementsAre("out"));
 }
 
+TEST_F(OutputFileTest, IsCompleteBeforeItAppears) {
+    for (const char* const name : {"out", "out.gz", "out.zst"}) {
+        SCOPED_TRACE(name);
+        VeskarTest::TemporaryDirectory here;
+        Workbench::OutputFile output(here / name);
+        output.write("text\n");
+        output.complete();
+        ASSERT_EQ(here.names().size(), 1u);
+        const std::string complete = VeskarTest::slurp(here / here.names().front());
+        EXPECT_THAT(complete, testing::Not(IsEmpty()));
+        output.commit();
+        EXPECT_EQ(VeskarTest::slurp(here / name), complete) << "nothing follows";
+    }
+}
+
 TEST_F(OutputFileTest, LeavesNothingBehindWhenItIsGivenUp) {
     {
         Workbench::OutputFile output(path);
