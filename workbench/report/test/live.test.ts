@@ -17,7 +17,7 @@ import { mainClass } from '../src/timeline';
 
 const hello: HelloData = {
   program: '1', start: 'a', sensors: [{ name: 'camera', source: 'video' }],
-  scene: { aspect: 1.5, camera: { position: [0, 0], footprint: [] }, radar: { position: [0, 0], yaw: 0, fieldOfView: 90, range: 50 }, rings: [] },
+  scene: { aspect: 1.5, camera: { position: [0, 0], footprint: [] }, radar: { position: [0, 0], yaw: 0, fieldOfView: 90, range: 50 }, rings: [], earth: null },
 };
 
 function track(id: number, more: Partial<TrackData> = {}): TrackData {

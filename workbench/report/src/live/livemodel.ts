@@ -109,7 +109,7 @@ function emptyReport({ program, scene }: HelloData): ReportData {
   const times = new Float64Array(0);
   const words = new Words();
   return {
-    version: 1, program, recording: {}, start: 0, duration: 0, scene, words: [], truth: null,
+    version: 1, program, recording: {}, start: 0, duration: 0, scene, words: [], truth: null, defaults: null,
     video: { time: times, table: sensorTable([], words) },
     radar: { time: times, table: sensorTable([], words) },
     runs: [{
