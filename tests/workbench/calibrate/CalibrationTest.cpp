@@ -125,9 +125,10 @@ TEST(Calibration, CannotTellALagOfWhatStands) {
     const CalibrationResult result =
         calibrated(simulated("perimeter", 200.0, [](Scenario& scenario) {
             for (ObjectTraits& object : scenario.objects) {
-                object.path.resize(1);
+                object.path = {object.path.front(),
+                               object.path.front() + Eigen::Vector2d(1.0, 0.0)};
                 object.mode = PathMode::Once;
-                object.minimumSpeed = object.maximumSpeed = 0.0;
+                object.minimumSpeed = object.maximumSpeed = 1e-4;
             }
         }));
     EXPECT_EQ(result.of(Parameter::Lag).verdict, Verdict::CannotTell);
