@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace Workbench {
 namespace {
@@ -50,13 +51,14 @@ TypicalErrors typicalErrors(const Installation& stated,
     }
     const std::vector<Eigen::Vector2d> errors = imageErrors(stated, samples, placement);
     const ObjectModel model(stated, placement);
+    constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
     std::vector<double> bearings;
     std::vector<double> depressions;
     std::vector<double> lengths;
     for (std::size_t i = 0; i < samples.size(); ++i) {
         const Eigen::Vector2d seen = samples[i].seen;
         const Eigen::Vector2d angles = model.anglesOf(seen) - model.anglesOf(seen - errors[i]);
-        bearings.push_back(std::abs(angles[0]));
+        bearings.push_back(samples[i].hasBearing() ? std::abs(angles[0]) : unknown);
         depressions.push_back(std::abs(angles[1]));
         lengths.push_back((samples[i].whitening * errors[i]).norm());
     }

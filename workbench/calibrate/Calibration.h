@@ -30,7 +30,7 @@ struct CalibrationValue {
 
 /// Typical errors of the pairs: medians of absolute values.
 struct TypicalErrors {
-    double bearing = 0.0;     ///< radians
+    double bearing = 0.0;     ///< radians; NaN where bearings tell nothing
     double depression = 0.0;  ///< radians
     double whitened = 0.0;    ///< length of both components, in standard deviations
 };

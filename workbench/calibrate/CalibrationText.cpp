@@ -57,7 +57,7 @@ const char* verdictWord(Verdict verdict) {
 }
 
 double presented(Parameter parameter, double value) {
-    return traitsOf(parameter).scale * value;
+    return traitsOf(parameter).scale * value + 0.0;  // no negative zero
 }
 
 std::string conclusionOf(const Installation& stated, const CalibrationResult& result,
@@ -114,11 +114,12 @@ std::string remediesOf(const CalibrationResult& result) {
 }
 
 std::string errorsText(const TypicalErrors& before, const TypicalErrors& after) {
-    return fmt::format(
-        "bearing {:.2f} deg before, {:.2f} after; depression {:.2f} deg before, {:.2f} "
-        "after\n",
-        degrees(before.bearing), degrees(after.bearing), degrees(before.depression),
-        degrees(after.depression));
+    const auto change = [](const char* name, double from, double to) {
+        return fmt::format("{} {:.2f} deg before, {:.2f} after", name, degrees(from), degrees(to));
+    };
+    return (std::isnan(before.bearing) ? ""
+                                       : change("bearing", before.bearing, after.bearing) + "; ") +
+           change("depression", before.depression, after.depression) + "\n";
 }
 
 OrderedJson errorsJson(const TypicalErrors& errors) {

@@ -13,6 +13,8 @@ namespace Workbench {
 struct CalibrationScene {
     Sightings sightings;
     std::vector<Moment> moments;
+    /// Whether the bearings of both sensors are independent of each other and tell something.
+    bool hasBearings = true;
 
     /// @return the middle of the recording, s
     double middle() const {

@@ -20,8 +20,9 @@ using Square = Eigen::Matrix<double, size, size>;
 
 /// Errors beyond this many standard deviations lose weight.
 constexpr double lossScale = 2.0;
-/// Median of the squared length of two independent standard normal deviates: 2 ln 2.
+/// Medians of the squared length of two independent standard normal deviates, 2 ln 2, and of one.
 constexpr double medianOfSquares = 1.3863;
+constexpr double medianOfSquare = 0.4549;
 
 /// Of a tracker that assumes constant velocity, at ten frames a second
 /// (the steady state of an alpha-beta filter: Kalata: The tracking index, 1984), s^2.
@@ -70,9 +71,11 @@ public:
     void rescale() {
         PrepareForEvaluation(false, true);
         std::vector<double> squares(values_.size());
-        std::transform(values_.begin(), values_.end(), squares.begin(),
-                       [](const Eigen::Vector2d& value) { return value.squaredNorm(); });
-        scale_ *= std::sqrt(medianOfSquares / std::max(medianOf(squares), 1e-12));
+        for (std::size_t i = 0; i < squares.size(); ++i) {
+            squares[i] = values_[i].squaredNorm() /
+                         (samples_[i].hasBearing() ? medianOfSquares : medianOfSquare);
+        }
+        scale_ /= std::sqrt(std::max(medianOf(squares), 1e-12));
     }
 
     const Eigen::Vector2d& value(std::size_t i) const { return values_[i]; }

@@ -209,11 +209,18 @@ private:
                                        edgeStd * edgeStd + std::pow(alongShare * height, 2));
         const Eigen::Matrix2d covariance = model_.covarianceOf(look.sighting, sample.cuboid) +
                                            Eigen::Matrix2d(variance.asDiagonal());
-        sample.whitening = covariance.llt().matrixL().solve(Eigen::Matrix2d::Identity());
+        sample.whitening = whiteningOf(covariance);
         // NaN does not compare.
         if ((sample.whitening * sample.acceleration).norm() < largestAcceleration) {
             found_.emplace_back(sample, tracks);
         }
+    }
+
+    Eigen::Matrix2d whiteningOf(const Eigen::Matrix2d& covariance) const {
+        if (!scene_.hasBearings) {
+            return Eigen::Vector2d(0.0, 1.0 / std::sqrt(covariance(1, 1))).asDiagonal();
+        }
+        return covariance.llt().matrixL().solve(Eigen::Matrix2d::Identity());
     }
 
     /// Acceleration in the image of an object that moves straight over the ground.

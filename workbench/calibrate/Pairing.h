@@ -21,10 +21,15 @@ struct CalibrationSample {
     Eigen::Vector2d acceleration;  ///< of both, expected from the radar, 1/s^2
     double assumedLag = 0.0;       ///< with which `seen` was looked up, s
     double sinceMiddle = 0.0;      ///< time after the middle of the recording, s
-    Eigen::Matrix2d whitening;  ///< makes the components of an error independent, of unit variance
+    /// Makes the components of an error independent, of unit variance; the first row is zero where
+    /// bearings tell nothing.
+    Eigen::Matrix2d whitening;
     /// Samples of one cluster, consecutive samples of one pair of tracks, have dependent errors.
     std::size_t cluster = 0;
     std::size_t timeBlock = 0;  ///< number of the third of a minute, over all recordings
+
+    /// @return whether its bearings tell something
+    bool hasBearing() const { return whitening(0, 0) > 0.0; }
 };
 
 /// Pairs tracks that are each other's nearest, with no other one about as near, for most of the

@@ -6,14 +6,23 @@
 #include "calibrate/CalibrationInput.h"
 #include "calibrate/CalibrationText.h"
 #include "calibrate/Correction.h"
+#include "calibrate/DeviceSamples.h"
+#include "calibrate/SampleSocket.h"
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Files.h"
+#include "cli/OptionChecks.h"
 #include "cli/Progress.h"
+#include "io/Counted.h"
 #include "io/Interruption.h"
 #include "io/OutputFile.h"
+#include "replay/Settings.h"
 
 #include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,6 +36,10 @@ namespace {
 
 struct CalibrateOptions {
     std::vector<std::string> recordings;
+    double listen = 0.0;  ///< s; 0: recordings are read
+    std::string socket = "/tmp/autocalibration.sock";
+    std::size_t datagrams = 0;  ///< that end the listening; 0: any number
+    std::string installation;
     std::string output;
     std::string apply;
     std::string report = "-";
@@ -49,7 +62,16 @@ bool contains(const std::vector<std::string>& list, const std::string& name) {
     return std::find(list.begin(), list.end(), name) != list.end();
 }
 
-FreeParameters askedBy(const CalibrateOptions& options) {
+FreeParameters askedOfSamples(const CalibrateOptions& options) {
+    FreeParameters asked = toldBySamples();
+    for (const Parameter parameter : allParameters()) {
+        bool& isAsked = asked[static_cast<std::size_t>(parameter)];
+        isAsked = isAsked && !contains(options.held, traitsOf(parameter).name);
+    }
+    return asked;
+}
+
+FreeParameters askedOfRecordings(const CalibrateOptions& options) {
     FreeParameters asked{};
     for (const Parameter parameter : allParameters()) {
         const ParameterTraits& traits = traitsOf(parameter);
@@ -85,7 +107,48 @@ std::string shownName(const std::string& path) {
     return path == "-" ? "<stdin>" : path;
 }
 
-int calibrate(const CalibrateOptions& options) {
+/// What was measured with one installation, and what it tells.
+struct Answer {
+    RecordingHeader header;
+    CalibrationResult result;
+};
+
+/// @return an output that need not be named
+std::unique_ptr<OutputFile> outputFor(const std::string& path, OutputFile::Reader reader) {
+    return path.empty() ? nullptr : std::make_unique<OutputFile>(path, reader);
+}
+
+/// @param writeCopy writes the corrected copy of the recording
+int write(const CalibrateOptions& options, const Answer& answer,
+          const std::function<void(OutputFile&)>& writeCopy) {
+    const auto& [header, result] = answer;
+    using Reader = OutputFile::Reader;
+    const bool isAlone = options.output.empty() && options.apply.empty();
+    const auto report = outputFor(options.report, isAlone ? Reader::MayLeave : Reader::MustStay);
+    const auto output = outputFor(options.output, Reader::MustStay);
+    const auto copy = outputFor(options.apply, Reader::MustStay);
+    report->write(options.format == "json" ? toJsonText(header, result) : toText(header, result));
+    if (output) {
+        output->write(toJsonLine(corrected(header, result.correction)));
+    }
+    if (copy) {
+        writeCopy(*copy);
+    }
+    const std::array all{report.get(), output.get(), copy.get()};
+    for (OutputFile* const file : all) {
+        if (file != nullptr) {
+            file->complete();
+        }
+    }
+    for (OutputFile* const file : all) {
+        if (file != nullptr) {
+            file->commit();
+        }
+    }
+    return result.isTold() ? Success : NegativeAnswer;
+}
+
+int calibrateByRecordings(const CalibrateOptions& options) {
     std::vector<NamedFile> inputs;
     for (const std::string& path : options.recordings) {
         inputs.push_back({"recording", path});
@@ -93,7 +156,7 @@ int calibrate(const CalibrateOptions& options) {
     refuseClashes(inputs, {{"header", options.output},
                            {"corrected recording", options.apply},
                            {"report", options.report}});
-    const FreeParameters asked = askedBy(options);
+    const FreeParameters asked = askedOfRecordings(options);
     if (!options.apply.empty() &&
         (options.recordings.size() != 1 || options.recordings.front() == "-")) {
         throw InputError("--apply: takes one recording, which is a file");
@@ -115,23 +178,80 @@ int calibrate(const CalibrateOptions& options) {
         }
         scenes.push_back(std::move(input.scene));
     }
-    const CalibrationResult result = calibrate(*header, scenes, asked);
+    const Answer answer{*header, calibrate(*header, scenes, asked)};
+    return write(options, answer, [&](OutputFile& copy) {
+        applyCorrection(options.recordings.front(), answer.result.correction,
+                        scenes.front().middle(),
+                        [&](const std::string& line) { copy.write(line); });
+    });
+}
 
-    OutputFile report(options.report);
-    report.write(options.format == "json" ? toJsonText(*header, result) : toText(*header, result));
-    if (!options.output.empty()) {
-        OutputFile output(options.output);
-        output.write(toJsonLine(corrected(*header, result.correction)));
-        output.commit();
+std::vector<Veskar::CalibrationPayload> collect(const CalibrateOptions& options) {
+    using Clock = std::chrono::steady_clock;
+    SampleSocket socket(options.socket);
+    writeError(fmt::format("veskar: listening to {} for {:g} s\n", options.socket, options.listen));
+    Progress progress("listening");
+    const auto start = Clock::now();
+    const std::chrono::duration<double> duration(options.listen);
+    const auto deadline = start + std::chrono::duration_cast<Clock::duration>(duration);
+    std::vector<Veskar::CalibrationPayload> payloads;
+    std::size_t leftOut = 0;
+    std::string reason;
+    while (const std::optional<std::string> datagram = socket.receive(deadline)) {
+        try {
+            payloads.push_back(parseSamples(*datagram));
+        } catch (const InputError& error) {
+            if (leftOut++ == 0) {
+                reason = error.what();
+            }
+        }
+        progress.update((Clock::now() - start) / duration);
+        if (payloads.size() == options.datagrams) {
+            break;
+        }
+    }
+    if (leftOut > 0) {
+        writeError(fmt::format("veskar: {}: {} left out; the first: {}\n", options.socket,
+                               counted(leftOut, "datagram"), reason));
+    }
+    return payloads;
+}
+
+void refuseOptionsOfRecordings(const CalibrateOptions& options) {
+    if (!options.recordings.empty()) {
+        throw InputError("--listen takes no recordings");
     }
     if (!options.apply.empty()) {
-        OutputFile output(options.apply);
-        applyCorrection(options.recordings.front(), result.correction, scenes.front().middle(),
-                        [&](const std::string& line) { output.write(line); });
-        output.commit();
+        throw InputError("--apply: takes one recording, which is a file");
     }
-    report.commit();
-    return result.isTold() ? Success : NegativeAnswer;
+    if (!options.more.empty()) {
+        throw InputError("--estimate " + options.more.front() +
+                         ": samples of a device tell pitch, roll and height of the camera only");
+    }
+    if (options.installation.empty()) {
+        throw InputError("--listen: --installation is needed, the one that the device was given");
+    }
+}
+
+int calibrateBySamples(const CalibrateOptions& options) {
+    refuseOptionsOfRecordings(options);
+    refuseClashes({{"installation", options.installation}},
+                  {{"header", options.output}, {"report", options.report}});
+    RecordingHeader header;
+    header.name = "calibration";
+    header = withInstallation(header, options.installation);
+    const auto payloads = collect(options);
+    return write(options, {header, calibrate(payloads, header, askedOfSamples(options))}, {});
+}
+
+int calibrate(const CalibrateOptions& options) {
+    if (options.listen > 0.0) {
+        return calibrateBySamples(options);
+    }
+    if (options.recordings.empty()) {
+        throw InputError("a recording is needed, or --listen");
+    }
+    return calibrateByRecordings(options);
 }
 
 }  // namespace
@@ -140,8 +260,24 @@ void addCalibrateCommand(CLI::App& program, Action& action) {
     auto options = std::make_shared<CalibrateOptions>();
     CLI::App* command = program.add_subcommand(
         "calibrate", "Estimate how a device is really mounted, from recordings made with it");
-    command->add_option("recordings", options->recordings, "recordings of one installation, or -")
-        ->required();
+    command->add_option("recordings", options->recordings, "recordings of one installation, or -");
+    CLI::Option* listen =
+        command
+            ->add_option("--listen", options->listen,
+                         "seconds to collect the samples that a device sends, instead of reading "
+                         "recordings")
+            ->check(within(0.1, 1e7));
+    command
+        ->add_option("--installation", options->installation,
+                     "what the device was given: a header, or a file with camera and radar")
+        ->needs(listen);
+    command
+        ->add_option("--socket", options->socket,
+                     "where the device sends (default: /tmp/autocalibration.sock)")
+        ->needs(listen);
+    command->add_option("--datagrams", options->datagrams, "end as soon as so many have come")
+        ->check(wholeNumber())
+        ->needs(listen);
     command->add_option("-o,--output", options->output,
                         "write a header with the corrected installation, for replay "
                         "--installation and run.json");
@@ -164,7 +300,8 @@ void addCalibrateCommand(CLI::App& program, Action& action) {
         "\n"
         "Example:\n"
         "  veskar calibrate perimeter.jsonl -o corrected.json\n"
-        "  veskar replay perimeter.jsonl --installation corrected.json -o fused.jsonl");
+        "  veskar replay perimeter.jsonl --installation corrected.json -o fused.jsonl\n"
+        "  veskar calibrate --listen 600 --installation device.json -o corrected.json");
     command->callback([options, &action] { action = [options] { return calibrate(*options); }; });
 }
 

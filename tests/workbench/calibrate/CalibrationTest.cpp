@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 using namespace Workbench;
+using VeskarTest::errorOf;
 using VeskarTest::KnownErrors;
 using VeskarTest::simulated;
 using VeskarTest::usualParameters;
@@ -19,10 +20,6 @@ namespace {
 CalibrationResult calibrated(const KnownErrors& recording,
                              const FreeParameters& asked = usualParameters()) {
     return calibrate(recording.header, {recording.scene()}, asked);
-}
-
-double errorOf(const CalibrationResult& result, Parameter parameter, double truth) {
-    return std::abs(result.of(parameter).value - truth);
 }
 
 TEST(Calibration, FindsItsWayFromFar) {

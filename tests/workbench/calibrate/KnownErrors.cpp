@@ -4,6 +4,7 @@
 #include "SourceDirectory.h"
 #include "simulate/Simulation.h"
 
+#include <cmath>
 #include <variant>
 
 namespace VeskarTest {
@@ -34,6 +35,10 @@ KnownErrors simulated(const std::string& scenario, double seconds, const Scenari
         },
         [](double) {});
     return result;
+}
+
+double errorOf(const CalibrationResult& result, Parameter parameter, double truth) {
+    return std::abs(result.of(parameter).value - truth);
 }
 
 Workbench::Installation perimeterInstallation() {

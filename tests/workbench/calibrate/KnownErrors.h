@@ -2,8 +2,8 @@
 // Simulated recordings whose installation is wrong by known errors.
 #pragma once
 
+#include "calibrate/Calibration.h"
 #include "calibrate/CalibrationInput.h"
-#include "calibrate/Fit.h"
 #include "simulate/scenario/Scenario.h"
 
 #include <functional>
@@ -28,6 +28,10 @@ struct KnownErrors {
 /// @param change applied to it
 /// @return the recording
 KnownErrors simulated(const std::string& scenario, double seconds, const ScenarioChange& change);
+
+/// @return deviation of an estimate from the truth
+double errorOf(const Workbench::CalibrationResult& result, Workbench::Parameter parameter,
+               double truth);
 
 /// @return the installation that the shipped perimeter scene states
 Workbench::Installation perimeterInstallation();

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // Runs calibrate as a user does.
 #include "Process.h"
+#include "SamplingHost.h"
 #include "SourceDirectory.h"
+#include "support/DatagramReceiver.h"
 
 #include <cmath>
+#include <filesystem>
 #include <sstream>
 
 #include <gmock/gmock.h>
@@ -139,6 +142,66 @@ TEST_F(CalibrateProgram, DoesNotFitAnErrorOfConvention) {
     EXPECT_THAT(outcome.errors, HasSubstr("azimuth"));
     EXPECT_THAT(outcome.errors, HasSubstr("veskar check"));
     EXPECT_NE(veskar({"replay", path, "--installation", directory / "corrected.json"}).status, 0);
+}
+
+TEST_F(CalibrateProgram, ListensToADevice) {
+    const VeskarTest::SocketPath socket("/tmp/autocalibration.sock");
+    const VeskarTest::KnownErrors recording = VeskarTest::simulated(
+        "perimeter", 300.0,
+        [](Workbench::Scenario& scenario) { scenario.video.mountingError.pitch = 1.0; });
+    spill(directory / "device.json", Workbench::toJsonLine(recording.header));
+    VeskarTest::RunningProgram program(
+        {"calibrate", "--listen", "100", "--datagrams", "1500", "--installation",
+         directory / "device.json", "--format", "json", "-o", directory / "corrected.json"},
+        {});
+    program.await([&] { return program.errors().find("listening to") != std::string::npos; });
+    VeskarTest::fuseAndSendSamples(recording);
+    const Outcome outcome = program.finish();
+    EXPECT_EQ(outcome.status, 0) << outcome.errors;
+    const auto json = nlohmann::json::parse(outcome.output);
+    EXPECT_NEAR(json["values"]["camera.pitch"]["error"], 1.0, 0.35);
+    EXPECT_EQ(json["values"]["camera.pitch"]["verdict"], "corrected");
+    EXPECT_FALSE(json["values"].contains("camera.yaw"));
+    EXPECT_TRUE(json["errors"]["before"]["bearingDegrees"].is_null());
+    const auto corrected = nlohmann::json::parse(slurp(directory / "corrected.json"));
+    EXPECT_NEAR(corrected["camera"]["rotation"]["pitch"].get<double>(),
+                recording.header.camera.mounting.pitch + 1.0, 0.35);
+}
+
+TEST_F(CalibrateProgram, SaysWhichDatagramsItLeftOut) {
+    const std::string socket = directory / "samples.sock";
+    const std::string path = perimeter("clean.jsonl", nlohmann::json::object());
+    VeskarTest::RunningProgram program({"calibrate", "--listen", "100", "--datagrams", "1",
+                                        "--socket", socket, "--installation", path},
+                                       {});
+    program.await([&] { return program.errors().find("listening to") != std::string::npos; });
+    for (const char* const text : {"nonsense", "{}", R"({"radarTimestamp_ns":1,"data":[]})"}) {
+        VeskarTest::sendDatagram(socket, text);
+    }
+    const Outcome outcome = program.finish();
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.errors, HasSubstr("2 datagrams left out; the first: no calibration"));
+    EXPECT_THAT(outcome.output, HasSubstr("cannot tell anything"));
+    EXPECT_FALSE(std::filesystem::exists(socket));
+}
+
+TEST_F(CalibrateProgram, ListensWithWhatBelongsToIt) {
+    const std::string path = perimeter("clean.jsonl", nlohmann::json::object());
+    const auto refusal = [](const std::vector<std::string>& options) {
+        std::vector<std::string> all{"calibrate"};
+        all.insert(all.end(), options.begin(), options.end());
+        const Outcome outcome = veskar(all);
+        EXPECT_EQ(outcome.status, 2);
+        return outcome.errors;
+    };
+    EXPECT_THAT(refusal({}), HasSubstr("a recording is needed, or --listen"));
+    EXPECT_THAT(refusal({"--listen", "5"}), HasSubstr("--installation is needed"));
+    EXPECT_THAT(refusal({path, "--listen", "5"}), HasSubstr("--listen takes no recordings"));
+    EXPECT_THAT(refusal({"--listen", "5", "--apply", "copy.jsonl"}), HasSubstr("--apply"));
+    EXPECT_THAT(refusal({"--listen", "5", "--estimate", "drift"}),
+                HasSubstr("--estimate drift: samples of a device tell"));
+    EXPECT_THAT(refusal({"--listen", "0"}), HasSubstr("--listen"));
+    EXPECT_THAT(refusal({path, "--socket", "s"}), HasSubstr("--socket requires --listen"));
 }
 
 TEST_F(CalibrateProgram, RefusesWhatDoesNotBelongTogether) {
