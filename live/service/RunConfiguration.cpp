@@ -322,15 +322,29 @@ BrokerSettings readBroker(const Fields& fields) {
     return broker;
 }
 
+std::optional<BrokerTopic> readTopic(const Fields& fields) {
+    if (!fields.has("mqtt")) {
+        return std::nullopt;
+    }
+    const Fields topic = fields.object("mqtt");
+    topic.allowOnly({"broker", "topic", "qos", "retain"});
+    return brokerTopic(topic, topicIn);
+}
+
+WatchSettings readWatch(const Fields& fields) {
+    fields.allowOnly({"window", "limit", "mqtt"});
+    WatchSettings watch;
+    watch.window = fields.numberWithin("window", 10.0, 3600.0, watch.window);
+    watch.limit = fields.numberWithin("limit", 0.2, 10.0, watch.limit);
+    watch.topic = readTopic(fields);
+    return watch;
+}
+
 StatusSettings readStatus(const Fields& fields) {
     fields.allowOnly({"interval", "mqtt", "socket", "prometheus"});
     StatusSettings status;
     status.interval = fields.numberWithin("interval", 0.1, longestTime, status.interval);
-    if (fields.has("mqtt")) {
-        const Fields topic = fields.object("mqtt");
-        topic.allowOnly({"broker", "topic", "qos", "retain"});
-        status.topic = brokerTopic(topic, topicIn);
-    }
+    status.topic = readTopic(fields);
     if (fields.has("socket")) {
         const Fields socket = fields.object("socket");
         socket.allowOnly({"path", "permissions"});
@@ -451,6 +465,9 @@ void settleTopics(RunConfiguration& run) {
     if (run.status.topic) {
         settle(*run.status.topic, run.brokers, "status.mqtt");
     }
+    if (run.watch && run.watch->topic) {
+        settle(*run.watch->topic, run.brokers, "watch.mqtt");
+    }
 }
 
 /// A topic that the program itself publishes to.
@@ -474,6 +491,9 @@ std::vector<Published> publishedBy(const RunConfiguration& run) {
     }
     if (run.status.topic) {
         published.push_back({"status.mqtt", *run.status.topic});
+    }
+    if (run.watch && run.watch->topic) {
+        published.push_back({"watch.mqtt", *run.watch->topic});
     }
     return published;
 }
@@ -627,7 +647,7 @@ RunConfiguration RunConfiguration::parse(std::string_view text) {
     const Host::Internal::JsonDocument document(text);
     const Fields fields(document.root());
     fields.allowOnly({"$schema", "installation", "fusion", "brokers", "sensors", "outputs",
-                      "status", "record", "view"});
+                      "status", "record", "view", "watch"});
     RunConfiguration run;
     run.installation = readPlace(fields);
     if (fields.at("installation").kind() == JsonKind::String) {
@@ -654,6 +674,9 @@ RunConfiguration RunConfiguration::parse(std::string_view text) {
     }
     if (fields.has("view")) {
         run.view = readView(fields.object("view"));
+    }
+    if (fields.has("watch")) {
+        run.watch = readWatch(fields.object("watch"));
     }
     settleTopics(run);
     shareInput(run.sensors);

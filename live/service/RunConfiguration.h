@@ -98,6 +98,13 @@ struct StatusSettings {
     std::optional<NetworkPlace> prometheus;  ///< gives the counters as Prometheus' text, over HTTP
 };
 
+/// Whether the program watches that the sensors look where the installation says.
+struct WatchSettings {
+    double window = 300.0;             ///< time whose objects are compared, s
+    double limit = 1.0;                ///< what is tolerated, degrees
+    std::optional<BrokerTopic> topic;  ///< gets a message when the installation moves
+};
+
 /// A broker by its name.
 struct BrokerSettings {
     std::string name;
@@ -121,6 +128,7 @@ struct RunConfiguration {
     StatusSettings status;
     std::optional<RecordSettings> record;
     std::optional<ViewSettings> view;
+    std::optional<WatchSettings> watch;
 
     /// @param text JSON text; docs/live-service.md describes it. An installation that it names is
     ///             read, too; no other file is.

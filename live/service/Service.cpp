@@ -43,7 +43,7 @@ bool wantsTags(const RunConfiguration& run) {
 }  // namespace
 
 Service::Service(RunConfiguration run, ReadSettings readSettings, Faults& faults,
-                 ViewContent content)
+                 ViewContent content, std::unique_ptr<MountingWatch> watch)
     : run_(std::move(run)),
       readSettings_(std::move(readSettings)),
       faults_(faults),
@@ -57,6 +57,9 @@ Service::Service(RunConfiguration run, ReadSettings readSettings, Faults& faults
     }
     signals_.push_back(loop_.onSignal(SIGHUP, [this] { reload(); }));
     open(std::move(content));
+    if (watch) {
+        addWatch(std::move(watch));
+    }
 }
 
 /// What can fail without a trace comes first: files of an earlier run are moved only by a program
@@ -143,6 +146,9 @@ void Service::take(Host::SensorFrame frame) {
     if (view_) {
         view_->see(frame);
     }
+    if (alarm_) {
+        alarm_->see(frame);
+    }
     fusion_.push(std::move(frame), now);
 }
 
@@ -180,6 +186,14 @@ void Service::addStatus() {
     if (statusTopic_ || statusSocket_) {
         tellStatus_.expireAfter(EventLoop::Duration::zero());
     }
+}
+
+void Service::addWatch(std::unique_ptr<MountingWatch> watch) {
+    std::unique_ptr<Output> topic;
+    if (run_.watch && run_.watch->topic) {
+        topic = makeOutput("watch", *run_.watch->topic, loop_, brokers_, faults_);
+    }
+    alarm_.emplace(std::move(watch), std::move(topic), faults_);
 }
 
 /// @return what records into the file of the configuration; null: nothing does
@@ -240,6 +254,9 @@ void Service::endOfInput() {
 void Service::tick() {
     fusion_.advance(EventLoop::Clock::now());
     updateView();
+    if (alarm_) {
+        alarm_->tell();
+    }
     ticks_.expireAfter(tickInterval);
 }
 
@@ -298,12 +315,12 @@ void Service::drain() {
 }
 
 bool Service::isDrained() const {
-    return (!statusTopic_ || statusTopic_->isDrained()) &&
+    return (!statusTopic_ || statusTopic_->isDrained()) && (!alarm_ || alarm_->isDrained()) &&
            std::all_of(outputs_.begin(), outputs_.end(),
                        [](const auto& output) { return output->output().isDrained(); });
 }
 
-StatusReport Service::report() const {
+StatusReport Service::report() {
     using Kind = StatusReport::Kind;
     using Unit = StatusReport::Unit;
     StatusReport report;
@@ -319,6 +336,9 @@ StatusReport Service::report() const {
     report.add("reportsLeftOut", count(fusion_.taken().reportsLeftOut), Kind::Counter);
     report.add("framesOut", count(framesOut_), Kind::Counter);
     report.add("tracksOut", count(tracksOut_), Kind::Counter);
+    if (alarm_) {
+        alarm_->addTo(report);
+    }
     report.add("latencyMedian", latency_.quantile(0.5), Kind::Gauge, Unit::Seconds);
     report.add("latencyP99", latency_.quantile(0.99), Kind::Gauge, Unit::Seconds);
     if (const auto fused = fusion_.fused()) {

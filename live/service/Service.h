@@ -5,6 +5,7 @@
 #include "live/service/Latency.h"
 #include "live/service/LiveFusion.h"
 #include "live/service/MetricsServer.h"
+#include "live/service/MountingWatch.h"
 #include "live/service/Places.h"
 #include "live/service/SensorFeed.h"
 #include "live/service/StatusReport.h"
@@ -41,9 +42,10 @@ public:
     ///                     outputs are left out
     /// @param faults receives what goes wrong
     /// @param content what the view shows, where the run has one
+    /// @param watch judges the installation, where the run wants that
     /// @throw InputError when something cannot be opened or read
     Service(RunConfiguration run, ReadSettings readSettings, Faults& faults,
-            ViewContent content = {});
+            ViewContent content = {}, std::unique_ptr<MountingWatch> watch = {});
 
     /// Runs to the end.
     void run();
@@ -65,6 +67,7 @@ private:
     void take(Host::SensorFrame frame);
     void receive(const Message& message, Sensor& sensor);
     void addStatus();
+    void addWatch(std::unique_ptr<MountingWatch> watch);
     void addOutputs();
     std::unique_ptr<Host::FrameRecorder> makeRecorder() const;
     void retire(std::unique_ptr<Host::FrameRecorder> recorder);
@@ -72,7 +75,7 @@ private:
     void endOfInput();
     void tick();
     void fused(const Host::FusedFrame& frame);
-    StatusReport report() const;
+    StatusReport report();
     void drain();
     bool isDrained() const;
 
@@ -87,6 +90,7 @@ private:
     std::unique_ptr<Output> statusTopic_;
     std::unique_ptr<Output> statusSocket_;
     std::optional<MetricsServer> metrics_;
+    std::optional<MountingAlarm> alarm_;
     std::unique_ptr<LiveView> view_;  // observes the fusion
     LiveFusion fusion_;
     std::vector<std::unique_ptr<Sensor>> sensors_;

@@ -3,6 +3,7 @@
 
 #include <veskar-host/Projection.h>
 
+#include "calibrate/ImageErrors.h"
 #include "check/Median.h"
 
 #include <algorithm>
@@ -20,15 +21,15 @@ constexpr std::array gates{3.5, 2.5, 2.0, 2.0, 2.0, 2.0};
 /// As long as pairs may be wrong, only what the coarse start gives is estimated.
 constexpr std::size_t coarseRounds = 2;
 
-bool has(const FreeParameters& free, Parameter parameter) {
+bool has(const FreeParameters& free, MountingParameter parameter) {
     return free[static_cast<std::size_t>(parameter)];
 }
 
 FreeParameters coarseOf(const FreeParameters& asked) {
     FreeParameters free{};
-    for (const Parameter parameter :
-         {Parameter::CameraYaw, Parameter::CameraPitch, Parameter::CameraHeight, Parameter::Lag,
-          Parameter::RadarYaw}) {
+    for (const MountingParameter parameter :
+         {MountingParameter::CameraYaw, MountingParameter::CameraPitch,
+          MountingParameter::CameraHeight, MountingParameter::Lag, MountingParameter::RadarYaw}) {
         free[static_cast<std::size_t>(parameter)] = has(asked, parameter);
     }
     return free;
@@ -56,8 +57,7 @@ TypicalErrors typicalErrors(const Installation& stated,
     std::vector<double> depressions;
     std::vector<double> lengths;
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        const Eigen::Vector2d seen = samples[i].seen;
-        const Eigen::Vector2d angles = model.anglesOf(seen) - model.anglesOf(seen - errors[i]);
+        const Eigen::Vector2d angles = angularError(model, samples[i], errors[i]);
         bearings.push_back(samples[i].hasBearing() ? std::abs(angles[0]) : unknown);
         depressions.push_back(std::abs(angles[1]));
         lengths.push_back((samples[i].whitening * errors[i]).norm());
@@ -66,7 +66,7 @@ TypicalErrors typicalErrors(const Installation& stated,
 }
 
 FreeParameters withModel(FreeParameters free) {
-    for (const Parameter parameter : allParameters()) {
+    for (const MountingParameter parameter : allParameters()) {
         free[static_cast<std::size_t>(parameter)] |= isOfModel(parameter);
     }
     return free;
@@ -105,12 +105,13 @@ private:
     /// A turn that is asked of the radar is that of the camera the other way round.
     Placement start() const {
         Placement placement = coarseStart(stated_, scenes_);
-        double& camera = placement[indexOf(Parameter::CameraYaw)];
-        if (!has(asked_, Parameter::CameraYaw) && has(asked_, Parameter::RadarYaw)) {
-            placement[indexOf(Parameter::RadarYaw)] = -camera;
+        double& camera = placement[indexOf(MountingParameter::CameraYaw)];
+        if (!has(asked_, MountingParameter::CameraYaw) &&
+            has(asked_, MountingParameter::RadarYaw)) {
+            placement[indexOf(MountingParameter::RadarYaw)] = -camera;
             camera = 0.0;
         }
-        for (const Parameter parameter : allParameters()) {
+        for (const MountingParameter parameter : allParameters()) {
             placement[indexOf(parameter)] *= has(asked_, parameter) ? 1.0 : 0.0;
         }
         return placement;
@@ -120,7 +121,7 @@ private:
         const bool isEnough = all_.clusters >= leastClusters;
         const auto& P = all_.covariance;
         FreeParameters told{};
-        for (const Parameter parameter : allParameters()) {
+        for (const MountingParameter parameter : allParameters()) {
             if (!has(asked_, parameter)) {
                 continue;
             }
@@ -132,7 +133,7 @@ private:
             const bool isTold = isEnough && value.std < traitsOf(parameter).usefulStd;
             told[static_cast<std::size_t>(parameter)] = isTold;
             value.verdict = isTold ? Verdict::AsStated : Verdict::CannotTell;
-            for (const Parameter other : allParameters()) {
+            for (const MountingParameter other : allParameters()) {
                 const Eigen::Index l = indexOf(other);
                 if (has(asked_, other)) {
                     result_.correlation(k, l) = P(k, l) / std::sqrt(P(k, k) * P(l, l));
@@ -150,7 +151,7 @@ private:
                 fit(stated_, samples_, restricted(all_.placement, free), withModel(free));
             double least = 1.0;
             std::size_t weakest = parameterCount;
-            for (const Parameter parameter : allParameters()) {
+            for (const MountingParameter parameter : allParameters()) {
                 const Eigen::Index k = indexOf(parameter);
                 const double threshold =
                     std::max(traitsOf(parameter).negligible,
@@ -180,7 +181,7 @@ private:
     }
 
     static Placement restricted(Placement placement, const FreeParameters& free) {
-        for (const Parameter parameter : allParameters()) {
+        for (const MountingParameter parameter : allParameters()) {
             placement[indexOf(parameter)] *= has(free, parameter) ? 1.0 : 0.0;
         }
         return placement;

@@ -52,7 +52,7 @@ struct CalibrationResult {
     std::string refusal;  ///< why nothing is corrected although values are significant; or empty
 
     /// @return the value of a parameter
-    const CalibrationValue& of(Parameter parameter) const {
+    const CalibrationValue& of(MountingParameter parameter) const {
         return values[static_cast<std::size_t>(parameter)];
     }
     /// @return whether the data tells any value
@@ -60,9 +60,6 @@ struct CalibrationResult {
     /// @return whether there is a correction
     bool corrects() const { return correction != Placement::Zero(); }
 };
-
-/// Independent clusters of samples that an estimate needs at least.
-constexpr std::size_t leastClusters = 12;
 
 /// Starts from the stated installation. Finds pairs and estimates in turn, until both agree.
 ///

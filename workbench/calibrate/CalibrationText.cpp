@@ -19,23 +19,23 @@ using OrderedJson = nlohmann::ordered_json;
 constexpr double strongCorrelation = 0.7;
 
 /// @return the value of the installation that a parameter corrects; nothing for those of the data
-std::optional<double> statedValue(const Installation& stated, Parameter parameter) {
+std::optional<double> statedValue(const Installation& stated, MountingParameter parameter) {
     const Mounting& camera = stated.camera.mounting;
     const Mounting& radar = stated.radar.mounting;
     switch (parameter) {
-        case Parameter::CameraYaw:
+        case MountingParameter::CameraYaw:
             return camera.yaw;
-        case Parameter::CameraPitch:
+        case MountingParameter::CameraPitch:
             return camera.pitch;
-        case Parameter::CameraRoll:
+        case MountingParameter::CameraRoll:
             return camera.roll;
-        case Parameter::CameraHeight:
+        case MountingParameter::CameraHeight:
             return camera.position[2];
-        case Parameter::RadarYaw:
+        case MountingParameter::RadarYaw:
             return radar.yaw;
-        case Parameter::RadarForward:
+        case MountingParameter::RadarForward:
             return radar.position[0];
-        case Parameter::RadarLeft:
+        case MountingParameter::RadarLeft:
             return radar.position[1];
         default:
             return std::nullopt;
@@ -56,12 +56,12 @@ const char* verdictWord(Verdict verdict) {
     return "corrected";
 }
 
-double presented(Parameter parameter, double value) {
+double presented(MountingParameter parameter, double value) {
     return traitsOf(parameter).scale * value + 0.0;  // no negative zero
 }
 
 std::string conclusionOf(const Installation& stated, const CalibrationResult& result,
-                         Parameter parameter) {
+                         MountingParameter parameter) {
     if (result.of(parameter).verdict != Verdict::Corrected) {
         return verdictWord(result.of(parameter).verdict);
     }
@@ -73,7 +73,7 @@ std::string conclusionOf(const Installation& stated, const CalibrationResult& re
 }
 
 std::string valueText(const Installation& stated, const CalibrationResult& result,
-                      Parameter parameter) {
+                      MountingParameter parameter) {
     const CalibrationValue& value = result.of(parameter);
     const ParameterTraits& traits = traitsOf(parameter);
     if (value.verdict == Verdict::CannotTell) {
@@ -88,8 +88,8 @@ std::string valueText(const Installation& stated, const CalibrationResult& resul
 
 std::string correlationsOf(const CalibrationResult& result) {
     std::string text;
-    for (const Parameter one : allParameters()) {
-        for (const Parameter other : allParameters()) {
+    for (const MountingParameter one : allParameters()) {
+        for (const MountingParameter other : allParameters()) {
             const double value = result.correlation(indexOf(one), indexOf(other));
             if (one < other && std::abs(value) > strongCorrelation) {
                 text += fmt::format("{} and {} are correlated by {:+.2f}\n", traitsOf(one).name,
@@ -103,7 +103,7 @@ std::string correlationsOf(const CalibrationResult& result) {
 std::string remediesOf(const CalibrationResult& result) {
     std::string text;
     std::set<std::string> named;
-    for (const Parameter parameter : allParameters()) {
+    for (const MountingParameter parameter : allParameters()) {
         const bool isUnknown = result.of(parameter).verdict == Verdict::CannotTell;
         if (isUnknown && named.insert(traitsOf(parameter).remedy).second) {
             text +=
@@ -136,7 +136,7 @@ std::string toText(const Installation& stated, const CalibrationResult& result) 
     if (result.clusters < leastClusters) {
         text += fmt::format("cannot tell anything: {} clusters are needed\n", leastClusters);
     }
-    for (const Parameter parameter : allParameters()) {
+    for (const MountingParameter parameter : allParameters()) {
         if (result.of(parameter).verdict != Verdict::NotAsked) {
             text += valueText(stated, result, parameter);
         }
@@ -159,7 +159,7 @@ std::string toJsonText(const Installation& stated, const CalibrationResult& resu
                      {"clusters", result.clusters},
                      {"values", OrderedJson::object()},
                      {"correlations", OrderedJson::object()}};
-    for (const Parameter parameter : allParameters()) {
+    for (const MountingParameter parameter : allParameters()) {
         const CalibrationValue& value = result.of(parameter);
         if (value.verdict == Verdict::NotAsked) {
             continue;
@@ -179,7 +179,7 @@ std::string toJsonText(const Installation& stated, const CalibrationResult& resu
             entry["error"] = presented(parameter, value.value);
             entry["interval95"] = presented(parameter, value.interval);
         }
-        for (const Parameter other : allParameters()) {
+        for (const MountingParameter other : allParameters()) {
             if (parameter < other && result.of(other).verdict != Verdict::NotAsked) {
                 json["correlations"][traits.name][traitsOf(other).name] =
                     result.correlation(indexOf(parameter), indexOf(other));

@@ -79,19 +79,22 @@ public:
     Search(const Installation& stated, const std::vector<CalibrationScene>& scenes)
         : model_(stated, Placement::Zero()), scenes_(scenes) {}
 
-    Placement run() {
+    Placement run(CoarseReach reach) {
+        const bool isWhole = reach == CoarseReach::Everything;
         double most = 0.0;
         Placement best = Placement::Zero();
-        for (const double lag : lags) {
+        for (std::size_t i = 0; i < (isWhole ? lags.size() : 1); ++i) {
+            const double lag = lags[i];
             collect(lag);
-            for (const double height : heights) {
+            for (std::size_t j = 0; j < (isWhole ? heights.size() : 1); ++j) {
+                const double height = heights[j];
                 const Votes::Best found = count(height);
                 if (found.votes > better * most) {
                     most = found.votes;
-                    best[indexOf(Parameter::CameraYaw)] = found.yaw;
-                    best[indexOf(Parameter::CameraPitch)] = found.pitch;
-                    best[indexOf(Parameter::CameraHeight)] = height;
-                    best[indexOf(Parameter::Lag)] = lag;
+                    best[indexOf(MountingParameter::CameraYaw)] = found.yaw;
+                    best[indexOf(MountingParameter::CameraPitch)] = found.pitch;
+                    best[indexOf(MountingParameter::CameraHeight)] = height;
+                    best[indexOf(MountingParameter::Lag)] = lag;
                 }
             }
         }
@@ -164,8 +167,9 @@ private:
 
 }  // namespace
 
-Placement coarseStart(const Installation& stated, const std::vector<CalibrationScene>& scenes) {
-    return Search(stated, scenes).run();
+Placement coarseStart(const Installation& stated, const std::vector<CalibrationScene>& scenes,
+                      CoarseReach reach) {
+    return Search(stated, scenes).run(reach);
 }
 
 }  // namespace Workbench

@@ -22,14 +22,20 @@ struct CalibrationScene {
     }
 };
 
+/// What is searched.
+enum class CoarseReach {
+    Everything,  ///< 12 degrees of yaw, 7 of pitch, 1 m of height and 1.2 s of lag
+    Turns        ///< yaw and pitch alone
+};
+
 /// For each lag and height each pair of a box and a radar track votes for its difference of
 /// bearings and depressions (in the manner of a Hough transform): true pairs agree on one cell.
 ///
 /// @param stated the installation as stated
 /// @param scenes recordings made with it
-/// @return yaw, pitch, height and lag with the most votes; other values are zero. Reaches 12
-/// degrees
-///         of yaw, 7 of pitch, 1 m of height and 1.2 s of lag
-Placement coarseStart(const Installation& stated, const std::vector<CalibrationScene>& scenes);
+/// @param reach what is searched
+/// @return yaw, pitch, height and lag with the most votes; other values are zero
+Placement coarseStart(const Installation& stated, const std::vector<CalibrationScene>& scenes,
+                      CoarseReach reach = CoarseReach::Everything);
 
 }  // namespace Workbench

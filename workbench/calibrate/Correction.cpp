@@ -19,9 +19,9 @@ namespace {
 class Corrector {
 public:
     Corrector(const Placement& correction, double middle)
-        : lag_(correction[indexOf(Parameter::Lag)]),
-          drift_(correction[indexOf(Parameter::Drift)]),
-          azimuthFactor_(1.0 + correction[indexOf(Parameter::AzimuthScale)]),
+        : lag_(correction[indexOf(MountingParameter::Lag)]),
+          drift_(correction[indexOf(MountingParameter::Drift)]),
+          azimuthFactor_(1.0 + correction[indexOf(MountingParameter::AzimuthScale)]),
           middle_(middle) {}
 
     SensorFrame operator()(SensorFrame frame) {

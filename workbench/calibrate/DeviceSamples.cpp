@@ -127,8 +127,9 @@ CalibrationScene sceneOf(const std::vector<Veskar::CalibrationPayload>& payloads
 
 FreeParameters toldBySamples() {
     FreeParameters told{};
-    for (const Parameter parameter :
-         {Parameter::CameraPitch, Parameter::CameraRoll, Parameter::CameraHeight}) {
+    for (const MountingParameter parameter :
+         {MountingParameter::CameraPitch, MountingParameter::CameraRoll,
+          MountingParameter::CameraHeight}) {
         told[static_cast<std::size_t>(parameter)] = true;
     }
     return told;
@@ -144,7 +145,7 @@ CalibrationResult calibrate(const std::vector<Veskar::CalibrationPayload>& paylo
     CalibrationResult result;
     for (int pass = 0; pass < passes; ++pass) {
         result = calibrate(atCamera, {sceneOf(payloads, stated, placement)}, asked);
-        for (const Parameter parameter : allParameters()) {
+        for (const MountingParameter parameter : allParameters()) {
             placement[indexOf(parameter)] = result.of(parameter).value;
         }
     }

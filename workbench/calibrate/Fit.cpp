@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "calibrate/Fit.h"
 
+#include "calibrate/ImageErrors.h"
 #include "check/Median.h"
 
 #include <algorithm>
@@ -24,24 +25,6 @@ constexpr double lossScale = 2.0;
 constexpr double medianOfSquares = 1.3863;
 constexpr double medianOfSquare = 0.4549;
 
-/// Of a tracker that assumes constant velocity, at ten frames a second
-/// (the steady state of an alpha-beta filter: Kalata: The tracking index, 1984), s^2.
-constexpr double usualSmoothing = 0.03;
-
-double lagAt(const CalibrationSample& sample, const Placement& placement) {
-    return placement[indexOf(Parameter::Lag)] +
-           placement[indexOf(Parameter::Drift)] * sample.sinceMiddle;
-}
-
-Eigen::Vector2d errorOf(const ObjectModel& model, const CalibrationSample& sample,
-                        const Placement& placement) {
-    const Eigen::Vector2d seen =
-        sample.seen - (lagAt(sample, placement) - sample.assumedLag) * sample.seenRate;
-    const Eigen::Vector2d behind =
-        (usualSmoothing + placement[indexOf(Parameter::VideoSmoothing)]) * sample.acceleration;
-    return seen + behind - model.middleAndBottom(model.reflection(sample.heard), sample.cuboid);
-}
-
 /// Whitened errors and their derivatives at one placement, for all samples at once: a camera is
 /// made once for each step of the numeric derivatives, not for each sample.
 class Errors : public ceres::EvaluationCallback {
@@ -59,7 +42,7 @@ public:
             const ObjectModel model(stated_, placement);
             for (std::size_t i = 0; i < samples_.size(); ++i) {
                 values_[i] =
-                    scale_ * samples_[i].whitening * errorOf(model, samples_[i], placement);
+                    scale_ * samples_[i].whitening * imageError(model, samples_[i], placement);
             }
         }
         if (withJacobians) {
@@ -89,15 +72,16 @@ private:
             if (!free_[static_cast<std::size_t>(k)]) {
                 continue;
             }
-            const double step = 1e-4 * traitsOf(static_cast<Parameter>(k)).priorStd;
+            const double step = 1e-4 * traitsOf(static_cast<MountingParameter>(k)).priorStd;
             const Placement up = placement + step * Placement::Unit(k);
             const Placement down = placement - step * Placement::Unit(k);
             const ObjectModel upper(stated_, up);
             const ObjectModel lower(stated_, down);
             for (std::size_t i = 0; i < samples_.size(); ++i) {
                 const CalibrationSample& sample = samples_[i];
-                gradients_[i].col(k) = scale_ / (2.0 * step) * sample.whitening *
-                                       (errorOf(upper, sample, up) - errorOf(lower, sample, down));
+                gradients_[i].col(k) =
+                    scale_ / (2.0 * step) * sample.whitening *
+                    (imageError(upper, sample, up) - imageError(lower, sample, down));
             }
         }
     }
@@ -129,7 +113,7 @@ private:
 
 Placement priorWeights() {
     Placement weights;
-    for (const Parameter parameter : allParameters()) {
+    for (const MountingParameter parameter : allParameters()) {
         weights[indexOf(parameter)] = 1.0 / traitsOf(parameter).priorStd;
     }
     return weights;
@@ -202,7 +186,7 @@ Square covarianceOf(Errors& errors, const std::vector<CalibrationSample>& sample
     spread = spread * (n / std::max(n - count, 1.0)) + prior;
     const Square inverse = information.ldlt().solve(Square::Identity());
     Square covariance = inverse * spread * inverse;
-    for (const Parameter parameter : allParameters()) {
+    for (const MountingParameter parameter : allParameters()) {
         const Eigen::Index k = indexOf(parameter);
         if (free[static_cast<std::size_t>(k)]) {
             covariance(k, k) += std::pow(traitsOf(parameter).modelStd, 2);
@@ -238,18 +222,6 @@ Fit fit(const Installation& stated, const std::vector<CalibrationSample>& sample
     result.clusters = clusters.size();
     result.covariance = covarianceOf(errors, samples, free);
     return result;
-}
-
-std::vector<Eigen::Vector2d> imageErrors(const Installation& stated,
-                                         const std::vector<CalibrationSample>& samples,
-                                         const Placement& placement) {
-    const ObjectModel model(stated, placement);
-    std::vector<Eigen::Vector2d> errors;
-    errors.reserve(samples.size());
-    for (const CalibrationSample& sample : samples) {
-        errors.push_back(errorOf(model, sample, placement));
-    }
-    return errors;
 }
 
 }  // namespace Workbench

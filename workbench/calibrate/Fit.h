@@ -38,12 +38,4 @@ struct Fit {
 Fit fit(const Installation& stated, const std::vector<CalibrationSample>& samples,
         const Placement& start, const FreeParameters& free);
 
-/// @param stated the installation as stated
-/// @param samples pairs
-/// @param placement assumed errors of the installation
-/// @return middle and bottom of each box minus the expected ones, image units
-std::vector<Eigen::Vector2d> imageErrors(const Installation& stated,
-                                         const std::vector<CalibrationSample>& samples,
-                                         const Placement& placement);
-
 }  // namespace Workbench

@@ -67,9 +67,10 @@ std::optional<Cuboid> cuboidOf(const RadarLook& look, const std::string& classNa
 ObjectModel::ObjectModel(const Installation& stated, const Placement& placement)
     : projection_(placed(stated, placement).camera.build()),
       radar_(placed(stated, placement).radar, {}),
-      radarYaw_(radians(stated.radar.mounting.yaw) + placement[indexOf(Parameter::RadarYaw)]),
+      radarYaw_(radians(stated.radar.mounting.yaw) +
+                placement[indexOf(MountingParameter::RadarYaw)]),
       cameraYaw_(radians(stated.camera.mounting.yaw)),
-      azimuthFactor_(1.0 + placement[indexOf(Parameter::AzimuthScale)]),
+      azimuthFactor_(1.0 + placement[indexOf(MountingParameter::AzimuthScale)]),
       trackStd_(stated.radar.rangeStd, radians(stated.radar.azimuthStd)) {}
 
 Eigen::Vector2d ObjectModel::reflection(const RadarSighting& sighting) const {

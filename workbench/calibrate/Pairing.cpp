@@ -66,8 +66,8 @@ public:
     ScenePairing(const Installation& stated, const Placement& placement,
                  const CalibrationScene& scene, double gate)
         : model_(stated, placement),
-          lag_(placement[indexOf(Parameter::Lag)]),
-          drift_(placement[indexOf(Parameter::Drift)]),
+          lag_(placement[indexOf(MountingParameter::Lag)]),
+          drift_(placement[indexOf(MountingParameter::Drift)]),
           scene_(scene),
           gate_(gate),
           middle_(scene.middle()) {}

@@ -32,6 +32,9 @@ struct CalibrationSample {
     bool hasBearing() const { return whitening(0, 0) > 0.0; }
 };
 
+/// Independent clusters of samples that an estimate needs at least.
+constexpr std::size_t leastClusters = 12;
+
 /// Pairs tracks that are each other's nearest, with no other one about as near, for most of the
 /// time that both exist.
 ///

@@ -15,7 +15,7 @@ const char* const crossing =
 const char* const depth = "walk towards the camera and away from it, from near to far";
 const char* const motion = "walk or drive straight and steadily across the picture, both ways";
 
-const std::array<ParameterTraits, parameterCount> table{{
+const std::array<ParameterTraits, parameterCount> allTraits{{
     {"camera.yaw", "deg", perDegree, radians(10.0), radians(0.5), radians(0.1), radians(0.03), true,
      crossing},
     {"camera.pitch", "deg", perDegree, radians(5.0), radians(0.5), radians(0.1), radians(0.06),
@@ -56,15 +56,15 @@ void scaleLens(CameraSetup& camera, double factor) {
 
 }  // namespace
 
-const ParameterTraits& traitsOf(Parameter parameter) {
-    return table[static_cast<std::size_t>(parameter)];
+const ParameterTraits& traitsOf(MountingParameter parameter) {
+    return allTraits[static_cast<std::size_t>(parameter)];
 }
 
-const std::array<Parameter, parameterCount>& allParameters() {
+const std::array<MountingParameter, parameterCount>& allParameters() {
     static const auto all = [] {
-        std::array<Parameter, parameterCount> list{};
+        std::array<MountingParameter, parameterCount> list{};
         for (std::size_t i = 0; i < parameterCount; ++i) {
-            list[i] = static_cast<Parameter>(i);
+            list[i] = static_cast<MountingParameter>(i);
         }
         return list;
     }();
@@ -72,19 +72,19 @@ const std::array<Parameter, parameterCount>& allParameters() {
 }
 
 Installation placed(const Installation& stated, const Placement& placement) {
-    const auto value = [&](Parameter parameter) { return placement[indexOf(parameter)]; };
+    const auto value = [&](MountingParameter parameter) { return placement[indexOf(parameter)]; };
     Installation result = stated;
     Mounting& camera = result.camera.mounting;
-    camera.yaw += degrees(value(Parameter::CameraYaw));
-    camera.pitch += degrees(value(Parameter::CameraPitch));
-    camera.roll += degrees(value(Parameter::CameraRoll));
-    camera.position[2] += value(Parameter::CameraHeight);
+    camera.yaw += degrees(value(MountingParameter::CameraYaw));
+    camera.pitch += degrees(value(MountingParameter::CameraPitch));
+    camera.roll += degrees(value(MountingParameter::CameraRoll));
+    camera.position[2] += value(MountingParameter::CameraHeight);
     Mounting& radar = result.radar.mounting;
-    radar.yaw += degrees(value(Parameter::RadarYaw));
-    radar.position[0] += value(Parameter::RadarForward);
-    radar.position[1] += value(Parameter::RadarLeft);
-    if (value(Parameter::FocalScale) != 0.0) {
-        scaleLens(result.camera, 1.0 + value(Parameter::FocalScale));
+    radar.yaw += degrees(value(MountingParameter::RadarYaw));
+    radar.position[0] += value(MountingParameter::RadarForward);
+    radar.position[1] += value(MountingParameter::RadarLeft);
+    if (value(MountingParameter::FocalScale) != 0.0) {
+        scaleLens(result.camera, 1.0 + value(MountingParameter::FocalScale));
     }
     return result;
 }

@@ -12,7 +12,7 @@
 namespace Workbench {
 
 /// The values that can be estimated, each as true minus stated.
-enum class Parameter {
+enum class MountingParameter {
     CameraYaw,     ///< relative to the radar, radians to the left
     CameraPitch,   ///< radians downward
     CameraRoll,    ///< radians, right side down
@@ -45,19 +45,19 @@ struct ParameterTraits {
 };
 
 /// @return the traits, in internal units
-const ParameterTraits& traitsOf(Parameter parameter);
+const ParameterTraits& traitsOf(MountingParameter parameter);
 /// @return all parameters, in their order
-const std::array<Parameter, parameterCount>& allParameters();
+const std::array<MountingParameter, parameterCount>& allParameters();
 /// @return whether a parameter is one of the model alone: always estimated, never corrected
-constexpr bool isOfModel(Parameter parameter) {
-    return parameter == Parameter::VideoSmoothing;
+constexpr bool isOfModel(MountingParameter parameter) {
+    return parameter == MountingParameter::VideoSmoothing;
 }
 
 /// A value for each parameter.
 using Placement = Eigen::Matrix<double, static_cast<int>(parameterCount), 1>;
 
 /// @return the place of a parameter in a Placement
-constexpr Eigen::Index indexOf(Parameter parameter) {
+constexpr Eigen::Index indexOf(MountingParameter parameter) {
     return static_cast<Eigen::Index>(parameter);
 }
 

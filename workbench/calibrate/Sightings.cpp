@@ -6,6 +6,7 @@
 #include "check/TrackGap.h"
 
 #include <algorithm>
+#include <utility>
 #include <variant>
 
 namespace Workbench {
@@ -26,6 +27,35 @@ History* historyOf(std::map<std::int32_t, std::size_t>& living, std::vector<Hist
     living[id] = histories.size();
     histories.emplace_back();
     return &histories.back();
+}
+
+/// Histories and the living tracks that they belong to move up.
+template <typename History>
+void forget(std::map<std::int32_t, std::size_t>& living, std::vector<History>& histories,
+            double time) {
+    std::vector<std::optional<std::size_t>> places(histories.size());
+    std::vector<History> kept;
+    for (std::size_t i = 0; i < histories.size(); ++i) {
+        auto& sightings = histories[i].sightings;
+        const auto first =
+            std::find_if(sightings.begin(), sightings.end(),
+                         [&](const auto& sighting) { return sighting.time >= time; });
+        if (first != sightings.end()) {
+            sightings.erase(sightings.begin(), first);
+            places[i] = kept.size();
+            kept.push_back(std::move(histories[i]));
+        }
+    }
+    for (auto track = living.begin(); track != living.end();) {
+        const std::optional<std::size_t> place = places[track->second];
+        if (place) {
+            track->second = *place;
+            ++track;
+        } else {
+            track = living.erase(track);
+        }
+    }
+    histories = std::move(kept);
 }
 
 }  // namespace
@@ -68,6 +98,11 @@ void Sightings::add(double time, const VideoReport& report) {
         const Label& label = report.labels.objectClass;
         history->classes[label.name] += label.probability;
     }
+}
+
+void Sightings::forgetBefore(double time) {
+    forget(livingRadar_, radar_, time);
+    forget(livingVideo_, video_, time);
 }
 
 void Sightings::add(const SensorFrame& frame) {

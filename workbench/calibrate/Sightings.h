@@ -52,6 +52,8 @@ class Sightings {
 public:
     /// @param frame the next frame
     void add(const SensorFrame& frame);
+    /// @param time earlier sightings are forgotten, and histories without any other, s
+    void forgetBefore(double time);
 
     const std::vector<RadarHistory>& radar() const { return radar_; }
     const std::vector<VideoHistory>& video() const { return video_; }

@@ -50,7 +50,7 @@ struct CalibrateOptions {
 
 std::vector<std::string> parameterNames() {
     std::vector<std::string> names;
-    for (const Parameter parameter : allParameters()) {
+    for (const MountingParameter parameter : allParameters()) {
         if (!isOfModel(parameter)) {
             names.emplace_back(traitsOf(parameter).name);
         }
@@ -64,7 +64,7 @@ bool contains(const std::vector<std::string>& list, const std::string& name) {
 
 FreeParameters askedOfSamples(const CalibrateOptions& options) {
     FreeParameters asked = toldBySamples();
-    for (const Parameter parameter : allParameters()) {
+    for (const MountingParameter parameter : allParameters()) {
         bool& isAsked = asked[static_cast<std::size_t>(parameter)];
         isAsked = isAsked && !contains(options.held, traitsOf(parameter).name);
     }
@@ -73,14 +73,14 @@ FreeParameters askedOfSamples(const CalibrateOptions& options) {
 
 FreeParameters askedOfRecordings(const CalibrateOptions& options) {
     FreeParameters asked{};
-    for (const Parameter parameter : allParameters()) {
+    for (const MountingParameter parameter : allParameters()) {
         const ParameterTraits& traits = traitsOf(parameter);
         const bool isAsked = traits.isAskedFor || contains(options.more, traits.name);
         asked[static_cast<std::size_t>(parameter)] =
             isAsked && !contains(options.held, traits.name);
     }
-    if (asked[static_cast<std::size_t>(Parameter::CameraYaw)] &&
-        asked[static_cast<std::size_t>(Parameter::RadarYaw)]) {
+    if (asked[static_cast<std::size_t>(MountingParameter::CameraYaw)] &&
+        asked[static_cast<std::size_t>(MountingParameter::RadarYaw)]) {
         throw InputError(
             "--estimate radar.yaw: only the angle between both sensors can be told; add --hold "
             "camera.yaw");

@@ -2,6 +2,7 @@
 // veskar run and veskar record.
 #include <veskar-host/InputError.h>
 
+#include "calibrate/WindowWatch.h"
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Files.h"
@@ -82,7 +83,8 @@ void warnOf(const std::string& text) {
 int serve(const Live::RunConfiguration& run, const Live::Service::ReadSettings& readSettings,
           Live::ViewContent content = {}) {
     Live::Faults faults(warnOf);
-    Live::Service service(run, readSettings, faults, std::move(content));
+    Live::Service service(run, readSettings, faults, std::move(content),
+                          run.watch ? watchMounting(run.installation, *run.watch) : nullptr);
     if (const std::uint16_t port = service.viewPort(); port != 0) {
         const std::string& host = run.view->place.host;
         const bool isIPv6 = host.find(':') != std::string::npos;

@@ -61,7 +61,8 @@ TEST(RunConfiguration, ReadsEverything) {
         "status": {"interval": 2, "mqtt": {"topic": "status", "retain": true},
             "socket": {"path": "/tmp/status"}, "prometheus": "127.0.0.1:9100"},
         "record": {"path": "/tmp/r", "name": "gate", "licence": "ours", "rotateAfter": 5,
-            "keptFiles": 1})"));
+            "keptFiles": 1},
+        "watch": {"window": 60, "limit": 0.5, "mqtt": {"topic": "moved", "qos": 1}})"));
     EXPECT_EQ(run.installation.camera.mounting.pitch, 20.0);
     EXPECT_EQ(run.fusion, "fusion.json");
     ASSERT_THAT(run.brokers, SizeIs(1));
@@ -104,6 +105,10 @@ TEST(RunConfiguration, ReadsEverything) {
     EXPECT_EQ(run.status.topic->broker, "site");
     EXPECT_EQ(run.status.socket->path, "/tmp/status");
     EXPECT_EQ(run.status.prometheus->port, 9100);
+    EXPECT_EQ(run.watch->window, 60.0);
+    EXPECT_EQ(run.watch->limit, 0.5);
+    EXPECT_EQ(run.watch->topic->broker, "site");
+    EXPECT_EQ(run.watch->topic->topic, "moved");
     EXPECT_EQ(run.record->path, "/tmp/r");
     EXPECT_EQ(run.record->options.name, "gate");
     EXPECT_EQ(run.record->options.rotateAfter, 5U);
@@ -212,6 +217,14 @@ TEST(RunConfiguration, NamesTheKeyOfEveryFault) {
         {document(R"(,"sensors":[{"kind":"radar",)" + line +
                   R"(}],"status":{"prometheus":"192.0.2.1:9100"})"),
          "status.prometheus: \"192.0.2.1\" is not the loopback interface"},
+        {document(R"(,"sensors":[{"kind":"radar",)" + line + R"(}],"watch":{"window":9})"),
+         "watch.window: 9 is not between 10 and 3600"},
+        {document(R"(,"sensors":[{"kind":"radar",)" + line + R"(}],"watch":{"limit":11})"),
+         "watch.limit: 11 is not between 0.2 and 10"},
+        {document(R"(,"brokers":[)" + broker + R"(],"sensors":[)" + camera +
+                  R"(],"watch":{"mqtt":{"topic":"a/watch"}})"),
+         "sensors[0].input.topic: \"a/#\" matches \"a/watch\" of watch.mqtt, which is no "
+         "sensor's"},
         {document(R"(,"sensors":[{"kind":"radar",)" + line + R"(}],"record":{"path":""})"),
          "record.path: is empty"},
     };

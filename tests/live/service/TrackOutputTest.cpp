@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "KeptOutput.h"
 #include "host/TestInstallation.h"
 #include "live/onvif/SceneCodec.h"
 #include "live/service/TrackOutput.h"
@@ -23,18 +24,6 @@ using testing::SizeIs;
 using Texts = std::vector<std::string>;
 
 const UtcTime noon = std::chrono::seconds(1'777'636'800);
-
-/// Keeps what is sent.
-class KeptOutput : public Output {
-public:
-    explicit KeptOutput(Texts& texts) : texts_(texts) {}
-
-    void send(std::string_view message) override { texts_.emplace_back(message); }
-    OutputCounters counters() const override { return {}; }
-
-private:
-    Texts& texts_;
-};
 
 Host::FusedTrack trackOf(std::int32_t id, const std::string& className, bool isConfirmed) {
     Host::FusedTrack track;

@@ -31,12 +31,12 @@ TEST(Calibration, FindsItsWayFromFar) {
             scenario.video.mountingError.position[2] = -1.0;
             scenario.radarSensor.timestampError = -1.0;
         }));
-    EXPECT_LT(errorOf(result, Parameter::CameraYaw, radians(-10.0)), radians(0.15));
-    EXPECT_LT(errorOf(result, Parameter::CameraPitch, radians(5.0)), radians(0.2));
-    EXPECT_LT(errorOf(result, Parameter::CameraRoll, radians(-1.5)), radians(0.5));
-    EXPECT_LT(errorOf(result, Parameter::CameraHeight, -1.0), 0.12);
-    EXPECT_LT(errorOf(result, Parameter::Lag, -1.0), 0.025);
-    for (const Parameter parameter : allParameters()) {
+    EXPECT_LT(errorOf(result, MountingParameter::CameraYaw, radians(-10.0)), radians(0.15));
+    EXPECT_LT(errorOf(result, MountingParameter::CameraPitch, radians(5.0)), radians(0.2));
+    EXPECT_LT(errorOf(result, MountingParameter::CameraRoll, radians(-1.5)), radians(0.5));
+    EXPECT_LT(errorOf(result, MountingParameter::CameraHeight, -1.0), 0.12);
+    EXPECT_LT(errorOf(result, MountingParameter::Lag, -1.0), 0.025);
+    for (const MountingParameter parameter : allParameters()) {
         if (traitsOf(parameter).isAskedFor) {
             EXPECT_EQ(result.of(parameter).verdict, Verdict::Corrected) << traitsOf(parameter).name;
         }
@@ -46,8 +46,8 @@ TEST(Calibration, FindsItsWayFromFar) {
     EXPECT_LT(result.after.bearing, radians(1.0));
     EXPECT_GT(result.before.bearing, radians(8.0));
     // Height and pitch have similar effects.
-    EXPECT_GT(std::abs(result.correlation(indexOf(Parameter::CameraHeight),
-                                          indexOf(Parameter::CameraPitch))),
+    EXPECT_GT(std::abs(result.correlation(indexOf(MountingParameter::CameraHeight),
+                                          indexOf(MountingParameter::CameraPitch))),
               0.3);
 }
 
@@ -55,7 +55,7 @@ TEST(Calibration, LeavesACorrectInstallationAlone) {
     const CalibrationResult result = calibrated(simulated("perimeter", 200.0, [](Scenario&) {}));
     EXPECT_FALSE(result.corrects());
     EXPECT_TRUE(result.isTold());
-    for (const Parameter parameter : allParameters()) {
+    for (const MountingParameter parameter : allParameters()) {
         if (traitsOf(parameter).isAskedFor) {
             EXPECT_EQ(result.of(parameter).verdict, Verdict::AsStated) << traitsOf(parameter).name;
         }
@@ -67,10 +67,10 @@ TEST(Calibration, ModelsTheOutlinesOfCars) {
         scenario.video.mountingError.yaw = 1.0;
         scenario.video.mountingError.position[2] = 0.4;
     }));
-    EXPECT_LT(errorOf(result, Parameter::CameraYaw, radians(1.0)), radians(0.15));
-    EXPECT_LT(errorOf(result, Parameter::CameraPitch, 0.0), radians(0.2));
-    EXPECT_LT(errorOf(result, Parameter::CameraHeight, 0.4), 0.12);
-    EXPECT_LT(errorOf(result, Parameter::Lag, 0.0), 0.03);
+    EXPECT_LT(errorOf(result, MountingParameter::CameraYaw, radians(1.0)), radians(0.15));
+    EXPECT_LT(errorOf(result, MountingParameter::CameraPitch, 0.0), radians(0.2));
+    EXPECT_LT(errorOf(result, MountingParameter::CameraHeight, 0.4), 0.12);
+    EXPECT_LT(errorOf(result, MountingParameter::Lag, 0.0), 0.03);
 }
 
 TEST(Calibration, CombinesRecordings) {
@@ -80,22 +80,23 @@ TEST(Calibration, CombinesRecordings) {
     const CalibrationResult alone = calibrate(one.header, {one.scene()}, usualParameters());
     const CalibrationResult both =
         calibrate(one.header, {one.scene(), other.scene()}, usualParameters());
-    EXPECT_LT(both.of(Parameter::CameraYaw).std, alone.of(Parameter::CameraYaw).std);
+    EXPECT_LT(both.of(MountingParameter::CameraYaw).std,
+              alone.of(MountingParameter::CameraYaw).std);
     EXPECT_GT(both.clusters, alone.clusters);
-    EXPECT_LT(errorOf(both, Parameter::CameraYaw, radians(1.0)), radians(0.25));
+    EXPECT_LT(errorOf(both, MountingParameter::CameraYaw, radians(1.0)), radians(0.25));
 }
 
 TEST(Calibration, TurnsTheRadarWhenTheCameraIsHeld) {
     FreeParameters asked = usualParameters();
-    asked[static_cast<std::size_t>(Parameter::CameraYaw)] = false;
-    asked[static_cast<std::size_t>(Parameter::RadarYaw)] = true;
+    asked[static_cast<std::size_t>(MountingParameter::CameraYaw)] = false;
+    asked[static_cast<std::size_t>(MountingParameter::RadarYaw)] = true;
     const CalibrationResult result = calibrated(
         simulated("perimeter", 200.0,
                   [](Scenario& scenario) { scenario.radarSensor.mountingError.yaw = 4.0; }),
         asked);
-    EXPECT_LT(errorOf(result, Parameter::RadarYaw, radians(4.0)), radians(0.2));
-    EXPECT_EQ(result.of(Parameter::RadarYaw).verdict, Verdict::Corrected);
-    EXPECT_EQ(result.of(Parameter::CameraYaw).verdict, Verdict::NotAsked);
+    EXPECT_LT(errorOf(result, MountingParameter::RadarYaw, radians(4.0)), radians(0.2));
+    EXPECT_EQ(result.of(MountingParameter::RadarYaw).verdict, Verdict::Corrected);
+    EXPECT_EQ(result.of(MountingParameter::CameraYaw).verdict, Verdict::NotAsked);
 }
 
 TEST(Calibration, CannotTellAnythingOfAnEmptyScene) {
@@ -108,8 +109,8 @@ TEST(Calibration, CannotTellAnythingOfAnEmptyScene) {
 TEST(Calibration, GivesNoWrongNumbersInFog) {
     const CalibrationResult result = calibrated(simulated(
         "night-fog", 60.0, [](Scenario& scenario) { scenario.video.mountingError.yaw = 3.0; }));
-    for (const Parameter parameter : allParameters()) {
-        const double truth = parameter == Parameter::CameraYaw ? radians(3.0) : 0.0;
+    for (const MountingParameter parameter : allParameters()) {
+        const double truth = parameter == MountingParameter::CameraYaw ? radians(3.0) : 0.0;
         const CalibrationValue& value = result.of(parameter);
         if (value.verdict == Verdict::AsStated || value.verdict == Verdict::Corrected) {
             EXPECT_LT(errorOf(result, parameter, truth), 1.5 * value.interval)
@@ -128,8 +129,8 @@ TEST(Calibration, CannotTellALagOfWhatStands) {
                 object.minimumSpeed = object.maximumSpeed = 1e-4;
             }
         }));
-    EXPECT_EQ(result.of(Parameter::Lag).verdict, Verdict::CannotTell);
-    EXPECT_FALSE(result.correction[indexOf(Parameter::Lag)] != 0.0);
+    EXPECT_EQ(result.of(MountingParameter::Lag).verdict, Verdict::CannotTell);
+    EXPECT_FALSE(result.correction[indexOf(MountingParameter::Lag)] != 0.0);
 }
 
 TEST(Calibration, RefusesWhatDoesNotHoldInHeldOutTime) {
@@ -147,7 +148,7 @@ TEST(Calibration, RefusesWhatDoesNotHoldInHeldOutTime) {
     const CalibrationResult result = calibrated(recording);
     EXPECT_FALSE(result.refusal.empty());
     EXPECT_FALSE(result.corrects());
-    EXPECT_EQ(result.of(Parameter::CameraYaw).verdict, Verdict::CannotTell);
+    EXPECT_EQ(result.of(MountingParameter::CameraYaw).verdict, Verdict::CannotTell);
 }
 
 }  // namespace

@@ -21,8 +21,9 @@ TEST(CoarseStart, ReachesEveryCornerOfItsRange) {
                     scenario.radarSensor.timestampError = lag;
                 });
             const Placement start = coarseStart(recording.header, {recording.scene()});
-            EXPECT_NEAR(degrees(start[indexOf(Parameter::CameraYaw)]), 10.0 * sign, 1.5) << lag;
-            EXPECT_NEAR(start[indexOf(Parameter::Lag)], lag, 0.35) << sign;
+            EXPECT_NEAR(degrees(start[indexOf(MountingParameter::CameraYaw)]), 10.0 * sign, 1.5)
+                << lag;
+            EXPECT_NEAR(start[indexOf(MountingParameter::Lag)], lag, 0.35) << sign;
         }
     }
 }
@@ -31,8 +32,8 @@ TEST(CoarseStart, StaysWhereThereIsNothingToSee) {
     const VeskarTest::KnownErrors recording = VeskarTest::simulated(
         "perimeter", 2.0, [](Scenario& scenario) { scenario.objects.clear(); });
     const Placement start = coarseStart(recording.header, {recording.scene()});
-    EXPECT_EQ(start[indexOf(Parameter::Lag)], 0.0);
-    EXPECT_EQ(start[indexOf(Parameter::CameraHeight)], 0.0);
+    EXPECT_EQ(start[indexOf(MountingParameter::Lag)], 0.0);
+    EXPECT_EQ(start[indexOf(MountingParameter::CameraHeight)], 0.0);
 }
 
 }  // namespace

@@ -44,8 +44,8 @@ protected:
 
 TEST_F(CorrectionTest, MovesTheStampsOfTheRadarOnly) {
     Placement correction = Placement::Zero();
-    correction[indexOf(Parameter::Lag)] = 0.3;
-    correction[indexOf(Parameter::Drift)] = 0.01;
+    correction[indexOf(MountingParameter::Lag)] = 0.3;
+    correction[indexOf(MountingParameter::Drift)] = 0.01;
     const std::vector<SensorFrame> frames = copied(correction);
     ASSERT_EQ(frames.size(), 2U);
     EXPECT_NEAR(frames[0].time, 1.0, 1e-9);
@@ -57,7 +57,7 @@ TEST_F(CorrectionTest, MovesTheStampsOfTheRadarOnly) {
 
 TEST_F(CorrectionTest, LetsNoFrameArriveBeforeItIsMeasured) {
     Placement correction = Placement::Zero();
-    correction[indexOf(Parameter::Lag)] = -0.7;
+    correction[indexOf(MountingParameter::Lag)] = -0.7;
     const std::vector<SensorFrame> frames = copied(correction);
     ASSERT_EQ(frames.size(), 2U);
     EXPECT_NEAR(frames[1].time, 1.8, 1e-6);
@@ -67,7 +67,7 @@ TEST_F(CorrectionTest, LetsNoFrameArriveBeforeItIsMeasured) {
 
 TEST_F(CorrectionTest, ScalesTheAzimuths) {
     Placement correction = Placement::Zero();
-    correction[indexOf(Parameter::AzimuthScale)] = 0.05;
+    correction[indexOf(MountingParameter::AzimuthScale)] = 0.05;
     const std::vector<SensorFrame> frames = copied(correction);
     ASSERT_EQ(frames.size(), 2U);
     EXPECT_NEAR(std::get<RadarReport>(frames[1].tracks.at(0)).azimuth, 10.5, 1e-6);

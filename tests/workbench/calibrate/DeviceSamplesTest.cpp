@@ -50,12 +50,12 @@ TEST(DeviceSamples, TellPitchAndRoll) {
     });
     const CalibrationResult result =
         calibrate(sentBy(recording), recording.header, toldBySamples());
-    EXPECT_LT(errorOf(result, Parameter::CameraPitch, radians(0.8)), radians(0.3));
-    EXPECT_LT(errorOf(result, Parameter::CameraRoll, radians(1.5)), radians(0.5));
-    EXPECT_LT(errorOf(result, Parameter::CameraHeight, 0.0), 0.15);
-    EXPECT_EQ(result.of(Parameter::CameraPitch).verdict, Verdict::Corrected);
-    EXPECT_EQ(result.of(Parameter::CameraRoll).verdict, Verdict::Corrected);
-    for (const Parameter parameter : allParameters()) {
+    EXPECT_LT(errorOf(result, MountingParameter::CameraPitch, radians(0.8)), radians(0.3));
+    EXPECT_LT(errorOf(result, MountingParameter::CameraRoll, radians(1.5)), radians(0.5));
+    EXPECT_LT(errorOf(result, MountingParameter::CameraHeight, 0.0), 0.15);
+    EXPECT_EQ(result.of(MountingParameter::CameraPitch).verdict, Verdict::Corrected);
+    EXPECT_EQ(result.of(MountingParameter::CameraRoll).verdict, Verdict::Corrected);
+    for (const MountingParameter parameter : allParameters()) {
         const bool isTold = toldBySamples()[static_cast<std::size_t>(parameter)];
         EXPECT_EQ(result.of(parameter).verdict == Verdict::NotAsked, !isTold)
             << traitsOf(parameter).name;
@@ -70,10 +70,10 @@ TEST(DeviceSamples, TellTheHeight) {
     });
     const CalibrationResult result =
         calibrate(sentBy(recording), recording.header, toldBySamples());
-    EXPECT_LT(errorOf(result, Parameter::CameraPitch, 0.0), radians(0.25));
-    EXPECT_LT(errorOf(result, Parameter::CameraRoll, 0.0), radians(0.5));
-    EXPECT_LT(errorOf(result, Parameter::CameraHeight, -0.4), 0.12);
-    EXPECT_EQ(result.of(Parameter::CameraHeight).verdict, Verdict::Corrected);
+    EXPECT_LT(errorOf(result, MountingParameter::CameraPitch, 0.0), radians(0.25));
+    EXPECT_LT(errorOf(result, MountingParameter::CameraRoll, 0.0), radians(0.5));
+    EXPECT_LT(errorOf(result, MountingParameter::CameraHeight, -0.4), 0.12);
+    EXPECT_EQ(result.of(MountingParameter::CameraHeight).verdict, Verdict::Corrected);
 }
 
 TEST(DeviceSamples, LeaveACorrectInstallationAlone) {
@@ -117,7 +117,7 @@ TEST(DeviceSamples, AreReferredToTheStatedHeight) {
     const Installation stated = VeskarTest::perimeterInstallation();
     const Projection projection(stated.camera.build());
     Placement lowered = Placement::Zero();
-    lowered[indexOf(Parameter::CameraHeight)] = -0.5;
+    lowered[indexOf(MountingParameter::CameraHeight)] = -0.5;
     // The device, which assumes the stated height, states this range of what is 20 m away.
     const double range = std::hypot(20.0, projection.origin()[2]);
     const auto scene = sceneOf({{{{0.0, 0.0, 7, range}}, 0}}, stated, lowered);

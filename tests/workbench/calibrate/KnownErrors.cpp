@@ -37,7 +37,7 @@ KnownErrors simulated(const std::string& scenario, double seconds, const Scenari
     return result;
 }
 
-double errorOf(const CalibrationResult& result, Parameter parameter, double truth) {
+double errorOf(const CalibrationResult& result, MountingParameter parameter, double truth) {
     return std::abs(result.of(parameter).value - truth);
 }
 
@@ -48,7 +48,7 @@ Workbench::Installation perimeterInstallation() {
 
 FreeParameters usualParameters() {
     FreeParameters usual{};
-    for (const Parameter parameter : allParameters()) {
+    for (const MountingParameter parameter : allParameters()) {
         usual[static_cast<std::size_t>(parameter)] = traitsOf(parameter).isAskedFor;
     }
     return usual;

@@ -30,7 +30,7 @@ struct KnownErrors {
 KnownErrors simulated(const std::string& scenario, double seconds, const ScenarioChange& change);
 
 /// @return deviation of an estimate from the truth
-double errorOf(const Workbench::CalibrationResult& result, Workbench::Parameter parameter,
+double errorOf(const Workbench::CalibrationResult& result, Workbench::MountingParameter parameter,
                double truth);
 
 /// @return the installation that the shipped perimeter scene states

@@ -14,13 +14,13 @@ namespace {
 TEST(Placement, AddsErrorsToThePoses) {
     const Installation stated = VeskarTest::perimeterInstallation();
     Placement errors = Placement::Zero();
-    errors[indexOf(Parameter::CameraYaw)] = radians(2.0);
-    errors[indexOf(Parameter::CameraPitch)] = radians(-1.0);
-    errors[indexOf(Parameter::CameraRoll)] = radians(0.5);
-    errors[indexOf(Parameter::CameraHeight)] = -0.4;
-    errors[indexOf(Parameter::RadarYaw)] = radians(3.0);
-    errors[indexOf(Parameter::RadarForward)] = 0.2;
-    errors[indexOf(Parameter::RadarLeft)] = -0.3;
+    errors[indexOf(MountingParameter::CameraYaw)] = radians(2.0);
+    errors[indexOf(MountingParameter::CameraPitch)] = radians(-1.0);
+    errors[indexOf(MountingParameter::CameraRoll)] = radians(0.5);
+    errors[indexOf(MountingParameter::CameraHeight)] = -0.4;
+    errors[indexOf(MountingParameter::RadarYaw)] = radians(3.0);
+    errors[indexOf(MountingParameter::RadarForward)] = 0.2;
+    errors[indexOf(MountingParameter::RadarLeft)] = -0.3;
     const Installation actual = placed(stated, errors);
     EXPECT_NEAR(actual.camera.mounting.yaw, stated.camera.mounting.yaw + 2.0, 1e-12);
     EXPECT_NEAR(actual.camera.mounting.pitch, stated.camera.mounting.pitch - 1.0, 1e-12);
@@ -35,7 +35,7 @@ TEST(Placement, AddsErrorsToThePoses) {
 TEST(Placement, ScalesTheImageAboutTheOpticalCentre) {
     const Installation stated = VeskarTest::perimeterInstallation();
     Placement errors = Placement::Zero();
-    errors[indexOf(Parameter::FocalScale)] = 0.05;
+    errors[indexOf(MountingParameter::FocalScale)] = 0.05;
     const Projection before(stated.camera.build());
     const Projection after(placed(stated, errors).camera.build());
     const Eigen::Vector3d point(30.0, 5.0, 0.0);

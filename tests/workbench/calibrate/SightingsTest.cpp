@@ -41,6 +41,29 @@ TEST(Sightings, BeginsANewHistoryAfterAGap) {
     EXPECT_EQ(sightings.video()[0].sightings.size(), 3U);
 }
 
+TEST(Sightings, ForgetWhatIsOld) {
+    Sightings sightings;
+    sightings.add(radarFrame(0.0, 20.0, 0.0));  // ends before
+    VideoReport other = box(0.3, 0.0);
+    other.id = 8;
+    sightings.add(videoFrame(0.0, other));
+    for (const double time : {1.0, 1.1, 1.2}) {
+        sightings.add(videoFrame(time, box(0.0, 0.0)));
+    }
+    sightings.forgetBefore(1.1);
+    EXPECT_TRUE(sightings.radar().empty());
+    ASSERT_EQ(sightings.video().size(), 1U);
+    EXPECT_EQ(sightings.video()[0].sightings.size(), 2U);
+    EXPECT_EQ(sightings.video()[0].sightings[0].time, 1.1) << "of the same time stays";
+    EXPECT_EQ(sightings.video()[0].className(), "human");
+    // Tracks go on where they are now, and new ones begin.
+    sightings.add(videoFrame(1.3, box(0.0, 0.0)));
+    sightings.add(radarFrame(1.3, 20.0, 0.0));
+    EXPECT_EQ(sightings.video()[0].sightings.size(), 3U);
+    ASSERT_EQ(sightings.radar().size(), 1U);
+    EXPECT_EQ(sightings.radar()[0].sightings.size(), 1U);
+}
+
 TEST(Sightings, LeaveOutCutBoxesAndTracksThatNobodySees) {
     Sightings sightings;
     sightings.add(videoFrame(0.0, box(-0.99, 0.0)));
