@@ -44,25 +44,45 @@ double quantile(std::size_t clusters) {
            (5.0 * std::pow(z, 5.0) + 16.0 * z * z * z + 3.0 * z) / (96.0 * freedom * freedom);
 }
 
+/// Errors of all samples at one placement.
+struct Errors {
+    std::vector<Eigen::Vector2d> angles;  ///< as PairError::before
+    std::vector<double> lengths;          ///< in standard deviations
+};
+
+Errors errorsOf(const Installation& stated, const std::vector<CalibrationSample>& samples,
+                const Placement& placement) {
+    const std::vector<Eigen::Vector2d> inImage = imageErrors(stated, samples, placement);
+    const ObjectModel model(stated, placement);
+    Errors errors;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        Eigen::Vector2d angles = angularError(model, samples[i], inImage[i]);
+        if (!samples[i].hasBearing()) {
+            angles[0] = std::numeric_limits<double>::quiet_NaN();
+        }
+        errors.angles.push_back(angles);
+        errors.lengths.push_back((samples[i].whitening * inImage[i]).norm());
+    }
+    return errors;
+}
+
+TypicalErrors typical(const Errors& errors) {
+    if (errors.angles.empty()) {
+        return {};
+    }
+    std::vector<double> bearings;
+    std::vector<double> depressions;
+    for (const Eigen::Vector2d& angles : errors.angles) {
+        bearings.push_back(std::abs(angles[0]));
+        depressions.push_back(std::abs(angles[1]));
+    }
+    return {medianOf(bearings), medianOf(depressions), medianOf(errors.lengths)};
+}
+
 TypicalErrors typicalErrors(const Installation& stated,
                             const std::vector<CalibrationSample>& samples,
                             const Placement& placement) {
-    if (samples.empty()) {
-        return {};
-    }
-    const std::vector<Eigen::Vector2d> errors = imageErrors(stated, samples, placement);
-    const ObjectModel model(stated, placement);
-    constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
-    std::vector<double> bearings;
-    std::vector<double> depressions;
-    std::vector<double> lengths;
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        const Eigen::Vector2d angles = angularError(model, samples[i], errors[i]);
-        bearings.push_back(samples[i].hasBearing() ? std::abs(angles[0]) : unknown);
-        depressions.push_back(std::abs(angles[1]));
-        lengths.push_back((samples[i].whitening * errors[i]).norm());
-    }
-    return {medianOf(bearings), medianOf(depressions), medianOf(lengths)};
+    return typical(errorsOf(stated, samples, placement));
 }
 
 FreeParameters withModel(FreeParameters free) {
@@ -84,8 +104,7 @@ public:
         if (result_.corrects()) {
             holdOut();
         }
-        result_.before = typicalErrors(stated_, samples_, Placement::Zero());
-        result_.after = typicalErrors(stated_, samples_, result_.correction);
+        compare();
         return result_;
     }
 
@@ -177,6 +196,17 @@ private:
             if (free[k]) {
                 result_.values[k].verdict = Verdict::Corrected;
             }
+        }
+    }
+
+    void compare() {
+        const Errors before = errorsOf(stated_, samples_, Placement::Zero());
+        const Errors after = errorsOf(stated_, samples_, result_.correction);
+        result_.before = typical(before);
+        result_.after = typical(after);
+        for (std::size_t i = 0; i < samples_.size(); ++i) {
+            result_.pairs.push_back({samples_[i].sinceMiddle, samples_[i].heard.range,
+                                     samples_[i].seen, before.angles[i], after.angles[i]});
         }
     }
 

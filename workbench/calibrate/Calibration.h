@@ -35,6 +35,16 @@ struct TypicalErrors {
     double whitened = 0.0;    ///< length of both components, in standard deviations
 };
 
+/// A pair of tracks at one moment, and how far its box is from where it is expected.
+struct PairError {
+    double sinceMiddle = 0.0;  ///< time after the middle of its recording, s
+    double range = 0.0;        ///< from the radar, m
+    Eigen::Vector2d seen;      ///< middle and bottom of the box, image units
+    Eigen::Vector2d before;    ///< bearing to the left (NaN where it tells nothing) and depression,
+                               ///< as stated, radians
+    Eigen::Vector2d after;     ///< the same, corrected
+};
+
 /// The answer.
 struct CalibrationResult {
     std::array<CalibrationValue, parameterCount> values;
@@ -49,6 +59,7 @@ struct CalibrationResult {
     /// The same of odd thirds of a minute, with the correction estimated from the even ones.
     TypicalErrors heldOutBefore;
     TypicalErrors heldOutAfter;
+    std::vector<PairError> pairs;  ///< all samples
     std::string refusal;  ///< why nothing is corrected although values are significant; or empty
 
     /// @return the value of a parameter

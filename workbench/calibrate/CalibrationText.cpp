@@ -154,7 +154,7 @@ std::string toText(const Installation& stated, const CalibrationResult& result) 
     return text;
 }
 
-std::string toJsonText(const Installation& stated, const CalibrationResult& result) {
+nlohmann::ordered_json toJson(const Installation& stated, const CalibrationResult& result) {
     OrderedJson json{{"samples", result.samples},
                      {"clusters", result.clusters},
                      {"values", OrderedJson::object()},
@@ -190,7 +190,11 @@ std::string toJsonText(const Installation& stated, const CalibrationResult& resu
     json["heldOut"] = {{"before", errorsJson(result.heldOutBefore)},
                        {"after", errorsJson(result.heldOutAfter)}};
     json["refusal"] = result.refusal;
-    return json.dump(2) + "\n";
+    return json;
+}
+
+std::string toJsonText(const Installation& stated, const CalibrationResult& result) {
+    return toJson(stated, result).dump(2) + "\n";
 }
 
 }  // namespace Workbench

@@ -6,6 +6,8 @@
 
 #include <string>
 
+#include <nlohmann/json_fwd.hpp>
+
 namespace Workbench {
 
 /// @param stated the installation as stated
@@ -15,7 +17,12 @@ std::string toText(const Installation& stated, const CalibrationResult& result);
 
 /// @param stated the installation as stated
 /// @param result the answer
-/// @return a JSON document for scripts, with line end
+/// @return a JSON document for scripts
+nlohmann::ordered_json toJson(const Installation& stated, const CalibrationResult& result);
+
+/// @param stated the installation as stated
+/// @param result the answer
+/// @return the same as text, with line end
 std::string toJsonText(const Installation& stated, const CalibrationResult& result);
 
 }  // namespace Workbench

@@ -4,6 +4,7 @@
 #include "HostLibrary.h"
 #include "calibrate/Calibration.h"
 #include "calibrate/CalibrationInput.h"
+#include "calibrate/CalibrationPage.h"
 #include "calibrate/CalibrationText.h"
 #include "calibrate/Correction.h"
 #include "calibrate/DeviceSamples.h"
@@ -17,6 +18,8 @@
 #include "io/Interruption.h"
 #include "io/OutputFile.h"
 #include "replay/Settings.h"
+#include "report/Page.h"
+#include "report/ReportFile.h"
 
 #include <algorithm>
 #include <array>
@@ -43,6 +46,7 @@ struct CalibrateOptions {
     std::string output;
     std::string apply;
     std::string report = "-";
+    std::string page;
     std::string format = "text";
     std::vector<std::string> more;
     std::vector<std::string> held;
@@ -123,10 +127,11 @@ int write(const CalibrateOptions& options, const Answer& answer,
           const std::function<void(OutputFile&)>& writeCopy) {
     const auto& [header, result] = answer;
     using Reader = OutputFile::Reader;
-    const bool isAlone = options.output.empty() && options.apply.empty();
+    const bool isAlone = options.output.empty() && options.apply.empty() && options.page.empty();
     const auto report = outputFor(options.report, isAlone ? Reader::MayLeave : Reader::MustStay);
     const auto output = outputFor(options.output, Reader::MustStay);
     const auto copy = outputFor(options.apply, Reader::MustStay);
+    const auto page = outputFor(options.page, Reader::MustStay);
     report->write(options.format == "json" ? toJsonText(header, result) : toText(header, result));
     if (output) {
         output->write(toJsonLine(corrected(header, result.correction)));
@@ -134,7 +139,10 @@ int write(const CalibrateOptions& options, const Answer& answer,
     if (copy) {
         writeCopy(*copy);
     }
-    const std::array all{report.get(), output.get(), copy.get()};
+    if (page) {
+        writePage(calibrationPage, calibrationPageData(header, result), *page);
+    }
+    const std::array all{report.get(), output.get(), copy.get(), page.get()};
     for (OutputFile* const file : all) {
         if (file != nullptr) {
             file->complete();
@@ -155,7 +163,8 @@ int calibrateByRecordings(const CalibrateOptions& options) {
     }
     refuseClashes(inputs, {{"header", options.output},
                            {"corrected recording", options.apply},
-                           {"report", options.report}});
+                           {"report", options.report},
+                           {"page", options.page}});
     const FreeParameters asked = askedOfRecordings(options);
     if (!options.apply.empty() &&
         (options.recordings.size() != 1 || options.recordings.front() == "-")) {
@@ -236,7 +245,7 @@ void refuseOptionsOfRecordings(const CalibrateOptions& options) {
 int calibrateBySamples(const CalibrateOptions& options) {
     refuseOptionsOfRecordings(options);
     refuseClashes({{"installation", options.installation}},
-                  {{"header", options.output}, {"report", options.report}});
+                  {{"header", options.output}, {"report", options.report}, {"page", options.page}});
     RecordingHeader header;
     header.name = "calibration";
     header = withInstallation(header, options.installation);
@@ -287,6 +296,8 @@ void addCalibrateCommand(CLI::App& program, Action& action) {
     command->add_option("--report", options->report, "answer to write (default: -)");
     command->add_option("--format", options->format, "text or json (default: text)")
         ->check(CLI::IsMember({"text", "json"}));
+    command->add_option("--page", options->page,
+                        "HTML page to write: the answer, and the errors of all pairs");
     command->add_option("--estimate", options->more, "further values to estimate, by name")
         ->allow_extra_args(false)
         ->check(CLI::IsMember(parameterNames()));

@@ -18,4 +18,5 @@ endfunction()
 
 bundle(. page)
 bundle(live live_page)
+bundle(calibration calibration_page)
 configure_file("${SOURCE}/Page.cpp.in" "${CODE}" @ONLY)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The HTML pages of `veskar report` and of the live view, compiled into the program.
+// The HTML pages of the report, the live view and the calibration, compiled into the program.
 #pragma once
 
 #include <string_view>
@@ -11,6 +11,10 @@ extern const std::string_view reportPage;
 
 /// The HTML document of the live view; empty when this program was built without it.
 extern const std::string_view livePage;
+
+/// The HTML document of a calibration without the data; empty when this program was built without
+/// it.
+extern const std::string_view calibrationPage;
 
 /// Why the pages are missing; empty when they are there.
 extern const std::string_view reportPageMissing;

@@ -1,13 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
-// Writes the report of a recording as one HTML file.
+// Writes pages with their data as one HTML file.
 #pragma once
 
+#include "io/OutputFile.h"
 #include "replay/Provenance.h"
 #include "report/Report.h"
 
 #include <string>
+#include <string_view>
 
 namespace Workbench {
+
+/// @param page one of Page.h, with a place for data
+/// @param data for it
+/// @param file receives the page
+/// @throw InputError why this build has no page, or why the file cannot be written
+void writePage(std::string_view page, const Json& data, OutputFile& file);
 
 /// @param inputs see reportData
 /// @param output the HTML file, or "-"

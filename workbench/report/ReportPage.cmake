@@ -47,7 +47,7 @@ if(page_missing)
   configure_file("${page_source}/Page.cpp.in" "${page_code}" @ONLY)
 else()
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${page_source}/package-lock.json")
-  file(GLOB page_files CONFIGURE_DEPENDS "${page_source}/src/*" "${page_source}/src/live/*" "${page_source}/*.json"
+  file(GLOB page_files CONFIGURE_DEPENDS "${page_source}/src/*" "${page_source}/src/*/*" "${page_source}/*.json"
        "${page_source}/*.mjs")
   add_custom_command(
     OUTPUT "${page_code}"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Bundles a page into one HTML file: node build.mjs OUTPUT [FOLDER]
-// The folder below src has the page's main.ts and index.html: "." is the report, "live" the live view.
+// The folder below src has the page's main.ts and index.html: "." is the report, "live" the live view,
+// "calibration" the answer of a calibration.
 // The page's content security policy permits only what is in the bundle.
 import { createHash } from 'node:crypto';
 import { readFileSync, writeFileSync } from 'node:fs';
@@ -35,8 +36,8 @@ const policy = [
   "default-src 'none'",
   `script-src ${hashOf(script)}`,
   `style-src ${hashOf(style)}`,
-  // The report is a file without any source of its own.
-  ...(folder === '.' ? ['img-src data:'] : ["img-src 'self' data:", "connect-src 'self'"]),
+  // Report and calibration are files without any source of their own.
+  ...(folder !== 'live' ? ['img-src data:'] : ["img-src 'self' data:", "connect-src 'self'"]),
   "base-uri 'none'",
   "form-action 'none'",
   "require-trusted-types-for 'script'",

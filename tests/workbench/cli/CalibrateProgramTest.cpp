@@ -3,6 +3,7 @@
 #include "Process.h"
 #include "SamplingHost.h"
 #include "SourceDirectory.h"
+#include "report/Page.h"
 #include "support/DatagramReceiver.h"
 
 #include <cmath>
@@ -142,6 +143,34 @@ TEST_F(CalibrateProgram, DoesNotFitAnErrorOfConvention) {
     EXPECT_THAT(outcome.errors, HasSubstr("azimuth"));
     EXPECT_THAT(outcome.errors, HasSubstr("veskar check"));
     EXPECT_NE(veskar({"replay", path, "--installation", directory / "corrected.json"}).status, 0);
+}
+
+TEST_F(CalibrateProgram, ShowsTheErrorsOnAPage) {
+    const std::string path = perimeter("turned.jsonl", {{"yaw", 2.0}});
+    const std::string page = directory / "page.html";
+    const Outcome outcome = veskar({"calibrate", path, "--page", page, "--format", "json"});
+    if (const std::string missing(Workbench::reportPageMissing); !missing.empty()) {
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_THAT(outcome.errors, HasSubstr(missing));
+        return;
+    }
+    EXPECT_EQ(outcome.status, 0) << outcome.errors;
+    const std::string html = slurp(page);
+    const std::string mark = "id=\"report-data\">";
+    const std::size_t begin = html.find(mark) + mark.size();
+    const auto data =
+        nlohmann::json::parse(html.substr(begin, html.find("</script>", begin) - begin));
+    EXPECT_EQ(data["answer"], nlohmann::json::parse(outcome.output));
+    const auto& pairs = data["pairs"];
+    const std::size_t count = data["answer"]["samples"];
+    for (const auto& [name, values] : pairs.items()) {
+        EXPECT_EQ(values.size(), count) << name;
+    }
+    double sum = 0.0;
+    for (const auto& error : pairs["bearingBefore"]) {
+        sum += error.get<double>();
+    }
+    EXPECT_NEAR(sum / static_cast<double>(count), -2.0, 0.3) << "seen too far to the right";
 }
 
 TEST_F(CalibrateProgram, ListensToADevice) {
