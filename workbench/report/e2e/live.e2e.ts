@@ -87,6 +87,19 @@ describe('the live view of people on a perimeter', () => {
     await takePicture(page, 'live-perimeter.png');
   });
 
+  it('shows plan and camera beside each other, filled', async () => {
+    for (const width of [1280, 1920]) {
+      const page = await open({ width });
+      const [plan, camera] = await Promise.all(['.plan-view', '.image-view'].map(async (name) => (await page.locator(name).boundingBox())!));
+      expect(plan.width).toBeGreaterThan(0.3 * width);
+      expect(camera.width).toBeGreaterThan(0.2 * width);
+      expect(plan.x + plan.width).toBeLessThan(camera.x + 1);
+      const { marks, ground } = await page.evaluate('({ marks: veskarLive.plan.length, ground: document.querySelector(".plan-view canvas").clientHeight })') as { marks: number; ground: number };
+      expect(marks).toBeGreaterThan(0);
+      expect(ground).toBeGreaterThan(200);
+    }
+  });
+
   it('shows the health of both sensors and the objects', async () => {
     const page = await open();
     await untilIn(page, '[...document.querySelectorAll(".health .card")].every((card) => parseFloat(card.querySelectorAll("dd")[0].textContent) > 5)');

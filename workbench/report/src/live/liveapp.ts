@@ -146,6 +146,7 @@ export class LiveApp implements Listener {
   // --- The page ----------------------------------------------------------------------------------
 
   private build({ program }: HelloData, { model, plan, image, inspector }: Shown): void {
+    this.root.style.setProperty('--aspect', `${model.scene.aspect}`);
     const fit = button('Fit', 'Fit the plan (F)', () => this.fit(), { class: 'fit' });
     this.root.replaceChildren(
       element('header', { class: 'top' },
