@@ -23,6 +23,9 @@ set_property(CACHE VESKAR_LIVE_RTSP PROPERTY STRINGS AUTO ON OFF)
 set(VESKAR_VIEW AUTO CACHE STRING
     "Let `veskar run` show itself in browsers: ON, OFF, or AUTO where libmicrohttpd is installed")
 set_property(CACHE VESKAR_VIEW PROPERTY STRINGS AUTO ON OFF)
+set(VESKAR_LIVE_SNAPSHOT AUTO CACHE STRING
+    "Let `veskar run` ask cameras for pictures: ON, OFF, or AUTO where libcurl is installed")
+set_property(CACHE VESKAR_LIVE_SNAPSHOT PROPERTY STRINGS AUTO ON OFF)
 set(VESKAR_CALIBRATE AUTO CACHE STRING
     "Build `veskar calibrate`: ON, OFF, or AUTO where Ceres is installed")
 set_property(CACHE VESKAR_CALIBRATE PROPERTY STRINGS AUTO ON OFF)

@@ -7,6 +7,7 @@
 #include "host/installation/InstallationFields.h"
 #include "host/installation/InstallationKeys.h"
 #include "host/json/JanssonValue.h"
+#include "live/picture/Snapshot.h"
 #include "live/rtsp/RtspUrl.h"
 #include "live/service/RtspPlaces.h"
 #include "live/view/LiveView.h"
@@ -396,11 +397,56 @@ void refuseUnguarded(const ViewSettings& view) {
     }
 }
 
+/// @return the address without a fault: it may not hold a password, and is shown in messages
+std::string urlOfPictures(const Fields& fields) {
+    if (const std::string missing = snapshotMissing(); !missing.empty()) {
+        fields.refuse("url", missing);
+    }
+    std::string url = someText(fields, "url");
+    const std::size_t scheme = url.find("://");
+    const std::string word = url.substr(0, scheme);
+    if (scheme == std::string::npos || (word != "http" && word != "https" && word != "file")) {
+        fields.refuse("url", "expected http://, https:// or file://");
+    }
+    const std::size_t host = scheme + 3;
+    if (word != "file" &&
+        url.substr(host, url.find_first_of("/?#", host) - host).find('@') != std::string::npos) {
+        fields.refuse("url",
+                      "names a user; user and password stand in a file, which \"credentials\" "
+                      "names");
+    }
+    return url;
+}
+
+PictureSettings readPictures(const Fields& fields) {
+    fields.allowOnly({"directory", "url", "credentials", "interval"});
+    constexpr double shortestInterval = 0.1;
+    constexpr double longestInterval = 3600.0;
+    PictureSettings pictures;
+    if (fields.has("directory") == fields.has("url")) {
+        fields.refuse("url", "expected either \"url\" or \"directory\"");
+    }
+    if (fields.has("directory")) {
+        pictures.directory = someText(fields, "directory");
+    } else {
+        pictures.url = urlOfPictures(fields);
+    }
+    if (fields.has("credentials")) {
+        pictures.credentials = someText(fields, "credentials");
+        if (pictures.url.empty()) {
+            fields.refuse("credentials", "belong to a \"url\"");
+        }
+    }
+    pictures.interval =
+        fields.numberWithin("interval", shortestInterval, longestInterval, pictures.interval);
+    return pictures;
+}
+
 ViewSettings readView(const Fields& fields) {
     if (const std::string missing = viewMissing(); !missing.empty()) {
         throw Host::InputError("view", missing);
     }
-    fields.allowOnly({"address", "token", "names"});
+    fields.allowOnly({"address", "token", "names", "pictures"});
     ViewSettings view;
     if (fields.has("address")) {
         view.place = networkPlace<NetworkPlace>(fields, "address");
@@ -409,6 +455,9 @@ ViewSettings readView(const Fields& fields) {
         view.token = someText(fields, "token");
     }
     view.names = inLowerCase(textsIn(fields, "names"));
+    if (fields.has("pictures")) {
+        view.pictures = readPictures(fields.object("pictures"));
+    }
     refuseUnguarded(view);
     return view;
 }

@@ -10,7 +10,12 @@ ServedView::ServedView(const ViewSettings& settings, ViewContent content)
       server_(settings.place,
               Admission(settings.token.empty() ? "" : Admission::readToken(settings.token),
                         settings.names),
-              std::move(content.page), content.hello, mailbox_, audience_) {}
+              std::move(content.page), content.hello, mailbox_, audience_) {
+    if (settings.pictures) {
+        pictures_.emplace(makePictureSource(*settings.pictures), settings.pictures->interval,
+                          audience_, mailbox_);
+    }
+}
 
 void ServedView::convertWith(std::shared_ptr<const Host::HostAdapter> adapter) {
     adapter_ = std::move(adapter);

@@ -5,6 +5,7 @@
 #include "live/view/Audience.h"
 #include "live/view/LiveView.h"
 #include "live/view/ObserverList.h"
+#include "live/view/PictureFeed.h"
 #include "live/view/SubjectExplainer.h"
 #include "live/view/ViewMailbox.h"
 #include "live/view/ViewServer.h"
@@ -45,7 +46,8 @@ private:
     Audience audience_;
     ViewMailbox mailbox_;
     ObserverList observers_;
-    ViewServer server_;  // ends first: it uses the others
+    ViewServer server_;  // ends before what it uses
+    std::optional<PictureFeed> pictures_;
 };
 
 }  // namespace Veskar::Live

@@ -2,6 +2,7 @@
 #include "live/view/StateText.h"
 
 #include "host/fused/SensorTrackReading.h"
+#include "host/json/LineText.h"
 
 namespace Veskar::Live {
 namespace {
@@ -23,6 +24,21 @@ std::string textOf(const ViewState& state) {
     return "{\"fused\":" + lineOf(state.fused) +
            ",\"video\":" + lineOf(state.video, *state.adapter) +
            ",\"radar\":" + lineOf(state.radar, *state.adapter) + "}";
+}
+
+std::string textOf(std::uint64_t number, const CameraPicture& picture) {
+    constexpr int milliseconds = 3;  // decimals
+    Host::Internal::LineText line;
+    line += "{\"number\":";
+    line += std::to_string(number);
+    if (picture.picture) {
+        line.addMember("time", picture.picture->time, milliseconds);
+    } else {
+        line.addName("fault");
+        line.addQuoted(picture.fault);
+    }
+    line += '}';
+    return line.string();
 }
 
 std::string eventOf(const char* name, const std::string& data) {

@@ -40,6 +40,15 @@ void ViewMailbox::post(Decision decision) {
     }
 }
 
+void ViewMailbox::post(CameraPicture picture) {
+    std::optional<CameraPicture> posted(std::move(picture));
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        contents_.picture.swap(posted);
+    }
+    wake();
+}
+
 void ViewMailbox::wake() {
     ::eventfd_write(woken_.get(), 1);
 }

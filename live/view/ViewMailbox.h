@@ -6,6 +6,7 @@
 #include <veskar-host/HostAdapter.h>
 #include <veskar-host/SensorFrame.h>
 
+#include "live/picture/Picture.h"
 #include "live/view/Subject.h"
 #include "src/net/FileDescriptor.h"
 
@@ -32,6 +33,12 @@ struct Decision {
     std::string line;  ///< JSON, with line end
 };
 
+/// What the camera shows.
+struct CameraPicture {
+    std::shared_ptr<const Picture> picture;  ///< null: there is none
+    std::string fault;                       ///< why there is none
+};
+
 /// A bounded hand-over: a newer state replaces one that was not taken, so that the fusion never
 /// waits and a slow server shows the newest. The lock is held for the swap of pointers only.
 class ViewMailbox {
@@ -43,6 +50,7 @@ public:
         std::optional<ViewState> state;
         std::optional<std::string> status;
         std::vector<Decision> decisions;
+        std::optional<CameraPicture> picture;
     };
 
     /// @throw std::system_error
@@ -54,6 +62,8 @@ public:
     void post(std::string status);
     /// @param decision added, up to mostDecisions
     void post(Decision decision);
+    /// @param picture replaces the one before
+    void post(CameraPicture picture);
     /// Wakes the reader without handing over anything.
     void wake();
 

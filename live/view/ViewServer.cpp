@@ -76,6 +76,22 @@ Response responseOf(const std::string& text, const char* type, MHD_ResponseMemor
     return response;
 }
 
+/// Keeps the picture until it has been sent, and copies nothing.
+Response responseOf(const std::shared_ptr<const Picture>& picture) {
+    using Kept = std::shared_ptr<const Picture>;
+    auto kept = std::make_unique<Kept>(picture);
+    Response response(MHD_create_response_from_buffer_with_free_callback_cls(
+        picture->bytes.size(),
+        const_cast<char*>(picture->bytes.data()),  // NOLINT(cppcoreguidelines-pro-type-const-cast)
+        [](void* owned) { const std::unique_ptr<Kept> end(static_cast<Kept*>(owned)); },
+        kept.get()));
+    if (response) {
+        static_cast<void>(kept.release());  // the response releases it
+        addHeaders(response.get(), mediaTypeOf(picture->bytes));
+    }
+    return response;
+}
+
 MHD_Result refuse(MHD_Connection* connection, unsigned status, const std::string& reason) {
     const Response response =
         responseOf(reason + "\n", "text/plain; charset=utf-8", MHD_RESPMEM_MUST_COPY);
@@ -236,10 +252,21 @@ int ViewServer::answer(MHD_Connection* connection, const std::string& path,
     if (path == "/events") {
         return openStream(connection);
     }
+    if (path == "/picture") {
+        return sendPicture(connection);
+    }
     if (path != "/") {
         return refuse(connection, MHD_HTTP_NOT_FOUND, "There is one page: /");
     }
     const Response response = responseOf(page_, "text/html; charset=utf-8", MHD_RESPMEM_PERSISTENT);
+    return response ? MHD_queue_response(connection, MHD_HTTP_OK, response.get()) : MHD_NO;
+}
+
+int ViewServer::sendPicture(MHD_Connection* connection) const {
+    if (!news_.picture()) {
+        return refuse(connection, MHD_HTTP_NOT_FOUND, "There is no picture.");
+    }
+    const Response response = responseOf(news_.picture());
     return response ? MHD_queue_response(connection, MHD_HTTP_OK, response.get()) : MHD_NO;
 }
 

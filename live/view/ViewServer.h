@@ -20,10 +20,11 @@ struct MHD_Response;
 
 namespace Veskar::Live {
 
-/// An HTTP server on a thread of its own, with three resources:
+/// An HTTP server on a thread of its own, with these resources:
 ///   /         the page
 ///   /events   what happens, as server-sent events; ?select=system:12 adds the decisions about a
 ///             track
+///   /picture  the newest picture of the camera, if there are any
 /// and nothing else: no file is ever served. A viewer that reads slowly gets the newest state when
 /// it has read the one before; one that reads nothing for a while is let go.
 class ViewServer {
@@ -59,6 +60,7 @@ private:
     void takeNews();
     void resumeViewers();
     int answer(MHD_Connection* connection, const std::string& path, const std::string& method);
+    int sendPicture(MHD_Connection* connection) const;
     int openStream(MHD_Connection* connection);
 
     Admission admission_;

@@ -19,6 +19,10 @@ void ViewNews::add(ViewMailbox::Contents contents) {
         status_ = eventOf("status", *contents.status);
         ++statusNumber_;
     }
+    if (contents.picture) {
+        pictureEvent_ = eventOf("picture", textOf(++pictureNumber_, *contents.picture));
+        picture_ = std::move(contents.picture->picture);
+    }
     for (Decision& decision : contents.decisions) {
         decision.line.pop_back();  // the line end
         decision.line = eventOf("decision", decision.line);
@@ -40,7 +44,8 @@ std::size_t Viewer::read(const ViewNews& news, char* buffer, std::size_t size) {
 
 bool Viewer::isBehind(const ViewNews& news) const {
     return sent_ < text_.size() || !isGreeted_ || state_ < news.stateNumber() ||
-           status_ < news.statusNumber() || (subject_ && decision_ < news.decisionNumber());
+           status_ < news.statusNumber() || picture_ < news.pictureNumber() ||
+           (subject_ && decision_ < news.decisionNumber());
 }
 
 void Viewer::compose(const ViewNews& news) {
@@ -51,6 +56,9 @@ void Viewer::compose(const ViewNews& news) {
     }
     if (std::exchange(status_, news.statusNumber()) < news.statusNumber()) {
         text_ += news.status();
+    }
+    if (std::exchange(picture_, news.pictureNumber()) < news.pictureNumber()) {
+        text_ += news.pictureEvent();
     }
     // Decisions come before the state that they led to.
     for (const auto& [number, decision] : news.decisions()) {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -36,19 +37,27 @@ public:
     const std::string& status() const { return status_; }
     /// @return the last decisions, oldest first
     const std::deque<NumberedDecision>& decisions() const { return decisions_; }
-    /// @return numbers of the last state, status and decision; 0: none yet
+    /// @return the event of the newest picture, or of its absence
+    const std::string& pictureEvent() const { return pictureEvent_; }
+    /// @return the newest picture; null: none
+    const std::shared_ptr<const Picture>& picture() const { return picture_; }
+    /// @return numbers of the last state, status, decision and picture; 0: none yet
     std::uint64_t stateNumber() const { return stateNumber_; }
     std::uint64_t statusNumber() const { return statusNumber_; }
     std::uint64_t decisionNumber() const { return decisionNumber_; }
+    std::uint64_t pictureNumber() const { return pictureNumber_; }
 
 private:
     std::string hello_;
     std::string state_;
     std::string status_;
     std::deque<NumberedDecision> decisions_;
+    std::string pictureEvent_;
+    std::shared_ptr<const Picture> picture_;
     std::uint64_t stateNumber_ = 0;
     std::uint64_t statusNumber_ = 0;
     std::uint64_t decisionNumber_ = 0;
+    std::uint64_t pictureNumber_ = 0;
 };
 
 /// What a viewer was told, and the text under way to it: one at a time, so that a slow viewer
@@ -58,7 +67,7 @@ public:
     /// @param connection of the viewer
     /// @param subject what it has selected
     /// @param news what there is: only what comes later is told, for it may be that nobody has
-    ///             watched for long
+    ///             watched for long; but the last picture, whose age is seen
     Viewer(MHD_Connection* connection, std::optional<Subject> subject, const ViewNews& news)
         : connection_(connection),
           subject_(subject),
@@ -89,6 +98,7 @@ private:
     std::uint64_t state_;
     std::uint64_t status_;
     std::uint64_t decision_;
+    std::uint64_t picture_ = 0;
     std::string text_;
     std::size_t sent_ = 0;
 };

@@ -16,7 +16,9 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <iterator>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <type_traits>
@@ -106,6 +108,7 @@ public:
         if (run_.view) {
             checkAddress(run_.view->place, "view.address");
             checkToken(run_.view->token);
+            checkPictures(run_.view->pictures);
         }
         checkUse();
     }
@@ -174,6 +177,23 @@ private:
             Live::Admission::readToken(file);
         } catch (const InputError& error) {
             add(Severity::Fault, "view.token", error.what());
+        }
+    }
+
+    void checkPictures(const std::optional<Live::PictureSettings>& pictures) {
+        if (!pictures) {
+            return;
+        }
+        if (!pictures->directory.empty() && !std::filesystem::is_directory(pictures->directory)) {
+            add(Severity::Warning, "view.pictures.directory",
+                fmt::format("{}: is no directory", pictures->directory));
+        }
+        if (!pictures->credentials.empty() && !Live::isHandedOver(pictures->credentials)) {
+            try {
+                Live::Credentials::read(pictures->credentials);
+            } catch (const InputError& error) {
+                add(Severity::Fault, "view.pictures.credentials", error.what());
+            }
         }
     }
 

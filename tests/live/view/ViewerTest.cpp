@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -66,6 +67,22 @@ TEST(ViewMailbox, IsBounded) {
         mailbox.post(Decision{{{}, 1}, "{}\n"});
     }
     EXPECT_THAT(mailbox.take().decisions, SizeIs(ViewMailbox::mostDecisions));
+}
+
+TEST(Viewer, IsToldTheLastPictureWheneverItComes) {
+    ViewNews news("{}");
+    ViewMailbox mailbox;
+    mailbox.post(CameraPicture{nullptr, "no picture yet"});
+    mailbox.post(CameraPicture{std::make_shared<const Picture>(Picture{"bytes", 2.0}), {}});
+    news.add(mailbox.take());
+    Viewer viewer(nullptr, {}, news);
+    EXPECT_TRUE(viewer.isBehind(news));
+    EXPECT_THAT(readAll(viewer, news),
+                HasSubstr("event: picture\ndata: {\"number\":1,\"time\":2}\n\n"));
+    EXPECT_FALSE(viewer.isBehind(news));
+    news.add(mailbox.take());
+    EXPECT_THAT(readAll(viewer, news), IsEmpty());
+    EXPECT_EQ(news.picture()->bytes, "bytes");
 }
 
 TEST(Viewer, IsGreetedFirst) {

@@ -366,7 +366,9 @@ TEST_F(LiveProgram, ItsSchemaAndItsReaderAgree) {
     run_["status"] = {{"prometheus", "127.0.0.1:9100"}, {"mqtt", {{"topic", "b/status"}}}};
     run_["record"] = {{"path", "/tmp/a"}};
     if (Veskar::Live::viewMissing().empty()) {
-        run_["view"] = {{"address", "127.0.0.1:8650"}, {"names", {"gate.local"}}};
+        run_["view"] = {{"address", "127.0.0.1:8650"},
+                        {"names", {"gate.local"}},
+                        {"pictures", {{"directory", "/var/lib/camera"}, {"interval", 0.5}}}};
     }
     const nlohmann::json whole = run_;
     const auto isValid = [](const nlohmann::json& document) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Tests the live view in a browser, with the program and simulated sensors.
 import { afterAll, afterEach, beforeAll, describe, expect, it } from 'vitest';
+import { mkdirSync, renameSync, rmSync, writeFileSync } from 'node:fs';
+import { join } from 'node:path';
 import type { Page } from 'playwright-core';
 import type { LiveProbe } from '../src/live/liveapp';
 import { open as openBrowser, type Opened } from './browser.mjs';
@@ -170,6 +172,69 @@ describe('the live view of people on a perimeter', () => {
     await untilIn(page, 'document.querySelector(".connection").textContent === "No frames" || document.querySelectorAll(".health .silent").length > 0');
     site.publish();
     await untilIn(page, 'document.querySelector(".connection").textContent === "Live" && document.querySelectorAll(".health .silent").length === 0');
+  });
+});
+
+describe('the live view with pictures of the camera', () => {
+  const folder = at('pictures');
+  /** As cameras' programs should: complete, then in place. */
+  const put = (name: string, bytes: Uint8Array | string) => {
+    writeFileSync(join(folder, '.part'), bytes);
+    renameSync(join(folder, '.part'), join(folder, name));
+  };
+
+  beforeAll(async () => {
+    rmSync(folder, { recursive: true, force: true });
+    mkdirSync(folder, { recursive: true });
+    site = await LiveSite.start('perimeter', { pictures: { directory: folder, interval: 0.2 } });
+  });
+  afterAll(() => site.stop());
+
+  it('lays the newest one behind the boxes, and does without a broken one', async () => {
+    const page = await open();
+    const caption = 'document.querySelector(".picture").textContent';
+    /** Red, green and blue of the image plane in the mean, of a copy: reading the canvas itself would slow it down. */
+    const colour = () => page.evaluate(`(() => {
+      const canvas = document.createElement('canvas');
+      canvas.width = canvas.height = 1;
+      const context = canvas.getContext('2d', { willReadFrequently: true });
+      context.imageSmoothingQuality = 'high';
+      context.drawImage(document.querySelector('.image-view canvas'), 0, 0, 1, 1);
+      return [...context.getImageData(0, 0, 1, 1).data];
+    })()`) as Promise<number[]>;
+    const redness = async () => {
+      const [red, green] = await colour();
+      return red - green;
+    };
+    await untilIn(page, `${caption} === 'no picture yet'`);
+    const plain = await redness();
+    // A picture as a browser makes it, all red.
+    const red = await page.evaluate(`(() => {
+      const canvas = document.createElement('canvas');
+      [canvas.width, canvas.height] = [64, 36];
+      const context = canvas.getContext('2d');
+      context.fillStyle = '#f00';
+      context.fillRect(0, 0, 64, 36);
+      return canvas.toDataURL('image/jpeg').split(',')[1];
+    })()`) as string;
+    put('1.jpg', Buffer.from(red, 'base64'));
+    await untilIn(page, 'veskarLive.hasPicture');
+    await untilIn(page, `/^picture \\d\\.\\d s old$/.test(${caption})`);
+    expect(await redness()).toBeGreaterThan(plain + 60);
+    expect(await page.evaluate('veskarLive.image.length')).toBeGreaterThan(0);
+    await page.screenshot({ path: at('live-picture.png') });
+    put('2.jpg', Buffer.from([0xff, 0xd8, 0xff, 0, 1, 2]));
+    await untilIn(page, `${caption} === 'the picture cannot be read'`);
+    expect(await probe(page, 'hasPicture')).toBe(false);
+    put('3.jpg', 'text');
+    await untilIn(page, `${caption} === 'the newest picture is neither JPEG nor PNG'`);
+    put('4.jpg', Buffer.from(red, 'base64'));
+    await untilIn(page, 'veskarLive.hasPicture');
+    rmSync(folder, { recursive: true });
+    await untilIn(page, `${caption}.startsWith('the directory of pictures cannot be read')`);
+    expect(await probe(page, 'hasPicture')).toBe(false);
+    // What it drew is the plain image plane again.
+    expect(await redness()).toBeLessThan(plain + 30);
   });
 });
 

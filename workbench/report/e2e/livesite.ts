@@ -34,13 +34,13 @@ export class LiveSite {
     return `http://127.0.0.1:${this.port}/`;
   }
 
-  /** Starts the program and its sensors. */
-  static async start(scenario: string): Promise<LiveSite> {
+  /** Starts the program and its sensors; `view` adds to the key of the configuration. */
+  static async start(scenario: string, view: object = {}): Promise<LiveSite> {
     const [port, brokerPort] = [await freePort(), await freePort()];
     const demo = JSON.parse(readFileSync(join(config, 'run-demo.json'), 'utf8')) as { brokers: object[] };
     const run = {
       ...demo, brokers: demo.brokers.map((broker) => ({ ...broker, port: brokerPort })), outputs: [],
-      view: { address: `127.0.0.1:${port}` },
+      view: { address: `127.0.0.1:${port}`, ...view },
     };
     writeFileSync(at(`${scenario}.run.json`), JSON.stringify(run));
     const broker = spawn('mosquitto', ['-p', String(brokerPort)], { stdio: 'ignore' });

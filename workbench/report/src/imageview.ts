@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The scene in the image plane: boxes on the normalised image plane, without the camera's picture.
+// The scene in the image plane: boxes on the normalised image plane, over the camera's picture where there is one.
 import { Plates, Surface, type Label, type Mark } from './canvas';
 import type { Point } from './data';
 import { isDoubtful } from './doubt';
@@ -35,6 +35,8 @@ interface BoxColumns {
 
 export class ImageView {
   readonly surface: Surface;
+  /** The camera's picture. */
+  backdrop: CanvasImageSource | null = null;
 
   constructor(
     private readonly model: Model,
@@ -57,6 +59,9 @@ export class ImageView {
     context.fillStyle = palette.ground;
     context.fill();
     context.clip();
+    if (this.backdrop) {
+      this.drawBackdrop(this.backdrop, context, frame);
+    }
     this.drawRings(context, frame, palette);
     const shown = shownAt(this.model, this.run, state, time);
     this.drawVideo(context, frame, shown.video, state, palette);
@@ -66,6 +71,13 @@ export class ImageView {
     context.restore();
     context.strokeStyle = palette.ring;
     context.strokeRect(frame.left + 0.5, frame.top + 0.5, frame.width - 1, frame.height - 1);
+  }
+
+  /** Paler than it is, so that lines and texts keep their contrast. */
+  private drawBackdrop(picture: CanvasImageSource, context: CanvasRenderingContext2D, frame: Frame): void {
+    context.globalAlpha = 0.7;
+    context.drawImage(picture, frame.left, frame.top, frame.width, frame.height);
+    context.globalAlpha = 1;
   }
 
   /** Draws lines of equal ground distance, which give depth to the empty image. */

@@ -7,6 +7,7 @@ import { ellipseOf } from '../src/live/frames';
 import { GrowingExtent } from '../src/live/extent';
 import { lossText, rateOf } from '../src/live/health';
 import { Lifetimes } from '../src/live/lifetimes';
+import { CameraPicture } from '../src/live/camerapicture';
 import { LiveModel } from '../src/live/livemodel';
 import type { FrameData, HelloData, TrackData } from '../src/live/protocol';
 import { tableOf, Words } from '../src/live/rows';
@@ -28,6 +29,47 @@ function track(id: number, more: Partial<TrackData> = {}): TrackData {
 }
 const frame = (time: number, tracks: TrackData[], source: 'video' | 'radar' = 'radar'): FrameData => ({ source, time, received: time + 0.02, tracks });
 const noBox = { left: null, bottom: null, right: null, top: null };
+
+describe('the picture of the camera', () => {
+  const bitmap = () => ({ width: 1, height: 1, close: () => undefined }) as ImageBitmap;
+  const settled = () => new Promise((done) => setTimeout(done));
+
+  it('is loaded once for each that is announced, and one at a time', async () => {
+    const waiting: ((image: ImageBitmap | null) => void)[] = [];
+    const camera = new CameraPicture(() => undefined, () => new Promise((done) => waiting.push(done)));
+    expect(camera.text(1)).toBe('');
+    camera.take({ number: 1, time: 10 });
+    camera.take({ number: 1, time: 10 });
+    camera.take({ number: 2, time: 11 });
+    camera.take({ number: 3, time: 12 });
+    expect(waiting.length).toBe(1);
+    waiting[0](bitmap());
+    await settled();
+    expect(waiting.length).toBe(2);  // the second one was left out
+    expect(camera.text(12.5)).toBe('picture 2.5 s old');
+    waiting[1](bitmap());
+    await settled();
+    expect([waiting.length, camera.text(12.5)]).toEqual([2, 'picture 0.5 s old']);
+    expect(camera.text(612)).toBe('picture 10 min old');
+  });
+
+  it('gives way to what is wrong with it', async () => {
+    const images = [bitmap(), null, bitmap()];
+    const camera = new CameraPicture(() => undefined, () => Promise.resolve(images.shift()!));
+    camera.take({ number: 1, time: 10 });
+    await settled();
+    expect(camera.image).not.toBeNull();
+    camera.take({ number: 2, time: 11 });
+    await settled();
+    expect([camera.image, camera.text(12)]).toEqual([null, 'the picture cannot be read']);
+    camera.take({ number: 3, time: 12 });
+    camera.take({ number: 4, fault: 'the camera answers 404' });
+    await settled();
+    expect([camera.image, camera.text(12)]).toEqual([null, 'the camera answers 404']);
+    camera.reset();
+    expect(camera.text(12)).toBe('');
+  });
+});
 
 describe('tables', () => {
   it('hold the rows of each frame, by track', () => {

@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
@@ -62,6 +63,24 @@ TEST_F(LiveViewProgram, ShowsTracksStatusAndTheDecisionsAboutOne) {
     EXPECT_THAT(read_, HasSubstr(R"(data: {"fused":{"source":")"));
     EXPECT_THAT(read_, HasSubstr("\"track\":1,"));
     ASSERT_TRUE(streams(stream, "event: status\ndata: {\"uptime\":"));
+}
+
+TEST_F(LiveViewProgram, ShowsTheNewestPictureOfADirectory) {
+    const std::string pictures = directory_ / "pictures";
+    run_["view"] = {{"address", address()},
+                    {"pictures", {{"directory", pictures}, {"interval", 0.1}}}};
+    const std::string file = configuration();
+    EXPECT_THAT(veskar({"check", file}).output,
+                HasSubstr("warning: view.pictures.directory: " + pictures + ": is no directory"));
+    RunningProgram program({"run", file}, {});
+    awaitStart(program);
+    const Veskar::FileDescriptor stream = ask(port_, "/events");
+    ASSERT_TRUE(streams(stream, R"("fault":"the directory of pictures cannot be read: No such)"));
+    std::filesystem::create_directory(pictures);
+    spill(pictures + "/now.jpg", "\xff\xd8\xff picture");
+    ASSERT_TRUE(streams(stream, "event: picture\ndata: {\"number\":2,\"time\":"));
+    EXPECT_THAT(readSome(ask(port_, "/picture").get()), HasSubstr("Content-Type: image/jpeg"));
+    ASSERT_TRUE(streams(stream, "event: state\n"));
 }
 
 TEST_F(LiveViewProgram, GoesOnAfterAReload) {

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // The stream of what happens, from the program that served the page.
 import type { Selection } from '../state';
-import type { DecisionData, HelloData, StateData, StatusData } from './protocol';
+import type { DecisionData, HelloData, PictureData, StateData, StatusData } from './protocol';
 
 export interface Listener {
   hello(data: HelloData): void;
   state(data: StateData): void;
   status(data: StatusData): void;
   decision(data: DecisionData): void;
+  picture(data: PictureData): void;
   /** Whether the program can be reached. */
   connected(isConnected: boolean): void;
 }
@@ -29,7 +30,7 @@ export class Feed {
     this.selection = selection;
     const source = new EventSource(selection ? `/events?select=${selection.kind}:${selection.id}` : '/events');
     this.source = source;
-    const on = <Name extends 'hello' | 'state' | 'status' | 'decision'>(name: Name) =>
+    const on = <Name extends 'hello' | 'state' | 'status' | 'decision' | 'picture'>(name: Name) =>
       source.addEventListener(name, (event) => {
         const tell = this.listener[name] as (data: unknown) => void;
         tell.call(this.listener, JSON.parse((event as MessageEvent<string>).data));
@@ -38,6 +39,7 @@ export class Feed {
     on('state');
     on('status');
     on('decision');
+    on('picture');
     source.addEventListener('open', () => this.listener.connected(true));
     source.addEventListener('error', () => {
       this.listener.connected(false);

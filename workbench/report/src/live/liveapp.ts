@@ -15,13 +15,14 @@ import { selectionOf } from '../scene';
 import { initialState, isSame, type Layers, type Selection, type State, type Views } from '../state';
 import { applyTheme, onSystemTheme, otherTheme } from '../theme';
 import { lanesOf, Timeline } from '../timeline';
+import { CameraPicture } from './camerapicture';
 import { GrowingExtent } from './extent';
 import { Feed, type Listener } from './feed';
 import { Health } from './health';
 import { Lifetimes } from './lifetimes';
 import { LiveModel } from './livemodel';
 import { ObjectList } from './objectlist';
-import type { DecisionData, HelloData, StateData, StatusData } from './protocol';
+import type { DecisionData, HelloData, PictureData, StateData, StatusData } from './protocol';
 
 /** What the timeline shows, s. */
 const remembered = 120;
@@ -52,6 +53,7 @@ export interface LiveProbe {
   readonly plan: readonly Mark[];
   readonly image: readonly Mark[];
   readonly lanes: readonly number[];
+  readonly hasPicture: boolean;
   readonly transform: { readonly scale: number; readonly left: number; readonly top: number };
   readonly drawMilliseconds: readonly number[];
 }
@@ -64,10 +66,13 @@ export class LiveApp implements Listener {
   private readonly timeline = new Timeline({ duration: remembered }, 'the system tracks of the last minutes', (seconds) => (seconds >= remembered ? 'now' : `−${Math.round(remembered - seconds)} s`));
   private readonly health = new Health();
   private readonly objects = new ObjectList((selection) => this.select(selection));
+  private readonly camera = new CameraPicture(() => this.loop.request());
+  private readonly pictureText = element('output', { class: 'picture', 'aria-live': 'off' });
   private readonly connection = element('output', { class: 'connection' }, 'Connecting');
   private readonly holdButton = button('Hold', 'Hold the picture (Space)', () => this.toggleHold(), { class: 'chip hold', 'aria-pressed': 'false' });
   private readonly help: HTMLDialogElement;
   private shown: Shown | null = null;
+  private newestPicture: PictureData | null = null;
   private palette!: Palette;
   private isConnected = false;
   private isHeld = false;
@@ -103,6 +108,8 @@ export class LiveApp implements Listener {
     const image = new ImageView(model, model.runs[0], 0);
     const inspector = new Inspector(model, (selection) => this.select(selection));
     this.shown = { start: data.start, model, extent, plan, image, inspector, lifetimes: new Lifetimes(remembered) };
+    this.newestPicture = null;
+    this.camera.reset();
     this.health.reset(data);
     this.showLanes();
     this.listenToViews(plan, image);
@@ -138,6 +145,13 @@ export class LiveApp implements Listener {
     }
   }
 
+  picture(data: PictureData): void {
+    this.newestPicture = data;
+    if (!this.isHeld) {
+      this.camera.take(data);
+    }
+  }
+
   connected(isConnected: boolean): void {
     this.isConnected = isConnected;
     this.showConnection();
@@ -159,7 +173,7 @@ export class LiveApp implements Listener {
           button(icon('help'), 'Keys (?)', () => this.help.showModal(), { class: 'icon' }))),
       element('main', { class: 'stage' }, element('section', { class: 'run' }, element('div', { class: 'views' },
         element('div', { class: 'view plan-view' }, plan.surface.canvas, element('span', { class: 'caption' }, 'Plan'), fit),
-        element('div', { class: 'view image-view' }, image.surface.canvas, element('span', { class: 'caption' }, 'Camera'))))),
+        element('div', { class: 'view image-view' }, image.surface.canvas, element('span', { class: 'caption' }, 'Camera ', this.pictureText))))),
       element('section', { class: 'lower' }, element('div', { class: 'panel timeline' }, this.timeline.surface.canvas)),
       element('div', { class: 'side' }, this.health.root, this.objects.root, inspector.root),
       element('footer', {}, `veskar ${program}`),
@@ -175,7 +189,9 @@ export class LiveApp implements Listener {
     const { model, plan, image, inspector } = shown;
     const { selection, layers } = this.choices;
     plan.draw(this.choices, model.now, this.palette);
+    image.backdrop = this.camera.image;
     image.draw(this.choices, model.now, this.palette);
+    setText(this.pictureText, this.camera.text(model.newest?.time ?? NaN));
     this.timeline.draw(this.choices, remembered, this.palette);
     this.health.draw(model);
     this.objects.draw(model.newest, layers.tentative, selection);
@@ -228,6 +244,9 @@ export class LiveApp implements Listener {
   private toggleHold(): void {
     this.isHeld = !this.isHeld;
     this.holdButton.setAttribute('aria-pressed', String(this.isHeld));
+    if (!this.isHeld && this.newestPicture) {
+      this.camera.take(this.newestPicture);
+    }
     this.showConnection();
   }
 
@@ -317,6 +336,7 @@ export class LiveApp implements Listener {
       get selection() { return app.choices.selection; },
       get plan() { return app.shown?.plan.surface.marks ?? []; },
       get image() { return app.shown?.image.surface.marks ?? []; },
+      get hasPicture() { return app.camera.image !== null; },
       get lanes() { return app.timeline.lanes.map((lane) => lane.life.id); },
       get transform() { return app.shown?.plan.transform() ?? { scale: NaN, left: NaN, top: NaN }; },
       get drawMilliseconds() { return app.loop.milliseconds; },

@@ -67,6 +67,14 @@ export interface StatusData {
   readonly sensor?: Readonly<Record<string, Readonly<Record<string, number | null>>>>;
 }
 
+/** What the camera shows: a picture to be had at /picture, or why there is none. */
+export interface PictureData {
+  readonly number: number;
+  /** When it was taken, s, by the clock of the program. */
+  readonly time?: number;
+  readonly fault?: string;
+}
+
 interface Pair {
   readonly track: number;
   readonly sensor?: SourceName;
