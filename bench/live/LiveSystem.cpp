@@ -4,6 +4,7 @@
 #include "host/TestInstallation.h"
 #include "host/installation/RecordingHeader.h"
 #include "live/onvif/SceneCodec.h"
+#include "live/support/FreePort.h"
 #include "live/support/LoopUntil.h"
 
 #include <csignal>
@@ -32,7 +33,8 @@ Live::MqttOptions localBroker(std::uint16_t port) {
     return options;
 }
 
-std::string runJson(std::uint16_t port, const std::string& installation) {
+/// @param viewPort of the live view; 0: there is none
+std::string runJson(std::uint16_t port, const std::string& installation, std::uint16_t viewPort) {
     const auto sensor = [](const char* kind, const std::string& topic) {
         return nlohmann::json{{"kind", kind},
                               {"format", "onvif-json"},
@@ -45,12 +47,15 @@ std::string runJson(std::uint16_t port, const std::string& installation) {
     run["outputs"] = {
         {{"format", "json-lines"}, {"to", {{"type", "mqtt"}, {"topic", "bench/fused"}}}}};
     run["status"] = {{"interval", 1}, {"mqtt", {{"topic", "bench/status"}}}};
+    if (viewPort != 0) {
+        run["view"] = {{"address", "127.0.0.1:" + std::to_string(viewPort)}};
+    }
     return run.dump();
 }
 
 }  // namespace
 
-LiveSystem::LiveSystem(Walkers walkers)
+LiveSystem::LiveSystem(Walkers walkers, std::size_t viewers)
     : walkers_(std::move(walkers)),
       faults_([](const std::string& text) { std::fprintf(stderr, "%s\n", text.c_str()); }),
       client_(loop_, localBroker(broker_.port()), faults_),
@@ -69,14 +74,19 @@ LiveSystem::LiveSystem(Walkers walkers)
     static_cast<Veskar::Host::Installation&>(header) = VeskarTest::testInstallation();
     header.name = "bench";
     std::ofstream(directory_.file("installation.jsonl")) << toJsonLine(header);
+    const std::uint16_t viewPort = viewers > 0 ? VeskarTest::freePort() : std::uint16_t{0};
     std::ofstream(directory_.file("run.json"))
-        << runJson(broker_.port(), directory_.file("installation.jsonl"));
+        << runJson(broker_.port(), directory_.file("installation.jsonl"), viewPort);
     VeskarTest::loopUntil(loop_, [this] { return client_.counters().isConnected; });
     start();
     status("uptime");
+    if (viewers > 0) {
+        viewers_.emplace(viewPort, viewers);
+    }
 }
 
 LiveSystem::~LiveSystem() {
+    viewers_.reset();
     stop();
 }
 

@@ -4,6 +4,7 @@
 
 #include <veskar-host/Installation.h>
 
+#include "live/Viewers.h"
 #include "live/Walkers.h"
 #include "live/onvif/SensorScene.h"
 #include "live/support/Broker.h"
@@ -31,7 +32,8 @@ public:
 
     /// Returns when the program and the broker are there.
     /// @param walkers in front of the sensors
-    explicit LiveSystem(Walkers walkers);
+    /// @param viewers of its live view; 0: it has none
+    explicit LiveSystem(Walkers walkers, std::size_t viewers = 0);
     ~LiveSystem();
     LiveSystem(const LiveSystem&) = delete;
     LiveSystem& operator=(const LiveSystem&) = delete;
@@ -73,6 +75,7 @@ private:
     Veskar::Live::SensorScene cameraScene_;
     Veskar::Live::SensorScene radarScene_;
     const Clock::time_point start_ = Clock::now();
+    std::optional<Viewers> viewers_;
 };
 
 }  // namespace VeskarBench

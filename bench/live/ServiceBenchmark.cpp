@@ -36,7 +36,8 @@ Walkers people(std::size_t number, double stay = 0.0) {
 /// From the hand-over of a video frame to the arrival of the fused frame at a subscriber: twice
 /// through the broker, and once through the program.
 void frameAtItsPace(benchmark::State& state) {
-    LiveSystem system(people(static_cast<std::size_t>(state.range(0))));
+    LiveSystem system(people(static_cast<std::size_t>(state.range(0))),
+                      static_cast<std::size_t>(state.range(1)));
     std::vector<double> latencies;
     const double cpuBefore = system.status("cpuSeconds");
     const Clock::time_point begin = Clock::now();
@@ -113,9 +114,16 @@ void hourOfChurn(benchmark::State& state) {
 
 }  // namespace
 
-BENCHMARK(frameAtItsPace)->Arg(64)->Iterations(600)->UseManualTime()->Unit(benchmark::kMillisecond);
+// People, and viewers of the live view on the same machine.
 BENCHMARK(frameAtItsPace)
-    ->Arg(1000)
+    ->Args({64, 0})
+    ->Args({64, 2})
+    ->Args({64, 10})
+    ->Iterations(600)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(frameAtItsPace)
+    ->Args({1000, 0})
     ->Iterations(200)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
