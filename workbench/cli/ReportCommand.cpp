@@ -25,6 +25,7 @@ struct ReportOptions {
     std::string fused2;
     std::string explain;
     std::string explain2;
+    MapTiles map;
     bool force = false;
 };
 
@@ -38,7 +39,10 @@ int report(const ReportOptions& options) {
     if (options.fused2.empty() && !options.explain2.empty()) {
         throw InputError("--explain2 needs a second run to explain");
     }
-    ReportInputs inputs{options.recording, {{options.fused, options.explain}}};
+    if (options.map.url.empty() && !options.map.attribution.empty()) {
+        throw InputError("--map-attribution needs --map-tiles");
+    }
+    ReportInputs inputs{options.recording, {{options.fused, options.explain}}, options.map};
     if (!options.fused2.empty()) {
         inputs.runs.push_back({options.fused2, options.explain2});
     }
@@ -62,6 +66,11 @@ void addReportCommand(CLI::App& program, Action& action) {
     command->add_option("-o,--output", options->output, "HTML file to write, or -")->required();
     command->add_option("--explain", options->explain, "what replay --explain wrote of the run");
     command->add_option("--explain2", options->explain2, "the same of the other run");
+    command->add_option("--map-tiles", options->map.url,
+                        "address of the tiles of a map under the plan, with {z}, {x} and {y}; the "
+                        "browser fetches them");
+    command->add_option("--map-attribution", options->map.attribution,
+                        "whose map it is, shown in the plan");
     addForceOption(*command, options->force);
     command->footer(
         "The file opens in any browser and needs nothing else.\n"

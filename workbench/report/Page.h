@@ -22,4 +22,7 @@ extern const std::string_view reportPageMissing;
 /// Placeholder of the data in the page.
 constexpr std::string_view reportPageMark = "@veskar-report-data@";
 
+/// Where the policy of the page names the sources of pictures; further ones are added behind it.
+constexpr std::string_view reportPictureSources = "img-src data:";
+
 }  // namespace Workbench

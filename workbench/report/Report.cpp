@@ -179,6 +179,14 @@ Json reportData(const ReportInputs& inputs, const Provenance& provenance,
               {"scene", sceneOutline(camera, first.header)},
               {"video", part.video.json(start)},
               {"radar", part.radar.json(start)}};
+    if (!inputs.map.url.empty()) {
+        if (!first.header.site) {
+            throw InputError(recording.input().name(),
+                             InputError("has no site: a map needs the device's latitude, longitude "
+                                        "and heading"));
+        }
+        data["map"] = {{"tiles", inputs.map.url}, {"attribution", inputs.map.attribution}};
+    }
     data["truth"] =
         part.truth.empty() ? Json(nullptr) : truthTable(part.truth, camera, words, start);
     data["runs"] = Json::array();

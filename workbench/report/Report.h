@@ -5,6 +5,7 @@
 #include "io/LineReader.h"
 #include "recording/Header.h"
 #include "replay/Provenance.h"
+#include "report/MapTiles.h"
 
 #include <functional>
 #include <string>
@@ -22,6 +23,7 @@ struct ReportRun {
 struct ReportInputs {
     std::string recording;        ///< file of the recording
     std::vector<ReportRun> runs;  ///< one or two
+    MapTiles map = {};            ///< under the plan
 };
 
 /// Called before every line with the reader of its file; may throw.

@@ -9,12 +9,16 @@
 
 namespace Workbench {
 
-void writePage(std::string_view page, const Json& data, OutputFile& file) {
+void writePage(std::string_view page, const Json& data, OutputFile& file,
+               std::string_view pictureSources) {
     if (!reportPageMissing.empty()) {
         throw InputError(std::string(reportPageMissing));
     }
     const std::size_t mark = page.find(reportPageMark);
-    file.write(page.substr(0, mark));
+    const std::size_t sources = page.find(reportPictureSources) + reportPictureSources.size();
+    file.write(page.substr(0, sources));
+    file.write(pictureSources);
+    file.write(page.substr(sources, mark - sources));
     file.write(embeddable(data));
     file.write(page.substr(mark + reportPageMark.size()));
 }
@@ -24,8 +28,9 @@ void writeReport(const ReportInputs& inputs, const std::string& output,
     if (!reportPageMissing.empty()) {
         throw InputError(std::string(reportPageMissing));
     }
+    const std::string tiles = inputs.map.url.empty() ? "" : " " + originOf(inputs.map.url);
     OutputFile file(output);
-    writePage(reportPage, reportData(inputs, provenance, progress), file);
+    writePage(reportPage, reportData(inputs, provenance, progress), file, tiles);
     file.commit();
 }
 

@@ -14,8 +14,10 @@ namespace Workbench {
 /// @param page one of Page.h, with a place for data
 /// @param data for it
 /// @param file receives the page
+/// @param pictureSources from where it may fetch pictures, each behind a space; empty: from nowhere
 /// @throw InputError why this build has no page, or why the file cannot be written
-void writePage(std::string_view page, const Json& data, OutputFile& file);
+void writePage(std::string_view page, const Json& data, OutputFile& file,
+               std::string_view pictureSources = "");
 
 /// @param inputs see reportData
 /// @param output the HTML file, or "-"

@@ -91,6 +91,35 @@ TEST_F(ReportProgram, WritesOneFileThatNeedsNoOther) {
     EXPECT_EQ(veskar({"report", recording, fused, "-o", "-"}).output, page);
 }
 
+TEST_F(ReportProgram, FetchesAMapOnlyWhenAskedTo) {
+    const std::string path = directory / "report.html";
+    ASSERT_EQ(veskar({"report", recording, fused, "-o", path}).status, 0);
+    EXPECT_THAT(slurp(path), HasSubstr("; img-src data:; "));
+    EXPECT_FALSE(dataIn(slurp(path)).contains("map"));
+    const std::string tiles = "https://tiles.example/{z}/{x}/{y}.png";
+    ASSERT_EQ(veskar({"report", recording, fused, "--map-tiles", tiles, "--map-attribution",
+                      "<b>somebody's</b>", "-o", path})
+                  .status,
+              0);
+    EXPECT_THAT(slurp(path), HasSubstr("; img-src data: https://tiles.example; "));
+    const nlohmann::json map{{"tiles", tiles}, {"attribution", "<b>somebody's</b>"}};
+    EXPECT_EQ(dataIn(slurp(path))["map"], map);
+}
+
+TEST_F(ReportProgram, AMapNeedsItsAddressAndASite) {
+    EXPECT_THAT(refusalOf({recording, fused, "--map-attribution", "a"}),
+                HasSubstr("--map-attribution needs --map-tiles"));
+    EXPECT_THAT(refusalOf({recording, fused, "--map-tiles", "tiles.png"}),
+                HasSubstr("is no address of tiles"));
+    std::string text = slurp(recording);
+    const std::size_t site = text.find(R"("site":{)");
+    text.erase(site, text.find('}', site) + 2 - site);
+    spill(recording, text);
+    ASSERT_EQ(veskar({"replay", recording, "-o", fused}).status, 0);
+    EXPECT_THAT(refusalOf({recording, fused, "--map-tiles", "https://a/{z}/{x}/{y}"}),
+                HasSubstr("has no site: a map needs the device's latitude"));
+}
+
 TEST_F(ReportProgram, HelpShowsAnExample) {
     const Outcome outcome = veskar({"report", "--help"});
     EXPECT_EQ(outcome.status, 0);

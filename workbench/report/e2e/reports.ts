@@ -39,6 +39,21 @@ export function reportOf(scenario: string): string {
   return at(`${scenario}.html`);
 }
 
+/** Where the device of mappedReport() is. */
+export const site = { latitude: 55.7189, longitude: 13.2254, heading: 140 };
+
+/** The report of a scenario at a place on Earth, over a map. */
+export function mappedReport(scenario: string, tiles: string): string {
+  const files = { scenario: at(`${scenario}.site.json`), recording: at(`${scenario}.site.jsonl`), fused: at(`${scenario}.site.fused.jsonl`) };
+  // The comment in its first lines is no JSON.
+  const text = readFileSync(join(config, 'scenarios', `${scenario}.json`), 'utf8').replace(/^\s*\/\/.*$/gm, '');
+  writeFileSync(files.scenario, JSON.stringify({ ...(JSON.parse(text) as object), site }));
+  veskar('simulate', files.scenario, '-o', files.recording);
+  veskar('replay', files.recording, '-o', files.fused);
+  veskar('report', files.recording, files.fused, '--map-tiles', tiles, '--map-attribution', '© <i>somebody</i>', '-o', at(`${scenario}.map.html`));
+  return at(`${scenario}.map.html`);
+}
+
 /** The report of a scenario with the shipped configuration and one with a changed gate. */
 export function comparisonOf(scenario: string): string {
   const { recording, fused, explained } = fuse(scenario);

@@ -30,6 +30,13 @@ export interface SceneData {
   readonly earth: EarthData | null;
 }
 
+/** The map under the plan. */
+export interface MapData {
+  /** Address of a tile in Web Mercator, with {z}, {x} and {y}. */
+  readonly tiles: string;
+  readonly attribution: string;
+}
+
 export interface SeenData {
   readonly time: Column;
   readonly table: PackedTable;
@@ -89,6 +96,8 @@ export interface ReportData {
   readonly start: number;
   readonly duration: number;
   readonly scene: SceneData;
+  /** Only where it is wanted, and where the device is known. */
+  readonly map?: MapData;
   readonly words: readonly string[];
   readonly video: SeenData;
   readonly radar: SeenData;

@@ -18,13 +18,13 @@ export function headerOf(model: Model, state: State, commands: Commands, help: H
       button(icon('help'), 'Keys (?)', () => help.showModal(), { class: 'icon' })));
 }
 
-export function layerToggles(model: Pick<Model, 'truth'>, state: State, commands: Pick<Commands, 'toggleLayer'>): HTMLElement {
+export function layerToggles(model: Pick<Model, 'truth' | 'data'>, state: State, commands: Pick<Commands, 'toggleLayer'>): HTMLElement {
   const names: [layer: keyof Layers, label: string, sign: string][] = [
     ['video', 'Video', 'video'], ['radar', 'Radar', 'radar'], ['tentative', 'Tentative', 'tentative'],
-    ['truth', 'Truth', 'truth'], ['trails', 'Trails', ''], ['ellipses', 'Ellipses', ''],
+    ['truth', 'Truth', 'truth'], ['trails', 'Trails', ''], ['ellipses', 'Ellipses', ''], ['map', 'Map', ''],
   ];
   return element('div', { class: 'layers', role: 'group', 'aria-label': 'Layers' }, ...names
-    .filter(([layer]) => layer !== 'truth' || model.truth)
+    .filter(([layer]) => (layer !== 'truth' || model.truth) && (layer !== 'map' || model.data.map))
     .map(([layer, label, sign]) => {
       const isShown = () => String(state.layers[layer]);
       const made = element('button', { type: 'button', class: 'chip', 'aria-pressed': isShown(), 'data-layer': layer }, sign !== '' && element('i', { class: `sign ${sign}` }), label);

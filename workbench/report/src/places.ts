@@ -34,6 +34,14 @@ export function earthPoint(earth: EarthData, x: number, y: number): readonly [la
   return [earth.latitude + north * earth.latitudePerNorth, earth.longitude + east * earth.longitudePerEast];
 }
 
+/** The ground point at a latitude and longitude, degrees: the inverse of earthPoint. */
+export function devicePoint(earth: EarthData, latitude: number, longitude: number): readonly [x: number, y: number] {
+  const heading = (earth.heading * Math.PI) / 180;
+  const north = (latitude - earth.latitude) / earth.latitudePerNorth;
+  const east = (longitude - earth.longitude) / earth.longitudePerEast;
+  return [north * Math.cos(heading) + east * Math.sin(heading), north * Math.sin(heading) - east * Math.cos(heading)];
+}
+
 /** "55.718912° N, 13.225401° E"; the last digit is about a decimetre. */
 export function earthText(earth: EarthData, x: number, y: number): string {
   if (Number.isNaN(x) || Number.isNaN(y)) {

@@ -3,6 +3,7 @@
 import { Plates, Surface, type Label, type Mark } from './canvas';
 import type { Point } from './data';
 import { isDoubtful } from './doubt';
+import { MapTiles } from './maptiles';
 import { hasCoasted, type Model, type Run } from './model';
 import { trackColour, type Palette } from './palette';
 import { drawAxes, drawNorth } from './planaxes';
@@ -64,6 +65,7 @@ export function extentOf(model: Model): Extent {
 
 export class Plan {
   readonly surface: Surface;
+  readonly map: MapTiles | null;
   private zoom = 1;
   private offset: Point = [0, 0];
 
@@ -72,8 +74,11 @@ export class Plan {
     private readonly run: Run,
     private readonly index: number,
     private readonly extent: Extent = extentOf(model),
+    changed: () => void = () => undefined,
   ) {
     this.surface = new Surface(`Plan view of ${run.label}`);
+    const { map, scene } = model.data;
+    this.map = map && scene.earth ? new MapTiles(map, scene.earth, changed) : null;
   }
 
   get isFitted(): boolean {
@@ -128,8 +133,11 @@ export class Plan {
     const { context } = this.surface;
     context.font = '11px system-ui, sans-serif';
     const transform = this.transform();
-    this.drawGround(context, transform, palette);
     const { width, height } = this.surface;
+    if (state.layers.map) {
+      this.map?.draw(context, transform, width, height);
+    }
+    this.drawGround(context, transform, palette);
     drawAxes(context, transform, width, height, palette);
     const { earth } = this.model.scene;
     if (earth) {

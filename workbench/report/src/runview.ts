@@ -18,6 +18,7 @@ export class RunView {
   readonly plan: Plan;
   readonly image: ImageView;
   private readonly counts: ReturnType<typeof countsOf>;
+  private readonly mapText = element('small', { class: 'attribution' });
   private readonly countText = element('span', { class: 'counts' });
 
   constructor(
@@ -28,7 +29,7 @@ export class RunView {
     changed: () => void,
   ) {
     this.counts = countsOf(run);
-    this.plan = new Plan(model, run, index);
+    this.plan = new Plan(model, run, index, undefined, changed);
     this.image = new ImageView(model, run, index);
     const title = element('div', { class: 'run-title' },
       model.isPair && element('b', { class: `badge run-${index}` }, letterOf(index)),
@@ -37,7 +38,7 @@ export class RunView {
     const imageView = element('div', { class: 'view image-view' }, this.image.surface.canvas, element('span', { class: 'caption' }, 'Camera'));
     const views = element('div', { class: 'views' });
     views.append(
-      element('div', { class: 'view plan-view' }, this.plan.surface.canvas, element('span', { class: 'caption' }, 'Plan'), fit),
+      element('div', { class: 'view plan-view' }, this.plan.surface.canvas, element('span', { class: 'caption' }, 'Plan'), fit, model.data.map && this.mapText),
       ...(model.isPair ? [] : [splitterOf({ name: 'camera', label: 'Width of the camera image', panelIs: 'right', panel: imageView, least: 160, most: () => views.offsetWidth - 200, changed })]),
       imageView);
     this.root = element('section', { class: 'run' }, title, views);
@@ -52,6 +53,7 @@ export class RunView {
     this.plan.draw(state, time, palette);
     this.image.draw(state, time, palette);
     this.showCounts(time);
+    this.showMap(state);
   }
 
   /** Tells in words what is drawn. */
@@ -59,6 +61,15 @@ export class RunView {
     const text = sceneText(this.model, this.run, time);
     this.plan.surface.describe(`Plan of ${this.run.label} ${text}`);
     this.image.surface.describe(`Camera image of ${this.run.label} ${text}`);
+  }
+
+  /** Whose map it is, or that there is none. */
+  private showMap(state: State): void {
+    const { map } = this.model.data;
+    if (map) {
+      this.mapText.hidden = !state.layers.map;
+      setText(this.mapText, this.plan.map?.isMissing ? 'The map cannot be fetched.' : map.attribution);
+    }
   }
 
   private showCounts(time: number): void {

@@ -14,6 +14,7 @@ export interface Layers {
   truth: boolean;
   trails: boolean;
   ellipses: boolean;
+  map: boolean;
 }
 
 export type Views = 'both' | 'plan' | 'image';
@@ -29,7 +30,7 @@ export interface State {
 export function initialState(): State {
   return {
     selection: null,
-    layers: { video: true, radar: true, tentative: true, truth: true, trails: true, ellipses: true },
+    layers: { video: true, radar: true, tentative: true, truth: true, trails: true, ellipses: true, map: true },
     views: 'both',
     theme: 'auto',
   };
