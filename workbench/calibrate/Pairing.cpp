@@ -31,6 +31,8 @@ constexpr double nearestRange = 3.0;  // m
 constexpr double edgeStd = 0.008;
 constexpr double acrossShare = 0.03;
 constexpr double alongShare = 0.05;
+/// Slower objects count as standing, m/s.
+constexpr double leastSpeed = 0.3;
 /// Where objects accelerate more in the image, video's tracks fall behind too far to be corrected,
 /// standard deviations of the box per s^2.
 constexpr double largestAcceleration = 20.0;
@@ -200,7 +202,8 @@ private:
         sample.heard = look.sighting;
         sample.cuboid = *cuboidOf(look, classOf(video));
         sample.seen = video.box.head<2>();
-        sample.seenRate = *video.rate;
+        // The rate of what stands is noise, and would pass for a lag.
+        sample.seenRate = isMoving(look) ? *video.rate : Eigen::Vector2d::Zero();
         sample.assumedLag = lag;
         sample.sinceMiddle = look.sighting.time - middle_;
         const double height = video.box[3];
@@ -214,6 +217,10 @@ private:
         if ((sample.whitening * sample.acceleration).norm() < largestAcceleration) {
             found_.emplace_back(sample, tracks);
         }
+    }
+
+    static bool isMoving(const RadarLook& look) {
+        return look.hasHeading && look.speed > leastSpeed;
     }
 
     Eigen::Matrix2d whiteningOf(const Eigen::Matrix2d& covariance) const {
