@@ -43,7 +43,7 @@ bool wantsTags(const RunConfiguration& run) {
 }  // namespace
 
 Service::Service(RunConfiguration run, ReadSettings readSettings, Faults& faults,
-                 ViewContent content, std::unique_ptr<MountingWatch> watch)
+                 ViewContent content, const MakeWatch& makeWatch)
     : run_(std::move(run)),
       readSettings_(std::move(readSettings)),
       faults_(faults),
@@ -57,8 +57,8 @@ Service::Service(RunConfiguration run, ReadSettings readSettings, Faults& faults
     }
     signals_.push_back(loop_.onSignal(SIGHUP, [this] { reload(); }));
     open(std::move(content));
-    if (watch) {
-        addWatch(std::move(watch));
+    if (makeWatch) {
+        addWatch(makeWatch());
     }
 }
 

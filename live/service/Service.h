@@ -32,6 +32,7 @@ public:
     /// @return the settings of the fusion as they stand in its files now
     /// @throw InputError why they cannot be used
     using ReadSettings = std::function<FusionSettings()>;
+    using MakeWatch = std::function<std::unique_ptr<MountingWatch>()>;
 
     /// How long the outputs have at the end to write what waits.
     static constexpr EventLoop::Duration longestDrain = std::chrono::milliseconds(1200);
@@ -42,10 +43,11 @@ public:
     ///                     outputs are left out
     /// @param faults receives what goes wrong
     /// @param content what the view shows, where the run has one
-    /// @param watch judges the installation, where the run wants that
+    /// @param makeWatch makes what judges the installation, where the run wants that; called when
+    ///                  signals are blocked, for it may start threads
     /// @throw InputError when something cannot be opened or read
     Service(RunConfiguration run, ReadSettings readSettings, Faults& faults,
-            ViewContent content = {}, std::unique_ptr<MountingWatch> watch = {});
+            ViewContent content = {}, const MakeWatch& makeWatch = {});
 
     /// Runs to the end.
     void run();

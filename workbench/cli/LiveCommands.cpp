@@ -83,8 +83,11 @@ void warnOf(const std::string& text) {
 int serve(const Live::RunConfiguration& run, const Live::Service::ReadSettings& readSettings,
           Live::ViewContent content = {}) {
     Live::Faults faults(warnOf);
-    Live::Service service(run, readSettings, faults, std::move(content),
-                          run.watch ? watchMounting(run.installation, *run.watch) : nullptr);
+    Live::Service::MakeWatch makeWatch;
+    if (run.watch) {
+        makeWatch = [&run] { return watchMounting(run.installation, *run.watch); };
+    }
+    Live::Service service(run, readSettings, faults, std::move(content), makeWatch);
     if (const std::uint16_t port = service.viewPort(); port != 0) {
         const std::string& host = run.view->place.host;
         const bool isIPv6 = host.find(':') != std::string::npos;
