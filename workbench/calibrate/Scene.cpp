@@ -8,7 +8,7 @@
 namespace Workbench {
 namespace {
 
-constexpr double interval = 0.25;  // s between moments
+constexpr double momentInterval = 0.25;  // s between moments
 constexpr std::size_t mostLooks = 40000;
 
 /// How long a radar's tracker remembers a turn or a change of speed, s.
@@ -54,7 +54,7 @@ public:
         }
         look.heading = heading_;
         look.hasHeading = hasHeading_;
-        look.speed = way.norm() / std::max(newest.time - middle.time, interval);
+        look.speed = way.norm() / std::max(newest.time - middle.time, momentInterval);
         const bool isOldEnough =
             time - sightings_.front().time >= trackerMemory && newest.time - time > 0.3;
         look.isSteady = isOldEnough && isStraight(flatPlace(oldest), flatPlace(middle), now);
@@ -102,7 +102,7 @@ std::vector<Moment> momentsOf(const Sightings& sightings) {
     }
     std::vector<Moment> moments;
     for (auto& [time, looks] : byTime) {
-        if (moments.empty() || time - moments.back().time >= interval - 1e-6) {
+        if (moments.empty() || time - moments.back().time >= momentInterval - 1e-6) {
             moments.push_back({time, std::move(looks)});
         }
     }
