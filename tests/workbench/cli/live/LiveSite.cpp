@@ -253,6 +253,15 @@ void LiveSite::publish(std::size_t objects) {
     peer_.publish(radarTopic, onvifJson(sensorFrame("radar", objects)));
 }
 
+std::uint64_t LiveSite::framesJudged(const nlohmann::json& sensor) {
+    std::uint64_t frames = 0;
+    for (const char* fate : {"framesTaken", "framesStray", "framesUnplaced", "framesLate",
+                             "framesRepeated", "framesReordered"}) {
+        frames += sensor[fate].get<std::uint64_t>();
+    }
+    return frames;
+}
+
 void LiveSite::expectAccounted(const nlohmann::json& status) {
     for (const auto& [name, output] : status["output"].items()) {
         const auto of = [&output = output](const char* what) {

@@ -92,6 +92,10 @@ protected:
     void publish(std::size_t objects = 3);
     /// @return what the program has warned of by now
     static Lines warnings(const RunningProgram& program) { return warningsOf(program.errors()); }
+    /// @return of so many frames of a sensor the program has said what became of them: it takes
+    /// them or says why not. On a busy machine two may come at once, the later one by its stamp
+    /// first, or too close together to be told apart.
+    static std::uint64_t framesJudged(const nlohmann::json& sensor);
     /// Each accepted message was written, dropped, failed or waits.
     static void expectAccounted(const nlohmann::json& status);
 
