@@ -34,6 +34,7 @@ void bindReports(py::module_& module);
 void bindPipeline(py::module_& module);
 void bindRecordings(py::module_& module);
 void bindWorkbench(py::module_& module);
+void bindCalibration(py::module_& module);
 void bindMetrics(py::module_& module);
 
 }  // namespace Bindings

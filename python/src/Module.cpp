@@ -8,12 +8,13 @@ PYBIND11_MODULE(_veskar, module) {
     // Simulated or replayed data must never calibrate a device.
     Veskar::setCalledFromHostApplication(false);
     module.attr("__version__") = Veskar::veskarVersion();
-    for (const auto bind : {Bindings::bindErrors, Bindings::bindVocabulary, Bindings::bindConfig,
-                            Bindings::bindCamera, Bindings::bindTrack, Bindings::bindSystemTrack,
-                            Bindings::bindAssociation, Bindings::bindObserver, Bindings::bindFusion,
-                            Bindings::bindHostParameters, Bindings::bindInstallation,
-                            Bindings::bindReports, Bindings::bindPipeline, Bindings::bindRecordings,
-                            Bindings::bindWorkbench, Bindings::bindMetrics}) {
+    for (const auto bind :
+         {Bindings::bindErrors, Bindings::bindVocabulary, Bindings::bindConfig,
+          Bindings::bindCamera, Bindings::bindTrack, Bindings::bindSystemTrack,
+          Bindings::bindAssociation, Bindings::bindObserver, Bindings::bindFusion,
+          Bindings::bindHostParameters, Bindings::bindInstallation, Bindings::bindReports,
+          Bindings::bindPipeline, Bindings::bindRecordings, Bindings::bindWorkbench,
+          Bindings::bindCalibration, Bindings::bindMetrics}) {
         bind(module);
     }
 }

@@ -71,14 +71,16 @@ py::dict countsOf(const Workbench::FusionPipeline::Counts& counts) {
 }
 
 py::dict replay(const std::string& recording, const std::string& output,
-                const std::string& explanations, const std::string& camera, bool withTags,
-                const std::string& configFile, const std::vector<std::string>& changes,
+                const std::string& explanations, const std::string& camera,
+                const std::string& installation, bool withTags, const std::string& configFile,
+                const std::vector<std::string>& changes,
                 const std::optional<Veskar::Config>& config, const py::object& listener) {
     Workbench::ReplayTask task;
     task.recording = recording;
     task.output = output;
     task.explanations = explanations;
     task.camera = camera;
+    task.installation = installation;
     task.withTags = withTags;
     task.settings = settingsOf(configFile, changes, config);
     Progress progress(listener);

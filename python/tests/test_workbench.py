@@ -232,3 +232,11 @@ def test_report_equals_the_program(recording, tmp_path):
     assert (tmp_path / "python.html").read_bytes() == (tmp_path / "program.html").read_bytes()
     with pytest.raises(ValueError, match="one or two runs"):
         veskar.report(recording, path=tmp_path / "none.html")
+
+
+def test_a_package_without_calibrate_says_so(recording, monkeypatch):
+    import _without_calibration
+
+    monkeypatch.setattr("veskar._veskar._calibrate", _without_calibration._calibrate)
+    with pytest.raises(NotImplementedError, match="built without `calibrate`"):
+        veskar.calibrate(recording)

@@ -6,7 +6,8 @@ FusionObserver for what the fusion decides.
 
 The host's part, on the sensors' own reports: Installation, SensorFrame, FusionPipeline.
 
-The workbench: simulate, read_recording, replay, evaluate, check, report; map for all cores.
+The workbench: simulate, read_recording, replay, evaluate, calibrate, check, report; map for all
+cores.
 
 veskar.metrics: GOSPA, OSPA, HOTA, CLEAR MOT and identity of any tracker.
 
@@ -75,10 +76,12 @@ from ._veskar import (
 from .observer import FusionObserver
 from .parallel import map
 from .workbench import (
+    Calibration,
     Finding,
     Metrics,
     Recording,
     Run,
+    calibrate,
     check,
     evaluate,
     read_recording,

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The workbench as functions: simulate, record, replay, evaluate, check and report.
+"""The workbench as functions: simulate, read, replay, evaluate, calibrate, check and report.
 
 They run in process, by the code of the program `veskar`, and release the interpreter lock.
 """
@@ -282,6 +282,62 @@ class Metrics:
         return joined[["tracker", *joined.columns.drop("tracker")]]
 
 
+class Calibration:
+    """How a device is really mounted, as far as its recordings tell; str() is the answer in words.
+
+    Attributes
+    ----------
+    values : dict
+        {name: {"unit", "verdict", "error", "std", "interval95", "correction", "stated", "remedy"}};
+        "error" is true minus stated, "verdict" "corrected", "as stated" or "cannot tell"; what a
+        verdict does not have is missing
+    is_told : bool
+        whether the recordings tell any of the values
+    installation : Installation
+        the stated one with the significant errors corrected
+    """
+
+    def __init__(self, answer):
+        self._answer = answer
+        self.values = json.loads(answer["json"])["values"]
+        self.is_told = answer["is_told"]
+        self.installation = _veskar.Installation.parse(answer["header"])
+
+    def __reduce__(self):
+        return Calibration, (self._answer,)
+
+    def __str__(self):
+        return self._answer["text"]
+
+    def to_json(self):
+        """The answer of `veskar calibrate --format json`."""
+        return self._answer["json"]
+
+    def to_pandas(self):
+        """A row per value, with the columns of `values`; NaN where there is none."""
+        import pandas as pd
+
+        return pd.DataFrame.from_dict(self.values, orient="index")
+
+    def correlations(self):
+        """Correlation of the estimated values with each other.
+
+        Returns
+        -------
+        pandas.DataFrame
+            symmetric, with ones on the diagonal
+        """
+        import numpy as np
+        import pandas as pd
+
+        names = list(self.values)
+        matrix = pd.DataFrame(np.eye(len(names)), index=names, columns=names)
+        for one, others in json.loads(self._answer["json"])["correlations"].items():
+            for other, value in others.items():
+                matrix.loc[one, other] = matrix.loc[other, one] = value
+        return matrix
+
+
 class Finding(NamedTuple):
     """A finding of `check`; str() gives the line that the program prints."""
 
@@ -335,8 +391,8 @@ def read_recording(path):
     return Recording(path)
 
 
-def replay(recording, config=None, output=None, *, changes=None, camera=None, explanations=None,
-           tags=False, progress=None):
+def replay(recording, config=None, output=None, *, changes=None, camera=None, installation=None,
+           explanations=None, tags=False, progress=None):
     """Send a recording through the fusion.
 
     Replays of one process take turns, because ids of system tracks are counted per process;
@@ -355,6 +411,9 @@ def replay(recording, config=None, output=None, *, changes=None, camera=None, ex
         {"veskarModule.gatingDistance": 5.0}
     camera : path, optional
         camera to use instead of the recording's
+    installation : path, optional
+        installation to use instead of the recording's, as `calibrate` writes it; `camera` comes
+        after it
     explanations : path, optional
         file that receives for every frame why each pair was or was not fused
     tags : bool
@@ -369,13 +428,13 @@ def replay(recording, config=None, output=None, *, changes=None, camera=None, ex
     source = _path_of(recording)
     path = _temporary_file() if output is None else os.fsdecode(output)
     run = Run(path, source, temporary=output is None)
-    explained = "" if explanations is None else os.fsdecode(explanations)
-    _refuse_clash({"recording": source, "camera": camera, "configuration":
-                   None if isinstance(config, _veskar.Config) else config},
+    explained = _optional(explanations)
+    _refuse_clash({"recording": source, "camera": camera, "installation": installation,
+                   "configuration": None if isinstance(config, _veskar.Config) else config},
                   {"tracks": path, "explanations": explained or None})
-    run.counts = _veskar._replay(source, path, explained,
-                                 "" if camera is None else os.fsdecode(camera), tags,
-                                 *_settings(config, changes), progress)
+    run.counts = _veskar._replay(source, path, explained, _optional(camera),
+                                 _optional(installation), tags, *_settings(config, changes),
+                                 progress)
     run.explanations = explained or None
     return run
 
@@ -420,9 +479,52 @@ def evaluate(recording, run=None, config=None, *, changes=None, camera=None, cut
         raise ValueError(f"hits: {list(hits)} are not within 1 to 1000000")
     options = {"cutoff": cutoff, "bands": list(bands), "hits": list(hits), "whole_scene": whole_scene}
     return Metrics(_veskar._evaluate(
-        _path_of(recording), "" if run is None else _path_of(run),
-        "" if camera is None else os.fsdecode(camera), *_settings(config, changes), options, force,
-        progress))
+        _path_of(recording), "" if run is None else _path_of(run), _optional(camera),
+        *_settings(config, changes), options, force, progress))
+
+
+def calibrate(recordings, output=None, *, apply=None, estimate=(), hold=(), progress=None):
+    """Estimate how a device is really mounted, and how late the stamps of its radar are.
+
+    docs/calibration.md says what is estimated, what recordings must contain, and how sure the
+    answer is.
+
+    Parameters
+    ----------
+    recordings : Recording or path, or a sequence of them
+        of one installation
+    output : path, optional
+        header with the corrected installation to write, for `replay(installation=...)`
+    apply : path, optional
+        corrected copy of the recording to write: installation, radar time stamps and azimuths
+    estimate : sequence of str
+        further values to estimate: "drift", "azimuthScale", "radar.yaw", "radar.forward",
+        "radar.left", "focalScale"
+    hold : sequence of str
+        values to take as stated, as "camera.roll"
+    progress : callable, optional
+        receives the part of each recording that has been read, 0 to 1
+
+    Returns
+    -------
+    Calibration
+
+    Raises
+    ------
+    InputError
+        for a value that is unknown, recordings of different installations, and one that violates a
+        convention of the format: see `check`
+    NotImplementedError
+        when the package was built without Ceres
+    """
+    single = isinstance(recordings, (Recording, str, bytes, os.PathLike))
+    sources = [_path_of(recording) for recording in ([recordings] if single else recordings)]
+    if apply is not None and len(sources) != 1:
+        raise ValueError("apply: takes one recording")
+    for source in sources:
+        _refuse_clash({"recording": source}, {"header": output, "corrected recording": apply})
+    return Calibration(_veskar._calibrate(sources, _names(estimate), _names(hold), _optional(output),
+                                          _optional(apply), progress))
 
 
 def check(path, progress=None):
@@ -457,6 +559,14 @@ def report(recording, *runs, path, force=False, progress=None):
 
 def _path_of(file):
     return file.path if isinstance(file, (Recording, Run)) else os.fsdecode(file)
+
+
+def _optional(path):
+    return "" if path is None else os.fsdecode(path)
+
+
+def _names(words):
+    return [words] if isinstance(words, str) else list(words)
 
 
 def _refuse_clash(inputs, outputs):

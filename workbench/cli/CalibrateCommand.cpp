@@ -2,12 +2,11 @@
 #include <veskar-host/InputError.h>
 
 #include "HostLibrary.h"
-#include "calibrate/Calibration.h"
-#include "calibrate/CalibrationInput.h"
 #include "calibrate/CalibrationPage.h"
 #include "calibrate/CalibrationText.h"
 #include "calibrate/Correction.h"
 #include "calibrate/DeviceSamples.h"
+#include "calibrate/RecordingCalibration.h"
 #include "calibrate/SampleSocket.h"
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
@@ -38,7 +37,7 @@ namespace Workbench {
 namespace {
 
 struct CalibrateOptions {
-    std::vector<std::string> recordings;
+    CalibrationTask task;
     double listen = 0.0;  ///< s; 0: recordings are read
     std::string socket = "/tmp/autocalibration.sock";
     std::size_t datagrams = 0;  ///< that end the listening; 0: any number
@@ -48,67 +47,25 @@ struct CalibrateOptions {
     std::string report = "-";
     std::string page;
     std::string format = "text";
-    std::vector<std::string> more;
-    std::vector<std::string> held;
 };
-
-std::vector<std::string> parameterNames() {
-    std::vector<std::string> names;
-    for (const MountingParameter parameter : allParameters()) {
-        if (!isOfModel(parameter)) {
-            names.emplace_back(traitsOf(parameter).name);
-        }
-    }
-    return names;
-}
-
-bool contains(const std::vector<std::string>& list, const std::string& name) {
-    return std::find(list.begin(), list.end(), name) != list.end();
-}
 
 FreeParameters askedOfSamples(const CalibrateOptions& options) {
     FreeParameters asked = toldBySamples();
+    const std::vector<std::string>& held = options.task.held;
     for (const MountingParameter parameter : allParameters()) {
-        bool& isAsked = asked[static_cast<std::size_t>(parameter)];
-        isAsked = isAsked && !contains(options.held, traitsOf(parameter).name);
+        if (std::find(held.begin(), held.end(), traitsOf(parameter).name) != held.end()) {
+            asked[static_cast<std::size_t>(parameter)] = false;
+        }
     }
     return asked;
 }
 
-FreeParameters askedOfRecordings(const CalibrateOptions& options) {
-    FreeParameters asked{};
-    for (const MountingParameter parameter : allParameters()) {
-        const ParameterTraits& traits = traitsOf(parameter);
-        const bool isAsked = traits.isAskedFor || contains(options.more, traits.name);
-        asked[static_cast<std::size_t>(parameter)] =
-            isAsked && !contains(options.held, traits.name);
-    }
-    if (asked[static_cast<std::size_t>(MountingParameter::CameraYaw)] &&
-        asked[static_cast<std::size_t>(MountingParameter::RadarYaw)]) {
-        throw InputError(
-            "--estimate radar.yaw: only the angle between both sensors can be told; add --hold "
-            "camera.yaw");
-    }
-    return asked;
-}
-
-std::string installationText(const Installation& installation) {
-    RecordingHeader header;
-    static_cast<Installation&>(header) = installation;
-    header.site.reset();
-    return toJsonLine(header);
-}
-
-CalibrationInput read(const std::string& path) {
+RecordingCalibration readAndCalibrate(const CalibrationTask& task) {
     Progress progress("reading");
-    return readForCalibration(path, [&](double share) {
+    return calibrateRecordings(task, [&](double share) {
         throwIfInterrupted();
         progress.update(share);
     });
-}
-
-std::string shownName(const std::string& path) {
-    return path == "-" ? "<stdin>" : path;
 }
 
 /// What was measured with one installation, and what it tells.
@@ -157,40 +114,28 @@ int write(const CalibrateOptions& options, const Answer& answer,
 }
 
 int calibrateByRecordings(const CalibrateOptions& options) {
+    const std::vector<std::string>& recordings = options.task.recordings;
     std::vector<NamedFile> inputs;
-    for (const std::string& path : options.recordings) {
+    for (const std::string& path : recordings) {
         inputs.push_back({"recording", path});
     }
     refuseClashes(inputs, {{"header", options.output},
                            {"corrected recording", options.apply},
                            {"report", options.report},
                            {"page", options.page}});
-    const FreeParameters asked = askedOfRecordings(options);
-    if (!options.apply.empty() &&
-        (options.recordings.size() != 1 || options.recordings.front() == "-")) {
+    if (!options.apply.empty() && (recordings.size() != 1 || recordings.front() == "-")) {
         throw InputError("--apply: takes one recording, which is a file");
     }
-    std::optional<RecordingHeader> header;
-    std::vector<CalibrationScene> scenes;
-    for (const std::string& path : options.recordings) {
-        CalibrationInput input = read(path);
-        if (!input.fault.empty()) {
-            writeError(fmt::format("veskar: {}: {}; correct that first (veskar check)\n",
-                                   shownName(path), input.fault));
-            return NegativeAnswer;
-        }
-        if (!header) {
-            header = input.header;
-        } else if (installationText(*header) != installationText(input.header)) {
-            throw InputError(shownName(path), InputError("states another installation than " +
-                                                         shownName(options.recordings.front())));
-        }
-        scenes.push_back(std::move(input.scene));
+    RecordingCalibration calibration;
+    try {
+        calibration = readAndCalibrate(options.task);
+    } catch (const ViolatedConvention& violation) {
+        writeError(fmt::format("veskar: {}\n", violation.what()));
+        return NegativeAnswer;
     }
-    const Answer answer{*header, calibrate(*header, scenes, asked)};
-    return write(options, answer, [&](OutputFile& copy) {
-        applyCorrection(options.recordings.front(), answer.result.correction,
-                        scenes.front().middle(),
+    const auto& [stated, result, middle] = calibration;
+    return write(options, {stated, result}, [&, middle = middle](OutputFile& copy) {
+        applyCorrection(recordings.front(), calibration.result.correction, middle,
                         [&](const std::string& line) { copy.write(line); });
     });
 }
@@ -227,14 +172,14 @@ std::vector<Veskar::CalibrationPayload> collect(const CalibrateOptions& options)
 }
 
 void refuseOptionsOfRecordings(const CalibrateOptions& options) {
-    if (!options.recordings.empty()) {
+    if (!options.task.recordings.empty()) {
         throw InputError("--listen takes no recordings");
     }
     if (!options.apply.empty()) {
         throw InputError("--apply: takes one recording, which is a file");
     }
-    if (!options.more.empty()) {
-        throw InputError("--estimate " + options.more.front() +
+    if (!options.task.estimated.empty()) {
+        throw InputError("--estimate " + options.task.estimated.front() +
                          ": samples of a device tell pitch, roll and height of the camera only");
     }
     if (options.installation.empty()) {
@@ -257,7 +202,7 @@ int calibrate(const CalibrateOptions& options) {
     if (options.listen > 0.0) {
         return calibrateBySamples(options);
     }
-    if (options.recordings.empty()) {
+    if (options.task.recordings.empty()) {
         throw InputError("a recording is needed, or --listen");
     }
     return calibrateByRecordings(options);
@@ -269,7 +214,8 @@ void addCalibrateCommand(CLI::App& program, Action& action) {
     auto options = std::make_shared<CalibrateOptions>();
     CLI::App* command = program.add_subcommand(
         "calibrate", "Estimate how a device is really mounted, from recordings made with it");
-    command->add_option("recordings", options->recordings, "recordings of one installation, or -");
+    command->add_option("recordings", options->task.recordings,
+                        "recordings of one installation, or -");
     CLI::Option* listen =
         command
             ->add_option("--listen", options->listen,
@@ -298,12 +244,13 @@ void addCalibrateCommand(CLI::App& program, Action& action) {
         ->check(CLI::IsMember({"text", "json"}));
     command->add_option("--page", options->page,
                         "HTML page to write: the answer, and the errors of all pairs");
-    command->add_option("--estimate", options->more, "further values to estimate, by name")
+    command
+        ->add_option("--estimate", options->task.estimated, "further values to estimate, by name")
         ->allow_extra_args(false)
-        ->check(CLI::IsMember(parameterNames()));
-    command->add_option("--hold", options->held, "values to take as stated, by name")
+        ->check(CLI::IsMember(calibratedNames()));
+    command->add_option("--hold", options->task.held, "values to take as stated, by name")
         ->allow_extra_args(false)
-        ->check(CLI::IsMember(parameterNames()));
+        ->check(CLI::IsMember(calibratedNames()));
     command->footer(
         "Only significant errors are corrected. Values that the recordings cannot tell are named, "
         "with what a person should walk so that they can.\n"

@@ -246,7 +246,9 @@ TEST_F(CalibrateProgram, RefusesWhatDoesNotBelongTogether) {
 
     outcome = veskar({"calibrate", path, "--estimate", "radar.yaw"});
     EXPECT_EQ(outcome.status, 2);
-    EXPECT_THAT(outcome.errors, HasSubstr("add --hold camera.yaw"));
+    EXPECT_THAT(outcome.errors,
+                HasSubstr("radar.yaw: only the angle between both sensors can be told; hold "
+                          "camera.yaw"));
 
     outcome = veskar({"calibrate", path, path, "--apply", directory / "copy.jsonl"});
     EXPECT_EQ(outcome.status, 2);
