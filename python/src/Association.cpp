@@ -4,6 +4,7 @@
 #include "Tracks.h"
 
 #include <memory>
+#include <optional>
 #include <unordered_set>
 #include <vector>
 
@@ -73,6 +74,41 @@ TrackAssociator::Associations associateSystems(TrackAssociator& self,
                : self.systemToSystemAssociation(systemTracks, excludedIds);
 }
 
+/// @param matrix cells in rows and columns
+/// @return its rows
+template <typename Value, typename Element>
+std::vector<std::vector<Value>> rowsOf(const py::array_t<Element>& matrix) {
+    if (matrix.ndim() != 2) {
+        throw py::value_error("a matrix has two dimensions");
+    }
+    const auto cells = matrix.template unchecked<2>();
+    std::vector<std::vector<Value>> rows(static_cast<std::size_t>(cells.shape(0)));
+    for (py::ssize_t row = 0; row < cells.shape(0); ++row) {
+        for (py::ssize_t column = 0; column < cells.shape(1); ++column) {
+            rows[static_cast<std::size_t>(row)].push_back(static_cast<Value>(cells(row, column)));
+        }
+    }
+    return rows;
+}
+
+TrackAssociator::Associations runJva(const py::array_t<double, py::array::forcecast>& cost,
+                                     const std::optional<py::array_t<bool>>& allowed) {
+    auto costs = rowsOf<double>(py::array_t<double>(cost));
+    if (costs.empty()) {
+        return {};
+    }
+    auto permitted = allowed ? rowsOf<bool>(*allowed)
+                             : std::vector<std::vector<bool>>(
+                                   costs.size(), std::vector<bool>(costs.front().size(), true));
+    if (permitted.size() != costs.size() || permitted.front().size() != costs.front().size()) {
+        throw py::value_error("allowed: is not of the shape of cost");
+    }
+    TrackAssociator associator{Veskar::Config()};
+    associator.runJVA(static_cast<int>(costs.size()), static_cast<int>(costs.front().size()), costs,
+                      permitted);
+    return associator.getAssociations();
+}
+
 }  // namespace
 
 void bindAssociation(py::module_& module) {
@@ -109,7 +145,23 @@ void bindAssociation(py::module_& module) {
              "pairs : list of (system index, sensor index)\n"
              "removed : set of ids of sensor tracks of another class (optimal path only)")
         .def("system_to_system_association", &associateSystems, py::arg("system_tracks"),
-             py::arg("excluded_ids") = none, "Index pairs of system tracks that are one object.");
+             py::arg("excluded_ids") = none, "Index pairs of system tracks that are one object.")
+        .def(
+            "is_occupied",
+            [](const TrackAssociator& self, const Track& track, const SystemTracks& systemTracks) {
+                return self.isOccupied(track, complete(systemTracks));
+            },
+            py::arg("track").none(false), py::arg("system_tracks"),
+            "Whether one of the system tracks holds a track of that source and id.")
+        .def_static("run_jva", &runJva, py::arg("cost"), py::arg("allowed") = py::none(),
+                    "Solves an assignment problem optimally, after Jonker and Volgenant.\n\n"
+                    "Parameters\n----------\n"
+                    "cost : array\n    of pairs, 9999.0 where a pair must not be assigned\n"
+                    "allowed : array of bool, optional\n    pairs to keep of what was assigned; "
+                    "default: all\n\n"
+                    "Returns\n-------\n"
+                    "list of (row, column)\n    in ascending order of the rows\n\n"
+                    "Raises\n------\nRuntimeError\n    when a side exceeds 512");
 }
 
 }  // namespace Bindings

@@ -31,6 +31,7 @@ void bindFusion(py::module_& module);
 void bindHostParameters(py::module_& module);
 void bindInstallation(py::module_& module);
 void bindReports(py::module_& module);
+void bindGeometry(py::module_& module);
 void bindPipeline(py::module_& module);
 void bindRecordings(py::module_& module);
 void bindWorkbench(py::module_& module);

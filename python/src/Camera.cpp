@@ -91,6 +91,8 @@ void bindCamera(py::module_& module) {
             return turned;
         },
         py::arg("box"), py::arg("camera"), "The inverse of to_pixels.");
+    module.def("is_inside_image", &Veskar::isInsideImage, py::arg("u"), py::arg("v"),
+               "Whether a point lies inside the image, borders included; False for NaN.");
 }
 
 }  // namespace Bindings

@@ -1,15 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <veskar/FusionModule.h>
 
-#include "FusionTurn.h"
-#include "ObserverAdapter.h"
+#include "Session.h"
 #include "Tracks.h"
 
 #include <chrono>
 #include <memory>
-#include <optional>
-#include <stdexcept>
-#include <utility>
 #include <vector>
 
 namespace Bindings {
@@ -30,75 +26,73 @@ FusionModule::SteadyClock clockOf(const py::object& seconds) {
     };
 }
 
-/// A fusion module that has the turn, and what it calls in Python.
-class Module {
+class Module : public Session<FusionModule> {
 public:
     Module(const Veskar::Config& config, const py::object& clock)
-        : turn_(std::in_place, FusionTurn::Holder::Object, "FusionModule"),
-          module_(std::in_place, config, clockOf(clock)) {}
-
-    /// Runs what may take long, or call Python, without the interpreter lock.
-    template <typename Function>
-    void run(Function function) {
-        FusionModule& module = get();
-        isBusy_ = true;
-        try {
-            const py::gil_scoped_release unlocked;
-            function(module);
-        } catch (...) {
-            isBusy_ = false;
-            throw;
-        }
-        isBusy_ = false;
-        if (observer_) {
-            observer_->rethrow();
-        }
-    }
-
-    FusionModule& get() {
-        if (!module_) {
-            throw std::runtime_error("the FusionModule is closed");
-        }
-        if (isBusy_) {
-            throw std::runtime_error(
-                "the FusionModule is fusing: call it from one thread at a "
-                "time, and not from its observer");
-        }
-        return *module_;
-    }
-
-    void setObserver(const py::object& listener) {
-        auto adapter = listener.is_none() ? nullptr : std::make_unique<ObserverAdapter>(listener);
-        get().setObserver(adapter.get());
-        observer_ = std::move(adapter);
-    }
-
-    py::object observer() const { return observer_ ? observer_->listener() : py::none(); }
-
-    void close() {
-        if (module_) {
-            get();  // not while it fuses
-        }
-        module_.reset();
-        observer_.reset();
-        turn_.reset();
-    }
-
-private:
-    std::optional<FusionTurn> turn_;
-    std::unique_ptr<ObserverAdapter> observer_;
-    std::optional<FusionModule> module_;
-    bool isBusy_ = false;  ///< changed with the interpreter lock only
+        : Session("FusionModule", config, clockOf(clock)) {}
 };
+
+bool canBeMerged(const Veskar::SystemTrack& track) {
+    return track.hasTracks(Veskar::VideoObject) || track.hasTracks(Veskar::Radar);
+}
+
+void merge(Module& self, Veskar::SystemTrack& target, Veskar::SystemTrack& other) {
+    if (&target == &other || !canBeMerged(other)) {
+        throw py::value_error("merge: takes two system tracks, the second with a sensor track");
+    }
+    self.run([&](FusionModule& fusion) { fusion.merge(target, other); });
+}
+
+/// The steps of cycle_frame(), for experiments with their order.
+void addSteps(py::class_<Module>& type) {
+    type.def(
+            "predict_tracks",
+            [](Module& self, double timestamp) {
+                self.run([&](FusionModule& fusion) { fusion.predictTracks(timestamp); });
+            },
+            py::arg("timestamp"), "Moves all tracks to a time, s.")
+        .def(
+            "update",
+            [](Module& self, Source source, const SensorTracks& tracks) {
+                complete(tracks);
+                self.run([&](FusionModule& fusion) { fusion.update(source, tracks); });
+            },
+            py::arg("source"), py::arg("tracks"),
+            "Brings a frame into the system tracks, which must be predicted to its time: "
+            "continuation,\nassociation, and a probability step for those that neither touched.")
+        .def(
+            "initialize",
+            [](Module& self, const std::shared_ptr<Veskar::Track>& track) {
+                self.run([&](FusionModule& fusion) { fusion.initialize(track); });
+            },
+            py::arg("track").none(false),
+            "Starts a system track from a sensor track that no system track holds.")
+        .def(
+            "management",
+            [](Module& self) { self.run([](FusionModule& fusion) { fusion.management(); }); },
+            "Confirms system tracks, prunes coasting sensor tracks, deletes what is left empty.")
+        .def("merge", &merge, py::arg("target").none(false), py::arg("other").none(false),
+             "Folds the first video track of another system track, or its first radar track, into "
+             "target.")
+        .def(
+            "tracked_od_has_motion",
+            [](Module& self, int id, double u, double v) {
+                return self.get().trackedOdHasMotion(id, u, v);
+            },
+            py::arg("id"), py::arg("u"), py::arg("v"),
+            "Records the image position of a tracked video detection; returns whether it has "
+            "moved.");
+}
 
 }  // namespace
 
 void bindFusion(py::module_& module) {
-    py::class_<Module>(module, "FusionModule",
-                       "Fuses radar and video tracks into system tracks.\n\n"
-                       "One fusion works in a process at a time: close() it, or use it in a with "
-                       "statement, before the next. Ids of system tracks then begin with 1 again.")
-        .def(py::init<const Veskar::Config&, const py::object&>(), py::arg("config"),
+    py::class_<Module> type(
+        module, "FusionModule",
+        "Fuses radar and video tracks into system tracks.\n\n"
+        "One fusion works in a process at a time: close() it, or use it in a with "
+        "statement, before the next. Ids of system tracks then begin with 1 again.");
+    type.def(py::init<const Veskar::Config&, const py::object&>(), py::arg("config"),
              py::arg("clock") = py::none(),
              "Parameters\n----------\n"
              "config : Config\n    copied\n"
@@ -128,12 +122,6 @@ void bindFusion(py::module_& module) {
             py::arg("source"), py::arg("timestamp"), py::arg("tracks"),
             "Fuses one frame at once, without the checks of cycle().")
         .def(
-            "predict_tracks",
-            [](Module& self, double timestamp) {
-                self.run([&](FusionModule& fusion) { fusion.predictTracks(timestamp); });
-            },
-            py::arg("timestamp"), "Moves all tracks to a time, s.")
-        .def(
             "is_far_in_time",
             [](Module& self, double timestamp) { return self.get().isFarInTime(timestamp); },
             py::arg("timestamp"), "Whether cycle() would take a stamp for another time base.")
@@ -145,13 +133,9 @@ void bindFusion(py::module_& module) {
             "clear", [](Module& self) { self.get().clear(); }, "Forgets all tracks; ids go on.")
         .def_property_readonly(
             "system_tracks", [](Module& self) { return self.get().systemTracks; },
-            "all live system tracks, oldest first: a new list")
-        .def_property("observer", &Module::observer, &Module::setObserver,
-                      "a FusionObserver, or None; an exception in it reaches the caller of cycle "
-                      "when the frame is done")
-        .def("close", &Module::close, "Ends the fusion, so that another one may begin.")
-        .def("__enter__", [](const py::object& self) { return self; })
-        .def("__exit__", [](Module& self, const py::args&) { self.close(); });
+            "all live system tracks, oldest first: a new list");
+    addSteps(type);
+    addSession(type, "; an exception in it reaches the caller of cycle when the frame is done");
 
     py::module_::import("os").attr("register_at_fork")(
         py::arg("after_in_child") = py::cpp_function(&FusionTurn::forgetAfterFork));

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <veskar-host/Installation.h>
-#include <veskar-host/Projection.h>
 
 #include "Record.h"
 
@@ -45,26 +44,6 @@ void bindInstallation(py::module_& module) {
             py::arg("path"), "Reads an installation, or that of a recording.")
         .def_static("parse", &Host::Installation::parseString, py::arg("text"),
                     "Reads JSON text of an installation.");
-
-    py::class_<Host::Projection>(
-        module, "Projection",
-        "From points of the device's frame (x forward, y left, z up, m) into the image and back.")
-        .def(py::init<const Veskar::Camera&>(), py::arg("camera"))
-        .def("position", &Host::Projection::position, py::arg("point"),
-             "Image position (u, v) of a point; not limited to the image.")
-        .def("sees", &Host::Projection::sees, py::arg("point"),
-             "Whether a point lies in front of the camera and inside the image.")
-        .def("ray", &Host::Projection::ray, py::arg("u"), py::arg("v"),
-             "Unit viewing ray in the device's frame.")
-        .def(
-            "ground_point",
-            [](const Host::Projection& self, double u, double v, double range) {
-                const auto point = self.groundPoint(u, v, range);
-                return point ? std::optional<Eigen::Vector2d>(point->position) : std::nullopt;
-            },
-            py::arg("u"), py::arg("v"), py::arg("range"),
-            "The ground point (x, y) at a distance (m) from the camera in an image column; None "
-            "when there is none. v is the start of the search.");
 }
 
 }  // namespace Bindings

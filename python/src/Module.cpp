@@ -13,8 +13,8 @@ PYBIND11_MODULE(_veskar, module) {
           Bindings::bindCamera, Bindings::bindTrack, Bindings::bindSystemTrack,
           Bindings::bindAssociation, Bindings::bindObserver, Bindings::bindFusion,
           Bindings::bindHostParameters, Bindings::bindInstallation, Bindings::bindReports,
-          Bindings::bindPipeline, Bindings::bindRecordings, Bindings::bindWorkbench,
-          Bindings::bindCalibration, Bindings::bindMetrics}) {
+          Bindings::bindGeometry, Bindings::bindPipeline, Bindings::bindRecordings,
+          Bindings::bindWorkbench, Bindings::bindCalibration, Bindings::bindMetrics}) {
         bind(module);
     }
 }

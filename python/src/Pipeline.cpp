@@ -2,14 +2,12 @@
 #include <veskar-host/FusionPipeline.h>
 #include <veskar-host/HostAdapter.h>
 
-#include "FusionTurn.h"
-#include "ObserverAdapter.h"
 #include "Record.h"
+#include "Session.h"
 #include "host/pipeline/ReplayOptions.h"
 
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -19,72 +17,25 @@ namespace {
 namespace Host = Veskar::Host;
 using FusedFrames = std::vector<Host::FusedFrame>;
 
-/// A pipeline that has the turn, and gives back the frames that it fuses.
-class Pipeline {
+/// Gives back the frames that it fuses.
+class Pipeline : public Session<Host::FusionPipeline> {
 public:
     Pipeline(const Host::Installation& installation, const Veskar::Config& config,
              const Host::HostParameters& parameters, const Host::FusionPipeline::Options& options)
-        : turn_(std::in_place, FusionTurn::Holder::Object, "FusionPipeline"),
-          pipeline_(
-              std::in_place, installation, config,
+        : Session(
+              "FusionPipeline", installation, config,
               [this](const Host::FusedFrame& frame) { fused_.push_back(frame); }, parameters,
               options) {}
 
-    /// Runs without the interpreter lock.
     template <typename Function>
-    FusedFrames run(Function function) {
-        Host::FusionPipeline& pipeline = get();
-        isBusy_ = true;
-        try {
-            const py::gil_scoped_release unlocked;
-            function(pipeline);
-        } catch (...) {
-            isBusy_ = false;
-            throw;
-        }
-        isBusy_ = false;
-        FusedFrames frames = std::exchange(fused_, {});
-        if (observer_) {
-            observer_->rethrow();
-        }
-        return frames;
-    }
-
-    Host::FusionPipeline& get() {
-        if (!pipeline_) {
-            throw std::runtime_error("the FusionPipeline is closed");
-        }
-        if (isBusy_) {
-            throw std::runtime_error(
-                "the FusionPipeline is fusing: call it from one thread at a "
-                "time, and not from its observer");
-        }
-        return *pipeline_;
-    }
-
-    void setObserver(const py::object& listener) {
-        auto adapter = listener.is_none() ? nullptr : std::make_unique<ObserverAdapter>(listener);
-        get().setObserver(adapter.get());
-        observer_ = std::move(adapter);
-    }
-
-    py::object observer() const { return observer_ ? observer_->listener() : py::none(); }
-
-    void close() {
-        if (pipeline_) {
-            get();  // not while it fuses
-        }
-        pipeline_.reset();
-        observer_.reset();
-        turn_.reset();
+    FusedFrames fused(Function function) {
+        fused_.clear();  // what an exception left
+        run(function);
+        return std::exchange(fused_, {});
     }
 
 private:
-    std::optional<FusionTurn> turn_;
-    std::unique_ptr<ObserverAdapter> observer_;
     FusedFrames fused_;
-    std::optional<Host::FusionPipeline> pipeline_;
-    bool isBusy_ = false;  ///< changed with the interpreter lock only
 };
 
 std::unique_ptr<Pipeline> makePipeline(const Host::Installation& installation,
@@ -122,17 +73,25 @@ void bindPipeline(py::module_& module) {
              py::arg("parameters") = Host::HostParameters())
         .def(
             "convert",
-            [](const Host::HostAdapter& self, const Host::SensorFrame& frame, double uptime) {
-                return self.convert(frame, uptime);
-            },
-            py::arg("frame"), py::arg("uptime") = 0.0,
-            "The frame's tracks in the same order, at its time plus uptime (s).");
+            [](const Host::HostAdapter& self, const Host::SensorFrame& frame, double uptime,
+               double ahead,
+               double slowInterval) { return self.convert(frame, uptime, ahead, slowInterval); },
+            py::arg("frame"), py::arg("uptime") = 0.0, py::arg("ahead") = 0.0,
+            py::arg("slow_interval") = 0.0,
+            "The frame's tracks in the same order.\n\n"
+            "Parameters\n----------\n"
+            "frame : SensorFrame\n    of one sensor\n"
+            "uptime : float\n    offset of the fusion's time base to the frame's, s\n"
+            "ahead : float\n    by which they are predicted before they are converted, s\n"
+            "slow_interval : float\n    of the frames of a slow sensor, s, or 0\n\n"
+            "Returns\n-------\nlist of Track\n    at the frame's time plus uptime plus ahead");
 
-    py::class_<Pipeline>(module, "FusionPipeline",
-                         "From sensor reports to fused tracks.\n\n"
-                         "Adds frames for silent and slow sensors. One fusion works in a process "
-                         "at a time: close() it, or use it in a with statement, before the next.")
-        .def(py::init(&makePipeline), py::arg("installation"), py::arg("config") = py::none(),
+    py::class_<Pipeline> type(
+        module, "FusionPipeline",
+        "From sensor reports to fused tracks.\n\n"
+        "Adds frames for silent and slow sensors. One fusion works in a process "
+        "at a time: close() it, or use it in a with statement, before the next.");
+    type.def(py::init(&makePipeline), py::arg("installation"), py::arg("config") = py::none(),
              py::arg("parameters") = py::none(), py::kw_only(), py::arg("tags") = false,
              py::arg("uptime") = Host::Internal::replayUptime, py::arg("asks_for_position") = false,
              "Parameters\n----------\n"
@@ -147,7 +106,7 @@ void bindPipeline(py::module_& module) {
         .def(
             "push",
             [](Pipeline& self, const Host::SensorFrame& frame) {
-                return self.run([&](Host::FusionPipeline& pipeline) { pipeline.push(frame); });
+                return self.fused([&](Host::FusionPipeline& pipeline) { pipeline.push(frame); });
             },
             py::arg("frame"),
             "Hands a SensorFrame over, in the order of arrival.\n\n"
@@ -155,18 +114,17 @@ void bindPipeline(py::module_& module) {
         .def(
             "advance",
             [](Pipeline& self, double now) {
-                return self.run([&](Host::FusionPipeline& pipeline) { pipeline.advance(now); });
+                return self.fused([&](Host::FusionPipeline& pipeline) { pipeline.advance(now); });
             },
             py::arg("now"),
             "Adds the frames that are due until then (s) for silent or slow sensors; returns what "
             "was fused, as push().")
         .def_property_readonly(
             "counts", [](Pipeline& self) { return self.get().counts(); }, "PipelineCounts")
-        .def_property("observer", &Pipeline::observer, &Pipeline::setObserver,
-                      "a FusionObserver, or None; its times are ahead of the frames' by uptime")
-        .def("close", &Pipeline::close, "Ends the fusion, so that another one may begin.")
-        .def("__enter__", [](const py::object& self) { return self; })
-        .def("__exit__", [](Pipeline& self, const py::args&) { self.close(); });
+        .def_property_readonly(
+            "system_tracks", [](Pipeline& self) { return self.get().fusion().systemTracks; },
+            "the fusion's SystemTracks, oldest first: a new list; times are ahead by uptime");
+    addSession(type, "; its times are ahead of the frames' by uptime");
 }
 
 }  // namespace Bindings

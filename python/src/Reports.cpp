@@ -70,12 +70,6 @@ void bindSensorFrame(py::module_& module) {
 }
 
 void bindFusedFrame(py::module_& module) {
-    using Position = ::Dbus::GeoLocation::Position;
-    Record<Position>(module, "GeographicPosition", "A geographic position (WGS84).")
-        .field("latitude", &Position::latitude, "degrees, north positive")
-        .field("longitude", &Position::longitude, "degrees, east positive")
-        .field("altitude", &Position::altitude, "not set")
-        .field("valid", &Position::valid, "whether it is known");
     Record<Host::Support>(module, "Support", "A sensor track behind a system track.")
         .field("source", &Host::Support::source, "VIDEO or RADAR")
         .field("id", &Host::Support::id, "the sensor's track id")

@@ -32,6 +32,26 @@ void bindSystemTrack(py::module_& module) {
              "Fuses a report; the system track must be predicted to its time.")
         .def("update_track_probability", &SystemTrack::updateTrackProbability, py::arg("gain"),
              "Bayes step of the probability with a likelihood ratio.")
+        .def("apply_defusion", &SystemTrack::applyDefusion, py::arg("track").none(false),
+             "Takes the contribution of a sensor track out of the estimate, but not the last one.")
+        .def("remove_track", &SystemTrack::pruneSensorTracksByIdx, py::arg("source"), py::arg("id"),
+             "Takes a sensor track out, with its contribution.")
+        .def("has_coasting_tracks_too_long", &SystemTrack::hasCoastingTracksTooLong,
+             py::arg("source"), py::arg("limit"),
+             "Whether one of the source's tracks coasts for longer than limit, s.")
+        .def("update_class", &SystemTrack::updateClass, py::arg("track").none(false),
+             "Takes the class of a video track unless it is \"unknown\".")
+        .def("update_color", &SystemTrack::updateColor, py::arg("track").none(false),
+             "The same of its colour.")
+        .def("update_upper_clothing_color", &SystemTrack::updateUpperClothingColor,
+             py::arg("track").none(false), "The same of its upper clothing.")
+        .def("update_lower_clothing_color", &SystemTrack::updateLowerClothingColor,
+             py::arg("track").none(false), "The same of its lower clothing.")
+        .def("update_is_confident", &SystemTrack::updateIsConfident,
+             "Sets is_confident: with radar, or like the first video track.")
+        .def("update_origin_and_start_time", &SystemTrack::updateOriginAndStartTime,
+             "Moves a start position outside the image along with the object, and restarts its "
+             "age.")
         .def("prune", &SystemTrack::prune,
              "Takes out the sensor tracks that have coasted for 0.5 s or longer.");
 }

@@ -2,6 +2,7 @@
 #include <veskar/Estimation.h>
 #include <veskar/Track.h>
 
+#include "Record.h"
 #include "Tracks.h"
 
 #include <memory>
@@ -76,13 +77,63 @@ void addMembers(py::class_<Track, std::shared_ptr<Track>>& type) {
                        "gain of this report for the probability of its system track, above 0")
         .def_readwrite("speed", &Track::speed, "ground speed, m/s, or None")
         .def_readwrite("direction", &Track::direction, "of motion, or None")
+        .def_readwrite("location", &Track::location,
+                       "SphericalCoordinate as seen from the device, or None; a copy")
+        .def_readwrite("geo_location", &Track::geoLocation, "GeographicPosition, or None; a copy")
         .def_readwrite("is_confident", &Track::isConfident,
                        "whether the producer has confirmed the track");
+}
+
+/// The virtual getters: a system track answers from the sensor tracks behind it.
+void addGetters(py::class_<Track, std::shared_ptr<Track>>& type) {
+    type.def("age", &Track::getAge, "Seconds since the start of a video track, otherwise -1.")
+        .def("label", &Track::getClassName,
+             "The class, which a system track takes from the tracks behind it, like what follows.")
+        .def("get_class_probability", &Track::getClassProbability, "Of label().")
+        .def("get_color_name", &Track::getColorName, "Colour.")
+        .def("get_color_probability", &Track::getColorProbability, "Of the colour.")
+        .def("get_upper_clothing_color_name", &Track::getUpperClothingColorName, "Colour.")
+        .def("get_upper_clothing_color_probability", &Track::getUpperClothingColorProbability,
+             "Of that colour.")
+        .def("get_lower_clothing_color_name", &Track::getLowerClothingColorName, "Colour.")
+        .def("get_lower_clothing_color_probability", &Track::getLowerClothingColorProbability,
+             "Of that colour.")
+        .def("get_speed", &Track::getSpeed, "Ground speed, m/s, or None.")
+        .def("get_direction", &Track::getDirection, "Direction of motion, or None.")
+        .def("get_location", &Track::getLocation, "As seen from the device, or None.")
+        .def("get_geo_location", &Track::getGeoLocation, "Geographic position, or None.");
+}
+
+void bindPositions(py::module_& module) {
+    Record<SphericalCoordinate>(module, "SphericalCoordinate", "A position seen from the device.")
+        .field("range", &SphericalCoordinate::range, "along the ground, m")
+        .field("azimuth", &SphericalCoordinate::azimuth,
+               "degrees counter-clockwise from the device's right-hand side; forward is 90")
+        .field("elevation", &SphericalCoordinate::elevation, "degrees; only stored");
+    using Position = ::Dbus::GeoLocation::Position;
+    Record<Position>(module, "GeographicPosition", "A geographic position (WGS84).")
+        .field("latitude", &Position::latitude, "degrees, north positive")
+        .field("longitude", &Position::longitude, "degrees, east positive")
+        .field("altitude", &Position::altitude, "not set")
+        .field("valid", &Position::valid, "whether it is known");
+}
+
+void bindEstimation(py::module_& module) {
+    module.def("constant_velocity", &Veskar::constantVelocity, py::arg("dt"),
+               "Transition matrix of the motion model over dt seconds, 6 x 6.");
+    module.def("statistical_distance", &Veskar::statisticalDistance, py::arg("state1"),
+               py::arg("covariance1"), py::arg("state2"), py::arg("covariance2"),
+               "Mahalanobis distance of two estimates; infinite or NaN when singular.");
+    module.def("log_pdf", &Veskar::logPDF, py::arg("state1"), py::arg("covariance1"),
+               py::arg("state2"), py::arg("covariance2"),
+               "How likely two estimates describe one object: -0.5 ln((2 pi)^6 det S) minus the "
+               "distance.");
 }
 
 }  // namespace
 
 void bindTrack(py::module_& module) {
+    bindPositions(module);
     // No array: NumPy is imported when the first one is made.
     const py::tuple noBox = py::make_tuple(0.0, 0.0, 0.0, 0.0);
     py::class_<Track, std::shared_ptr<Track>> type(
@@ -108,9 +159,6 @@ void bindTrack(py::module_& module) {
     addMembers(type);
     type.def("predict", &Track::predict, py::arg("time"),
              "Moves the estimate to a time (s) with constant velocity.")
-        .def("age", &Track::getAge, "Seconds since the start of a video track, otherwise -1.")
-        .def("label", &Track::getClassName,
-             "The class, which a system track takes from the tracks behind it.")
         .def("travelled_distance", &Track::getTravelledDistanceInImagePlane,
              "Distance from the start position on the image plane.")
         .def("statistical_distance", &Track::statisticalDistance, py::arg("other").none(false),
@@ -124,8 +172,8 @@ void bindTrack(py::module_& module) {
              "(whether it counts, cosine of the angle between the image velocities).")
         .def("__repr__", &describe);
 
-    module.def("constant_velocity", &Veskar::constantVelocity, py::arg("dt"),
-               "Transition matrix of the motion model over dt seconds, 6 x 6.");
+    addGetters(type);
+    bindEstimation(module);
 }
 
 }  // namespace Bindings

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <veskar/NearestWord.h>
 #include <veskar/Track.h>
 #include <veskar/Vocabulary.h>
 
@@ -32,6 +33,8 @@ void bindVocabulary(py::module_& module) {
               "Whether a class label is one of KNOWN_CLASSES.");
     words.def("is_known_color", Words::isKnownColor, py::arg("word"),
               "Whether a colour label is one of KNOWN_COLORS.");
+    words.def("nearest_word", Veskar::nearestWord, py::arg("word"), py::arg("words"),
+              "The one of the words that a misspelt one comes from; empty when none is near.");
 }
 
 }  // namespace Bindings

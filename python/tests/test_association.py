@@ -41,3 +41,24 @@ def test_none_among_the_tracks_is_refused(associator):
         associator.system_to_system_association([None])
     with pytest.raises(TypeError, match="None among the tracks"):
         associator.sensor_to_system_association([None], [], veskar.Source.VIDEO)
+
+
+def test_assigns_optimally():
+    cost = np.array([[1.0, 2.0, 9.0], [1.5, 8.0, 9.0]])
+    assert veskar.TrackAssociator.run_jva(cost) == [(0, 1), (1, 0)]
+    allowed = np.array([[True, True, True], [False, True, True]])
+    assert veskar.TrackAssociator.run_jva(cost, allowed) == [(0, 1)]
+    assert veskar.TrackAssociator.run_jva(np.where(allowed, cost, 9999.0), allowed) == (
+        [(0, 0), (1, 1)])
+    assert veskar.TrackAssociator.run_jva(np.empty((0, 3))) == []
+    with pytest.raises(RuntimeError, match="too big"):
+        veskar.TrackAssociator.run_jva(np.zeros((513, 1)))
+    for wrong in (np.ones((1, 3), bool), np.ones(3, bool)):
+        with pytest.raises(ValueError):
+            veskar.TrackAssociator.run_jva(cost, wrong)
+
+
+def test_tells_who_is_held(associator, track):
+    systems = [veskar.SystemTrack(track(id=1), 1)]
+    assert associator.is_occupied(track(id=1), systems)
+    assert not associator.is_occupied(track(id=2), systems)

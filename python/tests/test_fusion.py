@@ -172,3 +172,40 @@ def test_other_python_threads_run_while_the_fusion_works(module, track):
 def test_none_among_the_tracks_is_refused(module):
     with pytest.raises(TypeError, match="None among the tracks"):
         module.cycle(Source.VIDEO, 100.0, [None])
+
+
+def test_the_steps_of_a_frame_are_those_of_cycle_frame(track):
+    def fuse(steps):
+        with veskar.FusionModule(veskar.Config.defaults(), clock=lambda: 100.0) as module:
+            for source, time, tracks in frames(track, 10):
+                if steps:
+                    module.predict_tracks(time)
+                    module.update(source, tracks)
+                    for report in tracks:
+                        module.initialize(report)
+                    module.management()
+                else:
+                    module.cycle_frame(source, time, tracks)
+            return [(fused.id, fused.is_confirmed, fused.state.tolist())
+                    for fused in module.system_tracks]
+
+    assert fuse(steps=True) == fuse(steps=False) != []
+
+
+def test_merges_system_tracks(module, track):
+    module.initialize(track(id=1, u=0.1))
+    module.initialize(track(Source.RADAR, id=5, u=0.11))
+    target, other = module.system_tracks
+    module.merge(target, other)
+    assert set(target.sensor_tracks[Source.RADAR]) == {5}
+    assert 0.1 < target.state[0] < 0.11
+    with pytest.raises(ValueError, match="takes two system tracks"):
+        module.merge(target, target)
+    with pytest.raises(TypeError):
+        module.initialize(None)
+
+
+def test_tells_whether_a_detection_moves(module):
+    moved = [module.tracked_od_has_motion(3, 0.05 * step, 0.0) for step in range(8)]
+    assert not any(moved[:3]) and moved[-1]
+    assert not module.tracked_od_has_motion(4, 0.0, 0.0)

@@ -127,3 +127,19 @@ def test_parameters_are_named_like_their_keys(root, tmp_path):
     with pytest.raises(veskar.InputError, match="radarGain") as raised:
         veskar.HostParameters.load(file)
     assert raised.value.file == str(file)
+
+
+def test_adapter_predicts_ahead(recording):
+    adapter = veskar.HostAdapter(veskar.Installation.load(recording.path), veskar.Config.defaults())
+    frame = next(frame for frame in recording.frames() if frame.tracks)
+    tracks = adapter.convert(frame, ahead=0.5)
+    assert all(track.time == frame.time + 0.5 for track in tracks)
+
+
+def test_pipeline_shows_the_tracks_of_its_fusion(recording):
+    with veskar.FusionPipeline(veskar.Installation.load(recording.path)) as pipeline:
+        for frame in recording.frames():
+            fused = pipeline.push(frame)
+        assert fused[-1].tracks
+        assert [track.id for track in pipeline.system_tracks] == (
+            [track.id for track in fused[-1].tracks])

@@ -62,3 +62,48 @@ def test_a_system_track_fuses_in_information_form(track):
     assert set(fused.sensor_tracks) >= {veskar.Source.VIDEO, veskar.Source.RADAR}
     assert fused.sensor_tracks[veskar.Source.RADAR] == {7: radar}
     assert fused.id == 3 and fused.label() == "human"
+
+
+def test_a_sensor_track_can_be_taken_out_again(track):
+    video, radar = track(), track(veskar.Source.RADAR, id=7, u=0.12)
+    fused = veskar.SystemTrack(video, 3)
+    before = fused.state.copy()
+    fused.update_state(radar)
+    assert abs(fused.state[0] - before[0]) > 1e-3
+    fused.remove_track(veskar.Source.RADAR, 7)
+    np.testing.assert_allclose(fused.state, before, rtol=1e-9)
+    assert not fused.has_tracks(veskar.Source.RADAR)
+    fused.update_state(radar)
+    fused.apply_defusion(radar)
+    np.testing.assert_allclose(fused.state, before, rtol=1e-9)
+    assert fused.has_tracks(veskar.Source.RADAR)
+
+
+def test_a_system_track_answers_from_its_sensor_tracks(track):
+    radar = track(veskar.Source.RADAR, id=7, class_name="car")
+    radar.speed, radar.direction = 3.0, [1.0, 0.0]
+    radar.location = veskar.SphericalCoordinate(range=20.0, azimuth=90.0)
+    fused = veskar.SystemTrack(radar, 1)
+    assert fused.speed is None and fused.get_speed() == 3.0
+    assert fused.get_direction().tolist() == [1.0, 0.0]
+    assert fused.get_location() == radar.location
+    assert fused.get_geo_location() is None
+    video = track(class_name="human")
+    video.color_name = "red"
+    fused.update_class(video)
+    fused.update_color(video)
+    assert (fused.label(), fused.get_color_name()) == ("human", "red")
+
+
+def test_coasts_with_its_tracks(track):
+    fused = veskar.SystemTrack(track(), 1)
+    fused.predict(0.2)
+    assert fused.has_coasting_tracks_too_long(veskar.Source.VIDEO, 0.1)
+    assert not fused.has_coasting_tracks_too_long(veskar.Source.VIDEO, 0.3)
+
+
+def test_estimates_compare_without_tracks(track):
+    one, other = track(), track(u=0.2)
+    estimates = one.state, one.covariance, other.state, other.covariance
+    assert veskar.statistical_distance(*estimates) == one.statistical_distance(other)
+    assert veskar.log_pdf(*estimates) == one.log_pdf(other)
