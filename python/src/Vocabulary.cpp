@@ -22,19 +22,18 @@ void bindVocabulary(py::module_& module) {
         .value("IMAGE_PLANE_RANGE", Veskar::ImagePlaneRange,
                "(u, u rate, v, v rate, range, range rate); the frame of system tracks");
 
-    py::module_ words = module.def_submodule(
-        "vocabulary", "The words of labels, and what the fusion knows about them.");
-    words.attr("KNOWN_CLASSES") = py::frozenset(py::cast(Words::knownClasses));
-    words.attr("SUPPORTED_CLASSES") = py::frozenset(py::cast(Words::supportedClasses));
-    words.attr("KNOWN_COLORS") = py::frozenset(py::cast(Words::knownColors));
-    words.attr("CLASS_GROUPS") = py::cast(Words::classGroups);
-    words.attr("UNKNOWN") = Words::unknown;
-    words.def("is_known_class", Words::isKnownClass, py::arg("word"),
-              "Whether a class label is one of KNOWN_CLASSES.");
-    words.def("is_known_color", Words::isKnownColor, py::arg("word"),
-              "Whether a colour label is one of KNOWN_COLORS.");
-    words.def("nearest_word", Veskar::nearestWord, py::arg("word"), py::arg("words"),
-              "The one of the words that a misspelt one comes from; empty when none is near.");
+    // veskar/vocabulary.py shows these.
+    module.attr("KNOWN_CLASSES") = py::frozenset(py::cast(Words::knownClasses));
+    module.attr("SUPPORTED_CLASSES") = py::frozenset(py::cast(Words::supportedClasses));
+    module.attr("KNOWN_COLORS") = py::frozenset(py::cast(Words::knownColors));
+    module.attr("CLASS_GROUPS") = py::cast(Words::classGroups);
+    module.attr("UNKNOWN") = Words::unknown;
+    module.def("is_known_class", Words::isKnownClass, py::arg("word"),
+               "Whether a class label is one of KNOWN_CLASSES.");
+    module.def("is_known_color", Words::isKnownColor, py::arg("word"),
+               "Whether a colour label is one of KNOWN_COLORS.");
+    module.def("nearest_word", Veskar::nearestWord, py::arg("word"), py::arg("words"),
+               "The one of the words that a misspelt one comes from; empty when none is near.");
 }
 
 }  // namespace Bindings

@@ -7,12 +7,26 @@ equal. Distances are similarities as in TrackEval, 1 - distance / cutoff; a trac
 half of the cutoff (CLEAR MOT, identity).
 """
 
+from __future__ import annotations
+
 import os
+from typing import TYPE_CHECKING, Any, Callable, Iterator
 
 from . import _veskar
 
+__all__ = ["clear_mot", "gospa", "hota", "identity", "judge", "ospa", "over_time", "read_kitti",
+           "read_mot"]
 
-def _points(points, role):
+if TYPE_CHECKING:
+    import numpy as np
+    import pandas as pd
+    from numpy.typing import ArrayLike, NDArray
+
+    _Floats = NDArray[np.float64]
+    _Path = str | os.PathLike[str]
+
+
+def _points(points: ArrayLike, role: str) -> _Floats:
     import numpy as np
 
     points = np.asarray(points, dtype=float)
@@ -22,7 +36,7 @@ def _points(points, role):
     return points
 
 
-def _table(table, role):
+def _table(table: Any, role: str) -> tuple[_Floats, NDArray[Any], _Floats]:
     import numpy as np
 
     try:
@@ -40,40 +54,45 @@ def _table(table, role):
     return time.astype(float), ids, places
 
 
-def _check(cutoff, order):
+def _check(cutoff: float, order: float) -> None:
     if not 0.0 < cutoff < float("inf"):
         raise ValueError(f"cutoff: {cutoff} m is not above 0")
     if not 1.0 <= order < float("inf"):
         raise ValueError(f"order: {order} is not at least 1")
 
 
-def _judge(truth, tracks, cutoff, order):
+def _judge(truth: Any, tracks: Any, cutoff: float,
+           order: float) -> tuple[dict[str, float], _Floats, list[tuple[float, ...]]]:
     import numpy as np
 
     _check(cutoff, order)
     tables = _table(truth, "truth"), _table(tracks, "tracks")
     times = np.unique(np.concatenate([tables[0][0], tables[1][0]]))
-    arguments = []
+    arguments: list[Any] = [len(times)]
     for time, ids, places in tables:
         order_of_time = np.argsort(time, kind="stable")
         arguments += [np.searchsorted(times, time[order_of_time]),
                       np.unique(ids, return_inverse=True)[1][order_of_time], places[order_of_time]]
-    figures, moments = _veskar._judge_arrays(len(times), *arguments, cutoff, order)
+    arguments += [cutoff, order]
+    figures, moments = _veskar._judge_arrays(*arguments)
     return figures, times, moments
 
 
-def _at_one_moment(truth, tracks, cutoff, order):
+def _at_one_moment(truth: ArrayLike, tracks: ArrayLike, cutoff: float,
+                   order: float) -> tuple[float, ...]:
     import numpy as np
 
     _check(cutoff, order)
-    arguments = []
+    arguments: list[Any] = [1]
     for points, role in ((truth, "truth"), (tracks, "tracks")):
         points = _points(points, role)
         arguments += [np.zeros(len(points)), np.arange(len(points)), points]
-    return _veskar._judge_arrays(1, *arguments, cutoff, order)[1][0]
+    arguments += [cutoff, order]
+    return _veskar._judge_arrays(*arguments)[1][0]
 
 
-def gospa(truth, tracks, cutoff=5.0, order=2.0):
+def gospa(truth: ArrayLike, tracks: ArrayLike, cutoff: float = 5.0,
+          order: float = 2.0) -> dict[str, float]:
     """Generalised optimal sub-pattern assignment metric at one moment, alpha = 2.
 
     Rahmathullah, Garcia-Fernandez, Svensson, FUSION 2017.
@@ -96,7 +115,7 @@ def gospa(truth, tracks, cutoff=5.0, order=2.0):
     return {"gospa": distance, "localisation_cost": cost, "missed": int(missed), "false": int(false)}
 
 
-def ospa(truth, tracks, cutoff=5.0, order=2.0):
+def ospa(truth: ArrayLike, tracks: ArrayLike, cutoff: float = 5.0, order: float = 2.0) -> float:
     """Optimal sub-pattern assignment metric at one moment, m; arguments as in `gospa`.
 
     Schuhmacher, Vo, Vo, IEEE Trans. Signal Processing 56, 2008.
@@ -104,7 +123,7 @@ def ospa(truth, tracks, cutoff=5.0, order=2.0):
     return _at_one_moment(truth, tracks, cutoff, order)[1]
 
 
-def judge(truth, tracks, cutoff=5.0, order=2.0):
+def judge(truth: Any, tracks: Any, cutoff: float = 5.0, order: float = 2.0) -> dict[str, float]:
     """All metrics of a tracker over time.
 
     Parameters
@@ -125,7 +144,7 @@ def judge(truth, tracks, cutoff=5.0, order=2.0):
     return _judge(truth, tracks, cutoff, order)[0]
 
 
-def over_time(truth, tracks, cutoff=5.0, order=2.0):
+def over_time(truth: Any, tracks: Any, cutoff: float = 5.0, order: float = 2.0) -> pd.DataFrame:
     """GOSPA and OSPA at every moment; arguments as in `judge`.
 
     Returns
@@ -141,34 +160,35 @@ def over_time(truth, tracks, cutoff=5.0, order=2.0):
     return frame.astype({"missed": int, "false": int})
 
 
-def hota(truth, tracks, cutoff=5.0):
+def hota(truth: Any, tracks: Any, cutoff: float = 5.0) -> dict[str, float]:
     """HOTA, DetA, AssA and LocA (Luiten et al., IJCV 129, 2021); arguments as in `judge`."""
     return _chosen(truth, tracks, cutoff, ("HOTA", "DetA", "AssA", "LocA"))
 
 
-def clear_mot(truth, tracks, cutoff=5.0):
+def clear_mot(truth: Any, tracks: Any, cutoff: float = 5.0) -> dict[str, float]:
     """MOTA, MOTP and counts (Bernardin, Stiefelhagen, 2008); arguments as in `judge`."""
     return _chosen(truth, tracks, cutoff, ("MOTA", "MOTP", "MOTP_distance", "TP", "FN", "FP", "IDSW",
                                            "Frag", "MT", "PT", "ML"))
 
 
-def identity(truth, tracks, cutoff=5.0):
+def identity(truth: Any, tracks: Any, cutoff: float = 5.0) -> dict[str, float]:
     """IDF1, IDP and IDR (Ristani et al., 2016); arguments as in `judge`."""
     return _chosen(truth, tracks, cutoff, ("IDF1", "IDP", "IDR"))
 
 
-def _chosen(truth, tracks, cutoff, names):
+def _chosen(truth: Any, tracks: Any, cutoff: float, names: tuple[str, ...]) -> dict[str, float]:
     figures = judge(truth, tracks, cutoff)
     return {name: figures[name] for name in names}
 
 
-def _fault(file, line, reason):
+def _fault(file: str, line: int, reason: str) -> _veskar.InputError:
     error = _veskar.InputError(f"{file}:{line}: {reason}")
     error.file, error.line, error.key, error.reason = file, line, None, reason
     return error
 
 
-def _rows(path, separator, least):
+def _rows(path: _Path, separator: str | None,
+          least: int) -> Iterator[tuple[str, int, list[str]]]:
     """Numbers of the lines of a text file, with the place of a fault."""
     file = os.fsdecode(path)
     with open(path, encoding="utf-8") as lines:
@@ -181,7 +201,7 @@ def _rows(path, separator, least):
             yield file, number, cells
 
 
-def _number(file, line, text, kind=float):
+def _number(file: str, line: int, text: str, kind: Callable[[float], float] = float) -> float:
     try:
         value = kind(float(text))
     except (ValueError, OverflowError):
@@ -189,7 +209,8 @@ def _number(file, line, text, kind=float):
     return value
 
 
-def read_mot(path, frame_rate, ground=None):
+def read_mot(path: _Path, frame_rate: float,
+             ground: Callable[..., tuple[Any, Any]] | None = None) -> pd.DataFrame:
     """Read tracks or truth in the format of MOTChallenge.
 
     Parameters
@@ -226,7 +247,7 @@ def read_mot(path, frame_rate, ground=None):
     return table.astype({"id": int})[["time", "id", "x", "y", *names[2:7]]]
 
 
-def read_kitti(path, frame_rate=10.0):
+def read_kitti(path: _Path, frame_rate: float = 10.0) -> pd.DataFrame:
     """Read tracks or labels in the tracking format of KITTI; "DontCare" is left out.
 
     Parameters

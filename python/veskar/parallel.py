@@ -1,11 +1,20 @@
 # SPDX-License-Identifier: Apache-2.0
 """All cores: work in several processes, each with a fusion of its own."""
 
+from __future__ import annotations
+
 import os
 import sys
+from typing import Any, Callable, Iterable, TypeVar
+
+__all__ = ["map"]
+
+_Item = TypeVar("_Item")
+_Result = TypeVar("_Result")
 
 
-def map(function, items, processes=None, progress=None):
+def map(function: Callable[[_Item], _Result], items: Iterable[_Item], processes: int | None = None,
+        progress: bool | None = None) -> list[_Result]:
     """Apply a function to items in several processes.
 
     Parameters
@@ -51,7 +60,7 @@ def map(function, items, processes=None, progress=None):
             raise
 
 
-def _draw(finished, count, width=40):
+def _draw(finished: Iterable[Any], count: int, width: int = 40) -> None:
     for done, _ in enumerate(finished, 1):
         filled = width * done // count
         bar = "#" * filled + "." * (width - filled)

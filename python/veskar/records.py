@@ -2,7 +2,12 @@
 """How records are copied and pickled."""
 
 
-def rebuild(cls, values):
+from typing import Any, Iterable
+
+__all__ = ["rebuild"]
+
+
+def rebuild(cls: Any, values: Iterable[Any]) -> Any:
     """Make a record of a class of the values of its fields."""
     record = cls()
     for name, value in zip(cls._fields, values):

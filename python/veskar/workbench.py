@@ -4,23 +4,35 @@
 They run in process, by the code of the program `veskar`, and release the interpreter lock.
 """
 
+from __future__ import annotations
+
 import contextlib
 import json
 import os
 import tempfile
 import weakref
-from typing import NamedTuple
+from collections.abc import Callable, Iterator, Mapping, Sequence
+from typing import TYPE_CHECKING, Any, NamedTuple
 
 from . import _veskar
+
+__all__ = ["Calibration", "Finding", "Metrics", "Recording", "Run", "calibrate", "check",
+           "evaluate", "read_recording", "replay", "report", "simulate"]
+
+if TYPE_CHECKING:
+    import pandas as pd
+
+    _Path = str | os.PathLike[str]
+    _Progress = Callable[[float], object] | None
 
 _BOOLEANS = ("confirmed",)
 
 
-def _arrays(columns):
+def _arrays(columns: dict[str, Any]) -> dict[str, Any]:
     """Columns of C++ as arrays; words become arrays of str."""
     import numpy as np
 
-    made = {}
+    made: dict[str, Any] = {}
     for name, column in columns.items():
         if isinstance(column, tuple):
             codes, words = column
@@ -30,7 +42,7 @@ def _arrays(columns):
     return made
 
 
-def _frame(columns):
+def _frame(columns: dict[str, Any]) -> pd.DataFrame:
     """Columns of C++ as a data frame; words become categories."""
     import pandas as pd
 
@@ -40,7 +52,8 @@ def _frame(columns):
         for name, column in columns.items()})
 
 
-def _settings(config, changes):
+def _settings(config: _veskar.Config | _Path | None, changes: Mapping[str, Any] | None,
+              ) -> tuple[str, list[str], _veskar.Config | None]:
     """The arguments of C++ for a configuration: file, changes, Config."""
     pairs = [f"{key}={json.dumps(value)}" for key, value in (changes or {}).items()]
     if isinstance(config, _veskar.Config):
@@ -64,24 +77,24 @@ class Recording:
         its first line: name, camera, radar, site, origin ...
     """
 
-    def __init__(self, path):
+    def __init__(self, path: _Path) -> None:
         self.path = os.fsdecode(path)
-        self.header = json.loads(_veskar._RecordingRows(self.path, False).header())
+        self.header: dict[str, Any] = json.loads(_veskar._RecordingRows(self.path, False).header())
 
-    def __repr__(self):
+    def __repr__(self) -> str:
         return f"Recording({self.path!r})"
 
-    def __reduce__(self):
+    def __reduce__(self) -> tuple[Any, ...]:
         return Recording, (self.path,)
 
-    def frames(self):
+    def frames(self) -> _veskar.RecordingFrames:
         """Iterate over the sensor frames lazily, as SensorFrame, for FusionPipeline.push.
 
         The attribute `end` of the iterator, once it is through, is the time to advance to.
         """
         return _veskar.RecordingFrames(self.path)
 
-    def batches(self, rows=100_000, truth=True):
+    def batches(self, rows: int = 100_000, truth: bool = True) -> Iterator[dict[str, Any]]:
         """Read lazily, some rows at a time.
 
         Parameters
@@ -103,7 +116,7 @@ class Recording:
                 return
             yield _arrays(columns)
 
-    def to_pandas(self, truth=True):
+    def to_pandas(self, truth: bool = True) -> pd.DataFrame:
         """Read the whole recording in long format: a row per report or true object.
 
         Returns
@@ -132,27 +145,28 @@ class Run:
         frames pushed, added and failed, seconds inside the fusion
     """
 
-    def __init__(self, path, recording, counts=None, explanations=None, temporary=False):
+    def __init__(self, path: str, recording: str, counts: dict[str, Any] | None = None,
+                 explanations: str | None = None, temporary: bool = False) -> None:
         self.path = path
         self.recording = recording
         self.counts = counts
         self.explanations = explanations
         self._finalizer = weakref.finalize(self, _remove, path, os.getpid()) if temporary else None
 
-    def __repr__(self):
+    def __repr__(self) -> str:
         return f"Run({self.path!r} of {self.recording!r})"
 
-    def __reduce__(self):
+    def __reduce__(self) -> tuple[Any, ...]:
         # A temporary file ends with this object: its contents travel.
         contents = self.to_bytes() if self._finalizer else None
         return _unpickle, (self.path, self.recording, self.counts, self.explanations, contents)
 
-    def to_bytes(self):
+    def to_bytes(self) -> bytes:
         """The fused tracks as JSON Lines, as the program writes them."""
         with open(self.path, "rb") as file:
             return file.read()
 
-    def batches(self, rows=100_000):
+    def batches(self, rows: int = 100_000) -> Iterator[dict[str, Any]]:
         """As `Recording.batches`, with the columns of `to_pandas`."""
         reader = _veskar._FusedRows(self.path)
         while True:
@@ -161,7 +175,7 @@ class Run:
                 return
             yield _arrays(columns)
 
-    def to_pandas(self):
+    def to_pandas(self) -> pd.DataFrame:
         """The fused tracks in long format: a row per system track and frame.
 
         Returns
@@ -177,19 +191,20 @@ class Run:
         return _frame(_veskar._FusedRows(self.path).next(2**62))
 
 
-def _remove(path, owner):
+def _remove(path: str, owner: int) -> None:
     if os.getpid() == owner:  # not in a forked process
         with contextlib.suppress(FileNotFoundError):
             os.unlink(path)
 
 
-def _temporary_file():
+def _temporary_file() -> str:
     descriptor, path = tempfile.mkstemp(prefix="veskar-", suffix=".jsonl")
     os.close(descriptor)
     return path
 
 
-def _unpickle(path, recording, counts, explanations, contents):
+def _unpickle(path: str, recording: str, counts: dict[str, Any] | None, explanations: str | None,
+              contents: bytes | None) -> Run:
     if contents is not None:
         path = _temporary_file()
         with open(path, "wb") as file:
@@ -210,27 +225,27 @@ class Metrics:
         of the fusion, when it ran
     """
 
-    def __init__(self, result):
+    def __init__(self, result: dict[str, Any]) -> None:
         self._result = result
         self._report = json.loads(result["json"])
-        self.parts = self._report["parts"]
-        self.counts = result["counts"]
+        self.parts: dict[str, dict[str, dict[str, Any]]] = self._report["parts"]
+        self.counts: dict[str, Any] | None = result["counts"]
 
-    def __reduce__(self):
+    def __reduce__(self) -> tuple[Any, ...]:
         return Metrics, (self._result,)
 
-    def __str__(self):
-        return self._result["table"]
+    def __str__(self) -> str:
+        return str(self._result["table"])
 
-    def __getitem__(self, metric):
+    def __getitem__(self, metric: str) -> Any:
         """A metric of the fusion over the whole scene."""
         return self.parts["all"]["fusion"][metric]
 
-    def to_json(self):
+    def to_json(self) -> str:
         """The report of `veskar evaluate --format json`."""
-        return self._result["json"]
+        return str(self._result["json"])
 
-    def to_pandas(self):
+    def to_pandas(self) -> pd.DataFrame:
         """A row per part and tracker, a column per metric."""
         import pandas as pd
 
@@ -240,7 +255,7 @@ class Metrics:
         frame.index.names = ["part", "tracker"]
         return frame
 
-    def over_time(self):
+    def over_time(self) -> pd.DataFrame:
         """GOSPA at every moment of the truth.
 
         Returns
@@ -250,7 +265,7 @@ class Metrics:
         """
         return self._of_trackers("moments")
 
-    def matches(self):
+    def matches(self) -> pd.DataFrame:
         """Which track follows which object.
 
         Returns
@@ -260,7 +275,7 @@ class Metrics:
         """
         return self._of_trackers("matches")
 
-    def per_object(self):
+    def per_object(self) -> pd.DataFrame:
         """What became of every object that was ever matched.
 
         Returns
@@ -273,7 +288,7 @@ class Metrics:
         return grouped.agg(matched=("time", "size"), tracks=("track", "nunique"),
                            first=("time", "min"), last=("time", "max"))
 
-    def _of_trackers(self, kind):
+    def _of_trackers(self, kind: str) -> pd.DataFrame:
         import pandas as pd
 
         series = self._result["over_time"]
@@ -297,29 +312,29 @@ class Calibration:
         the stated one with the significant errors corrected
     """
 
-    def __init__(self, answer):
+    def __init__(self, answer: dict[str, Any]) -> None:
         self._answer = answer
-        self.values = json.loads(answer["json"])["values"]
-        self.is_told = answer["is_told"]
+        self.values: dict[str, dict[str, Any]] = json.loads(answer["json"])["values"]
+        self.is_told: bool = answer["is_told"]
         self.installation = _veskar.Installation.parse(answer["header"])
 
-    def __reduce__(self):
+    def __reduce__(self) -> tuple[Any, ...]:
         return Calibration, (self._answer,)
 
-    def __str__(self):
-        return self._answer["text"]
+    def __str__(self) -> str:
+        return str(self._answer["text"])
 
-    def to_json(self):
+    def to_json(self) -> str:
         """The answer of `veskar calibrate --format json`."""
-        return self._answer["json"]
+        return str(self._answer["json"])
 
-    def to_pandas(self):
+    def to_pandas(self) -> pd.DataFrame:
         """A row per value, with the columns of `values`; NaN where there is none."""
         import pandas as pd
 
         return pd.DataFrame.from_dict(self.values, orient="index")
 
-    def correlations(self):
+    def correlations(self) -> pd.DataFrame:
         """Correlation of the estimated values with each other.
 
         Returns
@@ -348,11 +363,12 @@ class Finding(NamedTuple):
     message: str  #: what is wrong, and what was expected
     text: str  #: the line that the program prints
 
-    def __str__(self):
+    def __str__(self) -> str:
         return self.text
 
 
-def simulate(scenario, output, seed=1, duration=None, progress=None):
+def simulate(scenario: _Path, output: _Path, seed: int = 1, duration: float | None = None,
+             progress: _Progress = None) -> Recording:
     """Play a scenario and record what its sensors report, with the truth.
 
     Parameters
@@ -378,7 +394,7 @@ def simulate(scenario, output, seed=1, duration=None, progress=None):
     return Recording(output)
 
 
-def read_recording(path):
+def read_recording(path: _Path) -> Recording:
     """Open a recording; see `Recording`.
 
     Raises
@@ -391,8 +407,11 @@ def read_recording(path):
     return Recording(path)
 
 
-def replay(recording, config=None, output=None, *, changes=None, camera=None, installation=None,
-           explanations=None, tags=False, progress=None):
+def replay(recording: Recording | _Path, config: _veskar.Config | _Path | None = None,
+           output: _Path | None = None, *, changes: Mapping[str, Any] | None = None,
+           camera: _Path | None = None, installation: _Path | None = None,
+           explanations: _Path | None = None, tags: bool = False,
+           progress: _Progress = None) -> Run:
     """Send a recording through the fusion.
 
     Replays of one process take turns, because ids of system tracks are counted per process;
@@ -439,9 +458,12 @@ def replay(recording, config=None, output=None, *, changes=None, camera=None, in
     return run
 
 
-def evaluate(recording, run=None, config=None, *, changes=None, camera=None, cutoff=5.0,
-             bands=(0.0, 20.0, 40.0, 80.0), hits=(3, 8, 15), whole_scene=False, force=False,
-             progress=None):
+def evaluate(recording: Recording | _Path, run: Run | _Path | None = None,
+             config: _veskar.Config | _Path | None = None, *,
+             changes: Mapping[str, Any] | None = None, camera: _Path | None = None,
+             cutoff: float = 5.0, bands: Sequence[float] = (0.0, 20.0, 40.0, 80.0),
+             hits: Sequence[int] = (3, 8, 15), whole_scene: bool = False, force: bool = False,
+             progress: _Progress = None) -> Metrics:
     """Judge the fusion and each sensor alone by the truth of a recording.
 
     Parameters
@@ -483,7 +505,10 @@ def evaluate(recording, run=None, config=None, *, changes=None, camera=None, cut
         *_settings(config, changes), options, force, progress))
 
 
-def calibrate(recordings, output=None, *, apply=None, estimate=(), hold=(), progress=None):
+def calibrate(recordings: Recording | _Path | Sequence[Recording | _Path],
+              output: _Path | None = None, *, apply: _Path | None = None,
+              estimate: str | Sequence[str] = (), hold: str | Sequence[str] = (),
+              progress: _Progress = None) -> Calibration:
     """Estimate how a device is really mounted, and how late the stamps of its radar are.
 
     docs/calibration.md says what is estimated, what recordings must contain, and how sure the
@@ -517,8 +542,9 @@ def calibrate(recordings, output=None, *, apply=None, estimate=(), hold=(), prog
     NotImplementedError
         when the package was built without Ceres
     """
-    single = isinstance(recordings, (Recording, str, bytes, os.PathLike))
-    sources = [_path_of(recording) for recording in ([recordings] if single else recordings)]
+    if isinstance(recordings, (Recording, str, os.PathLike)):
+        recordings = [recordings]
+    sources = [_path_of(recording) for recording in recordings]
     if apply is not None and len(sources) != 1:
         raise ValueError("apply: takes one recording")
     for source in sources:
@@ -527,7 +553,7 @@ def calibrate(recordings, output=None, *, apply=None, estimate=(), hold=(), prog
                                           _optional(apply), progress))
 
 
-def check(path, progress=None):
+def check(path: Recording | _Path, progress: _Progress = None) -> list[Finding]:
     """Say what is wrong with a configuration, a camera, a scenario, run.json or a recording.
 
     Returns
@@ -537,7 +563,8 @@ def check(path, progress=None):
     return [Finding(*values) for values in _veskar._check(_path_of(path), progress)]
 
 
-def report(recording, *runs, path, force=False, progress=None):
+def report(recording: Recording | _Path, *runs: Run | _Path, path: _Path, force: bool = False,
+           progress: _Progress = None) -> None:
     """Show a recording and one or two of its runs in one HTML file.
 
     Parameters
@@ -557,25 +584,24 @@ def report(recording, *runs, path, force=False, progress=None):
     _veskar._report(_path_of(recording), shown, os.fsdecode(path), force, progress)
 
 
-def _path_of(file):
+def _path_of(file: Recording | Run | _Path) -> str:
     return file.path if isinstance(file, (Recording, Run)) else os.fsdecode(file)
 
 
-def _optional(path):
+def _optional(path: _Path | None) -> str:
     return "" if path is None else os.fsdecode(path)
 
 
-def _names(words):
+def _names(words: str | Sequence[str]) -> list[str]:
     return [words] if isinstance(words, str) else list(words)
 
 
-def _refuse_clash(inputs, outputs):
+def _refuse_clash(inputs: Mapping[str, _Path | None], outputs: Mapping[str, _Path | None]) -> None:
     """Refuse to overwrite an input or to write two outputs into one file."""
-    inputs = {role: path for role, path in inputs.items() if path is not None}
     for role, output in outputs.items():
         for other, path in inputs.items():
-            if output is not None and os.path.exists(output) and os.path.exists(path) and (
-                    os.path.samefile(output, path)):
+            if output is not None and path is not None and os.path.exists(output) and (
+                    os.path.exists(path) and os.path.samefile(output, path)):
                 raise ValueError(f"{output}: the {role} would overwrite the {other}")
     written = [os.path.realpath(output) for output in outputs.values() if output is not None]
     if len(set(written)) < len(written):
