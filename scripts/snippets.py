@@ -101,7 +101,7 @@ def snippets_of(document):
             language = fence[2].strip()
             words = words_of(mark[1]) if mark else {}
         elif fence:
-            text = "".join(text[indentation:] + "\n" for text in lines[start - 1 : number - 1])
+            text = "".join(text[indentation:] + "\n" for text in lines[start - 1:number - 1])
             yield Snippet(document, start, language, words, text)
             start = None
     if start is not None:

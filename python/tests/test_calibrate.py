@@ -14,6 +14,7 @@ import veskar
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
+
 @pytest.fixture(scope="module")
 def turned(tmp_path_factory):
     """A recording whose camera is turned by two degrees, and its radar late by 0.2 s."""
