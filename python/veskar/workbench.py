@@ -9,6 +9,7 @@ from __future__ import annotations
 import contextlib
 import json
 import os
+import sys
 import tempfile
 import weakref
 from collections.abc import Callable, Iterator, Mapping, Sequence
@@ -129,7 +130,7 @@ class Recording:
             [1/s], age [s]; of the truth x (forward) and y (left) [m], vx and vy [m/s]. NaN where
             there is none.
         """
-        return _frame(_veskar._RecordingRows(self.path, truth).next(2**62))
+        return _frame(_veskar._RecordingRows(self.path, truth).next(sys.maxsize))
 
 
 class Run:
@@ -188,7 +189,7 @@ class Run:
             v_rate [1/s], range [m], range_rate [m/s], left, bottom, right, top [image plane],
             latitude and longitude [degrees]. NaN where there is none.
         """
-        return _frame(_veskar._FusedRows(self.path).next(2**62))
+        return _frame(_veskar._FusedRows(self.path).next(sys.maxsize))
 
 
 def _remove(path: str, owner: int) -> None:
