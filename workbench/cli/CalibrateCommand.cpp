@@ -32,6 +32,7 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
 namespace Workbench {
 namespace {
