@@ -23,7 +23,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 CACHE = pathlib.Path(os.environ.get("XDG_CACHE_HOME", pathlib.Path.home() / ".cache"), "veskar-lint")
 DAYS_KEPT = 30
-FOLDERS = ("src", "host", "live", "workbench", "examples", "tests", "bench", "fuzz")
+FOLDERS = ("src", "host", "live", "workbench", "python", "examples", "tests", "bench", "fuzz")
 
 INCLUDED_SOURCE = re.compile(r'^#include "([^"]*\.(?:c|cc|cpp|cxx))"', re.MULTILINE)
 # These look at what the main file declares and includes: a batch consists of nothing else.
