@@ -223,17 +223,6 @@ def test_check_finds_what_the_program_finds(root, tmp_path):
     assert found[0].severity == "fault" and found[0].key == "veskarModule.useJVA"
 
 
-def test_report_equals_the_program(recording, tmp_path):
-    run = veskar.replay(recording, output=tmp_path / "fused.jsonl",
-                        explanations=tmp_path / "why.jsonl")
-    program("report", recording.path, run.path, "--explain", tmp_path / "why.jsonl", "-o",
-            tmp_path / "program.html")
-    veskar.report(recording, run, path=tmp_path / "python.html")
-    assert (tmp_path / "python.html").read_bytes() == (tmp_path / "program.html").read_bytes()
-    with pytest.raises(ValueError, match="one or two runs"):
-        veskar.report(recording, path=tmp_path / "none.html")
-
-
 def test_a_package_without_calibrate_says_so(recording, monkeypatch):
     import _without_calibration
 
