@@ -117,6 +117,7 @@ int write(const CalibrateOptions& options, const Answer& answer,
 int calibrateByRecordings(const CalibrateOptions& options) {
     const std::vector<std::string>& recordings = options.task.recordings;
     std::vector<NamedFile> inputs;
+    inputs.reserve(recordings.size());
     for (const std::string& path : recordings) {
         inputs.push_back({"recording", path});
     }
