@@ -23,6 +23,9 @@ compiler_packages() {
   echo "libc6-dev,libstdc++-${version%%.*}-dev"
 }
 
+# debian_root OPTION...: makes a root of Debian; a mirror that breaks off is asked again.
+debian_root() { as_root mmdebstrap --quiet --mode=root --aptopt='Acquire::Retries "5"' "$@"; }
+
 # extract_root ARCHITECTURE DIRECTORY PACKAGES [SOURCE...]: unpacks packages (comma-separated) with
 # all their dependencies, from the machine's mirror and further apt sources. Nothing is configured,
 # so that no program of that architecture has to run. The package files stay in
@@ -33,8 +36,8 @@ extract_root() {
   [ -n "$(mirror)" ] || as_root apt-get update -q
   rm -rf "$directory"
   mkdir -p "$directory"
-  as_root mmdebstrap --quiet --mode=root --variant=extract --architectures="$architecture" \
-    --include="$packages" --skip=cleanup/apt --format=tar \
+  debian_root --variant=extract --architectures="$architecture" --include="$packages" \
+    --skip=cleanup/apt --format=tar \
     "$(release)" - "deb $(mirror) $(release) main" "$@" |
     tar -x -C "$directory" --no-same-owner --exclude='./dev/*'
 }
