@@ -133,7 +133,7 @@ TEST_F(TrackOutputTest, LeavesOutWhatIsNotAskedFor) {
 }
 
 TEST_F(TrackOutputTest, KeepsToItsRateWithTheLatestFrame) {
-    settings_.interval = 0.05;
+    settings_.interval = 1.0;
     settings_.format = TrackFormat::OnvifJson;
     TrackOutput output(settings_, installation_, loop_, std::make_unique<KeptOutput>(sent_));
     output.offer(frameOf({trackOf(1, "car", true)}), noon);
