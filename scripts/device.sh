@@ -23,8 +23,16 @@ compiler_packages() {
   echo "libc6-dev,libstdc++-${version%%.*}-dev"
 }
 
-# debian_root OPTION...: makes a root of Debian; a mirror that breaks off is asked again.
-debian_root() { as_root mmdebstrap --quiet --mode=root --aptopt='Acquire::Retries "5"' "$@"; }
+# debian_root OPTION...: makes a root of Debian; a mirror that breaks off is asked again. Says what it
+# did only when it fails.
+debian_root() {
+  local log status=0
+  log=$(mktemp)
+  as_root mmdebstrap --mode=root --aptopt='Acquire::Retries "5"' "$@" 2>"$log" || status=$?
+  [ "$status" = 0 ] || cat "$log" >&2
+  rm "$log"
+  return "$status"
+}
 
 # extract_root ARCHITECTURE DIRECTORY PACKAGES [SOURCE...]: unpacks packages (comma-separated) with
 # all their dependencies, from the machine's mirror and further apt sources. Nothing is configured,
