@@ -67,7 +67,7 @@ it('saves its tables and the errors', async () => {
   };
   expect(await saved('Save the values as CSV')).toMatch(/^\ufeffValue,Unit,Stated,/);
   const lines = (await saved('Save the errors of the pairs as CSV')).trimEnd().split('\r\n');
-  expect(lines[0]).toBe('time,range,u,v,bearingBefore,bearingAfter,depressionBefore,depressionAfter');
+  expect(lines[0]).toBe('\ufefftime,range,u,v,bearingBefore,bearingAfter,depressionBefore,depressionAfter');
   expect(lines.length).toBeGreaterThan(100);
 });
 

@@ -5,7 +5,7 @@ import { tickText, timeText } from './clock';
 import { button, element } from './dom';
 import { countsOf, letterOf, type Model, type Run } from './model';
 import { runColour, type Palette } from './palette';
-import { save } from './save';
+import { savePng, saveSvg } from './save';
 import type { Selection } from './state';
 import { svgOf, type Line } from './svg';
 import { lastNotAfter } from './table';
@@ -115,7 +115,9 @@ export class Plot {
   readonly root: HTMLElement;
   private readonly holder = element('div', { class: 'plot-area', role: 'img' });
   private readonly keys = element('div', { class: 'plot-keys' });
-  private readonly saveButton = button('SVG', 'Save the plot as SVG', () => this.save(), { class: 'save' });
+  private readonly saveButtons = element('span', { class: 'saves' },
+    button('SVG', 'Save the plot as SVG', () => saveSvg(this.title, this.drawing()), { class: 'save' }),
+    button('PNG', 'Save the plot as PNG', () => void savePng(this.title, this.drawing()), { class: 'save' }));
   private plot: uPlot | null = null;
   private series: readonly Line[] = [];
   private palette: Palette | null = null;
@@ -131,7 +133,7 @@ export class Plot {
     private readonly seek: (time: number) => void,
   ) {
     this.span = { from: 0, to: duration };
-    this.root = element('section', { class: 'plot', 'aria-label': title }, element('header', {}, element('h2', {}, title), this.keys, this.saveButton), this.holder);
+    this.root = element('section', { class: 'plot', 'aria-label': title }, element('header', {}, element('h2', {}, title), this.keys, this.saveButtons), this.holder);
   }
 
   /** Number of drawn points, for tests. */
@@ -186,7 +188,7 @@ export class Plot {
     this.plot = null;
     this.holder.replaceChildren();
     this.holder.setAttribute('aria-label', rangeText(this.series));
-    this.saveButton.hidden = this.series.length === 0;
+    this.saveButtons.hidden = this.series.length === 0;
     this.keys.replaceChildren(
       ...this.series.map(({ label, colour, dash }) => {
         const swatch = element('i', { class: dash ? 'swatch dashed' : 'swatch' });
@@ -204,11 +206,11 @@ export class Plot {
     }
   }
 
-  private save(): void {
+  /** The shown part of the time, for documents. */
+  private drawing(): string {
     const { least, most, isWhole } = this.scale;
     const highest = this.series.reduce((top, { values }) => values.reduce((a, b) => (b > a ? b : a), top), 0);
-    const figure = { title: this.title, lines: this.series, span: this.span, least, most: most ?? Math.max(1, highest * 1.08), isWhole };
-    save(`${this.title}.svg`, 'image/svg+xml', svgOf(figure));
+    return svgOf({ title: this.title, lines: this.series, span: this.span, least, most: most ?? Math.max(1, highest * 1.08), isWhole });
   }
 
   /** Joins series with individual times on one axis. */

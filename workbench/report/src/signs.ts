@@ -3,8 +3,14 @@
 import type { Mark } from './canvas';
 import { element } from './dom';
 
+export type SignKind = Mark['kind'] | 'doubtful';
+
 /** The confirmed tracks of the second run have a sign of their own. */
-export function signOf(kind: Mark['kind'] | 'doubtful', run: number): HTMLElement {
+export function signClass(kind: SignKind, run: number): string {
   const isOther = run === 1 && (kind === 'system' || kind === 'doubtful');
-  return element('i', { class: `sign ${kind}${isOther ? ' other' : ''}` });
+  return `sign ${kind}${isOther ? ' other' : ''}`;
+}
+
+export function signOf(kind: SignKind, run: number): HTMLElement {
+  return element('i', { class: signClass(kind, run) });
 }

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // The system tracks at a time: to be searched, sorted and filtered.
-import { element, setText } from './dom';
+import { button, element, setText } from './dom';
 import { isDoubtful } from './doubt';
+import { quantity } from './facts';
 import { letterOf, lookupTime, type Model } from './model';
-import { signOf } from './signs';
+import { saveCsv } from './save';
+import { signClass } from './signs';
 import type { Selection } from './state';
+import { TrackEntries, TrackEntry } from './trackentries';
 import { sourceNames } from './vocabulary';
 
 export interface Entry {
@@ -77,26 +80,31 @@ export function chosen(entries: readonly Entry[], { text, order, className, stan
   return entries.filter(isWanted).sort((a, b) => ranks[order](a, b) || a.run - b.run || a.id - b.id);
 }
 
-interface Shown {
-  readonly item: HTMLElement;
-  readonly sign: HTMLElement;
-  readonly name: HTMLElement;
-  readonly value: HTMLElement;
+/** The entries as a table, for spreadsheets. */
+export function cellsOf(entries: readonly Entry[]): string[][] {
+  return [
+    ['run', 'track', 'class', 'standing', 'sensors', 'probability', 'distance, m'],
+    ...entries.map(({ run, id, className, standing, sensors, probability, distance }) =>
+      [letterOf(run), `${id}`, className, standing, sensors, probability.toFixed(3), Number.isNaN(distance) ? '' : distance.toFixed(2)]),
+  ];
 }
 
 export class TrackList {
   readonly root: HTMLElement;
-  private readonly list = element('ul', { class: 'tracks' });
+  private readonly list: TrackEntries<Entry, TrackEntry>;
   private readonly summary = element('p', { class: 'hint' });
-  private readonly shown = new Map<string, Shown>();
-  private order = '';
+  private readonly saveButton = button('CSV', 'Save the list of tracks as CSV', () => this.save(), { class: 'save' });
   private wish = everything;
   private time = 0;
 
   constructor(
     private readonly model: Model,
-    private readonly select: (selection: Selection) => void,
+    select: (selection: Selection) => void,
   ) {
+    this.list = new TrackEntries(
+      ({ run, id }) => `${run}-${id}`,
+      ({ run, id }) => new TrackEntry(id, `${model.isPair ? `${letterOf(run)} ` : ''}${id}`, () => select({ kind: 'system', run, id })),
+      (shown, entry) => this.fill(shown, entry));
     const classes = [...new Set(model.runs.flatMap((run) => run.lives.flatMap((life) => life.classes.map(({ value }) => value))))].sort();
     const search = element('input', { type: 'search', 'aria-label': 'Search tracks', placeholder: 'Number, class, sensor' });
     search.addEventListener('input', () => this.want({ text: search.value }));
@@ -110,7 +118,16 @@ export class TrackList {
         choice('Standing', [['', 'all'], ['confirmed', 'confirmed'], ['doubtful', 'doubtful'], ['tentative', 'tentative']], (standing) => this.want({ standing })),
         choice('Sensors', [['', 'all'], ['radar and video', 'both'], ['radar', 'radar only'], ['video', 'video only'], ['no sensor', 'none']], (sensors) => this.want({ sensors })),
         element('label', {}, element('span', {}, 'From'), least)),
-      this.summary, this.list);
+      element('div', { class: 'panel-tools' }, this.summary, this.saveButton), this.list.root);
+  }
+
+  draw(time: number): void {
+    this.time = time;
+    const all = entriesAt(this.model, time);
+    const wanted = chosen(all, this.wish);
+    this.list.draw(wanted);
+    this.saveButton.hidden = wanted.length === 0;
+    setText(this.summary, all.length === 0 ? 'No system track.' : wanted.length === all.length ? `${all.length} system tracks` : `${wanted.length} of ${all.length} system tracks`);
   }
 
   private want(change: Partial<Wish>): void {
@@ -118,45 +135,14 @@ export class TrackList {
     this.draw(this.time);
   }
 
-  /** Changes what differs, so that a focused entry stays focused while the time runs. */
-  draw(time: number): void {
-    this.time = time;
-    const all = entriesAt(this.model, time);
-    const wanted = chosen(all, this.wish);
-    const keys = wanted.map(({ run, id }) => `${run}-${id}`);
-    const order = keys.join(' ');
-    if (order !== this.order) {
-      this.order = order;
-      const focused = document.activeElement;
-      for (const key of this.shown.keys()) {
-        if (!keys.includes(key)) {
-          this.shown.delete(key);
-        }
-      }
-      this.list.replaceChildren(...wanted.map((entry, i) => this.itemOf(keys[i], entry).item));
-      if (focused instanceof HTMLElement && this.list.contains(focused)) {
-        focused.focus();
-      }
-    }
-    wanted.forEach((entry, i) => {
-      const { sign, name, value } = this.shown.get(keys[i]) as Shown;
-      sign.className = signOf(entry.standing === 'confirmed' ? 'system' : entry.standing, entry.run).className;
-      setText(name, entry.standing === 'doubtful' ? `${entry.className}, doubtful` : entry.className);
-      setText(value, this.wish.order === 'distance' ? (Number.isNaN(entry.distance) ? '–' : `${entry.distance.toFixed(1)} m`) : entry.probability.toFixed(2));
-    });
-    setText(this.summary, all.length === 0 ? 'No system track.' : wanted.length === all.length ? `${all.length} system tracks` : `${wanted.length} of ${all.length} system tracks`);
+  private fill({ sign, name, value }: TrackEntry, { run, className, standing, probability, distance }: Entry): void {
+    sign.className = signClass(standing === 'confirmed' ? 'system' : standing, run);
+    setText(name, standing === 'doubtful' ? `${className}, doubtful` : className);
+    setText(value, this.wish.order === 'distance' ? quantity(distance, 1, 'm') : probability.toFixed(2));
   }
 
-  private itemOf(key: string, { run, id }: Entry): Shown {
-    let made = this.shown.get(key);
-    if (!made) {
-      const [sign, name, value] = [element('i'), element('span'), element('span', { class: 'number' })];
-      const label = `${this.model.isPair ? `${letterOf(run)} ` : ''}${id}`;
-      const item = element('li', {}, element('button', { type: 'button', 'data-track': `${id}`, click: () => this.select({ kind: 'system', run, id }) }, sign, element('b', {}, label), name, value));
-      made = { item, sign, name, value };
-      this.shown.set(key, made);
-    }
-    return made;
+  private save(): void {
+    saveCsv(`tracks at ${this.time.toFixed(2)} s`, cellsOf(chosen(entriesAt(this.model, this.time), this.wish)));
   }
 }
 

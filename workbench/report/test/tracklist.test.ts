@@ -3,7 +3,7 @@ import { describe, expect, it } from 'vitest';
 import { doubtLimit, isDoubtful } from '../src/doubt';
 import { Model } from '../src/model';
 import { trackLabel } from '../src/scene';
-import { chosen, entriesAt, everything, type Entry } from '../src/tracklist';
+import { cellsOf, chosen, entriesAt, everything, type Entry } from '../src/tracklist';
 import { smallReport, smallRun } from './pack';
 
 const model = new Model(smallReport());
@@ -17,6 +17,14 @@ describe('the list of tracks', () => {
     expect(entriesAt(model, 2)).toEqual([
       { run: 0, id: 1, className: 'human', standing: 'confirmed', sensors: 'radar and video', probability: expect.closeTo(0.6) as number, distance: expect.closeTo(Math.hypot(12, -2)) as number },
       { run: 0, id: 2, className: 'unknown', standing: 'tentative', sensors: 'radar', probability: expect.closeTo(0.3) as number, distance: NaN },
+    ]);
+  });
+
+  it('is a table for spreadsheets, too', () => {
+    expect(cellsOf([entry(3, { run: 1 }), all[2]])).toEqual([
+      ['run', 'track', 'class', 'standing', 'sensors', 'probability', 'distance, m'],
+      ['B', '3', 'human', 'confirmed', 'radar and video', '0.900', '13.00'],
+      ['A', '1', 'human', 'doubtful', 'radar and video', '0.200', ''],
     ]);
   });
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The page of a calibration: what it says of each value, and the errors of all pairs that it is based on.
 import { button, element, icon } from '../dom';
-import { csvButton, save } from '../save';
+import { csvButton, saveCsv } from '../save';
 import { applyTheme, onSystemTheme, otherTheme } from '../theme';
 import type { AnswerData, CalibrationData, ErrorsData, PairsData, ValueData } from './data';
 import { scatter, spanOf, type Scatter, type Series } from './scatter';
@@ -56,9 +56,8 @@ function correlations({ correlations: all, values: named }: AnswerData): HTMLEle
 
 const columns = ['time', 'range', 'u', 'v', 'bearingBefore', 'bearingAfter', 'depressionBefore', 'depressionAfter'] as const;
 
-function pairsCsv(pairs: PairsData): string {
-  const lines = pairs.time.map((_, i) => columns.map((name) => pairs[name][i] ?? '').join(','));
-  return `${[columns.join(','), ...lines].join('\r\n')}\r\n`;
+function rowsOf(pairs: PairsData): string[][] {
+  return [[...columns], ...pairs.time.map((_, i) => columns.map((name) => `${pairs[name][i] ?? ''}`))];
 }
 
 function figure(drawn: Scatter): HTMLElement {
@@ -77,7 +76,7 @@ function errorFigure(pairs: PairsData, title: string, xLabel: string, x: readonl
 function plots({ pairs, aspect }: CalibrationData): HTMLElement {
   const made = element('section', { 'aria-label': 'Errors of the pairs' });
   const key = element('p', { class: 'key' }, element('span', { class: 'dot before' }), ' as stated ', element('span', { class: 'dot after' }), ' corrected');
-  const allPairs = button('CSV', 'Save the errors of the pairs as CSV', () => save('pairs.csv', 'text/csv', pairsCsv(pairs)), { class: 'save' });
+  const allPairs = button('CSV', 'Save the errors of the pairs as CSV', () => saveCsv('pairs', rowsOf(pairs)), { class: 'save' });
   made.append(element('header', {}, element('h2', {}, 'Errors of the pairs'), key, allPairs));
   const hasBearings = pairs.bearingBefore.some((value) => value !== null);
   const grid = element('div', { class: 'figures' });
