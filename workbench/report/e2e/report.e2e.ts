@@ -345,17 +345,29 @@ describe('the report of the perimeter', () => {
     expect(await tip.textContent()).toMatch(/^0:\d\d\.\d\dfusion: \d\.\d\d m$/);
   });
 
-  it('saves plots as SVG and tables as CSV', async () => {
+  it('saves plots as SVG and PNG, and tables as CSV', async () => {
     const page = await open(path);
     const saved = async (button: string) => {
       const [download] = await Promise.all([page.waitForEvent('download'), page.getByRole('button', { name: button }).first().click()]);
-      return { name: download.suggestedFilename(), text: readFileSync(await download.path(), 'utf8') };
+      const bytes = readFileSync(await download.path());
+      return { name: download.suggestedFilename(), bytes, text: bytes.toString('utf8') };
     };
+    await seek(page, 30);
+    const list = await saved('Save the list of tracks as CSV');
+    expect(list.name).toBe('tracks at 30.00 s.csv');
+    expect(list.text).toMatch(/^\ufeffrun,track,class,standing,sensors,probability,"distance, m"\r\nA,1,human,confirmed,radar and video,1\.000,\d+\.\d\d\r\n/);
     await page.keyboard.press('2');
     await settle(page);
     const plot = await saved('Save the plot as SVG');
     expect(plot.name).toBe('GOSPA, m.svg');
     expect(plot.text).toMatch(/^<svg .*<path d="M48\.0 \d+\.\d(L[0-9. ]+){100,}" stroke="#/s);
+    const picture = await saved('Save the plot as PNG');
+    expect(picture.name).toBe('GOSPA, m.png');
+    // Signature, and width and height of the header: twice those of the drawing.
+    expect(picture.bytes.subarray(1, 4).toString()).toBe('PNG');
+    expect([picture.bytes.readUInt32BE(16), picture.bytes.readUInt32BE(20)]).toEqual([1600, 640]);
+    // A drawing, not an empty sheet.
+    expect(picture.bytes.length).toBeGreaterThan(10_000);
     await page.keyboard.press('3');
     const metrics = await saved('Save the metrics as CSV');
     expect(metrics.name).toBe('metrics.csv');
@@ -400,6 +412,33 @@ describe('two runs of the crossing', () => {
     expect(await page.locator('.inspector h2').first().textContent()).toBe(`System track ${mark.id} of B`);
     expect(await page.locator('.reasons li').count()).toBeGreaterThan(0);
     await shoot(page, 'crossing-pair');
+  });
+
+  it('leave no place empty beside the camera images', async () => {
+    for (const [width, height] of [[1400, 900], [1920, 1080]]) {
+      const page = await open(path, { width, height });
+      await seek(page, 25);
+      for (const run of [0, 1]) {
+        const box = async (name: string) => (await page.locator(name).nth(run).boundingBox())!;
+        const [plan, image, now] = [await box('.plan-view'), await box('.image-view'), await box('.now')];
+        expect(image.width / image.height).toBeCloseTo(16 / 9, 1);
+        expect(image.width + now.width).toBeGreaterThan(plan.width - 12);
+        expect(now.width).toBeGreaterThan(100);
+        expect(now.height).toBeLessThan(image.height + 1);
+        expect(plan.height).toBeGreaterThan(image.height);
+      }
+    }
+  });
+
+  it('tell how each does at the time', async () => {
+    const page = await open(path);
+    await seek(page, 25);
+    const cards = await page.locator('.now').allTextContents();
+    expect(cards[0]).toMatch(/^Confirmed2Tentative\dFound2 of 2GOSPA0\.\d\d m$/);
+    expect(cards[1]).toMatch(/^Confirmed\dTentative\dFound\d of 2GOSPA\d\.\d\d m$/);
+    expect(cards[1]).not.toBe(cards[0]);
+    await seek(page, 0);
+    expect((await page.locator('.now').allTextContents())[0]).not.toBe(cards[0]);
   });
 
   it('are compared by metrics and settings', async () => {

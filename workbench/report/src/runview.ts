@@ -6,6 +6,7 @@ import { sceneText } from './describe';
 import { button, element, setText } from './dom';
 import { ImageView } from './imageview';
 import { countsOf, letterOf, lookupTime, type Model, type Run } from './model';
+import { NowCard } from './nowcard';
 import type { Palette } from './palette';
 import { Plan } from './plan';
 import { listenToPlan } from './planpointer';
@@ -18,6 +19,8 @@ export class RunView {
   readonly plan: Plan;
   readonly image: ImageView;
   private readonly counts: ReturnType<typeof countsOf>;
+  /** Beside the camera image, where two runs are compared. */
+  private readonly now: NowCard | null;
   private readonly mapText = element('small', { class: 'attribution' });
   private readonly countText = element('span', { class: 'counts' });
 
@@ -29,18 +32,20 @@ export class RunView {
     changed: () => void,
   ) {
     this.counts = countsOf(run);
+    this.now = model.isPair ? new NowCard(model, run, this.counts) : null;
     this.plan = new Plan(model, run, index, undefined, changed);
     this.image = new ImageView(model, run, index);
     const title = element('div', { class: 'run-title' },
       model.isPair && element('b', { class: `badge run-${index}` }, letterOf(index)),
-      element('span', { class: 'file', title: run.label }, run.label), this.countText);
+      element('span', { class: 'file', title: run.label }, run.label), !model.isPair && this.countText);
     const fit = button('Fit', 'Fit the plan (F)', () => commands.fitPlans(), { class: 'fit' });
     const imageView = element('div', { class: 'view image-view' }, this.image.surface.canvas, element('span', { class: 'caption' }, 'Camera'));
     const views = element('div', { class: 'views' });
     views.append(
       element('div', { class: 'view plan-view' }, this.plan.surface.canvas, element('span', { class: 'caption' }, 'Plan'), fit, model.data.map && this.mapText),
       ...(model.isPair ? [] : [splitterOf({ name: 'camera', label: 'Width of the camera image', panelIs: 'right', panel: imageView, least: 160, most: () => views.offsetWidth - 200, changed })]),
-      imageView);
+      imageView,
+      ...(this.now ? [this.now.root] : []));
     this.root = element('section', { class: 'run' }, title, views);
 
     const pick = (mark: Mark | null) => commands.select(mark && selectionOf(mark, index));
@@ -52,6 +57,7 @@ export class RunView {
   draw(state: State, time: number, palette: Palette): void {
     this.plan.draw(state, time, palette);
     this.image.draw(state, time, palette);
+    this.now?.draw(time);
     this.showCounts(time);
     this.showMap(state);
   }
