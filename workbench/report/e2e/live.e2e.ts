@@ -102,6 +102,29 @@ describe('the live view of people on a perimeter', () => {
     }
   });
 
+  it('fits a phone', async () => {
+    const page = await open({ width: 390, height: 844, phone: true });
+    expect(await page.evaluate('document.documentElement.scrollWidth')).toBe(390);
+    for (const name of ['.plan-view', '.image-view', '.objects', '.lower', '.health']) {
+      const part = page.locator(name);
+      await part.scrollIntoViewIfNeeded();
+      const box = (await part.boundingBox())!;
+      expect(box.x).toBeGreaterThanOrEqual(0);
+      expect(box.x + box.width).toBeLessThanOrEqual(390);
+      expect(box.height).toBeGreaterThan(80);
+    }
+    await page.locator('.objects button').first().tap();
+    expect(await probe(page, 'selection')).toMatchObject({ kind: 'system' });
+    await untilIn(page, 'document.querySelector(".inspector .reasons li") !== null');
+    await page.evaluate('scrollTo(0, 0)');
+    // The panel of the selected track lies over the rest, which does not shine through, at the lower edge.
+    const panel = (await page.locator('.inspector').boundingBox())!;
+    expect(panel.y + panel.height).toBeCloseTo(844, 0);
+    expect(panel.height).toBeLessThan(0.6 * 844);
+    expect(await page.evaluate('getComputedStyle(document.querySelector(".inspector")).backgroundColor')).toBe('rgb(255, 255, 255)');
+    await page.screenshot({ path: at('live-phone.png') });
+  });
+
   it('shows the health of both sensors and the objects', async () => {
     const page = await open();
     await untilIn(page, '[...document.querySelectorAll(".health .card")].every((card) => parseFloat(card.querySelectorAll("dd")[0].textContent) > 5)');
