@@ -124,7 +124,8 @@ if(TARGET veskar_python)
   list(APPEND CPACK_COMPONENTS_ALL python)
 endif()
 set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "python3-pandas, ${tools_package}")
-set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-matplotlib, ${doc_package}")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS
+    "python3-matplotlib, python3-optuna, python3-scipy, python3-psycopg2, ${doc_package}")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)
 
 set(CPACK_DEBIAN_DOC_PACKAGE_NAME ${doc_package})

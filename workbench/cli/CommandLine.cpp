@@ -104,6 +104,7 @@ int runCommandLine(int count, const char* const* arguments) {
     addCheckCommand(program, action);
     addCalibrateCommand(program, action);
     addReportCommand(program, action);
+    addTuneCommand(program, action);
     addLiveCommands(program, action);
     addCompletionCommand(program, action);
     addHelpCommand(program, action);

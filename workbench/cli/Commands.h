@@ -30,6 +30,8 @@ void addInfoCommand(CLI::App& program, Action& action);
 /// @copydoc addSimulateCommand
 void addReportCommand(CLI::App& program, Action& action);
 /// @copydoc addSimulateCommand
+void addTuneCommand(CLI::App& program, Action& action);
+/// @copydoc addSimulateCommand
 void addCompletionCommand(CLI::App& program, Action& action);
 /// Adds `calibrate`; where the program was built without it, it says why.
 /// @param program as above

@@ -1,0 +1,88 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The answer of a search: configuration, the sheet of where it came from, and a table."""
+
+from __future__ import annotations
+
+import json
+import os
+from collections.abc import Sequence
+from typing import TYPE_CHECKING, Any
+
+import veskar
+
+from .judgement import Verdict
+from .samples import Sample, digests_of
+from .settings import changed, key_in_file, write
+
+if TYPE_CHECKING:
+    from optuna.trial import FrozenTrial
+
+    from .search import Search
+
+    Judged = Sequence[tuple[FrozenTrial, Verdict]]
+
+
+def write_answer(directory: str, search: Search, held_out: Sequence[Sample], judged: Judged) -> bool:
+    """Write best.json, best.sheet.json and table.txt; without a recommended setting the table only.
+
+    Parameters
+    ----------
+    directory : path
+    search : Search
+    held_out : list of Sample
+    judged : list
+        (trial, Verdict), as `Search.judge` yields them
+
+    Returns
+    -------
+    bool
+        whether a setting is recommended
+    """
+    write(os.path.join(directory, "table.txt"), table(search, judged))
+    paths = [os.path.join(directory, name) for name in ("best.json", "best.sheet.json")]
+    if not judged or not judged[-1][1].accepted:
+        for path in paths:  # of an earlier answer, which no longer holds
+            if os.path.exists(path):
+                os.unlink(path)
+        return False
+    trial, verdict = judged[-1]
+    documents = (changed(search.study.base, trial.params), _sheet(search, held_out, trial, verdict))
+    for path, document in zip(paths, documents):
+        write(path, json.dumps(document, indent=4) + "\n")
+    return True
+
+
+def _sheet(search: Search, held_out: Sequence[Sample], trial: FrozenTrial,
+           verdict: Verdict) -> dict[str, Any]:
+    study = search.study
+    return {
+        "study": study.document,
+        "veskar": veskar.__version__,
+        "trial": trial.number,
+        "trials": search.complete,
+        "changes": {key_in_file(key): value for key, value in trial.params.items()},
+        "trainingScore": trial.value,
+        "heldOutScore": verdict.score._asdict(),
+        "heldOutScenes": {name: difference._asdict() for name, difference in verdict.scenes.items()},
+        "recordings": {"training": search.digests, "heldOut": digests_of(held_out)},
+    }
+
+
+def table(search: Search, judged: Judged) -> str:
+    """The finalists against the baseline, as text."""
+    lines = [f"{search.study.name}: {search.complete} trials, {len(search.feasible())} of them better in "
+             "training and within the tolerance everywhere"]
+    for trial, verdict in judged:
+        lines += ["", f"Trial {trial.number} on held-out recordings: "
+                  + ("recommended" if verdict.accepted else "not recommended"),
+                  f"{'':24}{'baseline':>10}{'trial':>10}{'change':>10}  interval"]
+        for name, difference in (*verdict.scenes.items(), ("score", verdict.score)):
+            lines.append(f"{name:24}{difference.baseline:10.4f}{difference.candidate:10.4f}"
+                         f"{difference.mean:+10.4f}  [{difference.low:+.4f}, {difference.high:+.4f}]")
+        lines += [f"  {fault}" for fault in verdict.faults]
+        lines += [f"  {key} = {json.dumps(value)}" for key, value in trial.params.items()]
+    if not judged:
+        lines.append("No setting to judge: keep the baseline.")
+    elif not judged[-1][1].accepted:
+        lines += ["", "No setting is recommended: keep the baseline."]
+    return "\n".join(lines) + "\n"

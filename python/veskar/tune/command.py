@@ -1,0 +1,89 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The command `veskar tune`."""
+
+from __future__ import annotations
+
+import argparse
+import contextlib
+import fcntl
+import os
+import signal
+import sys
+from collections.abc import Iterator, Sequence
+
+_EPILOG = """\
+Exit status: 0 a setting is recommended; 1 none is; 2 wrong usage or wrong input. A search that was
+killed goes on with the same command."""
+
+
+def main(arguments: Sequence[str] | None = None) -> int:
+    """Run the command; returns its exit status."""
+    options = _parser().parse_args(arguments)
+    try:
+        return _tune(options)
+    except ModuleNotFoundError as error:
+        print(f"veskar tune: {error}: install python3-optuna and python3-scipy",
+              file=sys.stderr)
+    except (OSError, ValueError) as error:
+        print(f"veskar tune: {error}", file=sys.stderr)
+    except KeyboardInterrupt:
+        print("veskar tune: interrupted; the same command goes on", file=sys.stderr)
+        signal.signal(signal.SIGINT, signal.SIG_DFL)
+        os.kill(os.getpid(), signal.SIGINT)
+    return 2
+
+
+def _parser() -> argparse.ArgumentParser:
+    parser = argparse.ArgumentParser(
+        prog="veskar tune", epilog=_EPILOG,
+        description="Searches for settings of the fusion that are better than a baseline on recordings "
+        "that the search has not seen, and make no scene worse.")
+    parser.add_argument("study", help="the study document")
+    parser.add_argument("-o", "--output", metavar="DIRECTORY",
+                        help="where recordings, trials and answer go (default: the name of the study)")
+    parser.add_argument("--trials", type=_positive, help="complete trials to reach (default: the study's)")
+    parser.add_argument("--processes", type=_positive,
+                        help="that evaluate the recordings of a trial (default: all cores)")
+    return parser
+
+
+def _positive(text: str) -> int:
+    value = int(text)
+    if value < 1:
+        raise ValueError
+    return value
+
+
+@contextlib.contextmanager
+def _alone_in(directory: str) -> Iterator[None]:
+    """The kernel gives the lock back when the process ends, however it does."""
+    with open(os.path.join(directory, "lock"), "w", encoding="utf-8") as file:
+        try:
+            fcntl.flock(file, fcntl.LOCK_EX | fcntl.LOCK_NB)
+        except BlockingIOError:
+            raise ValueError(f"{directory}: another search works there") from None
+        yield
+
+
+def _tune(options: argparse.Namespace) -> int:
+    from .answer import table, write_answer
+    from .samples import Processes, samples_of
+    from .search import Search
+    from .study import read_study
+
+    study = read_study(options.study)
+    directory = os.path.abspath(options.output or study.name)
+    recordings = os.path.join(directory, "recordings")
+    storage = f"sqlite:///{os.path.join(directory, 'study.db')}"
+    trials = options.trials or study.trials
+    os.makedirs(directory, exist_ok=True)
+    with _alone_in(directory), Processes(options.processes) as processes:
+        training = samples_of(study, "training", recordings, processes)
+        search = Search(study, training, processes, storage)
+        search.run(trials, lambda count, best: print(
+            f"{count}/{trials} best {'-' if best is None else format(best, '.4f')}", file=sys.stderr))
+        held_out = samples_of(study, "held_out", recordings, processes)
+        judged = list(search.judge(held_out))
+        recommended = write_answer(directory, search, held_out, judged)
+        print(table(search, judged), end="")
+        return 0 if recommended else 1

@@ -1,0 +1,160 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The search itself: trials of Optuna, in a storage that outlives a killed process."""
+
+from __future__ import annotations
+
+import hashlib
+import json
+import warnings
+from collections.abc import Callable, Iterator, Mapping, Sequence
+from typing import Any
+
+import optuna
+from optuna.trial import FrozenTrial, Trial, TrialState
+
+from .judgement import Verdict, judge, losses, means, score
+from .samples import Processes, Sample, cost, costs_of, digests_of
+from .study import Study, StudyError
+
+#: Two-sided, of the judgement of all finalists together.
+CONFIDENCE = 0.95
+
+_COMPLETE = (TrialState.COMPLETE,)
+
+
+class Search:
+    """A study in a storage, which no other process uses meanwhile.
+
+    Parameters
+    ----------
+    study : Study
+    training : list of Sample
+    processes : Processes
+        evaluate the recordings of a trial
+    storage : str
+        URL of an SQLite file
+    function : callable, optional
+        the cost of (base, changes, sample), instead of a replay and its evaluation
+    """
+
+    def __init__(self, study: Study, training: Sequence[Sample], processes: Processes, storage: str,
+                 function: Callable[[tuple[str | None, Mapping[str, Any], Sample]], float] = cost,
+                 ) -> None:
+        self.study, self.training = study, training
+        self._processes = processes
+        self._function = function
+        optuna.logging.set_verbosity(optuna.logging.WARNING)
+        warnings.filterwarnings("ignore", category=optuna.exceptions.ExperimentalWarning)
+        self.digests = digests_of(training) if function is cost else {}
+        self._trials = optuna.create_study(
+            study_name=study.name, load_if_exists=True, direction="minimize",
+            storage=optuna.storages.RDBStorage(storage))
+        self._claim()
+        self._retry_interrupted()
+        # A search that goes on must not propose what it began with.
+        self._trials.sampler = optuna.samplers.TPESampler(
+            seed=study.seed + len(self._trials.trials),
+            constraints_func=lambda trial: list(trial.user_attrs["losses"]))
+        self.baseline = self._baseline()
+
+    def _claim(self) -> None:
+        """Refuse the trials of another study of that name."""
+        searched = {key: value for key, value in self.study.document.items()
+                    if key not in ("trials", "finalists")}
+        base = ""
+        if self.study.base is not None:
+            with open(self.study.base, encoding="utf-8") as file:
+                base = file.read()
+        text = json.dumps([searched, base, self.digests], sort_keys=True)
+        digest = hashlib.sha256(text.encode()).hexdigest()
+        known = self._trials.user_attrs.get("digest")
+        if known is None:
+            self._trials.set_user_attr("digest", digest)
+        elif known != digest:
+            raise StudyError(f"{self.study.path}: the study, its configuration or its recordings have "
+                             "changed since the first trial; give it another name or directory")
+
+    def _retry_interrupted(self) -> None:
+        """Try again what a killed process was trying."""
+        for trial in self._trials.get_trials(states=(TrialState.RUNNING,)):
+            # In this order no kill makes two of one.
+            self._trials.tell(trial.number, state=TrialState.FAIL)
+            values = {**trial.system_attrs.get("fixed_params", {}), **trial.params}
+            if values:
+                self._trials.enqueue_trial(values)
+
+    def _baseline(self) -> dict[str, float]:
+        costs: dict[str, float] | None = self._trials.user_attrs.get("baseline")
+        if costs is None:
+            costs = self.costs(self.training, {})
+            self._trials.set_user_attr("baseline", costs)
+        return costs
+
+    def costs(self, samples: Sequence[Sample], changes: Mapping[str, Any]) -> dict[str, float]:
+        """{name: cost} of changes to the base."""
+        return costs_of(samples, self.study.base, changes, self._processes, self._function)
+
+    def run(self, count: int, progress: Callable[[int, float | None], None] | None = None) -> None:
+        """Search until the study has so many complete trials.
+
+        Parameters
+        ----------
+        count : int
+        progress : callable, optional
+            receives the number of complete trials and the best score so far, or None
+        """
+        while self.complete < count:
+            self._trials.optimize(self._try, n_trials=1)
+            if progress:
+                best = self.feasible()
+                progress(self.complete, best[0].value if best else None)
+
+    def _try(self, trial: Trial) -> float:
+        changes = {parameter.key: parameter.suggest(trial) for parameter in self.study.parameters}
+        costs = self.costs(self.training, changes)
+        trial.set_user_attr("costs", costs)
+        found = means(self.study, costs)
+        lost = losses(self.study, means(self.study, self.baseline), found)
+        trial.set_user_attr("losses", list(lost.values()))
+        return score(self.study, found)
+
+    @property
+    def complete(self) -> int:
+        """The number of complete trials."""
+        return len(self._trials.get_trials(deepcopy=False, states=_COMPLETE))
+
+    def feasible(self) -> list[FrozenTrial]:
+        """The trials that are better than the baseline and make no scene worse than tolerated.
+
+        The best one is the first.
+        """
+        bound = score(self.study, means(self.study, self.baseline))
+        kept = [(trial.values[0], trial.number, trial)
+                for trial in self._trials.get_trials(deepcopy=False, states=_COMPLETE)
+                if trial.values[0] < bound and all(loss <= 0.0 for loss in trial.user_attrs["losses"])]
+        return [trial for _, _, trial in sorted(kept, key=lambda item: item[:2])]
+
+    def judge(self, held_out: Sequence[Sample]) -> Iterator[tuple[FrozenTrial, Verdict]]:
+        """Judge the finalists on recordings that no trial has seen.
+
+        Parameters
+        ----------
+        held_out : list of Sample
+
+        Yields
+        ------
+        (optuna.trial.FrozenTrial, Verdict)
+            in the order of the training score, up to the first that is accepted
+        """
+        finalists: list[FrozenTrial] = []
+        for trial in self.feasible():
+            if all(trial.params != other.params for other in finalists):
+                finalists.append(trial)
+        baseline = self.costs(held_out, {}) if finalists else {}
+        # Bonferroni: each further finalist is another chance to pass by luck.
+        confidence = 1.0 - (1.0 - CONFIDENCE) / self.study.finalists
+        for trial in finalists[:self.study.finalists]:
+            verdict = judge(self.study, baseline, self.costs(held_out, trial.params), confidence)
+            yield trial, verdict
+            if verdict.accepted:
+                return
