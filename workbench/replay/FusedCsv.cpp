@@ -5,52 +5,25 @@
 
 #include "HostLibrary.h"
 #include "host/reports/JsonLine.h"
+#include "io/CsvCells.h"
 
-#include <cmath>
 #include <string_view>
 
 namespace Workbench {
 namespace {
-
-void field(LineText& row, double value, int decimals) {
-    row += ',';
-    if (std::isfinite(value)) {
-        row.addNumber(value, decimals);
-    }
-}
-
-void field(LineText& row, const std::optional<double>& value, int decimals) {
-    field(row, value.value_or(std::nan("")), decimals);
-}
-
-void field(LineText& row, std::string_view text) {
-    row += ',';
-    if (text.find_first_of(",\"\r\n") == std::string_view::npos) {
-        row += text;
-        return;
-    }
-    row += '"';
-    for (const char c : text) {
-        row += c;
-        if (c == '"') {
-            row += '"';
-        }
-    }
-    row += '"';
-}
 
 void appendGround(LineText& row, const std::optional<GroundPosition>& ground) {
     if (!ground) {
         row += ",,,,,,,";
         return;
     }
-    field(row, ground->position[0], metreDecimals);
-    field(row, ground->position[1], metreDecimals);
-    field(row, ground->covariance(0, 0), estimateDecimals);
-    field(row, ground->covariance(0, 1), estimateDecimals);
-    field(row, ground->covariance(1, 1), estimateDecimals);
-    field(row, ground->velocity[0], metreDecimals);
-    field(row, ground->velocity[1], metreDecimals);
+    addCell(row, ground->position[0], metreDecimals);
+    addCell(row, ground->position[1], metreDecimals);
+    addCell(row, ground->covariance(0, 0), estimateDecimals);
+    addCell(row, ground->covariance(0, 1), estimateDecimals);
+    addCell(row, ground->covariance(1, 1), estimateDecimals);
+    addCell(row, ground->velocity[0], metreDecimals);
+    addCell(row, ground->velocity[1], metreDecimals);
 }
 
 std::string idsOf(const FusedTrack& track, Veskar::Source source) {
@@ -73,44 +46,50 @@ std::string tagsOf(const FusedTrack& track) {
     return text;
 }
 
-void appendRow(LineText& row, const FusedFrame& frame, const FusedTrack& track) {
-    row.addNumber(frame.time, timeDecimals);
-    field(row, frame.received, timeDecimals);
-    field(row, sourceName(frame.source));
-    field(row, track.id, 0);
-    field(row, track.confirmed ? "1" : "0");
-    field(row, track.probability, imageDecimals);
-    field(row, track.image[0], imageDecimals);
-    field(row, track.image[1], imageDecimals);
-    field(row, track.range, metreDecimals);
-    appendGround(row, track.ground);
-    field(row, track.speed, metreDecimals);
-    field(row, track.direction, angleDecimals);
-    field(row, track.labels.objectClass.name);
-    field(row, track.labels.objectClass.probability, ratioDecimals);
-    field(row, track.labels.color.name);
-    field(row, track.labels.upperClothingColor.name);
-    field(row, track.labels.lowerClothingColor.name);
-    field(row, track.geo ? std::optional<double>(track.geo->latitude) : std::nullopt, geoDecimals);
-    field(row, track.geo ? std::optional<double>(track.geo->longitude) : std::nullopt, geoDecimals);
-    field(row, track.age, timeDecimals);
-    field(row, idsOf(track, Veskar::VideoObject));
-    field(row, idsOf(track, Veskar::Radar));
-    field(row, tagsOf(track));
-    row += '\n';
-}
-
 }  // namespace
 
-std::string csvHeader() {
+void appendCsvCells(LineText& row, const FusedFrame& frame, const FusedTrack& track) {
+    row.addNumber(frame.time, timeDecimals);
+    addCell(row, frame.received, timeDecimals);
+    addCell(row, sourceName(frame.source));
+    addCell(row, track.id, 0);
+    addCell(row, track.confirmed ? "1" : "0");
+    addCell(row, track.probability, imageDecimals);
+    addCell(row, track.image[0], imageDecimals);
+    addCell(row, track.image[1], imageDecimals);
+    addCell(row, track.range, metreDecimals);
+    appendGround(row, track.ground);
+    addCell(row, track.speed, metreDecimals);
+    addCell(row, track.direction, angleDecimals);
+    addCell(row, track.labels.objectClass.name);
+    addCell(row, track.labels.objectClass.probability, ratioDecimals);
+    addCell(row, track.labels.color.name);
+    addCell(row, track.labels.upperClothingColor.name);
+    addCell(row, track.labels.lowerClothingColor.name);
+    addCell(row, track.geo ? std::optional<double>(track.geo->latitude) : std::nullopt,
+            geoDecimals);
+    addCell(row, track.geo ? std::optional<double>(track.geo->longitude) : std::nullopt,
+            geoDecimals);
+    addCell(row, track.age, timeDecimals);
+    addCell(row, idsOf(track, Veskar::VideoObject));
+    addCell(row, idsOf(track, Veskar::Radar));
+    addCell(row, tagsOf(track));
+}
+
+std::string csvColumns() {
     return "time,received,source,id,confirmed,probability,u,v,range,x,y,varX,covXY,varY,vx,vy,"
            "speed,direction,class,classProbability,color,upperClothingColor,lowerClothingColor,"
-           "latitude,longitude,age,videoIds,radarIds,tags\n";
+           "latitude,longitude,age,videoIds,radarIds,tags";
+}
+
+std::string csvHeader() {
+    return csvColumns() + "\n";
 }
 
 void appendCsvRows(LineText& text, const FusedFrame& frame) {
     for (const FusedTrack& track : frame.tracks) {
-        appendRow(text, frame, track);
+        appendCsvCells(text, frame, track);
+        text += '\n';
     }
 }
 

@@ -11,6 +11,9 @@
 
 namespace Workbench {
 
+/// @return the column names, without line end
+std::string csvColumns();
+
 /// @return the row of column names, with line end
 std::string csvHeader();
 
@@ -19,5 +22,12 @@ std::string csvHeader();
 /// @param text receives the rows
 /// @param frame the tracks after a frame
 void appendCsvRows(LineText& text, const FusedFrame& frame);
+
+/// Appends the cells of one track, without line end.
+///
+/// @param row receives the cells
+/// @param frame the frame of the track
+/// @param track the track
+void appendCsvCells(LineText& row, const FusedFrame& frame, const FusedTrack& track);
 
 }  // namespace Workbench
