@@ -100,6 +100,7 @@ int runCommandLine(int count, const char* const* arguments) {
     addImportCommand(program, action);
     addReplayCommand(program, action);
     addEvaluateCommand(program, action);
+    addExportCommand(program, action);
     addInfoCommand(program, action);
     addCheckCommand(program, action);
     addCalibrateCommand(program, action);

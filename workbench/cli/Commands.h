@@ -24,6 +24,8 @@ void addReplayCommand(CLI::App& program, Action& action);
 /// @copydoc addSimulateCommand
 void addEvaluateCommand(CLI::App& program, Action& action);
 /// @copydoc addSimulateCommand
+void addExportCommand(CLI::App& program, Action& action);
+/// @copydoc addSimulateCommand
 void addCheckCommand(CLI::App& program, Action& action);
 /// @copydoc addSimulateCommand
 void addInfoCommand(CLI::App& program, Action& action);

@@ -37,6 +37,7 @@ TEST(Completion, OffersCommandsOptionsAndTheirWordsInBash) {
     EXPECT_EQ(offered({"veskar", "import", ""}), "autoferry kitti\n");
     EXPECT_EQ(offered({"veskar", "replay", "road.jsonl", "--fo"}), "--format\n");
     EXPECT_EQ(offered({"veskar", "replay", "--format", ""}), "jsonl csv\n");
+    EXPECT_EQ(offered({"veskar", "export", "--to", ""}), "csv geojson\n");
     EXPECT_EQ(offered({"veskar", "import", "kitti", "--camera"}), "--camera-height\n");
     EXPECT_THAT(offered({"veskar", "replay", "--"}), HasSubstr("--explain"));
 }

@@ -87,6 +87,8 @@ protected:
                                   {"replay", recording},
                                   {"evaluate", recording},
                                   {"evaluate", recording, fused},
+                                  {"export", recording, fused, "--to", "csv"},
+                                  {"export", recording, "--to", "geojson"},
                                   {"info", recording},
                                   {"check", recording},
                                   {"check", scenario}};
@@ -110,6 +112,8 @@ protected:
                                   {{"evaluate", recording}, {}, fused},
                                   {{"evaluate", recording, "--config"}, {}, configuration},
                                   {{"evaluate", recording, "--camera"}, {}, camera},
+                                  {{"export", "--to", "geojson"}, {}, recording},
+                                  {{"export", "--to", "csv", recording}, {}, fused},
                                   {{"check", "--as", "recording"}, {}, recording},
                                   {{"check", "--as", "scenario"}, {}, scenario},
                                   {{"check", "--as", "configuration"}, {}, configuration},

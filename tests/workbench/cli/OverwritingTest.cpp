@@ -102,6 +102,7 @@ INSTANTIATE_TEST_SUITE_P(
         Command{"evaluate",
                 {"evaluate", ">recording", "--config", ">config", "--camera", ">camera"}},
         Command{"evaluateFused", {"evaluate", ">recording", ">fused"}},
+        Command{"export", {"export", ">recording", ">fused", ">fused2", "--to", "csv"}},
         Command{"check", {"check", ">document", "--as", "camera"}},
         Command{"report",
                 {"report", ">recording", ">fused", ">fused2", "--explain", ">why", "--explain2",

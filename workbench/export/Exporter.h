@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+// What is exported, in the form that all formats take.
+#pragma once
+
+#include <veskar-host/FusedFrame.h>
+
+#include "HostLibrary.h"
+
+#include <string>
+
+namespace Workbench {
+
+/// Writes layers of tracks in a format of the field. A layer is the truth, a sensor or a run; each
+/// is handed over as frames of tracks on the ground, so that a format is written only once.
+class Exporter {
+public:
+    Exporter() = default;
+    virtual ~Exporter() = default;
+    Exporter(const Exporter&) = delete;
+    Exporter& operator=(const Exporter&) = delete;
+
+    /// @param layer "truth", "video", "radar", "fused", "fused2" and so on
+    /// @param frame all tracks of the layer; frames of all layers come in the order of arrival
+    /// @throw InputError when the format cannot state them, or the output cannot be written
+    virtual void add(const std::string& layer, const FusedFrame& frame) = 0;
+    /// Must be the last call.
+    /// @throw InputError as add
+    virtual void finish() = 0;
+};
+
+}  // namespace Workbench
