@@ -9,6 +9,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include <nlohmann/json.hpp>
+
 namespace Workbench {
 namespace {
 
