@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <veskar-host/InputError.h>
+
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Files.h"
@@ -7,7 +9,6 @@
 #include "cli/Progress.h"
 #include "export/Export.h"
 #include "io/Interruption.h"
-#include "io/OutputFile.h"
 
 #include <algorithm>
 #include <memory>
@@ -16,6 +17,7 @@
 #include <vector>
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
 namespace Workbench {
 namespace {
@@ -23,7 +25,6 @@ namespace {
 struct ExportOptions {
     ExportTask task;
     std::string format;
-    std::string output = "-";
     std::tuple<double, double, double> site;
     std::vector<std::string> layers;
     bool force = false;
@@ -42,18 +43,20 @@ int exportFiles(const ExportOptions& options) {
     for (const std::string& run : options.task.runs) {
         inputs.push_back({"fused tracks", run});
     }
-    refuseClashes(inputs, {{"export", options.output}});
     const auto format =
         std::find_if(exportFormats().begin(), exportFormats().end(),
                      [&](const ExportFormat& one) { return one.name == options.format; });
-    OutputFile output(options.output);
+    if (format->isDirectory && options.task.output == "-") {
+        throw InputError("--output",
+                         InputError(fmt::format("{} consists of several files: name a directory",
+                                                options.format)));
+    }
+    refuseClashes(inputs, {{"export", options.task.output}});
     Progress progress("exporting");
-    exportTo(options.task, *format, output, provenanceFor(options.force),
-             [&](const LineReader& input) {
-                 throwIfInterrupted();
-                 progress.update(input.fractionRead());
-             });
-    output.commit();
+    exportTo(options.task, *format, provenanceFor(options.force), [&](const LineReader& input) {
+        throwIfInterrupted();
+        progress.update(input.fractionRead());
+    });
     return Success;
 }
 
@@ -77,10 +80,11 @@ void addExportCommand(CLI::App& program, Action& action) {
     command->add_option("recording", options->task.recording, "recording, or -")->required();
     command->add_option("fused", options->task.runs,
                         "fused tracks that veskar replay made of this recording");
-    command->add_option("--to", options->format, "csv or geojson")
+    command->add_option("--to", options->format, "csv, geojson, mot or kitti")
         ->required()
         ->check(CLI::IsMember(formatNames()));
-    command->add_option("-o,--output", options->output, "file to write (default: -)");
+    command->add_option("-o,--output", options->task.output,
+                        "file to write (default: -); directory for mot and kitti");
     command
         ->add_option("--layer", options->layers,
                      "write only this: truth, video, radar or fused; may be repeated")
@@ -91,12 +95,15 @@ void addExportCommand(CLI::App& program, Action& action) {
     command->footer(
         "The tracks of the sensors are placed on the ground as the fusion does it. GeoJSON needs "
         "to know where the device is.\n"
+        "MOT and KITTI have the files and names that TrackEval expects: truth, and every other "
+        "layer as a tracker, at the times of the truth, or of the video frames without truth.\n"
         "Fused tracks that state another recording than the given one are refused unless --force "
         "is given.\n"
         "\n"
         "Example:\n"
         "  veskar export road.jsonl fused.jsonl --to csv -o road.csv\n"
-        "  veskar export road.jsonl --to geojson --site 55.7 13.2 140 -o road.geojson\n");
+        "  veskar export road.jsonl --to geojson --site 55.7 13.2 140 -o road.geojson\n"
+        "  veskar export road.jsonl fused.jsonl --to mot -o trackeval\n");
     command->callback([options, command, &action] {
         options->task.layers = {options->layers.begin(), options->layers.end()};
         if (command->count("--site") > 0) {

@@ -5,7 +5,10 @@
 #include "cli/OptionChecks.h"
 #include "import/Autoferry.h"
 #include "import/Kitti.h"
+#include "import/Results.h"
 #include "io/OutputFile.h"
+#include "io/Printable.h"
+#include "recording/LabelWords.h"
 
 #include <memory>
 #include <string>
@@ -106,16 +109,63 @@ void addKitti(CLI::App& command, Action& action) {
     });
 }
 
+/// Adds a format of results of other trackers.
+void addResults(CLI::App& command, Action& action, const char* name, const char* description,
+                const char* rateHelp, const ResultsFormat& results) {
+    struct Options : ResultsOptions {
+        std::string output = "-";
+    };
+    auto options = std::make_shared<Options>();
+    CLI::App* format = command.add_subcommand(name, description);
+    format->add_option("results", options->results, "what the tracker wrote")->required();
+    format->add_option("recording", options->recording, "the recording that it tracked, or -")
+        ->required();
+    format->add_option("--rate", options->frameRate, rateHelp)->check(within(0.1, 1000.0));
+    format->add_option("-o,--output", options->output, "fused tracks to write (default: -)");
+    format->footer(fmt::format(
+        "The fused tracks go to veskar evaluate and veskar report like those of veskar replay.\n"
+        "\n"
+        "Example:\n  veskar import {} results.txt road.jsonl -o other.jsonl\n",
+        name));
+    format->callback([options, results, &action] {
+        action = [options, results] {
+            refuseClashes({{"results", options->results}, {"recording", options->recording}},
+                          {{"fused tracks", options->output}});
+            OutputFile output(options->output);
+            for (const std::string& word : importResults(*options, results, output)) {
+                warn(fmt::format("{}: class \"{}\" is {}; imported as \"unknown\"",
+                                 options->results, printable(word),
+                                 adviceOn(WordKind::Class, word).value_or("")));
+            }
+            output.commit();
+            return Success;
+        };
+    });
+}
+
 }  // namespace
 
 void addImportCommand(CLI::App& program, Action& action) {
-    CLI::App* command = program.add_subcommand("import", "Make a recording of a public data set");
+    CLI::App* command = program.add_subcommand("import",
+                                               "Make a recording of a public data set, or a run of "
+                                               "another tracker's results");
     command->require_subcommand(1);
     command->footer(
         "Example:\n  veskar import autoferry scenario13_detections.json "
         "scenario13_groundTruth.json -o boats.jsonl\n");
     addAutoferry(*command, action);
     addKitti(*command, action);
+    addResults(
+        *command, action, "mot", "Results of another tracker in the format of MOTChallenge",
+        "frames per second, frame 1 at time 0 (default: the frames are the moments of truth, "
+        "or the video frames without truth)",
+        {readMotResults, false});
+    addResults(
+        *command, action, "kitti-results",
+        "Results of another tracker in the tracking format of KITTI",
+        "frames per second, frame 0 at time 0 (default: the frames are the moments of truth, "
+        "or the video frames without truth)",
+        {readKittiResults, true});
 }
 
 }  // namespace Workbench

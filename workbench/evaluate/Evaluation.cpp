@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <limits>
 #include <thread>
 #include <utility>
 
@@ -20,26 +19,6 @@ const std::string wholeScene = "all";
 /// So many moments wait until they are judged together: one tracker after the other finds its
 /// tables in the cache, and starting threads costs nothing in comparison.
 constexpr std::size_t batch = 32;
-
-/// Nothing when the track has no valid ground position.
-std::optional<Picture::Reported> reportedOf(const FusedTrack& track) {
-    if (!track.ground || !track.ground->position.allFinite() ||
-        !track.ground->velocity.allFinite()) {
-        return std::nullopt;
-    }
-    Picture::Reported reported;
-    reported.track.id = track.id;
-    reported.track.className = track.labels.objectClass.name;
-    reported.track.position = track.ground->position;
-    reported.track.velocity = track.ground->velocity;
-    reported.track.covariance = track.ground->covariance;
-    reported.track.velocityCovariance = track.ground->velocityCovariance;
-    reported.coasting = std::numeric_limits<double>::infinity();
-    for (const Support& support : track.sensors) {
-        reported.coasting = std::min(reported.coasting, support.coasting);
-    }
-    return reported;
-}
 
 }  // namespace
 
@@ -72,7 +51,7 @@ void Evaluation::add(const RecordingLine& line) {
 void Evaluation::add(const FusedFrame& frame) {
     SensorTracks reports;
     for (const FusedTrack& track : frame.tracks) {
-        const std::optional<Picture::Reported> reported = reportedOf(track);
+        const std::optional<Picture::Reported> reported = Picture::reportedOf(track);
         if (track.confirmed && reported) {
             reports.push_back(*reported);
         }
@@ -108,7 +87,7 @@ void Evaluation::show(Veskar::Source source, double time,
     std::vector<std::pair<int, Picture::Reported>> seen;  // with the number of detections
     for (const std::shared_ptr<Veskar::Track>& track : tracks) {
         const Veskar::SystemTrack alone(track, track->id);
-        if (auto reported = reportedOf(readTrack(alone, adapter_))) {
+        if (auto reported = Picture::reportedOf(readTrack(alone, adapter_))) {
             seen.emplace_back(hitsOfTrack_[{source, track->id}], std::move(*reported));
         }
     }

@@ -2,8 +2,12 @@
 // The tracks that a tracker has reported so far, predicted to a later time.
 #pragma once
 
+#include <veskar-host/FusedTrack.h>
+
+#include "HostLibrary.h"
 #include "evaluate/metrics/Instant.h"
 
+#include <optional>
 #include <vector>
 
 namespace Workbench {
@@ -19,6 +23,12 @@ public:
         JudgedTrack track;
         double coasting = 0.0;  ///< s
     };
+
+    /// @param track a track
+    /// @return what is judged of it, with the coasting time of the sensor that saw it last: 0 when
+    ///         it does not state its sensors, as tracks of other trackers; nothing when it has no
+    ///         valid ground position
+    static std::optional<Reported> reportedOf(const FusedTrack& track);
 
     /// @param seconds how long coasting tracks are kept, the same for every tracker
     explicit Picture(double seconds) : coastingLimit_(seconds) {}

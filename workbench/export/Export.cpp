@@ -29,8 +29,7 @@ struct ExportedRun {
 
 class Export {
 public:
-    Export(const ExportTask& task, const ExportFormat& format, OutputFile& output,
-           const Provenance& provenance)
+    Export(const ExportTask& task, const ExportFormat& format, const Provenance& provenance)
         : task_(task), provenance_(provenance), recording_(task.recording) {
         for (std::size_t i = 0; i < task_.runs.size(); ++i) {
             const std::string layer = fusedLayer + (i == 0 ? "" : std::to_string(i + 1));
@@ -47,7 +46,7 @@ public:
         }
         adapter_ = std::make_unique<HostAdapter>(
             header_, runs_.empty() ? Veskar::Config::defaults() : runs_.front()->reader.config());
-        exporter_ = format.open(output, header_);
+        exporter_ = format.open(task_.output, header_);
     }
 
     void run(const std::function<void(const LineReader&)>& progress) {
@@ -74,6 +73,7 @@ private:
 
     void add(const RecordingLine& line) {
         if (const auto* truth = std::get_if<TruthFrame>(&line)) {
+            exporter_->atMoment(truth->time);
             if (takes(truthLayer)) {
                 exporter_->add(truthLayer, readTruth(*truth, *adapter_));
             }
@@ -83,6 +83,9 @@ private:
         const std::string layer = sourceName(frame.source);
         if (takes(layer)) {
             exporter_->add(layer, readTracks(frame, *adapter_));
+        }
+        if (header_.truth == TruthKind::None && frame.source == Veskar::VideoObject) {
+            exporter_->atMoment(frame.time);
         }
     }
 
@@ -113,10 +116,9 @@ std::vector<std::string> exportLayers() {
     return {truthLayer, sourceName(Veskar::VideoObject), sourceName(Veskar::Radar), fusedLayer};
 }
 
-void exportTo(const ExportTask& task, const ExportFormat& format, OutputFile& output,
-              const Provenance& provenance,
+void exportTo(const ExportTask& task, const ExportFormat& format, const Provenance& provenance,
               const std::function<void(const LineReader&)>& progress) {
-    Export(task, format, output, provenance).run(progress);
+    Export(task, format, provenance).run(progress);
 }
 
 }  // namespace Workbench

@@ -21,6 +21,7 @@ namespace Workbench {
 struct ExportTask {
     std::string recording;          ///< file, or "-"
     std::vector<std::string> runs;  ///< files of fused tracks of it, or "-"
+    std::string output = "-";       ///< see ExportFormat::open
     std::set<std::string> layers;   ///< of exportLayers; empty: all
     std::optional<Site> site;       ///< instead of the recording's
 };
@@ -34,11 +35,10 @@ std::vector<std::string> exportLayers();
 ///
 /// @param task what is exported
 /// @param format receives it
-/// @param output receives the text
 /// @param provenance checks whether the runs belong to the recording
 /// @param progress called after every line with the reader of the recording
 /// @throw InputError the fault of an input, or that the format cannot state what it contains
-void exportTo(const ExportTask& task, const ExportFormat& format, OutputFile& output,
-              const Provenance& provenance, const std::function<void(const LineReader&)>& progress);
+void exportTo(const ExportTask& task, const ExportFormat& format, const Provenance& provenance,
+              const std::function<void(const LineReader&)>& progress);
 
 }  // namespace Workbench

@@ -19,11 +19,16 @@ public:
     Exporter(const Exporter&) = delete;
     Exporter& operator=(const Exporter&) = delete;
 
+    /// A moment at which the truth states where the objects are; without truth, that of a video
+    /// frame. The layers have what has arrived by then, the truth of the moment follows.
+    /// @param time s
+    /// @throw InputError as add
+    virtual void atMoment(double /*time*/) {}
     /// @param layer "truth", "video", "radar", "fused", "fused2" and so on
     /// @param frame all tracks of the layer; frames of all layers come in the order of arrival
     /// @throw InputError when the format cannot state them, or the output cannot be written
     virtual void add(const std::string& layer, const FusedFrame& frame) = 0;
-    /// Must be the last call.
+    /// Makes the output visible. Must be the last call.
     /// @throw InputError as add
     virtual void finish() = 0;
 };

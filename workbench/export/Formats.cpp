@@ -3,20 +3,47 @@
 
 #include "export/CsvExport.h"
 #include "export/GeoJsonExport.h"
+#include "export/KittiExport.h"
+#include "export/MotExport.h"
+#include "io/OutputFile.h"
 
 namespace Workbench {
 namespace {
 
+/// A format whose output is one file.
 template <typename Format>
-std::unique_ptr<Exporter> openFormat(OutputFile& output, const RecordingHeader& header) {
+class FileExport : public Exporter {
+public:
+    FileExport(const std::string& path, const RecordingHeader& header)
+        : output_(path), format_(output_, header) {}
+
+    void atMoment(double time) override { format_.atMoment(time); }
+    void add(const std::string& layer, const FusedFrame& frame) override {
+        format_.add(layer, frame);
+    }
+    void finish() override {
+        format_.finish();
+        output_.commit();
+    }
+
+private:
+    OutputFile output_;
+    Format format_;
+};
+
+template <typename Format>
+std::unique_ptr<Exporter> openFormat(const std::string& output, const RecordingHeader& header) {
     return std::make_unique<Format>(output, header);
 }
 
 }  // namespace
 
 const std::vector<ExportFormat>& exportFormats() {
-    static const std::vector<ExportFormat> formats{{"csv", openFormat<CsvExport>},
-                                                   {"geojson", openFormat<GeoJsonExport>}};
+    static const std::vector<ExportFormat> formats{
+        {"csv", false, openFormat<FileExport<CsvExport>>},
+        {"geojson", false, openFormat<FileExport<GeoJsonExport>>},
+        {"mot", true, openFormat<MotExport>},
+        {"kitti", true, openFormat<KittiExport>}};
     return formats;
 }
 

@@ -4,9 +4,9 @@
 
 #include "export/Exporter.h"
 #include "host/installation/RecordingHeader.h"
-#include "io/OutputFile.h"
 
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace Workbench {
@@ -14,8 +14,9 @@ namespace Workbench {
 /// A format and its exporter.
 struct ExportFormat {
     const char* name;
-    /// The output and the header must outlive the exporter.
-    std::unique_ptr<Exporter> (*open)(OutputFile& output, const RecordingHeader& header);
+    bool isDirectory;  ///< the output is a directory of files, and not one file
+    /// Opens the output: a file or "-", or a directory. The header must outlive the exporter.
+    std::unique_ptr<Exporter> (*open)(const std::string& output, const RecordingHeader& header);
 };
 
 /// @return all formats

@@ -4,6 +4,8 @@
 #include <veskar-host/GeographicPosition.h>
 #include <veskar-host/Projection.h>
 
+#include "simulate/VideoSensor.h"
+
 #include <cmath>
 #include <limits>
 
@@ -11,6 +13,27 @@ namespace Workbench {
 namespace {
 
 constexpr double unstated = std::numeric_limits<double>::quiet_NaN();
+
+/// The box around the object's image. The truth has no heading: that of the motion is taken, and
+/// what stands is as long as wide.
+ImageBox boxOf(const TruthObject& object, const Projection& camera) {
+    if (!object.size || !object.centre ||
+        !camera.sees({object.centre->x(), object.centre->y(), 0.5 * object.size->z()})) {
+        return {unstated, unstated, unstated, unstated};
+    }
+    ObjectTraits traits;
+    traits.size = *object.size;
+    ObjectState state;
+    state.traits = &traits;
+    state.centre = *object.centre;
+    constexpr double standing = 0.1;  // m/s
+    if (object.velocity.norm() > standing) {
+        state.heading = std::atan2(object.velocity[1], object.velocity[0]);
+    } else {
+        traits.size.head<2>().setConstant(traits.size.head<2>().mean());
+    }
+    return VideoSensor::boxOf(camera, state);
+}
 
 FusedTrack trackOfObject(const TruthObject& object, const HostAdapter& adapter) {
     const Projection& camera = adapter.projection();
@@ -37,7 +60,7 @@ FusedTrack trackOfObject(const TruthObject& object, const HostAdapter& adapter) 
         track.direction = -degrees(std::atan2(object.velocity[1], object.velocity[0]));
     }
     track.labels.objectClass = {object.className, 1.0};
-    track.box = {unstated, unstated, unstated, unstated};
+    track.box = boxOf(object, camera);
     if (adapter.site()) {
         track.geo = geographicPosition(*adapter.site(), object.position);
     }

@@ -12,8 +12,8 @@ namespace Workbench {
 /// @param truth the objects at one time
 /// @param adapter of the recording, for image and geographic positions
 /// @return each object as a confirmed track at its reference point, received at its own time and of
-///         no sensor; what a truth does not state (covariance, box, age) is not finite, and so is
-///         the image position where the camera does not see
+///         no sensor; what a truth does not state (covariance, age) is not finite, and neither are
+///         box and image position where the camera does not see it, or its size is not known
 FusedFrame readTruth(const TruthFrame& truth, const HostAdapter& adapter);
 
 }  // namespace Workbench

@@ -76,6 +76,7 @@ protected:
             "imageToRadiansPolynomial": [0.0, 0.7853981633974483, 0.0, 0.0],
             "radiansToImagePolynomial": [0.0, 1.2732395447351628, 0.0, 0.0],
             "fov": [0.7853981633974483, 0.44], "position": [0.0, 0.0, 5.0]})");
+        spill(results, "1,1,0,0,1,1,1,10,0,0\n");
         files = directory.names();
     }
 
@@ -84,6 +85,7 @@ protected:
         std::vector<Words> all = {{"simulate", scenario},
                                   {"import", "kitti", labels, calibration},
                                   {"import", "autoferry", detections, groundTruth},
+                                  {"import", "mot", results, recording},
                                   {"replay", recording},
                                   {"evaluate", recording},
                                   {"evaluate", recording, fused},
@@ -105,6 +107,8 @@ protected:
                                   {{"import", "kitti", labels}, {}, calibration},
                                   {{"import", "autoferry"}, {groundTruth}, detections},
                                   {{"import", "autoferry", detections}, {}, groundTruth},
+                                  {{"import", "mot"}, {recording}, results},
+                                  {{"import", "mot", results}, {}, recording},
                                   {{"replay"}, {}, recording},
                                   {{"replay", recording, "--config"}, {}, configuration},
                                   {{"replay", recording, "--camera"}, {}, camera},
@@ -172,6 +176,7 @@ protected:
     const std::string configuration = std::string(VESKAR_SOURCE_DIR) + "/config/fusion.json";
     const std::string explanation = directory / "explained";
     const std::string camera = directory / "camera";
+    const std::string results = directory / "results";
     std::string out = directory / "out";
     Words files;  ///< in the directory before a command
 };

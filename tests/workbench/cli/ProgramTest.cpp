@@ -102,6 +102,8 @@ TEST_F(Program, HelpShowsAnExampleForEverySubcommand) {
                                                     {"import"},
                                                     {"import", "autoferry"},
                                                     {"import", "kitti"},
+                                                    {"import", "mot"},
+                                                    {"import", "kitti-results"},
                                                     {"replay"}}) {
         auto arguments = command;
         arguments.emplace_back("--help");

@@ -57,6 +57,28 @@ TEST_F(TruthTracks, AppearInTheImageWhereTheCameraSees) {
     EXPECT_TRUE(read(behind).image.array().isNaN().all());
 }
 
+TEST_F(TruthTracks, HaveTheBoxThatTheCameraDraws) {
+    TruthObject object = car();
+    object.size = Eigen::Vector3d(4.5, 1.8, 1.5);
+    object.centre = Eigen::Vector2d(31.0, 4.0);
+    const Workbench::Projection camera(header.camera.build());
+    const auto heightOf = [&](double x) {
+        return camera.position({x, 4.0, 1.5})[1] - camera.position({x, 4.0, 0.0})[1];
+    };
+    const auto box = read(object).box;
+    EXPECT_GT(box.top - box.bottom, heightOf(32.0));
+    const double across = box.right - box.left;  // it moves to the right and shows its long side
+    object.velocity = {-8.0, 0.0};
+    const auto coming = read(object).box;
+    EXPECT_LT(coming.right - coming.left, 0.7 * across);
+    object.velocity.setZero();
+    const auto standing = read(object).box;
+    EXPECT_LT(standing.right - standing.left, across);
+    EXPECT_GT(standing.right - standing.left, coming.right - coming.left);
+    object.centre = Eigen::Vector2d(-31.0, 4.0);
+    EXPECT_TRUE(std::isnan(read(object).box.left));
+}
+
 TEST_F(TruthTracks, StateNothingThatATruthDoesNotState) {
     TruthObject object = car();
     object.velocity.setZero();
