@@ -80,7 +80,7 @@ void addExportCommand(CLI::App& program, Action& action) {
     command->add_option("recording", options->task.recording, "recording, or -")->required();
     command->add_option("fused", options->task.runs,
                         "fused tracks that veskar replay made of this recording");
-    command->add_option("--to", options->format, "csv, geojson, mot or kitti")
+    command->add_option("--to", options->format, "csv, geojson, mcap, mot or kitti")
         ->required()
         ->check(CLI::IsMember(formatNames()));
     command->add_option("-o,--output", options->task.output,
@@ -103,6 +103,7 @@ void addExportCommand(CLI::App& program, Action& action) {
         "Example:\n"
         "  veskar export road.jsonl fused.jsonl --to csv -o road.csv\n"
         "  veskar export road.jsonl --to geojson --site 55.7 13.2 140 -o road.geojson\n"
+        "  veskar export road.jsonl fused.jsonl --to mcap -o road.mcap\n"
         "  veskar export road.jsonl fused.jsonl --to mot -o trackeval\n");
     command->callback([options, command, &action] {
         options->task.layers = {options->layers.begin(), options->layers.end()};

@@ -4,6 +4,7 @@
 #include "export/CsvExport.h"
 #include "export/GeoJsonExport.h"
 #include "export/KittiExport.h"
+#include "export/McapExport.h"
 #include "export/MotExport.h"
 #include "io/OutputFile.h"
 
@@ -42,6 +43,7 @@ const std::vector<ExportFormat>& exportFormats() {
     static const std::vector<ExportFormat> formats{
         {"csv", false, openFormat<FileExport<CsvExport>>},
         {"geojson", false, openFormat<FileExport<GeoJsonExport>>},
+        {"mcap", false, openFormat<FileExport<McapExport>>},
         {"mot", true, openFormat<MotExport>},
         {"kitti", true, openFormat<KittiExport>}};
     return formats;

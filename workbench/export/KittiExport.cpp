@@ -13,9 +13,8 @@
 namespace Workbench {
 namespace {
 
-const std::filesystem::path truthFiles = "gt/kitti/kitti_2d_box_train";
-const std::filesystem::path trackerFiles = "trackers/kitti/kitti_2d_box_train";
-constexpr int pixelDecimals = 2;
+const std::filesystem::path kittiTruthFiles = "gt/kitti/kitti_2d_box_train";
+const std::filesystem::path kittiTrackerFiles = "trackers/kitti/kitti_2d_box_train";
 
 /// The word of the benchmark for a class.
 const char* typeOf(const std::string& className) {
@@ -62,7 +61,7 @@ void KittiExport::writeTruth(int number, const std::vector<FusedTrack>& tracks) 
         appendRow(text, number, track, boxOf(track) ? "0 0" : "0 3");
         text += '\n';
     }
-    output().file(truthFiles / "label_02" / (sequence() + ".txt")).write(text.view());
+    output().file(kittiTruthFiles / "label_02" / (sequence() + ".txt")).write(text.view());
 }
 
 void KittiExport::writeTracker(const std::string& tracker, int number,
@@ -74,11 +73,11 @@ void KittiExport::writeTracker(const std::string& tracker, int number,
         text.addNumber(track.probability, ratioDecimals);
         text += '\n';
     }
-    output().file(trackerFiles / tracker / "data" / (sequence() + ".txt")).write(text.view());
+    output().file(kittiTrackerFiles / tracker / "data" / (sequence() + ".txt")).write(text.view());
 }
 
 void KittiExport::describe() {
-    writeSequenceMap(truthFiles / "evaluate_tracking.seqmap.training", "",
+    writeSequenceMap(kittiTruthFiles / "evaluate_tracking.seqmap.training", "",
                      fmt::format("{} empty 000000 {:06}\n", sequence(), frames()));
 }
 

@@ -18,6 +18,9 @@
 
 namespace Workbench {
 
+/// Digits behind the point of pixels.
+constexpr int pixelDecimals = 2;
+
 /// A box in pixels from the left upper corner of the image.
 struct PixelBox {
     double left;

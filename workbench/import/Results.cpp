@@ -30,7 +30,7 @@
 namespace Workbench {
 namespace {
 
-constexpr double unstated = std::numeric_limits<double>::quiet_NaN();
+constexpr double notStated = std::numeric_limits<double>::quiet_NaN();
 
 /// Reads a recording to its end.
 /// @return the times of its truth, or of its video frames when it has none, s
@@ -61,10 +61,10 @@ public:
         FusedTrack track;
         track.id = row.id;
         track.confirmed = true;
-        track.probability = row.confidence >= 0.0 ? std::min(row.confidence, 1.0) : unstated;
-        track.image = track.imageRate = {unstated, unstated};
-        track.range = track.rangeRate = unstated;
-        track.box = {unstated, unstated, unstated, unstated};
+        track.probability = row.confidence >= 0.0 ? std::min(row.confidence, 1.0) : notStated;
+        track.image = track.imageRate = {notStated, notStated};
+        track.range = track.rangeRate = notStated;
+        track.box = {notStated, notStated, notStated, notStated};
         if (row.box.allFinite()) {
             track.box = imageBoxOf(row.box);
         }
@@ -120,7 +120,7 @@ private:
         last_.insert_or_assign(track.id, std::make_pair(time, position));
         const Eigen::Vector3d point(position[0], position[1], 0.0);
         const Eigen::Vector3d sight = point - projection_.origin();
-        const Eigen::Matrix2d unstatedCovariance = Eigen::Matrix2d::Constant(unstated);
+        const Eigen::Matrix2d unstatedCovariance = Eigen::Matrix2d::Constant(notStated);
         track.ground = GroundPosition{position, unstatedCovariance, velocity, unstatedCovariance};
         track.speed = velocity.norm();
         if (*track.speed > 0.0) {

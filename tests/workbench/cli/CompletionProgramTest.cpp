@@ -37,7 +37,7 @@ TEST(Completion, OffersCommandsOptionsAndTheirWordsInBash) {
     EXPECT_EQ(offered({"veskar", "import", ""}), "autoferry kitti mot kitti-results\n");
     EXPECT_EQ(offered({"veskar", "replay", "road.jsonl", "--fo"}), "--format\n");
     EXPECT_EQ(offered({"veskar", "replay", "--format", ""}), "jsonl csv\n");
-    EXPECT_EQ(offered({"veskar", "export", "--to", ""}), "csv geojson mot kitti\n");
+    EXPECT_EQ(offered({"veskar", "export", "--to", ""}), "csv geojson mcap mot kitti\n");
     EXPECT_EQ(offered({"veskar", "import", "kitti", "--camera"}), "--camera-height\n");
     EXPECT_THAT(offered({"veskar", "replay", "--"}), HasSubstr("--explain"));
 }

@@ -91,6 +91,7 @@ protected:
                                   {"evaluate", recording, fused},
                                   {"export", recording, fused, "--to", "csv"},
                                   {"export", recording, "--to", "geojson"},
+                                  {"export", recording, "--to", "mcap"},
                                   {"info", recording},
                                   {"check", recording},
                                   {"check", scenario}};
