@@ -4,6 +4,7 @@
 #include "cli/Files.h"
 #include "cli/OptionChecks.h"
 #include "import/Autoferry.h"
+#include "import/Csv.h"
 #include "import/Kitti.h"
 #include "import/Results.h"
 #include "io/OutputFile.h"
@@ -109,6 +110,33 @@ void addKitti(CLI::App& command, Action& action) {
     });
 }
 
+void addCsv(CLI::App& command, Action& action) {
+    struct Options : CsvOptions {
+        std::string output = "-";
+    };
+    auto options = std::make_shared<Options>();
+    CLI::App* format = command.add_subcommand(
+        "csv", "Tables of a radar and a camera, by a recipe that says what their columns are");
+    format->add_option("--recipe", options->recipe, "columns, units, clock and installation")
+        ->required();
+    format->add_option("--radar", options->radar, "table of the radar, or -");
+    format->add_option("--video", options->video, "table of the camera, or -");
+    addOutput(*format, options->output);
+    format->footer(
+        "A radar or a camera without ids is tracked by veskar; the recording says so.\n"
+        "\n"
+        "Example:\n  veskar import csv --recipe recipe.json --radar radar.csv -o site.jsonl\n");
+    format->callback([options, &action] {
+        action = [options] {
+            return importTo(options->output,
+                            {{"recipe", options->recipe},
+                             {"radar's table", options->radar},
+                             {"camera's table", options->video}},
+                            [&] { return importCsv(*options); });
+        };
+    });
+}
+
 /// Adds a format of results of other trackers.
 void addResults(CLI::App& command, Action& action, const char* name, const char* description,
                 const char* rateHelp, const ResultsFormat& results) {
@@ -155,6 +183,7 @@ void addImportCommand(CLI::App& program, Action& action) {
         "scenario13_groundTruth.json -o boats.jsonl\n");
     addAutoferry(*command, action);
     addKitti(*command, action);
+    addCsv(*command, action);
     addResults(
         *command, action, "mot", "Results of another tracker in the format of MOTChallenge",
         "frames per second, frame 1 at time 0 (default: the frames are the moments of truth, "

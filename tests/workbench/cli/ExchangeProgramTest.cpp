@@ -275,6 +275,73 @@ TEST_F(Exchange, ResultsWithMoreFramesThanTheRecordingNeedTheirRate) {
         5002);
 }
 
+// The radar's reports of the recording as a table, in other units, and back.
+TEST_F(Exchange, ATableOfTheRadarIsTheRadarAgain) {
+    const std::vector<std::string> lines = linesOf(slurp(recording));
+    json recipe{{"recording", json::parse(lines[0])}};
+    recipe["recording"].erase("format");
+    recipe["recording"].erase("version");
+    recipe["recording"].erase("truth");
+    const auto column = [](const char* name, const char* unit) {
+        return json{{"column", name}, {"unit", unit}};
+    };
+    recipe["radar"] = {{"separator", ";"},
+                       {"columns",
+                        {{"time", column("stamp", "ms")},
+                         {"received", column("arrival", "ms")},
+                         {"id", {{"column", "object"}}},
+                         {"coasting", column("lost", "s")},
+                         {"range", column("distance", "cm")},
+                         {"azimuth", column("angle", "deg")},
+                         {"speed", column("speed", "m/s")},
+                         {"direction", column("course", "deg")},
+                         {"class", {{"column", "kind"}}}}}};
+    std::string table = "stamp;arrival;object;lost;distance;angle;speed;course;kind\n";
+    std::vector<json> expected;
+    for (const std::string& line : lines) {
+        const json frame = json::parse(line);
+        if (frame.value("source", "") != "radar") {
+            continue;
+        }
+        const auto times = std::to_string(1000.0 * frame["time"].get<double>()) + ";" +
+                           std::to_string(1000.0 * frame["received"].get<double>()) + ";";
+        json tracks = json::array();
+        for (const json& track : frame["tracks"]) {
+            const auto cell = [&](const char* key) {
+                return track.contains(key) ? track[key].dump() + ";" : std::string(";");
+            };
+            table += times + cell("id") + cell("coasting") +
+                     std::to_string(100.0 * track["range"].get<double>()) + ";" + cell("azimuth") +
+                     cell("speed") + cell("direction") + track.value("class", "") + "\n";
+            tracks.push_back({track["id"], track["range"], track["azimuth"]});
+        }
+        if (tracks.empty()) {
+            table += times + ";;;;;;\n";
+        }
+        expected.push_back({frame["time"], frame["received"], tracks});
+    }
+    spill(directory / "recipe.json", recipe.dump());
+    spill(directory / "radar.csv", table);
+    const std::string made = directory / "made.jsonl";
+    succeed({"import", "csv", "--recipe", directory / "recipe.json", "--radar",
+             directory / "radar.csv", "-o", made});
+    std::vector<json> frames;
+    for (const std::string& line : linesOf(slurp(made))) {
+        const json frame = json::parse(line);
+        if (!frame.contains("tracks")) {
+            continue;
+        }
+        json tracks = json::array();
+        for (const json& track : frame["tracks"]) {
+            tracks.push_back({track["id"], track["range"], track["azimuth"]});
+        }
+        frames.push_back({frame["time"], frame["received"], tracks});
+    }
+    EXPECT_EQ(frames.size(), 20);
+    EXPECT_EQ(frames, expected);
+    succeed({"replay", made, "-o", directory / "fused.jsonl"});
+}
+
 TEST_F(Exchange, ClassesThatNobodyKnowsAreTold) {
     spill(directory / "results.txt",
           "0 1 Zeppelin -1 -1 -10 1 2 3 4 -1 -1 -1 -2.5 1.7 12.5 -10 0.5\n");

@@ -98,6 +98,8 @@ INSTANTIATE_TEST_SUITE_P(
         Command{"simulate", {"simulate", ">scene"}},
         Command{"autoferry", {"import", "autoferry", ">detections", ">truth"}},
         Command{"kitti", {"import", "kitti", ">labels", ">calibration"}},
+        Command{"tables",
+                {"import", "csv", "--recipe", ">recipe", "--radar", ">radar", "--video", ">video"}},
         Command{"results", {"import", "mot", ">results", ">recording"}},
         Command{"replay", {"replay", ">recording", "--config", ">config", "--camera", ">camera"}},
         Command{"evaluate",

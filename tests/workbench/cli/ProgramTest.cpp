@@ -102,6 +102,7 @@ TEST_F(Program, HelpShowsAnExampleForEverySubcommand) {
                                                     {"import"},
                                                     {"import", "autoferry"},
                                                     {"import", "kitti"},
+                                                    {"import", "csv"},
                                                     {"import", "mot"},
                                                     {"import", "kitti-results"},
                                                     {"replay"}}) {
