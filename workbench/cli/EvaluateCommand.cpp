@@ -5,6 +5,7 @@
 #include "cli/Inputs.h"
 #include "cli/OptionChecks.h"
 #include "cli/Progress.h"
+#include "evaluate/MomentTables.h"
 #include "evaluate/RecordingJudgement.h"
 #include "io/OutputFile.h"
 
@@ -27,6 +28,8 @@ struct EvaluateOptions {
     std::vector<std::string> changes;
     std::string camera;
     std::string format = "table";
+    std::string moments;
+    std::string objects;
     bool wholeScene = false;
     bool force = false;
     EvaluationOptions evaluation;
@@ -39,6 +42,7 @@ RecordingFigures judge(const EvaluateOptions& options) {
     task.camera = options.camera;
     task.options = options.evaluation;
     task.options.commonFieldOfView = !options.wholeScene;
+    task.options.keepsMoments = !options.moments.empty() || !options.objects.empty();
     if (options.fused.empty()) {
         task.settings = readSettings(options.config, options.changes, warn);
     }
@@ -52,10 +56,37 @@ int evaluate(const EvaluateOptions& options) {
                    {"fused tracks", options.fused},
                    {"configuration", options.config},
                    {"camera", options.camera}},
-                  {{"report", options.output}});
-    OutputFile output(options.output);
+                  {{"report", options.output},
+                   {"table of moments", options.moments},
+                   {"table of objects", options.objects}});
+    using Reader = OutputFile::Reader;
+    const bool isAlone = options.moments.empty() && options.objects.empty();
+    OutputFile output(options.output, isAlone ? Reader::MayLeave : Reader::MustStay);
+    std::vector<std::unique_ptr<OutputFile>> tables;
+    const auto open = [&](const std::string& path) -> OutputFile* {
+        return path.empty()
+                   ? nullptr
+                   : tables.emplace_back(std::make_unique<OutputFile>(path, Reader::MustStay))
+                         .get();
+    };
+    OutputFile* const moments = open(options.moments);
+    OutputFile* const objects = open(options.objects);
     const RecordingFigures figures = judge(options);
     output.write(options.format == "json" ? toJsonText(figures.report) : toTable(figures.report));
+    if (moments != nullptr) {
+        moments->write(
+            momentTable(figures.report.header, figures.overTime, formOf(options.moments)));
+    }
+    if (objects != nullptr) {
+        objects->write(objectTable(figures.overTime, formOf(options.objects)));
+    }
+    for (const auto& table : tables) {
+        table->complete();
+    }
+    output.complete();
+    for (const auto& table : tables) {
+        table->commit();
+    }
     output.commit();
     if (figures.counts.failedFrames > 0) {
         writeError(fmt::format(
@@ -84,6 +115,12 @@ void addEvaluateCommand(CLI::App& program, Action& action) {
         ->excludes(fused);
     command->add_option("--format", options->format, "table or json (default: table)")
         ->check(CLI::IsMember({"table", "json"}));
+    command->add_option(
+        "--moments", options->moments,
+        "also write GOSPA of every tracker at every moment of truth: a table, CSV or, "
+        "when the name ends in .json, JSON");
+    command->add_option("--objects", options->objects,
+                        "also write what became of every object with every tracker, as --moments");
     command
         ->add_option("--cutoff", options->evaluation.cutoff,
                      "cutoff of GOSPA and OSPA and distance of similarity zero, m; a track counts "
@@ -110,7 +147,8 @@ void addEvaluateCommand(CLI::App& program, Action& action) {
         "Exit status 1: the fusion could not associate some frames (too many tracks at once).\n"
         "\n"
         "Example:\n  veskar evaluate perimeter.jsonl --format json -o figures.json\n"
-        "  veskar evaluate perimeter.jsonl perimeter.fused.jsonl");
+        "  veskar evaluate perimeter.jsonl perimeter.fused.jsonl\n"
+        "  veskar evaluate perimeter.jsonl --moments moments.csv --objects objects.csv");
     command->callback([options, &action] { action = [options] { return evaluate(*options); }; });
 }
 

@@ -93,8 +93,12 @@ void TrackerJudgement::judge(const TrueMoment& truth, std::vector<JudgedTrack> t
     ++judged_;
     if (parts_.options().keepsMoments) {
         const auto& [instant, near, matches] = scene.scene;
+        std::vector<int> objects;
+        for (const TrueObject& object : instant.truths) {
+            objects.push_back(object.id);
+        }
         moments_.push_back({instant.time, gospa(instant, matches, setDistance(parts_.options())),
-                            cards_.whole.matches()});
+                            cards_.whole.matches(), std::move(objects)});
     }
 }
 

@@ -24,6 +24,7 @@ struct GospaMoment {
     Gospa gospa;        ///< when the truth is incomplete, its false tracks and its distance are
                         ///< meaningless
     std::vector<std::pair<int, int>> matches;  ///< ids (object, track), as matched by CLEAR MOT
+    std::vector<int> objects;                  ///< ids of all evaluated objects
 };
 
 /// The parts of a scene.

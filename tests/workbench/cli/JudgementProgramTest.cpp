@@ -137,6 +137,31 @@ TEST_F(Judgement, EvaluateTabulatesFusionAndSensors) {
     }
 }
 
+TEST_F(Judgement, EvaluateTellsMomentsAndObjects) {
+    const std::string path = recording();
+    const std::string moments = directory / "moments.json";
+    const std::string objects = directory / "objects.csv";
+    const Outcome outcome =
+        veskar({"evaluate", path, "--format", "json", "--moments", moments, "--objects", objects});
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    EXPECT_EQ(outcome.output, veskar({"evaluate", path, "--format", "json"}).output);
+    const auto report = nlohmann::json::parse(outcome.output);
+    double sum = 0.0;
+    int count = 0;
+    for (const auto& row : nlohmann::json::parse(slurp(moments))) {
+        if (row["tracker"] == "fusion") {
+            sum += row["GOSPA"].get<double>();
+            ++count;
+        }
+    }
+    EXPECT_EQ(count, report["instants"]);
+    EXPECT_NEAR(sum / count, report["parts"]["all"]["fusion"]["GOSPA"], 1e-9);
+    EXPECT_THAT(slurp(objects), testing::StartsWith("tracker,object,moments,matched,"));
+    EXPECT_THAT(slurp(objects), HasSubstr("\nfusion,1,"));
+    const Outcome clash = veskar({"evaluate", path, "-o", moments, "--objects", moments});
+    EXPECT_EQ(clash.status, 2);
+}
+
 TEST_F(Judgement, EvaluateWritesJsonForMachines) {
     const std::string path = recording();
     const Outcome outcome = veskar({"evaluate", path, "--format", "json", "--hits", "2"});
