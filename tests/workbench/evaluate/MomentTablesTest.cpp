@@ -6,7 +6,6 @@
 
 using nlohmann::json;
 using Workbench::Gospa;
-using Workbench::GospaMoment;
 using Workbench::TableForm;
 
 namespace {
