@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Writes the container format MCAP (https://mcap.dev/spec, version 0).
+// Writes the container format MCAP (https://mcap.dev, version 0).
 #pragma once
 
 #include "io/OutputFile.h"
