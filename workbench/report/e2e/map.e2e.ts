@@ -93,7 +93,7 @@ describe('the map under the plan', () => {
     expect(asked).toContain(`/${z}/${x}/${y}.png`);
     const before = asked.length;
     await page.locator('[data-layer="map"]').click();
-    expect(await page.locator('.attribution').isVisible()).toBe(false);
+    await until(async () => !(await page.locator('.attribution').isVisible()));
     await page.locator('.plan-view canvas').hover();
     await page.mouse.wheel(0, 600);
     await new Promise((done) => setTimeout(done, 300));
