@@ -123,9 +123,10 @@ if(TARGET veskar_python)
          ", python3 (<< ${Python_VERSION_MAJOR}.${next_minor})")
   list(APPEND CPACK_COMPONENTS_ALL python)
 endif()
-set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "python3-pandas, ${tools_package}")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS
+    "python3-pandas, python3-optuna, python3-scipy, ${tools_package}")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS
-    "python3-matplotlib, python3-optuna, python3-scipy, python3-psycopg2, ${doc_package}")
+    "python3-matplotlib, python3-psycopg2, ${doc_package}")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)
 
 set(CPACK_DEBIAN_DOC_PACKAGE_NAME ${doc_package})

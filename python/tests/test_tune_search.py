@@ -9,6 +9,7 @@ import pytest
 from veskar.tune.judgement import judge
 from veskar.tune.samples import Processes, Sample
 from veskar.tune.search import Search
+from veskar.tune.storage import Storage
 from veskar.tune.study import Parameter, Scene, Study, StudyError
 
 SEEDS = {"training": range(1, 5), "held_out": range(101, 111)}
@@ -70,7 +71,7 @@ def searched(storage):
     def search(cost, study=None):
         study = study or study_of()
         with Processes(1) as processes:
-            made = Search(study, samples("training"), processes, storage, cost)
+            made = Search(study, samples("training"), processes, Storage(storage), cost)
             made.run(study.trials)
             return made, list(made.judge(samples("held_out")))
 
@@ -111,7 +112,7 @@ def test_luck_is_not_recommended(searched):
 def test_a_search_goes_on_where_it_stopped(storage):
     def run(count):
         with Processes(1) as processes:
-            search = Search(study_of(), samples("training"), processes, storage, better_at_7)
+            search = Search(study_of(), samples("training"), processes, Storage(storage), better_at_7)
             search.run(count)
             return [trial.params for trial in search.feasible()], search
 
@@ -130,7 +131,7 @@ def test_an_interrupted_trial_is_tried_once_again(storage):
 
     with Processes(1) as processes:
         def search():
-            return Search(study_of(), samples("training"), processes, storage, better_at_7)
+            return Search(study_of(), samples("training"), processes, Storage(storage), better_at_7)
 
         search().run(3)
         trials().ask()  # killed before it had a value
@@ -145,9 +146,10 @@ def test_an_interrupted_trial_is_tried_once_again(storage):
 
 def test_trials_of_another_study_are_refused(storage):
     with Processes(1) as processes:
-        Search(study_of(), samples("training"), processes, storage, better_at_7).run(1)
+        Search(study_of(), samples("training"), processes, Storage(storage), better_at_7).run(1)
         with pytest.raises(StudyError, match="have changed since"):
-            Search(study_of(scenes={"fog": {}}), samples("training"), processes, storage, better_at_7)
+            Search(study_of(scenes={"fog": {}}), samples("training"), processes, Storage(storage),
+                   better_at_7)
 
 
 def test_intervals_are_those_of_paired_differences():

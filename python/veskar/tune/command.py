@@ -12,8 +12,8 @@ import sys
 from collections.abc import Iterator, Sequence
 
 _EPILOG = """\
-Exit status: 0 a setting is recommended; 1 none is; 2 wrong usage or wrong input. A search that was
-killed goes on with the same command."""
+Exit status: 0 a setting is recommended, or a worker is done; 1 none is; 2 wrong usage or wrong
+input. A search that was killed goes on with the same command."""
 
 
 def main(arguments: Sequence[str] | None = None) -> int:
@@ -22,8 +22,8 @@ def main(arguments: Sequence[str] | None = None) -> int:
     try:
         return _tune(options)
     except ModuleNotFoundError as error:
-        print(f"veskar tune: {error}: install python3-optuna and python3-scipy",
-              file=sys.stderr)
+        print(f"veskar tune: {error}: install python3-optuna and python3-scipy, and python3-psycopg2 for "
+              "--storage", file=sys.stderr)
     except (OSError, ValueError) as error:
         print(f"veskar tune: {error}", file=sys.stderr)
     except KeyboardInterrupt:
@@ -44,6 +44,12 @@ def _parser() -> argparse.ArgumentParser:
     parser.add_argument("--trials", type=_positive, help="complete trials to reach (default: the study's)")
     parser.add_argument("--processes", type=_positive,
                         help="that evaluate the recordings of a trial (default: all cores)")
+    parser.add_argument("--storage", metavar="URL",
+                        help="PostgreSQL, for many workers: postgresql://user@host/database")
+    parser.add_argument("--worker", action="store_true",
+                        help="only search, beside others; another command judges (needs --storage)")
+    parser.add_argument("--lease", type=_positive, default=300, metavar="SECONDS",
+                        help="after which a silent worker is taken for dead; the same for all (default: 300)")
     return parser
 
 
@@ -66,22 +72,40 @@ def _alone_in(directory: str) -> Iterator[None]:
 
 
 def _tune(options: argparse.Namespace) -> int:
+    import optuna
+    import sqlalchemy
+
+    if options.worker and not options.storage:
+        raise ValueError("--worker needs --storage")
+    try:
+        return _search(options)
+    except (sqlalchemy.exc.SQLAlchemyError, optuna.exceptions.StorageInternalError) as error:
+        raise ValueError(f"storage: {error}") from error
+
+
+def _search(options: argparse.Namespace) -> int:
     from .answer import table, write_answer
     from .samples import Processes, samples_of
     from .search import Search
+    from .storage import SharedStorage, Storage
     from .study import read_study
 
     study = read_study(options.study)
     directory = os.path.abspath(options.output or study.name)
     recordings = os.path.join(directory, "recordings")
-    storage = f"sqlite:///{os.path.join(directory, 'study.db')}"
     trials = options.trials or study.trials
     os.makedirs(directory, exist_ok=True)
-    with _alone_in(directory), Processes(options.processes) as processes:
+    # Workers write no answer.
+    alone = contextlib.nullcontext() if options.worker else _alone_in(directory)
+    with alone, Processes(options.processes) as processes:
+        storage = (SharedStorage(options.storage, options.lease) if options.storage
+                   else Storage(f"sqlite:///{os.path.join(directory, 'study.db')}"))
         training = samples_of(study, "training", recordings, processes)
         search = Search(study, training, processes, storage)
         search.run(trials, lambda count, best: print(
             f"{count}/{trials} best {'-' if best is None else format(best, '.4f')}", file=sys.stderr))
+        if options.worker:
+            return 0
         held_out = samples_of(study, "held_out", recordings, processes)
         judged = list(search.judge(held_out))
         recommended = write_answer(directory, search, held_out, judged)

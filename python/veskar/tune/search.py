@@ -1,11 +1,13 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The search itself: trials of Optuna, in a storage that outlives a killed process."""
+"""The search itself: trials of Optuna, in a storage that outlives killed processes."""
 
 from __future__ import annotations
 
+import contextlib
 import hashlib
 import json
-import warnings
+import os
+import socket
 from collections.abc import Callable, Iterator, Mapping, Sequence
 from typing import Any
 
@@ -14,6 +16,7 @@ from optuna.trial import FrozenTrial, Trial, TrialState
 
 from .judgement import Verdict, judge, losses, means, score
 from .samples import Processes, Sample, cost, costs_of, digests_of
+from .storage import Storage
 from .study import Study, StudyError
 
 #: Two-sided, of the judgement of all finalists together.
@@ -23,7 +26,7 @@ _COMPLETE = (TrialState.COMPLETE,)
 
 
 class Search:
-    """A study in a storage, which no other process uses meanwhile.
+    """A study in a storage.
 
     Parameters
     ----------
@@ -31,29 +34,28 @@ class Search:
     training : list of Sample
     processes : Processes
         evaluate the recordings of a trial
-    storage : str
-        URL of an SQLite file
+    storage : Storage
     function : callable, optional
         the cost of (base, changes, sample), instead of a replay and its evaluation
     """
 
-    def __init__(self, study: Study, training: Sequence[Sample], processes: Processes, storage: str,
+    def __init__(self, study: Study, training: Sequence[Sample], processes: Processes, storage: Storage,
                  function: Callable[[tuple[str | None, Mapping[str, Any], Sample]], float] = cost,
                  ) -> None:
         self.study, self.training = study, training
-        self._processes = processes
+        self._processes, self._storage = processes, storage
         self._function = function
-        optuna.logging.set_verbosity(optuna.logging.WARNING)
-        warnings.filterwarnings("ignore", category=optuna.exceptions.ExperimentalWarning)
         self.digests = digests_of(training) if function is cost else {}
-        self._trials = optuna.create_study(
-            study_name=study.name, load_if_exists=True, direction="minimize",
-            storage=optuna.storages.RDBStorage(storage))
-        self._claim()
-        self._retry_interrupted()
-        # A search that goes on must not propose what it began with.
+        with storage.alone():
+            self._trials = optuna.create_study(
+                study_name=study.name, load_if_exists=True, direction="minimize",
+                storage=storage.trials)
+            self._claim()
+        storage.retry_lost(self._trials)
         self._trials.sampler = optuna.samplers.TPESampler(
-            seed=study.seed + len(self._trials.trials),
+            # A search that goes on must not propose what it began with, nor a worker what others do.
+            seed=None if storage.shared else study.seed + len(self._trials.trials),
+            constant_liar=storage.shared,
             constraints_func=lambda trial: list(trial.user_attrs["losses"]))
         self.baseline = self._baseline()
 
@@ -73,15 +75,6 @@ class Search:
         elif known != digest:
             raise StudyError(f"{self.study.path}: the study, its configuration or its recordings have "
                              "changed since the first trial; give it another name or directory")
-
-    def _retry_interrupted(self) -> None:
-        """Try again what a killed process was trying."""
-        for trial in self._trials.get_trials(states=(TrialState.RUNNING,)):
-            # In this order no kill makes two of one.
-            self._trials.tell(trial.number, state=TrialState.FAIL)
-            values = {**trial.system_attrs.get("fixed_params", {}), **trial.params}
-            if values:
-                self._trials.enqueue_trial(values)
 
     def _baseline(self) -> dict[str, float]:
         costs: dict[str, float] | None = self._trials.user_attrs.get("baseline")
@@ -104,19 +97,27 @@ class Search:
             receives the number of complete trials and the best score so far, or None
         """
         while self.complete < count:
-            self._trials.optimize(self._try, n_trials=1)
+            self._try(self._storage.ask(self._trials))
             if progress:
                 best = self.feasible()
                 progress(self.complete, best[0].value if best else None)
 
-    def _try(self, trial: Trial) -> float:
-        changes = {parameter.key: parameter.suggest(trial) for parameter in self.study.parameters}
-        costs = self.costs(self.training, changes)
-        trial.set_user_attr("costs", costs)
-        found = means(self.study, costs)
+    def _try(self, trial: Trial) -> None:
+        try:
+            with self._storage.held(trial):
+                trial.set_user_attr("worker", f"{socket.gethostname()}:{os.getpid()}")
+                changes = {parameter.key: parameter.suggest(trial) for parameter in self.study.parameters}
+                found = means(self.study, self.costs(self.training, changes))
+        except BaseException:
+            with contextlib.suppress(RuntimeError):
+                self._trials.tell(trial, state=TrialState.FAIL, skip_if_finished=True)
+            raise
         lost = losses(self.study, means(self.study, self.baseline), found)
-        trial.set_user_attr("losses", list(lost.values()))
-        return score(self.study, found)
+        # Optuna raises this when others have taken this process for dead meanwhile. The trial is
+        # tried again then, and counts there.
+        with contextlib.suppress(RuntimeError):
+            trial.set_user_attr("losses", list(lost.values()))
+            self._trials.tell(trial, score(self.study, found), skip_if_finished=True)
 
     @property
     def complete(self) -> int:
