@@ -26,13 +26,15 @@ PictureFeed::~PictureFeed() {
 }
 
 void PictureFeed::run() {
-    for (std::unique_lock<std::mutex> lock(mutex_); !isEnding_; end_.wait_for(lock, interval_)) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    do {
         lock.unlock();
         if (audience_.isThere()) {
             look();
         }
         lock.lock();
-    }
+        // The end may have been told during the look.
+    } while (!end_.wait_for(lock, interval_, [this] { return isEnding_.load(); }));
 }
 
 void PictureFeed::look() {
