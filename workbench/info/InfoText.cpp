@@ -2,11 +2,10 @@
 // The contents of files in words and as JSON.
 #include "info/FileInfo.h"
 #include "io/Counted.h"
+#include "io/UtcText.h"
 
 #include <cmath>
-#include <ctime>
 
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
@@ -66,8 +65,9 @@ std::string textOf(const RecordingInfo::Sensor& sensor) {
 
 /// "2026-05-01 12:00:00 UTC"
 std::string utc(double seconds) {
-    return fmt::format("{:%Y-%m-%d %H:%M:%S} UTC",
-                       fmt::gmtime(static_cast<std::time_t>(std::floor(seconds))));
+    const std::string text = utcText(std::floor(seconds));
+    return text.empty() ? "before 1970 or after 9999"
+                        : fmt::format("{} {} UTC", text.substr(0, 10), text.substr(11, 8));
 }
 
 const char* wordOf(TruthKind kind) {

@@ -3,10 +3,10 @@
 
 #include <cmath>
 #include <cstdint>
-#include <ctime>
+#include <memory>
 
-#include <fmt/chrono.h>
 #include <fmt/format.h>
+#include <glib.h>
 
 namespace Workbench {
 
@@ -17,9 +17,14 @@ std::string utcText(double unixTime) {
         return {};
     }
     const std::int64_t micros = std::llround(unixTime * microsPerSecond);
-    return fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:06}Z",
-                       fmt::gmtime(static_cast<std::time_t>(micros / microsPerSecond)),
-                       micros % microsPerSecond);
+    // Not by std::time_t, which ends in 2038 where it has 32 bits.
+    const std::unique_ptr<GDateTime, decltype(&::g_date_time_unref)> date(
+        ::g_date_time_new_from_unix_utc(micros / microsPerSecond), &::g_date_time_unref);
+    return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}.{:06}Z",
+                       ::g_date_time_get_year(date.get()), ::g_date_time_get_month(date.get()),
+                       ::g_date_time_get_day_of_month(date.get()),
+                       ::g_date_time_get_hour(date.get()), ::g_date_time_get_minute(date.get()),
+                       ::g_date_time_get_second(date.get()), micros % microsPerSecond);
 }
 
 }  // namespace Workbench

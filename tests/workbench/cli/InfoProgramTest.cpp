@@ -65,6 +65,20 @@ TEST_F(InfoProgram, CountsWhatIsInARecording) {
     EXPECT_THAT(text, HasSubstr("1 moment, 1 object\n             1 human\n"));
 }
 
+TEST_F(InfoProgram, StatesTheDateOfTheBeginning) {
+    const std::string tiny = slurp(dataFile("tiny.jsonl"));
+    const auto begins = [&](double epoch) {
+        nlohmann::json header = nlohmann::json::parse(tiny.substr(0, tiny.find('\n')));
+        header["epoch"] = epoch;
+        spill(recording, header.dump() + "\n" + lines);
+        return veskar({"info", recording}).output;
+    };
+    EXPECT_THAT(begins(1777636800.0), HasSubstr("  begins     2026-05-01 12:00:00 UTC\n"));
+    // No more seconds than 32 bits hold would end in 2038.
+    EXPECT_THAT(begins(4102444799.5), HasSubstr("  begins     2100-01-01 00:00:00 UTC\n"));
+    EXPECT_THAT(begins(1e300), HasSubstr("  begins     before 1970 or after 9999\n"));
+}
+
 TEST_F(InfoProgram, TellsTheDigestThatRunsState) {
     const nlohmann::json recorded = ask(dataFile("tiny.jsonl"));
     const nlohmann::json fused = ask(dataFile("tiny.fused.jsonl"));
