@@ -21,7 +21,7 @@ from veskar.tune.storage import SharedStorage
 from veskar.tune.study import Parameter, Scene, Study
 
 #: s; long beside a trial here, short beside a test
-LEASE = 4
+LEASE = 8
 
 
 def as_server(*command):
