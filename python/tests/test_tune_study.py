@@ -42,6 +42,15 @@ def test_a_study_is_read(read, document):
     assert (scene.metric, scene.weight, scene.training, scene.held_out) == ("GOSPA", 1.0, (1,), (101, 102))
 
 
+def test_the_shipped_study_can_be_searched(root, tmp_path):
+    study = read_study(root / "config/studies/fog-and-crowd.json")
+    assert {scene.name: scene.weight for scene in study.scenes} == {
+        "fog": 1, "crowd": 1, "crossing": 0, "perimeter": 0, "road": 0}
+    for scene in study.scenes:
+        assert scene.training == tuple(range(1, 9)) and scene.held_out == tuple(range(101, 111))
+        veskar.simulate(scene.scenario, tmp_path / f"{scene.name}.jsonl", duration=0.5)
+
+
 @pytest.mark.parametrize("place, value, complaint", [
     (("paramters",), {}, "paramters: not known here"),
     (("trials",), 0, "trials: 0 is not a whole number from 1 on"),
