@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Configurations, cameras and scenarios: every fault is reported with line, key, value and
 // expectation.
+#include <veskar-host/InputError.h>
+
 #include "Process.h"
 #include "SourceDirectory.h"
 #include "check/DocumentCheck.h"
@@ -16,6 +18,7 @@ namespace {
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
+using testing::ThrowsMessage;
 using VeskarTest::slurp;
 using VeskarTest::spill;
 
@@ -125,6 +128,13 @@ TEST_F(DocumentCheck, RecognisesWhatADocumentIs) {
     EXPECT_EQ(kindOfDocument(source + "/config/scenarios/road.json"), DocumentKind::Scenario);
     spill(directory / "r", "{\"format\":\"veskar-recording\",\"version\":1}\n");
     EXPECT_EQ(kindOfDocument(directory / "r"), DocumentKind::Recording);
+}
+
+TEST_F(DocumentCheck, SaysThatADamagedCompressedFileCannotBeRead) {
+    const std::string path = directory / "damaged";
+    spill(path, "\x1f\x8b\"video\": {");
+    EXPECT_THAT([&] { kindOfDocument(path); },
+                ThrowsMessage<InputError>(path + ":1: the gzip data are damaged"));
 }
 
 TEST_F(DocumentCheck, ListsAllTenFaultsOfAConfiguration) {
