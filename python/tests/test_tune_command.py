@@ -101,6 +101,21 @@ def test_a_killed_search_goes_on(tune, study, tmp_path):
     assert after.get("FAIL", 0) == before.get("RUNNING", 0)
 
 
+def test_a_grid_is_a_table_and_a_file(tune, study, tmp_path):
+    key = "veskarModule.systemTrackConfirmationLimitLower"
+    table, _ = finish(tune(study, "-o", "tuned", "--grid", f"{key}=3"), 0)
+    assert table == (tmp_path / "tuned/grid.txt").read_text()
+    header, *rows = (tmp_path / "tuned/grid.csv").read_text().splitlines()
+    assert header == f"{key},score,walk,tolerated"
+    assert [row.split(",")[0] for row in rows] == ["0.4", "0.65", "0.9"]
+    recordings = [str(path) for path in (tmp_path / "tuned/recordings").glob("walk-*.jsonl")]
+    costs = [veskar.evaluate(path, config=tmp_path / "base.json", changes={key: 0.65})["GOSPA"]
+             for path in recordings]
+    assert float(rows[1].split(",")[1]) == pytest.approx(sum(costs) / 2)
+    assert "--trials: the trials of --grid are" in finish(tune(study, "--grid", key, "--trials", 3), 2)[1]
+    assert "--grid radarGain: not a parameter" in finish(tune(study, "--grid", "radarGain"), 2)[1]
+
+
 def test_two_searches_do_not_share_a_directory(tune, study, tmp_path):
     (tmp_path / "tuned").mkdir()
     with open(tmp_path / "tuned/lock", "w", encoding="utf-8") as file:

@@ -182,6 +182,37 @@ def test_parallel_starts_workers(root, study, storage, tmp_path):
     assert len({trial.user_attrs["worker"] for trial in trials}) == 2
 
 
+def test_workers_share_a_grid(tune, storage):
+    grid = ("--grid", "veskarModule.gatingDistance=8")
+    workers = [tune("--worker", *grid), tune("--worker", *grid), tune(*grid)]
+    finish(workers)
+    [study] = optuna.get_all_study_summaries(storage)
+    trials = optuna.load_study(study_name=study.study_name, storage=storage).get_trials()
+    assert {trial.state.name for trial in trials} == {"COMPLETE"}
+    assert len({trial.params["veskarModule.gatingDistance"] for trial in trials}) == len(trials) == 8
+
+
+def test_a_killed_worker_leaves_no_hole_in_a_grid(storage):
+    study = Study("study.json", "study", None, (Parameter("veskarModule.gatingDistance", 0.0, 10.0),),
+                  (Scene("fog", "GOSPA", 1.0, "unused", None, (1,), (101, 102)),), 0.02, 3, 3, 1, {})
+    settings = [{"veskarModule.gatingDistance": value} for value in (1.0, 2.0)]
+
+    def search():
+        return Search(study, [Sample("fog", "1", "GOSPA", "")], processes,
+                      SharedStorage(storage, LEASE), lambda job: 1.0)
+
+    with Processes(1) as processes:
+        dead = search()
+        with pytest.raises(SystemExit):
+            dead.try_all(settings, progress=lambda count, best: exit())  # after the first
+        shared = SharedStorage(storage, LEASE)
+        shared.ask(optuna.load_study(study_name="study", storage=shared.trials))  # and no heartbeat since
+        search().try_all(settings)
+    trials = trials_in(storage)
+    assert [trial.state.name for trial in trials] == ["COMPLETE", "FAIL", "COMPLETE"]
+    assert [trial.params for trial in trials if trial.state.name == "COMPLETE"] == settings
+
+
 def test_a_storage_that_cannot_be_used_is_told(root, study, tmp_path):
     def complaint(*arguments):
         environment = {**os.environ, "PATH": f"{root / 'python/bin'}:{os.environ['PATH']}"}

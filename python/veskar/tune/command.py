@@ -48,6 +48,9 @@ def _parser() -> argparse.ArgumentParser:
                         help="PostgreSQL, for many workers: postgresql://user@host/database")
     parser.add_argument("--worker", action="store_true",
                         help="only search, beside others; another command judges (needs --storage)")
+    parser.add_argument("--grid", action="append", default=[], metavar="KEY[=STEPS]",
+                        help="instead of the search: the score over a parameter of the study, or over two "
+                        "with another --grid, as grid.txt and grid.csv (default: 5 steps of its range)")
     parser.add_argument("--lease", type=_positive, default=300, metavar="SECONDS",
                         help="after which a silent worker is taken for dead; the same for all (default: 300)")
     return parser
@@ -77,6 +80,8 @@ def _tune(options: argparse.Namespace) -> int:
 
     if options.worker and not options.storage:
         raise ValueError("--worker needs --storage")
+    if options.grid and options.trials:
+        raise ValueError("--trials: the trials of --grid are its combinations")
     try:
         return _search(options)
     except (sqlalchemy.exc.SQLAlchemyError, optuna.exceptions.StorageInternalError) as error:
@@ -84,6 +89,7 @@ def _tune(options: argparse.Namespace) -> int:
 
 
 def _search(options: argparse.Namespace) -> int:
+    from . import grid
     from .answer import table, write_answer
     from .samples import Processes, samples_of
     from .search import Search
@@ -93,7 +99,11 @@ def _search(options: argparse.Namespace) -> int:
     study = read_study(options.study)
     directory = os.path.abspath(options.output or study.name)
     recordings = os.path.join(directory, "recordings")
-    trials = options.trials or study.trials
+    axes = grid.read_axes(study, options.grid)
+    if axes:
+        study = grid.study_of(study, axes)
+    settings = grid.settings_of(axes)
+    trials = len(settings) if axes else options.trials or study.trials
     os.makedirs(directory, exist_ok=True)
     # Workers write no answer.
     alone = contextlib.nullcontext() if options.worker else _alone_in(directory)
@@ -102,9 +112,18 @@ def _search(options: argparse.Namespace) -> int:
                    else Storage(f"sqlite:///{os.path.join(directory, 'study.db')}"))
         training = samples_of(study, "training", recordings, processes)
         search = Search(study, training, processes, storage)
-        search.run(trials, lambda count, best: print(
-            f"{count}/{trials} best {'-' if best is None else format(best, '.4f')}", file=sys.stderr))
+
+        def progress(count: int, best: float | None) -> None:
+            print(f"{count}/{trials} best {'-' if best is None else format(best, '.4f')}", file=sys.stderr)
+
+        if axes:
+            search.try_all(settings, progress)
+        else:
+            search.run(trials, progress)
         if options.worker:
+            return 0
+        if axes:
+            print(grid.write_grid(directory, search, axes), end="")
             return 0
         held_out = samples_of(study, "held_out", recordings, processes)
         judged = list(search.judge(held_out))

@@ -4,7 +4,7 @@
 from __future__ import annotations
 
 import math
-from collections.abc import Iterator, Mapping
+from collections.abc import Iterable, Iterator, Mapping
 from statistics import fmean, variance
 from typing import NamedTuple
 
@@ -53,6 +53,11 @@ def losses(study: Study, baseline: Mapping[str, float],
            candidate: Mapping[str, float]) -> dict[str, float]:
     """{scene: loss beyond what is tolerated} of mean costs; above 0 a scene is too bad."""
     return {name: candidate[name] - limit(study, cost) for name, cost in baseline.items()}
+
+
+def tolerated(lost: Iterable[float]) -> bool:
+    """Whether losses beyond what is tolerated are none."""
+    return all(loss <= 0.0 for loss in lost)
 
 
 def limit(study: Study, cost: float) -> float:

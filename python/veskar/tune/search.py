@@ -8,13 +8,14 @@ import hashlib
 import json
 import os
 import socket
+import time
 from collections.abc import Callable, Iterator, Mapping, Sequence
-from typing import Any
+from typing import Any, Optional
 
 import optuna
 from optuna.trial import FrozenTrial, Trial, TrialState
 
-from .judgement import Verdict, judge, losses, means, score
+from .judgement import Verdict, judge, losses, means, score, tolerated
 from .samples import Processes, Sample, cost, costs_of, digests_of
 from .storage import Storage
 from .study import Study, StudyError
@@ -23,6 +24,10 @@ from .study import Study, StudyError
 CONFIDENCE = 0.95
 
 _COMPLETE = (TrialState.COMPLETE,)
+_OPEN = (TrialState.WAITING, TrialState.RUNNING)
+
+#: Receives the number of complete trials and the best score so far, or None.
+Progress = Callable[[int, Optional[float]], None]
 
 
 class Search:
@@ -87,22 +92,30 @@ class Search:
         """{name: cost} of changes to the base."""
         return costs_of(samples, self.study.base, changes, self._processes, self._function)
 
-    def run(self, count: int, progress: Callable[[int, float | None], None] | None = None) -> None:
-        """Search until the study has so many complete trials.
-
-        Parameters
-        ----------
-        count : int
-        progress : callable, optional
-            receives the number of complete trials and the best score so far, or None
-        """
+    def run(self, count: int, progress: Progress | None = None) -> None:
+        """Search until the study has so many complete trials."""
         while self.complete < count:
-            self._try(self._storage.ask(self._trials))
-            if progress:
-                best = self.feasible()
-                progress(self.complete, best[0].value if best else None)
+            self._try(self._storage.ask(self._trials), progress)
 
-    def _try(self, trial: Trial) -> None:
+    def try_all(self, settings: Sequence[Mapping[str, Any]], progress: Progress | None = None) -> None:
+        """Try given settings instead of searching, each once, until they are done.
+
+        Workers share them.
+        """
+        with self._storage.alone():
+            tried = [trial.system_attrs["fixed_params"] for trial
+                     in self._trials.get_trials(deepcopy=False, states=_COMPLETE + _OPEN)]
+            for setting in settings:
+                if setting not in tried:
+                    self._trials.enqueue_trial(dict(setting))
+        while self._trials.get_trials(deepcopy=False, states=_OPEN):
+            trial = self._storage.ask_waiting(self._trials)
+            if trial:
+                self._try(trial, progress)
+            else:
+                time.sleep(0.5)  # others are trying the last ones
+
+    def _try(self, trial: Trial, progress: Progress | None) -> None:
         try:
             with self._storage.held(trial):
                 trial.set_user_attr("worker", f"{socket.gethostname()}:{os.getpid()}")
@@ -116,13 +129,26 @@ class Search:
         # Optuna raises this when others have taken this process for dead meanwhile. The trial is
         # tried again then, and counts there.
         with contextlib.suppress(RuntimeError):
+            trial.set_user_attr("means", found)
             trial.set_user_attr("losses", list(lost.values()))
             self._trials.tell(trial, score(self.study, found), skip_if_finished=True)
+        if progress:
+            best = self.feasible()
+            progress(self.complete, best[0].value if best else None)
+
+    @property
+    def trials(self) -> list[FrozenTrial]:
+        """The complete trials.
+
+        Their user attribute "means" is {scene: mean cost in training}.
+        """
+        found: list[FrozenTrial] = self._trials.get_trials(deepcopy=False, states=_COMPLETE)
+        return found
 
     @property
     def complete(self) -> int:
         """The number of complete trials."""
-        return len(self._trials.get_trials(deepcopy=False, states=_COMPLETE))
+        return len(self.trials)
 
     def feasible(self) -> list[FrozenTrial]:
         """The trials that are better than the baseline and make no scene worse than tolerated.
@@ -131,8 +157,7 @@ class Search:
         """
         bound = score(self.study, means(self.study, self.baseline))
         kept = [(trial.values[0], trial.number, trial)
-                for trial in self._trials.get_trials(deepcopy=False, states=_COMPLETE)
-                if trial.values[0] < bound and all(loss <= 0.0 for loss in trial.user_attrs["losses"])]
+                for trial in self.trials if trial.values[0] < bound and tolerated(trial.user_attrs["losses"])]
         return [trial for _, _, trial in sorted(kept, key=lambda item: item[:2])]
 
     def judge(self, held_out: Sequence[Sample]) -> Iterator[tuple[FrozenTrial, Verdict]]:

@@ -53,6 +53,11 @@ class Storage:
         """The next trial, which is this process's."""
         return trials.ask()
 
+    def ask_waiting(self, trials: optuna.Study) -> Trial | None:
+        """The next trial that was enqueued, or None."""
+        waiting = trials.get_trials(deepcopy=False, states=(TrialState.WAITING,))
+        return trials.ask() if waiting else None
+
     @contextlib.contextmanager
     def held(self, trial: Trial) -> Iterator[None]:
         """Keep a trial this process's while it is evaluated."""
@@ -98,11 +103,23 @@ class SharedStorage(Storage):
         pass  # other workers are trying; `ask` tells by their heartbeats who died
 
     def ask(self, trials: optuna.Study) -> Trial:
+        with self._asking(trials):
+            return self._leased(super().ask(trials))
+
+    def ask_waiting(self, trials: optuna.Study) -> Trial | None:
+        with self._asking(trials):
+            trial = super().ask_waiting(trials)
+            return trial and self._leased(trial)
+
+    @contextlib.contextmanager
+    def _asking(self, trials: optuna.Study) -> Iterator[None]:
         with self.alone():  # two workers must not retry the same trial
             optuna.storages.fail_stale_trials(trials)
-            trial = trials.ask()
-            self.trials.record_heartbeat(trial._trial_id)
-            return trial
+            yield
+
+    def _leased(self, trial: Trial) -> Trial:
+        self.trials.record_heartbeat(trial._trial_id)
+        return trial
 
     @contextlib.contextmanager
     def held(self, trial: Trial) -> Iterator[None]:
