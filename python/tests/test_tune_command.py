@@ -69,13 +69,16 @@ def test_the_answer_is_a_configuration_with_its_sheet(tune, study, tmp_path):
     assert sheet["heldOutScore"]["high"] < 0.0
     assert set(sheet["recordings"]["training"]) == {"walk/1", "walk/2"}
     assert set(sheet["recordings"]["heldOut"]) == {"walk/101", "walk/102", "walk/103"}
+    assert list(sheet["importances"].values()) == [1.0]  # of the only parameter
     best = json.loads((tmp_path / "tuned/best.json").read_text())
     [(key, value)] = sheet["changes"].items()
     assert best["veskarModule"][key.split(".")[1]] == value
     recordings = [str(path) for path in (tmp_path / "tuned/recordings").glob("walk-*-10?.jsonl")]
     costs = [veskar.evaluate(path, config=tmp_path / "tuned/best.json")["GOSPA"] for path in recordings]
     assert sum(costs) / 3 == pytest.approx(sheet["heldOutScore"]["candidate"])
-    assert finish(tune(study, "-o", "tuned"), 0)[0] == output  # all is there: the same answer
+    explained = finish(tune(study, "-o", "tuned", "--explain"), 0)[0]  # all is there: the same answer
+    words = (tmp_path / "tuned/explanation.txt").read_text()
+    assert explained == f"{output}\n{words}" and f"{key} falls from 0.9999 to " in words
 
 
 def test_a_killed_search_goes_on(tune, study, tmp_path):

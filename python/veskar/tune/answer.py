@@ -1,15 +1,16 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The answer of a search: configuration, the sheet of where it came from, and a table."""
+"""The answer of a search: configuration, the sheet of where it came from, a table, and an explanation."""
 
 from __future__ import annotations
 
 import json
 import os
-from collections.abc import Sequence
-from typing import TYPE_CHECKING, Any
+from collections.abc import Mapping, Sequence
+from typing import TYPE_CHECKING, Any, NamedTuple
 
 import veskar
 
+from .explanation import explain, importance_lines
 from .judgement import Verdict
 from .samples import Sample, digests_of
 from .settings import changed, key_in_file, write
@@ -22,8 +23,16 @@ if TYPE_CHECKING:
     Judged = Sequence[tuple[FrozenTrial, Verdict]]
 
 
-def write_answer(directory: str, search: Search, held_out: Sequence[Sample], judged: Judged) -> bool:
-    """Write best.json, best.sheet.json and table.txt; without a recommended setting the table only.
+class Answer(NamedTuple):
+    """What is printed."""
+
+    recommended: bool  #: whether a setting is
+    table: str
+    explanation: str
+
+
+def write_answer(directory: str, search: Search, held_out: Sequence[Sample], judged: Judged) -> Answer:
+    """Write the files of the answer; without a recommended setting there is no best.json and no sheet.
 
     Parameters
     ----------
@@ -35,25 +44,29 @@ def write_answer(directory: str, search: Search, held_out: Sequence[Sample], jud
 
     Returns
     -------
-    bool
-        whether a setting is recommended
+    Answer
     """
-    write(os.path.join(directory, "table.txt"), table(search, judged))
+    importances = search.importances()
+    recommended = bool(judged) and judged[-1][1].accepted
+    answer = Answer(recommended, table(search, judged, importances), explain(search, judged, importances))
+    write(os.path.join(directory, "table.txt"), answer.table)
+    write(os.path.join(directory, "explanation.txt"), answer.explanation)
     paths = [os.path.join(directory, name) for name in ("best.json", "best.sheet.json")]
-    if not judged or not judged[-1][1].accepted:
+    if not recommended:
         for path in paths:  # of an earlier answer, which no longer holds
             if os.path.exists(path):
                 os.unlink(path)
-        return False
+        return answer
     trial, verdict = judged[-1]
-    documents = (changed(search.study.base, trial.params), _sheet(search, held_out, trial, verdict))
+    documents = (changed(search.study.base, trial.params),
+                 _sheet(search, held_out, trial, verdict, importances))
     for path, document in zip(paths, documents):
         write(path, json.dumps(document, indent=4) + "\n")
-    return True
+    return answer
 
 
 def _sheet(search: Search, held_out: Sequence[Sample], trial: FrozenTrial,
-           verdict: Verdict) -> dict[str, Any]:
+           verdict: Verdict, importances: Mapping[str, float] | None) -> dict[str, Any]:
     study = search.study
     return {
         "study": study.document,
@@ -61,6 +74,7 @@ def _sheet(search: Search, held_out: Sequence[Sample], trial: FrozenTrial,
         "trial": trial.number,
         "trials": search.complete,
         "changes": {key_in_file(key): value for key, value in trial.params.items()},
+        "importances": importances,
         "trainingScore": trial.value,
         "heldOutScore": verdict.score._asdict(),
         "heldOutScenes": {name: difference._asdict() for name, difference in verdict.scenes.items()},
@@ -68,8 +82,8 @@ def _sheet(search: Search, held_out: Sequence[Sample], trial: FrozenTrial,
     }
 
 
-def table(search: Search, judged: Judged) -> str:
-    """The finalists against the baseline, as text."""
+def table(search: Search, judged: Judged, importances: Mapping[str, float] | None) -> str:
+    """The finalists against the baseline, and the importances, as text."""
     lines = [f"{search.study.name}: {search.complete} trials, {len(search.feasible())} of them better in "
              "training and within the tolerance everywhere"]
     for trial, verdict in judged:
@@ -85,4 +99,5 @@ def table(search: Search, judged: Judged) -> str:
         lines.append("No setting to judge: keep the baseline.")
     elif not judged[-1][1].accepted:
         lines += ["", "No setting is recommended: keep the baseline."]
+    lines += ["", *importance_lines(importances)]
     return "\n".join(lines) + "\n"

@@ -48,6 +48,8 @@ def _parser() -> argparse.ArgumentParser:
                         help="PostgreSQL, for many workers: postgresql://user@host/database")
     parser.add_argument("--worker", action="store_true",
                         help="only search, beside others; another command judges (needs --storage)")
+    parser.add_argument("--explain", action="store_true",
+                        help="print in words which parameters mattered and what changed, too")
     parser.add_argument("--grid", action="append", default=[], metavar="KEY[=STEPS]",
                         help="instead of the search: the score over a parameter of the study, or over two "
                         "with another --grid, as grid.txt and grid.csv (default: 5 steps of its range)")
@@ -90,7 +92,7 @@ def _tune(options: argparse.Namespace) -> int:
 
 def _search(options: argparse.Namespace) -> int:
     from . import grid
-    from .answer import table, write_answer
+    from .answer import write_answer
     from .samples import Processes, samples_of
     from .search import Search
     from .storage import SharedStorage, Storage
@@ -127,6 +129,6 @@ def _search(options: argparse.Namespace) -> int:
             return 0
         held_out = samples_of(study, "held_out", recordings, processes)
         judged = list(search.judge(held_out))
-        recommended = write_answer(directory, search, held_out, judged)
-        print(table(search, judged), end="")
-        return 0 if recommended else 1
+        answer = write_answer(directory, search, held_out, judged)
+        print(answer.table + (f"\n{answer.explanation}" if options.explain else ""), end="")
+        return 0 if answer.recommended else 1

@@ -160,6 +160,20 @@ class Search:
                 for trial in self.trials if trial.values[0] < bound and tolerated(trial.user_attrs["losses"])]
         return [trial for _, _, trial in sorted(kept, key=lambda item: item[:2])]
 
+    def importances(self) -> dict[str, float] | None:
+        """{key: share in the variation of the score}, the greatest first, by fANOVA.
+
+        Empty when the score does not vary; None without scikit-learn.
+        """
+        try:
+            evaluator = optuna.importance.FanovaImportanceEvaluator(seed=self.study.seed)
+        except ImportError:
+            return None
+        try:
+            return dict(optuna.importance.get_param_importances(self._trials, evaluator=evaluator))
+        except RuntimeError:  # no variance
+            return {}
+
     def judge(self, held_out: Sequence[Sample]) -> Iterator[tuple[FrozenTrial, Verdict]]:
         """Judge the finalists on recordings that no trial has seen.
 

@@ -48,6 +48,25 @@ def changed(base: str | None, changes: Mapping[str, Any]) -> dict[str, Any]:
     return document
 
 
+def value_in(base: str | None, key: str) -> Any:
+    """The value of a key in a configuration, its default where the file has none.
+
+    Parameters
+    ----------
+    base : path or None
+        a configuration file; None: the shipped configuration
+    key : str
+        as `--set` takes it
+    """
+    with temporary_configuration(base, {}) as path:
+        # Config.to_json leaves out sections that are all defaults.
+        sections = {"host": veskar.HostParameters.load(path).to_dict(), **veskar.Config.load(path).to_dict()}
+    document: Any = {f"veskar{name[0].upper()}{name[1:]}": section for name, section in sections.items()}
+    for name in key_in_file(key).split("."):
+        document = document[int(name) if isinstance(document, list) else name]
+    return document
+
+
 @contextlib.contextmanager
 def temporary_configuration(base: str | None, changes: Mapping[str, Any]) -> Iterator[str]:
     """The path of a file with `changed(base, changes)`, which goes with the context."""
