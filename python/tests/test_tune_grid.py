@@ -68,7 +68,7 @@ def test_axes_that_cannot_be_used_are_told(words, complaint):
 
 def test_the_table_has_a_score_for_each_combination(tabulate):
     search, axes = tabulate("width=3", "count=2")
-    assert search.complete == 6
+    assert search.finished == 6
     assert grid.grid_table(search, axes) == """\
 made: width=3, count=2: score in training; the baseline has 2.6500
 Down: width; right: count
@@ -104,13 +104,13 @@ def test_an_interrupted_grid_goes_on(tabulate, tmp_path):
     with pytest.raises(KeyboardInterrupt):
         tabulate("width=3", cost=breaks)
     search, axes = tabulate("width=3")
-    assert search.complete == 3 and "-" not in grid.grid_table(search, axes)
+    assert search.finished == 3 and "-" not in grid.grid_table(search, axes)
     again, _ = tabulate("width=3")
     made = optuna.load_study(study_name=search.study.name, storage=f"sqlite:///{tmp_path}/study.db")
     assert [trial.state.name for trial in made.trials] == ["COMPLETE", "FAIL", "COMPLETE", "COMPLETE"]
-    assert again.complete == 3
+    assert again.finished == 3
 
 
 def test_grids_and_the_search_keep_their_own_trials(tabulate):
-    assert tabulate("width=3")[0].complete == 3
-    assert tabulate("width=5")[0].complete == 5
+    assert tabulate("width=3")[0].finished == 3
+    assert tabulate("width=5")[0].finished == 5

@@ -84,7 +84,7 @@ def test_a_better_setting_is_recommended(searched):
     assert trial.params["veskarModule.gatingDistance"] == pytest.approx(7.0, abs=1.0)
     assert verdict.score.low <= verdict.score.mean <= verdict.score.high < 0.0
     assert verdict.scenes["crossing"].mean == 0.0
-    assert search.complete == 40
+    assert search.finished == 40
 
 
 def test_a_setting_that_overfits_is_not_recommended(searched):
@@ -117,12 +117,12 @@ def test_a_search_goes_on_where_it_stopped(storage):
             return [trial.params for trial in search.feasible()], search
 
     first, search = run(12)
-    assert search.complete == 12
+    assert search.finished == 12
     more, search = run(20)
-    assert search.complete == 20
+    assert search.finished == 20
     assert all(params in more for params in first)
     again, search = run(20)
-    assert search.complete == 20 and again == more
+    assert search.finished == 20 and again == more
 
 
 def test_an_interrupted_trial_is_tried_once_again(storage):

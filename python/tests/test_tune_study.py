@@ -35,7 +35,7 @@ def read(document, tmp_path):
 
 def test_a_study_is_read(read, document):
     study = read()
-    assert (study.name, study.tolerance, study.trials) == ("study", 0.02, 100)
+    assert (study.name, study.tolerance, study.trials, study.prune) == ("study", 0.02, 100, True)
     assert [parameter.key for parameter in study.parameters] == list(document["parameters"])
     assert study.parameters[1].choices == (True, False)
     [scene] = study.scenes
@@ -54,6 +54,7 @@ def test_the_shipped_study_can_be_searched(root, tmp_path):
 @pytest.mark.parametrize("place, value, complaint", [
     (("paramters",), {}, "paramters: not known here"),
     (("trials",), 0, "trials: 0 is not a whole number from 1 on"),
+    (("prune",), 1, "prune: 1 is not true or false"),
     (("tolerance",), True, "tolerance: true is not a fraction from 0 to 1"),
     (("parameters",), {}, "parameters: no parameter to search"),
     (("parameters", "radarGain", "high"), 0.5, "parameters.radarGain.high: 0.5 is not a number above 0.5"),

@@ -72,7 +72,8 @@ def _sheet(search: Search, held_out: Sequence[Sample], trial: FrozenTrial,
         "study": study.document,
         "veskar": veskar.__version__,
         "trial": trial.number,
-        "trials": search.complete,
+        "trials": search.finished,
+        "pruned": search.pruned,
         "changes": {key_in_file(key): value for key, value in trial.params.items()},
         "importances": importances,
         "trainingScore": trial.value,
@@ -84,8 +85,8 @@ def _sheet(search: Search, held_out: Sequence[Sample], trial: FrozenTrial,
 
 def table(search: Search, judged: Judged, importances: Mapping[str, float] | None) -> str:
     """The finalists against the baseline, and the importances, as text."""
-    lines = [f"{search.study.name}: {search.complete} trials, {len(search.feasible())} of them better in "
-             "training and within the tolerance everywhere"]
+    lines = [f"{search.study.name}: {search.finished} trials, {search.pruned} of them pruned, "
+             f"{len(search.feasible())} better in training and within the tolerance everywhere"]
     for trial, verdict in judged:
         lines += ["", f"Trial {trial.number} on held-out recordings: "
                   + ("recommended" if verdict.accepted else "not recommended"),

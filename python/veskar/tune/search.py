@@ -24,9 +24,13 @@ from .study import Study, StudyError
 CONFIDENCE = 0.95
 
 _COMPLETE = (TrialState.COMPLETE,)
+_FINISHED = (TrialState.COMPLETE, TrialState.PRUNED)
 _OPEN = (TrialState.WAITING, TrialState.RUNNING)
 
-#: Receives the number of complete trials and the best score so far, or None.
+#: Pruning begins where the sampler begins to learn.
+_STARTUP = 10
+
+#: Receives the number of finished trials and the best score so far, or None.
 Progress = Callable[[int, Optional[float]], None]
 
 
@@ -61,13 +65,14 @@ class Search:
             # A search that goes on must not propose what it began with, nor a worker what others do.
             seed=None if storage.shared else study.seed + len(self._trials.trials),
             constant_liar=storage.shared,
-            constraints_func=lambda trial: list(trial.user_attrs["losses"]))
+            constraints_func=lambda trial: list(trial.user_attrs["losses"]), n_startup_trials=_STARTUP)
+        self._trials.pruner = optuna.pruners.MedianPruner(_STARTUP, n_min_trials=_STARTUP)
         self.baseline = self._baseline()
 
     def _claim(self) -> None:
         """Refuse the trials of another study of that name."""
         searched = {key: value for key, value in self.study.document.items()
-                    if key not in ("trials", "finalists")}
+                    if key not in ("trials", "finalists", "prune")}
         base = ""
         if self.study.base is not None:
             with open(self.study.base, encoding="utf-8") as file:
@@ -93,9 +98,9 @@ class Search:
         return costs_of(samples, self.study.base, changes, self._processes, self._function)
 
     def run(self, count: int, progress: Progress | None = None) -> None:
-        """Search until the study has so many complete trials."""
-        while self.complete < count:
-            self._try(self._storage.ask(self._trials), progress)
+        """Search until the study has so many finished trials."""
+        while self.finished < count:
+            self._try(self._storage.ask(self._trials), self.study.prune, progress)
 
     def try_all(self, settings: Sequence[Mapping[str, Any]], progress: Progress | None = None) -> None:
         """Try given settings instead of searching, each once, until they are done.
@@ -111,30 +116,44 @@ class Search:
         while self._trials.get_trials(deepcopy=False, states=_OPEN):
             trial = self._storage.ask_waiting(self._trials)
             if trial:
-                self._try(trial, progress)
+                self._try(trial, False, progress)
             else:
                 time.sleep(0.5)  # others are trying the last ones
 
-    def _try(self, trial: Trial, progress: Progress | None) -> None:
+    def _try(self, trial: Trial, prune: bool, progress: Progress | None) -> None:
         try:
             with self._storage.held(trial):
                 trial.set_user_attr("worker", f"{socket.gethostname()}:{os.getpid()}")
                 changes = {parameter.key: parameter.suggest(trial) for parameter in self.study.parameters}
-                found = means(self.study, self.costs(self.training, changes))
+                first, rest = first_and_rest(self.training) if prune else ([], self.training)
+                costs = self.costs(first, changes)
+                pruned = bool(first) and self._is_hopeless(trial, costs)
+                if not pruned:
+                    costs.update(self.costs(rest, changes))
         except BaseException:
             with contextlib.suppress(RuntimeError):
                 self._trials.tell(trial, state=TrialState.FAIL, skip_if_finished=True)
             raise
-        lost = losses(self.study, means(self.study, self.baseline), found)
+        found = means(self.study, costs)
+        lost = losses(self.study, means(self.study, {name: self.baseline[name] for name in costs}), found)
         # Optuna raises this when others have taken this process for dead meanwhile. The trial is
         # tried again then, and counts there.
         with contextlib.suppress(RuntimeError):
             trial.set_user_attr("means", found)
             trial.set_user_attr("losses", list(lost.values()))
-            self._trials.tell(trial, score(self.study, found), skip_if_finished=True)
+            if pruned:
+                self._trials.tell(trial, state=TrialState.PRUNED, skip_if_finished=True)
+            else:
+                self._trials.tell(trial, score(self.study, found), skip_if_finished=True)
         if progress:
             best = self.feasible()
-            progress(self.complete, best[0].value if best else None)
+            progress(self.finished, best[0].value if best else None)
+
+    def _is_hopeless(self, trial: Trial, costs: Mapping[str, float]) -> bool:
+        with contextlib.suppress(RuntimeError):  # as above
+            trial.report(score(self.study, means(self.study, costs)), 0)
+            return bool(trial.should_prune())
+        return False
 
     @property
     def trials(self) -> list[FrozenTrial]:
@@ -146,9 +165,14 @@ class Search:
         return found
 
     @property
-    def complete(self) -> int:
-        """The number of complete trials."""
-        return len(self.trials)
+    def finished(self) -> int:
+        """The number of complete trials and of those that were pruned."""
+        return len(self._trials.get_trials(deepcopy=False, states=_FINISHED))
+
+    @property
+    def pruned(self) -> int:
+        """The number of trials that were given up after the first recordings."""
+        return self.finished - len(self.trials)
 
     def feasible(self) -> list[FrozenTrial]:
         """The trials that are better than the baseline and make no scene worse than tolerated.
@@ -198,3 +222,16 @@ class Search:
             yield trial, verdict
             if verdict.accepted:
                 return
+
+
+def first_and_rest(samples: Sequence[Sample]) -> tuple[list[Sample], list[Sample]]:
+    """A quarter of the recordings of each scene, at least one, and the others.
+
+    Without others there would be nothing to save: none is first.
+    """
+    by_scene: dict[str, list[Sample]] = {}
+    for sample in samples:
+        by_scene.setdefault(sample.scene, []).append(sample)
+    first = [sample for group in by_scene.values() for sample in group[:max(1, len(group) // 4)]]
+    rest = [sample for sample in samples if sample not in first]
+    return (first, rest) if rest else ([], list(samples))

@@ -104,6 +104,7 @@ class Study:
     finalists: int
     seed: int
     document: dict[str, Any] = field(repr=False)
+    prune: bool = True  #: whether to give up hopeless trials after their first recordings
 
 
 class _Reader:
@@ -189,7 +190,8 @@ def read_study(path: str | os.PathLike[str]) -> Study:
         trials=whole("trials", 100, 1),
         finalists=whole("finalists", 3, 1),
         seed=whole("seed", 1, 0),
-        document=document)
+        document=document,
+        prune=reader.take("prune", bool, "true or false", True))
     reader.end()
     _check_keys(study)
     return study
