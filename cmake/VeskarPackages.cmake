@@ -126,7 +126,7 @@ endif()
 set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS
     "python3-pandas, python3-optuna, python3-scipy, ${tools_package}")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS
-    "python3-matplotlib, python3-psycopg2, ${doc_package}")
+    "python3-matplotlib, python3-sklearn, python3-psycopg2, ${doc_package}")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)
 
 set(CPACK_DEBIAN_DOC_PACKAGE_NAME ${doc_package})

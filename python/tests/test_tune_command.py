@@ -55,6 +55,20 @@ def finish(process, status):
     return output, errors
 
 
+def test_several_objectives_have_a_front(tune, study, tmp_path):
+    document = json.loads(study.read_text())
+    document["objectives"] = ["IDSW", "confirmation_delay"]
+    study.write_text(json.dumps(document))
+    output, _ = finish(tune(study, "-o", "tuned", "--processes", 2), 0)
+    assert "Pareto front in training" in output and "mean confirmation_delay" in output
+    sheet = json.loads((tmp_path / "tuned/best.sheet.json").read_text())
+    assert set(sheet["heldOutObjectives"]) == {"IDSW", "confirmation_delay"}
+    header, baseline, *front = (tmp_path / "tuned/front.csv").read_text().splitlines()
+    assert header.startswith("trial,score,IDSW,confirmation_delay,") and baseline.startswith("baseline,")
+    for row in front:
+        assert not list(veskar.check(tmp_path / f"tuned/front/{row.split(',')[0]}.json"))
+
+
 def states(path):
     """{state: number of trials} of a storage."""
     with contextlib.closing(sqlite3.connect(path)) as database:
@@ -70,6 +84,8 @@ def test_the_answer_is_a_configuration_with_its_sheet(tune, study, tmp_path):
     assert set(sheet["recordings"]["training"]) == {"walk/1", "walk/2"}
     assert set(sheet["recordings"]["heldOut"]) == {"walk/101", "walk/102", "walk/103"}
     assert list(sheet["importances"].values()) == [1.0]  # of the only parameter
+    assert f"Trial {sheet['trial']} is recommended." in (tmp_path / "tuned/page.html").read_text()
+    assert not (tmp_path / "tuned/front").exists()
     best = json.loads((tmp_path / "tuned/best.json").read_text())
     [(key, value)] = sheet["changes"].items()
     assert best["veskarModule"][key.split(".")[1]] == value

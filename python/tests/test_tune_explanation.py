@@ -6,6 +6,8 @@ import json
 
 import pytest
 
+from surfaces import every_metric
+
 from veskar.tune.explanation import explain, importance_lines
 from veskar.tune.judgement import judge
 from veskar.tune.samples import Processes, Sample
@@ -25,9 +27,10 @@ def made(function, root):
                   (Scene("fog", "GOSPA", 1.0, "unused", None, (1, 2), (101, 102, 103)),
                    Scene("yard", "HOTA", 0.0, "unused", None, (1, 2), (101, 102, 103))),
                   0.02, 100, 3, 1, {})
-    samples = [Sample(scene.name, str(seed), scene.metric, "") for scene in study.scenes for seed in (1, 2)]
+    samples = [Sample(scene.name, str(seed), (scene.metric,), "") for scene in study.scenes
+               for seed in (1, 2)]
     with Processes(1) as processes:
-        search = Search(study, samples, processes, Storage("sqlite://"), function)
+        search = Search(study, samples, processes, Storage("sqlite://"), every_metric(function))
         search.try_all([{GATE: gate, RADAR: radar, METHOD: method} for gate in (0.0, 3.0, 6.0, 9.0)
                         for radar in (0.5, 2.0, 4.0) for method in (True, False)])
     return search
@@ -84,10 +87,15 @@ def test_without_the_package_it_is_told_what_to_install(search, monkeypatch):
 
 def test_the_explanation_says_what_moved_and_what_changed(search):
     held_out = [f"{scene}/{seed}" for scene in ("fog", "yard") for seed in (101, 102, 103)]
-    baseline = {name: 1.0 + 0.1 * index for index, name in enumerate(held_out)}
-    candidate = {name: cost - (0.3 if name.startswith("fog") else 0.0) for name, cost in baseline.items()}
+    metric = {name: "GOSPA" if name.startswith("fog") else "HOTA" for name in held_out}
+    baseline = {name: {metric[name]: 1.0 + 0.1 * index} for index, name in enumerate(held_out)}
+
+    def costlier(by):
+        return {name: {metric[name]: baseline[name][metric[name]] + by[metric[name]]} for name in held_out}
+
     trial = search.feasible()[0]
-    text = explain(search, [(trial, judge(search.study, baseline, candidate, 0.95))],
+    better = costlier({"GOSPA": -0.3, "HOTA": 0.0})
+    text = explain(search, [(trial, judge(search.study, baseline, better, 0.95))],
                    {GATE: 0.9, RADAR: 0.08, METHOD: 0.02})
     assert f"depended on {GATE} (90%), {RADAR} (8%).\nIt hardly depended on {METHOD} " in text
     assert f"Trial {trial.number}, the recommended setting" in text
@@ -98,7 +106,7 @@ def test_the_explanation_says_what_moved_and_what_changed(search):
     assert method.startswith(f"  {METHOD} ")
     assert "fog becomes better: GOSPA from 1.1000 to 0.8000, -27%" in text
     assert "yard does not change with confidence: what HOTA lacks to 1 from 1.4000 to 1.4000" in text
-    worse = {name: cost + 1.0 for name, cost in baseline.items()}
+    worse = costlier({"GOSPA": 1.0, "HOTA": 1.0})
     text = explain(search, [(trial, judge(search.study, baseline, worse, 0.95))], None)
     assert "the best setting in training" in text and "fog becomes worse" in text
     assert "It is not recommended:\n  the score is not better" in text

@@ -8,6 +8,8 @@ import math
 import optuna
 import pytest
 
+from surfaces import every_metric
+
 from veskar.tune import grid
 from veskar.tune.samples import Processes, Sample
 from veskar.tune.search import Search
@@ -36,11 +38,11 @@ def tabulate(tmp_path):
 
     def tabulate(*words, cost=surface):
         axes = grid.read_axes(STUDY, words)
-        samples = [Sample("fog", "1", "GOSPA", ""), Sample("fog", "2", "GOSPA", ""),
-                   Sample("crossing", "1", "GOSPA", "")]
+        samples = [Sample("fog", "1", ("GOSPA",), ""), Sample("fog", "2", ("GOSPA",), ""),
+                   Sample("crossing", "1", ("GOSPA",), "")]
         with Processes(1) as processes:
             search = Search(grid.study_of(STUDY, axes), samples, processes,
-                            Storage(f"sqlite:///{tmp_path}/study.db"), cost)
+                            Storage(f"sqlite:///{tmp_path}/study.db"), every_metric(cost))
             search.try_all(grid.settings_of(axes))
         return search, axes
 

@@ -6,13 +6,15 @@ import collections
 import optuna
 import pytest
 
+from surfaces import every_metric
+
 from veskar.tune.samples import Processes, Sample
 from veskar.tune.search import Search, first_and_rest
 from veskar.tune.storage import Storage
 from veskar.tune.study import Parameter, Scene, Study
 
 SEEDS = {"fog": range(1, 9), "crossing": range(1, 4)}
-SAMPLES = [Sample(scene, str(seed), "GOSPA", "") for scene, seeds in SEEDS.items() for seed in seeds]
+SAMPLES = [Sample(scene, str(seed), ("GOSPA",), "") for scene, seeds in SEEDS.items() for seed in seeds]
 
 
 @pytest.fixture
@@ -32,7 +34,7 @@ def searched(tmp_path):
 
         url = f"sqlite:///{tmp_path}/study.db"
         with Processes(1) as processes:
-            search = Search(study, SAMPLES, processes, Storage(url), cost)
+            search = Search(study, SAMPLES, processes, Storage(url), every_metric(cost))
             search.run(study.trials)
         return search, optuna.load_study(study_name="made", storage=url).get_trials(), tried
 
@@ -70,5 +72,5 @@ def test_the_first_recordings_are_of_every_scene():
     first, rest = first_and_rest(SAMPLES)
     assert [sample.name for sample in first] == ["fog/1", "fog/2", "crossing/1"]
     assert [*first, *rest] != SAMPLES and {*first, *rest} == {*SAMPLES} and len(first) + len(rest) == 11
-    single = [Sample("fog", "1", "GOSPA", ""), Sample("yard", "1", "GOSPA", "")]
+    single = [Sample("fog", "1", ("GOSPA",), ""), Sample("yard", "1", ("GOSPA",), "")]
     assert first_and_rest(single) == ([], single)  # nothing would be saved

@@ -6,6 +6,8 @@ import random
 import optuna
 import pytest
 
+from surfaces import every_metric
+
 from veskar.tune.judgement import judge
 from veskar.tune.samples import Processes, Sample
 from veskar.tune.search import Search
@@ -24,7 +26,7 @@ def study_of(tolerance=0.02, trials=40, **document):
 
 
 def samples(part):
-    return [Sample(scene, str(seed), "GOSPA", "") for scene in ("fog", "crossing") for seed in SEEDS[part]]
+    return [Sample(scene, str(seed), ("GOSPA",), "") for scene in ("fog", "crossing") for seed in SEEDS[part]]
 
 
 def noise(sample, spread=0.01):
@@ -71,7 +73,7 @@ def searched(storage):
     def search(cost, study=None):
         study = study or study_of()
         with Processes(1) as processes:
-            made = Search(study, samples("training"), processes, Storage(storage), cost)
+            made = Search(study, samples("training"), processes, Storage(storage), every_metric(cost))
             made.run(study.trials)
             return made, list(made.judge(samples("held_out")))
 
@@ -112,7 +114,8 @@ def test_luck_is_not_recommended(searched):
 def test_a_search_goes_on_where_it_stopped(storage):
     def run(count):
         with Processes(1) as processes:
-            search = Search(study_of(), samples("training"), processes, Storage(storage), better_at_7)
+            search = Search(study_of(), samples("training"), processes, Storage(storage),
+                            every_metric(better_at_7))
             search.run(count)
             return [trial.params for trial in search.feasible()], search
 
@@ -131,7 +134,8 @@ def test_an_interrupted_trial_is_tried_once_again(storage):
 
     with Processes(1) as processes:
         def search():
-            return Search(study_of(), samples("training"), processes, Storage(storage), better_at_7)
+            return Search(study_of(), samples("training"), processes, Storage(storage),
+                          every_metric(better_at_7))
 
         search().run(3)
         trials().ask()  # killed before it had a value
@@ -146,18 +150,19 @@ def test_an_interrupted_trial_is_tried_once_again(storage):
 
 def test_trials_of_another_study_are_refused(storage):
     with Processes(1) as processes:
-        Search(study_of(), samples("training"), processes, Storage(storage), better_at_7).run(1)
+        Search(study_of(), samples("training"), processes, Storage(storage),
+               every_metric(better_at_7)).run(1)
         with pytest.raises(StudyError, match="have changed since"):
             Search(study_of(scenes={"fog": {}}), samples("training"), processes, Storage(storage),
-                   better_at_7)
+                   every_metric(better_at_7))
 
 
 def test_intervals_are_those_of_paired_differences():
     study = study_of(tolerance=0.0)
     names = [sample.name for sample in samples("held_out")]
-    baseline = {name: 5.0 + index for index, name in enumerate(names)}
-    candidate = {name: cost + (-0.2 if index % 2 else -0.4)
-                 for index, (name, cost) in enumerate(baseline.items())}
+    baseline = {name: {"GOSPA": 5.0 + index} for index, name in enumerate(names)}
+    candidate = {name: {"GOSPA": costs["GOSPA"] + (-0.2 if index % 2 else -0.4)}
+                 for index, (name, costs) in enumerate(baseline.items())}
     verdict = judge(study, baseline, candidate, 0.95)
     # Ten differences with a standard deviation of 0.1 * sqrt(10 / 9); Student's t with 9 degrees: 2.262.
     half = 2.262157 * 0.1 / 3.0
@@ -170,9 +175,10 @@ def test_intervals_are_those_of_paired_differences():
 def test_a_scene_that_the_seeds_cannot_tell_counts_as_worse():
     study = study_of(tolerance=0.02)
     names = [sample.name for sample in samples("held_out")]
-    baseline = dict.fromkeys(names, 1.0)
+    baseline = dict.fromkeys(names, {"GOSPA": 1.0})
     swing = {name: (0.3 if index % 2 else -0.3) for index, name in enumerate(names)}
-    candidate = {name: 1.0 + (swing[name] if name.startswith("crossing") else -0.5) for name in names}
+    candidate = {name: {"GOSPA": 1.0 + (swing[name] if name.startswith("crossing") else -0.5)}
+                 for name in names}
     verdict = judge(study, baseline, candidate, 0.95)
     assert verdict.scenes["crossing"].mean == pytest.approx(0.0)
     assert [fault.split()[0] for fault in verdict.faults] == ["crossing"]

@@ -114,7 +114,10 @@ def test_the_changed_configuration_is_that_of_the_changes(read, tmp_path):
 
     assert tracks(veskar.replay(sample.path, path)) == tracks(run)
     assert tracks(veskar.replay(sample.path, study.base)) != tracks(run)
-    assert cost((study.base, changes, sample)) == veskar.evaluate(sample.path, config=path)["GOSPA"]
+    judged = veskar.evaluate(sample.path, config=path)
+    assert cost((study.base, changes, sample)) == {"GOSPA": judged["GOSPA"]}
+    several = sample._replace(metrics=("GOSPA", "IDSW"))
+    assert cost((study.base, changes, several)) == {"GOSPA": judged["GOSPA"], "IDSW": judged["IDSW"]}
 
 
 def test_scenarios_are_played_once(read, document, tmp_path):
@@ -133,4 +136,5 @@ def test_what_more_is_better_costs_what_it_lacks_to_one(read, document, tmp_path
     study = read()
     with Processes(1) as processes:
         [sample] = samples_of(study, "training", tmp_path / "made", processes)
-    assert cost((study.base, {}, sample)) == 1.0 - veskar.evaluate(sample.path, config=study.base)["HOTA"]
+    hota = veskar.evaluate(sample.path, config=study.base)["HOTA"]
+    assert cost((study.base, {}, sample)) == {"HOTA": 1.0 - hota}

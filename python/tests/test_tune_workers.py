@@ -15,6 +15,8 @@ import optuna
 import pytest
 
 import veskar
+from surfaces import every_metric
+
 from veskar.tune.samples import Processes, Sample
 from veskar.tune.search import Search
 from veskar.tune.storage import SharedStorage
@@ -164,8 +166,8 @@ def test_a_worker_that_was_taken_for_dead_is_not_counted(storage):
         return 1.0
 
     with Processes(1) as processes:
-        search = Search(study, [Sample("fog", "1", "GOSPA", "")], processes,
-                        SharedStorage(storage, LEASE), cost)
+        search = Search(study, [Sample("fog", "1", ("GOSPA",), "")], processes,
+                        SharedStorage(storage, LEASE), every_metric(cost))
         search.run(3)
     assert taken == [1] and search.finished == 3
     assert [trial.state.name for trial in trials_in(storage)] == ["COMPLETE", "FAIL", "COMPLETE", "COMPLETE"]
@@ -199,8 +201,8 @@ def test_a_killed_worker_leaves_no_hole_in_a_grid(storage):
     settings = [{"veskarModule.gatingDistance": value} for value in (1.0, 2.0)]
 
     def search():
-        return Search(study, [Sample("fog", "1", "GOSPA", "")], processes,
-                      SharedStorage(storage, LEASE), lambda job: 1.0)
+        return Search(study, [Sample("fog", "1", ("GOSPA",), "")], processes,
+                      SharedStorage(storage, LEASE), every_metric(lambda job: 1.0))
 
     with Processes(1) as processes:
         dead = search()

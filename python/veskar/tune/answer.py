@@ -11,7 +11,9 @@ from typing import TYPE_CHECKING, Any, NamedTuple
 import veskar
 
 from .explanation import explain, importance_lines
+from .front import front_lines, write_front
 from .judgement import Verdict
+from .page import write_page
 from .samples import Sample, digests_of
 from .settings import changed, key_in_file, write
 
@@ -51,6 +53,8 @@ def write_answer(directory: str, search: Search, held_out: Sequence[Sample], jud
     answer = Answer(recommended, table(search, judged, importances), explain(search, judged, importances))
     write(os.path.join(directory, "table.txt"), answer.table)
     write(os.path.join(directory, "explanation.txt"), answer.explanation)
+    write_front(directory, search)
+    write_page(directory, search, judged, importances)
     paths = [os.path.join(directory, name) for name in ("best.json", "best.sheet.json")]
     if not recommended:
         for path in paths:  # of an earlier answer, which no longer holds
@@ -76,9 +80,10 @@ def _sheet(search: Search, held_out: Sequence[Sample], trial: FrozenTrial,
         "pruned": search.pruned,
         "changes": {key_in_file(key): value for key, value in trial.params.items()},
         "importances": importances,
-        "trainingScore": trial.value,
+        "trainingScore": trial.values[0],
         "heldOutScore": verdict.score._asdict(),
         "heldOutScenes": {name: difference._asdict() for name, difference in verdict.scenes.items()},
+        "heldOutObjectives": {name: difference._asdict() for name, difference in verdict.objectives.items()},
         "recordings": {"training": search.digests, "heldOut": digests_of(held_out)},
     }
 
@@ -91,7 +96,7 @@ def table(search: Search, judged: Judged, importances: Mapping[str, float] | Non
         lines += ["", f"Trial {trial.number} on held-out recordings: "
                   + ("recommended" if verdict.accepted else "not recommended"),
                   f"{'':24}{'baseline':>10}{'trial':>10}{'change':>10}  interval"]
-        for name, difference in (*verdict.scenes.items(), ("score", verdict.score)):
+        for name, difference in (*verdict.parts(), ("score", verdict.score)):
             lines.append(f"{name:24}{difference.baseline:10.4f}{difference.candidate:10.4f}"
                          f"{difference.mean:+10.4f}  [{difference.low:+.4f}, {difference.high:+.4f}]")
         lines += [f"  {fault}" for fault in verdict.faults]
@@ -101,4 +106,6 @@ def table(search: Search, judged: Judged, importances: Mapping[str, float] | Non
     elif not judged[-1][1].accepted:
         lines += ["", "No setting is recommended: keep the baseline."]
     lines += ["", *importance_lines(importances)]
+    if search.study.objectives:
+        lines += ["", *front_lines(search)]
     return "\n".join(lines) + "\n"

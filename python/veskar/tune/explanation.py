@@ -9,7 +9,7 @@ from typing import TYPE_CHECKING, Any
 
 from .judgement import Difference
 from .settings import value_in
-from .study import HIGHER_IS_BETTER, Scene
+from .study import HIGHER_IS_BETTER
 
 if TYPE_CHECKING:
     from .answer import Judged
@@ -19,14 +19,19 @@ if TYPE_CHECKING:
 _SLIGHT = 0.05
 
 
+def importance_note(importances: Mapping[str, float] | None) -> str:
+    """What the importances are, or why there are none."""
+    if importances is None:
+        return "Importances of the parameters need python3-sklearn."
+    if not importances:
+        return "The score does not depend on the parameters."
+    return "Share of each parameter in the variation of the training score (fANOVA)."
+
+
 def importance_lines(importances: Mapping[str, float] | None) -> list[str]:
     """The importances as a list, or why there is none."""
-    if importances is None:
-        return ["Importances of the parameters need python3-sklearn."]
-    if not importances:
-        return ["The score does not depend on the parameters."]
-    return ["Share of each parameter in the variation of the training score (fANOVA):",
-            *(f"  {share:6.1%}  {key}" for key, share in importances.items())]
+    return [importance_note(importances),
+            *(f"  {share:6.1%}  {key}" for key, share in (importances or {}).items())]
 
 
 def explain(search: Search, judged: Judged, importances: Mapping[str, float] | None) -> str:
@@ -43,7 +48,10 @@ def explain(search: Search, judged: Judged, importances: Mapping[str, float] | N
         lines.append("  " + _movement(key, value_in(search.study.base, key), trial.params[key])
                      + (f" ({shares[key]:.0%})" if key in shares else ""))
     lines += ["", "On the held-out recordings:"]
-    lines += [f"  {_change(scene, verdict.scenes[scene.name])}" for scene in search.study.scenes]
+    lines += [f"  {_change(scene.name, scene.metric, verdict.scenes[scene.name])}"
+              for scene in search.study.scenes]
+    lines += [f"  {_change('the mean', metric, difference)}" for metric, difference
+              in verdict.objectives.items()]
     if not verdict.accepted:
         lines += ["", "It is not recommended:", *(f"  {fault}" for fault in verdict.faults)]
     return "\n".join(lines) + "\n"
@@ -63,16 +71,16 @@ def _what_mattered(importances: Mapping[str, float] | None) -> Iterator[str]:
 
 def _movement(key: str, before: Any, after: Any) -> str:
     if before == after:
-        return f"{key} stays at {_word(after)}"
+        return f"{key} stays at {word(after)}"
     if isinstance(before, (bool, str)):
         verb = "changes"
     else:
         verb = "rises" if after > before else "falls"
-    return f"{key} {verb} from {_word(before)} to {_word(after)}"
+    return f"{key} {verb} from {word(before)} to {word(after)}"
 
 
-def _change(scene: Scene, difference: Difference) -> str:
-    name = f"what {scene.metric} lacks to 1" if scene.metric in HIGHER_IS_BETTER else scene.metric
+def _change(what: str, metric: str, difference: Difference) -> str:
+    name = f"what {metric} lacks to 1" if metric in HIGHER_IS_BETTER else metric
     if difference.high < 0.0:
         verdict = "becomes better"
     elif difference.low > 0.0:
@@ -80,9 +88,10 @@ def _change(scene: Scene, difference: Difference) -> str:
     else:
         verdict = "does not change with confidence"
     share = f", {difference.mean / difference.baseline:+.0%}" if difference.baseline else ""
-    return (f"{scene.name} {verdict}: {name} from {difference.baseline:.4f} to "
+    return (f"{what} {verdict}: {name} from {difference.baseline:.4f} to "
             f"{difference.candidate:.4f}{share}")
 
 
-def _word(value: Any) -> str:
+def word(value: Any) -> str:
+    """The value of a parameter as text."""
     return f"{value:.4g}" if isinstance(value, float) else json.dumps(value)

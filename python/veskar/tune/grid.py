@@ -93,12 +93,13 @@ def grid_csv(search: Search, axes: Axes) -> str:
     scenes = [scene.name for scene in search.study.scenes]
     file = io.StringIO()
     writer = csv.writer(file, lineterminator="\n")
-    writer.writerow([*axes, "score", *scenes, "tolerated"])
+    writer.writerow([*axes, "score", *search.study.objectives, *scenes, "tolerated"])
     for setting in settings_of(axes):
         trial = cells.get(_place(setting))
         if trial:
             found = trial.user_attrs["means"]
-            writer.writerow([*map(_word, setting.values()), trial.value, *(found[scene] for scene in scenes),
+            writer.writerow([*map(_word, setting.values()), *trial.values,
+                             *(found[scene] for scene in scenes),
                              _word(tolerated(trial.user_attrs["losses"]))])
     return file.getvalue()
 
@@ -114,7 +115,7 @@ def grid_table(search: Search, axes: Axes) -> str:
             return "-"
         best = trial.values[0] == min(other.values[0] for other in cells.values())
         kept = tolerated(trial.user_attrs["losses"])
-        return f"{'*' if best else ''}{trial.value:.4f}{' ' if kept else '!'}"
+        return f"{'*' if best else ''}{trial.values[0]:.4f}{' ' if kept else '!'}"
 
     columns: list[dict[str, Any]] = [{key: value} for key in right for value in axes[key]] or [{}]
     lines = [f"{search.study.name}: score in training; the baseline has "

@@ -12,6 +12,9 @@ from scipy.stats import t as student
 
 from .study import Study
 
+#: {name of sample: {metric: cost}}
+Costs = Mapping[str, Mapping[str, float]]
+
 
 class Difference(NamedTuple):
     """Cost of a candidate minus that of the baseline; below 0 the candidate is better."""
@@ -31,17 +34,29 @@ class Verdict(NamedTuple):
 
     score: Difference  #: of the weighted mean over the scenes
     scenes: dict[str, Difference]  #: {name: Difference}
+    objectives: dict[str, Difference]  #: {metric: Difference}, of those beside the score
     faults: tuple[str, ...]  #: why the candidate is not recommended; empty: it is
 
     @property
     def accepted(self) -> bool:
         return not self.faults
 
+    def parts(self) -> list[tuple[str, Difference]]:
+        """What must not get worse, with its name."""
+        return [*self.scenes.items(),
+                *((f"mean {metric}", difference) for metric, difference in self.objectives.items())]
 
-def means(study: Study, costs: Mapping[str, float]) -> dict[str, float]:
-    """{scene: mean cost} of the costs by name of sample."""
-    return {scene.name: fmean(value for name, value in costs.items() if _scene(name) == scene.name)
+
+def means(study: Study, costs: Costs, metric: str | None = None) -> dict[str, float]:
+    """{scene: mean cost} by a metric, or by the one of each scene."""
+    return {scene.name: fmean(values[metric or scene.metric] for name, values in costs.items()
+                              if _scene(name) == scene.name)
             for scene in study.scenes}
+
+
+def objectives(study: Study, costs: Costs) -> list[float]:
+    """What is minimised: the score, and the study's objectives, each the weighted mean over the scenes."""
+    return [score(study, means(study, costs, metric)) for metric in (None, *study.objectives)]
 
 
 def score(study: Study, scene_means: Mapping[str, float]) -> float:
@@ -65,18 +80,17 @@ def limit(study: Study, cost: float) -> float:
     return cost * (1.0 + study.tolerance)
 
 
-def judge(study: Study, baseline: Mapping[str, float], candidate: Mapping[str, float],
-          confidence: float) -> Verdict:
+def judge(study: Study, baseline: Costs, candidate: Costs, confidence: float) -> Verdict:
     """Judge costs on held-out recordings.
 
-    The score must be better with confidence, and every scene, with confidence, not worse than
-    tolerated: a scene whose seeds cannot tell this counts as worse.
+    The score must be better with confidence, and every scene and every objective, with
+    confidence, not worse than tolerated: one whose seeds cannot tell this counts as worse.
 
     Parameters
     ----------
     study : Study
     baseline, candidate : dict
-        {name of sample: cost}, of the same samples
+        of the same samples
     confidence : float
         of the two-sided intervals of Student's t, as 0.95
 
@@ -84,11 +98,22 @@ def judge(study: Study, baseline: Mapping[str, float], candidate: Mapping[str, f
     -------
     Verdict
     """
-    baseline_means, candidate_means = means(study, baseline), means(study, candidate)
+    scenes, difference = _differences(study, baseline, candidate, None, confidence)
+    further = {metric: _differences(study, baseline, candidate, metric, confidence)[1]
+               for metric in study.objectives}
+    verdict = Verdict(difference, scenes, further, ())
+    return verdict._replace(faults=tuple(_faults(study, verdict)))
+
+
+def _differences(study: Study, baseline: Costs, candidate: Costs, metric: str | None,
+                 confidence: float) -> tuple[dict[str, Difference], Difference]:
+    """Those of the scenes by a metric, or by the one of each scene, and that of their weighted mean."""
+    baseline_means, candidate_means = means(study, baseline, metric), means(study, candidate, metric)
     squares = {}
     scenes = {}
     for scene in study.scenes:
-        differences = [candidate[name] - cost for name, cost in baseline.items()
+        by = metric or scene.metric
+        differences = [candidate[name][by] - costs[by] for name, costs in baseline.items()
                        if _scene(name) == scene.name]
         degrees = len(differences) - 1
         squares[scene.name] = (variance(differences) / len(differences), degrees)
@@ -96,13 +121,11 @@ def judge(study: Study, baseline: Mapping[str, float], candidate: Mapping[str, f
         mean = candidate_means[scene.name] - baseline_means[scene.name]
         scenes[scene.name] = Difference(baseline_means[scene.name], candidate_means[scene.name],
                                         mean - half, mean + half)
-    difference = _score_difference(study, baseline_means, candidate_means, squares, confidence)
-    verdict = Verdict(difference, scenes, ())
-    return verdict._replace(faults=tuple(_faults(study, verdict)))
+    return scenes, _mean_difference(study, baseline_means, candidate_means, squares, confidence)
 
 
-def _score_difference(study: Study, baseline: Mapping[str, float], candidate: Mapping[str, float],
-                      squares: Mapping[str, tuple[float, int]], confidence: float) -> Difference:
+def _mean_difference(study: Study, baseline: Mapping[str, float], candidate: Mapping[str, float],
+                     squares: Mapping[str, tuple[float, int]], confidence: float) -> Difference:
     # Welch and Satterthwaite: scenes vary differently.
     parts = [((scene.weight / _total(study)) ** 2 * squares[scene.name][0], squares[scene.name][1])
              for scene in study.scenes]
@@ -117,11 +140,11 @@ def _faults(study: Study, verdict: Verdict) -> Iterator[str]:
     if not verdict.score.high < 0.0:
         yield (f"the score is not better with confidence: {verdict.score.mean:+.4f} "
                f"[{verdict.score.low:+.4f}, {verdict.score.high:+.4f}]")
-    for name, scene in verdict.scenes.items():
-        tolerated = limit(study, scene.baseline) - scene.baseline
-        if scene.high > tolerated:
-            yield (f"{name} may get worse by more than {tolerated:.4f}: {scene.mean:+.4f} "
-                   f"[{scene.low:+.4f}, {scene.high:+.4f}]")
+    for name, part in verdict.parts():
+        tolerated = limit(study, part.baseline) - part.baseline
+        if part.high > tolerated:
+            yield (f"{name} may get worse by more than {tolerated:.4f}: {part.mean:+.4f} "
+                   f"[{part.low:+.4f}, {part.high:+.4f}]")
 
 
 def _scene(sample: str) -> str:

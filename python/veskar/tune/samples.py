@@ -18,11 +18,11 @@ from typing import Any, NamedTuple, Optional, Tuple, TypeVar
 
 import veskar
 
+from .judgement import Costs
 from .study import HIGHER_IS_BETTER, Scene, Study, StudyError
 
-Job = TypeVar("Job")
+Item = TypeVar("Item")
 Result = TypeVar("Result")
-
 
 #: scenario, path of the recording, seed, duration
 Play = Tuple[str, str, int, Optional[float]]
@@ -33,12 +33,20 @@ class Sample(NamedTuple):
 
     scene: str
     case: str  #: the seed, or the path of the recording
-    metric: str
+    metrics: Tuple[str, ...]  #: what is measured, the scene's own metric first
     path: str
 
     @property
     def name(self) -> str:
         return f"{self.scene}/{self.case}"
+
+
+#: configuration or None, changes, the recording
+Job = Tuple[Optional[str], Mapping[str, Any], Sample]
+
+
+class Untold(StudyError):
+    """A metric that a recording does not tell, as the delay to confirmation where nothing is found."""
 
 
 def samples_of(study: Study, part: str, directory: str, processes: Processes) -> list[Sample]:
@@ -67,7 +75,7 @@ def samples_of(study: Study, part: str, directory: str, processes: Processes) ->
                 identity = _identity(scene.scenario, scene)
                 path = os.path.join(directory, f"{scene.name}-{identity}-{case}.jsonl")
                 plays.append((scene.scenario, path, case, scene.duration))
-            samples.append(Sample(scene.name, str(case), scene.metric, path))
+            samples.append(Sample(scene.name, str(case), study.metrics(scene), path))
     processes.map(_play, [play for play in plays if not os.path.exists(play[1])])
     return samples
 
@@ -96,20 +104,23 @@ def digests_of(samples: Iterable[Sample]) -> dict[str, str]:
     return digests
 
 
-def cost(job: tuple[str | None, Mapping[str, Any], Sample]) -> float:
-    """What a setting costs on a recording: the metric, or what it lacks to 1.
+def cost(job: Job) -> dict[str, float]:
+    """What a setting costs on a recording: each metric, or what it lacks to 1.
 
-    Parameters
-    ----------
-    job : tuple
-        (configuration or None, changes, Sample)
+    Raises
+    ------
+    Untold
     """
     base, changes, sample = job
     judged = veskar.evaluate(sample.path, config=base, changes=dict(changes))
-    value: float | None = judged.parts["all"]["fusion"].get(sample.metric)
-    if value is None:
-        raise StudyError(f"{sample.path}: its truth does not tell {sample.metric}")
-    return 1.0 - value if sample.metric in HIGHER_IS_BETTER else value
+    values: Mapping[str, float | None] = judged.parts["all"]["fusion"]
+    costs = {}
+    for metric in sample.metrics:
+        value = values.get(metric)
+        if value is None:
+            raise Untold(f"{sample.path}: its truth does not tell {metric}")
+        costs[metric] = 1.0 - value if metric in HIGHER_IS_BETTER else value
+    return costs
 
 
 class Processes:
@@ -133,7 +144,7 @@ class Processes:
             self._pool.shutdown(wait=False, cancel_futures=True)
         self._stack.__exit__(kind, error, trace)
 
-    def map(self, function: Callable[[Job], Result], jobs: Sequence[Job]) -> list[Result]:
+    def map(self, function: Callable[[Item], Result], jobs: Sequence[Item]) -> list[Result]:
         """The results, in the order of the jobs."""
         return list(self._pool.map(function, jobs) if self._pool else map(function, jobs))
 
@@ -148,8 +159,7 @@ def _end_with_parent(parent: int) -> None:
 
 def costs_of(samples: Sequence[Sample], base: str | None, changes: Mapping[str, Any],
              processes: Processes,
-             function: Callable[[tuple[str | None, Mapping[str, Any], Sample]], float] = cost,
-             ) -> dict[str, float]:
-    """{name: cost} of a setting."""
+             function: Callable[[Job], dict[str, float]] = cost) -> Costs:
+    """What a setting costs on recordings."""
     costs = processes.map(function, [(base, changes, sample) for sample in samples])
     return {sample.name: value for sample, value in zip(samples, costs)}

@@ -21,6 +21,7 @@ if TYPE_CHECKING:
 LOWER_IS_BETTER = ("GOSPA", "OSPA", "IDSW", "missed_per_instant", "false_per_instant",
                    "confirmation_delay")
 HIGHER_IS_BETTER = ("HOTA", "MOTA", "IDF1")
+METRICS = LOWER_IS_BETTER + HIGHER_IS_BETTER
 
 
 class StudyError(ValueError):
@@ -70,7 +71,7 @@ class Scene:
     ----------
     name : str
     metric : str
-        of `veskar evaluate`
+        of `veskar evaluate`, of which the score is made
     weight : float
         in the score; 0: the scene must not get worse, but nothing is gained by it
     scenario : str or None
@@ -105,6 +106,11 @@ class Study:
     seed: int
     document: dict[str, Any] = field(repr=False)
     prune: bool = True  #: whether to give up hopeless trials after their first recordings
+    objectives: tuple[str, ...] = ()  #: metrics that are minimised beside the score
+
+    def metrics(self, scene: Scene) -> tuple[str, ...]:
+        """What is measured of a scene."""
+        return tuple(dict.fromkeys((scene.metric, *self.objectives)))
 
 
 class _Reader:
@@ -191,7 +197,10 @@ def read_study(path: str | os.PathLike[str]) -> Study:
         finalists=whole("finalists", 3, 1),
         seed=whole("seed", 1, 0),
         document=document,
-        prune=reader.take("prune", bool, "true or false", True))
+        prune=reader.take("prune", bool, "true or false", True),
+        objectives=tuple(reader.take(
+            "objectives", list, "a list of different metrics: " + ", ".join(METRICS), [],
+            lambda values: all(value in METRICS for value in values) and len(set(values)) == len(values))))
     reader.end()
     _check_keys(study)
     return study
@@ -231,7 +240,6 @@ def _read_scenes(reader: _Reader, directory: str) -> tuple[Scene, ...]:
 def _read_scene(name: str, reader: _Reader, directory: str) -> Scene:
     if "/" in name:
         raise reader.error("", "a name without / is expected")
-    metrics = LOWER_IS_BETTER + HIGHER_IS_BETTER
     scenario = reader.take("scenario", str, "the path of a scenario", None)
     duration = reader.take("duration", (int, float), "a time in s", None,
                            lambda value: bool(1e-3 <= value <= 1e6))
@@ -239,8 +247,8 @@ def _read_scene(name: str, reader: _Reader, directory: str) -> Scene:
         raise reader.error("duration", "only a scenario has one")
     scene = Scene(
         name=name,
-        metric=reader.take("metric", str, "one of " + ", ".join(metrics), "GOSPA",
-                           lambda value: value in metrics),
+        metric=reader.take("metric", str, "one of " + ", ".join(METRICS), "GOSPA",
+                           lambda value: value in METRICS),
         weight=reader.take("weight", (int, float), "a number from 0 on", 1.0,
                            lambda value: bool(0 <= value < math.inf)),
         scenario=None if scenario is None else os.path.join(directory, scenario),
