@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // The metrics of the workbench over plain arrays; veskar/metrics.py gives them their Python form.
 #include "Bindings.h"
+#include "Table.h"
 #include "evaluate/metrics/ClearMot.h"
 #include "evaluate/metrics/Hota.h"
 #include "evaluate/metrics/Identity.h"
 #include "evaluate/metrics/PairNumbers.h"
 #include "evaluate/metrics/SetDistance.h"
+#include "import/ResultRows.h"
 
 #include <array>
 #include <cstdint>
@@ -159,10 +161,42 @@ py::tuple judgeArrays(std::size_t count, const Integers& truthMoments, const Int
     return py::make_tuple(judgement.figures(), judgement.moments());
 }
 
+/// @return the rows of a tracker's results as columns
+py::dict readResults(const std::string& path, bool isMot) {
+    std::vector<Workbench::ResultRow> rows;
+    {
+        const py::gil_scoped_release unlocked;
+        rows = isMot ? Workbench::readMotResults(path) : Workbench::readKittiResults(path);
+    }
+    std::vector<std::int64_t> lines;
+    std::vector<std::int64_t> ids;
+    std::vector<double> frames;
+    std::vector<double> confidences;
+    Eigen::MatrixX4d boxes(rows.size(), 4);
+    Eigen::MatrixX2d positions(rows.size(), 2);
+    py::list classes;
+    for (const Workbench::ResultRow& row : rows) {
+        const auto place = static_cast<Eigen::Index>(lines.size());
+        boxes.row(place) = row.box;
+        positions.row(place) = row.position;
+        lines.push_back(static_cast<std::int64_t>(row.line));
+        ids.push_back(row.id);
+        frames.push_back(row.frame);
+        confidences.push_back(row.confidence);
+        classes.append(row.className);
+    }
+    using py::operator""_a;
+    return py::dict("line"_a = toArray(std::move(lines)), "frame"_a = toArray(std::move(frames)),
+                    "id"_a = toArray(std::move(ids)), "class"_a = classes,
+                    "confidence"_a = toArray(std::move(confidences)), "box"_a = boxes,
+                    "position"_a = positions);
+}
+
 }  // namespace
 
 void bindMetrics(py::module_& module) {
     module.def("_judge_arrays", judgeArrays);
+    module.def("_read_results", readResults);
 }
 
 }  // namespace Bindings

@@ -10,7 +10,7 @@ half of the cutoff (CLEAR MOT, identity).
 from __future__ import annotations
 
 import os
-from typing import TYPE_CHECKING, Any, Callable, Iterator
+from typing import TYPE_CHECKING, Any, Callable
 
 from . import _veskar
 
@@ -187,26 +187,14 @@ def _fault(file: str, line: int, reason: str) -> _veskar.InputError:
     return error
 
 
-def _rows(path: _Path, separator: str | None,
-          least: int) -> Iterator[tuple[str, int, list[str]]]:
-    """Numbers of the lines of a text file, with the place of a fault."""
-    file = os.fsdecode(path)
-    with open(path, encoding="utf-8") as lines:
-        for number, line in enumerate(lines, 1):
-            if not line.strip():
-                continue
-            cells = [cell.strip() for cell in line.split(separator)]
-            if len(cells) < least:
-                raise _fault(file, number, f"{len(cells)} columns where {least} are needed")
-            yield file, number, cells
-
-
-def _number(file: str, line: int, text: str, kind: Callable[[float], float] = float) -> float:
-    try:
-        value = kind(float(text))
-    except (ValueError, OverflowError):
-        raise _fault(file, line, f'"{text}" is no number') from None
-    return value
+def _results(path: _Path, frame_rate: float,
+             is_mot: bool) -> tuple[dict[str, Any], dict[str, Any]]:
+    """What a file of results states, and the columns that all tables of it have."""
+    if not frame_rate > 0.0:
+        raise ValueError(f"frame_rate: {frame_rate} is not above 0")
+    stated = _veskar._read_results(os.fsdecode(path), is_mot)
+    return stated, {"time": stated["frame"] / frame_rate, "id": stated["id"],
+                    "x": stated["position"][:, 0], "y": stated["position"][:, 1]}
 
 
 def read_mot(path: _Path, frame_rate: float,
@@ -227,24 +215,27 @@ def read_mot(path: _Path, frame_rate: float,
     -------
     pandas.DataFrame
         time [s], id, x, y [m], left, top, width, height [pixels], confidence
+
+    Raises
+    ------
+    InputError
+        what is wrong with the file, and in which line
     """
     import numpy as np
     import pandas as pd
 
-    if not frame_rate > 0.0:
-        raise ValueError(f"frame_rate: {frame_rate} is not above 0")
-    rows = []
-    for file, line, cells in _rows(path, ",", 7 if ground else 9):
-        numbers = [_number(file, line, cell) for cell in cells[:9]]
-        if not ground and numbers[7] == numbers[8] == -1.0:
-            raise _fault(file, line, "no world coordinates: say with ground= where boxes stand")
-        rows.append(numbers[:7] + (numbers[7:9] if not ground else [np.nan, np.nan]))
-    names = ["frame", "id", "left", "top", "width", "height", "confidence", "x", "y"]
-    table = pd.DataFrame(rows, columns=names, dtype=float)
+    stated, columns = _results(path, frame_rate, is_mot=True)
+    box = stated["box"]
+    # The file counts pixels from 1.
+    left, top = box[:, 0] + 1.0, box[:, 1] + 1.0
+    width, height = box[:, 2] - box[:, 0], box[:, 3] - box[:, 1]
     if ground:
-        table["x"], table["y"] = ground(*(table[name].to_numpy() for name in names[2:6]))
-    table["time"] = (table["frame"] - 1.0) / frame_rate
-    return table.astype({"id": int})[["time", "id", "x", "y", *names[2:7]]]
+        columns["x"], columns["y"] = ground(left, top, width, height)
+    elif not np.isfinite(columns["x"]).all():
+        line = int(stated["line"][~np.isfinite(columns["x"])][0])
+        raise _fault(os.fsdecode(path), line, "no world coordinates: say with ground= where boxes stand")
+    return pd.DataFrame({**columns, "left": left, "top": top, "width": width, "height": height,
+                         "confidence": stated["confidence"]})
 
 
 def read_kitti(path: _Path, frame_rate: float = 10.0) -> pd.DataFrame:
@@ -261,16 +252,13 @@ def read_kitti(path: _Path, frame_rate: float = 10.0) -> pd.DataFrame:
     -------
     pandas.DataFrame
         time [s], id, x (forward) and y (left of the camera) [m], class
+
+    Raises
+    ------
+    InputError
+        what is wrong with the file, and in which line
     """
     import pandas as pd
 
-    if not frame_rate > 0.0:
-        raise ValueError(f"frame_rate: {frame_rate} is not above 0")
-    rows = []
-    for file, line, cells in _rows(path, None, 17):
-        if cells[2] != "DontCare":
-            # The camera's x points right, its z forward.
-            right, forward = _number(file, line, cells[13]), _number(file, line, cells[15])
-            rows.append((_number(file, line, cells[0]) / frame_rate,
-                         _number(file, line, cells[1], int), forward, -right, cells[2]))
-    return pd.DataFrame(rows, columns=["time", "id", "x", "y", "class"])
+    stated, columns = _results(path, frame_rate, is_mot=False)
+    return pd.DataFrame({**columns, "class": stated["class"]})

@@ -95,6 +95,7 @@ std::vector<ResultRow> readRows(const std::string& path, bool hasCommas, std::si
                     fmt::format("{} columns where {} are needed", cells.size(), least));
             }
             ResultRow row;
+            row.line = lines.lineNumber();
             if (!read(cells, row)) {
                 continue;
             }

@@ -13,7 +13,8 @@ namespace Workbench {
 
 /// A track in one frame. What a file does not state is not finite.
 struct ResultRow {
-    int frame = 0;  ///< from 0
+    std::uint64_t line = 0;  ///< in the file, from 1
+    int frame = 0;           ///< from 0
     std::int32_t id = 0;
     std::string className = "unknown";  ///< as in the file
     /// 0 to 1; negative where a tracker has none.

@@ -46,6 +46,7 @@ TEST_F(ResultRows, OfMotCountFromOne) {
         mot("3, 4.0, 11, 21, 30, 40, 0.9, 5.5, -2.5, 0\r\n\n1,7,1,1,2,2,1,-1,-1,-1\n");
     ASSERT_EQ(rows.size(), 2);
     EXPECT_EQ(rows[0].frame, 0);
+    EXPECT_EQ(rows[0].line, 3U);
     EXPECT_EQ(rows[0].id, 7);
     EXPECT_TRUE(rows[0].position.array().isNaN().all());
     EXPECT_EQ(rows[1].frame, 2);
