@@ -15,7 +15,6 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-using nlohmann::json;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using Veskar::Host::InputError;
@@ -28,7 +27,7 @@ using Workbench::Json;
 
 namespace {
 
-class Report : public testing::Test {
+class ReportPage : public testing::Test {
 protected:
     void SetUp() override {
         recording = directory / "tiny.jsonl";
@@ -55,12 +54,13 @@ protected:
     }
 
     /// @return the frames of a file, all or those of one source
-    static std::vector<json> linesOf(const std::string& path, const std::string& source = "") {
+    static std::vector<nlohmann::json> linesOf(const std::string& path,
+                                               const std::string& source = "") {
         std::ifstream file(path);
         std::string line;
-        std::vector<json> lines;
+        std::vector<nlohmann::json> lines;
         while (std::getline(file, line)) {
-            json frame = json::parse(line);
+            nlohmann::json frame = nlohmann::json::parse(line);
             const bool isWanted = frame.contains("source");
             if (isWanted && (source.empty() || frame["source"] == source)) {
                 lines.push_back(std::move(frame));
@@ -94,7 +94,7 @@ protected:
 
 }  // namespace
 
-TEST_F(Report, HoldsEverySystemTrackOfEveryFrame) {
+TEST_F(ReportPage, HoldsEverySystemTrackOfEveryFrame) {
     const Json data = dataOf({recording, {{fused, ""}}});
     const Json& run = data["runs"][0];
     const auto rows = rowsOf(run["tracks"]);
@@ -103,20 +103,21 @@ TEST_F(Report, HoldsEverySystemTrackOfEveryFrame) {
     const std::vector<double> left = numbersOf(run["tracks"]["columns"]["left"]);
     const std::vector<double> confirmed = numbersOf(run["tracks"]["columns"]["confirmed"]);
     const std::vector<double> classes = numbersOf(run["tracks"]["columns"]["class"]);
-    const std::vector<json> lines = linesOf(fused);
+    const std::vector<nlohmann::json> lines = linesOf(fused);
     ASSERT_EQ(times.size(), lines.size());
     std::size_t checked = 0;
     for (std::size_t frame = 0; frame < lines.size(); ++frame) {
         EXPECT_NEAR(times[frame] + data["start"].get<double>(), lines[frame]["time"], 0.00051);
-        for (const json& track : lines[frame]["tracks"]) {
+        for (const nlohmann::json& track : lines[frame]["tracks"]) {
             const auto row = rows.find({track["id"], static_cast<int>(frame)});
             ASSERT_NE(row, rows.end());
             EXPECT_NEAR(x[row->second], track["position"][0], 0.0051);
             EXPECT_NEAR(left[row->second], track["box"]["left"], 0.00026);
             EXPECT_EQ(confirmed[row->second] == 1.0, track["confirmed"].get<bool>());
             const double word = classes[row->second];
-            EXPECT_EQ(std::isnan(word) ? json("unknown")
-                                       : json(data["words"][static_cast<std::size_t>(word)]),
+            EXPECT_EQ(std::isnan(word)
+                          ? nlohmann::json("unknown")
+                          : nlohmann::json(data["words"][static_cast<std::size_t>(word)]),
                       track.value("class", "unknown"));
             ++checked;
         }
@@ -125,16 +126,16 @@ TEST_F(Report, HoldsEverySystemTrackOfEveryFrame) {
     EXPECT_GT(checked, 100U);
 }
 
-TEST_F(Report, DrawsTheEllipseOfTheCovariance) {
+TEST_F(ReportPage, DrawsTheEllipseOfTheCovariance) {
     const Json data = dataOf({recording, {{fused, ""}}});
     const Json& table = data["runs"][0]["tracks"];
     const auto rows = rowsOf(table);
     const std::vector<double> major = numbersOf(table["columns"]["major"]);
     const std::vector<double> minor = numbersOf(table["columns"]["minor"]);
     const std::vector<double> angle = numbersOf(table["columns"]["angle"]);
-    const std::vector<json> lines = linesOf(fused);
+    const std::vector<nlohmann::json> lines = linesOf(fused);
     for (std::size_t frame = 0; frame < lines.size(); ++frame) {
-        for (const json& track : lines[frame]["tracks"]) {
+        for (const nlohmann::json& track : lines[frame]["tracks"]) {
             const std::size_t row = rows.at({track["id"], static_cast<int>(frame)});
             // P = R diag(major^2, minor^2) R', element by element.
             const double c = std::cos(angle[row] * M_PI / 180.0);
@@ -149,13 +150,13 @@ TEST_F(Report, DrawsTheEllipseOfTheCovariance) {
     }
 }
 
-TEST_F(Report, TellsWhichSensorTracksFeedASystemTrack) {
+TEST_F(ReportPage, TellsWhichSensorTracksFeedASystemTrack) {
     const Json data = dataOf({recording, {{fused, ""}}});
     const Json& sensors = data["runs"][0]["sensors"];
     std::map<std::array<int, 3>, int> expected;
-    for (const json& line : linesOf(fused)) {
-        for (const json& track : line["tracks"]) {
-            for (const json& sensor : track["sensors"]) {
+    for (const nlohmann::json& line : linesOf(fused)) {
+        for (const nlohmann::json& track : line["tracks"]) {
+            for (const nlohmann::json& sensor : track["sensors"]) {
                 ++expected[{track["id"].get<int>(), sensor["source"] == "radar" ? 1 : 0,
                             sensor["id"].get<int>()}];
             }
@@ -170,16 +171,16 @@ TEST_F(Report, TellsWhichSensorTracksFeedASystemTrack) {
     EXPECT_EQ(found, expected);
 }
 
-TEST_F(Report, HoldsTheReportsOfTheSensorsWhereTheyLieOnTheGround) {
+TEST_F(ReportPage, HoldsTheReportsOfTheSensorsWhereTheyLieOnTheGround) {
     const Json data = dataOf({recording, {{fused, ""}}});
     const Json& table = data["radar"]["table"];
     const auto rows = rowsOf(table);
     const std::vector<double> x = numbersOf(table["columns"]["x"]);
     const std::vector<double> y = numbersOf(table["columns"]["y"]);
-    const std::vector<json> lines = linesOf(recording, "radar");
+    const std::vector<nlohmann::json> lines = linesOf(recording, "radar");
     std::size_t checked = 0;
     for (std::size_t frame = 0; frame < lines.size(); ++frame) {
-        for (const json& report : lines[frame]["tracks"]) {
+        for (const nlohmann::json& report : lines[frame]["tracks"]) {
             const std::size_t row = rows.at({report["id"], static_cast<int>(frame)});
             // The radar of this scene points straight ahead, 4.6 m above the origin.
             const double range = report["range"];
@@ -194,24 +195,24 @@ TEST_F(Report, HoldsTheReportsOfTheSensorsWhereTheyLieOnTheGround) {
     const Json& video = data["video"]["table"];
     const auto videoRows = rowsOf(video);
     const std::vector<double> top = numbersOf(video["columns"]["top"]);
-    const std::vector<json> videoLines = linesOf(recording, "video");
+    const std::vector<nlohmann::json> videoLines = linesOf(recording, "video");
     for (std::size_t frame = 0; frame < videoLines.size(); ++frame) {
-        for (const json& report : videoLines[frame]["tracks"]) {
+        for (const nlohmann::json& report : videoLines[frame]["tracks"]) {
             EXPECT_NEAR(top[videoRows.at({report["id"], static_cast<int>(frame)})],
                         report["box"]["top"], 0.00026);
         }
     }
 }
 
-TEST_F(Report, TellsWhereOnEarthTheGroundIs) {
+TEST_F(ReportPage, TellsWhereOnEarthTheGroundIs) {
     const Json data = dataOf({recording, {{fused, ""}}});
     const Json& earth = data["scene"]["earth"];
     const double heading = earth["heading"].get<double>() * M_PI / 180.0;
     // Files have millimetres and 1e-8 of a degree.
     constexpr double tolerance = 2e-8;
     std::size_t checked = 0;
-    for (const json& line : linesOf(fused)) {
-        for (const json& track : line["tracks"]) {
+    for (const nlohmann::json& line : linesOf(fused)) {
+        for (const nlohmann::json& track : line["tracks"]) {
             const double x = track["position"][0];
             const double y = track["position"][1];
             const double north = x * std::cos(heading) + y * std::sin(heading);
@@ -228,7 +229,7 @@ TEST_F(Report, TellsWhereOnEarthTheGroundIs) {
     EXPECT_GT(checked, 100U);
 }
 
-TEST_F(Report, KnowsNoPlaceOnEarthWithoutASite) {
+TEST_F(ReportPage, KnowsNoPlaceOnEarthWithoutASite) {
     std::string text = slurp(recording);
     const std::size_t site = text.find("\"site\":");
     ASSERT_NE(site, std::string::npos);
@@ -239,13 +240,13 @@ TEST_F(Report, KnowsNoPlaceOnEarthWithoutASite) {
     EXPECT_TRUE(dataOf({elsewhere, {{fused, ""}}})["scene"]["earth"].is_null());
 }
 
-TEST_F(Report, HoldsDefaultSettingsOnce) {
+TEST_F(ReportPage, HoldsDefaultSettingsOnce) {
     const Json data = dataOf({recording, {{fused, ""}}});
     EXPECT_TRUE(data["defaults"].is_null());
     EXPECT_EQ(data["runs"][0]["configuration"]["veskarHost"]["cutBoxStd"], 0.3);
 }
 
-TEST_F(Report, HoldsTheSettingsThatTheRunUsedAndTheDefaults) {
+TEST_F(ReportPage, HoldsTheSettingsThatTheRunUsedAndTheDefaults) {
     ASSERT_EQ(veskar({"replay", recording, "-o", fused, "--set", "veskarHost.cutBoxStd=0.7",
                       "--set", "veskarModule.trackKillTime=0.25"})
                   .status,
@@ -261,14 +262,14 @@ TEST_F(Report, HoldsTheSettingsThatTheRunUsedAndTheDefaults) {
     EXPECT_EQ(used["veskarModule"].size(), defaults["veskarModule"].size());
 }
 
-TEST_F(Report, HoldsTheTruth) {
+TEST_F(ReportPage, HoldsTheTruth) {
     const Json data = dataOf({recording, {{fused, ""}}});
     const auto rows = rowsOf(data["truth"]["table"]);
     const std::vector<double> x = numbersOf(data["truth"]["table"]["columns"]["x"]);
     std::size_t checked = 0;
-    const std::vector<json> lines = linesOf(recording, "truth");
+    const std::vector<nlohmann::json> lines = linesOf(recording, "truth");
     for (std::size_t frame = 0; frame < lines.size(); ++frame) {
-        for (const json& object : lines[frame]["objects"]) {
+        for (const nlohmann::json& object : lines[frame]["objects"]) {
             EXPECT_NEAR(x[rows.at({object["id"], static_cast<int>(frame)})], object["position"][0],
                         0.0051);
             ++checked;
@@ -278,18 +279,18 @@ TEST_F(Report, HoldsTheTruth) {
     EXPECT_GT(checked, 100U);
 }
 
-TEST_F(Report, HoldsEveryExplanation) {
+TEST_F(ReportPage, HoldsEveryExplanation) {
     const Json data = dataOf({recording, {{fused, explained}}});
     const Json& explanation = data["runs"][0]["explanation"];
     std::size_t pairs = 0;
     std::size_t events = 0;
-    const std::vector<json> frames = linesOf(explained);
-    for (const json& frame : frames) {
+    const std::vector<nlohmann::json> frames = linesOf(explained);
+    for (const nlohmann::json& frame : frames) {
         for (const char* name : {"continuations", "candidates", "mergeCandidates"}) {
-            pairs += frame.value(name, json::array()).size();
+            pairs += frame.value(name, nlohmann::json::array()).size();
         }
         for (const char* name : {"starts", "confirmations", "prunings", "deletions"}) {
-            events += frame.value(name, json::array()).size();
+            events += frame.value(name, nlohmann::json::array()).size();
         }
     }
     EXPECT_EQ(explanation["pairs"]["rows"], pairs);
@@ -300,17 +301,17 @@ TEST_F(Report, HoldsEveryExplanation) {
     EXPECT_TRUE(dataOf({recording, {{fused, ""}}})["runs"][0]["explanation"].is_null());
 }
 
-TEST_F(Report, HoldsTheJudgementThatEvaluateTells) {
+TEST_F(ReportPage, HoldsTheJudgementThatEvaluateTells) {
     const Json judgement = dataOf({recording, {{fused, ""}}})["runs"][0]["judgement"];
-    const json told =
-        json::parse(veskar({"evaluate", recording, "--format", "json"}).output)["parts"];
+    const nlohmann::json told =
+        nlohmann::json::parse(veskar({"evaluate", recording, "--format", "json"}).output)["parts"];
     ASSERT_EQ(judgement["parts"].size(), told.size());
     for (const Json& part : judgement["parts"]) {
-        const json& expected = told[part["part"].get<std::string>()];
+        const nlohmann::json& expected = told[part["part"].get<std::string>()];
         for (const Json& figure : part["figures"]) {
             for (std::size_t i = 0; i < part["trackers"].size(); ++i) {
-                const json& value = expected[part["trackers"][i].get<std::string>()]
-                                            [figure["key"].get<std::string>()];
+                const nlohmann::json& value = expected[part["trackers"][i].get<std::string>()]
+                                                      [figure["key"].get<std::string>()];
                 ASSERT_EQ(figure["values"][i].is_null(), value.is_null()) << figure;
                 if (!value.is_null()) {
                     // The file of fused tracks is rounded, for example to millimetres.
@@ -330,7 +331,7 @@ TEST_F(Report, HoldsTheJudgementThatEvaluateTells) {
     EXPECT_NEAR(sum / static_cast<double>(gospa.size()), told["all"]["fusion"]["GOSPA"], 0.005);
 }
 
-TEST_F(Report, MatchesObjectsWithTracksThatAreNear) {
+TEST_F(ReportPage, MatchesObjectsWithTracksThatAreNear) {
     const Json data = dataOf({recording, {{fused, ""}}});
     const Json& matches = data["runs"][0]["judgement"]["matches"];
     const auto rows = [&] {
@@ -340,8 +341,8 @@ TEST_F(Report, MatchesObjectsWithTracksThatAreNear) {
     }();
     const std::vector<double> tracks = numbersOf(matches["columns"]["track"]);
     std::set<int> ids;
-    for (const json& line : linesOf(fused)) {
-        for (const json& track : line["tracks"]) {
+    for (const nlohmann::json& line : linesOf(fused)) {
+        for (const nlohmann::json& track : line["tracks"]) {
             ids.insert(track["id"].get<int>());
         }
     }
@@ -351,7 +352,7 @@ TEST_F(Report, MatchesObjectsWithTracksThatAreNear) {
     }
 }
 
-TEST_F(Report, DoesNotJudgeWithoutTruth) {
+TEST_F(ReportPage, DoesNotJudgeWithoutTruth) {
     std::string text = slurp(recording);
     const std::string complete = "\"truth\":\"complete\"";
     text.replace(text.find(complete), complete.size(), "\"truth\":\"none\"");
@@ -360,7 +361,7 @@ TEST_F(Report, DoesNotJudgeWithoutTruth) {
     EXPECT_TRUE(dataOf({recording, {{fused, ""}}})["runs"][0]["judgement"].is_null());
 }
 
-TEST_F(Report, ShowsTwoRunsOnOneClock) {
+TEST_F(ReportPage, ShowsTwoRunsOnOneClock) {
     const Json data = dataOf({recording, {{fused, ""}, {fused, explained}}});
     ASSERT_EQ(data["runs"].size(), 2U);
     EXPECT_EQ(data["runs"][0]["tracks"], data["runs"][1]["tracks"]);
@@ -368,11 +369,11 @@ TEST_F(Report, ShowsTwoRunsOnOneClock) {
     EXPECT_FALSE(data["runs"][1]["explanation"].is_null());
 }
 
-TEST_F(Report, NamesRunsByTheirFilesWithoutTheirPlace) {
+TEST_F(ReportPage, NamesRunsByTheirFilesWithoutTheirPlace) {
     EXPECT_EQ(dataOf({recording, {{fused, ""}}})["runs"][0]["label"], "fused.jsonl");
 }
 
-TEST_F(Report, RefusesTracksOfAnotherRecording) {
+TEST_F(ReportPage, RefusesTracksOfAnotherRecording) {
     std::string text = slurp(fused);
     const std::string name = "\"name\":\"tiny\"";
     text.replace(text.find(name), name.size(), "\"name\":\"other\"");
@@ -382,7 +383,7 @@ TEST_F(Report, RefusesTracksOfAnotherRecording) {
         HasSubstr(":1: name: these tracks are of the recording \"other\", not of \"tiny\""));
 }
 
-TEST_F(Report, SaysWhatIsWrongWithAnExplanation) {
+TEST_F(ReportPage, SaysWhatIsWrongWithAnExplanation) {
     spill(directory / "bad", "{\"source\":\"video\",\"time\":1}\n{\"time\":true}\n");
     EXPECT_THAT(faultOf({recording, {{fused, directory / "bad"}}}),
                 HasSubstr("bad:2: time: expected a number"));
@@ -390,7 +391,7 @@ TEST_F(Report, SaysWhatIsWrongWithAnExplanation) {
     EXPECT_THAT(faultOf({recording, {{fused, directory / "bad"}}}), HasSubstr("bad:1: "));
 }
 
-TEST_F(Report, RefusesARecordingWithoutAnyFrame) {
+TEST_F(ReportPage, RefusesARecordingWithoutAnyFrame) {
     const std::string header = slurp(recording);
     spill(directory / "empty", header.substr(0, header.find('\n') + 1));
     ASSERT_EQ(veskar({"replay", directory / "empty", "-o", directory / "none"}).status, 0);
@@ -404,7 +405,7 @@ TEST(ReportText, CanStandInAnyElement) {
     for (const char c : text) {
         EXPECT_TRUE(c >= ' ' && c <= '~' && c != '<' && c != '>' && c != '&') << c;
     }
-    EXPECT_EQ(json::parse(text)["name"], "</script><b>&\xe2\x80\xa8\xef\xbf\xbd\"\\");
+    EXPECT_EQ(nlohmann::json::parse(text)["name"], "</script><b>&\xe2\x80\xa8\xef\xbf\xbd\"\\");
 }
 
 TEST(ReportRings, AreAFewRoundDistances) {
