@@ -22,6 +22,7 @@ namespace {
 
 struct EvaluateOptions {
     std::string recording;
+    Excerpt excerpt;
     std::string fused;
     std::string output = "-";
     std::string config;
@@ -38,6 +39,7 @@ struct EvaluateOptions {
 RecordingFigures judge(const EvaluateOptions& options) {
     JudgementTask task;
     task.recording = options.recording;
+    task.excerpt = options.excerpt;
     task.fused = options.fused;
     task.camera = options.camera;
     task.options = options.evaluation;
@@ -113,6 +115,7 @@ void addEvaluateCommand(CLI::App& program, Action& action) {
     }
     command->add_option("--camera", options->camera, "camera to use instead of the recording's")
         ->excludes(fused);
+    addExcerptOptions(*command, options->excerpt);
     command->add_option("--format", options->format, "table or json (default: table)")
         ->check(CLI::IsMember({"table", "json"}));
     command->add_option(
@@ -143,7 +146,7 @@ void addEvaluateCommand(CLI::App& program, Action& action) {
         "of each sensor are compared with the truth at the same moments, as far as they had "
         "arrived by then.\n"
         "Fused tracks that state another recording than the given one are refused unless --force "
-        "is given.\n"
+        "is given; those of an excerpt belong to the same --start and --end.\n"
         "Exit status 1: the fusion could not associate some frames (too many tracks at once).\n"
         "\n"
         "Example:\n  veskar evaluate perimeter.jsonl --format json -o figures.json\n"

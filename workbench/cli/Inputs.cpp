@@ -2,11 +2,19 @@
 #include "cli/Inputs.h"
 
 #include "cli/CommandLine.h"
+#include "cli/OptionChecks.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 namespace Workbench {
+namespace {
+
+// Of an excerpt, s: far more precise, and far longer, than any recording.
+constexpr double shortestTime = 1e-6;
+constexpr double longestTime = 1e9;
+
+}  // namespace
 
 std::array<CLI::Option*, 2> addSettingsOptions(CLI::App& command, std::string& config,
                                                std::vector<std::string>& changes) {
@@ -19,6 +27,17 @@ std::array<CLI::Option*, 2> addSettingsOptions(CLI::App& command, std::string& c
     // Takes one value per option, so that "--set a=1 recording.jsonl" works.
     set->allow_extra_args(false);
     return {file, set};
+}
+
+void addExcerptOptions(CLI::App& command, Excerpt& excerpt) {
+    command
+        .add_option("--start", excerpt.start,
+                    "begin so many s after the first sensor frame, as if the recording did")
+        ->check(within(0.0, longestTime));
+    command
+        .add_option("--end", excerpt.end,
+                    "end before so many s after the first sensor frame, as if the recording did")
+        ->check(within(shortestTime, longestTime));
 }
 
 UnknownWords::Tell wordWarnings(const std::string& name) {

@@ -2,6 +2,7 @@
 // Inputs that several subcommands read.
 #pragma once
 
+#include "recording/Excerpt.h"
 #include "recording/LabelWords.h"
 #include "replay/Provenance.h"
 
@@ -23,6 +24,11 @@ namespace Workbench {
 /// @return the options
 std::array<CLI::Option*, 2> addSettingsOptions(CLI::App& command, std::string& config,
                                                std::vector<std::string>& changes);
+
+/// Adds the options for a part of the recording.
+/// @param command the subcommand
+/// @param excerpt receives the part
+void addExcerptOptions(CLI::App& command, Excerpt& excerpt);
 
 /// @param name name of the file that contains the words
 /// @return warns on standard error of words outside the vocabulary

@@ -20,6 +20,7 @@ namespace {
 
 struct ReplayOptions {
     std::string recording;
+    Excerpt excerpt;
     std::string output = "-";
     std::string config;
     std::vector<std::string> changes;
@@ -72,6 +73,7 @@ void checkFiles(const ReplayOptions& options) {
 ReplayTask taskOf(const ReplayOptions& options) {
     ReplayTask task;
     task.recording = options.recording;
+    task.excerpt = options.excerpt;
     task.output = options.output;
     task.explanations = options.explain;
     task.camera = options.camera;
@@ -110,6 +112,7 @@ void addReplayCommand(CLI::App& program, Action& action) {
     command->add_option("recording", options->recording, "recording, or -")->required();
     command->add_option("-o,--output", options->output, "fused tracks to write (default: -)");
     addSettingsOptions(*command, options->config, options->changes);
+    addExcerptOptions(*command, options->excerpt);
     command->add_option("--camera", options->camera, "camera to use instead of the recording's");
     command->add_option("--installation", options->installation,
                         "installation to use instead of the recording's: a header, or a file with "

@@ -118,6 +118,7 @@ RecordingFigures judgeRecording(JudgementTask task, const Provenance& provenance
     requireAscending(task.options.bands);
     sortOnce(task.options.confirmationHits);
     RecordingReader reader(task.recording);
+    reader.keepOnly(task.excerpt);
     return task.fused.empty() ? judgeRun(task, reader, progress)
                               : judgeFile(task, reader, provenance, progress);
 }

@@ -6,6 +6,7 @@
 
 #include "HostLibrary.h"
 #include "evaluate/EvaluationReport.h"
+#include "recording/Excerpt.h"
 #include "replay/Provenance.h"
 #include "replay/Settings.h"
 
@@ -18,6 +19,7 @@ namespace Workbench {
 /// What is to be judged, and how.
 struct JudgementTask {
     std::string recording;      ///< file of a recording with truth, or "-"
+    Excerpt excerpt;            ///< the part of it to judge
     std::string fused;          ///< file of its fused tracks, or "-"; empty: the fusion runs
     std::string camera;         ///< of the fusion that runs, see withCamera
     Settings settings;          ///< of the fusion that runs

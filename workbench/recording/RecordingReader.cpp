@@ -9,6 +9,7 @@
 #include "io/DocumentValue.h"
 #include "io/LineParser.h"
 #include "io/TextFile.h"
+#include "recording/ExcerptFilter.h"
 #include "recording/RefusedFrame.h"
 
 #include <algorithm>
@@ -108,14 +109,23 @@ RecordingReader::RecordingReader(const std::string& path, TruthLines truthLines,
 
 RecordingReader::~RecordingReader() = default;
 
+void RecordingReader::keepOnly(const Excerpt& excerpt) {
+    if (!excerpt.isAll()) {
+        filter_ = std::make_unique<ExcerptFilter>(excerpt, truthLines_ == TruthLines::Read);
+    }
+}
+
 std::optional<RecordingLine> RecordingReader::next() {
     std::string_view text;
-    while (lines_.next(text)) {
+    while (!isOver_ && !(filter_ && filter_->isOver()) && lines_.next(text)) {
         const bool isSkipped = truthLines_ == TruthLines::Skip && startsAsTruth(text);
         if (isBlank(text) || isSkipped) {
             continue;
         }
         std::optional<RecordingLine> line = parse(text);
+        if (filter_ && !(line && filter_->takes(*line))) {
+            continue;
+        }
         if (!line || std::holds_alternative<SensorFrame>(*line)) {
             digestLine(text);
         }
@@ -123,7 +133,20 @@ std::optional<RecordingLine> RecordingReader::next() {
             return line;
         }
     }
+    if (filter_ && !std::exchange(isOver_, true)) {
+        endExcerpt();
+    }
     return std::nullopt;
+}
+
+void RecordingReader::endExcerpt() {
+    if (!filter_->hasFrame()) {
+        throw InputError(lines_.name(), InputError("no sensor frame in the excerpt"));
+    }
+    end_ = filter_->endOf(end_);
+    if (end_) {
+        digestLine(fmt::format("{{\"end\":{}}}", *end_));
+    }
 }
 
 /// @return a frame; nothing for the end

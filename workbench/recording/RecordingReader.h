@@ -6,6 +6,7 @@
 #include "io/Digest.h"
 #include "io/LineReader.h"
 #include "io/LineValue.h"
+#include "recording/Excerpt.h"
 #include "recording/Recording.h"
 
 #include <functional>
@@ -16,6 +17,7 @@
 
 namespace Workbench {
 
+class ExcerptFilter;
 class LineParser;
 
 /// Whether a reader returns the truth lines of a recording or skips them without parsing.
@@ -41,10 +43,13 @@ public:
     RecordingReader(const RecordingReader&) = delete;
     RecordingReader& operator=(const RecordingReader&) = delete;
 
+    /// From now on reads as if the recording had only an excerpt; before the first line is read.
+    /// @param excerpt the part to keep
+    void keepOnly(const Excerpt& excerpt);
     /// @return the header
     const RecordingHeader& header() const { return head_; }
     /// @return the next frame; nothing at the end
-    /// @throw InputError the fault of the line
+    /// @throw InputError the fault of the line, or that no sensor frame is in the excerpt
     std::optional<RecordingLine> next();
     /// @return until when the sensors were awaited, s, by the clock of SensorFrame::received;
     ///         nothing before the end, and when the recording does not say it
@@ -61,6 +66,7 @@ private:
     std::optional<RecordingLine> parse(std::string_view text);
     std::optional<RecordingLine> readLine(const LineFields& fields);
     void readEnd(const LineFields& fields);
+    void endExcerpt();
     void digestLine(std::string_view text);
     void checkOrder(const SensorFrame& frame);
     void checkOrder(const TruthFrame& frame);
@@ -69,6 +75,8 @@ private:
     std::unique_ptr<LineParser> parser_;
     TruthLines truthLines_;
     RecordingHeader head_;
+    std::unique_ptr<ExcerptFilter> filter_;  ///< of an excerpt
+    bool isOver_ = false;                    ///< whether the excerpt is
     Digest content_;
     FrameOrder order_;
     std::optional<double> lastTruth_;

@@ -105,6 +105,7 @@ void feed(RecordingReader& reader, FusionPipeline& run, bool inRealTime, const R
 FusionPipeline::Counts replay(const ReplayTask& task, const ReplayHooks& hooks) {
     const auto& [config, parameters] = task.settings;
     RecordingReader reader(task.recording, TruthLines::Skip);
+    reader.keepOnly(task.excerpt);
     const RecordingHeader header =
         withCamera(withInstallation(reader.header(), task.installation), task.camera);
     const bool isCsv = task.format == ReplayTask::Format::Csv;

@@ -6,6 +6,7 @@
 #include <veskar-host/FusionPipeline.h>
 
 #include "HostLibrary.h"
+#include "recording/Excerpt.h"
 #include "recording/LabelWords.h"
 #include "replay/Settings.h"
 
@@ -19,6 +20,7 @@ struct ReplayTask {
     enum class Format { JsonLines, Csv };
 
     std::string recording;              ///< file of the recording, or "-"
+    Excerpt excerpt;                    ///< the part of it to replay
     std::string output = "-";           ///< file of the fused tracks, or "-"
     std::string explanations;           ///< file of the explanations, or "-"; empty: none
     std::string camera;                 ///< see withCamera

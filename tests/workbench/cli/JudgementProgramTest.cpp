@@ -247,6 +247,37 @@ TEST_F(Judgement, EvaluateJudgesTheVeryTracksOfTheFile) {
     EXPECT_GT(json["parts"]["all"]["radar 3"]["IDR"].get<double>(), 0.0);
 }
 
+TEST_F(Judgement, AnExcerptIsReplayedAndJudgedAsARecording) {
+    const std::string whole = recording();
+    const std::string fused = directory / "fused.jsonl";
+    ASSERT_EQ(veskar({"replay", whole, "--start", "1", "--end", "3", "-o", fused}).status, 0);
+    const Outcome same = veskar({"evaluate", whole, fused, "--start", "1", "--end", "3"});
+    EXPECT_EQ(same.status, 0) << same.errors;
+    EXPECT_THAT(same.output, HasSubstr(" 20 moments of truth"));
+    // A run that has been in a file differs in the last digits.
+    const auto upToGospa = [](const std::string& text) {
+        return text.substr(0, text.find("GOSPA, root mean square"));
+    };
+    EXPECT_EQ(upToGospa(same.output),
+              upToGospa(veskar({"evaluate", whole, "--start", "1", "--end", "3"}).output));
+    EXPECT_NE(upToGospa(same.output), upToGospa(veskar({"evaluate", whole}).output));
+    // Tracks of an excerpt are none of the whole recording, nor of another excerpt.
+    EXPECT_THAT(veskar({"evaluate", whole, fused}).errors, HasSubstr("another recording"));
+    EXPECT_EQ(veskar({"evaluate", whole, fused, "--start", "1", "--end", "3.5"}).status, 2);
+    EXPECT_EQ(veskar({"replay", whole, "--start", "0", "-o", "-"}).output,
+              veskar({"replay", whole, "-o", "-"}).output);
+}
+
+TEST_F(Judgement, AnExcerptWithoutFramesIsRefused) {
+    const std::string whole = recording();
+    const Outcome none = veskar({"replay", whole, "--start", "1000"});
+    EXPECT_EQ(none.status, 2);
+    EXPECT_EQ(none.errors, "veskar: " + whole + ": no sensor frame in the excerpt\n");
+    EXPECT_EQ(veskar({"evaluate", whole, "--start", "2", "--end", "1"}).status, 2);
+    EXPECT_EQ(veskar({"replay", whole, "--start", "-1"}).status, 2);
+    EXPECT_EQ(veskar({"replay", whole, "--end", "nan"}).status, 2);
+}
+
 TEST_F(Judgement, EvaluateRefusesFusedTracksThatAreNone) {
     const std::string path = recording();
     const std::string fused = veskar({"replay", path}).output;

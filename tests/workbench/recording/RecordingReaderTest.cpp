@@ -65,6 +65,67 @@ std::string replaced(std::string text, const std::string& from, const std::strin
     return text.replace(at, from.size(), to);
 }
 
+/// Two frames a second apart, truth between them, and an end.
+std::string twoSeconds() {
+    const auto radar = [](const char* time) {
+        return std::string(R"({"source":"radar","time":)") + time + R"(,"tracks":[]})" + "\n";
+    };
+    return radar("10") + R"({"source":"truth","time":10.5,"objects":[]})" + "\n" + radar("11") +
+           radar("12") + R"({"end":13})" + "\n";
+}
+
+TEST_F(RecordingReaderTest, KeepsAnExcerptAsIfThereWereNothingElse) {
+    VeskarTest::spill(path, toJsonLine(VeskarTest::installation()) + twoSeconds());
+    Workbench::RecordingReader reader(path);
+    reader.keepOnly({0.25, 1.5});
+    EXPECT_EQ(std::get<Workbench::TruthFrame>(*reader.next()).time, 10.5);
+    EXPECT_EQ(std::get<Workbench::SensorFrame>(*reader.next()).time, 11.0);
+    EXPECT_FALSE(reader.next());
+    EXPECT_FALSE(reader.next());
+    EXPECT_EQ(reader.end(), 11.5);
+
+    // The digest is that of the same frames with the same end, whether truth is read or not.
+    const std::string other = directory / "other.jsonl";
+    VeskarTest::spill(other,
+                      toJsonLine(VeskarTest::installation()) +
+                          "{\"source\":\"radar\",\"time\":11,\"tracks\":[]}\n{\"end\":11.5}\n");
+    Workbench::RecordingReader cut(other);
+    while (cut.next()) {
+    }
+    EXPECT_EQ(reader.digest(), cut.digest());
+    Workbench::RecordingReader withoutTruth(path, Workbench::TruthLines::Skip);
+    withoutTruth.keepOnly({0.25, 1.5});
+    while (withoutTruth.next()) {
+    }
+    EXPECT_EQ(withoutTruth.digest(), cut.digest());
+    EXPECT_EQ(withoutTruth.end(), 11.5);
+}
+
+TEST_F(RecordingReaderTest, AnExcerptOfAllIsTheRecording) {
+    VeskarTest::spill(path, toJsonLine(VeskarTest::installation()) + twoSeconds());
+    Workbench::RecordingReader whole(path);
+    Workbench::RecordingReader reader(path);
+    reader.keepOnly({});
+    int lines = 0;
+    while (reader.next()) {
+        whole.next();
+        ++lines;
+    }
+    EXPECT_FALSE(whole.next());
+    EXPECT_EQ(lines, 4);
+    EXPECT_EQ(reader.digest(), whole.digest());
+    EXPECT_EQ(reader.end(), 13.0);
+}
+
+TEST_F(RecordingReaderTest, RefusesAnExcerptWithoutAFrame) {
+    VeskarTest::spill(path, toJsonLine(VeskarTest::installation()) + twoSeconds());
+    Workbench::RecordingReader reader(path);
+    reader.keepOnly({0.25, 0.75});
+    EXPECT_TRUE(reader.next());  // the truth
+    EXPECT_THAT([&] { reader.next(); }, testing::ThrowsMessage<Veskar::Host::InputError>(
+                                            path + ": no sensor frame in the excerpt"));
+}
+
 }  // namespace
 
 TEST_F(RecordingReaderTest, ReadsNativeReports) {
