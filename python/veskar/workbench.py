@@ -480,7 +480,8 @@ def evaluate(recording: Recording | _Path, run: Run | _Path | None = None,
     bands : sequence of float
         where range bands begin, m
     hits : sequence of int
-        how often a single sensor must have seen a track for it to count
+        how often a single sensor must have seen a track for it to count; none: only the fusion is
+        judged
     whole_scene : bool
         judge also where only one sensor can see
     force : bool
