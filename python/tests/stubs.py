@@ -47,6 +47,7 @@ SIGNATURES = {
     "_calibrate": "dict[str, Any]",
     "_check": "list[tuple[str, int, str, str, str, str]]",
     "_judge_arrays": "tuple[dict[str, float], list[tuple[float, ...]]]",
+    "_read_results": "dict[str, Any]",
     "next": "dict[str, Any]",
 }
 ARGUMENTS = {
