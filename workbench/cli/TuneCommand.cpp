@@ -8,18 +8,22 @@
 #include <cstring>
 #include <filesystem>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <sys/auxv.h>
 #include <unistd.h>
 
 namespace Workbench {
 namespace {
 
-// Where the Python package installs its program, seen from this one.
+// Where the Python package installs its program, seen from this one. Known without /proc, too.
 std::filesystem::path installedTuner() {
-    const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe");
+    const auto* const started = reinterpret_cast<const char*>(::getauxval(AT_EXECFN));
+    std::error_code fault;
+    const std::filesystem::path self = std::filesystem::canonical(started, fault);
     return self.parent_path().parent_path() / VESKAR_LIBEXEC_DIR / "veskar" / "veskar-tune";
 }
 
