@@ -19,11 +19,16 @@
 namespace Workbench {
 namespace {
 
-// Where the Python package installs its program, seen from this one. Known without /proc, too.
+// Where the Python package installs its program, seen from this one; empty when that is not known.
 std::filesystem::path installedTuner() {
+    // Unlike /proc/self/exe, it is there in a bare root, too.
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the kernel gives addresses as numbers
     const auto* const started = reinterpret_cast<const char*>(::getauxval(AT_EXECFN));
     std::error_code fault;
     const std::filesystem::path self = std::filesystem::canonical(started, fault);
+    if (fault) {
+        return {};
+    }
     return self.parent_path().parent_path() / VESKAR_LIBEXEC_DIR / "veskar" / "veskar-tune";
 }
 
