@@ -42,11 +42,16 @@ def front_csv(search: Search) -> str:
     return file.getvalue()
 
 
+def front_rows(search: Search) -> list[tuple[str, list[float]]]:
+    """The baseline and the trials of the front, with their score and objectives."""
+    return [("baseline", objectives(search.study, search.baseline)),
+            *((f"trial {trial.number}", trial.values) for trial in search.front())]
+
+
 def front_lines(search: Search) -> list[str]:
     """The front as text, for a study of several objectives."""
     names = ["score", *search.study.objectives]
-    rows = [("baseline", objectives(search.study, search.baseline)),
-            *((f"trial {trial.number}", trial.values) for trial in search.front())]
+    rows = front_rows(search)
     return [f"Pareto front in training: {len(rows) - 1} settings, as front/TRIAL.json",
             " " * 14 + "".join(f"{name:>20}" for name in names),
             *(f"  {word:12}" + "".join(f"{value:20.4f}" for value in values) for word, values in rows)]

@@ -12,7 +12,8 @@ import veskar
 
 from .explanation import importance_note, word
 from .figures import figures
-from .judgement import Verdict, objectives
+from .front import front_rows
+from .judgement import Verdict
 from .settings import value_in, write
 
 if TYPE_CHECKING:
@@ -106,11 +107,9 @@ def _parameters(search: Search, judged: Judged, importances: Mapping[str, float]
 def _front(search: Search) -> str:
     if not search.study.objectives:
         return ""
-    rows = [("baseline", objectives(search.study, search.baseline)),
-            *((f"trial {trial.number}", trial.values) for trial in search.front())]
     return _section("Pareto front in training", _table(
         ["setting", "score", *(f"mean {metric}" for metric in search.study.objectives)],
-        [([name, *(f"{value:.4f}" for value in values)], "") for name, values in rows]))
+        [([name, *(f"{value:.4f}" for value in values)], "") for name, values in front_rows(search)]))
 
 
 def _figures(search: Search) -> str:
