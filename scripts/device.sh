@@ -34,6 +34,10 @@ debian_root() {
   return "$status"
 }
 
+# unpack_root DIRECTORY: unpacks the root on standard input, without devices. Reads to the end: behind
+# the archive comes padding, and who writes it must not find the pipe closed.
+unpack_root() { tar -x -C "$1" --no-same-owner --exclude='./dev/*' && cat >/dev/null; }
+
 # extract_root ARCHITECTURE DIRECTORY PACKAGES [SOURCE...]: unpacks packages (comma-separated) with
 # all their dependencies, from the machine's mirror and further apt sources. Nothing is configured,
 # so that no program of that architecture has to run. The package files stay in
@@ -47,7 +51,7 @@ extract_root() {
   debian_root --variant=extract --architectures="$architecture" --include="$packages" \
     --skip=cleanup/apt --format=tar \
     "$(release)" - "deb $(mirror) $(release) main" "$@" |
-    tar -x -C "$directory" --no-same-owner --exclude='./dev/*'
+    unpack_root "$directory"
 }
 
 # emulate ARCHITECTURE PROGRAM ARGUMENT...: runs a program built with the preset of that
