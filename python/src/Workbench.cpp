@@ -121,7 +121,9 @@ py::dict evaluate(const std::string& recording, const std::string& fused, const 
                   const py::object& listener) {
     Workbench::JudgementTask task;
     task.recording = recording;
-    task.fused = fused;
+    if (!fused.empty()) {
+        task.runs = {fused};
+    }
     task.camera = camera;
     task.options.cutoff = options["cutoff"].cast<double>();
     task.options.bands = options["bands"].cast<std::vector<double>>();

@@ -3,12 +3,15 @@
 #include "cli/Commands.h"
 #include "cli/Files.h"
 #include "cli/Inputs.h"
+#include "cli/JudgedFiles.h"
 #include "cli/OptionChecks.h"
 #include "cli/Progress.h"
 #include "evaluate/MomentTables.h"
 #include "evaluate/RecordingJudgement.h"
+#include "evaluate/RecordingsReport.h"
 #include "io/OutputFile.h"
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <utility>
@@ -21,9 +24,8 @@ namespace Workbench {
 namespace {
 
 struct EvaluateOptions {
-    std::string recording;
+    std::vector<std::string> files;
     Excerpt excerpt;
-    std::string fused;
     std::string output = "-";
     std::string config;
     std::vector<std::string> changes;
@@ -36,16 +38,16 @@ struct EvaluateOptions {
     EvaluationOptions evaluation;
 };
 
-RecordingFigures judge(const EvaluateOptions& options) {
+RecordingFigures judge(const EvaluateOptions& options, const JudgedFiles& files) {
     JudgementTask task;
-    task.recording = options.recording;
+    task.recording = files.recording;
     task.excerpt = options.excerpt;
-    task.fused = options.fused;
+    task.runs = files.runs;
     task.camera = options.camera;
     task.options = options.evaluation;
     task.options.commonFieldOfView = !options.wholeScene;
     task.options.keepsMoments = !options.moments.empty() || !options.objects.empty();
-    if (options.fused.empty()) {
+    if (files.runs.empty()) {
         task.settings = readSettings(options.config, options.changes, warn);
     }
     Progress progress("evaluating");
@@ -53,14 +55,52 @@ RecordingFigures judge(const EvaluateOptions& options) {
                           [&](double fraction) { progress.update(fraction); });
 }
 
+int tellFailures(const std::string& recording, const FusionPipeline::Counts& counts) {
+    if (counts.failedFrames == 0) {
+        return Success;
+    }
+    writeError(fmt::format("veskar: {}: the fusion could not associate {} frames; the first: {}\n",
+                           recording, counts.failedFrames, counts.firstFailure));
+    return NegativeAnswer;
+}
+
+/// @return the files to judge
+/// @throw InputError when they do not go together with each other or with the other options
+std::vector<JudgedFiles> filesOf(const EvaluateOptions& options) {
+    std::vector<NamedFile> inputs;
+    for (const std::string& file : options.files) {
+        inputs.push_back({inputs.empty() ? "recording" : "fused tracks", file});
+    }
+    inputs.push_back({"configuration", options.config});
+    inputs.push_back({"camera", options.camera});
+    refuseClashes(inputs, {{"report", options.output},
+                           {"table of moments", options.moments},
+                           {"table of objects", options.objects}});
+    std::vector<JudgedFiles> files = groupFiles(options.files);
+    const bool hasRuns = !files.front().runs.empty();
+    const bool isSet =
+        !options.config.empty() || !options.changes.empty() || !options.camera.empty();
+    if (hasRuns && isSet) {
+        throw InputError("evaluate", InputError("--config, --set and --camera are for the fusion; "
+                                                "fused tracks state what they were made with"));
+    }
+    if (options.force && !hasRuns) {
+        throw InputError("evaluate", InputError("--force is for fused tracks"));
+    }
+    if (files.size() > 1 && !(options.moments.empty() && options.objects.empty())) {
+        throw InputError("evaluate", InputError("--moments and --objects are of one recording"));
+    }
+    return files;
+}
+
+std::string textOf(const std::vector<EvaluationReport>& reports, const std::string& format) {
+    return format == "json"  ? toJsonText(reports)
+           : format == "csv" ? toCsv(reports)
+                             : toTable(reports);
+}
+
 int evaluate(const EvaluateOptions& options) {
-    refuseClashes({{"recording", options.recording},
-                   {"fused tracks", options.fused},
-                   {"configuration", options.config},
-                   {"camera", options.camera}},
-                  {{"report", options.output},
-                   {"table of moments", options.moments},
-                   {"table of objects", options.objects}});
+    const std::vector<JudgedFiles> files = filesOf(options);
     using Reader = OutputFile::Reader;
     const bool isAlone = options.moments.empty() && options.objects.empty();
     OutputFile output(options.output, isAlone ? Reader::MayLeave : Reader::MustStay);
@@ -73,8 +113,15 @@ int evaluate(const EvaluateOptions& options) {
     };
     OutputFile* const moments = open(options.moments);
     OutputFile* const objects = open(options.objects);
-    const RecordingFigures figures = judge(options);
-    output.write(options.format == "json" ? toJsonText(figures.report) : toTable(figures.report));
+    std::vector<EvaluationReport> reports;
+    RecordingFigures figures;
+    int status = Success;
+    for (const JudgedFiles& judged : files) {
+        figures = judge(options, judged);
+        reports.push_back(figures.report);
+        status = std::max<int>(status, tellFailures(judged.recording, figures.counts));
+    }
+    output.write(textOf(reports, options.format));
     if (moments != nullptr) {
         moments->write(
             momentTable(figures.report.header, figures.overTime, formOf(options.moments)));
@@ -90,13 +137,7 @@ int evaluate(const EvaluateOptions& options) {
         table->commit();
     }
     output.commit();
-    if (figures.counts.failedFrames > 0) {
-        writeError(fmt::format(
-            "veskar: {}: the fusion could not associate {} frames; the first: {}\n",
-            options.recording, figures.counts.failedFrames, figures.counts.firstFailure));
-        return NegativeAnswer;
-    }
-    return Success;
+    return status;
 }
 
 }  // namespace
@@ -105,19 +146,17 @@ void addEvaluateCommand(CLI::App& program, Action& action) {
     auto options = std::make_shared<EvaluateOptions>();
     CLI::App* command = program.add_subcommand(
         "evaluate", "Judge the fusion and each sensor alone by the truth of a recording");
-    command->add_option("recording", options->recording, "recording with truth, or -")->required();
-    CLI::Option* fused = command->add_option(
-        "fused", options->fused,
-        "tracks that veskar replay made of this recording, or - (default: run the fusion)");
+    command
+        ->add_option("files", options->files,
+                     "recordings with truth, or -, each followed by the tracks that veskar replay "
+                     "or another tracker made of it, or - (default: run the fusion)")
+        ->required();
     command->add_option("-o,--output", options->output, "report to write (default: -)");
-    for (CLI::Option* option : addSettingsOptions(*command, options->config, options->changes)) {
-        option->excludes(fused);
-    }
-    command->add_option("--camera", options->camera, "camera to use instead of the recording's")
-        ->excludes(fused);
+    addSettingsOptions(*command, options->config, options->changes);
+    command->add_option("--camera", options->camera, "camera to use instead of the recording's");
     addExcerptOptions(*command, options->excerpt);
-    command->add_option("--format", options->format, "table or json (default: table)")
-        ->check(CLI::IsMember({"table", "json"}));
+    command->add_option("--format", options->format, "table, json or csv (default: table)")
+        ->check(CLI::IsMember({"table", "json", "csv"}));
     command->add_option(
         "--moments", options->moments,
         "also write GOSPA of every tracker at every moment of truth: a table, CSV or, "
@@ -140,17 +179,20 @@ void addEvaluateCommand(CLI::App& program, Action& action) {
         ->check(CLI::Range(1, 1000000));
     command->add_flag("--whole-scene", options->wholeScene,
                       "judge also where only one sensor can see");
-    addForceOption(*command, options->force)->needs(fused);
+    addForceOption(*command, options->force);
     command->footer(
         "The fusion runs on the recording, or its output is given; its confirmed tracks and those "
         "of each sensor are compared with the truth at the same moments, as far as they had "
         "arrived by then.\n"
+        "Several runs of a recording are judged side by side, and over several recordings mean and "
+        "standard deviation are told, too.\n"
         "Fused tracks that state another recording than the given one are refused unless --force "
         "is given; those of an excerpt belong to the same --start and --end.\n"
         "Exit status 1: the fusion could not associate some frames (too many tracks at once).\n"
         "\n"
         "Example:\n  veskar evaluate perimeter.jsonl --format json -o figures.json\n"
-        "  veskar evaluate perimeter.jsonl perimeter.fused.jsonl\n"
+        "  veskar evaluate perimeter.jsonl perimeter.fused.jsonl other.fused.jsonl\n"
+        "  veskar evaluate monday.jsonl tuesday.jsonl --config mine.json\n"
         "  veskar evaluate perimeter.jsonl --moments moments.csv --objects objects.csv");
     command->callback([options, &action] { action = [options] { return evaluate(*options); }; });
 }

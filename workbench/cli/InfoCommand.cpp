@@ -11,11 +11,11 @@
 #include "io/LineReader.h"
 #include "io/OutputFile.h"
 #include "io/Printable.h"
+#include "recording/FileFormat.h"
 
 #include <memory>
 #include <sstream>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -29,12 +29,6 @@ struct InfoOptions {
     std::string format = "text";
     std::string output = "-";
 };
-
-bool isFused(const std::string& path) {
-    LineReader lines(path);
-    std::string_view line;
-    return lines.next(line) && line.substr(0, 200).find("\"veskar-fused\"") != line.npos;
-}
 
 /// Words of files may hold control characters.
 std::string printableLines(const std::string& text) {
@@ -54,7 +48,7 @@ void look(const std::string& path, Tell tell) {
         throwIfInterrupted();
         progress.update(input.fractionRead());
     };
-    if (isFused(path)) {
+    if (formatOf(path) == "veskar-fused") {
         tell(infoOfFused(path, follow));
     } else {
         tell(infoOfRecording(path, follow));

@@ -13,9 +13,8 @@ namespace Workbench {
 namespace {
 
 std::string cellOf(const Figure& figure, const RecordingHeader& header) {
-    return isAllowed(figure, header) && std::isfinite(figure.value)
-               ? fmt::format("{:>10.{}f}", figure.value, figure.decimals)
-               : fmt::format("{:>10}", "-");
+    return isTold(figure, header) ? fmt::format("{:>10.{}f}", figure.value, figure.decimals)
+                                  : fmt::format("{:>10}", "-");
 }
 
 void appendTable(std::string& text, const PartFigures& part, const RecordingHeader& header,
@@ -38,13 +37,7 @@ void appendTable(std::string& text, const PartFigures& part, const RecordingHead
     }
 }
 
-}  // namespace
-
-bool isAllowed(const Figure& figure, const RecordingHeader& header) {
-    return header.truth == TruthKind::Complete || !figure.needsAllObjects;
-}
-
-std::string toTable(const EvaluationReport& report) {
+std::string headingOf(const EvaluationReport& report) {
     std::string text = fmt::format(
         "{}, {} moments of truth{}, cutoff {} m, tracks shown for {} s of coasting.\n"
         "Single sensors with the number of times that a track must be seen to count.\n",
@@ -54,6 +47,21 @@ std::string toTable(const EvaluationReport& report) {
     if (report.header.truth == TruthKind::Incomplete) {
         text += "The truth leaves objects out: figures that count false tracks are omitted.\n";
     }
+    return text;
+}
+
+}  // namespace
+
+bool isAllowed(const Figure& figure, const RecordingHeader& header) {
+    return header.truth == TruthKind::Complete || !figure.needsAllObjects;
+}
+
+bool isTold(const Figure& figure, const RecordingHeader& header) {
+    return isAllowed(figure, header) && std::isfinite(figure.value);
+}
+
+std::string toTable(const EvaluationReport& report) {
+    std::string text = headingOf(report);
     bool isPart = false;
     for (const PartFigures& part : report.parts) {
         appendTable(text, part, report.header, isPart);
@@ -62,7 +70,17 @@ std::string toTable(const EvaluationReport& report) {
     return text;
 }
 
+std::string toShortTable(const EvaluationReport& report) {
+    std::string text = headingOf(report);
+    appendTable(text, report.parts.front(), report.header, true);
+    return text;
+}
+
 std::string toJsonText(const EvaluationReport& report) {
+    return toJson(report).dump(2) + "\n";
+}
+
+Json toJson(const EvaluationReport& report) {
     Json json{{"recording", report.header.name},
               {"truth", report.header.truth == TruthKind::Complete ? "complete" : "incomplete"},
               {"instants", report.instants},
@@ -78,13 +96,11 @@ std::string toJsonText(const EvaluationReport& report) {
             Json& ofTracker = ofPart[tracker.tracker];
             for (const Figure& figure : tracker.figures) {
                 ofTracker[figure.key] =
-                    isAllowed(figure, report.header) && std::isfinite(figure.value)
-                        ? Json(figure.value)
-                        : Json(nullptr);
+                    isTold(figure, report.header) ? Json(figure.value) : Json(nullptr);
             }
         }
     }
-    return json.dump(2) + "\n";
+    return json;
 }
 
 }  // namespace Workbench

@@ -90,10 +90,10 @@ RecordingFigures judgeRun(const JudgementTask& task, RecordingReader& reader,
 }
 
 /// Evaluates fused tracks from a file, with the installation and the configuration that it states.
-RecordingFigures judgeFile(const JudgementTask& task, RecordingReader& reader,
-                           const Provenance& provenance,
+RecordingFigures judgeFile(const JudgementTask& task, const std::string& run,
+                           RecordingReader& reader, const Provenance& provenance,
                            const std::function<void(double)>& progress) {
-    FusedReader fused(task.fused);
+    FusedReader fused(run);
     provenance.compareNames(fused, reader);
     RecordingFigures figures;
     figures.report.header = headerOfRun(fused, reader.header());
@@ -111,16 +111,67 @@ RecordingFigures judgeFile(const JudgementTask& task, RecordingReader& reader,
     return figures;
 }
 
+/// Names the fusion, which is the first tracker, when there are several runs.
+void nameRun(RecordingFigures& figures, std::size_t place) {
+    const std::string name = fmt::format("run {}", place + 1);
+    for (PartFigures& part : figures.report.parts) {
+        part.trackers.front().tracker = name;
+    }
+    if (!figures.overTime.empty()) {
+        figures.overTime.front().tracker = name;
+    }
+}
+
+/// Puts the only tracker of a run behind the runs before it and before the sensors.
+void insertRun(RecordingFigures run, std::size_t place, const std::string& file,
+               RecordingFigures& all) {
+    std::vector<PartFigures>& parts = all.report.parts;
+    if (toJsonLine(run.report.header) != toJsonLine(all.report.header)) {
+        throw InputError(file, InputError("the run has another camera or radar than the first one, "
+                                          "so that other objects count: judge it by itself"));
+    }
+    const auto at = static_cast<std::ptrdiff_t>(place);
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        std::vector<TrackerFigures>& trackers = parts[i].trackers;
+        trackers.insert(trackers.begin() + at, std::move(run.report.parts[i].trackers.front()));
+    }
+    if (!run.overTime.empty()) {
+        all.overTime.insert(all.overTime.begin() + at, std::move(run.overTime.front()));
+    }
+}
+
 }  // namespace
 
 RecordingFigures judgeRecording(JudgementTask task, const Provenance& provenance,
                                 const std::function<void(double)>& progress) {
     requireAscending(task.options.bands);
     sortOnce(task.options.confirmationHits);
-    RecordingReader reader(task.recording);
-    reader.keepOnly(task.excerpt);
-    return task.fused.empty() ? judgeRun(task, reader, progress)
-                              : judgeFile(task, reader, provenance, progress);
+    const std::size_t passes = std::max<std::size_t>(1, task.runs.size());
+    RecordingFigures figures;
+    for (std::size_t pass = 0; pass < passes; ++pass) {
+        const auto progressOfAll = [&](double part) {
+            if (progress) {
+                progress(part < 0.0
+                             ? part
+                             : (static_cast<double>(pass) + part) / static_cast<double>(passes));
+            }
+        };
+        RecordingReader reader(task.recording);
+        reader.keepOnly(task.excerpt);
+        RecordingFigures ofPass =
+            task.runs.empty() ? judgeRun(task, reader, progressOfAll)
+                              : judgeFile(task, task.runs[pass], reader, provenance, progressOfAll);
+        if (passes > 1) {
+            nameRun(ofPass, pass);
+        }
+        if (pass == 0) {
+            figures = std::move(ofPass);
+            task.options.confirmationHits.clear();  // the sensors are the same with every run
+        } else {
+            insertRun(std::move(ofPass), pass, task.runs[pass], figures);
+        }
+    }
+    return figures;
 }
 
 }  // namespace Workbench

@@ -3,9 +3,12 @@
 #include "Process.h"
 #include "SourceDirectory.h"
 
+#include <cmath>
 #include <ostream>
 #include <set>
 #include <sstream>
+#include <utility>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -228,6 +231,126 @@ TEST_F(Judgement, EvaluateJudgesFusedTracksFromAFileAsThoseOfARun) {
     EXPECT_GT(compared, 500);
     EXPECT_EQ(veskar({"evaluate", path, "-", "--format", "json"}, slurp(fused)).output,
               outcome.output);
+}
+
+TEST_F(Judgement, EvaluateComparesRunsSideBySide) {
+    const std::string path = recording();
+    const std::string first = directory / "first.jsonl";
+    const std::string second = directory / "second.jsonl";
+    ASSERT_EQ(veskar({"replay", path, "-o", first}).status, 0);
+    ASSERT_EQ(
+        veskar({"replay", path, "-o", second, "--set", "veskarModule.positionGatingDistance=1.0"})
+            .status,
+        0);
+    const std::string moments = directory / "moments.json";
+    const Outcome outcome =
+        veskar({"evaluate", path, first, second, first, "--format", "json", "--moments", moments});
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    const auto judged = nlohmann::json::parse(outcome.output);
+    const auto alone = [&](const std::string& run) {
+        return nlohmann::json::parse(veskar({"evaluate", path, run, "--format", "json"}).output);
+    };
+    const auto ofFirst = alone(first);
+    const auto ofSecond = alone(second);
+    EXPECT_NE(ofFirst["parts"]["all"]["fusion"], ofSecond["parts"]["all"]["fusion"]);
+    EXPECT_EQ(judged["parts"].size(), ofFirst["parts"].size());
+    for (const auto& part : judged["parts"].items()) {
+        const auto& trackers = part.value();
+        EXPECT_EQ(trackers.size(), 9U) << "three runs, and each sensor once";
+        EXPECT_EQ(trackers["run 1"], ofFirst["parts"][part.key()]["fusion"]) << part.key();
+        EXPECT_EQ(trackers["run 2"], ofSecond["parts"][part.key()]["fusion"]) << part.key();
+        EXPECT_EQ(trackers["run 3"], trackers["run 1"]);
+        EXPECT_EQ(trackers["radar 3"], ofSecond["parts"][part.key()]["radar 3"]);
+    }
+    std::set<std::string> told;
+    for (const auto& row : nlohmann::json::parse(slurp(moments))) {
+        told.insert(row["tracker"]);
+    }
+    EXPECT_THAT(told, testing::IsSupersetOf({"run 1", "run 2", "run 3", "radar 3"}));
+    const std::string table = veskar({"evaluate", path, first, second}).output;
+    EXPECT_THAT(table, HasSubstr("     run 1     run 2   radar 3"));
+}
+
+TEST_F(Judgement, EvaluateRefusesRunsThatSeeOtherObjects) {
+    const std::string path = recording();
+    const std::string text = slurp(path);
+    auto camera = nlohmann::json::parse(text.substr(0, text.find('\n')))["camera"];
+    camera["rotation"]["yaw"] = 20.0;
+    spill(directory / "camera.json", camera.dump());
+    const std::string first = directory / "first.jsonl";
+    const std::string turned = directory / "turned.jsonl";
+    ASSERT_EQ(veskar({"replay", path, "-o", first}).status, 0);
+    ASSERT_EQ(veskar({"replay", path, "--camera", directory / "camera.json", "-o", turned}).status,
+              0);
+    EXPECT_EQ(veskar({"evaluate", path, turned}).status, 0);
+    const Outcome outcome = veskar({"evaluate", path, first, turned});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.errors, "veskar: " + turned +
+                                  ": the run has another camera or radar than the first one, so "
+                                  "that other objects count: judge it by itself\n");
+}
+
+TEST_F(Judgement, EvaluateTellsMeanAndSpreadOverRecordings) {
+    const std::string first = recording();
+    const std::string second = directory / "second.jsonl";
+    ASSERT_EQ(
+        veskar({"simulate", dataFile("tiny.scenario.json"), "--seed", "9", "-o", second}).status,
+        0);
+    const auto gospaOf = [&](const std::string& path) {
+        const auto json =
+            nlohmann::json::parse(veskar({"evaluate", path, "--format", "json"}).output);
+        return json["parts"]["all"]["fusion"]["GOSPA"].get<double>();
+    };
+    const Outcome outcome = veskar({"evaluate", first, second, "--format", "json"});
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    const auto json = nlohmann::json::parse(outcome.output);
+    const double one = gospaOf(first);
+    const double other = gospaOf(second);
+    EXPECT_NE(one, other);
+    const auto& gospa = json["over"]["fusion"]["GOSPA"];
+    EXPECT_NEAR(gospa["mean"].get<double>(), (one + other) / 2.0, 1e-12);
+    EXPECT_NEAR(gospa["std"].get<double>(), std::abs(one - other) / std::sqrt(2.0), 1e-12);
+    EXPECT_EQ(gospa["recordings"], 2);
+    EXPECT_EQ(json["recordings"][1]["parts"]["all"]["fusion"]["GOSPA"], other);
+
+    // Runs of each are compared by their places.
+    const std::string runOfFirst = directory / "first.fused.jsonl";
+    const std::string runOfSecond = directory / "second.fused.jsonl";
+    ASSERT_EQ(veskar({"replay", first, "-o", runOfFirst}).status, 0);
+    ASSERT_EQ(veskar({"replay", second, "-o", runOfSecond}).status, 0);
+    const auto ofRuns = nlohmann::json::parse(
+        veskar({"evaluate", first, runOfFirst, second, runOfSecond, "--format", "json"}).output);
+    EXPECT_NEAR(ofRuns["over"]["fusion"]["GOSPA"]["mean"], gospa["mean"], 5e-3);
+    EXPECT_THAT(veskar({"evaluate", first, runOfSecond, second, runOfFirst}).errors,
+                HasSubstr("another recording"));
+
+    const std::string table = veskar({"evaluate", first, second}).output;
+    EXPECT_THAT(table, HasSubstr("\n2 recordings\n\nmean (standard deviation)"));
+    const Outcome csv = veskar({"evaluate", first, second, "--format", "csv"});
+    EXPECT_THAT(csv.output, testing::StartsWith("tracker,recording,part,metric,value\n"
+                                                "fusion,tiny,all,GOSPA,"));
+}
+
+TEST_F(Judgement, EvaluateRefusesOptionsThatDoNotGoTogether) {
+    const std::string path = recording();
+    const std::string fused = directory / "fused.jsonl";
+    ASSERT_EQ(veskar({"replay", path, "-o", fused}).status, 0);
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
+        {{path, fused, "--set", "veskarModule.useJVA=true"},
+         "--config, --set and --camera are for the fusion; fused tracks state what they were made "
+         "with"},
+        {{path, "--force"}, "--force is for fused tracks"},
+        {{path, path, "--moments", directory / "moments.csv"},
+         "--moments and --objects are of one recording"},
+    };
+    for (const auto& [words, fault] : cases) {
+        std::vector<std::string> command{"evaluate"};
+        command.insert(command.end(), words.begin(), words.end());
+        const Outcome outcome = veskar(command);
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_EQ(outcome.errors, std::string("veskar: evaluate: ") + fault + "\n");
+    }
+    EXPECT_THAT(directory.names(), testing::ElementsAre("fused.jsonl", "tiny.jsonl"));
 }
 
 TEST_F(Judgement, EvaluateJudgesTheVeryTracksOfTheFile) {

@@ -13,7 +13,7 @@ using Workbench::LineReader;
 
 namespace {
 
-std::string faultOf(const std::string& path) {
+std::string readingFaultOf(const std::string& path) {
     LineReader lines(path);
     std::string_view line;
     try {
@@ -32,9 +32,9 @@ TEST(LineReader, TakesLinesUpToItsLimitAndNotAByteMore) {
     const std::string path = directory / "lines";
     const std::string longest(LineReader::maximumLineLength, 'x');
     VeskarTest::spill(path, "short\n" + longest + "\n" + longest);
-    EXPECT_EQ(faultOf(path), "no fault");
+    EXPECT_EQ(readingFaultOf(path), "no fault");
     VeskarTest::spill(path, "short\n" + longest + "x\n");
-    EXPECT_EQ(faultOf(path), path + ":2: line is longer than 64 MiB");
+    EXPECT_EQ(readingFaultOf(path), path + ":2: line is longer than 64 MiB");
     VeskarTest::spill(path, longest + "x");
-    EXPECT_EQ(faultOf(path), path + ":1: line is longer than 64 MiB");
+    EXPECT_EQ(readingFaultOf(path), path + ":1: line is longer than 64 MiB");
 }

@@ -19,9 +19,9 @@ nlohmann::json tiny() {
                                  nullptr, true, true);
 }
 
-std::string faultOf(const nlohmann::json& json) {
+std::string faultOf(const nlohmann::json& scene) {
     try {
-        Workbench::scenarioOf(json);
+        Workbench::scenarioOf(scene);
     } catch (const Veskar::Host::InputError& error) {
         return error.what();
     }
@@ -56,34 +56,34 @@ TEST(Scenario, EveryShippedOneReads) {
 }
 
 TEST(Scenario, SaysWhatIsWrong) {
-    nlohmann::json json = tiny();
-    json["objects"][1]["speed"] = "fast";
-    EXPECT_EQ(faultOf(json), "objects[1].speed: expected a number, found a string");
-    json = tiny();
-    json["objects"][0].erase("path");
-    EXPECT_EQ(faultOf(json), "objects[0].path: an object has either a path or an area");
-    json = tiny();
-    json["objects"][0]["path"] = {{1.0, 2.0}};
-    EXPECT_EQ(faultOf(json), "objects[0].path: expected at least two points");
-    json = tiny();
-    json["objects"][0]["path"][1] = {1.0};
-    EXPECT_EQ(faultOf(json), "objects[0].path[1]: expected two numbers");
-    json = tiny();
-    json["objects"][0]["mode"] = "fly";
-    EXPECT_EQ(faultOf(json), "objects[0].mode: \"fly\" is not once, loop or backAndForth");
-    json = tiny();
-    json["videoSensor"]["outages"][0]["to"] = 1.0;
-    EXPECT_EQ(faultOf(json), "videoSensor.outages[0].to: 1 is below 1.5");
-    json = tiny();
-    json["radarSensor"]["rangStd"] = 1.0;
-    EXPECT_EQ(faultOf(json), "radarSensor.rangStd: unknown key");
-    json = tiny();
-    json["camera"]["position"][2] = 0.0;
-    EXPECT_EQ(faultOf(json),
+    nlohmann::json scene = tiny();
+    scene["objects"][1]["speed"] = "fast";
+    EXPECT_EQ(faultOf(scene), "objects[1].speed: expected a number, found a string");
+    scene = tiny();
+    scene["objects"][0].erase("path");
+    EXPECT_EQ(faultOf(scene), "objects[0].path: an object has either a path or an area");
+    scene = tiny();
+    scene["objects"][0]["path"] = {{1.0, 2.0}};
+    EXPECT_EQ(faultOf(scene), "objects[0].path: expected at least two points");
+    scene = tiny();
+    scene["objects"][0]["path"][1] = {1.0};
+    EXPECT_EQ(faultOf(scene), "objects[0].path[1]: expected two numbers");
+    scene = tiny();
+    scene["objects"][0]["mode"] = "fly";
+    EXPECT_EQ(faultOf(scene), "objects[0].mode: \"fly\" is not once, loop or backAndForth");
+    scene = tiny();
+    scene["videoSensor"]["outages"][0]["to"] = 1.0;
+    EXPECT_EQ(faultOf(scene), "videoSensor.outages[0].to: 1 is below 1.5");
+    scene = tiny();
+    scene["radarSensor"]["rangStd"] = 1.0;
+    EXPECT_EQ(faultOf(scene), "radarSensor.rangStd: unknown key");
+    scene = tiny();
+    scene["camera"]["position"][2] = 0.0;
+    EXPECT_EQ(faultOf(scene),
               "camera.position: the height above ground, the third number, must be positive");
-    json = tiny();
-    json.erase("duration");
-    EXPECT_EQ(faultOf(json), "duration: missing");
+    scene = tiny();
+    scene.erase("duration");
+    EXPECT_EQ(faultOf(scene), "duration: missing");
 }
 
 TEST(Scenario, NamesTheFileAndTheLineOfASyntaxError) {
@@ -99,31 +99,31 @@ TEST(Scenario, NamesTheFileAndTheLineOfASyntaxError) {
 }
 
 TEST(Scenario, RefusesWaysThatLeadNowhere) {
-    nlohmann::json json = tiny();
-    json["objects"][0]["path"] = {{1.0, 2.0}, {1.0, 2.0 + 1e-9}, {5.0, 5.0}};
-    EXPECT_EQ(faultOf(json), "objects[0].path[1]: is closer than 0.001 m to the point before");
+    nlohmann::json scene = tiny();
+    scene["objects"][0]["path"] = {{1.0, 2.0}, {1.0, 2.0 + 1e-9}, {5.0, 5.0}};
+    EXPECT_EQ(faultOf(scene), "objects[0].path[1]: is closer than 0.001 m to the point before");
     // Standing still is allowed.
-    json["objects"][0]["path"] = {{1.0, 2.0}, {1.0, 2.0}};
-    EXPECT_EQ(faultOf(json), "no fault");
+    scene["objects"][0]["path"] = {{1.0, 2.0}, {1.0, 2.0}};
+    EXPECT_EQ(faultOf(scene), "no fault");
     // A loop continues from the last point to the first.
-    json["objects"][0]["path"] = {{1.0, 2.0}, {5.0, 5.0}, {1.0, 2.0 + 1e-9}};
-    EXPECT_EQ(faultOf(json), "no fault");
-    json["objects"][0]["mode"] = "loop";
-    EXPECT_EQ(faultOf(json), "objects[0].path[0]: is closer than 0.001 m to the point before");
-    json = tiny();
-    json["objects"][0].erase("path");
-    json["objects"][0].erase("mode");
-    json["objects"][0]["area"] = {1.0, 1.0, 20.0, 1.0 + 1e-9};
-    EXPECT_EQ(faultOf(json), "objects[0].area: is narrower than 0.1 m");
+    scene["objects"][0]["path"] = {{1.0, 2.0}, {5.0, 5.0}, {1.0, 2.0 + 1e-9}};
+    EXPECT_EQ(faultOf(scene), "no fault");
+    scene["objects"][0]["mode"] = "loop";
+    EXPECT_EQ(faultOf(scene), "objects[0].path[0]: is closer than 0.001 m to the point before");
+    scene = tiny();
+    scene["objects"][0].erase("path");
+    scene["objects"][0].erase("mode");
+    scene["objects"][0]["area"] = {1.0, 1.0, 20.0, 1.0 + 1e-9};
+    EXPECT_EQ(faultOf(scene), "objects[0].area: is narrower than 0.1 m");
 }
 
 TEST(Scenario, CountsTheMembersOfAllCrowds) {
-    nlohmann::json json = tiny();
-    json["objects"][0].erase("path");
-    json["objects"][0].erase("mode");
-    json["objects"][0]["area"] = {1.0, 1.0, 20.0, 20.0};
-    json["objects"][0]["count"] = 9998;
-    EXPECT_EQ(faultOf(json), "no fault");
-    json["objects"][0]["count"] = 9999;
-    EXPECT_EQ(faultOf(json), "objects: are more than 10000");
+    nlohmann::json scene = tiny();
+    scene["objects"][0].erase("path");
+    scene["objects"][0].erase("mode");
+    scene["objects"][0]["area"] = {1.0, 1.0, 20.0, 20.0};
+    scene["objects"][0]["count"] = 9998;
+    EXPECT_EQ(faultOf(scene), "no fault");
+    scene["objects"][0]["count"] = 9999;
+    EXPECT_EQ(faultOf(scene), "objects: are more than 10000");
 }
