@@ -71,6 +71,13 @@ constexpr UtcTime farthestOvertaken = std::chrono::seconds(10);
 
 }  // namespace
 
+ModuleUse useByContents(const SceneObject& object) {
+    if (object.shape) {
+        return ModuleUse::Video;
+    }
+    return object.spherical || object.geo ? ModuleUse::Radar : ModuleUse::ByContents;
+}
+
 SceneMapper::SceneMapper(const Host::Installation& installation)
     : SceneMapper(installation, Options()) {}
 
@@ -129,11 +136,7 @@ void SceneMapper::decide(Module& module, const SceneFrame& frame) {
         if (module.use != ModuleUse::ByContents) {
             return;
         }
-        if (object.shape) {
-            module.use = ModuleUse::Video;
-        } else if (object.spherical || object.geo) {
-            module.use = ModuleUse::Radar;
-        }
+        module.use = useByContents(object);
     }
 }
 

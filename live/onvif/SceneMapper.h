@@ -37,6 +37,10 @@ enum class ModuleUse {
     Ignored      ///< counted, and used for nothing
 };
 
+/// @param object of a module that is used by its contents
+/// @return what it tells: Video, Radar, or still ByContents
+ModuleUse useByContents(const SceneObject& object);
+
 /// Makes sensor frames of scene descriptions, with ids of 32 bits, and follows the objects from
 /// frame to frame: their age, those that are hidden, idle, renamed, merged, split or deleted.
 /// docs/live.md has the table of what becomes what.

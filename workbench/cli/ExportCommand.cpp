@@ -80,7 +80,9 @@ void addExportCommand(CLI::App& program, Action& action) {
     command->add_option("recording", options->task.recording, "recording, or -")->required();
     command->add_option("fused", options->task.runs,
                         "fused tracks that veskar replay made of this recording");
-    command->add_option("--to", options->format, "csv, geojson, mcap, mot or kitti")
+    command
+        ->add_option("--to", options->format,
+                     "csv, geojson, mcap, mot, kitti, onvif-xml or onvif-json")
         ->required()
         ->check(CLI::IsMember(formatNames()));
     command->add_option("-o,--output", options->task.output,
@@ -97,6 +99,7 @@ void addExportCommand(CLI::App& program, Action& action) {
         "to know where the device is.\n"
         "MOT and KITTI have the files and names that TrackEval expects: truth, and every other "
         "layer as a tracker, at the times of the truth, or of the video frames without truth.\n"
+        "ONVIF is one document per line; the sensors' layers are their own reports.\n"
         "Fused tracks that state another recording than the given one are refused unless --force "
         "is given.\n"
         "\n"

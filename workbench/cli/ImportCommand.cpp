@@ -6,6 +6,7 @@
 #include "import/Autoferry.h"
 #include "import/Csv.h"
 #include "import/Kitti.h"
+#include "import/Onvif.h"
 #include "import/Results.h"
 #include "io/OutputFile.h"
 #include "io/Printable.h"
@@ -137,6 +138,43 @@ void addCsv(CLI::App& command, Action& action) {
     });
 }
 
+void addOnvif(CLI::App& command, Action& action) {
+    struct Options : OnvifOptions {
+        std::string output = "-";
+    };
+    auto options = std::make_shared<Options>();
+    CLI::App* format = command.add_subcommand(
+        "onvif", "Logs of ONVIF scene descriptions, XML or JSON, of a camera and a radar");
+    format->add_option("logs", options->logs, "what a device sent, each; or -")->required();
+    format
+        ->add_option("--installation", options->installation,
+                     "camera and radar: a recording, or an object as in its header")
+        ->required();
+    format->add_option("--video", options->video, "modules (Source) that are the camera's");
+    format->add_option("--radar", options->radar, "modules (Source) that are the radar's");
+    format->add_option("--ignore", options->ignored, "modules (Source) to leave out");
+    for (const char* option : {"--video", "--radar", "--ignore"}) {
+        format->get_option(option)->type_name("MODULE")->allow_extra_args(false);
+    }
+    addOutput(*format, options->output);
+    format->footer(
+        "JSON objects stand one on a line, XML documents one after the other. Modules that are not "
+        "named are told by their first object: a camera's has a shape.\n"
+        "\n"
+        "Example:\n  veskar import onvif camera.xml radar.json --installation site.json "
+        "-o site.jsonl\n");
+    format->callback([options, &action] {
+        action = [options] {
+            std::vector<NamedFile> sources;
+            for (const std::string& log : options->logs) {
+                sources.push_back({"log", log});
+            }
+            sources.push_back({"installation", options->installation});
+            return importTo(options->output, sources, [&] { return importOnvif(*options); });
+        };
+    });
+}
+
 /// Adds a format of results of other trackers.
 void addResults(CLI::App& command, Action& action, const char* name, const char* description,
                 const char* rateHelp, const ResultsFormat& results) {
@@ -184,6 +222,7 @@ void addImportCommand(CLI::App& program, Action& action) {
     addAutoferry(*command, action);
     addKitti(*command, action);
     addCsv(*command, action);
+    addOnvif(*command, action);
     addResults(
         *command, action, "mot", "Results of another tracker in the format of MOTChallenge",
         "frames per second, frame 1 at time 0 (default: the frames are the moments of truth, "

@@ -81,7 +81,7 @@ private:
         }
         const auto& frame = std::get<SensorFrame>(line);
         const std::string layer = sourceName(frame.source);
-        if (takes(layer)) {
+        if (takes(layer) && !exporter_->takeReports(frame)) {
             exporter_->add(layer, readTracks(frame, *adapter_));
         }
         if (header_.truth == TruthKind::None && frame.source == Veskar::VideoObject) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <veskar-host/FusedFrame.h>
+#include <veskar-host/SensorFrame.h>
 
 #include "HostLibrary.h"
 
@@ -24,6 +25,11 @@ public:
     /// @param time s
     /// @throw InputError as add
     virtual void atMoment(double /*time*/) {}
+    /// A frame of a sensor as it was reported, of the layer "video" or "radar".
+    /// @param frame in the order of arrival with those of add
+    /// @return whether the format has taken it; otherwise add gets its tracks on the ground
+    /// @throw InputError as add
+    virtual bool takeReports(const SensorFrame& /*frame*/) { return false; }
     /// @param layer "truth", "video", "radar", "fused", "fused2" and so on
     /// @param frame all tracks of the layer; frames of all layers come in the order of arrival
     /// @throw InputError when the format cannot state them, or the output cannot be written

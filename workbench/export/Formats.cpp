@@ -6,6 +6,7 @@
 #include "export/KittiExport.h"
 #include "export/McapExport.h"
 #include "export/MotExport.h"
+#include "export/OnvifFormats.h"
 #include "io/OutputFile.h"
 
 namespace Workbench {
@@ -40,12 +41,17 @@ std::unique_ptr<Exporter> openFormat(const std::string& output, const RecordingH
 }  // namespace
 
 const std::vector<ExportFormat>& exportFormats() {
-    static const std::vector<ExportFormat> formats{
-        {"csv", false, openFormat<FileExport<CsvExport>>},
-        {"geojson", false, openFormat<FileExport<GeoJsonExport>>},
-        {"mcap", false, openFormat<FileExport<McapExport>>},
-        {"mot", true, openFormat<MotExport>},
-        {"kitti", true, openFormat<KittiExport>}};
+    static const std::vector<ExportFormat> formats = [] {
+        std::vector<ExportFormat> all{{"csv", false, openFormat<FileExport<CsvExport>>},
+                                      {"geojson", false, openFormat<FileExport<GeoJsonExport>>},
+                                      {"mcap", false, openFormat<FileExport<McapExport>>},
+                                      {"mot", true, openFormat<MotExport>},
+                                      {"kitti", true, openFormat<KittiExport>}};
+        for (const ExportFormat& format : onvifFormats()) {
+            all.push_back(format);
+        }
+        return all;
+    }();
     return formats;
 }
 

@@ -226,7 +226,7 @@ TEST_F(ExportProgram, RefusesTheRunOfAnotherRecording) {
 
 TEST_F(ExportProgram, NamesItsFormats) {
     EXPECT_EQ(veskar({"export", recording, "--to", "cvs"}).errors,
-              "veskar export: --to: cvs not in {csv,geojson,mcap,mot,kitti}\n"
+              "veskar export: --to: cvs not in {csv,geojson,mcap,mot,kitti,onvif-xml,onvif-json}\n"
               "Run \"veskar export --help\" for more information.\n");
 }
 
