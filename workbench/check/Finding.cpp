@@ -8,8 +8,6 @@
 #include <fmt/format.h>
 
 namespace Workbench {
-namespace {
-
 const char* wordOf(Severity severity) {
     switch (severity) {
         case Severity::Fault:
@@ -21,26 +19,25 @@ const char* wordOf(Severity severity) {
     }
 }
 
-}  // namespace
-
 bool hasFault(const Findings& findings) {
     return std::any_of(findings.begin(), findings.end(),
                        [](const Finding& finding) { return finding.severity == Severity::Fault; });
 }
 
 std::string toText(const Finding& finding, const std::string& file) {
-    std::string text = file;
-    if (finding.line > 0) {
-        text += fmt::format(":{}", finding.line);
-    }
-    text += fmt::format(": {}: ", wordOf(finding.severity));
+    return toText(finding, file, wordOf(finding.severity));
+}
+
+std::string toText(const Finding& finding, const std::string& file, const std::string& word) {
+    const std::string place = finding.line > 0 ? fmt::format("{}:{}", file, finding.line) : file;
+    std::string text;
     if (!finding.key.empty()) {
         text += finding.key;
         text += finding.value.empty() || finding.namesValue
                     ? ": "
                     : fmt::format(" is {}: ", finding.value);
     }
-    return printable(text + finding.message);
+    return fmt::format("{}: {}: {}", printable(place), word, printable(text + finding.message));
 }
 
 }  // namespace Workbench

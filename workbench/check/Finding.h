@@ -31,9 +31,15 @@ using Findings = std::vector<Finding>;
 /// @return whether there is a fault among them
 bool hasFault(const Findings& findings);
 
+/// @return "fault", "warning" or "note"
+const char* wordOf(Severity severity);
+
 /// @param file name of the document
 /// @return "FILE:LINE: fault: KEY is VALUE: MESSAGE", safe for a terminal; without "is VALUE" where
 ///         there is no value, or where the message contains it
 std::string toText(const Finding& finding, const std::string& file);
+/// As above.
+/// @param word written in place of the severity's, as the same word in colour
+std::string toText(const Finding& finding, const std::string& file, const std::string& word);
 
 }  // namespace Workbench

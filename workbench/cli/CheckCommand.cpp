@@ -8,11 +8,11 @@
 #include "cli/Commands.h"
 #include "cli/Files.h"
 #include "cli/Progress.h"
+#include "cli/Terminal.h"
 #include "io/Counted.h"
 #include "io/Interruption.h"
 #include "io/LineReader.h"
 #include "io/OutputFile.h"
-#include "io/Printable.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -25,6 +25,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 
 namespace Workbench {
 namespace {
@@ -78,11 +79,26 @@ std::uint64_t count(const Findings& findings, Severity severity) {
     return sum;
 }
 
-std::string toText(const std::vector<CheckedDocument>& checked) {
+Tone toneOf(Severity severity) {
+    switch (severity) {
+        case Severity::Fault:
+            return Tone::Fault;
+        case Severity::Warning:
+            return Tone::Warning;
+        default:
+            return Tone::Note;
+    }
+}
+
+/// @param isShown whether it goes to standard output, where it may have colours
+std::string toText(const std::vector<CheckedDocument>& checked, bool isShown) {
     std::string text;
     for (const auto& [name, result] : checked) {
         for (const Finding& finding : result.findings) {
-            text += toText(finding, name) + "\n";
+            const std::string word = wordOf(finding.severity);
+            const Tone tone = toneOf(finding.severity);
+            text += toText(finding, name, isShown ? colored(word, tone, STDOUT_FILENO) : word);
+            text += '\n';
         }
         text += fmt::format("{}: {}, {}\n", name,
                             counted(count(result.findings, Severity::Fault), "fault"),
@@ -103,9 +119,8 @@ nlohmann::ordered_json toJson(const CheckedDocument& checked) {
                                 {"faults", count(result.findings, Severity::Fault)},
                                 {"warnings", count(result.findings, Severity::Warning)},
                                 {"findings", nlohmann::ordered_json::array()}};
-    const char* const words[] = {"fault", "warning", "note"};
     for (const Finding& finding : result.findings) {
-        json["findings"].push_back({{"severity", words[static_cast<int>(finding.severity)]},
+        json["findings"].push_back({{"severity", wordOf(finding.severity)},
                                     {"line", finding.line},
                                     {"key", finding.key},
                                     {"value", finding.value},
@@ -167,11 +182,12 @@ int check(const CheckOptions& options) {
                 throw;
             }
             // The others are checked all the same.
-            writeError(fmt::format("veskar: {}\n", printable(error.what())));
+            tellFault(error.what());
             status = BadInput;
         }
     }
-    output.write(options.format == "json" ? toJsonText(checked, isOne) : toText(checked));
+    output.write(options.format == "json" ? toJsonText(checked, isOne)
+                                          : toText(checked, options.output == "-"));
     output.commit();
     return status;
 }

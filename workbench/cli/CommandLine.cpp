@@ -4,6 +4,7 @@
 #include <veskar/Version.h>
 
 #include "cli/Commands.h"
+#include "cli/Terminal.h"
 #include "cli/Usage.h"
 #include "io/Interruption.h"
 #include "io/Journal.h"
@@ -68,6 +69,9 @@ int run(CLI::App& program, const Action& action, int count, const char* const* a
         output.commit();
         return Success;
     }
+    if (terminalSettings().isQuiet) {
+        openlog("veskar", 0, LOG_USER);
+    }
     return action ? action() : Success;
 }
 
@@ -77,8 +81,16 @@ void writeError(const std::string& text) {
     std::fputs(text.c_str(), stderr);
 }
 
+void tellFault(const std::string& text) {
+    writeError(fmt::format("{}{} {}\n", journalPrefix(LOG_ERR),
+                           colored("veskar:", Tone::Fault, STDERR_FILENO), printable(text)));
+}
+
 void warn(const std::string& text) {
-    writeError(fmt::format("{}veskar: warning: {}\n", journalPrefix(LOG_WARNING), printable(text)));
+    if (!terminalSettings().isQuiet) {
+        writeError(fmt::format("{}veskar: {} {}\n", journalPrefix(LOG_WARNING),
+                               colored("warning:", Tone::Warning, STDERR_FILENO), printable(text)));
+    }
 }
 
 int runCommandLine(int count, const char* const* arguments) {
@@ -109,6 +121,7 @@ int runCommandLine(int count, const char* const* arguments) {
     addLiveCommands(program, action);
     addCompletionCommand(program, action);
     addHelpCommand(program, action);
+    addTerminalOptions(program);
 
     try {
         return run(program, action, count, arguments);
@@ -118,7 +131,7 @@ int runCommandLine(int count, const char* const* arguments) {
     } catch (const ReaderLeft&) {
         return Success;
     } catch (const std::exception& error) {
-        writeError(fmt::format("{}veskar: {}\n", journalPrefix(LOG_ERR), printable(error.what())));
+        tellFault(error.what());
         return BadInput;
     }
 }

@@ -26,7 +26,12 @@ int runCommandLine(int count, const char* const* arguments);
 /// @param text written unchanged
 void writeError(const std::string& text);
 
-/// Prints a warning to standard error with writeError; the journal takes it as one.
+/// Tells a fault on standard error with writeError; the journal takes it as an error.
+/// @param text the fault, without line end; control characters are escaped
+void tellFault(const std::string& text);
+
+/// Prints a warning to standard error with writeError, unless the user wants none; the journal
+/// takes it as one.
 /// @param text the warning, without line end; control characters are escaped
 void warn(const std::string& text);
 

@@ -59,8 +59,8 @@ int tellFailures(const std::string& recording, const FusionPipeline::Counts& cou
     if (counts.failedFrames == 0) {
         return Success;
     }
-    writeError(fmt::format("veskar: {}: the fusion could not associate {} frames; the first: {}\n",
-                           recording, counts.failedFrames, counts.firstFailure));
+    tellFault(fmt::format("{}: the fusion could not associate {} frames; the first: {}", recording,
+                          counts.failedFrames, counts.firstFailure));
     return NegativeAnswer;
 }
 

@@ -2,6 +2,7 @@
 #include "cli/Progress.h"
 
 #include "cli/CommandLine.h"
+#include "cli/Terminal.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -13,17 +14,23 @@
 namespace Workbench {
 
 Progress::Progress(std::string title)
-    : title_(std::move(title)), isTerminal_(::isatty(STDERR_FILENO) == 1) {}
+    : title_(std::move(title)),
+      isShown_(terminalSettings().hasProgress && !terminalSettings().isQuiet &&
+               ::isatty(STDERR_FILENO) == 1) {}
 
 Progress::~Progress() {
     if (isDrawn_) {
         writeError("\r\033[K");
     }
+    if (terminalSettings().isVerbose && std::uncaught_exceptions() == exceptions_) {
+        const std::chrono::duration<double> taken = Clock::now() - start_;
+        writeError(fmt::format("veskar: {} took {:.2f} s\n", title_, taken.count()));
+    }
 }
 
 void Progress::update(double fraction) {
     using namespace std::chrono_literals;
-    if (!isTerminal_) {
+    if (!isShown_) {
         return;
     }
     const Clock::time_point now = Clock::now();

@@ -3,11 +3,13 @@
 #pragma once
 
 #include <chrono>
+#include <exception>
 #include <string>
 
 namespace Workbench {
 
-/// Draws on standard error when that is a terminal, and only after a second.
+/// Draws on standard error when that is a terminal, and only after a second. Tells at its end how
+/// long the operation took when the user wants to know.
 class Progress {
 public:
     /// @param title name of the operation
@@ -24,8 +26,9 @@ private:
     using Clock = std::chrono::steady_clock;
 
     std::string title_;
-    bool isTerminal_;
+    bool isShown_;
     bool isDrawn_ = false;
+    int exceptions_ = std::uncaught_exceptions();
     Clock::time_point start_ = Clock::now();
     Clock::time_point drawn_ = Clock::now();
 };

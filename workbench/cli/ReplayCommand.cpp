@@ -51,10 +51,10 @@ int tell(const ReplayOptions& options, const FusionPipeline::Counts& counts,
         }
     }
     if (counts.failedFrames > 0) {
-        writeError(fmt::format(
-            "veskar: {}: the fusion could not associate {} of {} frames; the first: {}\n",
-            options.recording, counts.failedFrames,
-            counts.videoFrames + counts.radarFrames + counts.addedFrames, counts.firstFailure));
+        tellFault(fmt::format("{}: the fusion could not associate {} of {} frames; the first: {}",
+                              options.recording, counts.failedFrames,
+                              counts.videoFrames + counts.radarFrames + counts.addedFrames,
+                              counts.firstFailure));
         return NegativeAnswer;
     }
     return Success;

@@ -34,10 +34,11 @@ std::string offered(const std::vector<std::string>& words) {
 TEST(Completion, OffersCommandsOptionsAndTheirWordsInBash) {
     EXPECT_THAT(offered({"veskar", ""}), AllOf(HasSubstr("simulate"), HasSubstr("import")));
     EXPECT_EQ(offered({"veskar", "rep"}), "replay report\n");
-    EXPECT_EQ(offered({"veskar", "import", ""}), "autoferry kitti csv mot kitti-results\n");
+    EXPECT_EQ(offered({"veskar", "import", ""}), "autoferry kitti csv onvif mot kitti-results\n");
     EXPECT_EQ(offered({"veskar", "replay", "road.jsonl", "--fo"}), "--format\n");
     EXPECT_EQ(offered({"veskar", "replay", "--format", ""}), "jsonl csv\n");
-    EXPECT_EQ(offered({"veskar", "export", "--to", ""}), "csv geojson mcap mot kitti\n");
+    EXPECT_EQ(offered({"veskar", "export", "--to", ""}),
+              "csv geojson mcap mot kitti onvif-xml onvif-json\n");
     EXPECT_EQ(offered({"veskar", "import", "kitti", "--camera"}), "--camera-height\n");
     EXPECT_THAT(offered({"veskar", "replay", "--"}), HasSubstr("--explain"));
 }

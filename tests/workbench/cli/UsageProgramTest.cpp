@@ -33,7 +33,7 @@ TEST(Usage, WrongWordsAreNamedWithTheNearestRightOne) {
          "veskar replay: no option --outptu; is --output meant?\n"
          "Run \"veskar replay --help\" for more information.\n"},
         {{"replay", "x", "--colour=always"},
-         "veskar replay: no option --colour\n"
+         "veskar replay: no option --colour; is --color meant?\n"
          "Run \"veskar replay --help\" for more information.\n"},
         {{"simulate", "a", "b"},
          "veskar simulate: b is one argument too many\n"
