@@ -92,6 +92,7 @@ void addExportCommand(CLI::App& program, Action& action) {
                      "write only this: truth, video, radar or fused; may be repeated")
         ->allow_extra_args(false)
         ->check(CLI::IsMember(exportLayers()));
+    addExcerptOptions(*command, options->task.excerpt);
     addSite(*command, *options);
     addForceOption(*command, options->force);
     command->footer(

@@ -5,6 +5,7 @@
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Files.h"
+#include "cli/Inputs.h"
 #include "cli/Progress.h"
 #include "info/FileInfo.h"
 #include "io/Interruption.h"
@@ -26,6 +27,7 @@ namespace {
 
 struct InfoOptions {
     std::vector<std::string> files;
+    Excerpt excerpt;
     std::string format = "text";
     std::string output = "-";
 };
@@ -42,16 +44,19 @@ std::string printableLines(const std::string& text) {
 
 /// @param tell receives what one file contains
 template <typename Tell>
-void look(const std::string& path, Tell tell) {
+void look(const std::string& path, const Excerpt& excerpt, Tell tell) {
     Progress progress("reading");
     const auto follow = [&](const LineReader& input) {
         throwIfInterrupted();
         progress.update(input.fractionRead());
     };
     if (formatOf(path) == "veskar-fused") {
+        if (!excerpt.isAll()) {
+            throw InputError(path, InputError("--start and --end are for recordings"));
+        }
         tell(infoOfFused(path, follow));
     } else {
-        tell(infoOfRecording(path, follow));
+        tell(infoOfRecording(path, excerpt, follow));
     }
 }
 
@@ -67,7 +72,7 @@ int info(const InfoOptions& options) {
     OutputFile output(options.output);
     nlohmann::ordered_json all = nlohmann::ordered_json::array();
     for (const std::string& file : options.files) {
-        look(file, [&](const auto& contents) {
+        look(file, options.excerpt, [&](const auto& contents) {
             if (options.format == "json") {
                 all.push_back(toJson(contents));
                 all.back()["file"] = file;
@@ -94,6 +99,7 @@ void addInfoCommand(CLI::App& program, Action& action) {
     command->add_option("file", options->files, "recordings or fused tracks")->required();
     command->add_option("--format", options->format, "text or json (default: text)")
         ->check(CLI::IsMember({"text", "json"}));
+    addExcerptOptions(*command, options->excerpt);
     command->add_option("-o,--output", options->output, "file to write (default: -)");
     command->footer("Example:\n  veskar info road.jsonl fused.jsonl\n");
     command->callback([options, &action] { action = [options] { return info(*options); }; });

@@ -26,6 +26,7 @@ struct ReportOptions {
     std::string explain;
     std::string explain2;
     MapTiles map;
+    Excerpt excerpt;
     bool force = false;
 };
 
@@ -42,7 +43,8 @@ int report(const ReportOptions& options) {
     if (options.map.url.empty() && !options.map.attribution.empty()) {
         throw InputError("--map-attribution needs --map-tiles");
     }
-    ReportInputs inputs{options.recording, {{options.fused, options.explain}}, options.map};
+    ReportInputs inputs{
+        options.recording, {{options.fused, options.explain}}, options.map, options.excerpt};
     if (!options.fused2.empty()) {
         inputs.runs.push_back({options.fused2, options.explain2});
     }
@@ -66,6 +68,7 @@ void addReportCommand(CLI::App& program, Action& action) {
     command->add_option("-o,--output", options->output, "HTML file to write, or -")->required();
     command->add_option("--explain", options->explain, "what replay --explain wrote of the run");
     command->add_option("--explain2", options->explain2, "the same of the other run");
+    addExcerptOptions(*command, options->excerpt);
     command->add_option("--map-tiles", options->map.url,
                         "address of the tiles of a map under the plan, with {z}, {x} and {y}; the "
                         "browser fetches them");

@@ -31,6 +31,7 @@ class Export {
 public:
     Export(const ExportTask& task, const ExportFormat& format, const Provenance& provenance)
         : task_(task), provenance_(provenance), recording_(task.recording) {
+        recording_.keepOnly(task_.excerpt);
         for (std::size_t i = 0; i < task_.runs.size(); ++i) {
             const std::string layer = fusedLayer + (i == 0 ? "" : std::to_string(i + 1));
             runs_.push_back(std::make_unique<ExportedRun>(

@@ -7,6 +7,7 @@
 #include "HostLibrary.h"
 #include "export/Formats.h"
 #include "io/LineReader.h"
+#include "recording/Excerpt.h"
 #include "replay/Provenance.h"
 
 #include <functional>
@@ -20,7 +21,8 @@ namespace Workbench {
 /// What is exported.
 struct ExportTask {
     std::string recording;          ///< file, or "-"
-    std::vector<std::string> runs;  ///< files of fused tracks of it, or "-"
+    Excerpt excerpt;                ///< the part of it to export
+    std::vector<std::string> runs;  ///< files of fused tracks of that part, or "-"
     std::string output = "-";       ///< see ExportFormat::open
     std::set<std::string> layers;   ///< of exportLayers; empty: all
     std::optional<Site> site;       ///< instead of the recording's

@@ -45,8 +45,10 @@ void TimeSpan::add(double time) {
     last = std::max(last, time);
 }
 
-RecordingInfo infoOfRecording(const std::string& path, const InfoProgress& progress) {
+RecordingInfo infoOfRecording(const std::string& path, const Excerpt& excerpt,
+                              const InfoProgress& progress) {
     RecordingReader reader(path);
+    reader.keepOnly(excerpt);
     RecordingInfo info;
     info.header = reader.header();
     while (const auto line = reader.next()) {

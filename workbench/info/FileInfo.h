@@ -3,6 +3,7 @@
 #pragma once
 
 #include "check/FrameStatistics.h"
+#include "recording/Excerpt.h"
 #include "recording/Recording.h"
 #include "replay/RunDigests.h"
 
@@ -64,10 +65,12 @@ struct FusedInfo {
 using InfoProgress = std::function<void(const LineReader&)>;
 
 /// @param path a recording
+/// @param excerpt the part of it that is looked at
 /// @param progress called after each line
 /// @return its contents
 /// @throw InputError the fault, with file and line
-RecordingInfo infoOfRecording(const std::string& path, const InfoProgress& progress);
+RecordingInfo infoOfRecording(const std::string& path, const Excerpt& excerpt,
+                              const InfoProgress& progress);
 
 /// @param path a file of fused tracks, as `replay` and `run` write them
 /// @param progress called after each line

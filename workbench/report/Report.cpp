@@ -144,6 +144,7 @@ Json aboutRecording(const RecordingHeader& header) {
 Json reportData(const ReportInputs& inputs, const Provenance& provenance,
                 const ReportProgress& progress) {
     RecordingReader recording(inputs.recording);
+    recording.keepOnly(inputs.excerpt);
     Words words;
     std::vector<std::unique_ptr<RunPart>> runs;
     for (const ReportRun& files : inputs.runs) {

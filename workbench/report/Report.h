@@ -3,6 +3,7 @@
 #pragma once
 
 #include "io/LineReader.h"
+#include "recording/Excerpt.h"
 #include "recording/Header.h"
 #include "replay/Provenance.h"
 #include "report/MapTiles.h"
@@ -24,6 +25,7 @@ struct ReportInputs {
     std::string recording;        ///< file of the recording
     std::vector<ReportRun> runs;  ///< one or two
     MapTiles map = {};            ///< under the plan
+    Excerpt excerpt = {};         ///< the part of the recording of which the runs are
 };
 
 /// Called before every line with the reader of its file; may throw.

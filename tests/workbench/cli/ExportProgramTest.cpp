@@ -146,6 +146,20 @@ TEST_F(ExportProgram, RunsAreLayersOfTheirOwn) {
                                      Pair("fused2", written["fused"]), Pair("truth", 117)));
 }
 
+TEST_F(ExportProgram, APartIsExportedWithItsRun) {
+    const std::string part = directory / "part.jsonl";
+    const Words span{"--start", "1", "--end", "3"};
+    Words replay{"replay", recording, "-o", part};
+    replay.insert(replay.end(), span.begin(), span.end());
+    ASSERT_EQ(veskar(replay).status, 0);
+    Words words{recording, part, "--to", "csv"};
+    EXPECT_EQ(veskar({"export", recording, part, "--to", "csv"}).status, 2);
+    words.insert(words.end(), span.begin(), span.end());
+    const std::size_t lines = linesOf(exported(words)).size();
+    EXPECT_GT(lines, 50U);
+    EXPECT_LT(lines, linesOf(exported({recording, "--to", "csv"})).size());
+}
+
 TEST_F(ExportProgram, GeoJsonHasEveryPositionOfARun) {
     using Way = std::vector<json>;  // time, longitude, latitude
     std::map<int, Way> written;

@@ -89,6 +89,17 @@ TEST_F(InfoProgram, TellsTheDigestThatRunsState) {
     EXPECT_GT(fused["confirmedSystemTracks"], 0);
 }
 
+TEST_F(InfoProgram, TellsOfAPart) {
+    const std::string whole = dataFile("tiny.jsonl");
+    const nlohmann::json part = nlohmann::json::parse(
+        veskar({"info", whole, "--start", "1", "--end", "3", "--format", "json"}).output);
+    const std::string fused = directory / "fused.jsonl";
+    ASSERT_EQ(veskar({"replay", whole, "--start", "1", "--end", "3", "-o", fused}).status, 0);
+    EXPECT_EQ(part["digest"], ask(fused)["digests"]["recording"]);
+    EXPECT_EQ(veskar({"info", fused, "--start", "1"}).errors,
+              "veskar: " + fused + ": --start and --end are for recordings\n");
+}
+
 TEST_F(InfoProgram, SaysThatAnUnfinishedRunHasNoDigests) {
     const std::string whole = slurp(dataFile("tiny.fused.jsonl"));
     const std::string unfinished = directory / "unfinished.jsonl";

@@ -120,6 +120,14 @@ TEST_F(ReportProgram, AMapNeedsItsAddressAndASite) {
                 HasSubstr("has no site: a map needs the device's latitude"));
 }
 
+TEST_F(ReportProgram, APartIsShownWithItsRun) {
+    const std::string part = replayed("part.jsonl", recording, {"--start", "1", "--end", "3"});
+    EXPECT_THAT(refusalOf({recording, part}), HasSubstr("another recording"));
+    const Outcome outcome = report({recording, part, "--start", "1", "--end", "3"});
+    EXPECT_EQ(outcome.status, 0) << outcome.errors;
+    EXPECT_THAT(outcome.errors, IsEmpty());
+}
+
 TEST_F(ReportProgram, HelpShowsAnExample) {
     const Outcome outcome = veskar({"report", "--help"});
     EXPECT_EQ(outcome.status, 0);
