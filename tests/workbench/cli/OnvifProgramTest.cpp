@@ -16,7 +16,6 @@
 #include <nlohmann/json.hpp>
 
 using nlohmann::json;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
