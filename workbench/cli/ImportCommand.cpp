@@ -6,6 +6,7 @@
 #include "import/Autoferry.h"
 #include "import/Csv.h"
 #include "import/Kitti.h"
+#include "import/Mcap.h"
 #include "import/Onvif.h"
 #include "import/Results.h"
 #include "io/OutputFile.h"
@@ -175,6 +176,35 @@ void addOnvif(CLI::App& command, Action& action) {
     });
 }
 
+void addMcap(CLI::App& command, Action& action) {
+    struct Options : McapOptions {
+        std::string output = "-";
+    };
+    auto options = std::make_shared<Options>();
+    CLI::App* format = command.add_subcommand(
+        "mcap", "ROS 2 messages of a radar and a camera: RadarTracks, RadarScan, Detection2DArray");
+    format->add_option("log", options->log, "MCAP file, as ros2 bag records it")->required();
+    format
+        ->add_option("--installation", options->installation,
+                     "camera and radar: a recording, or an object as in its header")
+        ->required();
+    format->add_option("--radar", options->radar, "topic of the radar (default: the only one)");
+    format->add_option("--video", options->video, "topic of the camera (default: the only one)");
+    for (const char* option : {"--radar", "--video"}) {
+        format->get_option(option)->type_name("TOPIC");
+    }
+    addOutput(*format, options->output);
+    format->footer(
+        "Example:\n  veskar import mcap drive.mcap --installation site.json -o drive.jsonl\n");
+    format->callback([options, &action] {
+        action = [options] {
+            return importTo(options->output,
+                            {{"log", options->log}, {"installation", options->installation}},
+                            [&] { return importMcap(*options); });
+        };
+    });
+}
+
 /// Adds a format of results of other trackers.
 void addResults(CLI::App& command, Action& action, const char* name, const char* description,
                 const char* rateHelp, const ResultsFormat& results) {
@@ -222,6 +252,7 @@ void addImportCommand(CLI::App& program, Action& action) {
     addAutoferry(*command, action);
     addKitti(*command, action);
     addCsv(*command, action);
+    addMcap(*command, action);
     addOnvif(*command, action);
     addResults(
         *command, action, "mot", "Results of another tracker in the format of MOTChallenge",

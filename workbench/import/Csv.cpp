@@ -3,15 +3,15 @@
 
 #include <veskar-host/InputError.h>
 #include <veskar-host/Projection.h>
-#include <veskar/ImagePlane.h>
 
 #include "HostLibrary.h"
 #include "import/CsvRecipe.h"
 #include "import/CsvRows.h"
+#include "import/ImportedClasses.h"
+#include "import/OwnTrackers.h"
+#include "import/PixelBox.h"
 #include "io/Interruption.h"
 #include "io/Printable.h"
-#include "recording/LabelWords.h"
-#include "simulate/tracker/SensorTrackers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -19,7 +19,6 @@
 #include <limits>
 #include <map>
 #include <optional>
-#include <set>
 #include <utility>
 #include <vector>
 
@@ -186,13 +185,10 @@ private:
             report.speed = rows.number("speed");
             report.direction = rows.number("direction");
             report.radialSpeed = rows.number("radialSpeed");
-            report.objectClass = classOf(rows.text("class"));
+            report.objectClass = classes_.of(rows.text("class"));
             frames.add(rows, report);
         }
-        const RadarSetup& radar = recipe_.header.radar;
-        append(frames.take(
-                   RadarTracker(RadarTracker::usualParameters(), radar.rangeStd, radar.azimuthStd)),
-               frames.hasIds(), "radar");
+        append(frames.take(ownTrackerFor(recipe_.header.radar)), frames.hasIds(), "radar");
     }
 
     void readVideo(SensorRows rows) {
@@ -207,7 +203,7 @@ private:
             }
             VideoDetection detection;
             detection.box = boxOf(rows, *left, *top);
-            detection.labels.objectClass = classOf(rows.text("class"));
+            detection.labels.objectClass = classes_.of(rows.text("class"));
             if (!frames.hasIds()) {
                 frames.add(std::move(detection));
                 continue;
@@ -221,9 +217,7 @@ private:
             report.age = time - born.try_emplace(report.id, time).first->second;
             frames.add(rows, report);
         }
-        constexpr double boxStd = 0.01;  // of an edge, image units
-        append(frames.take(VideoTracker(VideoTracker::usualParameters(), boxStd)), frames.hasIds(),
-               "camera");
+        append(frames.take(ownVideoTracker()), frames.hasIds(), "camera");
     }
 
     ImageBox boxOf(const SensorRows& rows, double left, double top) const {
@@ -234,35 +228,18 @@ private:
         if (!(width > 0.0 && height > 0.0)) {
             rows.refuse("the box has no area");
         }
-        Eigen::Vector4d box(left, width, top + height, -height);
+        Eigen::Vector4d pixels(left, top, left + width, top + height);
         if (recipe_.video->isFraction) {
             const auto& [columns, lines] = recipe_.header.camera.resolution;
-            box.head<2>() *= columns;
-            box.tail<2>() *= lines;
+            pixels = pixels.cwiseProduct(Eigen::Vector4d(columns, lines, columns, lines));
         }
-        Veskar::transformScreenToCamera(box, camera_);
-        return {box[0], box[2], box[0] + box[1], box[2] + box[3]};
-    }
-
-    Label classOf(const std::string& word) {
-        if (word.empty()) {
-            return {};
-        }
-        const auto meant = meantWord(WordKind::Class, word);
-        if (!meant && words_.insert(word).second) {
-            recording_.warnings.push_back(
-                fmt::format("class \"{}\" is {}; imported as \"unknown\"", printable(word),
-                            adviceOn(WordKind::Class, word).value_or("")));
-        }
-        return meant && *meant != "unknown" ? Label{*meant, 1.0} : Label{};
+        return boxOfPixels(pixels, camera_);
     }
 
     void append(std::vector<SensorFrame> frames, bool hasIds, const char* sensor) {
         std::move(frames.begin(), frames.end(), std::back_inserter(recording_.frames));
         if (!hasIds) {
-            std::string& origin = recording_.header.origin;
-            origin += fmt::format("{}the tracks of the {} are those of veskar's own tracker",
-                                  origin.empty() ? "" : "; ", sensor);
+            noteOwnTracker(recording_.header, sensor);
         }
     }
 
@@ -283,7 +260,7 @@ private:
     CsvRecipe recipe_;
     Veskar::Camera camera_;
     ImportedRecording recording_;
-    std::set<std::string> words_;
+    ImportedClasses classes_{recording_.warnings};
 };
 
 }  // namespace

@@ -7,9 +7,9 @@
 #include <veskar-host/InputError.h>
 #include <veskar-host/Projection.h>
 #include <veskar/Config.h>
-#include <veskar/ImagePlane.h>
 
 #include "HostLibrary.h"
+#include "import/PixelBox.h"
 #include "io/Interruption.h"
 #include "recording/LabelWords.h"
 #include "recording/RecordingReader.h"
@@ -66,7 +66,7 @@ public:
         track.range = track.rangeRate = notStated;
         track.box = {notStated, notStated, notStated, notStated};
         if (row.box.allFinite()) {
-            track.box = imageBoxOf(row.box);
+            track.box = boxOfPixels(row.box, projection_.camera());
         }
         track.labels.objectClass = classOf(row.className);
         const auto born = born_.try_emplace(row.id, time).first->second;
@@ -80,12 +80,6 @@ public:
     const std::set<std::string>& unknownWords() const { return unknownWords_; }
 
 private:
-    ImageBox imageBoxOf(const Eigen::Vector4d& pixels) const {
-        Eigen::Vector4d box(pixels[0], pixels[2] - pixels[0], pixels[3], pixels[1] - pixels[3]);
-        Veskar::transformScreenToCamera(box, projection_.camera());
-        return {box[0], box[2], box[0] + box[1], box[2] + box[3]};
-    }
-
     std::optional<Eigen::Vector2d> positionOf(const ResultRow& row, const ImageBox& box) const {
         if (row.position.allFinite()) {
             return isAtCamera_ ? row.position + projection_.origin().head<2>() : row.position;
