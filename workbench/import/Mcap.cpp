@@ -150,13 +150,22 @@ private:
     void take(const McapReader::Message& message, json content) {
         Topic& topic = topics_[message.channel->topic];
         topic.type = message.channel->schema->name;
-        const json& stamp = content.at("header").at("stamp");
-        const std::int64_t time =
-            stamp.at("sec").get<std::int64_t>() * second + stamp.at("nanosec").get<std::int64_t>();
+        const std::int64_t time = timeOf(content.at("header").at("stamp"));
         // A clock that runs behind that of the sensor must not turn cause and effect around.
         const auto logged = static_cast<std::int64_t>(
             std::min<std::uint64_t>(message.logTime, std::numeric_limits<std::int64_t>::max()));
         topic.messages.push_back({time, std::max(time, logged), std::move(content)});
+    }
+
+    /// @return ns since 1970
+    static std::int64_t timeOf(const json& stamp) {
+        constexpr std::int64_t largest = std::numeric_limits<std::uint32_t>::max();
+        const auto whole = stamp.at("sec").get<std::int64_t>();
+        const auto fraction = stamp.at("nanosec").get<std::int64_t>();
+        if (std::min(whole, fraction) < 0 || std::max(whole, fraction) > largest) {
+            throw InputError(fmt::format("a stamp of {} s and {} ns", whole, fraction));
+        }
+        return whole * second + fraction;
     }
 
     /// Frames of a sensor ascend in time.
@@ -203,7 +212,7 @@ private:
                 first = std::min(first, topics_.at(name).messages.front().time);
             }
         }
-        epoch_ = first / second * second - (first < 0 && first % second != 0 ? second : 0);
+        epoch_ = first / second * second;
         recording_.header.epoch = static_cast<double>(epoch_ / second);
     }
 

@@ -338,6 +338,8 @@ TEST_F(McapProgram, WhatCannotBeUsedIsTold) {
     cut.data.resize(cut.data.size() - 8);
     EXPECT_EQ(import({cut}).errors,
               "veskar: " + log + ": /radar/tracks: the message is too short\n");
+    EXPECT_THAT(import({radar(-begin - 5.0, {})}).errors,
+                HasSubstr("/radar/tracks: a stamp of -5 s and 0 ns"));
 }
 
 }  // namespace

@@ -30,7 +30,7 @@ enum Opcode : std::uint8_t {
 
 constexpr std::string_view magic = "\x89MCAP0\r\n";
 /// Larger records and chunks are taken for damage.
-constexpr std::uint64_t largest = std::uint64_t{1} << 30;
+constexpr std::uint64_t largest = std::uint64_t{1} << 28;
 
 /// The fields of a record, little-endian.
 class RecordReader {

@@ -78,7 +78,7 @@ RosSchema::RosSchema(const std::string& name, std::string_view text) : name_(wit
         }
     }
     std::map<std::string, std::size_t> heights;
-    heightOf(name_, heights);
+    heightOf(name_, 1, heights);
 }
 
 void RosSchema::addDefinition(const std::string& name, std::string_view text) {
@@ -118,9 +118,10 @@ void RosSchema::addDefinition(const std::string& name, std::string_view text) {
 }
 
 /// Makes sure that every type has a definition, and none contains itself.
+/// @param depth of the definition below that of the message; this one included
 /// @param heights of the definitions that have been looked at; 0 while they are
 /// @return how many definitions stand above each other
-std::size_t RosSchema::heightOf(const std::string& name,
+std::size_t RosSchema::heightOf(const std::string& name, std::size_t depth,
                                 std::map<std::string, std::size_t>& heights) const {
     const auto found = definitions_.find(name);
     if (found == definitions_.end()) {
@@ -133,11 +134,11 @@ std::size_t RosSchema::heightOf(const std::string& name,
     if (isNew) {
         std::size_t height = 1;
         for (const Field& field : found->second) {
-            if (primitiveSizes.count(field.type) == 0) {
-                height = std::max(height, 1 + heightOf(field.type, heights));
+            if (depth <= deepest && primitiveSizes.count(field.type) == 0) {
+                height = std::max(height, 1 + heightOf(field.type, depth + 1, heights));
             }
         }
-        if (height > deepest) {
+        if (depth > deepest || height > deepest) {
             throw InputError(fmt::format("the type {} is nested too deeply", printable(name)));
         }
         known->second = height;

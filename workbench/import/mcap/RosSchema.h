@@ -41,7 +41,7 @@ private:
     using Fields = std::vector<Field>;
 
     void addDefinition(const std::string& name, std::string_view text);
-    std::size_t heightOf(const std::string& name,
+    std::size_t heightOf(const std::string& name, std::size_t depth,
                          std::map<std::string, std::size_t>& heights) const;
 
     std::string name_;

@@ -109,7 +109,7 @@ TEST(RosSchemaFaults, AHostileDefinitionTakesNoTime) {
                       std::string(10'000, '\0')),
               "b: the message ends within it");
     std::string deep;
-    for (int i = 0; i < 40; ++i) {
+    for (int i = 0; i < 300'000; ++i) {
         const std::string next = "T" + std::to_string(i);
         deep += next + " a\n===\nMSG: my_msgs/" + next + "\n";
     }
