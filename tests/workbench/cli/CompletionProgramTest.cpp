@@ -34,7 +34,8 @@ std::string offered(const std::vector<std::string>& words) {
 TEST(Completion, OffersCommandsOptionsAndTheirWordsInBash) {
     EXPECT_THAT(offered({"veskar", ""}), AllOf(HasSubstr("simulate"), HasSubstr("import")));
     EXPECT_EQ(offered({"veskar", "rep"}), "replay report\n");
-    EXPECT_EQ(offered({"veskar", "import", ""}), "autoferry kitti csv mcap onvif mot kitti-results\n");
+    EXPECT_EQ(offered({"veskar", "import", ""}),
+              "autoferry kitti csv mcap onvif mot kitti-results\n");
     EXPECT_EQ(offered({"veskar", "replay", "road.jsonl", "--fo"}), "--format\n");
     EXPECT_EQ(offered({"veskar", "replay", "--format", ""}), "jsonl csv\n");
     EXPECT_EQ(offered({"veskar", "export", "--to", ""}),
