@@ -22,7 +22,11 @@ Eigen::Vector2d imageError(const ObjectModel& model, const CalibrationSample& sa
     const Eigen::Vector2d behind =
         (usualSmoothing + placement[indexOf(MountingParameter::VideoSmoothing)]) *
         sample.acceleration;
-    return seen + behind - model.middleAndBottom(model.reflection(sample.heard), sample.cuboid);
+    Cuboid cuboid = sample.cuboid;
+    if (cuboid.isLong()) {
+        cuboid.toMiddle *= 1.0 + placement[indexOf(MountingParameter::ReflectionDepth)];
+    }
+    return seen + behind - model.middleAndBottom(model.reflection(sample.heard), cuboid);
 }
 
 std::vector<Eigen::Vector2d> imageErrors(const Installation& stated,

@@ -24,9 +24,6 @@ constexpr double stdInside = 0.584 * reflectionSpread;
 /// Share of half the side by which the middle of a side that faces the radar is uncertain.
 constexpr double facingStd = 0.6;
 
-/// Footprints up to this length look much alike from everywhere, m.
-constexpr double roundLength = 1.0;
-
 /// @param towardsRadar coordinate of the radar relative to the reflection along one side, m
 /// @param half half that side, m
 /// @return mean and standard deviation of the middle's coordinate relative to the reflection
@@ -43,7 +40,7 @@ std::optional<Cuboid> cuboidOf(const RadarLook& look, const std::string& classNa
     Cuboid cuboid;
     cuboid.size = usualSize(className);
     const Eigen::Vector2d half = 0.5 * cuboid.size.head<2>();
-    if (!look.hasHeading && cuboid.size[0] <= roundLength) {
+    if (!look.hasHeading && !cuboid.isLong()) {
         // As if it turned its front to the radar.
         cuboid.heading = look.sighting.azimuth;
         cuboid.toMiddle = {(1.0 - meanInside) * half[0], 0.0};

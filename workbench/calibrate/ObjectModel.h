@@ -26,6 +26,9 @@ struct Cuboid {
     double heading = 0.0;  ///< of the length, radians to the left of the radar's forward direction
     Eigen::Vector2d toMiddle{0.0, 0.0};  ///< from the reflection, ahead and to the left, m
     Eigen::Vector2d spread{0.0, 0.0};    ///< standard deviation of `toMiddle`, m
+
+    /// @return whether it looks different from its sides; people do not
+    bool isLong() const { return size[0] > 1.0; }
 };
 
 /// @param look the object by radar

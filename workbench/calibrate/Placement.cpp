@@ -16,14 +16,14 @@ const char* const depth = "walk towards the camera and away from it, from near t
 const char* const motion = "walk or drive straight and steadily across the picture, both ways";
 
 const std::array<ParameterTraits, parameterCount> allTraits{{
-    {"camera.yaw", "deg", perDegree, radians(10.0), radians(0.5), radians(0.1), radians(0.03), true,
+    {"camera.yaw", "deg", perDegree, radians(10.0), radians(0.5), radians(0.1), radians(0.04), true,
      crossing},
     {"camera.pitch", "deg", perDegree, radians(5.0), radians(0.5), radians(0.1), radians(0.06),
      true, depth},
     {"camera.roll", "deg", perDegree, radians(5.0), radians(1.5), radians(0.2), radians(0.15), true,
      crossing},
     {"camera.height", "m", 1.0, 1.0, 0.3, 0.05, 0.04, true, depth},
-    {"lag", "s", 1.0, 1.0, 0.1, 0.01, 0.01, true, motion},
+    {"lag", "s", 1.0, 1.0, 0.1, 0.01, 0.013, true, motion},
     {"drift", "ppm", 1e6, 1e-3, 2e-4, 2e-5, 1e-5, false,
      "record for an hour, with people who walk all the time"},
     {"azimuthScale", "", 1.0, 0.1, 0.02, 0.005, 0.002, false, crossing},
@@ -33,6 +33,7 @@ const std::array<ParameterTraits, parameterCount> allTraits{{
     {"radar.left", "m", 1.0, 1.0, 0.3, 0.05, 0.03, false, depth},
     {"focalScale", "", 1.0, 0.1, 0.02, 0.005, 0.002, false, crossing},
     {"video.smoothing", "s^2", 1.0, 0.015, 0.05, 0.05, 0.0, false, motion},
+    {"radar.depth", "", 1.0, 0.15, 1.0, 1.0, 0.0, false, depth},
 }};
 
 /// Scales the image about the optical centre.

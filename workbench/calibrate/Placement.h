@@ -27,9 +27,12 @@ enum class MountingParameter {
     /// How far video's tracks fall behind objects that accelerate in the image, per acceleration,
     /// beyond the usual, s^2: a property of its tracker, estimated so that it does not pass for
     /// height and pitch.
-    VideoSmoothing
+    VideoSmoothing,
+    /// How much deeper than usual behind its reflection the middle of a long object lies, as a
+    /// share: a property of what drives there and of the radar, shared by all pairs.
+    ReflectionDepth
 };
-constexpr std::size_t parameterCount = 12;
+constexpr std::size_t parameterCount = 13;
 
 /// What is known of a parameter before any data, and how it is presented.
 struct ParameterTraits {
@@ -50,7 +53,8 @@ const ParameterTraits& traitsOf(MountingParameter parameter);
 const std::array<MountingParameter, parameterCount>& allParameters();
 /// @return whether a parameter is one of the model alone: always estimated, never corrected
 constexpr bool isOfModel(MountingParameter parameter) {
-    return parameter == MountingParameter::VideoSmoothing;
+    return parameter == MountingParameter::VideoSmoothing ||
+           parameter == MountingParameter::ReflectionDepth;
 }
 
 /// A value for each parameter.

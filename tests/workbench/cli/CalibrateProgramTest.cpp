@@ -257,8 +257,10 @@ TEST_F(CalibrateProgram, RefusesWhatDoesNotBelongTogether) {
     outcome = veskar({"calibrate", path, "--apply", path});
     EXPECT_EQ(outcome.status, 2);
 
-    outcome = veskar({"calibrate", path, "--estimate", "video.smoothing"});
-    EXPECT_EQ(outcome.status, 2);
+    for (const char* ofTheModel : {"video.smoothing", "radar.depth"}) {
+        outcome = veskar({"calibrate", path, "--estimate", ofTheModel});
+        EXPECT_EQ(outcome.status, 2) << ofTheModel;
+    }
 }
 
 }  // namespace
