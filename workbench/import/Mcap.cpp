@@ -2,6 +2,7 @@
 #include "import/Mcap.h"
 
 #include <veskar-host/InputError.h>
+#include <veskar-host/Projection.h>
 #include <veskar/Camera.h>
 
 #include "HostLibrary.h"
@@ -212,8 +213,9 @@ private:
                 first = std::min(first, topics_.at(name).messages.front().time);
             }
         }
-        epoch_ = first / second * second;
-        recording_.header.epoch = static_cast<double>(epoch_ / second);
+        const std::int64_t begin = first / second;
+        epoch_ = begin * second;
+        recording_.header.epoch = static_cast<double>(begin);
     }
 
     double sinceEpoch(std::int64_t time) const {
@@ -383,6 +385,7 @@ private:
         VideoTracker& tracker, const std::vector<std::pair<std::string, VideoDetection>>& detected,
         double time) {
         std::vector<VideoDetection> boxes;
+        boxes.reserve(detected.size());
         for (const auto& [id, detection] : detected) {
             boxes.push_back(detection);
         }

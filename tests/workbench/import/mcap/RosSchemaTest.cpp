@@ -99,7 +99,8 @@ TEST(RosSchemaFaults, AHostileDefinitionTakesNoTime) {
     std::string text;
     for (int i = 0; i < 30; ++i) {
         const std::string next = "T" + std::to_string(i);
-        text += next + " a\n" + next + " b\n===\nMSG: my_msgs/" + next + "\n";
+        text.append(next).append(" a\n").append(next).append(" b\n");
+        text.append("===\nMSG: my_msgs/").append(next).append("\n");
     }
     EXPECT_EQ(faultOf(text + "uint8 x\n", std::string(100, '\0')), "the message is too short");
     EXPECT_EQ(faultOf(text), "no fault");
@@ -111,7 +112,7 @@ TEST(RosSchemaFaults, AHostileDefinitionTakesNoTime) {
     std::string deep;
     for (int i = 0; i < 300'000; ++i) {
         const std::string next = "T" + std::to_string(i);
-        deep += next + " a\n===\nMSG: my_msgs/" + next + "\n";
+        deep.append(next).append(" a\n===\nMSG: my_msgs/").append(next).append("\n");
     }
     EXPECT_THAT(faultOf(deep), HasSubstr("is nested too deeply"));
 }
