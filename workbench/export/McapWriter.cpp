@@ -14,21 +14,6 @@
 namespace Workbench {
 namespace {
 
-enum Opcode : std::uint8_t {
-    HeaderRecord = 0x01,
-    FooterRecord = 0x02,
-    SchemaRecord = 0x03,
-    ChannelRecord = 0x04,
-    MessageRecord = 0x05,
-    ChunkRecord = 0x06,
-    MessageIndexRecord = 0x07,
-    ChunkIndexRecord = 0x08,
-    StatisticsRecord = 0x0b,
-    SummaryOffsetRecord = 0x0e,
-    DataEndRecord = 0x0f
-};
-
-constexpr std::string_view magic = "\x89MCAP0\r\n";
 constexpr const char* compression = "zstd";
 /// Large enough to compress well, small enough to be read at once.
 constexpr std::size_t chunkSize = std::size_t{1} << 20;
@@ -54,7 +39,7 @@ public:
         return *this;
     }
     const std::string& bytes() const { return bytes_; }
-    std::string record(Opcode opcode) const {
+    std::string record(McapRecord opcode) const {
         RecordFields whole;
         whole.add(static_cast<std::uint8_t>(opcode));
         whole.add(static_cast<std::uint64_t>(bytes_.size()));
@@ -90,9 +75,9 @@ void McapWriter::Span::extend(std::uint64_t time) {
 }
 
 McapWriter::McapWriter(OutputFile& output, const std::string& library) : output_(output) {
-    write(magic);
+    write(mcapMagic);
     constexpr std::string_view profile;
-    write(RecordFields().addText(profile).addText(library).record(HeaderRecord));
+    write(RecordFields().addText(profile).addText(library).record(McapRecord::Header));
 }
 
 void McapWriter::write(std::string_view bytes) {
@@ -105,7 +90,8 @@ std::uint16_t McapWriter::addSchema(const std::string& name, const std::string& 
                                     const std::string& text) {
     const std::uint16_t id = ++schemaCount_;  // 0 stands for none
     const std::string record =
-        RecordFields().add(id).addText(name).addText(encoding).addText(text).record(SchemaRecord);
+        RecordFields().add(id).addText(name).addText(encoding).addText(text).record(
+            McapRecord::Schema);
     chunk_ += record;
     schemaRecords_ += record;
     return id;
@@ -122,7 +108,7 @@ std::uint16_t McapWriter::addChannel(std::uint16_t schema, const std::string& to
                                    .addText(topic)
                                    .addText(encoding)
                                    .addText(metadata)
-                                   .record(ChannelRecord);
+                                   .record(McapRecord::Channel);
     chunk_ += record;
     channelRecords_ += record;
     return id;
@@ -140,7 +126,7 @@ void McapWriter::addMessage(std::uint16_t channel, std::uint64_t logTime, std::u
                   .add(logTime)
                   .add(publishTime)
                   .addBytes(data)
-                  .record(MessageRecord);
+                  .record(McapRecord::Message);
     if (chunk_.size() >= chunkSize) {
         writeChunk();
     }
@@ -160,7 +146,7 @@ void McapWriter::writeChunk() {
               .addText(compression)
               .add(static_cast<std::uint64_t>(records.size()))
               .addBytes(records)
-              .record(ChunkRecord));
+              .record(McapRecord::Chunk));
     const std::uint64_t end = position_;
     RecordFields offsets;
     for (auto& [id, channel] : channels_) {
@@ -172,7 +158,7 @@ void McapWriter::writeChunk() {
         for (const IndexEntry& entry : channel.index) {
             entries.add(entry.time).add(entry.offset);
         }
-        write(RecordFields().add(id).addText(entries.bytes()).record(MessageIndexRecord));
+        write(RecordFields().add(id).addText(entries.bytes()).record(McapRecord::MessageIndex));
         channel.index.clear();
     }
     chunkIndexes_ += RecordFields()
@@ -185,26 +171,26 @@ void McapWriter::writeChunk() {
                          .addText(compression)
                          .add(static_cast<std::uint64_t>(records.size()))
                          .add(static_cast<std::uint64_t>(chunk_.size()))
-                         .record(ChunkIndexRecord);
+                         .record(McapRecord::ChunkIndex);
     ++chunkCount_;
     chunk_.clear();
     chunkSpan_ = {};
 }
 
-void McapWriter::writeSummaryGroup(std::uint8_t opcode, std::string_view records) {
+void McapWriter::writeSummaryGroup(McapRecord opcode, std::string_view records) {
     if (!records.empty()) {
         summaryOffsets_ += RecordFields()
-                               .add(opcode)
+                               .add(static_cast<std::uint8_t>(opcode))
                                .add(position_)
                                .add(static_cast<std::uint64_t>(records.size()))
-                               .record(SummaryOffsetRecord);
+                               .record(McapRecord::SummaryOffset);
         write(records);
     }
 }
 
 void McapWriter::finish() {
     writeChunk();
-    write(RecordFields().add(checksum_).record(DataEndRecord));
+    write(RecordFields().add(checksum_).record(McapRecord::DataEnd));
 
     RecordFields counts;
     for (const auto& [id, channel] : channels_) {
@@ -213,30 +199,30 @@ void McapWriter::finish() {
     constexpr std::uint32_t none = 0;
     checksum_ = 0;
     const std::uint64_t summary = position_;
-    writeSummaryGroup(SchemaRecord, schemaRecords_);
-    writeSummaryGroup(ChannelRecord, channelRecords_);
-    writeSummaryGroup(StatisticsRecord, RecordFields()
-                                            .add(span_.count)
-                                            .add(schemaCount_)
-                                            .add(static_cast<std::uint32_t>(channels_.size()))
-                                            .add(none)  // attachments
-                                            .add(none)  // metadata
-                                            .add(chunkCount_)
-                                            .add(span_.start)
-                                            .add(span_.end)
-                                            .addText(counts.bytes())
-                                            .record(StatisticsRecord));
-    writeSummaryGroup(ChunkIndexRecord, chunkIndexes_);
+    writeSummaryGroup(McapRecord::Schema, schemaRecords_);
+    writeSummaryGroup(McapRecord::Channel, channelRecords_);
+    writeSummaryGroup(McapRecord::Statistics, RecordFields()
+                                                  .add(span_.count)
+                                                  .add(schemaCount_)
+                                                  .add(static_cast<std::uint32_t>(channels_.size()))
+                                                  .add(none)  // attachments
+                                                  .add(none)  // metadata
+                                                  .add(chunkCount_)
+                                                  .add(span_.start)
+                                                  .add(span_.end)
+                                                  .addText(counts.bytes())
+                                                  .record(McapRecord::Statistics));
+    writeSummaryGroup(McapRecord::ChunkIndex, chunkIndexes_);
     const std::uint64_t offsets = position_;
     write(summaryOffsets_);
     // The checksum of the summary covers the footer up to the checksum itself.
     RecordFields footer;
     footer.add(summary).add(offsets);
     constexpr std::size_t checksumSize = 4;
-    const std::string record = RecordFields(footer).add(none).record(FooterRecord);
+    const std::string record = RecordFields(footer).add(none).record(McapRecord::Footer);
     const std::string_view covered(record.data(), record.size() - checksumSize);
-    write(footer.add(checksumOf(covered, checksum_)).record(FooterRecord));
-    write(magic);
+    write(footer.add(checksumOf(covered, checksum_)).record(McapRecord::Footer));
+    write(mcapMagic);
 }
 
 }  // namespace Workbench

@@ -2,6 +2,7 @@
 // Writes the container format MCAP (https://mcap.dev, version 0).
 #pragma once
 
+#include "io/McapRecords.h"
 #include "io/OutputFile.h"
 
 #include <cstddef>
@@ -67,7 +68,7 @@ private:
     void write(std::string_view bytes);
     void writeChunk();
     /// Writes records of one kind to the summary, and their place to the offsets behind it.
-    void writeSummaryGroup(std::uint8_t opcode, std::string_view records);
+    void writeSummaryGroup(McapRecord opcode, std::string_view records);
 
     OutputFile& output_;
     std::uint64_t position_ = 0;

@@ -4,6 +4,7 @@
 #include <veskar-host/InputError.h>
 
 #include "HostLibrary.h"
+#include "io/McapRecords.h"
 #include "io/Printable.h"
 
 #include <algorithm>
@@ -19,16 +20,6 @@
 namespace Workbench {
 namespace {
 
-enum Opcode : std::uint8_t {
-    FooterRecord = 0x02,
-    SchemaRecord = 0x03,
-    ChannelRecord = 0x04,
-    MessageRecord = 0x05,
-    ChunkRecord = 0x06,
-    DataEndRecord = 0x0f
-};
-
-constexpr std::string_view magic = "\x89MCAP0\r\n";
 /// Larger records and chunks are taken for damage.
 constexpr std::uint64_t largest = std::uint64_t{1} << 28;
 
@@ -69,7 +60,7 @@ McapReader::McapReader(const std::string& path) : path_(path), file_(path, std::
     if (fault || !file_) {
         throw InputError(path, InputError("cannot read a file there"));
     }
-    if (read(magic.size()) != magic) {
+    if (read(mcapMagic.size()) != mcapMagic) {
         refuse("is no MCAP file");
     }
 }
@@ -174,8 +165,8 @@ void McapReader::openChunk(std::string_view content) {
 
 std::optional<McapReader::Message> McapReader::take(const Record& record) {
     RecordReader fields(record.content);
-    switch (record.opcode) {
-        case SchemaRecord: {
+    switch (static_cast<McapRecord>(record.opcode)) {
+        case McapRecord::Schema: {
             const auto id = fields.number<std::uint16_t>();
             Schema schema;
             schema.name = fields.text();
@@ -184,7 +175,7 @@ std::optional<McapReader::Message> McapReader::take(const Record& record) {
             schemas_.insert_or_assign(id, std::move(schema));
             break;
         }
-        case ChannelRecord: {
+        case McapRecord::Channel: {
             const auto id = fields.number<std::uint16_t>();
             const auto schema = schemas_.find(fields.number<std::uint16_t>());
             Channel channel;
@@ -194,7 +185,7 @@ std::optional<McapReader::Message> McapReader::take(const Record& record) {
             channels_.insert_or_assign(id, std::move(channel));
             break;
         }
-        case MessageRecord: {
+        case McapRecord::Message: {
             const auto channel = channels_.find(fields.number<std::uint16_t>());
             if (channel == channels_.end()) {
                 throw InputError("a message has no channel");
@@ -204,11 +195,11 @@ std::optional<McapReader::Message> McapReader::take(const Record& record) {
             fields.number<std::uint64_t>();  // when it was published
             return Message{&channel->second, logTime, fields.rest()};
         }
-        case ChunkRecord:
+        case McapRecord::Chunk:
             openChunk(record.content);
             break;
-        case DataEndRecord:
-        case FooterRecord:
+        case McapRecord::DataEnd:
+        case McapRecord::Footer:
             isAtEnd_ = true;
             break;
         default:
