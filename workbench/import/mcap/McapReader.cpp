@@ -85,10 +85,6 @@ std::optional<McapReader::Message> McapReader::next() {
     return std::nullopt;
 }
 
-double McapReader::fractionRead() const {
-    return size_ == 0 ? 1.0 : static_cast<double>(consumed_) / static_cast<double>(size_);
-}
-
 /// @return the next record outside of chunks; nothing at the end of a file that has no footer
 std::optional<McapReader::Record> McapReader::nextRecord() {
     constexpr std::size_t prefix = 9;
@@ -127,7 +123,6 @@ std::string_view McapReader::read(std::uint64_t size) {
     buffer_.resize(static_cast<std::size_t>(std::min(size, size_)));
     file_.read(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
     const auto got = static_cast<std::size_t>(file_.gcount());
-    consumed_ += got;
     return std::string_view(buffer_).substr(0, got);
 }
 

@@ -44,8 +44,6 @@ public:
     /// @throw InputError a fault of the file, behind its name: damaged or cut off, or compressed
     ///                   otherwise than with Zstandard
     std::optional<Message> next();
-    /// @return how much of the file has been read, 0 to 1
-    double fractionRead() const;
 
 private:
     struct Record {
@@ -63,7 +61,6 @@ private:
     std::string path_;
     std::ifstream file_;
     std::uint64_t size_ = 0;
-    std::uint64_t consumed_ = 0;
     std::string buffer_;  ///< the record that was read last
     std::string chunk_;   ///< records of the current chunk
     std::size_t inChunk_ = 0;
