@@ -22,6 +22,7 @@
 using nlohmann::json;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using VeskarTest::Cdr;
 using VeskarTest::dataFile;
 using VeskarTest::Outcome;
@@ -309,6 +310,47 @@ TEST_F(McapProgram, WhatHasNoIdsIsTracked) {
         }
     }
     EXPECT_EQ(radarLines, 9);
+}
+
+TEST_F(McapProgram, OlderVersionsOfDetectionsAreRead) {
+    // As in vision_msgs 2.0: the class in the result itself, a flat centre, another name of the id.
+    const std::string older = R"(std_msgs/Header header
+Detection2D[] detections
+===
+MSG: vision_msgs/Detection2D
+ObjectHypothesisWithPose[] results
+BoundingBox2D bbox
+string tracking_id
+===
+MSG: vision_msgs/ObjectHypothesisWithPose
+string id
+float64 score
+===
+MSG: vision_msgs/BoundingBox2D
+geometry_msgs/Pose2D center
+float64 size_x
+float64 size_y
+===
+MSG: geometry_msgs/Pose2D
+float64 x
+float64 y
+float64 theta
+)" + headerDefinitions;
+    Cdr cdr = messageAt(0.25);
+    cdr.count(1).count(1).text("truck").add(0.8);
+    cdr.add(1440.0).add(810.0).add(0.0).add(192.0).add(270.0).text("seven");
+    const Outcome outcome =
+        import({{"/boxes", "vision_msgs/msg/Detection2DArray", older, 0.3, cdr.bytes()}});
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    const std::vector<json> lines = linesOf(outcome.output);
+    ASSERT_EQ(lines.size(), 2U);
+    const json& track = lines[1]["tracks"][0];
+    EXPECT_EQ(track["id"], 1);
+    EXPECT_EQ(track["class"], "truck");
+    EXPECT_EQ(track["classProbability"], 0.8);
+    EXPECT_NEAR(track["box"]["left"].get<double>(), 0.4, 1e-6);
+    EXPECT_NEAR(track["box"]["top"].get<double>(), -0.25, 1e-6);
+    EXPECT_THAT(lines[0]["origin"].get<std::string>(), Not(HasSubstr("own tracker")));
 }
 
 TEST_F(McapProgram, OneTopicOfSeveralIsNamed) {
