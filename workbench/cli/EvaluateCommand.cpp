@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <veskar-host/InputError.h>
+
+#include "HostLibrary.h"
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Files.h"
