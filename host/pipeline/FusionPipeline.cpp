@@ -148,8 +148,9 @@ private:
         if (const auto fused = observer_.takeFrame()) {
             // Uses the frame's own time stamp where possible: subtracting the offset would round
             // it.
-            const bool isThis = fused->timestamp == frame.time + uptime_;
-            tell(fused->source, isThis ? frame.time : fused->timestamp - uptime_, received);
+            const double stamp = fused->timestamp;
+            tell(fused->source, stamp == frame.time + uptime_ ? frame.time : stamp - uptime_,
+                 received);
         }
     }
 
@@ -158,9 +159,6 @@ private:
             return;
         }
         FusedFrame frame{time, received, source, {}};
-        if (!module_.systemTracks.empty()) {
-            frame.time = module_.systemTracks.front()->time - uptime_;
-        }
         frame.tracks.reserve(module_.systemTracks.size());
         for (const auto& track : module_.systemTracks) {
             frame.tracks.push_back(Internal::readTrack(*track, adapter_));

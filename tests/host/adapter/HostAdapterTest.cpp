@@ -115,6 +115,19 @@ TEST_F(HostAdapterTest, FloorsFollowTheLensesAngles) {
     EXPECT_NEAR(narrowFloors(4, 4), floors(4, 4), 1e-9);
 }
 
+TEST_F(HostAdapterTest, FloorsFollowTheShapeOfTheImage) {
+    // 90 degrees wide, so that the columns are the usual ones; three quarters of the usual aspect.
+    installation.camera.resolution = {1440, 1080};
+    const auto floored = convert(Veskar::Radar, radarReport(footPoint, walk));
+    const Veskar::StateVector usual = parameters.radarFloorStd;
+    parameters.radarFloorStd.setZero();
+    const auto bare = convert(Veskar::Radar, radarReport(footPoint, walk));
+    const Veskar::StateMatrix floors = floored->covariance - bare->covariance;
+    EXPECT_NEAR(floors(0, 0), usual[0] * usual[0], 1e-9);
+    EXPECT_NEAR(floors(2, 2), std::pow(0.75 * usual[2], 2), 1e-9);
+    EXPECT_NEAR(floors(3, 3), std::pow(0.75 * usual[3], 2), 1e-9);
+}
+
 TEST_F(HostAdapterTest, GainsTellTheStateOfTheReport) {
     auto radar = radarReport(footPoint, walk);
     auto video = videoReport(footPoint, walk);
@@ -175,6 +188,14 @@ TEST_F(HostAdapterTest, RadarClassComesFromTheSpeedUnlessTheRadarNamesOne) {
     EXPECT_EQ(convert(Veskar::Radar, report)->classProbability, 0.8);
 }
 
+TEST_F(HostAdapterTest, AtTheLimitOfHumanSpeedIsAVehicle) {
+    Veskar::Host::RadarReport report;
+    report.range = 20.0;
+    report.speed = parameters.humanSpeedLimit;
+    report.direction = 0.0;
+    EXPECT_EQ(convert(Veskar::Radar, report)->className, "vehicle");
+}
+
 TEST_F(HostAdapterTest, RadarTrackGetsABoxOfItsClassesSize) {
     const auto radar = convert(Veskar::Radar, radarReport(footPoint, walk));
     const auto video = convert(Veskar::VideoObject, videoReport(footPoint, walk));
@@ -182,6 +203,22 @@ TEST_F(HostAdapterTest, RadarTrackGetsABoxOfItsClassesSize) {
     EXPECT_NEAR(radar->boundingBox[3], video->boundingBox[3], 1e-9);
     EXPECT_GT(radar->boundingBox[1], 0.01);
     EXPECT_LT(radar->boundingBox[1], 0.1);
+}
+
+TEST_F(HostAdapterTest, RadarTracksBoxIsAsWideAsItsClassAcrossTheLineOfSight) {
+    auto report = radarReport(footPoint, walk);
+    report.objectClass = {"car", 0.8};
+    const auto track = convert(Veskar::Radar, report);
+    // The side of a car 1.8 m wide, seen from the device's origin.
+    const double bearing =
+        std::atan2(footPoint[1], footPoint[0]) - std::atan(0.9 / footPoint.norm());
+    const double distance = std::hypot(footPoint.norm(), 0.9);
+    const Veskar::Host::Projection camera(installation.camera.build());
+    const double side =
+        camera.position({distance * std::cos(bearing), distance * std::sin(bearing), 0.0})[0];
+    EXPECT_NEAR(track->boundingBox[1], 2.0 * std::abs(side - track->state[0]), 1e-9);
+    EXPECT_NEAR(track->boundingBox[2] + track->boundingBox[3],
+                camera.position({footPoint[0], footPoint[1], 1.5})[1], 1e-9);
 }
 
 TEST_F(HostAdapterTest, PredictedRadarReportHasMovedAndIsNotCoasting) {
@@ -203,6 +240,8 @@ TEST_F(HostAdapterTest, PredictedVideoReportMovesItsBox) {
     EXPECT_NEAR(later->state[0],
                 0.5 * (report.box.left + report.box.right) + 0.5 * (*report.velocity)[0], 1e-12);
     EXPECT_NEAR(later->boundingBox[2], report.box.bottom + 0.5 * (*report.velocity)[1], 1e-12);
+    EXPECT_NEAR(later->boundingBox[1], report.box.right - report.box.left, 1e-12);
+    EXPECT_NEAR(later->boundingBox[3], report.box.top - report.box.bottom, 1e-12);
 }
 
 TEST_F(HostAdapterTest, ReadyEstimateIsTakenAsItIs) {

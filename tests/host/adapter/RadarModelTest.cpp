@@ -64,6 +64,16 @@ TEST(RadarModel, KeepsARangeBelowItsHeightOnTheGround) {
     EXPECT_LT(place.position.norm(), 1.5);
 }
 
+TEST(RadarModel, PutsWhatIsNearerThanTheGroundJustBesideItself) {
+    const Veskar::Host::RadarSetup setup = VeskarTest::testInstallation().radar;
+    const double height = setup.mounting.position[2];
+    const Eigen::Vector2d beside =
+        RadarModel(setup, {}).groundPoint(1.0, 0.0).position - setup.mounting.position.head<2>();
+    // As if the range were 2 % above the height.
+    EXPECT_NEAR(beside[0], height * std::sqrt(1.02 * 1.02 - 1.0), 1e-9);
+    EXPECT_NEAR(beside[1], 0.0, 1e-9);
+}
+
 TEST(RadarModel, TurnsSpeedAndDirectionIntoAGroundVelocity) {
     Veskar::Host::RadarSetup setup = VeskarTest::testInstallation().radar;
     setup.mounting.yaw = 90.0;
@@ -92,6 +102,18 @@ TEST(RadarModel, LeavesTheTangentialSpeedOpenWhenOnlyTheRadialOneIsKnown) {
     EXPECT_NEAR(estimate.covariance(2, 2), setup.velocityStd * setup.velocityStd, 1e-12);
     EXPECT_NEAR(estimate.covariance(3, 3),
                 parameters.unknownTangentialSpeedStd * parameters.unknownTangentialSpeedStd, 1e-12);
+}
+
+TEST(RadarModel, UsesTheRadialSpeedWhenTheDirectionIsUnknown) {
+    const RadarModel model(VeskarTest::testInstallation().radar, {});
+    Veskar::Host::RadarReport report;
+    report.range = 30.0;
+    report.radialSpeed = -2.0;
+    const Veskar::Host::GroundEstimate radialOnly = model.estimate(report);
+    report.speed = 3.0;
+    const Veskar::Host::GroundEstimate withSpeed = model.estimate(report);
+    EXPECT_EQ(withSpeed.state, radialOnly.state);
+    EXPECT_EQ(withSpeed.covariance, radialOnly.covariance);
 }
 
 TEST(RadarModel, SpreadsRangeAlongAndAzimuthAcross) {

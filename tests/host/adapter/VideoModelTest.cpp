@@ -114,6 +114,28 @@ TEST_F(VideoModelTest, MinimumAngleLimitsTheRangeAndMakesItDoubtful) {
                 std::pow(noise.maximumPseudoRangeStd, 2) + addedVariance(result.state), 1e-9);
 }
 
+TEST_F(VideoModelTest, RangeRateIsUnknownWhereTheRangeReachesItsLimit) {
+    noise.minimumAngle = 2.0;
+    const auto isLimited = [&](double v) {
+        return camera.getRangeToTarget(0.0, v, noise.minimumAngle).clamped;
+    };
+    double below = -0.2;
+    double above = 0.85;
+    while (above - below > 1e-6) {
+        const double middle = 0.5 * (below + above);
+        (isLimited(middle) ? above : below) = middle;
+    }
+    auto moving = report();
+    moving.box.top = 0.95;
+    for (const double velocity : {0.1, -0.1}) {
+        moving.velocity = Eigen::Vector2d(0.0, velocity);
+        moving.box.bottom = below - 1e-4;
+        EXPECT_EQ(estimate(moving).state[5], 0.0);
+        moving.box.bottom = below - 2e-3;
+        EXPECT_NE(estimate(moving).state[5], 0.0);
+    }
+}
+
 TEST_F(VideoModelTest, UnknownVelocityIsZeroAndWide) {
     auto still = report();
     still.velocity.reset();

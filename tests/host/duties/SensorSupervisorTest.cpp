@@ -163,6 +163,50 @@ TEST(SensorSupervisor, ASlowRadarIsPredictedInBetweenWhileItIsBelieved) {
     EXPECT_NEAR(radar.back().ahead, 1.4, 1e-12);
 }
 
+TEST(SensorSupervisor, NothingIsDueAtTheVeryMomentThatItIsDue) {
+    Veskar::Host::HostParameters parameters;
+    parameters.videoSilence = 0.25;
+    SensorSupervisor duties(parameters);
+    duties.saw(frame(Veskar::VideoObject, 1.0, 1.0));
+    EXPECT_FALSE(duties.nextBefore(1.25)) << "a frame may arrive just then";
+    EXPECT_TRUE(duties.videoFor(1.25, 1.25)) << "what arrives just then need not wait";
+}
+
+TEST(SensorSupervisor, ASlowSensorIsPredictedUpToTheEndOfItsBelief) {
+    Veskar::Host::HostParameters parameters;
+    parameters.predictionInterval = 0.25;
+    SensorSupervisor duties(parameters);
+    for (const double time : {1.0, 2.0}) {
+        allBefore(duties, time);
+        duties.saw(frame(Veskar::Radar, time, time));
+    }
+    double last = 0.0;
+    for (const AddedFrame& added : allBefore(duties, 9.0)) {
+        if (added.source == Veskar::Radar) {
+            last = added.ahead;
+        }
+    }
+    EXPECT_EQ(last, 1.5);
+}
+
+TEST(SensorSupervisor, EmptyFramesGoOnToTheVeryEndOfTheLongestGap) {
+    Veskar::Host::HostParameters parameters;
+    parameters.videoSilence = 0.25;
+    SensorSupervisor duties(parameters);
+    duties.saw(frame(Veskar::VideoObject, 1.0, 1.0));
+    EXPECT_EQ(allBefore(duties, 100.0).back().received, 1.0 + parameters.longestGap);
+}
+
+TEST(SensorSupervisor, ASensorIsSlowWhenThreeIntervalsAreLong) {
+    SensorSupervisor duties;
+    for (const double time : {1.0, 1.1, 3.1, 5.1}) {
+        duties.saw(frame(Veskar::Radar, time, time));
+        EXPECT_EQ(duties.slowInterval(Veskar::Radar), 0.0) << time;
+    }
+    duties.saw(frame(Veskar::Radar, 7.1, 7.1));
+    EXPECT_NEAR(duties.slowInterval(Veskar::Radar), 2.0, 1e-12);
+}
+
 TEST(SensorSupervisor, EmptyFramesEndSomeSecondsAfterTheLastReport) {
     SensorSupervisor duties;
     duties.saw(frame(Veskar::VideoObject, 1.0, 1.0));

@@ -94,6 +94,29 @@ TEST(FusionPipeline, ItsOwnEmptyVideoFrameReleasesAWaitingRadarFrame) {
     EXPECT_NEAR(collected.frames[2].received, 1.2, 1e-9);
 }
 
+TEST(FusionPipeline, ARadarFrameFarAheadWaitsForMoreThanOneVideoFrame) {
+    const auto collected = fuse({{Veskar::VideoObject, 1.0, 1.0, {}},
+                                 {Veskar::Radar, 1.3, 1.05, {radarTrack(1)}},
+                                 {Veskar::VideoObject, 1.1, 1.1, {}},
+                                 {Veskar::VideoObject, 1.25, 1.2, {}}});
+    ASSERT_EQ(collected.frames.size(), 4u);
+    EXPECT_EQ(collected.frames[2].source, Veskar::VideoObject);
+    EXPECT_EQ(collected.frames[3].source, Veskar::Radar);
+    EXPECT_EQ(collected.frames[3].received, 1.2);
+}
+
+TEST(FusionPipeline, StatesTimesAsTheSensorsDid) {
+    // 100.0 + 0.7 - 100.0 is not 0.7.
+    const auto collected = fuse({{Veskar::VideoObject, 0.7, 0.7, {}},
+                                 {Veskar::Radar, 0.71, 0.72, {radarTrack(1)}},
+                                 {Veskar::VideoObject, 0.8, 0.8, {}}});
+    ASSERT_EQ(collected.frames.size(), 3u);
+    EXPECT_EQ(collected.frames[0].time, 0.7);
+    EXPECT_EQ(collected.frames[1].time, 0.71);
+    EXPECT_EQ(collected.frames[1].tracks.size(), 1u);
+    EXPECT_EQ(collected.frames[2].time, 0.8);
+}
+
 TEST(FusionPipeline, RadarFramesDoNotWaitForAVideoThatIsSilent) {
     std::vector<SensorFrame> frames;
     frames.reserve(40);

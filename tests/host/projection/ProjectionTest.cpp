@@ -92,6 +92,33 @@ TEST(Projection, SeesWhatIsInsideTheImage) {
     EXPECT_FALSE(pinholeCamera().sees({-20.0, 0.0, 0.0}));
 }
 
+TEST(Projection, AFishEyeLensSeesWhatIsBesideAndBehindIt) {
+    Veskar::Host::CameraSetup setup = VeskarTest::testInstallation().camera;
+    setup.mounting.pitch = 0.0;
+    setup.imageToRadians = {0.0, 2.0, 0.0, 0.0};
+    setup.radiansToImage = {0.0, 0.5, 0.0, 0.0};
+    const Projection camera{setup.build()};
+    // 100 degrees from the optical axis, to the right.
+    const double angle = 100.0 * M_PI / 180.0;
+    const Eigen::Vector3d point =
+        camera.origin() + 10.0 * Eigen::Vector3d(std::cos(angle), -std::sin(angle), 0.0);
+    EXPECT_NEAR(camera.position(point)[0], 0.5 * angle, 1e-12);
+    EXPECT_TRUE(camera.sees(point));
+}
+
+TEST(Projection, APinholeSeesNothingBehindIt) {
+    const Projection camera = pinholeCamera();
+    const Eigen::Vector3d axis = camera.camera().getRotation().col(0);
+    EXPECT_TRUE(camera.sees(camera.origin() + 10.0 * axis));
+    EXPECT_FALSE(camera.sees(camera.origin() - 10.0 * axis));
+}
+
+TEST(Projection, APinholeKeepsWhatIsBehindItOnItsSide) {
+    const Projection camera = pinholeCamera();
+    EXPECT_LT(camera.position({-20.0, 15.0, 5.0})[0], -1.0);
+    EXPECT_GT(camera.position({-20.0, -15.0, 5.0})[0], 1.0);
+}
+
 TEST(Projection, FindsTheGroundPointOfAColumnAtARange) {
     const Projection camera = lensCamera();
     for (const Eigen::Vector2d& ground :

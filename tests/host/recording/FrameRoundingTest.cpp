@@ -11,6 +11,7 @@
 #include <random>
 #include <string>
 #include <tuple>
+#include <variant>
 
 #include <gtest/gtest.h>
 
@@ -157,6 +158,22 @@ TEST(FrameRounding, GivesWhatTheLineGives) {
         ASSERT_TRUE(read) << toJsonLine(frame);
         expectEqual(rounded, *read);
         ASSERT_FALSE(testing::Test::HasFailure()) << toJsonLine(frame);
+    }
+}
+
+TEST(FrameRounding, ZeroHasTheSignThatTheLineGives) {
+    for (const double azimuth : {-1e-9, -0.0, 1e-9}) {
+        RadarReport report;
+        report.range = 20.0;
+        report.radialSpeed = 1.0;
+        report.azimuth = azimuth;
+        SensorFrame frame{Radar, 1.0, 1.0, {report}};
+        const auto read = readBack(frame);
+        ASSERT_TRUE(read);
+        ASSERT_TRUE(roundAsRecorded(frame));
+        EXPECT_EQ(std::signbit(std::get<RadarReport>(frame.tracks[0]).azimuth),
+                  std::signbit(std::get<RadarReport>(read->tracks[0]).azimuth))
+            << azimuth;
     }
 }
 
