@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "calibrate/ImageErrors.h"
 
+#include "calibrate/VideoSmoothing.h"
+
 namespace Workbench {
 namespace {
-
-/// Of a tracker that assumes constant velocity, at ten frames a second
-/// (the steady state of an alpha-beta filter: Kalata: The tracking index, 1984), s^2.
-constexpr double usualSmoothing = 0.03;
 
 double lagAt(const CalibrationSample& sample, const Placement& placement) {
     return placement[indexOf(MountingParameter::Lag)] +

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "calibrate/Pairing.h"
 
+#include "calibrate/VideoSmoothing.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -230,19 +232,22 @@ private:
         return covariance.llt().matrixL().solve(Eigen::Matrix2d::Identity());
     }
 
-    /// Acceleration in the image of an object that moves straight over the ground.
+    /// Acceleration in the image, as far as video's tracker has followed it, of an object that
+    /// moves straight over the ground.
     Eigen::Vector2d acceleration(const RadarLook& look, const Cuboid& cuboid) const {
         if (!look.hasHeading) {
             return Eigen::Vector2d::Zero();
         }
+        constexpr double step = 0.1;  // s
         const double direction = model_.radarYaw() + look.heading;
-        const Eigen::Vector2d way =
-            halfRateSpan * look.speed * Eigen::Vector2d(std::cos(direction), std::sin(direction));
-        const Eigen::Vector2d place = model_.reflection(look.sighting);
+        const Eigen::Vector2d velocity =
+            look.speed * Eigen::Vector2d(std::cos(direction), std::sin(direction));
+        const Eigen::Vector2d place = model_.reflection(look.sighting) - smoothingDelay * velocity;
+        const Eigen::Vector2d way = step * velocity;
         return (model_.middleAndBottom(place + way, cuboid) +
                 model_.middleAndBottom(place - way, cuboid) -
                 2.0 * model_.middleAndBottom(place, cuboid)) /
-               (halfRateSpan * halfRateSpan);
+               (step * step);
     }
 
     ObjectModel model_;

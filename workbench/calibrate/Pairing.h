@@ -18,7 +18,7 @@ struct CalibrationSample {
     Cuboid cuboid;
     Eigen::Vector2d seen;          ///< middle and bottom of the box when the radar heard it
     Eigen::Vector2d seenRate;      ///< their change, 1/s
-    Eigen::Vector2d acceleration;  ///< of both, expected from the radar, 1/s^2
+    Eigen::Vector2d acceleration;  ///< of both as video follows it, expected from the radar, 1/s^2
     double assumedLag = 0.0;       ///< with which `seen` was looked up, s
     double sinceMiddle = 0.0;      ///< time after the middle of the recording, s
     /// Makes the components of an error independent, of unit variance; the first row is zero where
