@@ -19,10 +19,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <deque>
 #include <limits>
 #include <map>
 #include <optional>
 #include <set>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -40,11 +42,15 @@ constexpr std::int64_t second = 1'000'000'000;  // ns
 /// What is farther away, or faster, is no object of a sensor, m and m/s; for boxes in image units.
 constexpr double farthest = 1e6;
 
-/// A message with its times, ns since 1970.
+/// A message with its times, ns since 1970. As an object it is much larger than in the log, so that
+/// it is read a second time when its turn comes.
 struct Stamped {
     std::int64_t time;
     std::int64_t received;
-    json content;
+    const RosSchema* schema;
+    std::string data;
+
+    json content() const { return schema->read(data); }
 };
 
 /// The messages of one topic.
@@ -123,11 +129,11 @@ private:
 
     void readTopics() {
         McapReader reader(options_.log);
-        std::map<const McapReader::Schema*, RosSchema> schemas;
+        std::map<const McapReader::Schema*, const RosSchema*> known;
         while (const auto message = reader.next()) {
             throwIfInterrupted();
             const McapReader::Schema* schema = message->channel->schema;
-            if (schema == nullptr || known_.count(schema->name) == 0) {
+            if (schema == nullptr || types_.count(schema->name) == 0) {
                 continue;
             }
             naming(message->channel->topic, [&] {
@@ -136,11 +142,11 @@ private:
                                                  printable(schema->encoding),
                                                  printable(message->channel->encoding)));
                 }
-                auto known = schemas.find(schema);
-                if (known == schemas.end()) {
-                    known = schemas.emplace(schema, RosSchema(schema->name, schema->text)).first;
+                const RosSchema*& definition = known[schema];
+                if (definition == nullptr) {
+                    definition = &schemas_.emplace_back(schema->name, schema->text);
                 }
-                take(*message, known->second.read(message->data));
+                take(*message, *definition);
             });
         }
         for (auto& [name, topic] : topics_) {
@@ -148,14 +154,15 @@ private:
         }
     }
 
-    void take(const McapReader::Message& message, json content) {
+    void take(const McapReader::Message& message, const RosSchema& schema) {
         Topic& topic = topics_[message.channel->topic];
         topic.type = message.channel->schema->name;
-        const std::int64_t time = timeOf(content.at("header").at("stamp"));
+        const std::int64_t time = timeOf(schema.read(message.data).at("header").at("stamp"));
         // A clock that runs behind that of the sensor must not turn cause and effect around.
         const auto logged = static_cast<std::int64_t>(
             std::min<std::uint64_t>(message.logTime, std::numeric_limits<std::int64_t>::max()));
-        topic.messages.push_back({time, std::max(time, logged), std::move(content)});
+        topic.messages.push_back(
+            {time, std::max(time, logged), &schema, std::string(message.data)});
     }
 
     /// @return ns since 1970
@@ -235,7 +242,8 @@ private:
         }
         for (const Stamped& message : topic.messages) {
             std::vector<Report> tracks;
-            for (const json& track : message.content.at("tracks")) {
+            const json content = message.content();
+            for (const json& track : content.at("tracks")) {
                 const std::string uuid = track.at("uuid").at("uuid").dump();
                 if (std::optional<Report> report = radarReport(track, idOf(uuid))) {
                     tracks.push_back(std::move(*report));
@@ -269,7 +277,8 @@ private:
         RadarTracker tracker = ownTrackerFor(recording_.header.radar);
         for (const Stamped& message : topic.messages) {
             std::vector<RadarDetection> returns;
-            for (const json& one : message.content.at("returns")) {
+            const json content = message.content();
+            for (const json& one : content.at("returns")) {
                 RadarDetection detection{one.at("range").get<double>(),
                                          -degrees(one.at("azimuth").get<double>())};
                 const auto doppler = one.at("doppler_velocity").get<double>();
@@ -294,7 +303,8 @@ private:
         std::vector<std::vector<std::pair<std::string, VideoDetection>>> found;
         for (const Stamped& message : topic.messages) {
             found.emplace_back();
-            for (const json& one : message.content.at("detections")) {
+            const json content = message.content();
+            for (const json& one : content.at("detections")) {
                 const Eigen::Vector4d pixels = pixelsOf(one.at("bbox"));
                 if (!(pixels[2] > pixels[0] && pixels[3] > pixels[1] &&
                       pixels.cwiseAbs().maxCoeff() < farthest)) {
@@ -321,14 +331,18 @@ private:
         }
     }
 
-    /// The centre and the size of a box, in pixels. The centre of newer versions has a position.
+    /// The upright box around one that may be turned, in pixels. The centre of newer versions has a
+    /// position.
     static Eigen::Vector4d pixelsOf(const json& box) {
         const json& centre = box.at("center");
         const json& position = centre.contains("position") ? centre.at("position") : centre;
         const Eigen::Vector2d middle(position.at("x").get<double>(),
                                      position.at("y").get<double>());
-        const Eigen::Vector2d half(0.5 * box.at("size_x").get<double>(),
-                                   0.5 * box.at("size_y").get<double>());
+        const auto turn = centre.at("theta").get<double>();
+        const Eigen::Vector2d size(box.at("size_x").get<double>(), box.at("size_y").get<double>());
+        const Eigen::Vector2d part =
+            0.5 * Eigen::Vector2d(std::cos(turn), std::sin(turn)).cwiseAbs();
+        const Eigen::Vector2d half(part.dot(size), part.reverse().dot(size));
         return {middle[0] - half[0], middle[1] - half[1], middle[0] + half[0], middle[1] + half[1]};
     }
 
@@ -404,9 +418,10 @@ private:
     }
 
     const McapOptions& options_;
-    const std::set<std::string> known_{radarTracks, radarScan, detections};
+    const std::set<std::string> types_{radarTracks, radarScan, detections};
     ImportedRecording recording_;
     ImportedClasses classes_{recording_.warnings};
+    std::deque<RosSchema> schemas_;  ///< stay where they are
     std::map<std::string, Topic> topics_;
     std::map<std::string, std::int32_t> ids_;
     std::set<std::string> leftOut_;

@@ -171,6 +171,7 @@ struct Box {
     std::string id;
     std::array<double, 4> pixels;  ///< centre and size
     std::vector<std::pair<std::string, double>> results;
+    double turn = 0.0;  ///< radians
 };
 
 std::string detectionsAt(double time, const std::vector<Box>& boxes) {
@@ -185,7 +186,8 @@ std::string detectionsAt(double time, const std::vector<Box>& boxes) {
                 cdr.add(0.0);
             }
         }
-        cdr.add(box.pixels[0]).add(box.pixels[1]).add(0.0).add(box.pixels[2]).add(box.pixels[3]);
+        cdr.add(box.pixels[0]).add(box.pixels[1]).add(box.turn);
+        cdr.add(box.pixels[2]).add(box.pixels[3]);
         cdr.text(box.id);
     }
     return cdr.bytes();
@@ -282,6 +284,21 @@ TEST_F(McapProgram, TracksAndDetectionsBecomeFrames) {
     EXPECT_EQ(last["range"], 5.0);
     EXPECT_EQ(last["radialSpeed"], 5.0);
     EXPECT_EQ(last["speed"], 5.0);
+}
+
+TEST_F(McapProgram, ABoxThatIsTurnedBecomesTheUprightOneAroundIt) {
+    const double turn = -M_PI / 6.0;
+    const Outcome outcome =
+        import({video(0.25, {{"seven", {960.0, 540.0, 192.0, 108.0}, {}, turn}})});
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    const json box = linesOf(outcome.output)[1]["tracks"][0]["box"];
+    // Of 960 and 540 pixels to the border of the image.
+    const double halfWidth = (96.0 * std::sqrt(0.75) + 54.0 * 0.5) / 960.0;
+    const double halfHeight = (96.0 * 0.5 + 54.0 * std::sqrt(0.75)) / 540.0;
+    EXPECT_NEAR(box["left"].get<double>(), -halfWidth, 1e-6);
+    EXPECT_NEAR(box["right"].get<double>(), halfWidth, 1e-6);
+    EXPECT_NEAR(box["bottom"].get<double>(), -halfHeight, 1e-6);
+    EXPECT_NEAR(box["top"].get<double>(), halfHeight, 1e-6);
 }
 
 TEST_F(McapProgram, WhatHasNoIdsIsTracked) {
