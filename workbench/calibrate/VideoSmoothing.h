@@ -11,7 +11,7 @@ constexpr double usualSmoothing = 0.025;
 
 /// How much earlier the acceleration was that it falls behind by, s: the next term of the same
 /// filter, T alpha / beta, which with the gains of the index is T / 2 + sqrt(2 usualSmoothing).
-/// Objects that approach double their acceleration within that time or little more.
+/// Within that time the acceleration of a car that approaches grows by a third or more.
 constexpr double smoothingDelay = 0.27;
 
 }  // namespace Workbench

@@ -5,7 +5,6 @@
 #include "host/TestInstallation.h"
 
 #include <cmath>
-#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
